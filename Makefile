@@ -1,0 +1,58 @@
+# The front door.  Each target installs what is missing, builds what is stale and does its job.
+#
+#   make demo      descriptive statistics of real data, through the host and the library
+#   make check     build everything and run the tests
+#   make asan      the tests under AddressSanitizer and UndefinedBehaviorSanitizer
+#   make bench     the measurements
+#   make accuracy  error of every probability and quantile against high-precision references
+#   make format    format the sources; make format-check: fail where they are not
+#   make install PREFIX=/usr/local
+
+PREFIX ?= /usr/local
+JOBS ?= $(shell nproc)
+CTEST_FLAGS ?= --output-on-failure -j $(JOBS)
+SOURCES = git ls-files '*.cpp' '*.hpp' '*.h'
+
+.PHONY: all packages build demo check asan bench accuracy format format-check install clean
+
+all: build
+
+packages:
+	@scripts/install-packages
+
+build: packages
+	@cmake --preset release >/dev/null
+	@cmake --build --preset release -j $(JOBS)
+
+demo: build
+	@examples/demo build/bin/vexel
+
+check: build
+	@ctest --test-dir build $(CTEST_FLAGS)
+
+asan: packages
+	@cmake --preset asan >/dev/null
+	@cmake --build --preset asan -j $(JOBS)
+	@ctest --test-dir build-asan $(CTEST_FLAGS)
+
+bench:
+	@scripts/install-packages bench
+	@cmake --preset bench >/dev/null
+	@cmake --build --preset bench -j $(JOBS)
+	@for b in build-bench/bin/*_bench; do echo "== $$b"; $$b; done
+
+accuracy: build
+	@build/bin/accuracy_report
+
+format:
+	@$(SOURCES) | xargs clang-format -i
+
+format-check:
+	@scripts/install-packages check
+	@$(SOURCES) | xargs clang-format --dry-run --Werror
+
+install: build
+	@cmake --install build --prefix $(PREFIX)
+
+clean:
+	@rm -rf build build-asan build-bench build-clang build-debug
