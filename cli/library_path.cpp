@@ -1,0 +1,22 @@
+#include "library_path.hpp"
+
+#include <filesystem>
+#include <system_error>
+
+std::string findStatisticsLibrary() {
+  namespace fs = std::filesystem;
+  constexpr const char* kName = "libstats_hw.so";
+  std::error_code error;
+  const fs::path command = fs::read_symlink("/proc/self/exe", error);
+  if (!error) {
+    const fs::path directory = command.parent_path();
+    for (const fs::path& candidate :
+         {directory / ".." / "lib" / kName, directory / ".." / VEXEL_LIBRARY_DIRECTORY / kName,
+          directory / kName}) {
+      if (fs::exists(candidate, error)) {
+        return candidate.lexically_normal().string();
+      }
+    }
+  }
+  return kName;
+}

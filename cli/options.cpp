@@ -1,0 +1,64 @@
+// The command line, with CLI11.  Files and -e texts run in the order in which they were given, so
+// both are collected from the parser's record of that order.
+
+#include "options.hpp"
+
+#include <CLI/CLI.hpp>
+#include <cstddef>
+
+namespace {
+
+// Files and texts back in the order of the command line.
+std::vector<Input> inOrder(const CLI::App& app, const CLI::Option* filesOption,
+                           const CLI::Option* textsOption) {
+  std::vector<Input> inputs;
+  std::size_t nextFile = 0;
+  std::size_t nextText = 0;
+  for (const CLI::Option* option : app.parse_order()) {
+    if (option == filesOption) {
+      inputs.push_back({Input::Kind::file, filesOption->results().at(nextFile++)});
+    } else if (option == textsOption) {
+      inputs.push_back({Input::Kind::text, textsOption->results().at(nextText++)});
+    }
+  }
+  return inputs;
+}
+
+}  // namespace
+
+std::optional<int> readCommandLine(int argc, char** argv, Options& options) {
+  CLI::App app("Runs scripts of the Vexel language with the statistics library loaded.", "vexel");
+  app.footer(
+      "Without a FILE or -e: standard input, or a prompt on a terminal.\n"
+      "Exit status: 0 success, 1 a statement failed, 2 bad command line or unreadable file.");
+  app.set_help_flag("-h,--help", "print this help and exit");
+  app.set_version_flag("--version", "vexel " VEXEL_VERSION, "print the version and exit");
+
+  std::vector<std::string> files;
+  std::vector<std::string> texts;
+  std::uint64_t seed = 0;
+  const CLI::Option* filesOption =
+      app.add_option("FILE", files, "script files, run in order; - is standard input");
+  const CLI::Option* textsOption = app.add_option("-e", texts, "run the statements TEXT")
+                                       ->type_name("TEXT")
+                                       ->allow_extra_args(false);
+  app.add_flag("-i", options.prompt, "go to the prompt after the files and texts");
+  app.add_flag("--json", options.json, "print values and errors as JSON, one line each");
+  app.add_flag("-k,--keep-going", options.keepGoing,
+               "after an error go on with the next statement");
+  const CLI::Option* seedOption =
+      app.add_option("--seed", seed, "seed the random stream first")->type_name("N");
+  app.add_flag("--quiet", options.quiet, "no banner, no hints");
+  app.add_option("--library", options.library, "load this statistics library")->type_name("PATH");
+
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::ParseError& e) {
+    return app.exit(e) == 0 ? kSuccess : kBadUsage;
+  }
+  options.inputs = inOrder(app, filesOption, textsOption);
+  if (seedOption->count() > 0) {
+    options.seed = seed;
+  }
+  return std::nullopt;
+}
