@@ -1,0 +1,54 @@
+// Host errors and interrupts.
+//
+// An error's message and arguments are kept in the kernel's pending-error slot, where the collector
+// sees them; what is thrown is a token without content.  The tokens do not derive from
+// std::exception, so that no catch of standard exceptions takes a host error for one.
+#pragma once
+
+#include <functional>
+#include <span>
+#include <string>
+#include <string_view>
+
+#include "core/handle.hpp"
+
+namespace vexel {
+
+struct __attribute__((visibility("default"))) HostErrorToken {};
+struct __attribute__((visibility("default"))) InterruptToken {};
+
+// Raise a host error: message with %1, %2, ... standing for the printed arguments.
+[[noreturn]] void raise(State& state, std::string_view message);
+[[noreturn]] void raise(State& state, std::string_view message, ALGEB a);
+[[noreturn]] void raise(State& state, std::string_view message, ALGEB a, ALGEB b);
+[[noreturn]] void raise(State& state, std::string_view message, std::span<const ALGEB> args);
+[[noreturn]] void raiseNoMemory(State& state);
+
+// Sets the flag that lookAtInterrupt looks at; safe in a signal handler.
+void requestInterrupt() noexcept;
+void clearInterrupt() noexcept;
+extern volatile int interruptRequested;
+[[noreturn]] void throwInterrupt();
+
+// Every loop that may run long looks here: an interrupt asked for leaves as InterruptToken.
+inline void lookAtInterrupt() {
+  if (interruptRequested != 0) [[unlikely]] {
+    throwInterrupt();
+  }
+}
+
+// Message with %1, %2, ... replaced by the printed form of the arguments (shortened where it is
+// long or nested beyond printing; raises nothing but memory exhaustion).
+std::string fillMessage(State& state, std::string_view message, std::span<const ALGEB> args);
+
+// The pending error's whole text; valid in a handler of HostErrorToken.
+std::string pendingErrorText(State& state);
+
+// Runs f; standard exceptions that leave it become host errors (bad_alloc: "not enough memory").
+ALGEB guardStandardExceptions(State& state, const std::function<ALGEB()>& f);
+
+// Guards against running out of machine stack: raises "too many levels of recursion" when less
+// than a safe reserve is left.  Every recursive walk calls it.
+void checkStack(State& state);
+
+}  // namespace vexel

@@ -1,0 +1,64 @@
+// Everything one kernel knows: the record behind a kernel vector.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include "core/handle.hpp"
+#include "core/heap.hpp"
+#include "core/interning.hpp"
+#include "core/random_stream.hpp"
+
+namespace vexel {
+
+// The host error that is being raised or was caught last.
+struct PendingError {
+  std::string message;           // with %1, %2 unfilled
+  std::vector<ALGEB> arguments;  // roots
+  std::string where;             // "file:line:column", empty when unknown; the language fills it
+};
+
+// Whatever the language keeps per kernel; it derives from this.
+struct LanguageState {
+  virtual ~LanguageState() = default;
+};
+
+}  // namespace vexel
+
+struct _VKernelVectorDesc {
+  _VKernelVectorDesc();
+  ~_VKernelVectorDesc();
+  _VKernelVectorDesc(const _VKernelVectorDesc&) = delete;
+  _VKernelVectorDesc& operator=(const _VKernelVectorDesc&) = delete;
+
+  vexel::Heap heap;
+  vexel::InternTables interned;
+  vexel::RandomStream random;
+  vexel::PendingError error;
+  vexel::PendingError lastError;  // what last_error() tells
+  std::unique_ptr<vexel::LanguageState> language;
+
+  // Objects that exist once.
+  ALGEB null = nullptr;  // the empty sequence
+  ALGEB trueValue = nullptr;
+  ALGEB falseValue = nullptr;
+  ALGEB undefined = nullptr;  // the one NaN
+  ALGEB infinity = nullptr;
+  ALGEB minusInfinity = nullptr;
+  ALGEB digitsName = nullptr;
+  ALGEB piName = nullptr;
+
+  // Information channels.
+  std::unordered_map<std::string, int> infoLevels;
+  std::function<void(int, const std::string&, const std::string&)> userInfo;
+
+  // Where print and the like write; standard output unless replaced.
+  std::function<void(std::string_view)> output;
+
+  // The value of "Digits", at least 1.
+  int digits() const;
+};
