@@ -1,0 +1,26 @@
+// What a kernel works on: the sample's own blocks, or a copy of them in host memory.
+#pragma once
+
+#include "kernel/data_sample.hpp"
+#include "kernel/host_arrays.hpp"
+
+struct SampleView {
+  double* points;
+  double* weights;  // null for an unweighted sample
+  int size;
+
+  // The arrays themselves: writing changes the host's arrays.
+  static SampleView inPlace(const STATS_VexelDataSample_HW& sample) {
+    return {sample.points(), sample.weights(), sample.size()};
+  }
+
+  // Scratch copies, without the pairs that hold a missing value when skipMissing is set.
+  static SampleView copied(VKernelVector kv, const STATS_VexelDataSample_HW& sample,
+                           bool skipMissing) {
+    const int n = sample.size();
+    SampleView view{STATS_AllocDoubles_HW(kv, n),
+                    sample.weighted() ? STATS_AllocDoubles_HW(kv, n) : nullptr, n};
+    view.size = STATS_CopyData_HW(sample, view.points, view.weights, skipMissing ? 1 : 0);
+    return view;
+  }
+};

@@ -1,0 +1,227 @@
+// Conversions between host objects and machine numbers, and calls of host procedures on doubles.
+//
+// A trapped evaluation hands its double back through a static cell of its own, whose address is
+// what the host's trap returns; the host never runs two of them at once.
+
+#include "kernel/conversions.hpp"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+#include "kernel/host_arrays.hpp"
+
+VKernelVector STATS_VexelUtils_HW::gVKernelVector = nullptr;
+ALGEB STATS_VexelUtils_HW::gVexelEvalfProc = nullptr;
+
+namespace {
+
+// The ways of converting, in order: in hardware, a host float directly, in software.
+bool convert(VKernelVector kv, ALGEB x, double* out) {
+  V_BOOL failed = 0;
+  const void* cell = VexelTrapError(kv, STATS_VexelUtils_HW::VexelEvalhfInternal, x, &failed);
+  if (!failed) {
+    *out = *static_cast<const double*>(cell);
+    return true;
+  }
+  if (STATS_IsVexelFloat_HW(x)) {
+    *out = VexelToFloat64(kv, x);
+    return true;
+  }
+  const auto value =
+      static_cast<ALGEB>(VexelTrapError(kv, STATS_VexelUtils_HW::VexelEvalfInternal, x, &failed));
+  if (failed || !IsVexelNumeric(kv, value)) {
+    return false;
+  }
+  *out = VexelToFloat64(kv, value);
+  return true;
+}
+
+// args[1..n] as a host sequence of floats.
+ALGEB floatSequence(VKernelVector kv, const STATS_VexelUtils_HW::VexelCallbackArgs& call) {
+  const ALGEB sequence = NewVexelExpressionSequence(kv, call.numArgs);
+  for (int i = 1; i <= call.numArgs; ++i) {
+    VexelExpseqAssign(kv, sequence, i, STATS_DoubleToVexelFloat_HW(kv, call.args[i]));
+  }
+  return sequence;
+}
+
+// Runs a trapped call of a procedure; true when it gave a finite number.
+bool finiteValue(VKernelVector kv, void* (*trapped)(void*),
+                 STATS_VexelUtils_HW::VexelCallbackArgs* call, double* out) {
+  V_BOOL failed = 0;
+  const void* cell = VexelTrapError(kv, trapped, call, &failed);
+  if (failed) {
+    return false;
+  }
+  *out = *static_cast<const double*>(cell);
+  return std::isfinite(*out);
+}
+
+}  // namespace
+
+void STATS_VexelUtils_HW::Initialize(VKernelVector kv) {
+  gVKernelVector = kv;
+  gVexelEvalfProc = ToVexelName(kv, "evalf", 1);
+  VexelGcProtect(kv, gVexelEvalfProc);
+}
+
+void STATS_VexelUtils_HW::Terminate() {}
+
+double STATS_VexelUtils_HW::VexelDAGToDouble(ALGEB x) {
+  double value = 0.0;
+  if (!convert(gVKernelVector, x, &value)) {
+    ReportNonNumeric(x);
+  }
+  return value;
+}
+
+int STATS_VexelUtils_HW::VexelDAGToDouble(ALGEB x, double* out) {
+  *out = 0.0;
+  return convert(gVKernelVector, x, out) ? 1 : 0;
+}
+
+void STATS_VexelUtils_HW::ReportNonNumeric(ALGEB x) {
+  VexelRaiseError1(gVKernelVector, "unable to evaluate %1 to floating-point", x);
+}
+
+double STATS_VexelUtils_HW::EvalfVexelProc(VexelCallbackArgs* a) {
+  const VKernelVector kv = gVKernelVector;
+  double value = 0.0;
+  if (a->useEvalhf && finiteValue(kv, TrapEvalhfVexelProc, a, &value)) {
+    return value;
+  }
+  if (finiteValue(kv, TrapEvalfVexelProc, a, &value)) {
+    return value;
+  }
+  // Once more without a trap: an error of the procedure's own is what the user should see, and a
+  // value that is no finite number is named.
+  ReportNonNumeric(EvalVexelProcedure(kv, a->proc, floatSequence(kv, *a)));
+}
+
+void* STATS_VexelUtils_HW::VexelEvalhfInternal(void* x) {
+  static double cell;
+  cell = VexelEvalhf(gVKernelVector, static_cast<ALGEB>(x));
+  return &cell;
+}
+
+void* STATS_VexelUtils_HW::VexelEvalfInternal(void* x) {
+  const auto value = static_cast<ALGEB>(x);
+  return STATS_IsVexelFloat_HW(value) ? value
+                                      : EvalVexelProcedure(gVKernelVector, gVexelEvalfProc, value);
+}
+
+void* STATS_VexelUtils_HW::TrapEvalhfVexelProc(void* callbackArgs) {
+  static double cell;
+  const auto* call = static_cast<const VexelCallbackArgs*>(callbackArgs);
+  cell = EvalhfVexelProc(gVKernelVector, call->proc, call->numArgs, call->args);
+  return &cell;
+}
+
+void* STATS_VexelUtils_HW::TrapEvalfVexelProc(void* callbackArgs) {
+  static double cell;
+  const VKernelVector kv = gVKernelVector;
+  const auto* call = static_cast<const VexelCallbackArgs*>(callbackArgs);
+  ALGEB value = EvalVexelProcedure(kv, call->proc, floatSequence(kv, *call));
+  if (!IsVexelNumeric(kv, value)) {
+    value = EvalVexelProcedure(kv, gVexelEvalfProc, value);
+  }
+  cell = VexelToFloat64(kv, value);
+  return &cell;
+}
+
+bool STATS_IsVexelFloat_HW(ALGEB x) {
+  const auto word = reinterpret_cast<std::uintptr_t>(x);
+  if (x == nullptr || (word & 1U) != 0) {
+    return false;
+  }
+  constexpr std::uintptr_t kFloat = std::uintptr_t{VEXEL_TAG_FLOAT} << 26;
+  return (*reinterpret_cast<const std::uintptr_t*>(x) & VEXEL_HEADER_TAG_MASK) == kFloat;
+}
+
+double STATS_VexelFloatToDouble_HW(VKernelVector kv, ALGEB x) { return VexelToFloat64(kv, x); }
+
+ALGEB STATS_DoubleToVexelFloat_HW(VKernelVector kv, double d) { return ToVexelFloat(kv, d); }
+
+double STATS_FloatUndefined_HW(VKernelVector kv) {
+  return VexelToFloat64(kv, EvalVexelStatement(kv, "Float(undefined):"));
+}
+
+std::int32_t STATS_DoubleToInteger_HW(double d) {
+  // A NaN fails both comparisons.
+  const bool fits = d > -2147483649.0 && d < 2147483648.0;
+  return fits ? static_cast<std::int32_t>(d) : std::numeric_limits<std::int32_t>::min();
+}
+
+int STATS_GetVexelDigits_HW() { return 15; }
+
+double RTableDataToDouble(VKernelVector kv, RTableData element, int dataType) {
+  switch (dataType) {
+    case RTABLE_FLOAT32:
+      return static_cast<double>(element.float32);
+    case RTABLE_FLOAT64:
+      return element.float64;
+    default:
+      if (!IsVexelNumeric(kv, element.dag)) {
+        VexelRaiseError1(kv, "expected vexel float, received %1", element.dag);
+      }
+      return VexelToFloat64(kv, element.dag);
+  }
+}
+
+Nag_TailProbability STATS_ToNag_TailProbability_HW(STATS_PROBABILITY_TYPE_HW type) {
+  switch (type) {
+    case STATS_UPPER_TAIL_HW:
+      return Nag_UpperTail;
+    case STATS_TWO_TAIL_SIGNIFICANCE_HW:
+      return Nag_TwoTailSignif;
+    case STATS_TWO_TAIL_CONFIDENCE_HW:
+      return Nag_TwoTailConfid;
+    default:
+      return Nag_LowerTail;
+  }
+}
+
+STATS_PROBABILITY_TYPE_HW ToPROBABILITY_TYPE(Nag_TailProbability tail) {
+  switch (tail) {
+    case Nag_UpperTail:
+      return STATS_UPPER_TAIL_HW;
+    case Nag_TwoTailSignif:
+      return STATS_TWO_TAIL_SIGNIFICANCE_HW;
+    case Nag_TwoTailConfid:
+      return STATS_TWO_TAIL_CONFIDENCE_HW;
+    default:
+      return STATS_LOWER_TAIL_HW;
+  }
+}
+
+void STATS_SwapByteArrays_HW(char* a, char* b, char* scratch, int n) {
+  for (int i = 0; i < n; ++i) {
+    scratch[i] = a[i];
+    a[i] = b[i];
+    b[i] = scratch[i];
+  }
+}
+
+int STATS_IterationLimit_HW(VKernelVector kv) {
+  constexpr int kDefaultLimit = 100;
+  const ALGEB name = ToVexelName(kv, "_EnvStatisticsIterations", 1);
+  if (!IsVexelAssignedName(kv, name)) {
+    return kDefaultLimit;
+  }
+  using Int = std::numeric_limits<int>;
+  const V_INT limit = VexelToV_INT(kv, VexelEval(kv, name));
+  return static_cast<int>(std::clamp(limit, V_INT{Int::min()}, V_INT{Int::max()}));
+}
+
+std::int32_t STATS_HostDigits_HW(VKernelVector kv) {
+  return VexelToInteger32(kv, VexelEval(kv, ToVexelName(kv, "Digits", 1)));
+}
+
+NagError STATS_NagError_HW() { return NagError{}; }
+
+void STATS_RaiseNagError_HW(VKernelVector kv, const NagError& fail) {
+  if (fail.code != NAG2_OK) {
+    VexelRaiseError(kv, fail.message);
+  }
+}
