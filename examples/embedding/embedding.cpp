@@ -3,7 +3,6 @@
 
 #include <cstdio>
 #include <vector>
-
 #include <vexel/kernel.hpp>
 
 int main() {

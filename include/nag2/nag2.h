@@ -25,7 +25,8 @@
 extern "C" {
 #endif
 
-/* ---- failure record --------------------------------------------------------------------------- */
+/* ---- failure record ---------------------------------------------------------------------------
+ */
 
 #define NAG2_MESSAGE_LENGTH 512 /* characters, the terminating zero included */
 
@@ -39,17 +40,17 @@ typedef struct NagError {
 /* Failure codes. */
 enum {
   NAG2_OK = 0,
-  NAG2_NEGATIVE_WEIGHT = 5,      /* q15220: a weight is negative */
-  NAG2_TOO_FEW_ELEMENTS = 11,    /* q51748: fewer than five; q32554: fewer than three */
-  NAG2_ZERO_TOTAL_WEIGHT = 415,  /* q15220: the total weight is not positive */
-  NAG2_TOO_FEW_CASES = 416,      /* q15220: fewer than two elements of non-zero weight */
+  NAG2_NEGATIVE_WEIGHT = 5,     /* q15220: a weight is negative */
+  NAG2_TOO_FEW_ELEMENTS = 11,   /* q51748: fewer than five; q32554: fewer than three */
+  NAG2_ZERO_TOTAL_WEIGHT = 415, /* q15220: the total weight is not positive */
+  NAG2_TOO_FEW_CASES = 416,     /* q15220: fewer than two elements of non-zero weight */
   NAG2_NO_MEMORY = 73,
-  NAG2_TOO_MANY_ELEMENTS = 12,   /* a count beyond what the routine is for */
-  NAG2_ZERO_RANGE = 13,          /* q32554: all elements are equal */
-  NAG2_NOT_SORTED = 14,          /* q32554: the elements are not in ascending order */
-  NAG2_DOMAIN = 70,              /* an argument outside its domain; the message names it */
-  NAG2_NO_CONVERGENCE = 267,     /* tolerance not reached within the iteration limit */
-  NAG2_BAD_ORDER = 71            /* an order code other than the two below */
+  NAG2_TOO_MANY_ELEMENTS = 12, /* a count beyond what the routine is for */
+  NAG2_ZERO_RANGE = 13,        /* q32554: all elements are equal */
+  NAG2_NOT_SORTED = 14,        /* q32554: the elements are not in ascending order */
+  NAG2_DOMAIN = 70,            /* an argument outside its domain; the message names it */
+  NAG2_NO_CONVERGENCE = 267,   /* tolerance not reached within the iteration limit */
+  NAG2_BAD_ORDER = 71          /* an order code other than the two below */
 };
 
 /* Order codes of sorting and ranking. */
@@ -57,17 +58,18 @@ enum { Nag_Ascending = 1597, Nag_Descending = 1598 };
 
 /* Which tail a probability belongs to. */
 typedef enum Nag_TailProbability {
-  Nag_LowerTail = 1329,          /* P(X <= x) */
-  Nag_UpperTail = 1330,          /* P(X >= x) */
-  Nag_TwoTailSignif = 1331,      /* P(|X| >= |x|), symmetric distributions */
-  Nag_TwoTailConfid = 1332       /* P(|X| <= |x|), symmetric distributions */
+  Nag_LowerTail = 1329,     /* P(X <= x) */
+  Nag_UpperTail = 1330,     /* P(X >= x) */
+  Nag_TwoTailSignif = 1331, /* P(|X| >= |x|), symmetric distributions */
+  Nag_TwoTailConfid = 1332  /* P(|X| <= |x|), symmetric distributions */
 } Nag_TailProbability;
 
-/* ---- continuous distributions ------------------------------------------------------------------ */
+/* ---- continuous distributions ------------------------------------------------------------------
+ */
 
 /*
- * Probabilities return P in [0, 1]; quantiles return the x at which the lower tail is p, 0 <= p <= 1,
- * an end of the support for p = 0 and p = 1.  tail selects the tail that is returned or given.
+ * Probabilities return P in [0, 1]; quantiles return the x at which the lower tail is p, 0 <= p <=
+ * 1, an end of the support for p = 0 and p = 1.  tail selects the tail that is returned or given.
  * The chi-square, F, gamma and beta families know the first two tails only.  A NaN argument, a
  * parameter outside its domain, or p outside [0, 1] is NAG2_DOMAIN.  x outside the support is no
  * failure: the probability is 0 or 1.
@@ -88,8 +90,8 @@ double nag2_f_probability(Nag_TailProbability tail, double x, double nu1, double
                           NagError *fail);
 double nag2_f_quantile(double p, double nu1, double nu2, NagError *fail);
 
-/* Gamma with shape > 0 and scale > 0.  tolerance: relative accuracy asked of the quantile; 0 or less
- * asks for the best. */
+/* Gamma with shape > 0 and scale > 0.  tolerance: relative accuracy asked of the quantile; 0 or
+ * less asks for the best. */
 double nag2_gamma_probability(Nag_TailProbability tail, double x, double shape, double scale,
                               NagError *fail);
 double nag2_gamma_quantile(double p, double shape, double scale, double tolerance, NagError *fail);
@@ -98,12 +100,13 @@ double nag2_gamma_quantile(double p, double shape, double scale, double toleranc
 double nag2_beta_probability(double x, double a, double b, double tolerance, NagError *fail);
 double nag2_beta_quantile(double p, double a, double b, double tolerance, NagError *fail);
 
-/* ---- non-central distributions, lower tails ---------------------------------------------------- */
+/* ---- non-central distributions, lower tails ----------------------------------------------------
+ */
 
 /*
  * tolerance > 0 is the relative accuracy at which the summation may stop (values below machine
- * precision mean machine precision); max_iter the number of terms that may be summed.  A sum that has not reached the tolerance within the
- * limit is NAG2_NO_CONVERGENCE.
+ * precision mean machine precision); max_iter the number of terms that may be summed.  A sum that
+ * has not reached the tolerance within the limit is NAG2_NO_CONVERGENCE.
  */
 double nag2_noncentral_t_probability(double x, double nu, double delta, double tolerance,
                                      int max_iter, NagError *fail);
@@ -115,11 +118,12 @@ double nag2_noncentral_f_probability(double x, double nu1, double nu2, double de
 double nag2_noncentral_beta_probability(double x, double a, double b, double delta,
                                         double tolerance, int max_iter, NagError *fail);
 
-/* ---- discrete distributions -------------------------------------------------------------------- */
+/* ---- discrete distributions --------------------------------------------------------------------
+ */
 
 /*
- * Each writes *le = P(X <= k), *gt = P(X > k), *eq = P(X = k).  k below the support gives 0, 1, 0 and
- * k above it 1, 0, 0.
+ * Each writes *le = P(X <= k), *gt = P(X > k), *eq = P(X = k).  k below the support gives 0, 1, 0
+ * and k above it 1, 0, 0.
  */
 /* lambda >= 0. */
 void nag2_poisson(double lambda, int64_t k, double *le, double *gt, double *eq, NagError *fail);
@@ -130,7 +134,8 @@ void nag2_binomial(int64_t n, double p, int64_t k, double *le, double *gt, doubl
 void nag2_hypergeometric(int64_t n, int64_t l, int64_t m, int64_t k, double *le, double *gt,
                          double *eq, NagError *fail);
 
-/* ---- sorting and ranking ----------------------------------------------------------------------- */
+/* ---- sorting and ranking -----------------------------------------------------------------------
+ */
 
 /* Sorts x[0..n-1] in place; NaNs go last in ascending order, first in descending order. */
 void q43352(double *x, size_t n, int order, NagError *fail);
@@ -147,7 +152,12 @@ void q70723(const void *data, size_t n, ptrdiff_t stride,
 
 /* Element kinds of nag2_rank_typed and nag2_sort_typed (signed integers and floats). */
 enum {
-  NAG2_INT8 = 2, NAG2_INT16 = 3, NAG2_INT32 = 4, NAG2_INT64 = 5, NAG2_FLOAT64 = 6, NAG2_FLOAT32 = 8
+  NAG2_INT8 = 2,
+  NAG2_INT16 = 3,
+  NAG2_INT32 = 4,
+  NAG2_INT64 = 5,
+  NAG2_FLOAT64 = 6,
+  NAG2_FLOAT32 = 8
 };
 
 /* The same ranks for n contiguous numbers of a machine type, without a callback; NaNs sort after
@@ -156,27 +166,29 @@ void nag2_rank_typed(const void *data, size_t n, int kind, int order, uint32_t *
                      NagError *fail);
 
 /* The n numbers in sorted order, written to out (which may not overlap data): element for element
- * what placing by nag2_rank_typed's ranks gives, bits included (signed zeros keep their input order,
- * and so do NaNs). */
+ * what placing by nag2_rank_typed's ranks gives, bits included (signed zeros keep their input
+ * order, and so do NaNs). */
 void nag2_sort_typed(const void *data, size_t n, int kind, int order, void *out, NagError *fail);
 
-/* ---- summaries --------------------------------------------------------------------------------- */
+/* ---- summaries ---------------------------------------------------------------------------------
+ */
 
 /* Minimum, lower hinge, median, upper hinge, maximum of x[0..n-1] into out[0..4]; hinges are the
  * medians of the lower and upper halves, the median counted in both when n is odd. */
 void q51748(int n, const double *x, double *out, NagError *fail);
 
 /*
- * Summary of x with weights w (NULL: all 1).  *n_valid is the number of elements of non-zero weight.
- * With W = sum w, m = sum w x / W, divisor D = n - 1 (unweighted) or W - sum w^2 / W (weighted):
- * sd = sqrt(sum w (x - m)^2 / D), skewness = (sum w (x - m)^3 / D) / sd^3, excess kurtosis =
- * (sum w (x - m)^4 / D) / sd^4 - 3.  A NaN anywhere makes *minimum NaN.
+ * Summary of x with weights w (NULL: all 1).  *n_valid is the number of elements of non-zero
+ * weight. With W = sum w, m = sum w x / W, divisor D = n - 1 (unweighted) or W - sum w^2 / W
+ * (weighted): sd = sqrt(sum w (x - m)^2 / D), skewness = (sum w (x - m)^3 / D) / sd^3, excess
+ * kurtosis = (sum w (x - m)^4 / D) / sd^4 - 3.  A NaN anywhere makes *minimum NaN.
  */
 void q15220(int n, const double *x, const double *w, int *n_valid, double *mean, double *sd,
             double *skewness, double *kurtosis, double *minimum, double *maximum,
             double *total_weight, NagError *fail);
 
-/* ---- Fourier transforms: *ifail is set to 0 or a nonzero code ------------------------------------ */
+/* ---- Fourier transforms: *ifail is set to 0 or a nonzero code
+ * ------------------------------------ */
 
 /*
  * Real discrete Fourier transform of x[0..*m-1] in place, scaled by 1/sqrt(*m):
@@ -192,7 +204,8 @@ void q33150(double *x, const int *m, int *ifail);
  * with the same scaling, so that q64883, q33150, q42899 together are the identity. */
 void q42899(double *x, const int *m, double *work, int *ifail);
 
-/* ---- Shapiro-Wilk ------------------------------------------------------------------------------ */
+/* ---- Shapiro-Wilk ------------------------------------------------------------------------------
+ */
 
 /*
  * W and its significance level for x[0..n-1] in ascending order, 3 <= n <= 5000 (Royston 1995,

@@ -43,8 +43,8 @@ typedef struct VexelObject *ALGEB;
 /* Handle of the host itself. */
 typedef struct _VKernelVectorDesc *VKernelVector;
 
-typedef int64_t V_INT;   /* a machine integer: counts, indices, bounds */
-typedef int32_t V_BOOL;  /* 0 or 1 */
+typedef int64_t V_INT;  /* a machine integer: counts, indices, bounds */
+typedef int32_t V_BOOL; /* 0 or 1 */
 
 /* Type tags in the top six bits of an object header's low 32 bits (those that libraries use). */
 #define VEXEL_TAG_FLOAT 4
@@ -54,21 +54,21 @@ typedef int32_t V_BOOL;  /* 0 or 1 */
 
 /* Element types of arrays. */
 enum {
-  RTABLE_DAG = 0,        /* host objects, one ALGEB each */
-  RTABLE_COMPLEX_DAG = 1,/* pairs of host objects: real, imaginary */
+  RTABLE_DAG = 0,         /* host objects, one ALGEB each */
+  RTABLE_COMPLEX_DAG = 1, /* pairs of host objects: real, imaginary */
   RTABLE_INTEGER8 = 2,
   RTABLE_INTEGER16 = 3,
   RTABLE_INTEGER32 = 4,
   RTABLE_INTEGER64 = 5,
   RTABLE_FLOAT64 = 6,
-  RTABLE_COMPLEX = 7,    /* pairs of doubles: real, imaginary */
+  RTABLE_COMPLEX = 7, /* pairs of doubles: real, imaginary */
   RTABLE_FLOAT32 = 8
 };
 
 /* Storage codes. */
 enum {
-  RTABLE_SPARSE = 1,      /* only non-zero elements are held; there is no data block */
-  RTABLE_RECTANGULAR = 4  /* dense: every element, contiguous */
+  RTABLE_SPARSE = 1,     /* only non-zero elements are held; there is no data block */
+  RTABLE_RECTANGULAR = 4 /* dense: every element, contiguous */
 };
 
 /* Order codes of a dense block of two or more dimensions. */
@@ -91,13 +91,17 @@ typedef struct {
 /* One element of an array; which member is in force follows from the array's element type. */
 typedef union {
   ALGEB dag;
-  struct { ALGEB re, im; } complexdag;
+  struct {
+    ALGEB re, im;
+  } complexdag;
   int8_t int8;
   int16_t int16;
   int32_t int32;
   int64_t int64;
   double float64;
-  struct { double re, im; } complexf64;
+  struct {
+    double re, im;
+  } complexf64;
   float float32;
 } RTableData;
 
@@ -128,11 +132,12 @@ void VexelExpseqAssign(VKernelVector kv, ALGEB seq, V_INT i, ALGEB value);
 /* A sequence of the n objects that follow (each an ALGEB): n = 0 gives NULL, n = 1 the object. */
 ALGEB ToVexelExpressionSequence(VKernelVector kv, V_INT n, ...);
 
-/* ---- type tests: raise nothing, do not collect ------------------------------------------------- */
+/* ---- type tests: raise nothing, do not collect -------------------------------------------------
+ */
 
-V_BOOL IsVexelNumeric(VKernelVector kv, ALGEB x);   /* integer, rational or float, undefined and
-                                                       infinities included; complex is not numeric */
-V_BOOL IsVexelRTable(VKernelVector kv, ALGEB x);    /* an array */
+V_BOOL IsVexelNumeric(VKernelVector kv, ALGEB x); /* integer, rational or float, undefined and
+                                                     infinities included; complex is not numeric */
+V_BOOL IsVexelRTable(VKernelVector kv, ALGEB x);  /* an array */
 V_BOOL IsVexelList(VKernelVector kv, ALGEB x);
 V_BOOL IsVexelProcedure(VKernelVector kv, ALGEB x); /* a procedure of the language, a built-in or a
                                                        machine function */
@@ -140,10 +145,11 @@ V_BOOL IsVexelPointer(VKernelVector kv, ALGEB x);   /* made by ToVexelPointer */
 V_BOOL IsVexelNULL(VKernelVector kv, ALGEB x);      /* the empty sequence, or an unset element */
 V_BOOL IsVexelInteger32(VKernelVector kv, ALGEB x); /* an integer that fits 32 signed bits */
 V_BOOL IsVexelInteger8(VKernelVector kv, ALGEB x);  /* an integer that fits 8 signed bits */
-V_BOOL IsVexelUnnamedZero(VKernelVector kv, ALGEB x); /* the integer 0 or a float zero */
+V_BOOL IsVexelUnnamedZero(VKernelVector kv, ALGEB x);  /* the integer 0 or a float zero */
 V_BOOL IsVexelAssignedName(VKernelVector kv, ALGEB x); /* a name that has a value */
 
-/* ---- conversions from host objects -------------------------------------------------------------- */
+/* ---- conversions from host objects --------------------------------------------------------------
+ */
 
 /*
  * The nearest double of a number: ties to even; a float beyond the double range gives an infinity,
@@ -158,7 +164,8 @@ V_INT VexelToV_INT(VKernelVector kv, ALGEB x);
 /* true and false give 1 and 0, an integer that fits 32 bits its value.  Raises for the rest. */
 V_BOOL VexelToV_BOOL(VKernelVector kv, ALGEB x);
 
-/* ---- conversions to host objects: equal numbers, names and strings have equal handles ------------- */
+/* ---- conversions to host objects: equal numbers, names and strings have equal handles
+ * ------------- */
 
 ALGEB ToVexelFloat(VKernelVector kv, double d); /* all 53 bits; a NaN gives the one undefined */
 ALGEB ToVexelInteger(VKernelVector kv, V_INT i);
@@ -174,7 +181,8 @@ ALGEB ToVexelName(VKernelVector kv, const char *text, V_BOOL is_global);
 /* A relation lhs op rhs; op is "=", "<", "<=", "<>".  Raises for another op. */
 ALGEB ToVexelRelation(VKernelVector kv, const char *op, ALGEB lhs, ALGEB rhs);
 
-/* ---- arrays -------------------------------------------------------------------------------------- */
+/* ---- arrays
+ * -------------------------------------------------------------------------------------- */
 
 /* Fills *s with the host's defaults: host objects, rectangular, column-major, no dimensions. */
 void RTableGetDefaults(VKernelVector kv, RTableSettings *s);
@@ -217,7 +225,8 @@ RTableData RTableSelect(VKernelVector kv, ALGEB x, const V_INT *index);
 /* Sets that element.  Raises out of bounds and for a read-only array. */
 void RTableAssign(VKernelVector kv, ALGEB x, const V_INT *index, RTableData value);
 
-/* ---- lists, tables, objects ---------------------------------------------------------------------- */
+/* ---- lists, tables, objects
+ * ---------------------------------------------------------------------- */
 
 /* A list of n elements, unset (NULL) until assigned.  n < 0 raises. */
 ALGEB VexelListAlloc(VKernelVector kv, V_INT n);
@@ -239,7 +248,8 @@ ALGEB VexelNew(VKernelVector kv, V_INT type_id, V_INT length);
 /* The sum of two numbers, exact if both are exact.  Raises for anything else. */
 ALGEB VexelNumericAdd(VKernelVector kv, ALGEB a, ALGEB b);
 
-/* ---- evaluation: may raise whatever is evaluated raises, and an interrupt ---------------------------- */
+/* ---- evaluation: may raise whatever is evaluated raises, and an interrupt
+ * ---------------------------- */
 
 /* x evaluated: a name gives its value (itself when it has none). */
 ALGEB VexelEval(VKernelVector kv, ALGEB x);
@@ -256,8 +266,8 @@ double EvalhfVexelProc(VKernelVector kv, ALGEB proc, int n, const double *args);
 /* proc(a1, ..., an) with the n handles that follow. */
 ALGEB EvalVexelProc(VKernelVector kv, ALGEB proc, int n, ...);
 
-/* proc called with an argument sequence (or a single object, or NULL for no arguments).  proc may be
- * a name: its value is called, or the function that the host knows under it. */
+/* proc called with an argument sequence (or a single object, or NULL for no arguments).  proc may
+ * be a name: its value is called, or the function that the host knows under it. */
 ALGEB EvalVexelProcedure(VKernelVector kv, ALGEB proc, ALGEB args);
 
 /* Parses and runs text; the value of its last statement. */
@@ -282,7 +292,8 @@ ALGEB VexelAssign(VKernelVector kv, ALGEB name, ALGEB value);
  */
 void *VexelTrapError(VKernelVector kv, void *(*fn)(void *data), void *data, V_BOOL *failed);
 
-/* ---- errors and output ------------------------------------------------------------------------------- */
+/* ---- errors and output
+ * ------------------------------------------------------------------------------- */
 
 /*
  * Raise a host error whose text is message with %1 and %2 replaced by the printed form of the
@@ -296,7 +307,8 @@ VEXELC_NORETURN void VexelRaiseError2(VKernelVector kv, const char *message, ALG
 /* Shows text to the user when the channel's level is at least level.  Raises nothing. */
 void VexelUserInfo(VKernelVector kv, int level, const char *channel, const char *text);
 
-/* ---- memory and collection --------------------------------------------------------------------------- */
+/* ---- memory and collection
+ * --------------------------------------------------------------------------- */
 
 /*
  * size bytes, aligned for any type and cleared, scanned by the collector and freed by it when no
@@ -315,8 +327,8 @@ void VexelGcMark(VKernelVector kv, ALGEB x);
 /*
  * A pointer object that carries an address of the library's and a type value of its choosing.
  * mark runs in every collection that reaches the object; it may call VexelToPointer,
- * VexelPointerType, IsVexelPointer and VexelGcMark and nothing else.  dispose runs once, when the object is
- * found unreachable or the host ends; the handle is still readable by the same functions.
+ * VexelPointerType, IsVexelPointer and VexelGcMark and nothing else.  dispose runs once, when the
+ * object is found unreachable or the host ends; the handle is still readable by the same functions.
  */
 ALGEB ToVexelPointer(VKernelVector kv, void *address, V_INT type);
 void *VexelToPointer(VKernelVector kv, ALGEB x);   /* raises when x is no pointer object */
@@ -324,10 +336,11 @@ V_INT VexelPointerType(VKernelVector kv, ALGEB x); /* raises when x is no pointe
 void VexelPointerSetMarkFunction(VKernelVector kv, ALGEB x, void (*mark)(ALGEB x));
 void VexelPointerSetDisposeFunction(VKernelVector kv, ALGEB x, void (*dispose)(ALGEB x));
 
-/* ---- random numbers: one draw of the host's stream each; may raise an interrupt ------------------------ */
+/* ---- random numbers: one draw of the host's stream each; may raise an interrupt
+ * ------------------------ */
 
-int32_t VexelRandomInt32(VKernelVector kv);     /* uniform over all 32-bit integers */
-double VexelRandomDouble01(VKernelVector kv);   /* uniform in the unit interval */
+int32_t VexelRandomInt32(VKernelVector kv);   /* uniform over all 32-bit integers */
+double VexelRandomDouble01(VKernelVector kv); /* uniform in the unit interval */
 
 #if defined(__cplusplus)
 } /* extern "C" */

@@ -2,14 +2,13 @@
 // and short words for what tests say over and over.
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <cmath>
 #include <cstdint>
 #include <limits>
 #include <string>
 #include <vector>
-
-#include <gtest/gtest.h>
-
 #include <vexel/kernel.hpp>
 
 class KernelTest : public testing::Test {
@@ -32,7 +31,9 @@ class KernelTest : public testing::Test {
 
   // --- values ---
   vexel::Value array(std::initializer_list<double> x) { return kernel.array(x); }
-  vexel::Value array(const std::vector<double>& x) { return kernel.array(std::span<const double>(x)); }
+  vexel::Value array(const std::vector<double>& x) {
+    return kernel.array(std::span<const double>(x));
+  }
   vexel::Value none() { return kernel.array(std::initializer_list<double>{}); }  // "no weights"
   vexel::Value name(std::string_view text) { return kernel.name(text); }
 

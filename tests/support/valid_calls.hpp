@@ -7,8 +7,8 @@
 #include <vector>
 
 struct ValidCall {
-  std::string text;   // "STATS_VexelMean_HW(A, W, true, 1)"
-  bool fails;         // every call of this entry point ends in an error
+  std::string text;  // "STATS_VexelMean_HW(A, W, true, 1)"
+  bool fails;        // every call of this entry point ends in an error
   std::string entry() const { return text.substr(0, text.find('(')); }
 };
 

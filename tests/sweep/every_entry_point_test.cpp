@@ -21,8 +21,9 @@ class EveryEntryPoint : public KernelTest {
 
   // A known result that must not have changed, whatever happened before.
   void expectUsable(const std::string& after) {
-    EXPECT_EQ(kernel.eval("STATS_VexelMean_HW(Array([1.0, 2.0, 6.0], datatype = float[8]), "
-                          "Array(1..0, datatype = float[8]), false, 0)")
+    EXPECT_EQ(kernel
+                  .eval("STATS_VexelMean_HW(Array([1.0, 2.0, 6.0], datatype = float[8]), "
+                        "Array(1..0, datatype = float[8]), false, 0)")
                   .number(),
               3.0)
         << after;
@@ -74,7 +75,8 @@ TEST_F(EveryEntryPoint, GivesTheSameResultUnderCollectorStress) {
   }
 }
 
-// Lets the first host allocation of the call fail, then the second, and so on until it gets through.
+// Lets the first host allocation of the call fail, then the second, and so on until it gets
+// through.
 TEST_F(EveryEntryPoint, SurvivesEveryFailedAllocation) {
   constexpr int kMostFailures = 150;
   for (const ValidCall& call : validCalls().calls) {
@@ -98,8 +100,8 @@ TEST_F(EveryEntryPoint, SurvivesEveryFailedAllocation) {
   }
 }
 
-// A host procedure that raises at its k-th evaluation, and from then on, ends the call with its error
-// (or is never evaluated k times) and leaves the host as it was.
+// A host procedure that raises at its k-th evaluation, and from then on, ends the call with its
+// error (or is never evaluated k times) and leaves the host as it was.
 TEST_F(EveryEntryPoint, PassesOnAnErrorOfACallback) {
   std::int64_t evaluations = 0;
   std::int64_t failFrom = 0;
@@ -122,9 +124,9 @@ TEST_F(EveryEntryPoint, PassesOnAnErrorOfACallback) {
         }
       }
     }
-    if (call.fails || (text == call.text && text.find("cdf") == std::string::npos &&
-                       text.find("bell") == std::string::npos &&
-                       text.find("first") == std::string::npos)) {
+    if (call.fails ||
+        (text == call.text && text.find("cdf") == std::string::npos &&
+         text.find("bell") == std::string::npos && text.find("first") == std::string::npos)) {
       continue;
     }
     bool succeeded = false;
@@ -149,11 +151,10 @@ TEST_F(EveryEntryPoint, PassesOnAnErrorOfACallback) {
 // Memory does not grow with the number of calls (copies of arrays that are not float[8] do stay).
 TEST_F(EveryEntryPoint, LeavesNothingBehind) {
   for (const ValidCall& call : validCalls().calls) {
-    const bool convertsArrays = call.text.find("float[8]") == std::string::npos &&
-                                (call.text.find("(J") != std::string::npos ||
-                                 call.text.find("(G") != std::string::npos ||
-                                 call.text.find("(R") != std::string::npos ||
-                                 call.text.find("(S") != std::string::npos);
+    const bool convertsArrays =
+        call.text.find("float[8]") == std::string::npos &&
+        (call.text.find("(J") != std::string::npos || call.text.find("(G") != std::string::npos ||
+         call.text.find("(R") != std::string::npos || call.text.find("(S") != std::string::npos);
     if (call.fails || convertsArrays || call.text.find("InitializeQRStream") != std::string::npos) {
       continue;
     }

@@ -3,13 +3,15 @@
 //   vexel::Kernel kernel;
 //   kernel.loadLibrary("libstats_hw.so");
 //   std::vector<double> x = {3, 1, 2};
-//   vexel::Value mean = kernel.call("STATS_VexelMean_HW", kernel.wrap(x), kernel.eval("Array([], datatype = float[8])"), false, 0);
-//   double m = mean.number();
+//   vexel::Value mean = kernel.call("STATS_VexelMean_HW", kernel.wrap(x), kernel.eval("Array([],
+//   datatype = float[8])"), false, 0); double m = mean.number();
 //
 // One kernel per process is in use at a time, on one thread.  A Value is a rooted handle: it keeps
 // its object alive, may be copied freely, and must not outlive its kernel.  Every function that can
 // fail throws vexel::Error and leaves the kernel usable.
 #pragma once
+
+#include <vexelc/vexelc.h>
 
 #include <concepts>
 #include <cstdint>
@@ -22,8 +24,6 @@
 #include <string_view>
 #include <utility>
 #include <vector>
-
-#include <vexelc/vexelc.h>
 
 namespace vexel {
 
@@ -50,12 +50,12 @@ class Value {
   bool isList() const;
 
   // Conversions; throw Error for a value of another kind.
-  double number() const;           // nearest double of a number
-  std::int64_t integer() const;    // an integer that fits
-  bool boolean() const;            // true, false
-  std::string text() const;        // printed form; a string without its quotes
-  std::string source() const;      // printed form that reads back
-  std::string json() const;        // one line of JSON
+  double number() const;                // nearest double of a number
+  std::int64_t integer() const;         // an integer that fits
+  bool boolean() const;                 // true, false
+  std::string text() const;             // printed form; a string without its quotes
+  std::string source() const;           // printed form that reads back
+  std::string json() const;             // one line of JSON
   std::vector<double> numbers() const;  // a list or array (dense or sparse) of numbers
 
   // Elements of a list, sequence or one-dimensional array, from 0.
@@ -76,7 +76,7 @@ class __attribute__((visibility("default"))) Error : public std::runtime_error {
  public:
   Error(std::string filled, std::string message, std::vector<Value> arguments);
   ~Error() override;
-  const std::string& message() const { return message_; }           // with %1, %2 unfilled
+  const std::string& message() const { return message_; }  // with %1, %2 unfilled
   const std::vector<Value>& arguments() const { return arguments_; }
 
  private:
@@ -112,9 +112,9 @@ class Kernel {
   Value range(const Value& lower, const Value& upper);
 
   // New dense arrays of the given element type (RTABLE_ codes), bounds 1..n, elements copied.
-  Value array(std::span<const double> x);           // float[8]
+  Value array(std::span<const double> x);  // float[8]
   Value array(std::initializer_list<double> x);
-  Value array(std::span<const std::int32_t> x);     // integer[4]
+  Value array(std::span<const std::int32_t> x);  // integer[4]
   Value array(const RTableSettings& s, const void* data, std::span<const V_INT> bounds);
 
   // An array over memory that the caller owns and keeps alive and in place as long as the kernel
@@ -134,8 +134,8 @@ class Kernel {
   void loadLibrary(const std::string& path);
   std::vector<std::string> entryPoints() const;
 
-  // Calls an entry point, built-in function or procedure by name.  Arguments: Values, bool, integers,
-  // doubles, spans of doubles (copied).
+  // Calls an entry point, built-in function or procedure by name.  Arguments: Values, bool,
+  // integers, doubles, spans of doubles (copied).
   template <typename... Args>
   Value call(std::string_view name, Args&&... args) {
     const Value values[] = {toValue(std::forward<Args>(args))..., Value()};
@@ -153,7 +153,8 @@ class Kernel {
   std::uint64_t drawsTaken() const;  // draws of either kind since the kernel was made
 
   // Messages of VexelUserInfo at or below the channel's level; default: standard error.
-  void onUserInfo(std::function<void(int level, const std::string& channel, const std::string& text)> f);
+  void onUserInfo(
+      std::function<void(int level, const std::string& channel, const std::string& text)> f);
   void infoLevel(std::string_view channel, int level);
 
   // Sets the flag that evaluation and random draws look at; safe in a signal handler.
@@ -161,15 +162,17 @@ class Kernel {
 
   // --- collector ---
   void collect();
-  void stress(bool on);            // collect at every allocation
-  std::size_t liveObjects() const; // after the last collection, plus what was made since
+  void stress(bool on);             // collect at every allocation
+  std::size_t liveObjects() const;  // after the last collection, plus what was made since
   // Lets the n-th host allocation from now (0: the next) raise "not enough memory"; -1: none.
   void failAllocation(std::int64_t n);
 
   Value toValue(const Value& v) { return v; }
   Value toValue(bool b) { return boolean(b); }
   template <std::integral I>
-  Value toValue(I i) { return integer(static_cast<std::int64_t>(i)); }
+  Value toValue(I i) {
+    return integer(static_cast<std::int64_t>(i));
+  }
   Value toValue(double d) { return real(d); }
   Value toValue(const char* text) { return string(text); }
   Value toValue(const std::vector<double>& x) { return array(std::span<const double>(x)); }

@@ -5,10 +5,10 @@
 // library's own.
 #pragma once
 
-#include <cstdint>
-
 #include <nag2/nag2.h>
 #include <vexelc/vexelc.h>
+
+#include <cstdint>
 
 enum STATS_PROBABILITY_TYPE_HW : int {
   STATS_LOWER_TAIL_HW = 1,  // the only one the library passes
@@ -42,7 +42,8 @@ class STATS_VexelUtils_HW {
   [[noreturn]] static void ReportNonNumeric(ALGEB x);
 
   // The finite double that a->proc gives on a->args: in hardware if asked, else in software.
-  // If neither gives a finite number, the procedure's own error passes, or an error names its value.
+  // If neither gives a finite number, the procedure's own error passes, or an error names its
+  // value.
   static double EvalfVexelProc(VexelCallbackArgs* a);
 
   // Bodies of the trapped evaluations; each keeps its result in a static cell of its own.

@@ -2,9 +2,9 @@
 // Missing values are NaN throughout.
 #pragma once
 
-#include <memory>
-
 #include <vexelc/vexelc.h>
+
+#include <memory>
 
 // One host array as a contiguous block of doubles: its own block if it is a dense array of 64-bit
 // floats (writing through data() then changes the array), otherwise a converted copy.

@@ -10,14 +10,13 @@
 // error here; the host's own errors pass untouched.
 #pragma once
 
+#include <vexelc/vexelc.h>
+
 #include <exception>
 #include <new>
 #include <span>
 
-#include <vexelc/vexelc.h>
-
 #include "kernel/conversions.hpp"
-
 
 // Runs body and turns standard exceptions into host errors.  The host error is raised after the
 // handler has ended, so that nothing is in flight when the host's error unwinds.
@@ -27,13 +26,12 @@ ALGEB STATS_RunEntry_HW(VKernelVector kv, Body body);
 #define STATS_EXPORT extern "C" __attribute__((visibility("default")))
 
 // NOLINTBEGIN(bugprone-macro-parentheses): Name is a declarator
-#define STATS_ENTRY(Name)                                              \
-  static ALGEB Name##_body([[maybe_unused]] VKernelVector kv,          \
-                           [[maybe_unused]] ALGEB args);               \
-  STATS_EXPORT ALGEB Name(VKernelVector kv, ALGEB args);               \
-  STATS_EXPORT ALGEB Name(VKernelVector kv, ALGEB args) {              \
-    return STATS_RunEntry_HW(kv, [=] { return Name##_body(kv, args); }); \
-  }                                                                    \
+#define STATS_ENTRY(Name)                                                                   \
+  static ALGEB Name##_body([[maybe_unused]] VKernelVector kv, [[maybe_unused]] ALGEB args); \
+  STATS_EXPORT ALGEB Name(VKernelVector kv, ALGEB args);                                    \
+  STATS_EXPORT ALGEB Name(VKernelVector kv, ALGEB args) {                                   \
+    return STATS_RunEntry_HW(kv, [=] { return Name##_body(kv, args); });                    \
+  }                                                                                         \
   static ALGEB Name##_body([[maybe_unused]] VKernelVector kv, [[maybe_unused]] ALGEB args)
 // NOLINTEND(bugprone-macro-parentheses)
 
@@ -48,8 +46,7 @@ class Arguments {
       VexelRaiseError1(kv, countMessage, args);
     }
   }
-  Arguments(VKernelVector kv, ALGEB args)
-      : kv_(kv), args_(args), count_(VexelNumArgs(kv, args)) {}
+  Arguments(VKernelVector kv, ALGEB args) : kv_(kv), args_(args), count_(VexelNumArgs(kv, args)) {}
 
   V_INT count() const { return count_; }
   ALGEB all() const { return args_; }

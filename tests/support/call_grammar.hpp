@@ -1,0 +1,218 @@
+// Calls of entry points made from bytes: valid calls with arguments replaced, dropped and added.
+//
+// Used by the fuzz target and, fed with pseudo-random bytes, by a test.  Sizes and counts stay
+// small enough that no call takes long: the dictionary has no integers between 2^20 and 2^62.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <vector>
+#include <vexel/kernel.hpp>
+
+#include "valid_calls.hpp"
+
+// Bytes to choices; all choices are 0 when the bytes have run out.
+class ByteSource {
+ public:
+  ByteSource(const std::uint8_t* data, std::size_t size) : data_(data), left_(size) {}
+  bool empty() const { return left_ == 0; }
+  std::size_t below(std::size_t n) {
+    std::size_t x = next();
+    if (n > 256) {
+      x = x << 8U | next();
+    }
+    return x % n;
+  }
+
+ private:
+  std::uint8_t next() {
+    if (left_ == 0) {
+      return 0;
+    }
+    --left_;
+    return *data_++;
+  }
+  const std::uint8_t* data_;
+  std::size_t left_;
+};
+
+class CallGrammar {
+ public:
+  explicit CallGrammar(vexel::Kernel& kernel) : kernel_(kernel) {
+    const ValidCalls valid = readValidCalls(TEST_DATA_DIR "/valid_calls.txt");
+    preparation_ = valid.preparation;
+    for (const ValidCall& call : valid.calls) {
+      calls_.push_back({call.entry(), splitArguments(call.text)});
+    }
+    makeDictionary();
+  }
+
+  // Makes up to 8 calls on one state of the host.  Errors are fine; crashes, hangs and sanitizer
+  // reports are what this is for.  Returns how many calls were made.
+  int run(ByteSource& source) {
+    kernel_.eval("Digits := 15: clear(_EnvStatisticsIterations):");
+    kernel_.eval(preparation_);
+    vexel::Value last = kernel_.null();
+    int made = 0;
+    for (; made < 8 && !source.empty(); ++made) {
+      const Call& call = calls_[source.below(calls_.size())];
+      std::vector<vexel::Value> args;
+      for (const std::string& text : call.arguments) {
+        args.push_back(source.below(3) == 0 ? other(source, last) : kernel_.eval(text));
+      }
+      switch (source.below(12)) {
+        case 0:
+          args.push_back(other(source, last));
+          break;
+        case 1:
+          if (!args.empty()) {
+            args.pop_back();
+          }
+          break;
+        default:
+          break;
+      }
+      try {
+        last = kernel_.callValues(call.entry, args);
+      } catch (const vexel::Error&) {
+        last = kernel_.null();
+      }
+    }
+    return made;
+  }
+
+ private:
+  struct Call {
+    std::string entry;
+    std::vector<std::string> arguments;
+  };
+
+  // "f(a, [b, c], g(d))" to {"a", "[b, c]", "g(d)"}.
+  static std::vector<std::string> splitArguments(const std::string& call) {
+    std::vector<std::string> arguments;
+    const std::string inner = call.substr(call.find('(') + 1, call.rfind(')') - call.find('(') - 1);
+    std::string current;
+    int depth = 0;
+    for (const char c : inner) {
+      depth += (c == '(' || c == '[') ? 1 : (c == ')' || c == ']') ? -1 : 0;
+      if (c == ',' && depth == 0) {
+        arguments.push_back(current);
+        current.clear();
+      } else {
+        current += c;
+      }
+    }
+    if (!current.empty()) {
+      arguments.push_back(current);
+    }
+    return arguments;
+  }
+
+  vexel::Value other(ByteSource& source, const vexel::Value& last) {
+    if (source.below(16) == 0) {
+      return last;
+    }
+    return kernel_.eval(dictionary_[source.below(dictionary_.size())]);
+  }
+
+  void makeDictionary() {
+    dictionary_ = {"undefined",
+                   "infinity",
+                   "-infinity",
+                   "0",
+                   "1",
+                   "-1",
+                   "2",
+                   "3",
+                   "7",
+                   "50",
+                   "100",
+                   "1000",
+                   "2^62",
+                   "2^63",
+                   "-2^63",
+                   "2^64",
+                   "10^30",
+                   "-10^30",
+                   "1/3",
+                   "-1/7",
+                   "0.0",
+                   "-0.0",
+                   "0.5",
+                   "1.0",
+                   "-2.5",
+                   "1e300",
+                   "-1e300",
+                   "1e-300",
+                   "5e-324",
+                   "1e400",
+                   "1e-400",
+                   "Pi",
+                   "sqrt(2)",
+                   "foo",
+                   "foo + 1",
+                   "\"text\"",
+                   "[]",
+                   "[1]",
+                   "[0.25, 2]",
+                   "[[1]]",
+                   "[1, [2, 3]]",
+                   "[24, [0.0, 1.0]]",
+                   "[[0, [24, [0.0, 1.0]]]]",
+                   "NULL",
+                   "0 .. 1",
+                   "1 .. 0",
+                   "-infinity .. 0",
+                   "foo .. 3",
+                   "x = 1",
+                   "true",
+                   "false",
+                   "x -> x",
+                   "x -> undefined",
+                   "x -> 1/0",
+                   "x -> error(\"no\")",
+                   "() -> 1",
+                   "x -> x + foo",
+                   "x -> [x]",
+                   "x -> x > 2",
+                   "(x, y) -> x + y",
+                   "x -> -x",
+                   "x -> 0",
+                   "sin",
+                   "table([1 = 2])",
+                   "Complex(1, 2)",
+                   "E",
+                   "A",
+                   "M",
+                   "Z",
+                   "O",
+                   "G",
+                   "STATS_InitializeQRStream_HW(2, 1)",
+                   "STATS_InitializeQRStream_HW(3, 2)"};
+    const std::string types[] = {"anything",   "complex",  "integer[1]", "integer[2]", "integer[4]",
+                                 "integer[8]", "float[8]", "complex[8]", "float[4]"};
+    for (const std::string& type : types) {
+      for (const char* rest : {"storage = rectangular", "storage = sparse", "order = row"}) {
+        for (const char* shape : {"1..0", "1..1", "0..2", "-5..2", "1..64, [3, 1, 2, 3]",
+                                  "1..3, 1..2", "2..1, 1..5", "1..2, 1..2, 1..2"}) {
+          dictionary_.push_back("Array(" + std::string(shape) + ", datatype = " + type + ", " +
+                                rest + ")");
+        }
+      }
+    }
+    dictionary_.insert(
+        dictionary_.end(),
+        {"Array([1.0, undefined, infinity, -infinity, 0.0], datatype = float[8])",
+         "Array([1.0, undefined, 1e30], datatype = float[4])",
+         "Array([2^63 - 1, -2^63, 0], datatype = integer[8])",
+         "Array([-128, 127, 0, 1], datatype = integer[1])", "Array([foo, 1, NULL, undefined, 1/2])",
+         "Array([1, 2, 3, 4], datatype = anything)",
+         "Array(4611686018427387900..4611686018427387902, datatype = float[8])"});
+  }
+
+  vexel::Kernel& kernel_;
+  std::string preparation_;
+  std::vector<Call> calls_;
+  std::vector<std::string> dictionary_;
+};
