@@ -74,21 +74,21 @@ ComplexVector bluestein(const ComplexVector& x) {
     filter[j] = std::conj(chirp[j]);
     filter[(length - j) % length] = filter[j];
   }
-  kissfft<double> transform(length, false);
+  const kissfft<double> transform(length, false);
   ComplexVector signalSpectrum(length);
   ComplexVector filterSpectrum(length);
   transform.transform(signal.data(), signalSpectrum.data());
   transform.transform(filter.data(), filterSpectrum.data());
   for (std::size_t k = 0; k < length; ++k) {
-    signalSpectrum[k] = product(signalSpectrum[k], filterSpectrum[k]);
+    // Conjugating before and after makes the forward transform the inverse one.
+    signalSpectrum[k] = std::conj(product(signalSpectrum[k], filterSpectrum[k]));
   }
-  transform.assign(length, true);
   transform.transform(signalSpectrum.data(), signal.data());
 
   ComplexVector result(n);
   const double scale = 1.0 / static_cast<double>(length);
   for (std::size_t k = 0; k < n; ++k) {
-    result[k] = product(signal[k], chirp[k]) * scale;
+    result[k] = product(std::conj(signal[k]), chirp[k]) * scale;
   }
   return result;
 }
