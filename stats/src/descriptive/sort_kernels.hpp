@@ -1,0 +1,45 @@
+// In-place sorting and selection of doubles, plain and with a second array (weights) that makes
+// every move of the first.
+//
+// One order throughout: numbers as usual, every NaN after every number, NaNs equal to one another;
+// a missing value is a NaN, so missing values go last.  Nothing here allocates or fails.  An empty
+// range is left alone.  w is never compared, and must not be null.
+//
+// The exchanges are part of the interface: how ties carry their weights along, and the order that
+// a selection leaves behind it (trimmed sums run in that order), show in the last bits of results.
+#pragma once
+
+// True when x sorts after y.  Compiles without a branch.
+constexpr bool STATS_SortsAfter_HW(double x, double y) noexcept {
+  return (x > y) | ((x != x) & (y == y));
+}
+
+// Sorts a[0..n-1]: a quicksort that leaves runs of at most five, then an insertion sort.
+//
+// Stable up to five elements, not beyond.  O(n log n) with a stack of O(log n) for every input; on
+// input made to defeat the median of three a heap sort takes over, and the order among ties is
+// then its own.
+void STATS_SortData_HW(double* a, int n);
+void STATS_SortData_HW(double* a, double* w, int n);
+
+// The first of the two steps: a[lo..hi] apart from runs of at most five out of order.
+void STATS_QuickSort_HW(double* a, int lo, int hi);
+void STATS_QuickSort_HW(double* a, double* w, int lo, int hi);
+
+// Sorts a[lo..hi], stable.  O(n + inversions).
+void STATS_InsertionSort_HW(double* a, int lo, int hi);
+void STATS_InsertionSort_HW(double* a, double* w, int lo, int hi);
+
+// The value of rank k (from 0) of a[0..n-1], put at a[k] with none greater before it and none less
+// after it.  O(n) on average, O(n log n) at worst.
+//
+// The plain form does nothing and gives NaN when k is not in [0, n); the paired form clamps k, and
+// gives NaN when there are no values.
+double STATS_QuickSelect_HW(double* a, int n, int k);
+double STATS_QuickSelect_HW(double* a, double* w, int n, int k);
+
+// Heap sort, ascending, for values without NaN: a NaN sinks like a small value and ends anywhere.
+void STATS_HeapSort_HW(double* a, double* w, int n);
+
+// Lets element i of the max-heap a[0..hi] sink to its place.
+void STATS_Shift_HW(double* a, double* w, int i, int hi);
