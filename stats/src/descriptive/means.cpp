@@ -79,8 +79,7 @@ double STATS_Mean_HW(VKernelVector, const double* x, const double* w, int n,
 STATS_ENTRY(STATS_VexelMean_HW) {
   const Arguments arg(kv, args, 4, "expected 4 arguments, received: %1");
   const STATS_VexelDataSample_HW sample(kv, arg[1], arg[2]);
-  const SampleView view =
-      arg.boolean(3) ? SampleView::copied(kv, sample, true) : SampleView::inPlace(sample);
+  const SampleView view = SampleView::forReading(kv, sample, arg.boolean(3));
   const STATS_MEAN_TYPE_HW type = STATS_ToMeanType_HW(arg.integer(4));
   return STATS_DoubleToVexelFloat_HW(kv,
                                      STATS_Mean_HW(kv, view.points, view.weights, view.size, type));

@@ -23,4 +23,10 @@ struct SampleView {
     view.size = STATS_CopyData_HW(sample, view.points, view.weights, skipMissing ? 1 : 0);
     return view;
   }
+
+  // For kernels that only read: a copy where there is something to drop, else the arrays.
+  static SampleView forReading(VKernelVector kv, const STATS_VexelDataSample_HW& sample,
+                               bool skipMissing) {
+    return skipMissing ? copied(kv, sample, true) : inPlace(sample);
+  }
 };
