@@ -29,4 +29,9 @@ struct SampleView {
                                bool skipMissing) {
     return skipMissing ? copied(kv, sample, true) : inPlace(sample);
   }
+
+  // For kernels that reorder: the arrays when the caller gives them away, else a copy.  Arrays that
+  // the host protects, or that share memory with each other, are copied all the same.
+  static SampleView forReordering(VKernelVector kv, const STATS_VexelDataSample_HW& sample,
+                                  ALGEB data, ALGEB weights, bool skipMissing, bool inPlaceAllowed);
 };

@@ -1,7 +1,9 @@
 // Selection of the k-th smallest by partitioning about the median of three (Hoare, Algorithm 65:
 // FIND, CACM 4, 1961, with the median's partners as sentinels).
 
+#include <bit>
 #include <limits>
+#include <span>
 
 #include "descriptive/partition.hpp"
 
@@ -62,6 +64,40 @@ double select(Array array, int n, int k) {
   return a[k];
 }
 
+// Splits as long as there are ranks to place on a side, and goes only there.  The side with fewer
+// elements goes first, by recursion: the stack holds at most log2 n calls.
+template <bool kMissing>
+void placeRanks(PlainArray array, int l, int r, std::span<const int> ranks, std::int64_t& work) {
+  constexpr int kShortRun = 16;
+  while (!ranks.empty()) {
+    work -= r - l;
+    if (r - l < kShortRun) {
+      STATS_InsertionSort_HW(array.a, l, r);
+      return;
+    }
+    if (work < 0) {
+      heapSortRange<kMissing>(array, l, r);
+      return;
+    }
+    int i = 0;
+    int j = 0;
+    splitRange<kMissing>(array, l, r, i, j);
+    const auto below = std::lower_bound(ranks.begin(), ranks.end(), j);
+    const auto above = std::lower_bound(below, ranks.end(), i);  // between: equal to the median
+    const std::span<const int> left(ranks.begin(), below);
+    const std::span<const int> right(above, ranks.end());
+    if (j - l < r - i) {
+      placeRanks<kMissing>(array, l, j - 1, left, work);
+      l = i;
+      ranks = right;
+    } else {
+      placeRanks<kMissing>(array, i, r, right, work);
+      r = j - 1;
+      ranks = left;
+    }
+  }
+}
+
 template <typename Array>
 double selectEither(Array array, int n, int k) {
   return anyMissing(array.a, 0, n - 1) ? select<true>(array, n, k) : select<false>(array, n, k);
@@ -75,4 +111,15 @@ double STATS_QuickSelect_HW(double* a, int n, int k) {
 
 double STATS_QuickSelect_HW(double* a, double* w, int n, int k) {
   return n > 0 ? selectEither(PairedArray{a, w}, n, std::clamp(k, 0, n - 1)) : kNothing;
+}
+
+void STATS_SelectRanks_HW(double* a, int n, const int* ranks, int m) {
+  const std::span<const int> wanted(ranks, static_cast<std::size_t>(std::max(m, 0)));
+  // Up to two ranks cost what a selection does; more of them at most what a sort does.
+  std::int64_t work = kWorkLimit * n * std::bit_width(wanted.size());
+  if (anyMissing(a, 0, n - 1)) {
+    placeRanks<true>(PlainArray{a}, 0, n - 1, wanted, work);
+  } else {
+    placeRanks<false>(PlainArray{a}, 0, n - 1, wanted, work);
+  }
 }

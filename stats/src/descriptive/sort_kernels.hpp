@@ -38,6 +38,10 @@ void STATS_InsertionSort_HW(double* a, double* w, int lo, int hi);
 double STATS_QuickSelect_HW(double* a, int n, int k);
 double STATS_QuickSelect_HW(double* a, double* w, int n, int k);
 
+// Puts the value of every rank in ranks[0..m-1] (ascending, each in [0, n)) at its place in
+// a[0..n-1], so that a[ranks[j]] can be read.  O(n log m) on average, O(n log n) at worst.
+void STATS_SelectRanks_HW(double* a, int n, const int* ranks, int m);
+
 // Heap sort, ascending, for values without NaN: a NaN sinks like a small value and ends anywhere.
 void STATS_HeapSort_HW(double* a, double* w, int n);
 

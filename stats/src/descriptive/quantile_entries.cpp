@@ -1,0 +1,130 @@
+// The entry points of quantiles, order statistics, medians and median deviations.
+//
+// A sample without values gives the host's undefined float for each value asked for.
+
+#include <cmath>
+#include <vector>
+
+#include "descriptive/quantiles.hpp"
+#include "descriptive/sample_view.hpp"
+#include "kernel/entry_frame.hpp"
+
+namespace {
+
+// One value as a float, or several as a list, in the form in which they were asked for.
+ALGEB pack(VKernelVector kv, const std::vector<double>& values, bool asList) {
+  return asList ? STATS_FloatList_HW(kv, values.data(), static_cast<V_INT>(values.size()))
+                : STATS_DoubleToVexelFloat_HW(kv, values.front());
+}
+
+// A number in [0, 1] or a list of them.
+std::vector<double> probabilities(VKernelVector kv, ALGEB given) {
+  const bool isList = IsVexelList(kv, given) != 0;
+  const V_INT m = isList ? VexelNumArgs(kv, given) : 1;
+  std::vector<double> probs;
+  for (V_INT j = 1; j <= m; ++j) {
+    const ALGEB element = isList ? VexelListSelect(kv, given, j) : given;
+    const double p =
+        IsVexelNumeric(kv, element) ? STATS_VexelUtils_HW::VexelDAGToDouble(element) : -1.0;
+    if (!(p >= 0.0 && p <= 1.0)) {
+      VexelRaiseError1(kv,
+                       isList ? "expected: list of numeric constants between 0 and 1, received %1"
+                              : "expected: numeric constant or a list of numeric constants between "
+                                "0 and 1, received %1",
+                       given);
+    }
+    probs.push_back(p);
+  }
+  return probs;
+}
+
+// An integer or a list of them.
+std::vector<int> integers(VKernelVector kv, ALGEB given) {
+  const bool isList = IsVexelList(kv, given) != 0;
+  const V_INT m = isList ? VexelNumArgs(kv, given) : 1;
+  std::vector<int> values;
+  for (V_INT j = 1; j <= m; ++j) {
+    const ALGEB element = isList ? VexelListSelect(kv, given, j) : given;
+    if (!IsVexelInteger32(kv, element)) {
+      VexelRaiseError1(kv, "expected: integer or list of integers, received %1", given);
+    }
+    values.push_back(VexelToInteger32(kv, element));
+  }
+  return values;
+}
+
+}  // namespace
+
+// STATS_VexelQuantile_HW(data, probabilities, weights, ignore, type, inplace)
+//
+// probabilities  a number in [0, 1], which gives a float, or a list, which gives a list of floats
+// ignore         true drops every pair with a missing point or weight
+// type           definition 1 to 8; anything else is the first
+// inplace        true lets the arrays be reordered (when nothing is ignored), which saves a copy
+STATS_ENTRY(STATS_VexelQuantile_HW) {
+  const Arguments arg(kv, args, 6, "expected 6 arguments, received: %1");
+  const STATS_VexelDataSample_HW sample(kv, arg[1], arg[3]);
+  const std::vector<double> probs = probabilities(kv, arg[2]);
+  const bool ignoreMissing = arg.boolean(4);
+  const STATS_QUANTILE_TYPE_HW type = STATS_ToQuantileType_HW(arg.integer(5));
+  const SampleView view =
+      SampleView::forReordering(kv, sample, arg[1], arg[3], ignoreMissing, arg.boolean(6));
+
+  std::vector<double> values(probs.size(), view.size == 0 ? STATS_FloatUndefined_HW(kv) : 0.0);
+  if (view.size > 0) {
+    STATS_Quantile_HW(values.data(), view.points, view.weights, probs.data(), view.size,
+                      static_cast<int>(probs.size()), type);
+  }
+  return pack(kv, values, IsVexelList(kv, arg[2]) != 0);
+}
+
+// STATS_VexelOrderStatistic_HW(data, ranks, weights, ignore): the values of the given ranks,
+// from 1. A rank gives a float, a list of ranks a list of floats.  The weights are not looked at.
+STATS_ENTRY(STATS_VexelOrderStatistic_HW) {
+  const Arguments arg(kv, args, 4, "VexelOrderStatistic expects 4 arguments, received: %1");
+  const STATS_VexelDataSample_HW sample(kv, arg[1]);
+  const std::vector<int> ranks = integers(kv, arg[2]);
+  const SampleView view = SampleView::copied(kv, sample, arg.boolean(4));
+
+  std::vector<double> values(ranks.size(), view.size == 0 ? STATS_FloatUndefined_HW(kv) : 0.0);
+  if (view.size > 0) {
+    for (const int rank : ranks) {
+      if (rank < 1 || rank > view.size) {
+        VexelRaiseError1(kv, "index out of range: %1", ToVexelInteger(kv, rank));
+      }
+    }
+    STATS_OrderStatistic_HW(values.data(), view.points, view.weights, ranks.data(), view.size,
+                            static_cast<int>(ranks.size()));
+  }
+  return pack(kv, values, IsVexelList(kv, arg[2]) != 0);
+}
+
+// STATS_VexelMedian_HW(data, weights, ignore, inplace)
+STATS_ENTRY(STATS_VexelMedian_HW) {
+  const Arguments arg(kv, args, 4, "expected 4 arguments, received: %1");
+  const STATS_VexelDataSample_HW sample(kv, arg[1], arg[2]);
+  const bool ignoreMissing = arg.boolean(3);
+  const SampleView view =
+      SampleView::forReordering(kv, sample, arg[1], arg[2], ignoreMissing, arg.boolean(4));
+  return STATS_DoubleToVexelFloat_HW(
+      kv, view.size == 0 ? STATS_FloatUndefined_HW(kv)
+                         : STATS_Median_HW(view.points, view.weights, view.size));
+}
+
+// STATS_VexelMedianDeviation_HW(data, weights, ignore): the median of the absolute deviations from
+// the median; each deviation has the weight of its point.
+STATS_ENTRY(STATS_VexelMedianDeviation_HW) {
+  // The wording names another entry point; hosts match on it.
+  const Arguments arg(kv, args, 3, "VexelAbsoluteDeviation expects 3 arguments, received: %1");
+  const STATS_VexelDataSample_HW sample(kv, arg[1], arg[2]);
+  const SampleView view = SampleView::copied(kv, sample, arg.boolean(3));
+  if (view.size == 0) {
+    return STATS_DoubleToVexelFloat_HW(kv, STATS_FloatUndefined_HW(kv));
+  }
+  // Points and weights are reordered together, so they stay partners for the second median.
+  const double median = STATS_Median_HW(view.points, view.weights, view.size);
+  for (int i = 0; i < view.size; ++i) {
+    view.points[i] = std::fabs(view.points[i] - median);
+  }
+  return STATS_DoubleToVexelFloat_HW(kv, STATS_Median_HW(view.points, view.weights, view.size));
+}
