@@ -1,0 +1,60 @@
+// The finite linear filter and its entry point.
+
+#include "smoothing/linear_filter.hpp"
+
+#include <algorithm>
+#include <cstddef>
+
+#include "kernel/data_sample.hpp"
+#include "kernel/entry_frame.hpp"
+#include "kernel/host_arrays.hpp"
+#include "smoothing/side_by_side.hpp"
+#include "smoothing/smoothing_result.hpp"
+
+void STATS_LinearFilter_HW(double* series, const double* taps, int n, int k, bool recursive,
+                           double* y) {
+  if (!recursive || k == 0) {
+    sumsSideBySide(n, k, y, [=](auto i, auto j) { return series[i + j] * taps[j]; });
+    return;
+  }
+  for (std::ptrdiff_t i = 0; i < n; ++i) {
+    double sum = 0.0;
+    for (int j = 0; j < k; ++j) {
+      sum += series[i + j] * taps[j];
+    }
+    y[i] = sum;
+    series[i + k - 1] = sum;
+  }
+}
+
+// STATS_VexelLinearFilter_HW(data, coefficients, initial values, recursive, ignore)
+//
+// y(i) = c[0] x(i) + c[1] x(i-1) + ... + c[k-1] x(i-k+1); the recursive filter has earlier y in
+// place of earlier x.  The initial values are x(-1), x(-2), ...; those not given are 0, those
+// beyond k - 1 are not looked at.  ignore drops missing values first.  The result has the data's
+// lower bound.
+STATS_ENTRY(STATS_VexelLinearFilter_HW) {
+  const Arguments arg(kv, args, 5, "expected 5 arguments, received: %1");
+  const STATS_VexelDataSample_HW data(kv, arg[1]);
+  const STATS_VexelDataSample_HW coefficients(kv, arg[2]);
+  const STATS_VexelDataSample_HW initial(kv, arg[3]);
+  const bool recursive = arg.boolean(4);
+  const bool ignoreMissing = arg.boolean(5);
+  const int k = coefficients.size();
+  if (data.size() < k) {
+    VexelRaiseError(kv, "the size of the filter cannot exceed the size of the data set");
+  }
+
+  // The history ends with the first initial value; what is before the last one stays 0.
+  const int history = std::max(k - 1, 0);
+  double* series = STATS_AllocDoubles_HW(kv, V_INT{data.size()} + history);
+  std::reverse_copy(initial.points(), initial.points() + std::min(history, initial.size()),
+                    series + history - std::min(history, initial.size()));
+  const int n = STATS_CopyData_HW(data, series + history, nullptr, ignoreMissing);
+  double* taps = STATS_AllocDoubles_HW(kv, k);
+  std::reverse_copy(coefficients.points(), coefficients.points() + k, taps);
+
+  const ALGEB result = STATS_SmoothingResult_HW(kv, arg[1], RTableLowerBound(kv, arg[1], 1), n);
+  STATS_LinearFilter_HW(series, taps, n, k, recursive, STATS_FloatBlock_HW(kv, result));
+  return result;
+}
