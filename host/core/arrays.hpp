@@ -41,6 +41,7 @@ inline ArrayObject& arrayOf(ALGEB x) { return *reinterpret_cast<ArrayObject*>(x)
 std::size_t elementSize(int type);
 // "float[8]" and so on; the code of such a text, -1 for none.
 std::string_view typeName(int type);
+int typeOfName(std::string_view text);
 
 ALGEB newArray(State& state, const RTableSettings& s, const void* data, const V_INT* bounds);
 // A float[8] array 1..n over memory of somebody else.

@@ -103,9 +103,11 @@ class Heap {
   // "not enough memory".
   ALGEB allocate(Tag t, std::size_t lengthInWords) {
     const std::size_t bytes = lengthInWords * sizeof(Word);
-    if (bytes <= kSmall && (sinceCollection_ += bytes) < limit_) [[likely]] {
-      if (Cell* cell = freeCells_[classOf(bytes)]) [[likely]] {
-        freeCells_[classOf(bytes)] = cell->next;
+    if (bytes <= kSmall && sinceCollection_ < limit_) [[likely]] {
+      const std::size_t c = classOf(bytes);
+      if (Cell* cell = freeCells_[c]) [[likely]] {
+        freeCells_[c] = cell->next;
+        sinceCollection_ += bytes;
         return initialise(cell, t, lengthInWords);
       }
     }
@@ -116,6 +118,10 @@ class Heap {
   // from malloc that count toward the next collection.  The owner releases them.
   void* allocateBytes(std::size_t bytes);
   void releaseBytes(void* p, std::size_t bytes) noexcept;
+  // An array whose data block a pointer on the stack keeps alive, too.
+  void registerArray(ALGEB x) { arrays_.push_back(x); }
+  // A pointer object whose dispose function must run before it goes.
+  void registerDisposable(ALGEB x) { disposable_.push_back(x); }
   // Tells the collector of memory that an object holds elsewhere.
   void countBytes(std::size_t bytes) { sinceCollection_ += bytes; }
 
@@ -144,8 +150,12 @@ class Heap {
     Cell* next;
   };
   struct Chunk;
-  struct Large;
-  struct Extent;  // an address range that keeps an object alive
+  // Addresses first ... last (a pointer to the end counts) that keep an object alive.
+  struct Extent {
+    Word first;
+    Word last;
+    ALGEB object;
+  };
 
   static constexpr std::size_t kSmall = 4096;
   static constexpr std::size_t kClasses = 8 + 4 * 5;
@@ -172,27 +182,31 @@ class Heap {
 
   ALGEB allocateSlowly(Tag t, std::size_t lengthInWords);
   void beforeAllocation(std::size_t bytes);
-  Cell* takeCell(std::size_t c);
+  void refill(std::size_t c);
   Chunk* newChunk(std::size_t c);
+  void retireChunk(Chunk* chunk);
   void resetLimit();
 
-  void markRoots(Marker& marker);
-  void markStack(Marker& marker);
-  void markConservatively(Marker& marker, const Word* from, const Word* to);
-  void markCandidate(Marker& marker, Word candidate);
-  void drain(Marker& marker);
-  void markOperands(Marker& marker, ALGEB x);
+  void markRoots();
+  void markStack();
+  void markConservatively(const Word* from, const Word* to);
+  void markCandidate(Word candidate);
+  ALGEB objectAt(Word address) const;
+  void drain();
+  void markOperands(ALGEB x);
+  void markArray(ALGEB x);
   void buildExtents();
-  void runDisposers();
-  void sweep();
-  void sweepChunk(Chunk& chunk);
+  void dispose(bool everything);
+  void sweep(bool everything);
+  void sweepLarge(bool everything);
+  std::size_t sweepChunk(Chunk& chunk, Cell**& tail, bool everything);
   void finalise(ALGEB x) noexcept;
 
   State& state_;
   Cell* freeCells_[kClasses] = {};
   std::size_t sinceCollection_ = 0;
   std::size_t limit_ = 0;
-  std::size_t threshold_ = 0;
+  std::size_t threshold_;
   std::size_t allocatedObjects_ = 0;
   std::size_t liveAfterCollection_ = 0;
   std::size_t liveBytes_ = 0;
@@ -206,10 +220,12 @@ class Heap {
   std::vector<Chunk*> chunks_;
   std::vector<Chunk*> emptyChunks_;
   std::unordered_map<Word, Chunk*> chunkAt_;
-  std::vector<Large*> large_;
-  std::vector<Extent> extents_;
-  Word lowest_ = ~Word{0};
-  Word highest_ = 0;
+  std::vector<ALGEB> large_;
+  std::vector<ALGEB> arrays_;      // those with a data block of their own
+  std::vector<ALGEB> disposable_;  // pointers with a dispose function
+  std::vector<Extent> extents_;    // sorted; during a collection only
+  Word lowestChunk_ = ~Word{0};
+  Word highestChunk_ = 0;
 
   Handles* handles_ = nullptr;
   std::unordered_map<ALGEB, std::int64_t> protected_;

@@ -36,7 +36,7 @@ class InternTables {
   template <typename F>
   void forEachName(F f) const {
     for (ALGEB x : names_.slots) {
-      if (x != nullptr) {
+      if (isEntry(x)) {
         f(x);
       }
     }
@@ -45,14 +45,16 @@ class InternTables {
  private:
   struct Table {
     std::vector<ALGEB> slots;  // open addressing, a power of two; null is empty
-    std::size_t used = 0;
+    std::size_t used = 0;      // slots taken, removed ones included
+    std::size_t removed = 0;
   };
 
   static std::uint64_t hashOf(ALGEB x);
   template <typename Equal>
   static ALGEB find(const Table& table, std::uint64_t hash, Equal equal);
   static void insert(Table& table, ALGEB x, std::uint64_t hash);
-  static void rehash(Table& table, std::size_t capacity, bool markedOnly);
+  static void grow(Table& table);
+  static bool isEntry(ALGEB slot);  // neither empty nor removed
 
   Table reals_;
   Table values_;  // all other interned kinds except names

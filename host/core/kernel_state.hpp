@@ -59,6 +59,8 @@ struct _VKernelVectorDesc {
   // Where print and the like write; standard output unless replaced.
   std::function<void(std::string_view)> output;
 
+  void markRoots(vexel::Marker& marker);
+
   // The value of "Digits", at least 1.
   int digits() const;
 };

@@ -1,0 +1,513 @@
+// Arithmetic and order of numbers of any kinds.
+//
+// Exact with exact stays exact; a float makes the result a float rounded once to "Digits" decimal
+// digits.  Infinities and undefined follow the rules of IEEE doubles.
+
+#include <algorithm>
+#include <limits>
+
+#include "core/decimal.hpp"
+#include "core/errors.hpp"
+#include "core/numbers.hpp"
+#include "core/objects.hpp"
+
+namespace vexel {
+
+namespace {
+
+std::size_t bitsOf(mpz_srcptr z) { return mpz_sizeinbase(z, 2); }
+
+void checkBits(State& state, std::size_t bits) {
+  if (bits > kMaxIntegerBits) {
+    raise(state, "integer too large");
+  }
+}
+
+bool isSpecial(ALGEB x) { return isDoubleFloat(x) && !std::isfinite(doubleOf(x)); }
+
+// A real number as a double of the same sign and finiteness, for the rules of infinities.
+double signature(ALGEB x) {
+  if (isSpecial(x) || (isDoubleFloat(x) && doubleOf(x) == 0.0)) {
+    return doubleOf(x);
+  }
+  return static_cast<double>(sign(x));
+}
+
+Decimal decimalOfFloat(ALGEB x) {
+  Decimal d;
+  decimalOf(x, d.mantissa, d.exponent);
+  return d;
+}
+
+// A finite real number as a decimal: floats and integers exactly, rationals to spare digits.
+Decimal toDecimal(ALGEB x, std::int64_t digits) {
+  constexpr int kSpareDigits = 20;
+  if (isFloat(x)) {
+    return decimalOfFloat(x);
+  }
+  if (isRational(x)) {
+    return divideToDecimal(IntegerView(operand(x, 1)).get(), IntegerView(operand(x, 2)).get(),
+                           digits + kSpareDigits);
+  }
+  Decimal d;
+  mpz_set(d.mantissa.get(), IntegerView(x).get());
+  return d;
+}
+
+ALGEB toFloat(State& state, const Decimal& d) {
+  return newFloat(state, d.mantissa.get(), d.exponent);
+}
+
+ALGEB floatSum(State& state, ALGEB a, ALGEB b, bool minus) {
+  if (isSpecial(a) || isSpecial(b)) {
+    return newFloat(state, minus ? signature(a) - signature(b) : signature(a) + signature(b));
+  }
+  const std::int64_t digits = state.digits();
+  const Decimal x = toDecimal(a, digits);
+  Decimal y = toDecimal(b, digits);
+  if (minus) {
+    mpz_neg(y.mantissa.get(), y.mantissa.get());
+  }
+  return toFloat(state, addDecimals(x, y, digits));
+}
+
+ALGEB floatProduct(State& state, ALGEB a, ALGEB b) {
+  const double rule = signature(a) * signature(b);
+  if (rule == 0.0 || !std::isfinite(rule)) {
+    return newFloat(state, rule);
+  }
+  const std::int64_t digits = state.digits();
+  Decimal x = toDecimal(a, digits);
+  const Decimal y = toDecimal(b, digits);
+  checkBits(state, bitsOf(x.mantissa.get()) + bitsOf(y.mantissa.get()));
+  mpz_mul(x.mantissa.get(), x.mantissa.get(), y.mantissa.get());
+  x.exponent += y.exponent;
+  roundDecimal(x, digits);
+  return toFloat(state, x);
+}
+
+ALGEB floatQuotient(State& state, ALGEB a, ALGEB b) {
+  const double rule = signature(a) / signature(b);
+  if (rule == 0.0 || !std::isfinite(rule)) {
+    return newFloat(state, rule);
+  }
+  const std::int64_t digits = state.digits();
+  Decimal x = toDecimal(a, digits);
+  Decimal y = toDecimal(b, digits);
+  if (mpz_sgn(y.mantissa.get()) < 0) {
+    mpz_neg(x.mantissa.get(), x.mantissa.get());
+    mpz_neg(y.mantissa.get(), y.mantissa.get());
+  }
+  Decimal q = divideToDecimal(x.mantissa.get(), y.mantissa.get(), digits);
+  q.exponent += x.exponent - y.exponent;
+  return toFloat(state, q);
+}
+
+// n/d op m/e for exact numbers that are not both immediate.
+ALGEB exactSum(State& state, ALGEB a, ALGEB b, bool minus) {
+  const IntegerView n(numerator(a));
+  const IntegerView d(denominator(a));
+  const IntegerView m(numerator(b));
+  const IntegerView e(denominator(b));
+  checkBits(state, bitsOf(n.get()) + bitsOf(e.get()));
+  checkBits(state, bitsOf(m.get()) + bitsOf(d.get()));
+  BigInteger left;
+  BigInteger right;
+  mpz_mul(left.get(), n.get(), e.get());
+  mpz_mul(right.get(), m.get(), d.get());
+  minus ? mpz_sub(left.get(), left.get(), right.get())
+        : mpz_add(left.get(), left.get(), right.get());
+  if (isInteger(a) && isInteger(b)) {
+    return newInteger(state, left.get());
+  }
+  mpz_mul(right.get(), d.get(), e.get());
+  return newRational(state, left.get(), right.get());
+}
+
+ALGEB exactProduct(State& state, ALGEB n, ALGEB m, ALGEB d, ALGEB e) {
+  const IntegerView a(n);
+  const IntegerView b(m);
+  const IntegerView c(d);
+  const IntegerView f(e);
+  checkBits(state, bitsOf(a.get()) + bitsOf(b.get()));
+  checkBits(state, bitsOf(c.get()) + bitsOf(f.get()));
+  BigInteger top;
+  BigInteger bottom;
+  mpz_mul(top.get(), a.get(), b.get());
+  mpz_mul(bottom.get(), c.get(), f.get());
+  return newRational(state, top.get(), bottom.get());
+}
+
+// A complex number whose exact zero imaginary part makes it a real one.
+ALGEB complexOrReal(State& state, ALGEB re, ALGEB im) {
+  return im == immediate(0) ? re : newComplex(state, re, im);
+}
+
+void checkNumbers(State& state, ALGEB a, ALGEB b) {
+  for (ALGEB x : {a, b}) {
+    if (!isNumber(x)) {
+      raise(state, "a number expected, received %1", x);
+    }
+  }
+}
+
+ALGEB realSum(State& state, ALGEB a, ALGEB b, bool minus) {
+  if (isImmediate(a) && isImmediate(b)) {
+    const std::int64_t x = immediateValue(a);
+    const std::int64_t y = immediateValue(b);
+    return newInteger(state, minus ? x - y : x + y);
+  }
+  return isFloat(a) || isFloat(b) ? floatSum(state, a, b, minus) : exactSum(state, a, b, minus);
+}
+
+ALGEB sumOrDifference(State& state, ALGEB a, ALGEB b, bool minus) {
+  checkNumbers(state, a, b);
+  if (isComplex(a) || isComplex(b)) {
+    ALGEB re = realSum(state, realPart(a), realPart(b), minus);
+    ALGEB im = realSum(state, imaginaryPart(a), imaginaryPart(b), minus);
+    return complexOrReal(state, re, im);
+  }
+  return realSum(state, a, b, minus);
+}
+
+}  // namespace
+
+int sign(ALGEB x) {
+  if (isImmediate(x)) {
+    const std::int64_t i = immediateValue(x);
+    return i > 0 ? 1 : i < 0 ? -1 : 0;
+  }
+  if (isDoubleFloat(x)) {
+    const double d = doubleOf(x);
+    return d > 0 ? 1 : d < 0 ? -1 : 0;
+  }
+  // Big integers, and rationals and floats by their first operand.
+  return mpz_sgn(IntegerView(isInteger(x) ? x : operand(x, 1)).get());
+}
+
+bool isZero(ALGEB x) {
+  const auto zero = [](ALGEB r) {
+    return r == immediate(0) || (isDoubleFloat(r) && doubleOf(r) == 0.0);
+  };
+  return isComplex(x) ? zero(operand(x, 1)) && zero(operand(x, 2)) : zero(x);
+}
+
+ALGEB add(State& state, ALGEB a, ALGEB b) { return sumOrDifference(state, a, b, false); }
+
+ALGEB subtract(State& state, ALGEB a, ALGEB b) { return sumOrDifference(state, a, b, true); }
+
+ALGEB multiply(State& state, ALGEB a, ALGEB b) {
+  checkNumbers(state, a, b);
+  if (isComplex(a) || isComplex(b)) {
+    ALGEB re = subtract(state, multiply(state, realPart(a), realPart(b)),
+                        multiply(state, imaginaryPart(a), imaginaryPart(b)));
+    ALGEB im = add(state, multiply(state, realPart(a), imaginaryPart(b)),
+                   multiply(state, imaginaryPart(a), realPart(b)));
+    return complexOrReal(state, re, im);
+  }
+  if (isFloat(a) || isFloat(b)) {
+    return floatProduct(state, a, b);
+  }
+  std::int64_t product = 0;
+  if (isImmediate(a) && isImmediate(b) &&
+      !__builtin_mul_overflow(immediateValue(a), immediateValue(b), &product)) {
+    return newInteger(state, product);
+  }
+  return exactProduct(state, numerator(a), numerator(b), denominator(a), denominator(b));
+}
+
+ALGEB divide(State& state, ALGEB a, ALGEB b) {
+  checkNumbers(state, a, b);
+  if (isComplex(b)) {
+    // a conj(b) / |b|^2
+    ALGEB conjugate = newComplex(state, realPart(b), negate(state, imaginaryPart(b)));
+    ALGEB norm = add(state, multiply(state, realPart(b), realPart(b)),
+                     multiply(state, imaginaryPart(b), imaginaryPart(b)));
+    return divide(state, multiply(state, a, conjugate), norm);
+  }
+  if (isComplex(a)) {
+    ALGEB re = divide(state, realPart(a), b);
+    return complexOrReal(state, re, divide(state, imaginaryPart(a), b));
+  }
+  if (b == immediate(0)) {
+    raise(state, "division by zero");
+  }
+  if (isFloat(a) || isFloat(b)) {
+    return floatQuotient(state, a, b);
+  }
+  return exactProduct(state, numerator(a), denominator(b), denominator(a), numerator(b));
+}
+
+ALGEB negate(State& state, ALGEB a) {
+  if (isDoubleFloat(a)) {
+    return newFloat(state, -doubleOf(a));
+  }
+  if (isFloat(a)) {
+    Decimal d = decimalOfFloat(a);
+    mpz_neg(d.mantissa.get(), d.mantissa.get());
+    return toFloat(state, d);
+  }
+  return subtract(state, immediate(0), a);
+}
+
+ALGEB absolute(State& state, ALGEB a) {
+  const bool negative = sign(a) < 0 || (isDoubleFloat(a) && std::signbit(doubleOf(a)));
+  return negative && !isUndefined(state, a) ? negate(state, a) : a;
+}
+
+namespace {
+
+ALGEB floatPower(State& state, ALGEB a, ALGEB n) {
+  if (isSpecial(a) || isZero(a)) {
+    return newFloat(state, std::pow(doubleOf(a), toDouble(state, n)));
+  }
+  constexpr int kSpareBits = 96;  // more than the bits of an exponent of 64 bits lose
+  RealNumber x(bitsForDigits(state, state.digits()) + kSpareBits);
+  toMpfr(state, x.get(), a);
+  mpfr_pow_z(x.get(), x.get(), IntegerView(n).get(), MPFR_RNDN);
+  return fromMpfr(state, x.get(), state.digits());
+}
+
+ALGEB complexPower(State& state, ALGEB a, std::int64_t n) {
+  if (n < 0) {
+    return divide(state, immediate(1), complexPower(state, a, -n));
+  }
+  ALGEB result = immediate(1);
+  for (ALGEB square = a; n != 0; n >>= 1) {
+    if ((n & 1) != 0) {
+      result = multiply(state, result, square);
+    }
+    if (n > 1) {
+      square = multiply(state, square, square);
+    }
+  }
+  return result;
+}
+
+}  // namespace
+
+ALGEB integerPower(State& state, ALGEB a, ALGEB n) {
+  checkNumbers(state, a, n);
+  if (isFloat(a)) {
+    return n == immediate(0) ? newFloat(state, 1.0) : floatPower(state, a, n);
+  }
+  if (n == immediate(0) || a == immediate(1)) {
+    return immediate(1);
+  }
+  if (a == immediate(0)) {
+    if (sign(n) < 0) {
+      raise(state, "division by zero");
+    }
+    return a;
+  }
+  if (a == immediate(-1)) {
+    return mpz_even_p(IntegerView(n).get()) != 0 ? immediate(1) : a;
+  }
+  std::int64_t k = 0;
+  if (!fitsInt64(n, &k) || std::abs(k / 2) >= static_cast<std::int64_t>(kMaxIntegerBits)) {
+    raise(state, "integer too large");
+  }
+  if (isComplex(a)) {
+    return complexPower(state, a, k);
+  }
+  const std::uint64_t e = static_cast<std::uint64_t>(std::abs(k));
+  BigInteger top;
+  BigInteger bottom;
+  const IntegerView p(numerator(a));
+  const IntegerView q(denominator(a));
+  // A number of b bits is at least 2^(b-1).
+  checkBits(state, (std::max(bitsOf(p.get()), bitsOf(q.get())) - 1) * e);
+  mpz_pow_ui(top.get(), p.get(), e);
+  mpz_pow_ui(bottom.get(), q.get(), e);
+  return k < 0 ? newRational(state, bottom.get(), top.get())
+               : newRational(state, top.get(), bottom.get());
+}
+
+// ---- order
+
+namespace {
+
+// A decimal against a rational: the decimal exponents decide when they differ much, otherwise
+// m 10^e q is compared with p.
+int compareWithExact(const Decimal& d, ALGEB exact) {
+  const IntegerView p(numerator(exact));
+  const IntegerView q(denominator(exact));
+  const int signD = mpz_sgn(d.mantissa.get());
+  const int signP = mpz_sgn(p.get());
+  if (signD != signP || signD == 0) {
+    return signD - signP;
+  }
+  const std::int64_t leadD = d.exponent + decimalDigits(d.mantissa.get());
+  const std::int64_t leadE = decimalDigits(p.get()) - decimalDigits(q.get());
+  if (leadD > leadE + 2 || leadD < leadE - 2) {
+    return leadD > leadE ? signD : -signD;
+  }
+  BigInteger left = d.mantissa;
+  BigInteger right;
+  mpz_set(right.get(), p.get());
+  mpz_mul(left.get(), left.get(), q.get());
+  scaleByTen(d.exponent >= 0 ? left.get() : right.get(),
+             static_cast<std::uint64_t>(std::abs(d.exponent)));
+  return mpz_cmp(left.get(), right.get());
+}
+
+int compareFinite(State& state, ALGEB a, ALGEB b) {
+  if (isImmediate(a) && isImmediate(b)) {
+    return immediateValue(a) < immediateValue(b) ? -1 : immediateValue(a) > immediateValue(b);
+  }
+  if (isFloat(a) && isFloat(b)) {
+    return compareDecimals(decimalOfFloat(a), decimalOfFloat(b));
+  }
+  if (isFloat(a)) {
+    return compareWithExact(decimalOfFloat(a), b);
+  }
+  if (isFloat(b)) {
+    return -compareWithExact(decimalOfFloat(b), a);
+  }
+  if (isInteger(a) && isInteger(b)) {
+    return mpz_cmp(IntegerView(a).get(), IntegerView(b).get());
+  }
+  return sign(exactSum(state, a, b, true));
+}
+
+}  // namespace
+
+std::partial_ordering compare(State& state, ALGEB a, ALGEB b) {
+  if (isUndefined(state, a) || isUndefined(state, b)) {
+    return std::partial_ordering::unordered;
+  }
+  if (a == b) {
+    return std::partial_ordering::equivalent;
+  }
+  if (isDoubleFloat(a) && isDoubleFloat(b)) {
+    return doubleOf(a) <=> doubleOf(b);  // distinct doubles have distinct shortest decimals
+  }
+  if (isSpecial(a) || isSpecial(b)) {
+    return (isSpecial(a) ? doubleOf(a) : 0.0) <=> (isSpecial(b) ? doubleOf(b) : 0.0);
+  }
+  const int c = compareFinite(state, a, b);
+  return c < 0   ? std::partial_ordering::less
+         : c > 0 ? std::partial_ordering::greater
+                 : std::partial_ordering::equivalent;
+}
+
+bool equal(State& state, ALGEB a, ALGEB b) {
+  if (isComplex(a) || isComplex(b)) {
+    return equal(state, realPart(a), realPart(b)) &&
+           equal(state, imaginaryPart(a), imaginaryPart(b));
+  }
+  return compare(state, a, b) == std::partial_ordering::equivalent;
+}
+
+// ---- integers of other numbers
+
+namespace {
+
+using Divide = void (*)(mpz_ptr, mpz_srcptr, mpz_srcptr);
+
+// n/d rounded; d > 0.
+void divideRounded(mpz_ptr result, mpz_srcptr n, mpz_srcptr d, Rounding r) {
+  switch (r) {
+    case Rounding::floor:
+      mpz_fdiv_q(result, n, d);
+      return;
+    case Rounding::ceiling:
+      mpz_cdiv_q(result, n, d);
+      return;
+    case Rounding::truncate:
+      mpz_tdiv_q(result, n, d);
+      return;
+    case Rounding::nearest: {
+      // (2|n| + d) / 2d, with n's sign
+      BigInteger twice;
+      BigInteger divisor;
+      mpz_abs(twice.get(), n);
+      mpz_mul_2exp(twice.get(), twice.get(), 1);
+      mpz_add(twice.get(), twice.get(), d);
+      mpz_mul_2exp(divisor.get(), d, 1);
+      const int s = mpz_sgn(n);
+      mpz_fdiv_q(result, twice.get(), divisor.get());
+      if (s < 0) {
+        mpz_neg(result, result);
+      }
+      return;
+    }
+  }
+}
+
+}  // namespace
+
+ALGEB toInteger(State& state, ALGEB x, Rounding r) {
+  if (isInteger(x) || isSpecial(x)) {
+    return x;
+  }
+  BigInteger n;
+  BigInteger d(1);
+  if (isRational(x)) {
+    mpz_set(n.get(), IntegerView(operand(x, 1)).get());
+    mpz_set(d.get(), IntegerView(operand(x, 2)).get());
+  } else {
+    std::int64_t exponent = 0;
+    decimalOf(x, n, exponent);
+    constexpr std::int64_t kLargest = static_cast<std::int64_t>(kMaxIntegerBits) * 3 / 10;
+    if (exponent > kLargest) {
+      raise(state, "integer too large");
+    }
+    // Far below 1/2 only the sign matters.
+    const std::int64_t digits = decimalDigits(n.get());
+    if (exponent < -digits - 2) {
+      mpz_set_si(n.get(), mpz_sgn(n.get()));
+      exponent = -2;
+    }
+    scaleByTen(exponent >= 0 ? n.get() : d.get(), static_cast<std::uint64_t>(std::abs(exponent)));
+  }
+  divideRounded(n.get(), n.get(), d.get(), r);
+  return newInteger(state, n.get());
+}
+
+ALGEB integerQuotient(State& state, ALGEB a, ALGEB b) {
+  if (b == immediate(0)) {
+    raise(state, "division by zero");
+  }
+  BigInteger q;
+  mpz_fdiv_q(q.get(), IntegerView(a).get(), IntegerView(b).get());
+  return newInteger(state, q.get());
+}
+
+ALGEB integerRemainder(State& state, ALGEB a, ALGEB b) {
+  if (b == immediate(0)) {
+    raise(state, "division by zero");
+  }
+  BigInteger q;
+  mpz_fdiv_r(q.get(), IntegerView(a).get(), IntegerView(b).get());
+  return newInteger(state, q.get());
+}
+
+ALGEB gcd(State& state, ALGEB a, ALGEB b) {
+  BigInteger g;
+  mpz_gcd(g.get(), IntegerView(a).get(), IntegerView(b).get());
+  return newInteger(state, g.get());
+}
+
+ALGEB roundToDigits(State& state, ALGEB x, int digits) {
+  checkDigits(state, digits);
+  if (isComplex(x)) {
+    ALGEB re = roundToDigits(state, operand(x, 1), digits);
+    return newComplex(state, re, roundToDigits(state, operand(x, 2), digits));
+  }
+  if (isSpecial(x) || (isFloat(x) && isZero(x))) {
+    return x;
+  }
+  if (isDoubleFloat(x) && digits >= 17) {
+    return x;  // no double's shortest decimal has more digits
+  }
+  if (isRational(x)) {
+    return toFloat(state, divideToDecimal(IntegerView(operand(x, 1)).get(),
+                                          IntegerView(operand(x, 2)).get(), digits));
+  }
+  Decimal d = toDecimal(x, digits);
+  roundDecimal(d, digits);
+  return toFloat(state, d);
+}
+
+}  // namespace vexel

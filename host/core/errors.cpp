@@ -1,0 +1,81 @@
+// Raising host errors, filling their messages, and the interrupt flag.
+
+#include "core/errors.hpp"
+
+#include <exception>
+#include <new>
+
+#include "core/kernel_state.hpp"
+#include "core/text.hpp"
+
+namespace vexel {
+
+volatile int interruptRequested = 0;
+
+void requestInterrupt() noexcept { interruptRequested = 1; }
+void clearInterrupt() noexcept { interruptRequested = 0; }
+
+void throwInterrupt() {
+  interruptRequested = 0;
+  throw InterruptToken{};
+}
+
+void raise(State& state, std::string_view message, std::span<const ALGEB> args) {
+  state.error.message.assign(message);
+  state.error.arguments.assign(args.begin(), args.end());
+  state.error.where.clear();
+  throw HostErrorToken{};
+}
+
+void raise(State& state, std::string_view message) {
+  raise(state, message, std::span<const ALGEB>());
+}
+
+void raise(State& state, std::string_view message, ALGEB a) {
+  const ALGEB args[] = {a};
+  raise(state, message, args);
+}
+
+void raise(State& state, std::string_view message, ALGEB a, ALGEB b) {
+  const ALGEB args[] = {a, b};
+  raise(state, message, args);
+}
+
+void raiseNoMemory(State& state) { raise(state, "not enough memory"); }
+
+std::string fillMessage(State& state, std::string_view message, std::span<const ALGEB> args) {
+  TextOptions options;
+  options.maxElements = 100;
+  options.maxLength = 2000;
+  options.raiseTooDeep = false;
+  std::string out;
+  for (std::size_t i = 0; i < message.size(); ++i) {
+    const char next = i + 1 < message.size() ? message[i + 1] : '\0';
+    const std::size_t which = static_cast<std::size_t>(next - '1');
+    if (message[i] == '%' && next >= '1' && next <= '9' && which < args.size()) {
+      appendSource(state, out, args[which], options);
+      ++i;
+    } else {
+      out += message[i];
+    }
+  }
+  return out;
+}
+
+std::string pendingErrorText(State& state) {
+  return fillMessage(state, state.error.message, state.error.arguments);
+}
+
+ALGEB guardStandardExceptions(State& state, const std::function<ALGEB()>& f) {
+  try {
+    return f();
+  } catch (const std::bad_alloc&) {
+    raiseNoMemory(state);
+  } catch (const std::length_error&) {
+    raiseNoMemory(state);
+  } catch (const std::exception& e) {
+    raise(state, e.what());
+  }
+}
+
+}  // namespace vexel

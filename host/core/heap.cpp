@@ -1,0 +1,587 @@
+// Allocation and the mark-sweep collector.
+//
+// Small objects live in cells of equal size inside aligned chunks; a free list a size makes
+// allocation a pop.  Larger objects come from malloc one by one.  Marking keeps its own stack, so
+// that deep structures cost no machine stack; sweeping visits every cell and rebuilds the free
+// lists in address order.
+
+#include "core/heap.hpp"
+
+#include <sys/mman.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+
+#include "core/arrays.hpp"
+#include "core/errors.hpp"
+#include "core/kernel_state.hpp"
+#include "core/objects.hpp"
+#include "core/stack_bounds.hpp"
+
+namespace vexel {
+
+namespace {
+
+constexpr std::size_t kChunkBytes = std::size_t{1} << 18;
+constexpr std::size_t kMinimalThreshold = std::size_t{4} << 20;
+constexpr std::size_t kEmptyChunksKept = 64;
+constexpr int kPoison = 0xDB;
+constexpr Word kMarkBit = 1;
+
+bool isMarked(ALGEB x) { return (words(x)[0] & kMarkBit) != 0; }
+
+std::size_t physicalMemory() {
+  static const std::size_t bytes = static_cast<std::size_t>(sysconf(_SC_PHYS_PAGES)) *
+                                   static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
+  return bytes;
+}
+
+}  // namespace
+
+// A run of cells of one size.  Cells below next have been handed to the free list at least once.
+struct Heap::Chunk {
+  std::size_t sizeClass;
+  std::size_t cellBytes;
+  char* next;
+  char* end;
+
+  char* first() { return reinterpret_cast<char*>(this) + 64; }
+};
+
+void Foreign::print(State&, std::string& out) const { out += "object"; }
+
+Handles::Handles(State& state) : heap_(state.heap), next_(heap_.handles_), previous_(nullptr) {
+  if (next_ != nullptr) {
+    next_->previous_ = this;
+  }
+  heap_.handles_ = this;
+}
+
+Handles::~Handles() {
+  (previous_ != nullptr ? previous_->next_ : heap_.handles_) = next_;
+  if (next_ != nullptr) {
+    next_->previous_ = previous_;
+  }
+}
+
+Heap::Heap(State& state) : state_(state), threshold_(kMinimalThreshold) { resetLimit(); }
+
+Heap::~Heap() {
+  collecting_ = true;
+  limit_ = 0;
+  dispose(true);
+  sweep(true);
+  for (Chunk* chunk : chunks_) {
+    munmap(chunk, kChunkBytes);
+  }
+  for (Chunk* chunk : emptyChunks_) {
+    munmap(chunk, kChunkBytes);
+  }
+}
+
+// ---- allocation
+
+std::size_t Heap::classBytes(std::size_t c) {
+  return c < 8 ? (c + 1) * 16 : (std::size_t{128} << ((c - 8) / 4)) / 4 * (5 + (c - 8) % 4);
+}
+
+void Heap::resetLimit() { limit_ = stress_ || collecting_ || failCountdown_ >= 0 ? 0 : threshold_; }
+
+void Heap::setStress(bool on) {
+  stress_ = on;
+  resetLimit();
+}
+
+void Heap::failAllocation(std::int64_t n) {
+  failCountdown_ = n;
+  resetLimit();
+}
+
+// What precedes every allocation off the fast path: injected failures, and a collection when due.
+void Heap::beforeAllocation(std::size_t bytes) {
+  if (collecting_) {
+    return;
+  }
+  if (failCountdown_ >= 0 && failCountdown_-- == 0) {
+    resetLimit();
+    raiseNoMemory(state_);
+  }
+  if (bytes > physicalMemory()) {
+    raiseNoMemory(state_);
+  }
+  if (stress_ || sinceCollection_ >= threshold_) {
+    collect();
+  }
+}
+
+ALGEB Heap::allocateSlowly(Tag t, std::size_t lengthInWords) {
+  if (lengthInWords >= (std::size_t{1} << 32)) {
+    raiseNoMemory(state_);
+  }
+  const std::size_t bytes = lengthInWords * sizeof(Word);
+  beforeAllocation(bytes);
+  sinceCollection_ += bytes;
+  ALGEB x = nullptr;
+  if (bytes <= kSmall) {
+    const std::size_t c = classOf(bytes);
+    if (freeCells_[c] == nullptr) {
+      refill(c);
+    }
+    Cell* cell = freeCells_[c];
+    freeCells_[c] = cell->next;
+    x = initialise(cell, t, lengthInWords);
+  } else {
+    // The extra word lets a pointer to the end of the object belong to nothing else.
+    large_.reserve(large_.size() + 1 > large_.capacity() ? 2 * large_.size() + 16 : 0);
+    void* memory = std::calloc(bytes + sizeof(Word), 1);
+    if (memory == nullptr && !collecting_) {
+      collect();
+      memory = std::calloc(bytes + sizeof(Word), 1);
+    }
+    if (memory == nullptr) {
+      raiseNoMemory(state_);
+    }
+    x = static_cast<ALGEB>(memory);
+    words(x)[0] = (static_cast<Word>(lengthInWords) << 32) | (static_cast<Word>(t) << 26);
+    large_.push_back(x);
+    bytesOutside_ += bytes;
+    ++allocatedObjects_;
+  }
+  if (collecting_) {
+    words(x)[0] |= kMarkBit;  // made by a dispose function: survives the sweep to come
+  }
+  return x;
+}
+
+Heap::Chunk* Heap::newChunk(std::size_t c) {
+  Chunk* chunk = nullptr;
+  if (!emptyChunks_.empty()) {
+    chunk = emptyChunks_.back();
+    emptyChunks_.pop_back();
+  } else {
+    // Twice the size is mapped and trimmed to an aligned chunk.
+    void* raw =
+        mmap(nullptr, 2 * kChunkBytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    if (raw == MAP_FAILED) {
+      raiseNoMemory(state_);
+    }
+    const Word base = reinterpret_cast<Word>(raw);
+    const Word aligned = (base + kChunkBytes - 1) & ~(kChunkBytes - 1);
+    if (aligned > base) {
+      munmap(raw, aligned - base);
+    }
+    if (aligned < base + kChunkBytes) {
+      munmap(reinterpret_cast<void*>(aligned + kChunkBytes), base + kChunkBytes - aligned);
+    }
+    chunk = reinterpret_cast<Chunk*>(aligned);
+  }
+  chunk->sizeClass = c;
+  chunk->cellBytes = classBytes(c);
+  chunk->next = chunk->first();
+  const std::size_t cells = (kChunkBytes - 64) / chunk->cellBytes;
+  chunk->end = chunk->first() + cells * chunk->cellBytes;
+  const Word address = reinterpret_cast<Word>(chunk);
+  chunkAt_[address / kChunkBytes] = chunk;
+  chunks_.push_back(chunk);
+  lowestChunk_ = std::min(lowestChunk_, address);
+  highestChunk_ = std::max(highestChunk_, address + kChunkBytes);
+  return chunk;
+}
+
+void Heap::retireChunk(Chunk* chunk) {
+  chunkAt_.erase(reinterpret_cast<Word>(chunk) / kChunkBytes);
+  if (bumpChunks_[chunk->sizeClass] == chunk) {
+    bumpChunks_[chunk->sizeClass] = nullptr;
+  }
+  if (emptyChunks_.size() < kEmptyChunksKept) {
+    emptyChunks_.push_back(chunk);
+  } else {
+    munmap(chunk, kChunkBytes);
+  }
+}
+
+// Puts a batch of cells that were never used on an empty free list.
+void Heap::refill(std::size_t c) {
+  Chunk* chunk = bumpChunks_[c];
+  if (chunk == nullptr || chunk->next == chunk->end) {
+    chunk = bumpChunks_[c] = newChunk(c);
+  }
+  Cell** tail = &freeCells_[c];
+  for (int i = 0; i < 64 && chunk->next != chunk->end; ++i, chunk->next += chunk->cellBytes) {
+    Cell* cell = reinterpret_cast<Cell*>(chunk->next);
+    cell->header = 0;
+    *tail = cell;
+    tail = &cell->next;
+  }
+  *tail = nullptr;
+}
+
+void* Heap::allocateBytes(std::size_t bytes) {
+  beforeAllocation(bytes);
+  void* p = std::calloc(std::max<std::size_t>(bytes, 1), 1);
+  if (p == nullptr) {
+    collect();
+    p = std::calloc(std::max<std::size_t>(bytes, 1), 1);
+  }
+  if (p == nullptr) {
+    raiseNoMemory(state_);
+  }
+  sinceCollection_ += bytes;
+  bytesOutside_ += bytes;
+  return p;
+}
+
+void Heap::releaseBytes(void* p, std::size_t bytes) noexcept {
+  if (stress_) {
+    std::memset(p, kPoison, bytes);
+  }
+  bytesOutside_ -= bytes;
+  std::free(p);
+}
+
+void Heap::protect(ALGEB x) {
+  if (x != nullptr && !isImmediate(x)) {
+    ++protected_[x];
+  }
+}
+
+void Heap::allow(ALGEB x) {
+  const auto entry = protected_.find(x);
+  if (entry != protected_.end() && --entry->second == 0) {
+    protected_.erase(entry);
+  }
+}
+
+// ---- marking
+
+void Heap::collect() {
+  if (collecting_) {
+    return;
+  }
+  collecting_ = true;
+  limit_ = 0;
+  marking_ = &marker_;
+  buildExtents();
+  markRoots();
+  markStack();
+  drain();
+  marking_ = nullptr;
+  dispose(false);
+  state_.interned.dropUnmarked();
+  sweep(false);
+  extents_.clear();
+  collecting_ = false;
+  sinceCollection_ = 0;
+  threshold_ = std::max(kMinimalThreshold, liveBytes_ + bytesOutside_);
+  resetLimit();
+}
+
+void Heap::markRoots() {
+  for (Handles* h = handles_; h != nullptr; h = h->next_) {
+    for (ALGEB x : h->items_) {
+      marker_.mark(x);
+    }
+  }
+  for (const auto& [x, count] : protected_) {
+    marker_.mark(x);
+  }
+  state_.markRoots(marker_);
+  state_.interned.markNames(marker_);
+  for (const auto& source : rootSources_) {
+    source(marker_);
+  }
+}
+
+// Callee-saved registers are put into this frame before the scan, which runs in a deeper one.
+__attribute__((noinline)) void Heap::markStack() {
+  __builtin_unwind_init();
+  const Word here = 0;
+  const Word* from =
+      reinterpret_cast<const Word*>(reinterpret_cast<Word>(__builtin_frame_address(0)) & ~Word{7});
+  from = std::min(from, &here);
+  markConservatively(from, reinterpret_cast<const Word*>(stackBounds().high));
+}
+
+__attribute__((noinline, no_sanitize("address"))) void Heap::markConservatively(const Word* from,
+                                                                                const Word* to) {
+  for (const Word* p = from; p < to; ++p) {
+    const Word candidate = *p;
+    // A quick look that rejects most words.
+    if (candidate - lowestChunk_ < highestChunk_ - lowestChunk_ || !extents_.empty()) {
+      markCandidate(candidate);
+    }
+  }
+}
+
+void Heap::markCandidate(Word candidate) {
+  if (ALGEB x = objectAt(candidate)) {
+    marker_.mark(x);
+  }
+}
+
+// The object that an address, not necessarily its first, belongs to; null for none.
+ALGEB Heap::objectAt(Word address) const {
+  if (address - lowestChunk_ < highestChunk_ - lowestChunk_) {
+    const auto found = chunkAt_.find(address / kChunkBytes);
+    if (found != chunkAt_.end()) {
+      Chunk* chunk = found->second;
+      const Word first = reinterpret_cast<Word>(chunk->first());
+      if (address >= first && address < reinterpret_cast<Word>(chunk->next)) {
+        const Word cell = first + (address - first) / chunk->cellBytes * chunk->cellBytes;
+        ALGEB x = reinterpret_cast<ALGEB>(cell);
+        return tag(x) == Tag::free ? nullptr : x;
+      }
+      return nullptr;
+    }
+  }
+  if (extents_.empty() || address < extents_.front().first) {
+    return nullptr;
+  }
+  const auto after = std::upper_bound(extents_.begin(), extents_.end(), address,
+                                      [](Word a, const Extent& e) { return a < e.first; });
+  const Extent& e = *(after - 1);
+  return address <= e.last ? e.object : nullptr;
+}
+
+void Heap::buildExtents() {
+  extents_.clear();
+  for (ALGEB x : large_) {
+    const Word first = reinterpret_cast<Word>(x);
+    extents_.push_back({first, first + length(x) * sizeof(Word), x});
+  }
+  for (ALGEB x : arrays_) {
+    const ArrayObject& array = arrayOf(x);
+    const Word first = reinterpret_cast<Word>(array.data);
+    extents_.push_back(
+        {first, first + static_cast<Word>(array.count) * elementSize(array.type), x});
+  }
+  std::sort(extents_.begin(), extents_.end(),
+            [](const Extent& a, const Extent& b) { return a.first < b.first; });
+}
+
+void Heap::drain() {
+  while (!marker_.pending_.empty()) {
+    ALGEB x = marker_.pending_.back();
+    marker_.pending_.pop_back();
+    markOperands(x);
+  }
+}
+
+void Heap::markOperands(ALGEB x) {
+  switch (tag(x)) {
+    case Tag::integer:
+    case Tag::string:
+    case Tag::boolean:
+    case Tag::free:
+      return;
+    case Tag::softwareFloat:
+      if (length(x) == 3) {
+        marker_.mark(operand(x, 1));
+      }
+      return;
+    case Tag::name:
+      marker_.mark(nameValue(x));
+      marker_.mark(nameFunction(x));
+      return;
+    case Tag::procedure:
+    case Tag::function:
+    case Tag::table:
+    case Tag::foreign:
+      if (foreign(x) != nullptr) {
+        foreign(x)->mark(marker_);
+      }
+      return;
+    case Tag::array:
+      markArray(x);
+      return;
+    case Tag::pointer:
+      if (auto* mark = reinterpret_cast<void (*)(ALGEB)>(words(x)[3])) {
+        mark(x);
+      }
+      return;
+    case Tag::block:
+      markConservatively(words(x) + 2, words(x) + length(x));
+      return;
+    default:
+      for (std::size_t i = 1; i < length(x); ++i) {
+        marker_.mark(operand(x, i));
+      }
+  }
+}
+
+void Heap::markArray(ALGEB x) {
+  const ArrayObject& array = arrayOf(x);
+  if (array.type != RTABLE_DAG && array.type != RTABLE_COMPLEX_DAG) {
+    return;
+  }
+  const bool pairs = array.type == RTABLE_COMPLEX_DAG;
+  if (array.data != nullptr) {
+    const auto* elements = static_cast<const ALGEB*>(array.data);
+    const std::int64_t n = pairs ? 2 * array.count : array.count;
+    for (std::int64_t i = 0; i < n; ++i) {
+      marker_.mark(elements[i]);
+    }
+  }
+  if (array.sparse != nullptr) {
+    for (const auto& [position, e] : *array.sparse) {
+      marker_.mark(e.complexdag.re);
+      if (pairs) {
+        marker_.mark(e.complexdag.im);
+      }
+    }
+  }
+}
+
+// ---- sweeping
+
+// Runs the dispose functions of unreachable pointers, each once.
+void Heap::dispose(bool everything) {
+  std::vector<ALGEB> due;
+  std::erase_if(disposable_, [&](ALGEB x) {
+    const bool dead = everything || !isMarked(x);
+    if (dead) {
+      due.push_back(x);
+    }
+    return dead;
+  });
+  for (ALGEB x : due) {
+    auto* function = reinterpret_cast<void (*)(ALGEB)>(words(x)[4]);
+    words(x)[4] = 0;
+    if (function != nullptr) {
+      try {
+        function(x);
+      } catch (const HostErrorToken&) {  // nobody to tell; the object goes all the same
+      } catch (const std::exception&) {
+      }
+    }
+  }
+}
+
+void Heap::finalise(ALGEB x) noexcept {
+  switch (tag(x)) {
+    case Tag::procedure:
+    case Tag::function:
+    case Tag::table:
+    case Tag::foreign:
+      delete foreign(x);
+      break;
+    case Tag::array: {
+      ArrayObject& array = arrayOf(x);
+      if (array.ownsData != 0 && array.data != nullptr) {
+        releaseBytes(array.data, static_cast<std::size_t>(array.count) * elementSize(array.type));
+      }
+      delete array.sparse;
+      break;
+    }
+    default:
+      break;
+  }
+}
+
+void Heap::sweep(bool everything) {
+  std::erase_if(arrays_, [&](ALGEB x) { return everything || !isMarked(x); });
+  liveAfterCollection_ = 0;
+  allocatedObjects_ = 0;
+  liveBytes_ = 0;
+  sweepLarge(everything);
+  Cell** tails[kClasses];
+  for (std::size_t c = 0; c < kClasses; ++c) {
+    freeCells_[c] = nullptr;
+    tails[c] = &freeCells_[c];
+  }
+  std::erase_if(chunks_, [&](Chunk* chunk) {
+    Cell**& tail = tails[chunk->sizeClass];
+    Cell** const before = tail;
+    const std::size_t live = sweepChunk(*chunk, tail, everything);
+    liveAfterCollection_ += live;
+    liveBytes_ += live * chunk->cellBytes;
+    if (live == 0) {
+      tail = before;
+      *tail = nullptr;
+      retireChunk(chunk);
+    }
+    return live == 0;
+  });
+}
+
+void Heap::sweepLarge(bool everything) {
+  std::erase_if(large_, [&](ALGEB x) {
+    if (!everything && isMarked(x)) {
+      words(x)[0] &= ~kMarkBit;
+      ++liveAfterCollection_;
+      return false;
+    }
+    finalise(x);
+    releaseBytes(x, length(x) * sizeof(Word));
+    return true;
+  });
+}
+
+// Frees the unmarked cells of a chunk onto the list that ends at tail; the number of live ones.
+std::size_t Heap::sweepChunk(Chunk& chunk, Cell**& tail, bool everything) {
+  std::size_t live = 0;
+  for (char* p = chunk.first(); p != chunk.next; p += chunk.cellBytes) {
+    Cell* cell = reinterpret_cast<Cell*>(p);
+    ALGEB x = reinterpret_cast<ALGEB>(p);
+    if ((cell->header & kMarkBit) != 0 && !everything) {
+      cell->header &= ~kMarkBit;
+      ++live;
+      continue;
+    }
+    if (tag(x) != Tag::free) {
+      finalise(x);
+      if (stress_) {
+        std::memset(p, kPoison, chunk.cellBytes);
+      }
+      cell->header = 0;
+    }
+    *tail = cell;
+    tail = &cell->next;
+  }
+  *tail = nullptr;
+  return live;
+}
+
+// ---- checking
+
+std::string Heap::check() {
+  buildExtents();
+  std::string fault;
+  const auto valid = [&](ALGEB x) {
+    return x == nullptr || isImmediate(x) || objectAt(reinterpret_cast<Word>(x)) == x;
+  };
+  const auto inspect = [&](ALGEB x, std::size_t room) {
+    if (isMarked(x)) {
+      fault = "an object is marked outside a collection";
+    } else if (length(x) == 0 || length(x) * sizeof(Word) > room) {
+      fault = "an object is longer than its cell";
+    }
+    const Tag t = tag(x);
+    const bool holdsHandles = t == Tag::rational || t == Tag::complex || t == Tag::list ||
+                              t == Tag::sequence || t == Tag::sum || t == Tag::product ||
+                              t == Tag::power || t == Tag::application || t == Tag::range ||
+                              isRelation(x);
+    for (std::size_t i = 1; fault.empty() && holdsHandles && i < length(x); ++i) {
+      if (!valid(operand(x, i))) {
+        fault = "an operand is no object";
+      }
+    }
+  };
+  for (Chunk* chunk : chunks_) {
+    for (char* p = chunk->first(); p != chunk->next && fault.empty(); p += chunk->cellBytes) {
+      ALGEB x = reinterpret_cast<ALGEB>(p);
+      if (tag(x) != Tag::free) {
+        inspect(x, chunk->cellBytes);
+      }
+    }
+  }
+  for (ALGEB x : large_) {
+    inspect(x, length(x) * sizeof(Word));
+  }
+  extents_.clear();
+  return fault;
+}
+
+}  // namespace vexel
