@@ -1,0 +1,57 @@
+// Faure stream: coordinate k of point n is the radical inverse, in the smallest prime base b not
+// below the dimension, of the digits of n multiplied by the k-th power of the Pascal matrix.
+// H. Faure, Discrepance de suites associees a un systeme de numeration (en dimension s), Acta
+// Arithmetica 41 (1982); points in base-b Gray-code order after S. Tezuka, Uniform Random Numbers:
+// Theory and Practice (1995), section 6.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+#include "lds/VexelQRStream.hpp"
+
+class FaureQRStream : public VexelQRStream {
+ public:
+  // Cells of the largest tables that a stream may have (each cell is 32 bits).
+  static constexpr std::int64_t kMaxCells = std::int64_t{1} << 28;
+
+  // A stream that starts behind the point of index b^startExponent - 1.  dimension >= 2 and small
+  // enough for tableCells.  A start exponent beyond the digits of the base makes a stream that is
+  // exhausted from the start.
+  FaureQRStream(VKernelVector kv, int dimension, int startExponent);
+
+  // Cells of the generator matrices for a dimension >= 2.
+  static std::int64_t tableCells(int dimension);
+
+  int reset(VKernelVector kv) override;
+
+  // 0 once every index that the digits can hold has been used; the attempt itself counts as an
+  // index, and the call after it starts over from the Gray code reached.
+  int next(VKernelVector kv, double* out, int pointStride, int coordStride, int count) override;
+
+  // Ignores exhaustion: exactly as many calls of next for one point.
+  int skip(VKernelVector kv, V_INT n) override;
+  const char* getType(VKernelVector kv) const override;
+
+ private:
+  int initialize(VKernelVector kv, int dimension, int startExponent);
+  void buildGenerators();
+  void moveTo(std::uint64_t counter);
+  std::uint64_t counter() const;
+  int increment();
+  void addGenerator(int j);
+  std::size_t generator(int j, int i) const;
+
+  int startExponent_ = 0;
+  int base_ = 0;
+  int digits_ = 0;                     // m, digits of an index; 0: no tables
+  std::vector<int> counterDigits_;     // m + 1, least significant first; the last counts overflows
+  std::vector<std::int32_t> weights_;  // b^(m-1-j), m of them
+  std::int32_t denominator_ = 0;       // b^m
+
+  // Digit tables run over the coordinates fastest: cell [row * dimension + k].
+  std::vector<std::int32_t> generators_;  // C_j,i for i <= j: row j (j + 1) / 2 + i
+  std::vector<std::int32_t> y_;           // digit i of the coordinates: row i
+  std::vector<std::int32_t> x_;           // sum over i of digit i times weight i
+};

@@ -1,0 +1,215 @@
+// Sobol stream: direction numbers by the classical recurrence, points in Gray-code order.
+
+#include "lds/SobolQRStream.hpp"
+
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <cmath>
+#include <cstddef>
+
+#include "lds/host_tables.hpp"
+
+namespace {
+
+// Points are made in blocks of this many, one coordinate after another.
+constexpr int kBlock = 1024;
+
+// Bits of the Gray code of a 32-bit index that can be set: the index is signed and shifted
+// arithmetically, so its sign cancels.
+constexpr int kGrayBits = 31;
+
+// Writes count coordinates of one dimension, the first for the given index.
+//
+// The Gray codes of neighbouring indices differ in the bit that index + 1 has as its lowest: one
+// exclusive or takes a point to the next.
+void writeCoordinate(const std::uint64_t* v, int precision, std::uint32_t index, int count,
+                     double* out, std::ptrdiff_t stride) {
+  const int bits = std::min(precision, kGrayBits);
+  const double unit = std::ldexp(1.0, -precision);
+  const std::uint32_t gray = index ^ (index >> 1);
+  std::uint64_t x = 0;
+  for (int k = 0; k < bits; ++k) {
+    if ((gray >> k & 1U) != 0) {
+      x ^= v[k];
+    }
+  }
+  // Exact: a division by a power of two.
+  const auto put = [&](int i, std::uint64_t value) {
+    out[i * stride] = static_cast<double>(static_cast<std::int64_t>(value)) * unit;
+  };
+  const auto step = [&] {
+    const int k = std::countr_zero(++index);
+    if (k < bits) {
+      x ^= v[k];
+    }
+  };
+
+  int i = 0;
+  for (; i < count && (index & 3U) != 0; ++i, step()) {
+    put(i, x);
+  }
+  // Four points that differ in the two lowest bits of the index only.
+  const std::uint64_t v0 = bits > 0 ? v[0] : 0;
+  const std::uint64_t v1 = bits > 1 ? v[1] : 0;
+  for (; i + 4 <= count; i += 4) {
+    put(i, x);
+    put(i + 1, x ^ v0);
+    put(i + 2, x ^ v0 ^ v1);
+    x ^= v1;
+    put(i + 3, x);
+    index += 3;
+    step();
+  }
+  for (; i < count; ++i, step()) {
+    put(i, x);
+  }
+}
+
+}  // namespace
+
+SobolQRStream::SobolQRStream(VKernelVector kv, int dimension, ALGEB directions, V_INT rowLength,
+                             ALGEB polynomials, ALGEB degrees, V_INT precision)
+    : directionTable_(directions),
+      rowLength_(rowLength),
+      polynomialTable_(polynomials),
+      degreeTable_(degrees) {
+  dimension_ = dimension;
+  initialize(kv, precision);
+}
+
+void SobolQRStream::initialize(VKernelVector kv, V_INT precision) {
+  if (precision < 1 || precision > kMaxPrecision) {
+    VexelRaiseError1(kv, "precision is expected to be an integer between 1 and 62, received: %1",
+                     ToVexelInteger(kv, precision));
+  }
+  precision_ = static_cast<int>(precision);
+
+  // The first dimension has no polynomial; nothing of the other two tables is read for it.
+  const V_INT described = dimension_ > 1 ? dimension_ : 0;
+  const STATS_HostTable_HW<std::int32_t> degrees(kv, degreeTable_);
+  degrees.require(described);
+  const STATS_HostTable_HW<std::int32_t> polynomials(kv, polynomialTable_);
+  polynomials.require(described);
+  const STATS_HostTable_HW<std::int64_t> directions(kv, directionTable_);
+  directions.require(V_INT{dimension_ - 1}, rowLength_, precision);
+  for (int j = 1; j < dimension_; ++j) {
+    STATS_CheckDegree_HW(kv, degrees.data()[j]);
+  }
+  degrees_ = degrees.data();
+  polynomials_ = polynomials.data();
+  directions_ = reinterpret_cast<std::uint64_t*>(directions.data());
+
+  index_ = 1;
+  genDirectionIntegers();
+  toDirectionNumbers();
+}
+
+std::uint64_t* SobolQRStream::row(int j) const { return directions_ + j * rowLength_; }
+
+// m_k = 2 a_1 m_(k-1) ^ 4 a_2 m_(k-2) ^ ... ^ 2^(s-1) a_(s-1) m_(k-s+1) ^ 2^s m_(k-s) ^ m_(k-s),
+// where a_1 is the highest of the s - 1 bits of the coefficient code.
+void SobolQRStream::genDirectionIntegers() {
+  std::fill(row(0) + 1, row(0) + precision_, 1);
+  for (int j = 1; j < dimension_; ++j) {
+    std::uint64_t* const m = row(j);
+    const int s = degrees_[j];
+    for (int k = s; k < precision_; ++k) {
+      std::uint64_t sum = m[k - s] << s ^ m[k - s];
+      std::int32_t code = polynomials_[j];
+      for (int t = 1; t < s; ++t, code >>= 1) {
+        if ((code & 1) != 0) {
+          sum ^= m[k - s + t] << (s - t);
+        }
+      }
+      m[k] = sum;
+    }
+  }
+}
+
+void SobolQRStream::toDirectionNumbers() {
+  for (int j = 0; j < dimension_; ++j) {
+    for (int k = 0; k < precision_; ++k) {
+      row(j)[k] <<= precision_ - 1 - k;
+    }
+  }
+}
+
+void SobolQRStream::GcMark(VKernelVector kv) {
+  VexelGcMark(kv, directionTable_);
+  VexelGcMark(kv, polynomialTable_);
+  VexelGcMark(kv, degreeTable_);
+}
+
+int SobolQRStream::reset(VKernelVector /*kv*/) {
+  index_ = 0;
+  return 1;
+}
+
+int SobolQRStream::skip(VKernelVector /*kv*/, V_INT k) {
+  index_ += static_cast<std::uint32_t>(k);
+  return 1;
+}
+
+int SobolQRStream::next(VKernelVector kv, double* out, int pointStride, int coordStride,
+                        int count) {
+  for (int done = 0; done < count;) {
+    const int length = std::min(count - done, kBlock);
+    double* const block = out + static_cast<std::ptrdiff_t>(done) * pointStride;
+    for (int j = 0; j < dimension_; ++j) {
+      writeCoordinate(row(j), precision_, index_, length,
+                      block + static_cast<std::ptrdiff_t>(j) * coordStride, pointStride);
+    }
+    index_ += static_cast<std::uint32_t>(length);
+    done += length;
+    STATS_LookForInterrupt_HW(kv);
+  }
+  return 1;
+}
+
+const char* SobolQRStream::getType(VKernelVector /*kv*/) const { return "Sobol"; }
+
+ALGEB SobolQRStream::getOptions(VKernelVector kv) const {
+  const auto option = [kv](const char* key, ALGEB value) {
+    return ToVexelRelation(kv, "=", ToVexelName(kv, key, 1), value);
+  };
+  const ALGEB precision = option("precision", ToVexelInteger(kv, precision_));
+  const ALGEB polynomials = option("primitivepolynomials", polynomialTable_);
+  const ALGEB directions = option("directionintegers", directionTable_);
+  return ToVexelExpressionSequence(kv, 5, ToVexelInteger(kv, dimension_),
+                                   ToVexelName(kv, getType(kv), 1), precision, polynomials,
+                                   directions);
+}
+
+void SobolQRStream::genBinaryMatrixRow(VKernelVector /*kv*/, const std::int64_t* directions,
+                                       int row, int n, int rowStride, std::int32_t* out,
+                                       const std::int32_t* polynomials,
+                                       const std::int32_t* degrees) {
+  std::int32_t* const bits = out + static_cast<std::ptrdiff_t>(row) * n;
+  if (row == 0) {
+    bits[0] = 1;
+    std::fill(bits + 1, bits + n, 0);
+    return;
+  }
+  const std::int64_t* const m = directions + static_cast<std::ptrdiff_t>(row) * rowStride;
+  const int s = degrees[row];
+  for (int k = 0; k < s; ++k) {
+    bits[k] = k < 63 && m[k] >= std::int64_t{1} << k ? 1 : 0;
+  }
+  for (int k = s; k < n; ++k) {
+    std::int32_t bit = bits[k - s];
+    std::int32_t code = polynomials[row];
+    for (int t = 1; t < s; ++t, code >>= 1) {
+      bit ^= (code & 1) & bits[k - s + t];
+    }
+    bits[k] = bit;
+  }
+}
+
+void SobolQRStream::genBinaryMatrix(VKernelVector kv, const std::int64_t* directions, int d,
+                                    int rowStride, std::int32_t* out,
+                                    const std::int32_t* polynomials, const std::int32_t* degrees) {
+  for (int r = 0; r < d; ++r) {
+    genBinaryMatrixRow(kv, directions, r, d, rowStride, out, polynomials, degrees);
+  }
+}
