@@ -1,0 +1,253 @@
+// The adaptive envelope: its elements, its bounds, drawing from it and refining it.
+
+#include "generators/envelope_generator.hpp"
+
+#include <algorithm>
+#include <cmath>
+#include <memory>
+
+namespace {
+
+using Element = STATS_RejectionEnvelopeElement_HW;
+
+double uniform() { return STATS_VexelRandomStream_HW::NextDouble(); }
+
+// The base points of a list; unset elements are none.
+std::vector<double> pointsOfList(VKernelVector kv, ALGEB list) {
+  std::vector<double> points;
+  const V_INT n = VexelNumArgs(kv, list);
+  for (V_INT i = 1; i <= n; ++i) {
+    const ALGEB x = VexelListSelect(kv, list, i);
+    if (!IsVexelNULL(kv, x)) {
+      points.push_back(STATS_VexelFloatToDouble_HW(kv, x));
+    }
+  }
+  return points;
+}
+
+std::vector<double> pointsOfArray(VKernelVector kv, ALGEB array) {
+  std::vector<double> points;
+  RTableSettings settings;
+  RTableGetSettings(kv, &settings, array);
+  const V_INT n = RTableNumElements(kv, array);
+  const V_INT lower = RTableLowerBound(kv, array, 1);
+  for (V_INT k = 0; k < n; ++k) {
+    const V_INT i = lower + k;
+    points.push_back(RTableDataToDouble(kv, RTableSelect(kv, array, &i), settings.data_type));
+  }
+  return points;
+}
+
+void requireBasePoints(VKernelVector kv, ALGEB points) {
+  if (IsVexelList(kv, points)) {
+    return;
+  }
+  if (!IsVexelRTable(kv, points) || RTableNumDimensions(kv, points) != 1) {
+    VexelRaiseError1(kv, "expected base points as list or one-dimensional array, received %1",
+                     points);
+  }
+  RTableSettings settings;
+  RTableGetSettings(kv, &settings, points);
+  if (settings.data_type != RTABLE_FLOAT32 && settings.data_type != RTABLE_FLOAT64 &&
+      settings.data_type != RTABLE_DAG) {
+    VexelRaiseError1(kv, "expected array of floats, received %1", points);
+  }
+}
+
+// Where to split [x0, x1]: where the end tangents meet if that is inside, else in the middle. False
+// when one end is so steep against the other, itself steep, that neither says anything.
+bool splitPoint(double x0, double x1, double y0, double y1, double d0, double d1, double* xm) {
+  if (d0 != d1) {
+    *xm = -(y0 - d0 * x0 - y1 + d1 * x1) / (d0 - d1);
+    if (x0 < *xm && *xm < x1) {
+      return true;
+    }
+  }
+  const double big = std::max(std::abs(d0), std::abs(d1));
+  const double small = std::min(std::abs(d0), std::abs(d1));
+  if (big * 0.5 > small && small >= std::pow(10.0, STATS_GetVexelDigits_HW() * 0.5)) {
+    return false;
+  }
+  *xm = (x0 + x1) * 0.5;
+  return true;
+}
+
+// The line of the left half from x0 or of the right half from x1.
+double lineAt(const Element& e, double x, double leftSlope, double rightSlope) {
+  return x >= e.xm ? e.y1 + (x - e.x1) * rightSlope : e.y0 + (x - e.x0) * leftSlope;
+}
+
+// A point of a half element's triangle, which lies toward the higher side.
+double triangleDraw(double u, bool rising) {
+  const double v = uniform();
+  return rising ? std::max(u, v) : std::min(u, v);
+}
+
+}  // namespace
+
+double STATS_EnvelopeGenerator_HW::Callback::operator()(double x) const {
+  std::array<double, 2> point{0.0, x};  // the host counts arguments from 1
+  STATS_VexelUtils_HW::VexelCallbackArgs call{proc, useEvalhf, 1, point.data()};
+  return STATS_VexelUtils_HW::EvalfVexelProc(&call);
+}
+
+int STATS_EnvelopeGenerator_HW::initialize(VKernelVector kv, ALGEB spec) {
+  if (!IsVexelList(kv, spec) || VexelNumArgs(kv, spec) != 5) {
+    VexelRaiseError1(kv, "expected: list of size 5, received: %1", spec);
+  }
+  const ALGEB maximum = VexelListSelect(kv, spec, 4);
+  if (!IsVexelInteger32(kv, maximum)) {
+    VexelRaiseError1(
+        kv, "invalid maximum number of envelope elements, expected: positive integer, received %1",
+        maximum);
+  }
+  const int useEvalhf = VexelToV_BOOL(kv, VexelListSelect(kv, spec, 5));
+  const ALGEB basePoints = VexelListSelect(kv, spec, 3);
+  requireBasePoints(kv, basePoints);
+
+  h_ = {VexelListSelect(kv, spec, 1), useEvalhf};
+  h1_ = {VexelListSelect(kv, spec, 2), useEvalhf};
+  maxElements_ = VexelToInteger32(kv, maximum);
+  constexpr int kReservedAtMost = 1 << 16;  // a huge maximum is a way of saying "no limit"
+  envelope_ = STATS_RejectionEnvelope_HW(
+      static_cast<std::uint32_t>(std::clamp(maxElements_, 0, kReservedAtMost)));
+  return reset(kv, basePoints);
+}
+
+int STATS_EnvelopeGenerator_HW::reset(VKernelVector kv, ALGEB basePoints) {
+  const std::vector<double> points =
+      IsVexelList(kv, basePoints) ? pointsOfList(kv, basePoints) : pointsOfArray(kv, basePoints);
+  envelope_.removeAllElements();
+  for (std::size_t i = 1; i < points.size(); ++i) {
+    const double p = points[i - 1];
+    const double q = points[i];
+    // The order of evaluations is what the host's procedures see; shared ends are evaluated twice.
+    const double hp = h_(p);
+    const double h1p = h1_(p);
+    const double hq = h_(q);
+    const double h1q = h1_(q);
+    auto element = std::make_shared<Element>();
+    if (!UpdateEnvelopeElement(*element, p, q, hp, hq, h1p, h1q)) {
+      return 0;
+    }
+    envelope_.addElement(std::move(element));
+  }
+  UpdateDispatcher();
+  return 1;
+}
+
+int STATS_EnvelopeGenerator_HW::UpdateEnvelopeElement(Element& e, double x0, double x1, double y0,
+                                                      double y1, double d0, double d1) {
+  double xm = 0.0;
+  if (!splitPoint(x0, x1, y0, y1, d0, d1, &xm)) {
+    return 0;
+  }
+  const double ym = h_(xm);
+  if (std::isnan(ym)) {
+    return 0;
+  }
+  const double sL = (ym - y0) / (xm - x0);
+  const bool tangentUpper = d0 > sL;
+  const double u = y0 + (xm - x0) * (tangentUpper ? d0 : sL);  // the upper bound at xm
+  e.x0 = x0;
+  e.x1 = x1;
+  e.xm = xm;
+  e.y0 = y0;
+  e.y1 = y1;
+  e.ym = ym;
+  e.d0 = d0;
+  e.d1 = d1;
+  e.sL = sL;
+  e.sR = (y1 - ym) / (x1 - xm);
+  e.tangentUpper = tangentUpper;
+
+  e.leftRising = !(u <= y0);
+  if (e.leftRising) {
+    e.A1 = (xm - x0) * y0;
+    e.A2 = e.A1 + (u - y0) * 0.5 * (xm - x0);
+  } else {
+    e.A1 = (xm - x0) * u;
+    e.A2 = e.A1 + (y0 - u) * 0.5 * (xm - x0);
+  }
+  e.rightRising = !(y1 <= u);
+  if (e.rightRising) {
+    e.A3 = e.A2 + (x1 - xm) * u;
+    e.A4 = e.A3 + (y1 - u) * 0.5 * (x1 - xm);
+  } else {
+    e.A3 = e.A2 + (x1 - xm) * y1;
+    e.A4 = e.A3 + (u - y1) * 0.5 * (x1 - xm);
+  }
+  return 1;
+}
+
+double STATS_EnvelopeGenerator_HW::fU(const Element& e, double x) {
+  return e.tangentUpper ? lineAt(e, x, e.d0, e.d1) : lineAt(e, x, e.sL, e.sR);
+}
+
+double STATS_EnvelopeGenerator_HW::fL(const Element& e, double x) {
+  return e.tangentUpper ? lineAt(e, x, e.sL, e.sR) : lineAt(e, x, e.d0, e.d1);
+}
+
+double STATS_EnvelopeGenerator_HW::NextFromEnvelopeElement(const Element& e) {
+  const double area = uniform() * e.A4;
+  const double u = uniform();
+  if (e.A1 >= area) {
+    return e.x0 + (e.xm - e.x0) * u;
+  }
+  if (e.A2 >= area) {
+    return e.x0 + (e.xm - e.x0) * triangleDraw(u, e.leftRising);
+  }
+  if (e.A3 >= area) {
+    return e.xm + (e.x1 - e.xm) * u;
+  }
+  return e.xm + (e.x1 - e.xm) * triangleDraw(u, e.rightRising);
+}
+
+void STATS_EnvelopeGenerator_HW::UpdateDispatcher() {
+  const std::uint32_t n = envelope_.size();
+  areas_.resize(n);
+  for (std::uint32_t i = 0; i < n; ++i) {
+    areas_[i] = envelope_.elementAt(i).A4;
+  }
+  urn_.Reset(static_cast<int>(n), static_cast<int>(n), areas_.data());
+}
+
+double STATS_EnvelopeGenerator_HW::next(VKernelVector kv) {
+  constexpr double kLoose = 0.9;  // a lower bound below this share of the density is worth a split
+  for (;;) {
+    const int i = urn_.Next();
+    const Element& e = envelope_.elementAt(static_cast<std::uint32_t>(i));
+    const double x = NextFromEnvelopeElement(e);
+    const double t = uniform() * fU(e, x);
+    const double lower = fL(e, x);
+    if (lower > t) {
+      return x;
+    }
+    const double hx = h_(x);
+    if ((t > hx || lower < kLoose * hx) && V_INT{envelope_.size()} < V_INT{maxElements_}) {
+      if (!RefineEnvelope(i, x, hx, h1_(x))) {
+        VexelRaiseError(kv, "could not evaluate PDF to floating point");
+      }
+      UpdateDispatcher();
+    }
+    if (hx > t) {
+      return x;
+    }
+  }
+}
+
+int STATS_EnvelopeGenerator_HW::RefineEnvelope(int i, double x, double hx, double h1x) {
+  Element& e = envelope_.elementAt(static_cast<std::uint32_t>(i));
+  const double x1 = e.x1;
+  const double y1 = e.y1;
+  const double d1 = e.d1;
+  if (!UpdateEnvelopeElement(e, e.x0, x, e.y0, hx, e.d0, h1x)) {
+    return 0;
+  }
+  auto rest = std::make_shared<Element>();
+  if (!UpdateEnvelopeElement(*rest, x, x1, hx, y1, h1x, d1)) {
+    return 0;
+  }
+  envelope_.addElement(std::move(rest));  // at the end: the urn knows elements by area, not place
+  return 1;
+}

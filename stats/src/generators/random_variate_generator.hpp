@@ -1,0 +1,23 @@
+// What the random sample driver draws from.
+#pragma once
+
+#include <vexelc/vexelc.h>
+
+// A source of variates that a host object describes.
+class STATS_RandomVariateGenerator_HW {
+ public:
+  explicit STATS_RandomVariateGenerator_HW(VKernelVector kv) : kv_(kv) {}
+  virtual ~STATS_RandomVariateGenerator_HW() = default;
+  STATS_RandomVariateGenerator_HW(const STATS_RandomVariateGenerator_HW&) = delete;
+  STATS_RandomVariateGenerator_HW& operator=(const STATS_RandomVariateGenerator_HW&) = delete;
+
+  // Nonzero when spec makes a usable generator, 0 when it does not; a malformed spec raises.  Host
+  // procedures in spec must stay reachable while the generator is used.
+  virtual int initialize(VKernelVector kv, ALGEB spec) = 0;
+
+  // One variate.
+  virtual double next(VKernelVector kv) = 0;
+
+ protected:
+  VKernelVector kv_;
+};
