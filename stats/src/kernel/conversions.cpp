@@ -153,8 +153,6 @@ std::int32_t STATS_DoubleToInteger_HW(double d) {
   return fits ? static_cast<std::int32_t>(d) : std::numeric_limits<std::int32_t>::min();
 }
 
-int STATS_GetVexelDigits_HW() { return 15; }
-
 double RTableDataToDouble(VKernelVector kv, RTableData element, int dataType) {
   switch (dataType) {
     case RTABLE_FLOAT32:

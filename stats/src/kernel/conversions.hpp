@@ -69,7 +69,7 @@ double STATS_FloatUndefined_HW(VKernelVector kv);
 std::int32_t STATS_DoubleToInteger_HW(double d);
 
 // 15, whatever the host's Digits.
-int STATS_GetVexelDigits_HW();
+inline int STATS_GetVexelDigits_HW() { return 15; }
 
 // One array element as a double.  Codes 6 and 8 hold machine floats; any other code is taken as a
 // host object, which must be a number ("expected vexel float, received %1").

@@ -1,0 +1,20 @@
+// Negative binomial distribution: failures before success number n, each trial of probability p.
+// n need not be whole.
+#pragma once
+
+#include <vexelc/vexelc.h>
+
+#include <cstdint>
+
+// P(X <= x).
+double STATS_NegativeBinomialProbability_HW(VKernelVector kv, double x, double n, double p);
+
+// The quantile at probability u.
+std::int32_t STATS_NegativeBinomialDeviate_HW(VKernelVector kv, double u, double n, double p);
+
+// One variate.
+double STATS_NegativeBinomialRandomVariate_HW(VKernelVector kv, double n, double p);
+
+inline double STATS_NegativeBinomialRandomVariate_HW(VKernelVector kv, const double* params) {
+  return STATS_NegativeBinomialRandomVariate_HW(kv, params[0], params[1]);
+}
