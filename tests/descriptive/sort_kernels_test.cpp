@@ -1,0 +1,233 @@
+// The sort and selection kernels against slow twins that follow the scheme one step at a time: the
+// arrays must agree to the last bit and the last exchange, not only be sorted.
+
+#include "descriptive/sort_kernels.hpp"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <bit>
+#include <cmath>
+#include <limits>
+#include <numeric>
+#include <random>
+#include <string>
+#include <vector>
+
+namespace {
+
+using Doubles = std::vector<double>;
+constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+
+bool after(double x, double y) { return std::isnan(x) ? !std::isnan(y) : x > y; }
+
+int size(const Doubles& x) { return static_cast<int>(x.size()); }
+
+struct Pairs {
+  Doubles a;
+  Doubles w;
+  void exchange(int i, int j) {
+    std::swap(a[static_cast<std::size_t>(i)], a[static_cast<std::size_t>(j)]);
+    std::swap(w[static_cast<std::size_t>(i)], w[static_cast<std::size_t>(j)]);
+  }
+  double at(int i) const { return a[static_cast<std::size_t>(i)]; }
+  void order(int i, int j) {
+    if (after(at(i), at(j))) exchange(i, j);
+  }
+  void split(double p, int& i, int& j) {
+    for (;;) {
+      do ++i;
+      while (after(p, at(i)));
+      do --j;
+      while (after(at(j), p));
+      if (j < i) return;
+      exchange(i, j);
+    }
+  }
+};
+
+void slowSort(Pairs& x, int lo, int hi) {
+  while (hi - lo > 4) {
+    const int mid = (lo + hi) / 2;
+    x.order(lo, mid);
+    x.order(lo, hi);
+    x.order(mid, hi);
+    x.exchange(mid, hi - 1);
+    int i = lo;
+    int j = hi - 1;
+    x.split(x.at(hi - 1), i, j);
+    x.exchange(i, hi - 1);
+    slowSort(x, lo, j);
+    lo = i + 1;
+  }
+}
+
+void slowSelect(Pairs& x, int k) {
+  int l = 0;
+  int r = size(x.a) - 1;
+  while (r > l + 1) {
+    x.exchange((l + r) / 2, l + 1);
+    x.order(l, r);
+    x.order(l + 1, r);
+    x.order(l, l + 1);
+    int i = l + 1;
+    int j = r;
+    x.split(x.at(l + 1), i, j);
+    x.exchange(l + 1, j);
+    if (j >= k) r = j - 1;
+    if (j <= k) l = i;
+  }
+  if (r == l + 1) x.order(l, r);
+}
+
+// For comparing arrays that may hold NaNs.
+std::vector<std::uint64_t> bits(const Doubles& x) {
+  std::vector<std::uint64_t> result;
+  for (const double v : x) result.push_back(std::bit_cast<std::uint64_t>(v));
+  return result;
+}
+
+// Sizes 1 to 40 and sizes round the block length, with few or many ties and with or without NaNs;
+// the partners are numbered.
+Pairs randomPairs(std::mt19937& random, int round) {
+  const int n =
+      round % 3 == 0 ? 100 + static_cast<int>(random() % 900) : 1 + static_cast<int>(random() % 40);
+  const auto kinds = 1 + random() % (round % 2 == 0 ? 4U : 5000U);
+  Pairs x{Doubles(static_cast<std::size_t>(n)), Doubles(static_cast<std::size_t>(n))};
+  for (double& v : x.a) {
+    v = round % 5 == 0 && random() % 7 == 0 ? kNaN : static_cast<double>(random() % kinds);
+  }
+  std::iota(x.w.begin(), x.w.end(), 0.0);
+  return x;
+}
+
+TEST(SortKernels, MakeTheSameExchangesAsTheOneByOneScheme) {
+  std::mt19937 random(7);
+  for (int round = 0; round < 3000; ++round) {
+    const Pairs given = randomPairs(random, round);
+    const int n = size(given.a);
+    SCOPED_TRACE("round " + std::to_string(round));
+
+    Pairs slow = given;
+    slowSort(slow, 0, n - 1);
+    Pairs fast = given;
+    STATS_QuickSort_HW(fast.a.data(), fast.w.data(), 0, n - 1);
+    ASSERT_EQ(fast.w, slow.w);
+    Doubles plain = given.a;
+    STATS_QuickSort_HW(plain.data(), 0, n - 1);
+    ASSERT_EQ(bits(plain), bits(slow.a));
+    STATS_InsertionSort_HW(plain.data(), 0, n - 1);
+    ASSERT_TRUE(
+        std::is_sorted(plain.begin(), plain.end(), [](double x, double y) { return after(y, x); }));
+
+    const int k = static_cast<int>(random() % given.a.size());
+    slow = given;
+    slowSelect(slow, k);
+    fast = given;
+    STATS_QuickSelect_HW(fast.a.data(), fast.w.data(), n, k);
+    ASSERT_EQ(fast.w, slow.w);
+    Doubles selected = given.a;
+    STATS_QuickSelect_HW(selected.data(), n, k);
+    ASSERT_EQ(bits(selected), bits(slow.a));
+    ASSERT_EQ(bits({selected[static_cast<std::size_t>(k)]}),
+              bits({plain[static_cast<std::size_t>(k)]}));
+  }
+}
+
+TEST(SortKernels, PlaceManyRanksAtOnce) {
+  std::mt19937 random(11);
+  for (int round = 0; round < 1000; ++round) {
+    Doubles x = randomPairs(random, round).a;
+    Doubles sorted = x;
+    STATS_SortData_HW(sorted.data(), size(sorted));
+    std::vector<int> ranks;
+    for (int k = 0; k < size(x); ++k) {
+      if (random() % 5 == 0) ranks.push_back(k);
+    }
+    STATS_SelectRanks_HW(x.data(), size(x), ranks.data(), static_cast<int>(ranks.size()));
+    for (const int k : ranks) {
+      const auto at = static_cast<std::size_t>(k);
+      ASSERT_EQ(bits({x[at]}), bits({sorted[at]})) << "rank " << k;
+    }
+  }
+}
+
+TEST(SortKernels, HandleTheSmallAndTheOutOfRange) {
+  Doubles x = {3, kNaN, 1, 2};
+  STATS_SortData_HW(x.data(), 4);
+  EXPECT_THAT(x, testing::ElementsAre(1, 2, 3, testing::NanSensitiveDoubleEq(kNaN)));
+  Doubles a = {2, 1};
+  Doubles w = {20, 10};
+  STATS_SortData_HW(a.data(), w.data(), 2);
+  EXPECT_EQ(a, (Doubles{1, 2}));
+  EXPECT_EQ(w, (Doubles{10, 20}));
+  STATS_SortData_HW(nullptr, 0);
+  STATS_SortData_HW(nullptr, nullptr, 0);
+
+  Doubles s = {5, 1, 4, 2, 3};
+  EXPECT_EQ(STATS_QuickSelect_HW(s.data(), 5, 2), 3);
+  EXPECT_TRUE(std::isnan(STATS_QuickSelect_HW(s.data(), 5, 5)));
+  EXPECT_TRUE(std::isnan(STATS_QuickSelect_HW(s.data(), 5, -1)));
+  Doubles partner = {0, 0, 0, 0, 0};
+  EXPECT_EQ(STATS_QuickSelect_HW(s.data(), partner.data(), 5, -1), 1);
+  EXPECT_EQ(STATS_QuickSelect_HW(s.data(), partner.data(), 5, 5), 5);
+  EXPECT_TRUE(std::isnan(STATS_QuickSelect_HW(s.data(), partner.data(), 0, 0)));
+}
+
+TEST(SortKernels, HeapSortMovesPartnersAlong) {
+  std::mt19937 random(3);
+  for (int n = 0; n <= 70; ++n) {
+    Doubles a(static_cast<std::size_t>(n));
+    for (double& v : a) v = static_cast<double>(random() % 50);
+    Doubles w = a;
+    Doubles sorted = a;
+    std::sort(sorted.begin(), sorted.end());
+    STATS_HeapSort_HW(a.data(), w.data(), n);
+    EXPECT_EQ(a, sorted);
+    EXPECT_EQ(w, sorted);
+  }
+  // A NaN sinks like a small value, and ends in front.
+  Doubles a = {kNaN, 1};
+  Doubles w = {10, 20};
+  STATS_HeapSort_HW(a.data(), w.data(), 2);
+  EXPECT_EQ(a[1], 1);
+  EXPECT_EQ(w, (Doubles{10, 20}));
+}
+
+// Musser, Introspective Sorting and Selection Algorithms, Software Practice and Experience 27,
+// 1997: an order in which the median of first, middle and last is the second smallest every time.
+Doubles medianOfThreeKiller(int n) {
+  const int half = n / 2;
+  Doubles killer;
+  for (int i = 1; i <= half; ++i) killer.push_back(i % 2 == 1 ? i : half + i - 1);
+  for (int i = 1; i <= half; ++i) killer.push_back(2 * i);
+  return killer;
+}
+
+TEST(SortKernels, StayFastOnOrdersMadeToDefeatThem) {
+  constexpr int n = 300000;
+  std::vector<Doubles> orders(5, Doubles(n));
+  std::iota(orders[0].begin(), orders[0].end(), 0.0);
+  std::iota(orders[1].rbegin(), orders[1].rend(), 0.0);
+  for (int i = 0; i < n; ++i) {
+    orders[2][static_cast<std::size_t>(i)] = std::min(i, n - i);  // organ pipes
+  }
+  std::fill(orders[3].begin(), orders[3].end(), 1.0);
+  orders[4] = medianOfThreeKiller(n);
+  for (const Doubles& order : orders) {
+    Doubles sorted = order;
+    std::sort(sorted.begin(), sorted.end());
+    Doubles a = order;
+    STATS_SortData_HW(a.data(), n);
+    EXPECT_EQ(a, sorted);
+    a = order;
+    Doubles w = order;
+    STATS_SortData_HW(a.data(), w.data(), n);
+    EXPECT_EQ(w, sorted);
+    a = order;
+    EXPECT_EQ(STATS_QuickSelect_HW(a.data(), n, n / 3), sorted[n / 3]);
+  }
+}
+
+}  // namespace
