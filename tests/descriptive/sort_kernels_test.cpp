@@ -9,6 +9,8 @@
 #include <algorithm>
 #include <bit>
 #include <cmath>
+#include <cstdint>
+#include <functional>
 #include <limits>
 #include <numeric>
 #include <random>
@@ -27,20 +29,21 @@ int size(const Doubles& x) { return static_cast<int>(x.size()); }
 struct Pairs {
   Doubles a;
   Doubles w;
+  std::function<bool(double, double)> greater = after;
   void exchange(int i, int j) {
     std::swap(a[static_cast<std::size_t>(i)], a[static_cast<std::size_t>(j)]);
     std::swap(w[static_cast<std::size_t>(i)], w[static_cast<std::size_t>(j)]);
   }
   double at(int i) const { return a[static_cast<std::size_t>(i)]; }
   void order(int i, int j) {
-    if (after(at(i), at(j))) exchange(i, j);
+    if (greater(at(i), at(j))) exchange(i, j);
   }
   void split(double p, int& i, int& j) {
     for (;;) {
       do ++i;
-      while (after(p, at(i)));
+      while (greater(p, at(i)));
       do --j;
-      while (after(at(j), p));
+      while (greater(at(j), p));
       if (j < i) return;
       exchange(i, j);
     }
@@ -94,7 +97,7 @@ Pairs randomPairs(std::mt19937& random, int round) {
   const int n =
       round % 3 == 0 ? 100 + static_cast<int>(random() % 900) : 1 + static_cast<int>(random() % 40);
   const auto kinds = 1 + random() % (round % 2 == 0 ? 4U : 5000U);
-  Pairs x{Doubles(static_cast<std::size_t>(n)), Doubles(static_cast<std::size_t>(n))};
+  Pairs x{Doubles(static_cast<std::size_t>(n)), Doubles(static_cast<std::size_t>(n)), after};
   for (double& v : x.a) {
     v = round % 5 == 0 && random() % 7 == 0 ? kNaN : static_cast<double>(random() % kinds);
   }
@@ -195,38 +198,72 @@ TEST(SortKernels, HeapSortMovesPartnersAlong) {
   EXPECT_EQ(w, (Doubles{10, 20}));
 }
 
-// Musser, Introspective Sorting and Selection Algorithms, Software Practice and Experience 27,
-// 1997: an order in which the median of first, middle and last is the second smallest every time.
-Doubles medianOfThreeKiller(int n) {
-  const int half = n / 2;
-  Doubles killer;
-  for (int i = 1; i <= half; ++i) killer.push_back(i % 2 == 1 ? i : half + i - 1);
-  for (int i = 1; i <= half; ++i) killer.push_back(2 * i);
-  return killer;
+// McIlroy, A Killer Adversary for Quicksort, Software Practice and Experience 29, 1999: values are
+// fixed only when a comparison forces them to be, so that every pivot turns out to be a poor one.
+class Adversary {
+ public:
+  explicit Adversary(int n) : value_(static_cast<std::size_t>(n), kGas) {}
+
+  bool greater(double x, double y) {
+    const auto i = static_cast<std::size_t>(x);
+    const auto j = static_cast<std::size_t>(y);
+    if (value_[i] == kGas && value_[j] == kGas) {
+      value_[i == candidate_ ? i : j] = next_++;
+    }
+    if (value_[i] == kGas) {
+      candidate_ = i;
+    } else if (value_[j] == kGas) {
+      candidate_ = j;
+    }
+    return value_[i] > value_[j];
+  }
+  const Doubles& values() const { return value_; }
+
+ private:
+  static constexpr double kGas = 1e9;
+  Doubles value_;
+  std::size_t candidate_ = 0;
+  double next_ = 0.0;
+};
+
+// The worst order for scheme, which sorts or selects n numbered items by a given comparison.
+template <typename Scheme>
+Doubles worstOrder(int n, Scheme scheme) {
+  Adversary adversary(n);
+  Pairs items{Doubles(static_cast<std::size_t>(n)), Doubles(static_cast<std::size_t>(n)), after};
+  std::iota(items.a.begin(), items.a.end(), 0.0);
+  items.greater = [&](double x, double y) { return adversary.greater(x, y); };
+  scheme(items);
+  return adversary.values();
 }
 
-TEST(SortKernels, StayFastOnOrdersMadeToDefeatThem) {
-  constexpr int n = 300000;
-  std::vector<Doubles> orders(5, Doubles(n));
-  std::iota(orders[0].begin(), orders[0].end(), 0.0);
-  std::iota(orders[1].rbegin(), orders[1].rend(), 0.0);
-  for (int i = 0; i < n; ++i) {
-    orders[2][static_cast<std::size_t>(i)] = std::min(i, n - i);  // organ pipes
-  }
-  std::fill(orders[3].begin(), orders[3].end(), 1.0);
-  orders[4] = medianOfThreeKiller(n);
+TEST(SortKernels, AreRightOnOrdersMadeToDefeatThem) {
+  constexpr int n = 8000;
+  std::vector<Doubles> orders = {
+      worstOrder(n, [](Pairs& x) { slowSort(x, 0, n - 1); }),
+      worstOrder(n, [](Pairs& x) { slowSelect(x, n / 3); }),
+  };
+  orders.push_back(orders.back());
+  orders.back()[n / 2] = kNaN;
   for (const Doubles& order : orders) {
     Doubles sorted = order;
-    std::sort(sorted.begin(), sorted.end());
+    std::sort(sorted.begin(), sorted.end(), [](double x, double y) { return after(y, x); });
     Doubles a = order;
     STATS_SortData_HW(a.data(), n);
-    EXPECT_EQ(a, sorted);
+    EXPECT_EQ(bits(a), bits(sorted));
     a = order;
     Doubles w = order;
     STATS_SortData_HW(a.data(), w.data(), n);
-    EXPECT_EQ(w, sorted);
+    EXPECT_EQ(bits(w), bits(sorted));
     a = order;
     EXPECT_EQ(STATS_QuickSelect_HW(a.data(), n, n / 3), sorted[n / 3]);
+    a = order;
+    const int ranks[] = {n / 3, n / 3 + 1, n - 1};
+    STATS_SelectRanks_HW(a.data(), n, ranks, 3);
+    for (const int k : ranks) {
+      const auto at = static_cast<std::size_t>(k);
+      EXPECT_EQ(bits({a[at]}), bits({sorted[at]}));
+    }
   }
 }
 
