@@ -4,6 +4,9 @@
 
 #include <gmock/gmock.h>
 
+#include <limits>
+#include <utility>
+
 #include "kernel/callback_adapters.hpp"
 #include "kernel_test.hpp"
 
@@ -124,7 +127,7 @@ TEST(MachineNumbers, ConvertWithoutSurprises) {
       {-2147483648.9, kIndefinite},
       {2147483648.0, kIndefinite},
       {-1e300, kIndefinite},
-      {KernelTest::kNaN, kIndefinite},
+      {std::numeric_limits<double>::quiet_NaN(), kIndefinite},
   };
   for (const auto& [d, i] : kCases) {
     EXPECT_EQ(STATS_DoubleToInteger_HW(d), i) << d;
