@@ -1,0 +1,55 @@
+// Numbers, or weights, of present and missing values.
+
+#include <vexelc/vexelc.h>
+
+#include <cmath>
+
+#include "kernel/conversions.hpp"
+#include "kernel/data_sample.hpp"
+#include "kernel/entry_frame.hpp"
+
+namespace {
+
+// Unweighted, the number of indices that counted selects as a host integer; weighted, their total
+// weight as a host float.
+template <typename Counted>
+ALGEB countOrWeigh(VKernelVector kv, const STATS_VexelDataSample_HW& sample, Counted counted) {
+  const double* w = sample.weights();
+  V_INT number = 0;
+  double weight = 0.0;
+  for (int i = 0; i < sample.size(); ++i) {
+    if (counted(i)) {
+      ++number;
+      weight += w != nullptr ? w[i] : 0.0;
+    }
+  }
+  return sample.weighted() ? STATS_DoubleToVexelFloat_HW(kv, weight) : ToVexelInteger(kv, number);
+}
+
+bool hasWeight(const STATS_VexelDataSample_HW& sample, int i) {
+  return !sample.weighted() || !std::isnan(sample.weights()[i]);
+}
+
+}  // namespace
+
+// STATS_VexelCount_HW(data, weights, ignore): how many points there are, or their total weight.
+//
+// Only ignore = 1 leaves out missing points and missing weights; otherwise a missing weight makes
+// the total undefined.
+STATS_ENTRY(STATS_VexelCount_HW) {
+  const Arguments arg(kv, args, 3, "expected 3 arguments, received: %1");
+  const STATS_VexelDataSample_HW sample(kv, arg[1], arg[2]);
+  const bool ignoreMissing = arg.integer(3) == 1;
+  return countOrWeigh(kv, sample, [&](int i) {
+    return !ignoreMissing || (!std::isnan(sample.points()[i]) && hasWeight(sample, i));
+  });
+}
+
+// STATS_VexelCountMissing_HW(data, weights): how many points are missing, or their total weight,
+// missing weights left out.
+STATS_ENTRY(STATS_VexelCountMissing_HW) {
+  const Arguments arg(kv, args, 2, "expected 2 arguments, received: %1");
+  const STATS_VexelDataSample_HW sample(kv, arg[1], arg[2]);
+  return countOrWeigh(
+      kv, sample, [&](int i) { return std::isnan(sample.points()[i]) && hasWeight(sample, i); });
+}

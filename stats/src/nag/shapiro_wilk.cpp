@@ -1,0 +1,43 @@
+// The Shapiro-Wilk test of normality, computed by the numerical library.
+
+#include "nag/shapiro_wilk.hpp"
+
+#include <nag2/nag2.h>
+#include <vexelc/vexelc.h>
+
+#include "kernel/conversions.hpp"
+#include "kernel/data_sample.hpp"
+#include "kernel/entry_frame.hpp"
+#include "kernel/host_arrays.hpp"
+
+namespace {
+
+void raiseFailure(VKernelVector kv, const NagError& fail) {
+  if (fail.code != NAG2_OK) {
+    VexelRaiseError1(kv, fail.message, ToVexelNULL(kv));
+  }
+}
+
+}  // namespace
+
+void STATS_ShapiroWilk_HW(VKernelVector kv, long n, double* x, double* W, double* p) {
+  NagError fail = STATS_NagError_HW();
+  q43352(x, static_cast<std::size_t>(n), Nag_Ascending, &fail);
+  raiseFailure(kv, fail);
+  double* coefficients = STATS_AllocDoubles_HW(kv, n);
+  q32554(static_cast<int>(n), x, 1, coefficients, W, p, &fail);
+  raiseFailure(kv, fail);
+}
+
+// STATS_VexelShapiroWilk_HW(data, weights, flag): the list [W, p], p the significance level.
+//
+// A dense float[8] array is left sorted: the points are sorted where they are.  Weights must fit
+// the data and the flag must be a boolean, but neither has any effect.
+STATS_ENTRY(STATS_VexelShapiroWilk_HW) {
+  const Arguments arg(kv, args, 3, "VexelShapiroWilk expects 3 arguments, received: %1");
+  const STATS_VexelDataSample_HW sample(kv, arg[1], arg[2]);
+  (void)arg.boolean(3);
+  double result[2] = {};
+  STATS_ShapiroWilk_HW(kv, sample.size(), sample.points(), &result[0], &result[1]);
+  return STATS_FloatList_HW(kv, result, 2);
+}
