@@ -221,7 +221,11 @@ ALGEB numberFromText(State& state, std::string_view literal) {
   }
   if (i < literal.size() && (literal[i] == 'e' || literal[i] == 'E')) {
     isFloatLiteral = true;
-    i += i + 1 < literal.size() && literal[i + 1] == '+' ? 2 : 1;
+    const bool plus = i + 1 < literal.size() && literal[i + 1] == '+';
+    i += plus ? 2 : 1;
+    if (plus && i < literal.size() && literal[i] == '-') {
+      return nullptr;
+    }
     std::int64_t written = 0;
     const auto [end, error] =
         std::from_chars(literal.data() + i, literal.data() + literal.size(), written);

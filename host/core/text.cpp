@@ -17,11 +17,11 @@ namespace vexel {
 namespace {
 
 // Digits with a decimal point put in or an exponent behind them.  leading is the exponent of the
-// first digit; exponents are written outside [-5, fixedLimit).
+// first digit; exponents are written outside [-4, fixedLimit).
 std::string layOut(std::string_view digits, std::int64_t leading, std::int64_t fixedLimit) {
   std::string out;
   const auto count = static_cast<std::int64_t>(digits.size());
-  if (leading < -5 || leading >= fixedLimit) {
+  if (leading < -4 || leading >= fixedLimit) {
     out += digits[0];
     if (count > 1) {
       out += '.';
