@@ -7,6 +7,7 @@
 #include <limits>
 #include <utility>
 
+#include "host_call.hpp"
 #include "kernel/callback_adapters.hpp"
 #include "kernel_test.hpp"
 
@@ -56,7 +57,7 @@ TEST_F(ConversionsTest, WhatHasNoValueRaisesOrGivesZero) {
   for (const char* text : {"unset", "\"text\"", "[1, 2]", "1 .. 2", "x = 1", "Array([1.0])"}) {
     const vexel::Value x = eval(text);
     double tolerant = -1.0;
-    EXPECT_EQ(hostErrorText([&] { Utils::VexelDAGToDouble(x.handle()); }),
+    EXPECT_EQ(hostErrorText([&] { inHost(kernel, [&] { Utils::VexelDAGToDouble(x.handle()); }); }),
               "unable to evaluate " + x.source() + " to floating-point");
     EXPECT_EQ(Utils::VexelDAGToDouble(x.handle(), &tolerant), 0) << text;
     EXPECT_EQ(tolerant, 0.0) << text;
@@ -77,11 +78,13 @@ TEST_F(ConversionsTest, ProceduresAreCalledInHardwareThenInSoftware) {
   EXPECT_EQ(callOn("x -> 1/3", {0.0}, false), 1.0 / 3.0);
   // Beyond the doubles in between, finite in the end.
   EXPECT_EQ(callOn("x -> (10.0^400*x)/10.0^399", {2.0}, true), 20.0);
-  EXPECT_EQ(hostErrorText([&] { callOn("x -> [x]", {1.5}, true); }),
+  EXPECT_EQ(hostErrorText([&] { inHost(kernel, [&] { callOn("x -> [x]", {1.5}, true); }); }),
             "unable to evaluate [1.5] to floating-point");
-  EXPECT_EQ(hostErrorText([&] { callOn("x -> undefined", {1.5}, true); }),
+  EXPECT_EQ(hostErrorText([&] { inHost(kernel, [&] { callOn("x -> undefined", {1.5}, true); }); }),
             "unable to evaluate Float(undefined) to floating-point");
-  EXPECT_EQ(hostErrorText([&] { callOn("proc(x) error(\"mine: %1\", x) end", {1.5}, true); }),
+  EXPECT_EQ(hostErrorText([&] {
+              inHost(kernel, [&] { callOn("proc(x) error(\"mine: %1\", x) end", {1.5}, true); });
+            }),
             "mine: 1.5");
 }
 

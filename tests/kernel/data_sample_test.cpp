@@ -6,6 +6,7 @@
 
 #include <limits>
 
+#include "host_call.hpp"
 #include "kernel_test.hpp"
 
 extern "C" ALGEB STATS_StatsInitialize_HW(VKernelVector kv);
@@ -64,12 +65,15 @@ TEST_F(DataSampleTest, DenseFloatsAreUsedInPlaceAndOthersCopied) {
 
 TEST_F(DataSampleTest, ElementsAreEvaluatedWhereTheHostDoesNotCopyThem) {
   EXPECT_THAT(view("a := 5: Array([1, 'a', 1/2])"), ElementsAre(1.0, 5.0, 0.5));
-  EXPECT_EQ(hostErrorText([&] { view("Array([1, unset])"); }),
+  EXPECT_EQ(hostErrorText([&] { inHost(kernel, [&] { view("Array([1, unset])"); }); }),
             "unable to evaluate unset to floating-point");
   EXPECT_THAT(view("Array([Complex(2, 0), 3], datatype = complex[8])"), ElementsAre(2.0, 3.0));
-  EXPECT_EQ(hostError([&] { view("Array([Complex(2, 1)], datatype = complex[8])"); }),
+  EXPECT_EQ(hostError([&] {
+              inHost(kernel, [&] { view("Array([Complex(2, 1)], datatype = complex[8])"); });
+            }),
             "unable to evaluate %1 to floating-point");
-  EXPECT_EQ(hostError([&] { view("7"); }), "invalid data sample, expected: rtable, received %1");
+  EXPECT_EQ(hostError([&] { inHost(kernel, [&] { view("7"); }); }),
+            "invalid data sample, expected: rtable, received %1");
 }
 
 TEST_F(DataSampleTest, OnlyTheFirstDimensionCounts) {
@@ -87,7 +91,10 @@ TEST_F(DataSampleTest, WeightsMatchThePointsOrAreNotThere) {
   const vexel::Value three = array({1.0, 2.0, 3.0});
   EXPECT_FALSE(STATS_VexelDataSample_HW(kv, points.handle(), none().handle()).weighted());
   EXPECT_TRUE(STATS_VexelDataSample_HW(kv, points.handle(), points.handle()).weighted());
-  EXPECT_EQ(hostErrorText([&] { STATS_VexelDataSample_HW(kv, points.handle(), three.handle()); }),
+  EXPECT_EQ(hostErrorText([&] {
+              inHost(kernel,
+                     [&] { STATS_VexelDataSample_HW(kv, points.handle(), three.handle()); });
+            }),
             "vector of points and vector of weights are expected to have the same size, received " +
                 points.text() + ", " + three.text());
 }

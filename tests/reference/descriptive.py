@@ -26,11 +26,18 @@ def sample(n, denominator, low, high):
     return [F(random.randint(low * denominator, high * denominator), denominator) for _ in range(n)]
 
 
+def distinct(n, denominator, low, high):
+    return [F(k, denominator) for k in random.sample(range(low * denominator, high * denominator), n)]
+
+
+# Tied points have the same weight: in which order a sort leaves their weights is not a matter of
+# statistics.
+TIES = sample(40, 1, 1, 6)
 SAMPLES = [
     ([F(3), F(1), F(2)], [F(1), F(2), F(1)]),
     ([F(k) for k in range(1, 11)], [F(1)] * 10),
-    (sample(17, 16, 1, 9), sample(17, 8, 1, 3)),
-    (sample(40, 1, 1, 6), sample(40, 4, 1, 2)),  # ties
+    (distinct(17, 16, 1, 9), sample(17, 8, 1, 3)),
+    (TIES, [1 + v / 4 for v in TIES]),
     ([F(5, 2)], [F(3, 4)]),
     ([F(2**40), F(2**40) + 1, F(2**40) + 2, F(2**40) + F(1, 2)], [F(1), F(4), F(2), F(1)]),
 ]
