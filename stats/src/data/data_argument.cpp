@@ -1,0 +1,105 @@
+// One-dimensional array arguments in their own element type.
+
+#include "data/data_argument.hpp"
+
+#include <limits>
+
+#include "data/element_types.hpp"
+
+void STATS_RequireVector_HW(VKernelVector kv, ALGEB x, const char* message) {
+  if (IsVexelRTable(kv, x) == 0 || RTableNumDimensions(kv, x) != 1) {
+    VexelRaiseError1(kv, message, x);
+  }
+}
+
+RTableSettings STATS_SettingsOf_HW(VKernelVector kv, ALGEB array) {
+  RTableSettings settings;
+  RTableGetSettings(kv, &settings, array);
+  return settings;
+}
+
+ALGEB STATS_DenseArray_HW(VKernelVector kv, ALGEB array) {
+  RTableSettings settings = STATS_SettingsOf_HW(kv, array);
+  if (settings.storage == RTABLE_RECTANGULAR) {
+    return array;
+  }
+  settings.storage = RTABLE_RECTANGULAR;
+  return RTableCopy(kv, &settings, array);
+}
+
+ALGEB STATS_CreateLike_HW(VKernelVector kv, const RTableSettings& like, V_INT lower, V_INT count,
+                          const void* data) {
+  RTableSettings settings = like;
+  settings.num_dimensions = 1;
+  if (count == 0 && lower == std::numeric_limits<V_INT>::min()) {
+    lower = 1;  // there is no bound below it
+  }
+  const V_INT bounds[] = {lower, lower + (count - 1)};
+  return RTableCreate(kv, &settings, count > 0 ? data : nullptr, bounds);
+}
+
+STATS_ElementReader_HW::STATS_ElementReader_HW(VKernelVector kv, ALGEB array)
+    : kv_(kv),
+      array_(array),
+      settings_(STATS_SettingsOf_HW(kv, array)),
+      size_(RTableNumElements(kv, array)),
+      lower_(RTableLowerBound(kv, array, 1)),
+      elementSize_(STATS_RTableDataSize_HW(kv, settings_.data_type)) {
+  if (settings_.storage == RTABLE_RECTANGULAR && size_ > 0) {
+    block_ = static_cast<const char*>(RTableDataBlock(kv, array));
+  }
+}
+
+RTableData STATS_ElementReader_HW::operator[](V_INT i) const {
+  if (block_ == nullptr) {
+    const V_INT index = lower_ + i;
+    return RTableSelect(kv_, array_, &index);
+  }
+  RTableData element{};
+  std::memcpy(&element, block_ + i * elementSize_, static_cast<std::size_t>(elementSize_));
+  return element;
+}
+
+void STATS_ElementReader_HW::copyTo(char* out) const {
+  if (block_ != nullptr) {
+    std::memcpy(out, block_, static_cast<std::size_t>(size_ * elementSize_));
+    return;
+  }
+  for (V_INT i = 0; i < size_; ++i) {
+    const RTableData element = (*this)[i];
+    std::memcpy(out + i * elementSize_, &element, static_cast<std::size_t>(elementSize_));
+  }
+}
+
+ALGEB STATS_ElementToHost_HW(VKernelVector kv, const RTableData& element, int dataType) {
+  switch (dataType) {
+    case RTABLE_COMPLEX_DAG:
+      return ToVexelComplexFloat(kv, element.complexdag.re, element.complexdag.im);
+    case RTABLE_INTEGER8:
+      return ToVexelInteger(kv, element.int8);
+    case RTABLE_INTEGER16:
+      return ToVexelInteger(kv, element.int16);
+    case RTABLE_INTEGER32:
+      return ToVexelInteger(kv, element.int32);
+    case RTABLE_INTEGER64:
+      return ToVexelInteger64(kv, element.int64);
+    case RTABLE_FLOAT64:
+      return ToVexelFloat(kv, element.float64);
+    case RTABLE_FLOAT32:
+      return ToVexelFloat(kv, static_cast<double>(element.float32));
+    case RTABLE_COMPLEX:
+      return ToVexelComplex(kv, element.complexf64.re, element.complexf64.im);
+    default:
+      return element.dag;
+  }
+}
+
+STATS_ElementBuffer_HW::STATS_ElementBuffer_HW(VKernelVector kv, int dataType, V_INT count) {
+  const V_INT bytes = (count > 0 ? count : 1) * STATS_RTableDataSize_HW(kv, dataType);
+  if (STATS_HoldsHandles_HW(dataType)) {
+    data_ = static_cast<char*>(VexelAlloc(kv, bytes));
+  } else {
+    owned_.reset(new char[static_cast<std::size_t>(bytes)]);
+    data_ = owned_.get();
+  }
+}
