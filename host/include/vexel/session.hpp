@@ -1,0 +1,59 @@
+// Scripts run statement by statement: what the command and the prompt are made of.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+#include <vexel/kernel.hpp>
+
+namespace vexel {
+
+// What became of one statement.
+struct Outcome {
+  enum class Kind {
+    value,        // it ran
+    error,        // it raised
+    syntax,       // it is no statement
+    incomplete,   // the text ends in the middle of it
+    interrupted,  // Kernel::interrupt ended it
+  };
+  Kind kind = Kind::value;
+  Value value;           // of the statement, for Kind::value
+  bool printed = false;  // it ended with ';' (or with the text)
+  std::string error;     // the whole text, filled
+  std::string json;      // the error's JSON line
+  int line = 0;          // where the statement starts; for a syntax error where that is
+  int column = 0;
+  std::string source;  // for a syntax error: the source line and, below it, a caret
+};
+
+// A text and a place in it.
+class Script {
+ public:
+  Script(Kernel& kernel, std::string text);
+  ~Script();
+  Script(const Script&) = delete;
+  Script& operator=(const Script&) = delete;
+
+  // Runs the next statement; false at the end of the text, or when "quit" was run.
+  bool next(Outcome& outcome);
+
+ private:
+  struct Impl;
+  std::unique_ptr<Impl> impl_;
+};
+
+// True when the last statement of the text is not finished: a prompt asks for another line.
+bool isIncomplete(Kernel& kernel, std::string_view text);
+
+// True once "quit" has been run.
+bool quitRequested(Kernel& kernel);
+
+// The printed form with long arrays, lists and texts shortened.
+std::string shortened(const Value& value);
+
+// Names that are assigned or known, for completion.
+std::vector<std::string> knownNames(Kernel& kernel);
+
+}  // namespace vexel

@@ -1,0 +1,25 @@
+// Arithmetic on expressions: numbers are computed, the rest is kept symbolic in a canonical form.
+//
+// A sum's terms and a product's factors are in a fixed order, numeric parts collected, equal terms
+// and powers of equal bases combined; nothing is expanded or factored.  sqrt(u) is the power
+// u^(1/2).
+#pragma once
+
+#include "core/kernel_state.hpp"
+
+namespace vexel {
+
+ALGEB sumOf(State& state, ALGEB a, ALGEB b);
+ALGEB differenceOf(State& state, ALGEB a, ALGEB b);
+ALGEB productOf(State& state, ALGEB a, ALGEB b);
+ALGEB quotientOf(State& state, ALGEB a, ALGEB b);
+ALGEB powerOf(State& state, ALGEB base, ALGEB exponent);
+ALGEB negativeOf(State& state, ALGEB a);
+
+// f(args) by the name of f, kept as it is.
+ALGEB applicationOf(State& state, const char* function, ALGEB argument);
+
+// The derivative of an expression with respect to a name.
+ALGEB derivative(State& state, ALGEB expression, ALGEB name);
+
+}  // namespace vexel

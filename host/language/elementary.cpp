@@ -1,0 +1,368 @@
+// Elementary functions through MPFR: evaluated with guard bits and again with more until the
+// rounding to decimal digits no longer depends on the error (Ziv 1991, Fast evaluation of
+// elementary functions with correctly rounded last bit).
+
+#include "language/elementary.hpp"
+
+#include <array>
+#include <cmath>
+
+#include "core/errors.hpp"
+#include "core/evaluation.hpp"
+#include "core/numbers.hpp"
+#include "core/objects.hpp"
+#include "core/text.hpp"
+#include "language/algebra.hpp"
+
+namespace vexel {
+
+namespace {
+
+constexpr std::array kFunctions = {
+    ElementaryFunction{"sin", mpfr_sin, std::sin},
+    ElementaryFunction{"cos", mpfr_cos, std::cos},
+    ElementaryFunction{"tan", mpfr_tan, std::tan},
+    ElementaryFunction{"arcsin", mpfr_asin, std::asin},
+    ElementaryFunction{"arccos", mpfr_acos, std::acos},
+    ElementaryFunction{"arctan", mpfr_atan, std::atan},
+    ElementaryFunction{"asin", mpfr_asin, std::asin},
+    ElementaryFunction{"acos", mpfr_acos, std::acos},
+    ElementaryFunction{"atan", mpfr_atan, std::atan},
+    ElementaryFunction{"sinh", mpfr_sinh, std::sinh},
+    ElementaryFunction{"cosh", mpfr_cosh, std::cosh},
+    ElementaryFunction{"tanh", mpfr_tanh, std::tanh},
+    ElementaryFunction{"arcsinh", mpfr_asinh, std::asinh},
+    ElementaryFunction{"arccosh", mpfr_acosh, std::acosh},
+    ElementaryFunction{"arctanh", mpfr_atanh, std::atanh},
+    ElementaryFunction{"exp", mpfr_exp, std::exp},
+    ElementaryFunction{"ln", mpfr_log, std::log},
+    ElementaryFunction{"log", mpfr_log, std::log},
+    ElementaryFunction{"log10", mpfr_log10, std::log10},
+    ElementaryFunction{"sqrt", mpfr_sqrt, std::sqrt},
+    ElementaryFunction{"erf", mpfr_erf, std::erf},
+    ElementaryFunction{"erfc", mpfr_erfc, std::erfc},
+    ElementaryFunction{"gamma", mpfr_gamma, std::tgamma},
+};
+
+// Repeats compute(result, bits), which errs by at most an ulp or two, with growing precision until
+// the rounding to digits is settled.  An exact value settles never; it is taken as it is in the
+// end.
+template <typename Compute>
+ALGEB settled(State& state, int digits, Compute compute) {
+  mpfr_prec_t bits = bitsForDigits(state, digits) + 32;
+  for (int attempt = 0;; ++attempt, bits *= 2) {
+    lookAtInterrupt();
+    RealNumber x(bits);
+    compute(x.get(), bits);
+    if (mpfr_regular_p(x.get()) == 0 || attempt == 4) {
+      return fromMpfr(state, x.get(), digits);
+    }
+    RealNumber low(bits);
+    RealNumber high(bits);
+    mpfr_set(low.get(), x.get(), MPFR_RNDN);
+    mpfr_set(high.get(), x.get(), MPFR_RNDN);
+    for (int i = 0; i < 4; ++i) {
+      mpfr_nextbelow(low.get());
+      mpfr_nextabove(high.get());
+    }
+    const ALGEB a = fromMpfr(state, low.get(), digits);
+    if (a == fromMpfr(state, high.get(), digits)) {
+      return a;
+    }
+  }
+}
+
+bool isExactSquare(ALGEB x) {
+  const IntegerView n(numerator(x));
+  const IntegerView d(denominator(x));
+  return mpz_sgn(n.get()) >= 0 && mpz_perfect_square_p(n.get()) != 0 &&
+         mpz_perfect_square_p(d.get()) != 0;
+}
+
+ALGEB exactRoot(State& state, ALGEB x) {
+  BigInteger n;
+  BigInteger d;
+  mpz_sqrt(n.get(), IntegerView(numerator(x)).get());
+  mpz_sqrt(d.get(), IntegerView(denominator(x)).get());
+  return newRational(state, n.get(), d.get());
+}
+
+// The exact value of f at an exact number, null when there is none.
+ALGEB exactValue(State& state, std::string_view f, ALGEB x) {
+  if (f == "sqrt") {
+    if (isExactSquare(x)) {
+      return exactRoot(state, x);
+    }
+    const ALGEB minus = negate(state, x);
+    return sign(x) < 0 && isExactSquare(minus)
+               ? newComplex(state, immediate(0), exactRoot(state, minus))
+               : nullptr;
+  }
+  const bool zero = x == immediate(0);
+  const bool one = x == immediate(1);
+  if (zero) {
+    for (const std::string_view odd : {"sin", "tan", "arcsin", "arctan", "asin", "atan", "sinh",
+                                       "tanh", "arcsinh", "arctanh", "erf"}) {
+      if (f == odd) {
+        return immediate(0);
+      }
+    }
+    if (f == "cos" || f == "cosh" || f == "exp" || f == "erfc") {
+      return immediate(1);
+    }
+    if (f == "ln" || f == "log" || f == "log10") {
+      raise(state, "the logarithm of 0 has no value");
+    }
+  }
+  if (one && (f == "ln" || f == "log" || f == "log10" || f == "arccos" || f == "acos")) {
+    return immediate(0);
+  }
+  if (f == "gamma" && isInteger(x)) {
+    if (sign(x) <= 0) {
+      raise(state, "gamma has no value at %1", x);
+    }
+    std::int64_t n = 0;
+    if (fitsInt64(x, &n) && n <= 10000) {
+      BigInteger z;
+      mpz_fac_ui(z.get(), static_cast<unsigned long>(n - 1));
+      return newInteger(state, z.get());
+    }
+  }
+  return nullptr;
+}
+
+}  // namespace
+
+const ElementaryFunction* elementaryFunction(std::string_view name) {
+  for (const ElementaryFunction& f : kFunctions) {
+    if (f.name == name) {
+      return &f;
+    }
+  }
+  return nullptr;
+}
+
+ALGEB elementaryFloat(State& state, const ElementaryFunction& f, ALGEB x, int digits) {
+  if (f.name == "sqrt" && sign(x) < 0) {
+    return newComplex(state, immediate(0), elementaryFloat(state, f, negate(state, x), digits));
+  }
+  if (isRational(x)) {
+    // The argument itself is rounded, which the function may magnify: double the precision.
+    return settled(state, digits, [&](mpfr_ptr r, mpfr_prec_t bits) {
+      RealNumber argument(2 * bits + 64);
+      toMpfr(state, argument.get(), x);
+      f.real(r, argument.get(), MPFR_RNDN);
+    });
+  }
+  return settled(state, digits, [&](mpfr_ptr r, mpfr_prec_t bits) {
+    RealNumber argument(2 * bits + 64);
+    toMpfr(state, argument.get(), x);
+    f.real(r, argument.get(), MPFR_RNDN);
+  });
+}
+
+ALGEB applyElementary(State& state, const ElementaryFunction& f, ALGEB x) {
+  if (isFloat(x)) {
+    return elementaryFloat(state, f, x, state.digits());
+  }
+  if (isExact(x)) {
+    if (const ALGEB value = exactValue(state, f.name, x)) {
+      return value;
+    }
+  } else if (!isComplex(x) && !is(x, Tag::name) && !isExpression(x)) {
+    raise(state, "expected a number or an expression, received: %1", x);
+  }
+  return applicationOf(state, std::string(f.name).c_str(), x);
+}
+
+ALGEB powerFloat(State& state, ALGEB base, ALGEB exponent, int digits) {
+  if (isInteger(exponent) && !isFloat(base)) {
+    return roundToDigits(state, integerPower(state, base, exponent), digits);
+  }
+  return settled(state, digits, [&](mpfr_ptr r, mpfr_prec_t bits) {
+    RealNumber b(2 * bits + 64);
+    RealNumber e(2 * bits + 64);
+    toMpfr(state, b.get(), base);
+    toMpfr(state, e.get(), exponent);
+    mpfr_pow(r, b.get(), e.get(), MPFR_RNDN);
+  });
+}
+
+ALGEB numberPower(State& state, ALGEB base, ALGEB exponent) {
+  if (isInteger(exponent)) {
+    return integerPower(state, base, exponent);
+  }
+  if (isComplex(base) || isComplex(exponent)) {
+    return newPower(state, base, exponent);
+  }
+  if (isFloat(base) || isFloat(exponent)) {
+    return powerFloat(state, base, exponent, state.digits());
+  }
+  if (denominator(exponent) == immediate(2)) {
+    if (const ALGEB root = exactValue(state, "sqrt", base)) {
+      return integerPower(state, root, numerator(exponent));
+    }
+    if (numerator(exponent) == immediate(1)) {
+      return applicationOf(state, "sqrt", base);
+    }
+  }
+  if (base == immediate(0) || base == immediate(1)) {
+    if (base == immediate(0) && sign(exponent) < 0) {
+      raise(state, "division by zero");
+    }
+    return base;
+  }
+  return newPower(state, base, exponent);
+}
+
+ALGEB piFloat(State& state, int digits) {
+  return settled(state, digits, [](mpfr_ptr r, mpfr_prec_t) { mpfr_const_pi(r, MPFR_RNDN); });
+}
+
+std::string sourceTextOf(State& state, ALGEB x) { return sourceText(state, x); }
+
+namespace {
+
+ALGEB oneArgument(State& state, ALGEB args, const char* message) {
+  if (argumentCount(args) != 1 || isNull(args)) {
+    raise(state, message, args);
+  }
+  return argument(state, args, 1);
+}
+
+void defineRounding(State& state, const char* functionName, Rounding rounding,
+                    double (*hardware)(double)) {
+  defineFunction(
+      state, functionName,
+      [rounding, functionName](State& s, ALGEB args) {
+        const ALGEB x = oneArgument(s, args, "expected one argument, received: %1");
+        if (isReal(x)) {
+          return toInteger(s, x, rounding);
+        }
+        // A symbolic constant has a nearest float, which settles it unless it is very near a whole.
+        const ALGEB value = evalf(s, x, s.digits() + 10);
+        return isReal(value) ? toInteger(s, value, rounding) : applicationOf(s, functionName, x);
+      },
+      [hardware](State&, int, const double* a) { return hardware(a[1]); });
+}
+
+// min and max: of all arguments, undefined if any is; symbolic while any is.
+void defineExtreme(State& state, const char* functionName, bool largest) {
+  defineFunction(
+      state, functionName,
+      [functionName, largest](State& s, ALGEB args) -> ALGEB {
+        ALGEB best = nullptr;
+        Handles all(s);
+        for (std::size_t i = 1; i <= argumentCount(args); ++i) {
+          const ALGEB x = argument(s, args, i);
+          if (isNull(x)) {
+            raise(s, "expected numbers, received: %1", args);
+          }
+          all.push(x);
+        }
+        for (const ALGEB x : all.span()) {
+          const ALGEB value = isReal(x) ? x : evalf(s, x, s.digits());
+          if (!isReal(value)) {
+            return newApplication(s, name(s, functionName), all.span());
+          }
+          if (isUndefined(s, value)) {
+            return value;
+          }
+          if (best == nullptr) {
+            best = x;
+            continue;
+          }
+          const ALGEB bestValue = isReal(best) ? best : evalf(s, best, s.digits());
+          const auto c = compare(s, value, bestValue);
+          if (c == (largest ? std::partial_ordering::greater : std::partial_ordering::less)) {
+            best = x;
+          }
+        }
+        return best;
+      },
+      [largest](State&, int n, const double* a) {
+        double best = a[1];
+        for (int i = 2; i <= n; ++i) {
+          if (a[i] != a[i]) {
+            return a[i];
+          }
+          best = (largest ? a[i] > best : a[i] < best) ? a[i] : best;
+        }
+        return best;
+      });
+}
+
+int lgammaReal(mpfr_ptr r, mpfr_srcptr x, mpfr_rnd_t rounding) {
+  int s = 0;
+  return mpfr_lgamma(r, &s, x, rounding);
+}
+
+constexpr ElementaryFunction kLgamma{"lgamma", lgammaReal, [](double x) { return std::lgamma(x); }};
+
+}  // namespace
+
+void defineElementaryFunctions(State& state) {
+  auto define = [&](const ElementaryFunction& f) {
+    defineFunction(
+        state, f.name,
+        [&f](State& s, ALGEB args) {
+          return applyElementary(s, f, oneArgument(s, args, "expected one argument, received: %1"));
+        },
+        [&f](State& s, int n, const double* a) {
+          if (n != 1) {
+            raise(s, "expected one argument");
+          }
+          return f.hardware(a[1]);
+        });
+  };
+  for (const ElementaryFunction& f : kFunctions) {
+    define(f);
+  }
+  define(kLgamma);
+  defineRounding(state, "floor", Rounding::floor, std::floor);
+  defineRounding(state, "ceil", Rounding::ceiling, std::ceil);
+  defineRounding(state, "round", Rounding::nearest, std::round);
+  defineRounding(state, "trunc", Rounding::truncate, std::trunc);
+  defineExtreme(state, "min", false);
+  defineExtreme(state, "max", true);
+  defineFunction(
+      state, "abs",
+      [](State& s, ALGEB args) {
+        const ALGEB x = oneArgument(s, args, "expected one argument, received: %1");
+        if (isReal(x)) {
+          return absolute(s, x);
+        }
+        if (isComplex(x)) {
+          const ALGEB squares = add(s, multiply(s, operand(x, 1), operand(x, 1)),
+                                    multiply(s, operand(x, 2), operand(x, 2)));
+          return applyElementary(s, *elementaryFunction("sqrt"), squares);
+        }
+        return applicationOf(s, "abs", x);
+      },
+      [](State&, int, const double* a) { return std::fabs(a[1]); });
+  defineFunction(
+      state, "beta",
+      [](State& s, ALGEB args) -> ALGEB {
+        if (argumentCount(args) != 2) {
+          raise(s, "beta expects two arguments, received: %1", args);
+        }
+        const ALGEB a = argument(s, args, 1);
+        const ALGEB b = argument(s, args, 2);
+        if (!isReal(a) || !isReal(b) || (!isFloat(a) && !isFloat(b))) {
+          const ALGEB operands[] = {a, b};
+          return newApplication(s, name(s, "beta"), operands);
+        }
+        return settled(s, s.digits(), [&](mpfr_ptr r, mpfr_prec_t bits) {
+          RealNumber x(2 * bits + 64);
+          RealNumber y(2 * bits + 64);
+          toMpfr(s, x.get(), a);
+          toMpfr(s, y.get(), b);
+          mpfr_beta(r, x.get(), y.get(), MPFR_RNDN);
+        });
+      },
+      [](State&, int, const double* a) {
+        return std::exp(std::lgamma(a[1]) + std::lgamma(a[2]) - std::lgamma(a[1] + a[2]));
+      });
+}
+
+}  // namespace vexel

@@ -1,0 +1,441 @@
+// The evaluator: a walk over the tree with values in the machine stack's frames, where the
+// collector sees them.
+
+#include "language/evaluator.hpp"
+
+#include <alloca.h>
+
+#include "core/arrays.hpp"
+#include "core/errors.hpp"
+#include "core/evaluation.hpp"
+#include "core/numbers.hpp"
+#include "core/objects.hpp"
+#include "core/text.hpp"
+#include "language/algebra.hpp"
+#include "language/procedure.hpp"
+
+namespace vexel {
+
+namespace {
+
+class Evaluator {
+ public:
+  Evaluator(State& state, const std::shared_ptr<Program>& program, ALGEB* slots)
+      : state_(state), program_(program), slots_(slots) {}
+
+  ALGEB value(const Node& node);
+
+ private:
+  bool condition(const Node& node);
+  ALGEB global(ALGEB n);
+  ALGEB callValue(const Node& node);
+  ALGEB overRange(const Node& node);
+  ALGEB makeProcedure(const Node& node);
+  ALGEB assign(const Node& target, ALGEB v);
+  ALGEB compareValue(const Node& node);
+
+  State& state_;
+  const std::shared_ptr<Program>& program_;
+  ALGEB* slots_;
+};
+
+V_INT indexValue(State& state, ALGEB i) {
+  std::int64_t n = 0;
+  if (!isInteger(i) || !fitsInt64(i, &n)) {
+    raise(state, "expected an integer as index, received: %1", i);
+  }
+  return n;
+}
+
+void assignIndexed(State& state, ALGEB what, std::span<const ALGEB> index, ALGEB v) {
+  if (is(what, Tag::table)) {
+    table(what).assign(sequenceOf(state, index), v);
+    return;
+  }
+  if (isArray(what)) {
+    std::vector<V_INT> at;
+    for (const ALGEB i : index) {
+      at.push_back(indexValue(state, i));
+    }
+    arrayAssign(state, what, at, v);
+    return;
+  }
+  if (isList(what) && index.size() == 1) {
+    const V_INT i = indexValue(state, index[0]);
+    if (i < 1 || i > static_cast<V_INT>(countOf(what))) {
+      raise(state, "index out of range: %1", index[0]);
+    }
+    setOperand(what, static_cast<std::size_t>(i), v);
+    return;
+  }
+  raise(state, "unable to assign an element of %1", what);
+}
+
+ALGEB Evaluator::global(ALGEB n) {
+  const ALGEB v = nameValue(n);
+  if (v == nullptr) {
+    const ALGEB f = nameFunction(n);
+    return f != nullptr && n != state_.piName ? f : n;
+  }
+  return isExpression(v) || (is(v, Tag::name) && v != n) ? evaluate(state_, v) : v;
+}
+
+bool Evaluator::condition(const Node& node) {
+  switch (node.kind) {
+    case NodeKind::compare: {
+      const ALGEB a = value(*node.children[0]);
+      const ALGEB b = value(*node.children[1]);
+      if (const auto result = comparison(state_, node.op, a, b)) {
+        return *result;
+      }
+      raise(state_, "unable to determine the truth of a relation between %1 and %2", a, b);
+    }
+    case NodeKind::logicalNot:
+      return !condition(*node.children[0]);
+    case NodeKind::logicalAnd:
+      for (const Node* child : node.children) {
+        if (!condition(*child)) {
+          return false;
+        }
+      }
+      return true;
+    case NodeKind::logicalOr:
+      for (const Node* child : node.children) {
+        if (condition(*child)) {
+          return true;
+        }
+      }
+      return false;
+    default:
+      return truth(state_, value(node));
+  }
+}
+
+ALGEB Evaluator::compareValue(const Node& node) {
+  const ALGEB a = value(*node.children[0]);
+  const ALGEB b = value(*node.children[1]);
+  if (node.op == CompareOp::equal) {
+    return newPair(state_, Tag::equation, a, b);
+  }
+  if (const auto result = comparison(state_, node.op, a, b)) {
+    return boolean(state_, *result);
+  }
+  switch (node.op) {
+    case CompareOp::unequal:
+      return newPair(state_, Tag::unequal, a, b);
+    case CompareOp::less:
+      return newPair(state_, Tag::less, a, b);
+    case CompareOp::lessEqual:
+      return newPair(state_, Tag::lessEqual, a, b);
+    case CompareOp::greater:
+      return newPair(state_, Tag::less, b, a);
+    default:
+      return newPair(state_, Tag::lessEqual, b, a);
+  }
+}
+
+ALGEB Evaluator::callValue(const Node& node) {
+  const std::size_t n = node.children.size() - 1;
+  if (n > 4096) {
+    raise(state_, "too many arguments");
+  }
+  auto* args = static_cast<ALGEB*>(alloca((n + 1) * sizeof(ALGEB)));
+  const Node& callee = *node.children[0];
+  ALGEB function = nullptr;
+  if (callee.kind == NodeKind::global) {
+    const ALGEB v = nameValue(callee.value);
+    function = v != nullptr                            ? global(callee.value)
+               : nameFunction(callee.value) != nullptr ? nameFunction(callee.value)
+                                                       : callee.value;
+  } else {
+    function = value(callee);
+  }
+  for (std::size_t i = 0; i < n; ++i) {
+    args[i] = nullptr;
+  }
+  for (std::size_t i = 0; i < n; ++i) {
+    args[i] = value(*node.children[i + 1]);
+  }
+  if (!isProcedure(function) && !is(function, Tag::name)) {
+    if (isNumber(function)) {
+      return function;  // a constant is a function of any arguments
+    }
+    raise(state_, "unable to call %1", function);
+  }
+  return apply(state_, function, std::span<const ALGEB>(args, n));
+}
+
+ALGEB Evaluator::overRange(const Node& node) {
+  const ALGEB lower = value(*node.children[1]);
+  const ALGEB upper = value(*node.children[2]);
+  if (!isReal(lower) || !isReal(upper)) {
+    raise(state_, "expected a range of numbers, received: %1 .. %2", lower, upper);
+  }
+  Handles elements(state_);
+  ALGEB total = immediate(0);
+  for (ALGEB i = lower; compare(state_, i, upper) <= 0; i = add(state_, i, immediate(1))) {
+    lookAtInterrupt();
+    slots_[node.slot] = i;
+    const ALGEB v = value(*node.children[0]);
+    if (node.kind == NodeKind::sumOver) {
+      total = sumOf(state_, total, v);
+    } else {
+      elements.push(v);
+    }
+  }
+  return node.kind == NodeKind::sumOver ? total : sequenceOf(state_, elements.span());
+}
+
+ALGEB Evaluator::makeProcedure(const Node& node) {
+  auto procedure = std::make_unique<LanguageProcedure>();
+  procedure->program = program_;
+  procedure->code = node.function;
+  for (const FunctionCode::Capture& capture : node.function->captures) {
+    procedure->captured.push_back(slots_[capture.outer]);
+  }
+  return newForeign(state_, Tag::procedure, std::move(procedure), 128);
+}
+
+ALGEB Evaluator::assign(const Node& target, ALGEB v) {
+  if (target.kind == NodeKind::slot) {
+    slots_[target.slot] = v;
+  } else if (target.kind == NodeKind::global) {
+    if (target.value == state_.piName) {
+      raise(state_, "unable to assign to %1", target.value);
+    }
+    setNameValue(target.value, v == target.value ? nullptr : v);
+  } else {
+    const Node& base = *target.children[0];
+    Handles index(state_);
+    for (std::size_t i = 1; i < target.children.size(); ++i) {
+      index.push(value(*target.children[i]));
+    }
+    assignIndexed(state_, value(base), index.span(), v);
+  }
+  return v;
+}
+
+ALGEB Evaluator::value(const Node& node) {
+  switch (node.kind) {
+    case NodeKind::literal:
+      return node.value;
+    case NodeKind::slot: {
+      const ALGEB v = slots_[node.slot];
+      return v == nullptr ? state_.null : v;
+    }
+    case NodeKind::global:
+      return global(node.value);
+    default:
+      break;
+  }
+  checkStack(state_);
+  switch (node.kind) {
+    case NodeKind::sum: {
+      ALGEB total = value(*node.children[0]);
+      for (std::size_t i = 1; i < node.children.size(); ++i) {
+        const ALGEB term = value(*node.children[i]);
+        total = node.flags[i] ? differenceOf(state_, total, term) : sumOf(state_, total, term);
+      }
+      return total;
+    }
+    case NodeKind::product: {
+      ALGEB total = value(*node.children[0]);
+      for (std::size_t i = 1; i < node.children.size(); ++i) {
+        const ALGEB factor = value(*node.children[i]);
+        total =
+            node.flags[i] ? quotientOf(state_, total, factor) : productOf(state_, total, factor);
+      }
+      return total;
+    }
+    case NodeKind::negate:
+      return negativeOf(state_, value(*node.children[0]));
+    case NodeKind::power: {
+      const ALGEB base = value(*node.children[0]);
+      return powerOf(state_, base, value(*node.children[1]));
+    }
+    case NodeKind::logicalAnd:
+    case NodeKind::logicalOr:
+    case NodeKind::logicalNot:
+      return boolean(state_, condition(node));
+    case NodeKind::compare:
+      return compareValue(node);
+    case NodeKind::range: {
+      const ALGEB a = value(*node.children[0]);
+      return newPair(state_, Tag::range, a, value(*node.children[1]));
+    }
+    case NodeKind::list:
+    case NodeKind::sequence: {
+      Handles elements(state_);
+      for (const Node* child : node.children) {
+        const ALGEB v = value(*child);
+        // seq(...) fills the list that it is the only element of.
+        if (node.kind == NodeKind::list && node.children.size() == 1 &&
+            child->kind == NodeKind::sequenceOver && (isSequence(v) || isNull(v))) {
+          for (std::size_t i = 1; i <= countOf(v); ++i) {
+            elements.push(operand(v, i));
+          }
+        } else {
+          elements.push(v);
+        }
+      }
+      return node.kind == NodeKind::list ? newList(state_, elements.span())
+                                         : sequenceOf(state_, elements.span());
+    }
+    case NodeKind::index: {
+      const ALGEB what = value(*node.children[0]);
+      Handles index(state_);
+      for (std::size_t i = 1; i < node.children.size(); ++i) {
+        index.push(value(*node.children[i]));
+      }
+      return indexed(state_, what, index.span());
+    }
+    case NodeKind::call:
+      return callValue(node);
+    case NodeKind::procedure:
+      return makeProcedure(node);
+    case NodeKind::conditional:
+      return value(condition(*node.children[0]) ? *node.children[1] : *node.children[2]);
+    case NodeKind::sequenceOver:
+    case NodeKind::sumOver:
+      return overRange(node);
+    case NodeKind::clear:
+      setNameValue(node.value, nullptr);
+      return state_.null;
+    case NodeKind::assign:
+      return assign(*node.children[0], value(*node.children[1]));
+    case NodeKind::ifStatement: {
+      const auto& parts = node.children;
+      std::size_t i = 0;
+      for (; i + 1 < parts.size(); i += 2) {
+        if (condition(*parts[i])) {
+          return value(*parts[i + 1]);
+        }
+      }
+      return i < parts.size() ? value(*parts[i]) : state_.null;
+    }
+    case NodeKind::forLoop: {
+      ALGEB i = value(*node.children[1]);
+      const ALGEB last = value(*node.children[2]);
+      if (!isReal(i) || !isReal(last)) {
+        raise(state_, "expected numbers as ends of a loop, received: %1 and %2", i, last);
+      }
+      ALGEB result = state_.null;
+      for (; compare(state_, i, last) <= 0; i = add(state_, i, immediate(1))) {
+        lookAtInterrupt();
+        assign(*node.children[0], i);
+        result = value(*node.children[3]);
+        if (language(state_).quit) {
+          break;
+        }
+      }
+      return result;
+    }
+    case NodeKind::whileLoop: {
+      ALGEB result = state_.null;
+      while (condition(*node.children[0])) {
+        lookAtInterrupt();
+        result = value(*node.children[1]);
+        if (language(state_).quit) {
+          break;
+        }
+      }
+      return result;
+    }
+    case NodeKind::block: {
+      ALGEB result = state_.null;
+      for (const Node* child : node.children) {
+        result = value(*child);
+        if (language(state_).quit) {
+          break;
+        }
+      }
+      return result;
+    }
+    default:
+      return state_.null;
+  }
+}
+
+}  // namespace
+
+ALGEB runProgram(State& state, const std::shared_ptr<Program>& program) {
+  const auto count = static_cast<std::size_t>(program->top->slots);
+  auto* slots = static_cast<ALGEB*>(alloca((count + 1) * sizeof(ALGEB)));
+  for (std::size_t i = 0; i < count; ++i) {
+    slots[i] = nullptr;
+  }
+  const Node& body = *program->top->body;
+  // "quit" alone is the command, not the name.
+  if (body.kind == NodeKind::global && text(body.value) == "quit" &&
+      nameValue(body.value) == nullptr) {
+    language(state).quit = true;
+    return state.null;
+  }
+  return Evaluator(state, program, slots).value(body);
+}
+
+ALGEB callProcedure(State& state, ALGEB procedureObject, ALGEB args) {
+  checkStack(state);
+  lookAtInterrupt();
+  // The object is on this frame, so program and captured values stay alive.
+  const auto& procedure = static_cast<const LanguageProcedure&>(*foreign(procedureObject));
+  const FunctionCode& code = *procedure.code;
+  std::size_t given = argumentCount(args);
+  if (isNull(args)) {
+    given = code.parameters == 0 ? 0 : 1;
+  }
+  if (given != static_cast<std::size_t>(code.parameters)) {
+    raise(state,
+          "the procedure %1 expects " + std::to_string(code.parameters) +
+              (code.parameters == 1 ? " argument, received: %2" : " arguments, received: %2"),
+          procedureObject, args);
+  }
+  const auto count = static_cast<std::size_t>(code.slots);
+  if (count > 4096) {
+    raise(state, "too many local names");
+  }
+  auto* slots = static_cast<ALGEB*>(alloca((count + 1) * sizeof(ALGEB)));
+  for (std::size_t i = 0; i < count; ++i) {
+    slots[i] = i < given ? argument(state, args, i + 1) : nullptr;
+  }
+  for (std::size_t i = 0; i < code.captures.size(); ++i) {
+    slots[code.captures[i].inner] = procedure.captured[i];
+  }
+  return Evaluator(state, procedure.program, slots).value(*code.body);
+}
+
+ALGEB indexed(State& state, ALGEB x, std::span<const ALGEB> index) {
+  if (is(x, Tag::table)) {
+    const ALGEB key = sequenceOf(state, index);
+    if (const ALGEB found = table(x).find(key)) {
+      return found;
+    }
+    raise(state, "the table has no entry %1", key);
+  }
+  if (isArray(x)) {
+    std::vector<V_INT> at;
+    for (const ALGEB i : index) {
+      at.push_back(indexValue(state, i));
+    }
+    const ALGEB found = arraySelect(state, x, at);
+    return found == nullptr ? state.null : found;
+  }
+  if ((isList(x) || isSequence(x)) && !index.empty()) {
+    const V_INT i = indexValue(state, index[0]);
+    if (i < 1 || i > static_cast<V_INT>(countOf(x))) {
+      raise(state, "index out of range: %1", index[0]);
+    }
+    const ALGEB found = element(state, x, static_cast<std::size_t>(i));
+    return index.size() == 1 ? found : indexed(state, found, index.subspan(1));
+  }
+  if (is(x, Tag::name) || is(x, Tag::function)) {
+    std::string subscripted = plainText(state, x) + "[";
+    for (std::size_t i = 0; i < index.size(); ++i) {
+      subscripted += (i > 0 ? ", " : "") + sourceText(state, index[i]);
+    }
+    return name(state, subscripted + "]");
+  }
+  raise(state, "unable to select an element of %1", x);
+}
+
+}  // namespace vexel

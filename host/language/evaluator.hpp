@@ -1,0 +1,32 @@
+// Evaluation of syntax trees.
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <span>
+
+#include "core/kernel_state.hpp"
+#include "language/syntax.hpp"
+
+namespace vexel {
+
+// Runs one statement; its value.
+ALGEB runProgram(State& state, const std::shared_ptr<Program>& program);
+
+// a op b: of numbers and symbolic constants its truth; nothing where that is open.
+std::optional<bool> comparison(State& state, CompareOp op, ALGEB a, ALGEB b);
+
+// The truth of a boolean, an equation or a relation; raises for anything else.
+bool truth(State& state, ALGEB x);
+
+// a[i, ...] of an array, list, table, sequence.
+ALGEB indexed(State& state, ALGEB x, std::span<const ALGEB> index);
+
+// What the language keeps per kernel.
+struct Language : LanguageState {
+  bool quit = false;
+};
+
+inline Language& language(State& state) { return static_cast<Language&>(*state.language); }
+
+}  // namespace vexel

@@ -1,0 +1,97 @@
+// Tokens to programs, one statement at a time.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "language/lexer.hpp"
+#include "language/syntax.hpp"
+
+namespace vexel {
+
+// Thrown by the parser; becomes a host error where statements are run.
+struct SyntaxError {
+  std::string message;
+  Position position;
+  bool incomplete = false;  // the text ended in the middle of a statement
+};
+
+class Parser {
+ public:
+  // The text must outlive the parser.
+  Parser(State& state, std::string_view text);
+
+  // The next statement with its terminator; null at the end of the text.  Throws SyntaxError.
+  std::shared_ptr<Program> next();
+
+  // After a SyntaxError: skips past the next terminator.
+  void recover();
+
+  bool atEnd() const;
+
+ private:
+  struct Scope;
+
+  Node* make(NodeKind kind, const Token& at);
+  Node* literal(ALGEB value, const Token& at);
+  const Token& peek(std::size_t n = 0) const;
+  const Token& take();
+  bool isSymbol(std::string_view text, std::size_t n = 0) const;
+  bool isKeyword(std::string_view text) const;
+  bool acceptSymbol(std::string_view text);
+  bool acceptKeyword(std::string_view text);
+  void expectSymbol(std::string_view text);
+  void expectKeyword(std::string_view text);
+  [[noreturn]] void fail(const std::string& message);
+
+  Node* statement();
+  Node* statementList();
+  Node* ifStatement();
+  Node* forLoop();
+  Node* whileLoop();
+  Node* expressionStatement();
+  Node* expressionSequence();
+  Node* expression();
+  Node* logical(int level);
+  Node* comparison();
+  Node* rangeExpression();
+  Node* sum();
+  Node* product();
+  Node* unary();
+  Node* power();
+  Node* postfix();
+  Node* primary();
+  Node* arrow();
+  Node* procedureExpression();
+  Node* conditionalExpression();
+  Node* nameReference(const Token& token);
+  Node* callOf(Node* function, const Token& at);
+  Node* overRange(NodeKind kind, const Token& at);
+  void quoteOption(Node* argument);
+  bool arrowAhead() const;
+  bool conditionalAhead() const;
+  FunctionCode* openFunction();
+  void closeFunction();
+  int addSlot(std::string_view name);
+  int resolve(std::size_t scope, std::string_view name);
+  std::string_view sourceBetween(std::size_t from, std::size_t to) const;
+
+  State& state_;
+  std::string_view text_;
+  std::vector<Token> tokens_;
+  std::size_t at_ = 0;
+  std::shared_ptr<Program> program_;
+  struct Binding {
+    std::string name;
+    int slot;
+  };
+  struct Scope {
+    FunctionCode* code;
+    std::vector<Binding> bindings;
+  };
+  std::vector<Scope> scopes_;
+};
+
+}  // namespace vexel

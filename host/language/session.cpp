@@ -1,0 +1,176 @@
+// Statement-wise running of texts, for the command, the prompt and Kernel::eval.
+
+#include <vexel/session.hpp>
+
+#include "core/errors.hpp"
+#include "core/evaluation.hpp"
+#include "core/numbers.hpp"
+#include "core/objects.hpp"
+#include "core/text.hpp"
+#include "language/evaluator.hpp"
+#include "language/json.hpp"
+#include "language/parser.hpp"
+
+namespace vexel {
+
+namespace {
+
+std::string lineOf(std::string_view text, int line) {
+  std::size_t from = 0;
+  for (int i = 1; i < line && from != std::string_view::npos; ++i) {
+    from = text.find('\n', from);
+    from = from == std::string_view::npos ? from : from + 1;
+  }
+  if (from == std::string_view::npos) {
+    return "";
+  }
+  return std::string(text.substr(from, text.find('\n', from) - from));
+}
+
+// The line with a caret below the column; long lines are cut around it.
+std::string pointedOut(std::string_view text, Position at) {
+  std::string line = lineOf(text, at.line);
+  auto column = static_cast<std::size_t>(at.column - 1);
+  if (line.size() > 100 && column > 60) {
+    const std::size_t cut = column - 60;
+    line = "..." + line.substr(cut < line.size() ? cut : line.size());
+    column = 63;
+  }
+  line = line.substr(0, 120);
+  std::string caret;
+  for (std::size_t i = 0; i < column && i < 120; ++i) {
+    caret += i < line.size() && line[i] == '\t' ? '\t' : ' ';
+  }
+  return line + "\n" + caret + "^";
+}
+
+}  // namespace
+
+struct Script::Impl {
+  Impl(Kernel& k, std::string t)
+      : kernel(k), state(*k.vector()), text(std::move(t)), parser(state, text) {}
+  Kernel& kernel;
+  State& state;
+  std::string text;
+  Parser parser;
+};
+
+Script::Script(Kernel& kernel, std::string text)
+    : impl_(std::make_unique<Impl>(kernel, std::move(text))) {}
+Script::~Script() = default;
+
+bool Script::next(Outcome& outcome) {
+  State& state = impl_->state;
+  outcome = Outcome();
+  if (language(state).quit) {
+    return false;
+  }
+  auto failed = [&] {
+    outcome.kind = Outcome::Kind::error;
+    state.lastError = state.error;
+    outcome.error = pendingErrorText(state);
+    outcome.json = jsonError(state, outcome.error, state.error.message, state.error.arguments);
+  };
+  try {
+    std::shared_ptr<Program> program;
+    try {
+      program = impl_->parser.next();
+    } catch (const SyntaxError& e) {
+      outcome.kind = e.incomplete ? Outcome::Kind::incomplete : Outcome::Kind::syntax;
+      outcome.error = e.message;
+      outcome.line = e.position.line;
+      outcome.column = e.position.column;
+      outcome.source = pointedOut(impl_->text, e.position);
+      outcome.json = jsonError(state, e.message, e.message, {});
+      impl_->parser.recover();
+      return true;
+    } catch (const HostErrorToken&) {
+      failed();
+      impl_->parser.recover();
+      return true;
+    }
+    if (program == nullptr) {
+      return false;
+    }
+    outcome.line = program->start.line;
+    outcome.column = program->start.column;
+    outcome.printed = program->printed;
+    outcome.value = Value(impl_->kernel, runProgram(state, program));
+    if (language(state).quit) {
+      outcome.printed = false;
+    }
+  } catch (const HostErrorToken&) {
+    failed();
+  } catch (const InterruptToken&) {
+    outcome.kind = Outcome::Kind::interrupted;
+    outcome.error = "interrupted";
+    outcome.json = jsonError(state, outcome.error, outcome.error, {});
+  } catch (const std::bad_alloc&) {
+    outcome.kind = Outcome::Kind::error;
+    outcome.error = "not enough memory";
+    outcome.json = jsonError(state, outcome.error, outcome.error, {});
+  }
+  return true;
+}
+
+bool isIncomplete(Kernel& kernel, std::string_view text) {
+  State& state = *kernel.vector();
+  Parser parser(state, text);
+  try {
+    while (parser.next() != nullptr) {
+    }
+  } catch (const SyntaxError& e) {
+    return e.incomplete;
+  } catch (const HostErrorToken&) {
+    return false;
+  }
+  return false;
+}
+
+bool quitRequested(Kernel& kernel) { return language(*kernel.vector()).quit; }
+
+std::string shortened(const Value& value) {
+  TextOptions options;
+  options.maxElements = 12;
+  options.maxLength = 2000;
+  options.raiseTooDeep = false;
+  if (value.kernel() == nullptr || value.handle() == nullptr) {
+    return "NULL";
+  }
+  return sourceText(*value.kernel()->vector(), value.handle(), options);
+}
+
+std::vector<std::string> knownNames(Kernel& kernel) {
+  std::vector<std::string> names;
+  kernel.vector()->interned.forEachName([&](ALGEB n) {
+    if (nameValue(n) != nullptr || nameFunction(n) != nullptr) {
+      names.emplace_back(text(n));
+    }
+  });
+  return names;
+}
+
+ALGEB runStatements(State& state, std::string_view source) {
+  const std::string owned(source);
+  Parser parser(state, owned);
+  ALGEB result = state.null;
+  for (;;) {
+    std::shared_ptr<Program> program;
+    std::string problem;
+    try {
+      program = parser.next();
+    } catch (const SyntaxError& e) {
+      problem = "syntax error at line " + std::to_string(e.position.line) + ", column " +
+                std::to_string(e.position.column) + ": " + e.message;
+    }
+    if (!problem.empty()) {
+      raise(state, problem);
+    }
+    if (program == nullptr || language(state).quit) {
+      return result;
+    }
+    result = runProgram(state, program);
+  }
+}
+
+}  // namespace vexel

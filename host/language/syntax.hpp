@@ -1,0 +1,92 @@
+// The syntax tree: nodes in an arena that a program owns.
+//
+// Chains (a + b - c, a*b/c, a and b) are one node each, so that long ones need no deep recursion;
+// the arena frees nodes one after another.  Parameters and local names are slots of their
+// function's frame.
+#pragma once
+
+#include <cstdint>
+#include <deque>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "core/heap.hpp"
+
+namespace vexel {
+
+struct Position {
+  int line = 1;
+  int column = 1;
+};
+
+enum class NodeKind : std::uint8_t {
+  literal,  // value
+  slot,     // slot
+  global,   // value: the name
+  sum,      // children; flags: true where subtracted
+  product,  // children; flags: true where divided by
+  negate,
+  power,
+  logicalAnd,  // children
+  logicalOr,   // children
+  logicalNot,
+  compare,  // op, two children
+  range,
+  list,
+  sequence,
+  index,         // children: what, then indices
+  call,          // children: function, then arguments
+  procedure,     // function
+  conditional,   // children: condition, then, else
+  sequenceOver,  // seq: children: expression, lower, upper; slot
+  sumOver,       // sum over a range; the same
+  clear,         // value: the name
+  assign,        // children: target, value
+  ifStatement,   // children: condition, block, condition, block, ..., else block
+  forLoop,       // children: target, from, to, body
+  whileLoop,     // children: condition, body
+  block,         // children: statements
+};
+
+enum class CompareOp : std::uint8_t { equal, unequal, less, lessEqual, greater, greaterEqual };
+
+struct FunctionCode;
+
+struct Node {
+  NodeKind kind;
+  CompareOp op = CompareOp::equal;
+  std::int32_t slot = -1;
+  Position position;
+  ALGEB value = nullptr;
+  std::vector<Node*> children;
+  std::vector<bool> flags;
+  FunctionCode* function = nullptr;
+};
+
+// A procedure's code, or that of a statement at the top.
+struct FunctionCode {
+  int parameters = 0;
+  int slots = 0;  // parameters, captured values, locals
+  struct Capture {
+    int outer;  // slot of the enclosing function
+    int inner;
+  };
+  std::vector<Capture> captures;
+  Node* body = nullptr;
+  std::string source;  // as it was written
+};
+
+// One statement's tree and what it refers to.  Procedures share it.
+struct Program {
+  explicit Program(State& state) : literals(state) {}
+  std::deque<Node> nodes;
+  std::deque<FunctionCode> functions;
+  Handles literals;  // keeps literal values alive
+  FunctionCode* top = nullptr;
+  bool printed = false;  // ended with ';'
+  Position start;
+  Position end;
+};
+
+}  // namespace vexel
