@@ -1,7 +1,8 @@
 // The vexel command: runs files, texts and standard input in one kernel.
 
+#include <unistd.h>
+
 #include <csignal>
-#include <cstdio>
 #include <exception>
 #include <fstream>
 #include <iostream>
@@ -12,6 +13,8 @@
 
 #include "library_path.hpp"
 #include "options.hpp"
+#include "prompt.hpp"
+#include "runner.hpp"
 
 namespace {
 
@@ -33,35 +36,30 @@ std::optional<std::string> readAll(const std::string& path) {
   return text;
 }
 
-// Runs a text; returns the exit status.
-int runText(vexel::Kernel& kernel, const std::string& text, const Options& options) {
-  try {
-    const vexel::Value value = kernel.eval(text);
-    std::cout << (options.json ? value.json() : value.source()) << '\n';
-    return kSuccess;
-  } catch (const std::exception& e) {
-    std::cerr << "Error, " << e.what() << '\n';
-    return kStatementFailed;
+// Runs the inputs in order; false when a file cannot be read.
+bool runInputs(Runner& runner, const Options& options) {
+  for (const Input& input : options.inputs) {
+    if (runner.finished()) {
+      break;
+    }
+    if (input.kind == Input::Kind::text) {
+      runner.run(input.value, "-e");
+      continue;
+    }
+    const std::optional<std::string> contents = readAll(input.value);
+    if (!contents) {
+      std::cerr << "vexel: cannot read " << input.value << '\n';
+      return false;
+    }
+    runner.run(*contents, input.value == "-" ? "standard input" : input.value);
   }
+  return true;
 }
 
-int runInputs(vexel::Kernel& kernel, const Options& options) {
-  int status = kSuccess;
-  for (const Input& input : options.inputs) {
-    std::string text = input.value;
-    if (input.kind == Input::Kind::file) {
-      std::optional<std::string> contents = readAll(input.value);
-      if (!contents) {
-        std::cerr << "vexel: cannot read " << input.value << '\n';
-        return kBadUsage;
-      }
-      text = std::move(*contents);
-    }
-    if (runText(kernel, text, options) != kSuccess) {
-      status = kStatementFailed;
-    }
-  }
-  return status;
+void catchInterrupts() {
+  struct sigaction action = {};
+  action.sa_handler = onInterrupt;  // no SA_RESTART: the prompt's read must return
+  sigaction(SIGINT, &action, nullptr);
 }
 
 }  // namespace
@@ -71,17 +69,27 @@ int main(int argc, char** argv) {
   if (const std::optional<int> status = readCommandLine(argc, argv, options)) {
     return *status;
   }
-  if (options.inputs.empty()) {
-    options.inputs.push_back({Input::Kind::file, "-"});
+  if (options.inputs.empty() && !options.prompt) {
+    options.prompt = isatty(STDIN_FILENO) != 0;
+    if (!options.prompt) {
+      options.inputs.push_back({Input::Kind::file, "-"});
+    }
   }
-  std::signal(SIGINT, onInterrupt);
+  catchInterrupts();
   try {
     vexel::Kernel kernel;
     kernel.loadLibrary(options.library.empty() ? findStatisticsLibrary() : options.library);
     if (options.seed) {
       kernel.seed(*options.seed);
     }
-    return runInputs(kernel, options);
+    Runner runner(kernel, options);
+    if (!runInputs(runner, options)) {
+      return kBadUsage;
+    }
+    if (options.prompt && !runner.finished()) {
+      runPrompt(kernel, runner, options.quiet);
+    }
+    return runner.failed() ? kStatementFailed : kSuccess;
   } catch (const std::exception& e) {
     std::cerr << "vexel: " << e.what() << '\n';
     return kBadUsage;

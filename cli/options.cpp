@@ -38,7 +38,8 @@ std::optional<int> readCommandLine(int argc, char** argv, Options& options) {
   std::vector<std::string> texts;
   std::uint64_t seed = 0;
   const CLI::Option* filesOption =
-      app.add_option("FILE", files, "script files, run in order; - is standard input");
+      app.add_option("FILE", files, "script files, run in order; - is standard input")
+          ->type_name("");
   const CLI::Option* textsOption = app.add_option("-e", texts, "run the statements TEXT")
                                        ->type_name("TEXT")
                                        ->allow_extra_args(false);

@@ -1,0 +1,274 @@
+// The interactive prompt, on libedit.
+
+#include "prompt.hpp"
+
+#include <histedit.h>
+
+#include <algorithm>
+#include <cctype>
+#include <cerrno>
+#include <cstdlib>
+#include <filesystem>
+#include <functional>
+#include <iostream>
+#include <iterator>
+#include <memory>
+#include <set>
+#include <string>
+#include <string_view>
+#include <system_error>
+#include <vector>
+
+#include "statements.hpp"
+
+namespace {
+
+constexpr int kHistoryLength = 2000;
+
+// The words that complete besides the entry points and what was typed before.
+constexpr const char* kWords[] = {
+    "Array",   "Complex",  "Digits",     "Float",  "NULL",       "Pi",          "RandomDouble01",
+    "ReadCSV", "WriteCSV", "abs",        "and",    "beta",       "ceil",        "clear",
+    "count",   "datatype", "diff",       "elif",   "else",       "erf",         "erfc",
+    "error",   "evalf",    "evalhf",     "exp",    "false",      "floor",       "gamma",
+    "gc",      "infinity", "info_level", "istrue", "last_error", "lgamma",      "local",
+    "log",     "log10",    "map",        "max",    "min",        "not",         "order",
+    "part",    "print",    "proc",       "quit",   "randomize",  "RandomInt32", "round",
+    "seq",     "sqrt",     "storage",    "sum",    "table",      "then",        "time",
+    "tolist",  "true",     "trunc",      "typeof", "undefined",  "while"};
+
+// $XDG_STATE_HOME/vexel/history, or the same under ~/.local/state; empty when there is no home.
+std::filesystem::path historyFile() {
+  std::filesystem::path directory;
+  if (const char* state = std::getenv("XDG_STATE_HOME"); state != nullptr && *state != '\0') {
+    directory = state;
+  } else if (const char* home = std::getenv("HOME"); home != nullptr && *home != '\0') {
+    directory = std::filesystem::path(home) / ".local" / "state";
+  } else {
+    return {};
+  }
+  std::error_code ignored;
+  std::filesystem::create_directories(directory / "vexel", ignored);
+  return directory / "vexel" / "history";
+}
+
+bool isNamePart(char c) { return std::isalnum(static_cast<unsigned char>(c)) != 0 || c == '_'; }
+
+// The names known to the prompt.
+class Names {
+ public:
+  explicit Names(const vexel::Kernel& kernel) : names_(std::begin(kWords), std::end(kWords)) {
+    for (const std::string& name : kernel.entryPoints()) {
+      names_.insert(name);
+    }
+  }
+
+  // Remembers the names of a line that was run.
+  void learn(std::string_view line) {
+    for (std::size_t i = 0; i < line.size();) {
+      std::size_t end = i;
+      while (end < line.size() && isNamePart(line[end])) {
+        ++end;
+      }
+      if (end - i > 1 && std::isdigit(static_cast<unsigned char>(line[i])) == 0) {
+        names_.emplace(line.substr(i, end - i));
+      }
+      i = std::max(end, i + 1);
+    }
+  }
+
+  std::vector<std::string> startingWith(const std::string& prefix) const {
+    std::vector<std::string> found;
+    for (auto it = names_.lower_bound(prefix); it != names_.end() && it->starts_with(prefix);
+         ++it) {
+      found.push_back(*it);
+    }
+    return found;
+  }
+
+  std::vector<std::string> containing(const std::string& text) const {
+    std::vector<std::string> found;
+    std::copy_if(names_.begin(), names_.end(), std::back_inserter(found),
+                 [&](const std::string& name) { return name.find(text) != std::string::npos; });
+    return found;
+  }
+
+ private:
+  std::set<std::string, std::less<>> names_;
+};
+
+void printColumns(const std::vector<std::string>& names) {
+  for (const std::string& name : names) {
+    std::cout << "  " << name << '\n';
+  }
+  std::cout.flush();
+}
+
+struct EditLineEnd {
+  void operator()(EditLine* e) const { el_end(e); }
+};
+struct HistoryEnd {
+  void operator()(History* h) const { history_end(h); }
+};
+
+// The line editor with its history and completion.
+class Editor {
+ public:
+  explicit Editor(Names& names)
+      : names_(names),
+        edit_(el_init("vexel", stdin, stdout, stderr)),
+        history_(history_init()),
+        file_(historyFile().string()) {
+    el_set(edit_.get(), EL_CLIENTDATA, this);
+    el_set(edit_.get(), EL_PROMPT, promptText);
+    el_set(edit_.get(), EL_EDITOR, "emacs");
+    el_set(edit_.get(), EL_SIGNAL, 0);
+    history(history_.get(), &event_, H_SETSIZE, kHistoryLength);
+    history(history_.get(), &event_, H_SETUNIQUE, 1);
+    if (!file_.empty()) {
+      history(history_.get(), &event_, H_LOAD, file_.c_str());
+    }
+    el_set(edit_.get(), EL_HIST, ::history, history_.get());
+    el_set(edit_.get(), EL_ADDFN, "vexel-complete", "complete a name", complete);
+    el_set(edit_.get(), EL_BIND, "^I", "vexel-complete", nullptr);
+    el_source(edit_.get(), nullptr);
+  }
+  ~Editor() {
+    if (!file_.empty()) {
+      history(history_.get(), &event_, H_SAVE, file_.c_str());
+    }
+  }
+  Editor(const Editor&) = delete;
+  Editor& operator=(const Editor&) = delete;
+
+  enum class Result { line, interrupted, end };
+
+  // Reads one line with its newline; continued chooses the prompt of later lines.
+  Result read(bool continued, std::string& line) {
+    continued_ = continued;
+    int count = 0;
+    errno = 0;
+    const char* text = el_gets(edit_.get(), &count);
+    if (text == nullptr || count <= 0) {
+      return errno == EINTR ? Result::interrupted : Result::end;
+    }
+    line.assign(text, static_cast<std::size_t>(count));
+    return Result::line;
+  }
+
+  void remember(const std::string& statement) {
+    history(history_.get(), &event_, H_ENTER, statement.c_str());
+  }
+
+  void forgetLine() { el_reset(edit_.get()); }
+
+ private:
+  static Editor& of(EditLine* e) {
+    void* self = nullptr;
+    el_get(e, EL_CLIENTDATA, &self);
+    return *static_cast<Editor*>(self);
+  }
+
+  static char* promptText(EditLine* e) {
+    static char first[] = "> ";
+    static char later[] = "  ";
+    return of(e).continued_ ? later : first;
+  }
+
+  // Completes the name before the cursor as far as all candidates agree; lists them when that adds
+  // nothing.
+  static unsigned char complete(EditLine* e, int /*key*/) {
+    const LineInfo* info = el_line(e);
+    const char* begin = info->cursor;
+    while (begin > info->buffer && isNamePart(begin[-1])) {
+      --begin;
+    }
+    const std::string prefix(begin, info->cursor);
+    const std::vector<std::string> found = of(e).names_.startingWith(prefix);
+    if (prefix.empty() || found.empty()) {
+      return CC_REFRESH_BEEP;
+    }
+    // The names are sorted: what the first and the last share, all share.
+    const auto common = std::mismatch(found.front().begin(), found.front().end(),
+                                      found.back().begin(), found.back().end());
+    const std::string addition(found.front().begin() + static_cast<std::ptrdiff_t>(prefix.size()),
+                               common.first);
+    if (!addition.empty() && el_insertstr(e, addition.c_str()) == 0) {
+      return CC_REFRESH;
+    }
+    if (found.size() > 1) {
+      std::cout << '\n';
+      printColumns(found);
+    }
+    return CC_REDISPLAY;
+  }
+
+  Names& names_;
+  std::unique_ptr<EditLine, EditLineEnd> edit_;
+  std::unique_ptr<History, HistoryEnd> history_;
+  HistEvent event_{};
+  std::string file_;
+  bool continued_ = false;
+};
+
+// True when nothing of text is left open, so that a line's end may end the last statement.
+bool complete(std::string_view text) {
+  StatementReader reader(text);
+  while (const std::optional<Statement> statement = reader.next()) {
+    if (!statement->complete) {
+      return false;
+    }
+  }
+  return true;
+}
+
+void printHelp(const Names& names, const std::string& line) {
+  std::string text;
+  std::copy_if(line.begin() + 1, line.end(), std::back_inserter(text), isNamePart);
+  const std::vector<std::string> found = names.containing(text);
+  if (found.empty()) {
+    std::cout << "no name contains " << text << '\n';
+  } else {
+    printColumns(found);
+  }
+}
+
+}  // namespace
+
+void runPrompt(vexel::Kernel& kernel, Runner& runner, bool quiet) {
+  Names names(kernel);
+  Editor editor(names);
+  if (!quiet) {
+    std::cout << "vexel " VEXEL_VERSION "   ?text lists names, Tab completes, quit leaves\n";
+  }
+  runner.shortenValues(true);
+  std::string text;
+  std::string line;
+  while (!runner.finished()) {
+    switch (editor.read(!text.empty(), line)) {
+      case Editor::Result::end:
+        std::cout << '\n';
+        return;
+      case Editor::Result::interrupted:
+        std::cout << '\n';
+        text.clear();
+        editor.forgetLine();
+        continue;
+      case Editor::Result::line:
+        break;
+    }
+    if (text.empty() && line.starts_with('?')) {
+      printHelp(names, line);
+      continue;
+    }
+    text += line;
+    if (complete(text)) {
+      if (text.find_first_not_of(" \t\n") != std::string::npos) {
+        editor.remember(text);
+        names.learn(text);
+        runner.run(text, "");
+      }
+      text.clear();
+    }
+  }
+}
