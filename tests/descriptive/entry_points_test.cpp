@@ -78,10 +78,10 @@ TEST_F(DescriptiveTest, CutsBehaveAtTheirEnds) {
   } kCases[] = {
       {"ten, 10, 90, none, false, 0", 5.5, 5.5},
       {"ten, 0, 100, none, false, 0", 5.5, 5.5},
-      {"ten, 10, 80, none, false, 0", 4.5, 4.6},
+      {"ten, 10, 80, none, false, 0", 4.5, 5.0},
       {"ten, 50, 50, none, false, 0", kNaN, 6.0},
       {"ten, 0, 0, none, false, 0", -0.0, 5.5},
-      {"ten, 100, 100, none, false, 0", -0.0, 9.1},
+      {"ten, 100, 100, none, false, 0", -0.0, 5.4},
       {"ten, 50, 50, A([1, 1, 1, 1, 1, 1, 1, 1, 1, 1]), false, 0", kNaN, 5.5},
       {"none, 10, 90, none, false, 0", kNaN, kNaN},
       {"A([7]), 0, 0, none, false, 0", -0.0, 7.0},
