@@ -172,6 +172,12 @@ ALGEB applyElementary(State& state, const ElementaryFunction& f, ALGEB x) {
   } else if (!isComplex(x) && !is(x, Tag::name) && !isExpression(x)) {
     raise(state, "expected a number or an expression, received: %1", x);
   }
+  if (x == state.piName && (f.name == "sin" || f.name == "tan")) {
+    return immediate(0);
+  }
+  if (x == state.piName && f.name == "cos") {
+    return immediate(-1);
+  }
   return applicationOf(state, std::string(f.name).c_str(), x);
 }
 

@@ -107,6 +107,12 @@ void defineSystemFunctions(State& state) {
 
 void initialiseLanguage(State& state) {
   state.language = std::make_unique<Language>();
+  if (!state.output) {
+    state.output = [](std::string_view text) {
+      std::fwrite(text.data(), 1, text.size(), stdout);
+      std::fflush(stdout);
+    };
+  }
   defineElementaryFunctions(state);
   defineStructuralFunctions(state);
   defineArrayFunction(state);
