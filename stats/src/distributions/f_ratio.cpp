@@ -1,0 +1,23 @@
+// F distribution with nu1 and nu2 degrees of freedom, from the numerical library.
+
+#include "distributions/f_ratio.hpp"
+
+#include "distributions/chi_square.hpp"
+#include "distributions/nag_call.hpp"
+
+double STATS_FRatioProbability_HW(VKernelVector kv, double x, double nu1, double nu2) {
+  return STATS_CallNag_HW(kv, [&](NagError* fail) {
+    return nag2_f_probability(STATS_LowerTail_HW(), x, nu1, nu2, fail);
+  });
+}
+
+double STATS_FRatioDeviate_HW(VKernelVector kv, double p, double nu1, double nu2) {
+  return STATS_CallNag_HW(kv, [&](NagError* fail) { return nag2_f_quantile(p, nu1, nu2, fail); });
+}
+
+// A ratio of two chi-square variates, the numerator drawn first.
+double STATS_FRatioRandomVariate_HW(VKernelVector kv, double nu1, double nu2) {
+  const double x = STATS_ChiSquareRandomVariate_HW(kv, nu1);
+  const double y = STATS_ChiSquareRandomVariate_HW(kv, nu2);
+  return x * nu2 / (y * nu1);
+}

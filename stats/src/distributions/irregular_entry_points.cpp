@@ -1,0 +1,161 @@
+// The distributions' entry points that no row of the tables describes: samples with a way of their
+// own, the empirical distribution, the error quantile and the normal approximations.
+
+#include <cmath>
+
+#include "distributions/empirical.hpp"
+#include "distributions/entry_rows.hpp"
+#include "distributions/error.hpp"
+#include "distributions/exponential.hpp"
+#include "distributions/geometric.hpp"
+#include "distributions/non_central_chi_square.hpp"
+#include "distributions/normal.hpp"
+#include "distributions/normal_approximations.hpp"
+#include "generators/envelope_sample.hpp"
+#include "kernel/callback_adapters.hpp"
+#include "kernel/data_sample.hpp"
+
+// (n, mu, sigma) or (array, mu, sigma): the only sample that fills an array of the caller's.
+STATS_ENTRY(STATS_VexelNormalRandomSample_HW) {
+  const Arguments arg(kv, args, 3, "VexelNormalRandomSample expects 3 arguments, received: %1");
+  const double mu = arg.real(2);
+  const double sigma = arg.real(3);
+  const ALGEB sample = STATS_CreateRandomSample_HW(kv, arg[1]);
+  double* const data = STATS_FloatBlock_HW(kv, sample);
+  const V_INT n = RTableNumElements(kv, sample);
+  for (V_INT k = 0; k < n; ++k) {
+    data[k] = STATS_NormalRandomVariate_HW(kv, mu, sigma);
+  }
+  return sample;
+}
+
+// (n, p): rounded down from the exponential ziggurat, unlike single variates, which invert one
+// uniform.
+STATS_ENTRY(STATS_VexelGeometricRandomSample_HW) {
+  const Arguments arg(kv, args, 2, "VexelGeometricRandomSample expects 2 arguments, received: %1");
+  const std::int32_t n = arg.integer32(1);
+  const double p = arg.real(2);
+  const ALGEB sample = STATS_CreateRandomSample_HW(kv, n, ToVexelNULL(kv));
+  double* const data = STATS_FloatBlock_HW(kv, sample);
+  const double logFailure = std::log1p(-p);
+  for (std::int32_t k = 0; k < n; ++k) {
+    data[k] = std::floor(-STATS_ExponentialRandomVariate_HW(kv, 1.0) / logFailure);
+  }
+  return sample;
+}
+
+// (n, nu, delta, squares) draws each variate by itself; (n, nu, delta, f, df, ddf) draws them from
+// an envelope of the density.
+STATS_ENTRY(STATS_VexelNonCentralChiSquareRandomSample_HW) {
+  const Arguments arg(kv, args);
+  if (arg.count() != 4 && arg.count() != 6) {
+    VexelRaiseError1(
+        kv, "VexelNonCentralChiSquareRandomSample expects 4 or 6 arguments, received: %1", args);
+  }
+  const std::int32_t n = arg.integer32(1);
+  const double nu = arg.real(2);
+  const double delta = arg.real(3);
+  const ALGEB sample = STATS_CreateRandomSample_HW(kv, n, ToVexelNULL(kv));
+  if (arg.count() == 6) {
+    return STATS_NonCentralChiSquareEnvelopeSample_HW(kv, args, n, nu, delta, sample);
+  }
+  double* const data = STATS_FloatBlock_HW(kv, sample);
+  const int method = arg.boolean(4) ? 1 : 0;
+  for (std::int32_t k = 0; k < n; ++k) {
+    data[k] = STATS_NonCentralChiSquareRandomVariate_HW(kv, nu, delta, method);
+  }
+  return sample;
+}
+
+namespace {
+
+// The points and weights of an empirical distribution: the arrays' own blocks, which drawing then
+// reorders, or copies without missing values.
+struct EmpiricalData {
+  EmpiricalData(VKernelVector kv, ALGEB data, ALGEB weightArray, bool copy)
+      : sample(kv, data, weightArray),
+        n(sample.size()),
+        points(sample.points()),
+        weights(sample.weights()) {
+    if (copy) {
+      points = STATS_AllocDoubles_HW(kv, sample.size());
+      weights = sample.weighted() ? STATS_AllocDoubles_HW(kv, sample.size()) : nullptr;
+      n = STATS_CopyData_HW(sample, points, weights, 1);
+    }
+  }
+
+  STATS_VexelDataSample_HW sample;
+  int n;
+  double* points;
+  double* weights;
+};
+
+}  // namespace
+
+// (u, data, weights, copy)
+STATS_ENTRY(STATS_VexelEmpiricalDeviate_HW) {
+  const Arguments arg(kv, args, 4, "VexelEmpiricalDeviate expects 4 arguments, received: %1");
+  const double u = arg.real(1);
+  const EmpiricalData data(kv, arg[2], arg[3], arg.boolean(4));
+  return STATS_DoubleToVexelFloat_HW(
+      kv, STATS_EmpiricalDeviate_HW(kv, u, data.n, data.points, data.weights));
+}
+
+// (data, weights, copy)
+STATS_ENTRY(STATS_VexelEmpiricalRandomVariate_HW) {
+  const Arguments arg(kv, args, 3, "VexelEmpiricalRandomVariate expects 3 arguments, received: %1");
+  const EmpiricalData data(kv, arg[1], arg[2], arg.boolean(3));
+  return STATS_DoubleToVexelFloat_HW(
+      kv, STATS_EmpiricalRandomVariate_HW(kv, data.n, data.points, data.weights));
+}
+
+// (n, data, weights, copy)
+STATS_ENTRY(STATS_VexelEmpiricalRandomSample_HW) {
+  const Arguments arg(kv, args, 4, "VexelEmpiricalRandomSample expects 4 arguments, received: %1");
+  const std::int32_t n = arg.integer32(1);
+  const EmpiricalData data(kv, arg[2], arg[3], arg.boolean(4));
+  const ALGEB sample = STATS_CreateRandomSample_HW(kv, n, ToVexelNULL(kv));
+  double* const result = STATS_FloatBlock_HW(kv, sample);
+  for (std::int32_t k = 0; k < n; ++k) {
+    result[k] = STATS_EmpiricalRandomVariate_HW(kv, data.n, data.points, data.weights);
+  }
+  return sample;
+}
+
+// (p, F, f, a, b, c): Newton-Raphson on host procedures; the host rounds the root to its Digits.
+STATS_ENTRY(STATS_VexelErrorDeviate_HW) {
+  const Arguments arg(kv, args, 6, "VexelErrorDeviate expects 6 arguments, received: %1");
+  const double p = arg.real(1);
+  if (!IsVexelProcedure(kv, arg[2])) {
+    VexelRaiseError1(
+        kv, "VexelErrorDeviate expects a procedure as its second parameter, received: %1", arg[2]);
+  }
+  if (!IsVexelProcedure(kv, arg[3])) {
+    VexelRaiseError1(
+        kv, "VexelErrorDeviate expects a procedure as its third parameter, received: %1", arg[3]);
+  }
+  STATS_VexelProcAdapter_HW F(kv, arg[2]);
+  STATS_VexelProcAdapter_HW f(kv, arg[3]);
+  const double a = arg.real(4);
+  const double b = arg.real(5);
+  const double c = arg.real(6);
+  const std::int32_t digits = STATS_HostDigits_HW(kv);
+  const double root = STATS_ErrorDeviate_HW(kv, p, F, f, a, b, c, STATS_HostTolerance_HW(kv));
+  return EvalVexelProc(kv, ToVexelName(kv, "evalf", 1), 2, STATS_DoubleToVexelFloat_HW(kv, root),
+                       ToVexelInteger(kv, digits));
+}
+
+STATS_ENTRY(STATS_VexelNormalDeviateApprox_HW) {
+  const Arguments arg(kv, args, 1, "VexelNormalDeviateApprox expects 1 arguments, received: %1");
+  return STATS_DoubleToVexelFloat_HW(kv, STATS_NormalDeviateApprox_HW(kv, arg.real(1)));
+}
+
+// Counts one argument and reads three, so with one the host refuses the second.  Nobody can have
+// called it with success; its worker is of use inside the library only.
+STATS_ENTRY(STATS_VexelNormalWApprox_HW) {
+  const Arguments arg(kv, args, 1, "VexelNormalDeviateApprox expects 1 arguments, received: %1");
+  const double x = arg.real(1);
+  const double a = arg.real(2);
+  const double b = arg.real(3);
+  return STATS_DoubleToVexelFloat_HW(kv, STATS_NormalWApprox_HW(kv, x, a, b));
+}

@@ -1,0 +1,36 @@
+// Log-normal distribution: the logarithm is normal with mean mu and standard deviation sigma.
+
+#include "distributions/log_normal.hpp"
+
+#include <cmath>
+
+#include "distributions/normal.hpp"
+
+namespace {
+
+// log(x) - mu.  Near exp(mu) it is taken of the relative distance from exp(mu), so that a large mu
+// with a small sigma does not magnify the rounding of log(x).
+double logDistance(double x, double mu) {
+  const double center = std::exp(mu);
+  const double distance = (x - center) / center;
+  return std::fabs(distance) < 0.5 ? std::log1p(distance) : std::log(x) - mu;
+}
+
+}  // namespace
+
+double STATS_LogNormalProbability_HW(VKernelVector kv, double x, double mu, double sigma) {
+  return STATS_NormalProbability_HW(kv, logDistance(x, mu), 0.0, sigma);
+}
+
+// exp(mu + sigma z), the rounding error of the sum carried into the result.
+double STATS_LogNormalDeviate_HW(VKernelVector kv, double p, double mu, double sigma) {
+  const double t = STATS_NormalDeviate_HW(kv, p, 0.0, sigma);
+  const double sum = t + mu;
+  const double value = std::exp(sum);
+  const double rest = (mu - (sum - t)) + (t - (sum - (sum - t)));
+  return std::isfinite(value) && std::isfinite(rest) ? value + value * rest : value;
+}
+
+double STATS_LogNormalRandomVariate_HW(VKernelVector kv, double mu, double sigma) {
+  return std::exp(STATS_NormalRandomVariate_HW(kv, mu, sigma));
+}

@@ -1,0 +1,34 @@
+// Logistic distribution with location a and scale b.
+//
+// Closed forms: Johnson, Kotz and Balakrishnan, Continuous Univariate Distributions, volume 2,
+// 2nd edition (1995), chapter 23.  Parameters are not checked: an impossible one gives whatever the
+// formula gives, most often a NaN.
+
+#include "distributions/logistic.hpp"
+
+#include <cmath>
+
+#include "distributions/uniform_source.hpp"
+
+// 1 / (1 + exp(-z)); below zero the equal exp(z) / (1 + exp(z)), which does not overflow.
+double STATS_LogisticProbability_HW(VKernelVector, double x, double a, double b) {
+  const double z = (x - a) / b;
+  if (z < 0.0) {
+    const double e = std::exp(z);
+    return e / (1.0 + e);
+  }
+  return 1.0 / (1.0 + std::exp(-z));
+}
+
+// b log(p / (1-p)) + a.  Around p = 1/2 the logarithm of nearly 1 is taken of its distance from 1:
+// 2p - 1 is exact from 1/4 up.
+double STATS_LogisticDeviate_HW(VKernelVector, double p, double a, double b) {
+  const double logOdds =
+      p >= 0.25 && p <= 0.75 ? std::log1p((2.0 * p - 1.0) / (1.0 - p)) : std::log(p / (1.0 - p));
+  return b * logOdds + a;
+}
+
+// By inversion; one uniform per variate.
+double STATS_LogisticRandomVariate_HW(VKernelVector kv, double a, double b) {
+  return STATS_LogisticDeviate_HW(kv, STATS_VexelRandomStream_HW::NextDouble(), a, b);
+}

@@ -1,0 +1,32 @@
+// Negative binomial distribution: failures before success number n.
+//
+// The distribution function is a beta probability: Johnson, Kemp and Kotz, Univariate Discrete
+// Distributions, 3rd edition (2005), chapter 5.
+
+#include "distributions/negative_binomial.hpp"
+
+#include <cmath>
+
+#include "distributions/beta.hpp"
+#include "distributions/probability_adapter.hpp"
+#include "distributions/uniform_source.hpp"
+#include "kernel/conversions.hpp"
+#include "rootfinding/discrete_interpolation.hpp"
+
+double STATS_NegativeBinomialProbability_HW(VKernelVector kv, double x, double n, double p) {
+  return STATS_BetaProbability_HW(kv, p, n, std::floor(x) + 1.0);
+}
+
+// The search starts at the whole part of n: n below 1 raises, and so may a start far below the
+// answer.  Its limit is 100 steps whatever the host sets.
+std::int32_t STATS_NegativeBinomialDeviate_HW(VKernelVector kv, double u, double n, double p) {
+  STATS_ProbabilityAdapter_HW probability(
+      kv, [=](double x) { return STATS_NegativeBinomialProbability_HW(kv, x, n, p); });
+  return STATS_DiscreteInterpolationHybridLeft_HW(kv, u, probability, 0.0, 1.0, 0,
+                                                  STATS_DoubleToInteger_HW(n), 100);
+}
+
+// By inversion; one uniform per variate.
+double STATS_NegativeBinomialRandomVariate_HW(VKernelVector kv, double n, double p) {
+  return STATS_NegativeBinomialDeviate_HW(kv, STATS_VexelRandomStream_HW::NextDouble(), n, p);
+}

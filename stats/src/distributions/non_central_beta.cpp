@@ -1,0 +1,36 @@
+// Non-central beta distribution: the numerical library's probability, its inverse by Brent's
+// method.
+
+#include "distributions/non_central_beta.hpp"
+
+#include "distributions/chi_square.hpp"
+#include "distributions/nag_call.hpp"
+#include "distributions/non_central_chi_square.hpp"
+#include "distributions/probability_adapter.hpp"
+#include "rootfinding/brent.hpp"
+
+double STATS_NonCentralBetaProbability_HW(VKernelVector kv, double x, double nu1, double nu2,
+                                          double delta, double tol) {
+  const int limit = STATS_IterationLimit_HW(kv);
+  return STATS_CallNag_HW(kv, [&](NagError* fail) {
+    return nag2_noncentral_beta_probability(x, nu1, nu2, delta, tol, limit, fail);
+  });
+}
+
+double STATS_NonCentralBetaDeviate_HW(VKernelVector kv, double p, double nu1, double nu2,
+                                      double delta, double tol) {
+  STATS_ProbabilityAdapter_HW probability(kv, [=](double x) {
+    return STATS_NonCentralBetaProbability_HW(kv, x, nu1, nu2, delta, tol);
+  });
+  const int limit = STATS_IterationLimit_HW(kv);
+  return STATS_BrentMethod_HW(kv, p, probability, 0.0, 1.0, tol, limit);
+}
+
+// The non-central variate first: a sum of squares up to 100 degrees of freedom, then by inversion.
+double STATS_NonCentralBetaRandomVariate_HW(VKernelVector kv, double nu1, double nu2,
+                                            double delta) {
+  const int bySquares = nu1 <= 50.0 ? 1 : 0;
+  const double x = STATS_NonCentralChiSquareRandomVariate_HW(kv, 2.0 * nu1, delta, bySquares);
+  const double y = STATS_ChiSquareRandomVariate_HW(kv, 2.0 * nu2);
+  return x / (y + x);
+}

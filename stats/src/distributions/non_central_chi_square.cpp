@@ -1,0 +1,64 @@
+// Non-central chi-square distribution with nu degrees of freedom and noncentrality delta: the
+// numerical library's probability, its inverse by Brent's method.
+
+#include "distributions/non_central_chi_square.hpp"
+
+#include <cmath>
+#include <cstdint>
+#include <limits>
+
+#include "distributions/nag_call.hpp"
+#include "distributions/normal.hpp"
+#include "distributions/probability_adapter.hpp"
+#include "distributions/uniform_source.hpp"
+#include "rootfinding/brent.hpp"
+
+double STATS_NonCentralChiSquareProbability_HW(VKernelVector kv, double x, double nu, double delta,
+                                               double tol) {
+  const int limit = STATS_IterationLimit_HW(kv);
+  return STATS_CallNag_HW(kv, [&](NagError* fail) {
+    return nag2_noncentral_chi_square_probability(x, nu, delta, tol, limit, fail);
+  });
+}
+
+// The search starts at the mean.
+double STATS_NonCentralChiSquareDeviate_HW(VKernelVector kv, double p, double nu, double delta,
+                                           double tol) {
+  STATS_ProbabilityAdapter_HW probability(
+      kv, [=](double x) { return STATS_NonCentralChiSquareProbability_HW(kv, x, nu, delta, tol); });
+  const int limit = STATS_IterationLimit_HW(kv);
+  return STATS_BrentMethodHybridLeft_HW(kv, p, probability, 0.0, 1.0, 0.0, nu + delta, tol, limit);
+}
+
+namespace {
+
+// ceil(nu) squares of normals with mean sqrt(delta / nu); none for nu <= 0.
+double sumOfSquares(VKernelVector kv, double nu, double delta) {
+  if (nu > std::numeric_limits<std::int32_t>::max()) {
+    VexelRaiseError(kv, "too many degrees of freedom for a sum of squares");
+  }
+  const double mean = std::sqrt(delta / nu);
+  double sum = 0.0;
+  for (int i = 0; nu > i; ++i) {
+    const double z = STATS_NormalRandomVariate_HW(kv, mean, 1.0);
+    sum += z * z;
+  }
+  return sum;
+}
+
+}  // namespace
+
+double STATS_NonCentralChiSquareRandomVariate_HW(VKernelVector kv, double nu, double delta,
+                                                 int method) {
+  if (method != 0) {
+    return sumOfSquares(kv, nu, delta);
+  }
+  const double tol = STATS_HostTolerance_HW(kv);
+  const double u = STATS_VexelRandomStream_HW::NextDouble();
+  return STATS_NonCentralChiSquareDeviate_HW(kv, u, nu, delta, tol);
+}
+
+double STATS_NonCentralChiSquareRandomVariate_HW(VKernelVector kv, const double* params) {
+  return STATS_NonCentralChiSquareRandomVariate_HW(kv, params[0], params[1],
+                                                   STATS_DoubleToInteger_HW(params[2]));
+}

@@ -1,0 +1,38 @@
+// Non-central F distribution: the numerical library's probability, its inverse by Brent's method.
+
+#include "distributions/non_central_f_ratio.hpp"
+
+#include "distributions/chi_square.hpp"
+#include "distributions/nag_call.hpp"
+#include "distributions/non_central_chi_square.hpp"
+#include "distributions/probability_adapter.hpp"
+#include "rootfinding/brent.hpp"
+
+double STATS_NonCentralFRatioProbability_HW(VKernelVector kv, double x, double nu1, double nu2,
+                                            double delta, double tol) {
+  if (x <= 0.0) {
+    return 0.0;
+  }
+  const int limit = STATS_IterationLimit_HW(kv);
+  return STATS_CallNag_HW(kv, [&](NagError* fail) {
+    return nag2_noncentral_f_probability(x, nu1, nu2, delta, tol, limit, fail);
+  });
+}
+
+// The search starts at 5.
+double STATS_NonCentralFRatioDeviate_HW(VKernelVector kv, double p, double nu1, double nu2,
+                                        double delta, double tol) {
+  STATS_ProbabilityAdapter_HW probability(kv, [=](double x) {
+    return STATS_NonCentralFRatioProbability_HW(kv, x, nu1, nu2, delta, tol);
+  });
+  const int limit = STATS_IterationLimit_HW(kv);
+  return STATS_BrentMethodHybridLeft_HW(kv, p, probability, 0.0, 1.0, 0.0, 5.0, tol, limit);
+}
+
+// The numerator, by inversion, is drawn first.
+double STATS_NonCentralFRatioRandomVariate_HW(VKernelVector kv, double nu1, double nu2,
+                                              double delta) {
+  const double x = STATS_NonCentralChiSquareRandomVariate_HW(kv, nu1, delta, 0);
+  const double y = STATS_ChiSquareRandomVariate_HW(kv, nu2);
+  return x * nu2 / (y * nu1);
+}

@@ -1,0 +1,24 @@
+// Non-central t distribution with nu degrees of freedom and noncentrality delta.
+
+#include "distributions/non_central_student_t.hpp"
+
+#include <cmath>
+
+#include "distributions/chi_square.hpp"
+#include "distributions/nag_call.hpp"
+#include "distributions/normal.hpp"
+
+double STATS_NonCentralStudentTProbability_HW(VKernelVector kv, double x, double nu, double delta,
+                                              double tol) {
+  const int limit = STATS_IterationLimit_HW(kv);
+  return STATS_CallNag_HW(kv, [&](NagError* fail) {
+    return nag2_noncentral_t_probability(x, nu, delta, tol, limit, fail);
+  });
+}
+
+// A normal variate, then a chi-square variate.
+double STATS_NonCentralStudentTRandomVariate_HW(VKernelVector kv, double nu, double delta) {
+  const double z = STATS_NormalRandomVariate_HW(kv, delta, 1.0);
+  const double w = STATS_ChiSquareRandomVariate_HW(kv, nu);
+  return z / std::sqrt(w / nu);
+}

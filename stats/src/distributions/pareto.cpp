@@ -1,0 +1,30 @@
+// Pareto distribution on x >= a with shape c.
+//
+// Closed forms: Johnson, Kotz and Balakrishnan, Continuous Univariate Distributions, volume 1,
+// 2nd edition (1994), chapter 20.  Parameters are not checked: an impossible one gives whatever the
+// formula gives, most often a NaN.
+
+#include "distributions/pareto.hpp"
+
+#include <cmath>
+
+#include "distributions/uniform_source.hpp"
+
+// 1 - (a/x)^c.  Near a, log(x/a) comes from the exact difference x - a.
+double STATS_ParetoProbability_HW(VKernelVector, double x, double a, double c) {
+  if (x < a) {
+    return 0.0;
+  }
+  const double logRatio = x <= 2.0 * a ? std::log1p((x - a) / a) : std::log(x / a);
+  return -std::expm1(-c * logRatio);
+}
+
+// a (1 - p)^(-1/c).
+double STATS_ParetoDeviate_HW(VKernelVector, double p, double a, double c) {
+  return a * std::exp(-std::log1p(-p) / c);
+}
+
+// By inversion; one uniform per variate.
+double STATS_ParetoRandomVariate_HW(VKernelVector kv, double a, double c) {
+  return STATS_ParetoDeviate_HW(kv, STATS_VexelRandomStream_HW::NextDouble(), a, c);
+}

@@ -1,0 +1,33 @@
+// Poisson distribution with mean lambda, from the numerical library; quantiles by integer search.
+
+#include "distributions/poisson.hpp"
+
+#include <cmath>
+
+#include "distributions/nag_call.hpp"
+#include "distributions/probability_adapter.hpp"
+#include "distributions/uniform_source.hpp"
+#include "rootfinding/discrete_interpolation.hpp"
+
+// x is truncated, not floored: -0.5 counts as 0.
+double STATS_PoissonProbability_HW(VKernelVector kv, double x, double lambda) {
+  const std::int32_t k = STATS_DoubleToInteger_HW(x);
+  return STATS_CallNagDiscrete_HW(kv, [&](double* le, double* gt, double* eq, NagError* fail) {
+    nag2_poisson(lambda, k, le, gt, eq, fail);
+  });
+}
+
+// The search starts at floor(lambda), at least at 1 when that is 0.
+std::int32_t STATS_PoissonDeviate_HW(VKernelVector kv, double u, double lambda) {
+  STATS_ProbabilityAdapter_HW probability(
+      kv, [=](double x) { return STATS_PoissonProbability_HW(kv, x, lambda); });
+  const std::int32_t mean = STATS_DoubleToInteger_HW(std::floor(lambda));
+  const int limit = STATS_IterationLimit_HW(kv);
+  return STATS_DiscreteInterpolationHybridLeft_HW(kv, u, probability, 0.0, 1.0, 0,
+                                                  mean == 0 ? 1 : mean, limit);
+}
+
+// By inversion; one uniform per variate.
+double STATS_PoissonRandomVariate_HW(VKernelVector kv, double lambda) {
+  return STATS_PoissonDeviate_HW(kv, STATS_VexelRandomStream_HW::NextDouble(), lambda);
+}

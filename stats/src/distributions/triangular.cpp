@@ -1,0 +1,44 @@
+// Triangular distribution on (a, b) with mode c.
+//
+// Closed forms: Johnson, Kotz and Balakrishnan, Continuous Univariate Distributions, volume 2,
+// 2nd edition (1995), chapter 26.  Parameters are not checked: an impossible one gives whatever the
+// formula gives, most often a NaN.
+
+#include "distributions/triangular.hpp"
+
+#include <cmath>
+
+#include "distributions/uniform_source.hpp"
+
+// Right of the mode the area left of c and the rest are added, all terms positive, instead of
+// subtracting the upper tail from 1: with the mode at the lower end nothing cancels.
+double STATS_TriangularProbability_HW(VKernelVector, double x, double a, double b, double c) {
+  if (x < a) {
+    return 0.0;
+  }
+  if (x < c) {
+    return (x - a) / (b - a) * ((x - a) / (c - a));
+  }
+  if (x >= b) {
+    return 1.0;
+  }
+  return ((c - a) + (x - c) * (((b - c) + (b - x)) / (b - c))) / (b - a);
+}
+
+// Beyond the mode, b - sqrt((1-p)(b-a)(b-c)); for small p the same distance measured from a, which
+// keeps the digits that the difference would cancel when the mode is at a.
+double STATS_TriangularDeviate_HW(VKernelVector, double p, double a, double b, double c) {
+  if (c - a <= (b - a) * p) {
+    const double fromTop = std::sqrt((1.0 - p) * (b - a) * (b - c));
+    if (p < 0.5) {
+      return a + (b - a) * (((c - a) + p * (b - c)) / ((b - a) + fromTop));
+    }
+    return b - fromTop;
+  }
+  return a + std::sqrt((b - a) * p * (c - a));
+}
+
+// By inversion; one uniform per variate.
+double STATS_TriangularRandomVariate_HW(VKernelVector kv, double a, double b, double c) {
+  return STATS_TriangularDeviate_HW(kv, STATS_VexelRandomStream_HW::NextDouble(), a, b, c);
+}

@@ -1,0 +1,29 @@
+// Weibull distribution with scale b and shape c on x >= 0.
+//
+// Closed forms: Johnson, Kotz and Balakrishnan, Continuous Univariate Distributions, volume 1,
+// 2nd edition (1994), chapter 21.  Parameters are not checked: an impossible one gives whatever the
+// formula gives, most often a NaN.
+
+#include "distributions/weibull.hpp"
+
+#include <cmath>
+
+#include "distributions/uniform_source.hpp"
+
+// 1 - exp(-(x/b)^c).  expm1 keeps the digits that the difference would cancel.
+double STATS_WeibullProbability_HW(VKernelVector, double x, double b, double c) {
+  if (x < 0.0) {
+    return 0.0;
+  }
+  return -std::expm1(-std::pow(x / b, c));
+}
+
+// b (-log(1 - p))^(1/c).  The rounding of 1/c costs |log p| / c times half an epsilon.
+double STATS_WeibullDeviate_HW(VKernelVector, double p, double b, double c) {
+  return b * std::pow(-std::log1p(-p), 1.0 / c);
+}
+
+// By inversion; one uniform per variate.
+double STATS_WeibullRandomVariate_HW(VKernelVector kv, double b, double c) {
+  return STATS_WeibullDeviate_HW(kv, STATS_VexelRandomStream_HW::NextDouble(), b, c);
+}
