@@ -1,0 +1,150 @@
+// Counting distinct values into a host table.
+//
+// Without weights, values of a dense array are counted by their bits in a table of the library's
+// own, and the host sees each of them once.  Weights are summed by the host's addition, value by
+// value in data order, since that is where rounding to the host's precision happens.
+
+#include <bit>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+
+#include "data/count_table.hpp"
+#include "data/data_argument.hpp"
+#include "data/element_types.hpp"
+#include "kernel/data_sample.hpp"
+#include "kernel/entry_frame.hpp"
+
+namespace {
+
+// "ray" is what hosts have always been told.
+constexpr char kInvalidSample[] = "invalid data sample, expected: one-dimensional ray, received %1";
+
+void addToEntry(VKernelVector kv, ALGEB table, ALGEB key, ALGEB increment) {
+  if (VexelTableHasEntry(kv, table, key) != 0) {
+    increment = VexelNumericAdd(kv, VexelTableSelect(kv, table, key), increment);
+  }
+  VexelTableAssign(kv, table, key, increment);
+}
+
+template <typename T>
+STATS_CountTable_HW countBits(const T* x, V_INT n) {
+  using Bits = std::conditional_t<
+      sizeof(T) == 1, std::uint8_t,
+      std::conditional_t<sizeof(T) == 2, std::uint16_t,
+                         std::conditional_t<sizeof(T) == 4, std::uint32_t, std::uint64_t>>>;
+  STATS_CountTable_HW counts;
+  for (V_INT i = 0; i < n; ++i) {
+    counts.add(std::bit_cast<Bits>(x[i]));
+  }
+  return counts;
+}
+
+// Different bits may still be one host object (the NaNs are), so counts are added, not set.
+void storeCounts(VKernelVector kv, ALGEB table, const STATS_CountTable_HW& counts, int dataType) {
+  for (const std::uint64_t bits : counts.keys()) {
+    RTableData element{};
+    std::memcpy(&element, &bits, sizeof bits);  // little-endian: narrow values come first
+    addToEntry(kv, table, STATS_ElementToHost_HW(kv, element, dataType),
+               ToVexelInteger64(kv, counts.count(bits)));
+  }
+}
+
+void tallyBlock(VKernelVector kv, ALGEB table, const STATS_ElementReader_HW& data) {
+  static_assert(std::endian::native == std::endian::little);
+  const int type = data.dataType();
+  if (STATS_IsMachineRealType_HW(type)) {
+    STATS_WithMachineType_HW(type, [&]<typename T>(T*) {
+      storeCounts(kv, table, countBits(reinterpret_cast<const T*>(data.block()), data.size()),
+                  type);
+    });
+  } else {
+    storeCounts(kv, table,
+                countBits(reinterpret_cast<const std::uint64_t*>(data.block()), data.size()), type);
+  }
+}
+
+bool isOneWord(int dataType) {
+  return dataType != RTABLE_COMPLEX && dataType != RTABLE_COMPLEX_DAG;
+}
+
+// The weights of arguments 2, checked against the data of argument 1.
+class Weights {
+ public:
+  Weights(VKernelVector kv, const Arguments& arg) : sample_(kv, arg[2]) {
+    if (given() && sample_.size() != RTableNumElements(kv, arg[1])) {
+      VexelRaiseError2(kv,
+                       "vector of points and vector of weights are expected to have the same size, "
+                       "received %1, %2",
+                       arg[1], arg[2]);
+    }
+  }
+  bool given() const { return sample_.size() != 0; }
+  double operator[](V_INT i) const { return sample_.points()[i]; }
+
+ private:
+  STATS_VexelDataSample_HW sample_;
+};
+
+}  // namespace
+
+// STATS_VexelTally_HW(data, weights): a table from each distinct value to how often it occurs, or
+// to the sum of its weights.
+//
+// data is a one-dimensional array of any type, weights an array of the same size or an empty one.
+// Values are distinct when they are different host objects: 2 and 2.0 are, NaNs are not.
+STATS_ENTRY(STATS_VexelTally_HW) {
+  const Arguments arg(kv, args, 2, "expected 2 arguments, received: %1");
+  STATS_RequireVector_HW(kv, arg[1], kInvalidSample);
+  const Weights weights(kv, arg);
+  const STATS_ElementReader_HW data(kv, arg[1]);
+  const ALGEB table = VexelTableAlloc(kv);
+  if (!weights.given() && data.block() != nullptr && isOneWord(data.dataType())) {
+    tallyBlock(kv, table, data);
+    return table;
+  }
+  const ALGEB one = ToVexelInteger(kv, 1);
+  for (V_INT i = 0; i < data.size(); ++i) {
+    const ALGEB key = STATS_ElementToHost_HW(kv, data[i], data.dataType());
+    addToEntry(kv, table, key, weights.given() ? STATS_DoubleToVexelFloat_HW(kv, weights[i]) : one);
+  }
+  return table;
+}
+
+// VexelTallySorted(data, weights): run lengths, or run weights, of sorted data by value.
+//
+// The last run is missing from the table, so the largest value always is; the few callers there are
+// add it themselves.
+__attribute__((visibility("default"))) ALGEB VexelTallySorted(VKernelVector kv, ALGEB args);
+
+ALGEB VexelTallySorted(VKernelVector kv, ALGEB args) {
+  return STATS_RunEntry_HW(kv, [=] {
+    const Arguments arg(kv, args, 2, "expected 2 arguments, received: %1");
+    STATS_RequireVector_HW(kv, arg[1], kInvalidSample);
+    const Weights weights(kv, arg);
+    ALGEB data = arg[1];
+    RTableSettings settings = STATS_SettingsOf_HW(kv, data);
+    if (settings.data_type != RTABLE_DAG || settings.storage != RTABLE_RECTANGULAR) {
+      settings.data_type = RTABLE_DAG;
+      settings.storage = RTABLE_RECTANGULAR;
+      data = RTableCopy(kv, &settings, data);
+    }
+    const V_INT n = RTableNumElements(kv, data);
+    const auto* const objects = static_cast<const ALGEB*>(RTableDataBlock(kv, data));
+    const ALGEB table = VexelTableAlloc(kv);
+    V_INT start = 0;
+    double sum = weights.given() && n > 0 ? weights[0] : 0.0;
+    for (V_INT i = 1; i < n; ++i) {
+      if (objects[i] == objects[start]) {
+        sum += weights.given() ? weights[i] : 0.0;
+        continue;
+      }
+      VexelTableAssign(
+          kv, table, objects[start],
+          weights.given() ? STATS_DoubleToVexelFloat_HW(kv, sum) : ToVexelInteger(kv, i - start));
+      start = i;
+      sum = weights.given() ? weights[i] : 0.0;
+    }
+    return table;
+  });
+}

@@ -1,0 +1,199 @@
+// Frequency tables: counting a sample into bins of equal width.
+
+#include <cmath>
+#include <cstddef>
+#include <cstdint>
+#include <limits>
+#include <vector>
+
+#include "data/bins.hpp"
+#include "data/host_relations.hpp"
+#include "kernel/data_sample.hpp"
+#include "kernel/entry_frame.hpp"
+#include "kernel/host_arrays.hpp"
+
+namespace {
+
+// The sample as given, or without its missing values.
+class BinnedSample {
+ public:
+  BinnedSample(VKernelVector kv, const Arguments& arg)
+      : sample_(kv, arg[1], arg[2]),
+        size_(sample_.size()),
+        points_(sample_.points()),
+        weights_(sample_.weights()) {
+    if (arg.boolean(3) && size_ > 0) {
+      const auto n = static_cast<std::size_t>(size_);
+      copiedPoints_.resize(n);
+      copiedWeights_.resize(sample_.weighted() ? n : 0);
+      size_ = STATS_CopyData_HW(sample_, copiedPoints_.data(), copiedWeights_.data(), 1);
+      points_ = copiedPoints_.data();
+      weights_ = sample_.weighted() ? copiedWeights_.data() : nullptr;
+    }
+  }
+
+  bool weighted() const { return sample_.weighted(); }
+
+  void countInto(std::uint32_t* counts, const std::vector<double>& edges, int nRanges,
+                 int m) const {
+    STATS_SimpleTallyInto_HW(counts, points_, size_, edges.data(), nRanges, m);
+  }
+  void sumInto(double* sums, const std::vector<double>& edges, int nRanges, int m) const {
+    STATS_WeightedTallyInto_HW(sums, points_, weights_, size_, edges.data(), nRanges, m);
+  }
+
+ private:
+  STATS_VexelDataSample_HW sample_;
+  int size_;
+  const double* points_;
+  const double* weights_;
+  std::vector<double> copiedPoints_;
+  std::vector<double> copiedWeights_;
+};
+
+// Room for the edges of nRanges ranges.
+std::vector<double> edgeRoom(VKernelVector kv, V_INT nRanges, V_INT m) {
+  constexpr V_INT kMost = std::numeric_limits<std::int32_t>::max() - 1;
+  if (m < 1) {
+    return {};  // each range is refused when it is split
+  }
+  if (nRanges > 0 && (m >= kMost || nRanges > kMost / (m + 1))) {
+    VexelRaiseError(kv, "not enough memory");
+  }
+  return std::vector<double>(nRanges > 0 ? static_cast<std::size_t>(nRanges * (m + 1)) : 0);
+}
+
+// Writes the m + 1 edges of a host range.  A range with an infinite end can only be one bin.
+void splitRange(VKernelVector kv, ALGEB range, V_INT m, double* edges) {
+  const double low = STATS_VexelUtils_HW::VexelDAGToDouble(STATS_Operand_HW(range, 1));
+  const double high = STATS_VexelUtils_HW::VexelDAGToDouble(STATS_Operand_HW(range, 2));
+  if (m < 1 || (m > 1 && (std::isinf(low) || std::isinf(high)))) {
+    VexelRaiseError1(kv, "unable to split the range %1", range);
+  }
+  const double width = (high - low) / static_cast<double>(m);
+  edges[0] = low;
+  for (V_INT k = 1; k < m; ++k) {
+    edges[k] = static_cast<double>(k) * width + low;
+  }
+  edges[m] = high;
+}
+
+ALGEB binRange(VKernelVector kv, const double* edges) {
+  const ALGEB low = STATS_DoubleToVexelFloat_HW(kv, edges[0]);
+  const ALGEB high = STATS_DoubleToVexelFloat_HW(kv, edges[1]);
+  return STATS_NewPair_HW(kv, VEXEL_TAG_RANGE, low, high);
+}
+
+// The list of (bin = value(cell)) for all bins of all ranges.
+template <typename Value>
+ALGEB equationList(VKernelVector kv, const std::vector<double>& edges, int nRanges, int m,
+                   Value value) {
+  const ALGEB list = VexelListAlloc(kv, V_INT{nRanges} * m);
+  for (V_INT r = 0; r < nRanges; ++r) {
+    for (V_INT k = 0; k < m; ++k) {
+      const V_INT cell = r * m + k;
+      const ALGEB bin = binRange(kv, edges.data() + r * (m + 1) + k);
+      const ALGEB count = value(static_cast<std::size_t>(cell));
+      VexelListAssign(kv, list, cell + 1, STATS_NewPair_HW(kv, VEXEL_TAG_EQUATION, bin, count));
+    }
+  }
+  return list;
+}
+
+// The array of running sums of the n cells of frequencies.
+template <typename T>
+ALGEB cumulativeArray(VKernelVector kv, int dataType, ALGEB frequencies, V_INT n) {
+  const ALGEB result = STATS_CreateVector_HW(kv, dataType, 1, n);
+  const T* const f = static_cast<const T*>(RTableDataBlock(kv, frequencies));
+  T* const out = static_cast<T*>(RTableDataBlock(kv, result));
+  out[0] = f[0];
+  for (V_INT k = 1; k < n; ++k) {
+    out[k] = out[k - 1] + f[k];
+  }
+  return result;
+}
+
+}  // namespace
+
+// STATS_VexelTallyInto_HW(data, weights, ignore, ranges, m): a list of equations bin = count, m for
+// each range of the list in turn.
+//
+// Counts are integers, or floats of summed weights when weights are given.  ignore drops missing
+// values first; a NaN that stays is in no bin.
+STATS_ENTRY(STATS_VexelTallyInto_HW) {
+  const Arguments arg(kv, args, 5, "expected 5 arguments, received: %1");
+  const BinnedSample sample(kv, arg);
+  const ALGEB ranges = arg[4];
+  if (IsVexelList(kv, ranges) == 0) {
+    VexelRaiseError1(kv, "expected 4th argument to be of type list(range), received: %1", ranges);
+  }
+  const V_INT length = VexelNumArgs(kv, ranges);
+  const V_INT bins = arg.integer(5);
+  std::vector<double> edges = edgeRoom(kv, length, bins);
+  for (V_INT r = 0; r < length; ++r) {
+    const ALGEB range = VexelListSelect(kv, ranges, r + 1);
+    if (!STATS_IsRange_HW(range)) {
+      VexelRaiseError1(
+          kv, "invalid argument; expected a positive integer or a list of ranges, received: %1",
+          ranges);
+    }
+    splitRange(kv, range, bins, edges.data() + (bins > 0 ? r * (bins + 1) : 0));
+  }
+  if (length == 0) {
+    return VexelListAlloc(kv, 0);
+  }
+
+  const int nRanges = static_cast<int>(length);
+  const int m = static_cast<int>(bins);
+  const std::size_t cells = static_cast<std::size_t>(nRanges) * static_cast<std::size_t>(m);
+  if (sample.weighted()) {
+    std::vector<double> sums(cells);
+    sample.sumInto(sums.data(), edges, nRanges, m);
+    return equationList(kv, edges, nRanges, m, [&](std::size_t cell) {
+      return STATS_DoubleToVexelFloat_HW(kv, sums[cell]);
+    });
+  }
+  std::vector<std::uint32_t> counts(cells);
+  sample.countInto(counts.data(), edges, nRanges, m);
+  return equationList(kv, edges, nRanges, m,
+                      [&](std::size_t cell) { return ToVexelInteger(kv, counts[cell]); });
+}
+
+// STATS_VexelFrequencyData_HW(data, weights, ignore, range, m): a list of three arrays from 1 to m,
+// the bins, their frequencies and the running sums of these.
+//
+// Frequencies are integer[4], or float[8] when weights are given.
+STATS_ENTRY(STATS_VexelFrequencyData_HW) {
+  const Arguments arg(kv, args, 5, "expected 5 arguments, received: %1");
+  const BinnedSample sample(kv, arg);
+  const ALGEB range = arg[4];
+  if (!STATS_IsRange_HW(range)) {
+    VexelRaiseError1(kv, "expected 4th argument to be of type range, received: %1", range);
+  }
+  const V_INT bins = arg.integer(5);
+  std::vector<double> edges = edgeRoom(kv, 1, bins);
+  splitRange(kv, range, bins, edges.data());
+  const int m = static_cast<int>(bins);
+
+  const ALGEB binArray = STATS_CreateVector_HW(kv, RTABLE_DAG, 1, m);
+  auto* const binCells = static_cast<ALGEB*>(RTableDataBlock(kv, binArray));
+  for (int k = 0; k < m; ++k) {
+    binCells[k] = binRange(kv, edges.data() + k);
+  }
+  const int dataType = sample.weighted() ? RTABLE_FLOAT64 : RTABLE_INTEGER32;
+  const ALGEB frequencies = STATS_CreateVector_HW(kv, dataType, 1, m);
+  void* const cells = RTableDataBlock(kv, frequencies);
+  ALGEB cumulative = nullptr;
+  if (sample.weighted()) {
+    sample.sumInto(static_cast<double*>(cells), edges, 1, m);
+    cumulative = cumulativeArray<double>(kv, dataType, frequencies, m);
+  } else {
+    sample.countInto(static_cast<std::uint32_t*>(cells), edges, 1, m);
+    cumulative = cumulativeArray<std::uint32_t>(kv, dataType, frequencies, m);
+  }
+  const ALGEB result = VexelListAlloc(kv, 3);
+  VexelListAssign(kv, result, 1, binArray);
+  VexelListAssign(kv, result, 2, frequencies);
+  VexelListAssign(kv, result, 3, cumulative);
+  return result;
+}
