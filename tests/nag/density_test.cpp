@@ -1,0 +1,125 @@
+// Kernel density estimates, their grid and their kernels.
+
+#include <cmath>
+#include <numeric>
+#include <vector>
+
+#include "kernel_test.hpp"
+#include "nag/kernel_transforms.hpp"
+
+namespace {
+
+using DensityTest = KernelTest;
+
+constexpr const char* kBoundary =
+    "left boundary must be smaller than right boundary, received: %1 and %2";
+
+TEST(KernelTransforms, AreTransformsOfUnitVarianceDensities) {
+  for (int code = 0; code <= 4; ++code) {
+    SCOPED_TRACE(code);
+    const auto transform = STATS_KernelTransformOfCode_HW(code);
+    ASSERT_NE(transform, nullptr);
+    EXPECT_EQ(transform(0.0), 1.0);
+    // 1 - s^2/2 + O(s^4): the variance is 1.
+    EXPECT_NEAR(transform(1e-4), 1.0 - 0.5e-8, 1e-15);
+    EXPECT_NEAR(transform(0.05), 1.0 - 0.5 * 0.05 * 0.05, 1e-6);
+    EXPECT_LT(std::abs(transform(1e6)), 1e-5);
+    EXPECT_EQ(transform(-0.7), transform(0.7));
+    EXPECT_TRUE(std::isnan(transform(std::nan(""))));
+  }
+  EXPECT_EQ(STATS_KernelTransformOfCode_HW(5), nullptr);
+  EXPECT_EQ(STATS_KernelTransformOfCode_HW(-1), nullptr);
+}
+
+TEST(KernelTransforms, SeriesAndClosedFormsMeet) {
+  const auto epanechnikov = [](double s) {
+    const double x = std::sqrt(5.0) * s;
+    return 3.0 * (std::sin(x) - x * std::cos(x)) / (x * x * x);
+  };
+  const auto biweight = [](double s) {
+    const double t = std::sqrt(7.0) * s;
+    return 15.0 * ((3.0 - t * t) * std::sin(t) - 3.0 * t * std::cos(t)) / std::pow(t, 5);
+  };
+  for (double s = 0.3; s < 4.0; s += 0.01) {
+    EXPECT_NEAR(KernelDensity_Epanechnikov(s), epanechnikov(s), 1e-14) << s;
+    EXPECT_NEAR(KernelDensity_Biweight(s), biweight(s), 3e-13) << s;
+  }
+}
+
+TEST_F(DensityTest, IsADensityForEveryKernelAndGridLength) {
+  std::vector<double> x;
+  for (int i = 0; i < 200; ++i) {
+    x.push_back(std::sin(i * 1.7) + 0.3 * std::cos(i * 0.9));
+  }
+  for (int M : {2, 8, 12, 64, 127, 512, 1009}) {
+    for (int code = 0; code <= 4; ++code) {
+      const auto density = numbers(
+          call("STATS_VexelKernelDensity_HW", array(x), none(), code, 0.2, M, false, -2.0, 2.0));
+      ASSERT_EQ(density.size(), static_cast<std::size_t>(M));
+      EXPECT_NEAR(std::accumulate(density.begin(), density.end(), 0.0) * 4.0 / M, 1.0, 1e-12)
+          << M << " points, kernel " << code;
+    }
+  }
+}
+
+// The grid is periodic with period M (b - a)/(M - 1); distances count in steps of (b - a)/M, the
+// unit in which the frequencies are laid out.
+TEST_F(DensityTest, OneDatumGivesTheKernelItself) {
+  constexpr int M = 256;
+  const auto density = numbers(
+      call("STATS_VexelKernelDensity_HW", array({128.0}), none(), 0, 8.0, M, false, 0.0, 255.0));
+  constexpr double step = 255.0 / M;
+  for (int j = 80; j < 180; ++j) {
+    const double z = (j - 128) * step / 8.0;
+    EXPECT_NEAR(density[static_cast<std::size_t>(j)],
+                std::exp(-0.5 * z * z) / (8.0 * std::sqrt(2.0 * std::acos(-1.0))), 1e-12);
+  }
+}
+
+TEST_F(DensityTest, ChecksTheGridAndTheKernel) {
+  const auto density = [&](int kernelCode, int M, double a, double b) {
+    return hostError([&] {
+      call("STATS_VexelKernelDensity_HW", array({1.0}), none(), kernelCode, 0.5, M, false, a, b);
+    });
+  };
+  EXPECT_EQ(density(5, 8, 0.0, 2.0), "invalid kernel, received: %1");
+  EXPECT_EQ(density(0, 0, 0.0, 2.0), "number of grid points must be positive, received: %1");
+  EXPECT_EQ(density(0, 8, 2.0, 2.0), kBoundary);
+  EXPECT_EQ(density(0, 8, 0.0, kInf), kBoundary);
+  EXPECT_EQ(density(0, 8, kNaN, 2.0), kBoundary);
+  EXPECT_EQ(density(0, 1, 0.0, 2.0), "no error");
+  EXPECT_EQ(hostError([&] { call("STATS_VexelKernelDensity_HW", array({1.0}), none()); }),
+            "expected 8 arguments, received: %1");
+}
+
+TEST_F(DensityTest, BoundsPassOverMissingValuesExceptInFirstPlace) {
+  EXPECT_EQ(numbers(call("STATS_VexelKernelBounds_HW", array({3.0, kNaN, 1.0, 7.0}))),
+            (std::vector<double>{1.0, 7.0}));
+  for (double end : numbers(call("STATS_VexelKernelBounds_HW", array({kNaN, 1.0, 2.0})))) {
+    EXPECT_TRUE(std::isnan(end));
+  }
+  EXPECT_EQ(hostError([&] { call("STATS_VexelKernelBounds_HW", none()); }),
+            "invalid input - dataset must contain at least one element.");
+  EXPECT_EQ(hostError([&] { call("STATS_VexelKernelBounds_HW", none(), none()); }),
+            "expected 1 arguments, received: %1");
+}
+
+TEST_F(DensityTest, ShapiroWilkSortsTheCallersArrayInPlace) {
+  std::vector<double> x = {161, 148, 154, 236, 158, 160, 162, 166, 170, 182, 195};
+  const auto data = kernel.wrap(x);
+  const auto result = numbers(call("STATS_VexelShapiroWilk_HW", data, none(), true));
+  EXPECT_NEAR(result.at(0), 0.788814694835387, 1e-14);
+  EXPECT_NEAR(result.at(1), 0.006703814056502847, 1e-15);
+  EXPECT_TRUE(std::is_sorted(x.begin(), x.end()));
+  EXPECT_EQ(
+      numbers(call("STATS_VexelShapiroWilk_HW", data, array(std::vector<double>(11, 2.0)), false)),
+      result);
+  EXPECT_EQ(hostError([&] {
+              call("STATS_VexelShapiroWilk_HW", array({1.0, 1.0, 1.0}), none(), true);
+            }),
+            "all elements for the Shapiro-Wilk test are equal");
+  EXPECT_EQ(hostError([&] { call("STATS_VexelShapiroWilk_HW", data, none()); }),
+            "VexelShapiroWilk expects 3 arguments, received: %1");
+}
+
+}  // namespace
