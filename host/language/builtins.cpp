@@ -7,6 +7,7 @@
 #include "core/evaluation.hpp"
 #include "core/numbers.hpp"
 #include "core/objects.hpp"
+#include "core/text.hpp"
 #include "language/algebra.hpp"
 #include "language/elementary.hpp"
 #include "language/evaluator.hpp"
@@ -341,6 +342,21 @@ void defineStructuralFunctions(State& state) {
       raise(s, "expected an unassigned name, received: %1", variable);
     }
     return derivative(s, argument(s, args, 1), variable);
+  });
+  // unapply(e, x, ...): the procedure (x, ...) -> e.
+  defineFunction(state, "unapply", [](State& s, ALGEB args) {
+    if (isNull(args) || argumentCount(args) < 2) {
+      raise(s, "unapply expects an expression and names, received: %1", args);
+    }
+    std::string parameters;
+    for (std::size_t i = 2; i <= argumentCount(args); ++i) {
+      const ALGEB parameter = argument(s, args, i);
+      if (!is(parameter, Tag::name)) {
+        raise(s, "expected an unassigned name, received: %1", parameter);
+      }
+      parameters += (i > 2 ? ", " : "") + std::string(text(parameter));
+    }
+    return runStatements(s, "(" + parameters + ") -> " + sourceText(s, argument(s, args, 1)) + ":");
   });
   defineFunction(state, "Complex", [](State& s, ALGEB args) {
     requireCount(s, args, 2, "Complex expects two real numbers, received: %1");
