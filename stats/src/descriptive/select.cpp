@@ -58,7 +58,7 @@ double STATS_QuickSelect_HW(double* a, double* w, int n, int k) {
 void STATS_SelectRanks_HW(double* a, int n, const int* ranks, int m) {
   const std::span<const int> wanted(ranks, static_cast<std::size_t>(std::max(m, 0)));
   // Up to two ranks cost what a selection does; more of them at most what a sort does.
-  std::int64_t work = kWorkLimit * n * std::bit_width(wanted.size());
+  std::int64_t work = kWorkLimit * n * static_cast<int>(std::bit_width(wanted.size()));
   if (anyMissing(a, 0, n - 1)) {
     placeRanks<true>(PlainArray{a}, 0, n - 1, wanted, work);
   } else {

@@ -14,7 +14,7 @@ constexpr int kShortRun = 4;
 // Elements that may be looked at before input counts as made to defeat the median of three.  A
 // random order needs about 1.2 n log2 n.
 std::int64_t workLimit(std::int64_t n) {
-  return 4 * n * std::bit_width(static_cast<std::uint64_t>(n));
+  return 4 * n * static_cast<int>(std::bit_width(static_cast<std::uint64_t>(n)));
 }
 
 // Orders a[lo], a[mid], a[hi], hides the median at a[hi - 1] and splits the rest about it; the
