@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <memory>
 #include <new>
 #include <numeric>
 #include <span>
@@ -23,9 +24,6 @@ using Position = std::uint32_t;
 
 // Runs this short are sorted by insertion before merging starts.
 constexpr std::size_t kRun = 8;
-
-// Below this many records a comparison sort beats clearing the radix counters.
-constexpr std::size_t kSmall = 1024;
 
 bool acceptable(std::size_t n, int order, const char* function, NagError* fail) {
   if (order != Nag_Ascending && order != Nag_Descending) {
@@ -97,24 +95,15 @@ void rankNumbers(const T* x, std::size_t n, bool descending, Position* ranks) {
     Key key;
     Position position;
   };
-  std::vector<Record> records(n);
+  const auto records = std::make_unique_for_overwrite<Record[]>(n);
   const Key flip = descending ? static_cast<Key>(~Key{0}) : Key{0};
   for (std::size_t i = 0; i < n; ++i) {
     records[i] = {static_cast<Key>(nag2::ascendingKey(x[i]) ^ flip), static_cast<Position>(i)};
   }
-  std::span<const Record> sorted = records;
-  std::vector<Record> scratch;
-  if (n <= kSmall) {
-    std::sort(records.begin(), records.end(), [](const Record& a, const Record& b) {
-      return a.key < b.key || (a.key == b.key && a.position < b.position);
-    });
-  } else {
-    scratch.resize(n);
-    sorted = nag2::radixSort<Key>(std::span(records), std::span(scratch),
-                                  [](const Record& r) { return r.key; });
-  }
+  const auto scratch = std::make_unique_for_overwrite<Record[]>(n);
+  nag2::radixSort(records.get(), scratch.get(), n, false, [](const Record& r) { return r.key; });
   for (std::size_t i = 0; i < n; ++i) {
-    ranks[sorted[i].position] = static_cast<Position>(i);
+    ranks[records[i].position] = static_cast<Position>(i);
   }
 }
 

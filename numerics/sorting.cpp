@@ -8,9 +8,8 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <cstring>
+#include <memory>
 #include <new>
-#include <span>
 #include <type_traits>
 #include <vector>
 
@@ -19,9 +18,6 @@
 #include "sort_keys.hpp"
 
 namespace {
-
-// Below this many numbers a comparison sort beats clearing the radix counters.
-constexpr std::size_t kSmall = 1024;
 
 // The zeros and NaNs of the input in their order, when there is anything to tell apart.
 template <typename T>
@@ -52,29 +48,22 @@ void sortNumbers(const T* x, std::size_t n, bool descending, T* out) {
   const Indistinct<T> equals = indistinct(x, n);
   const Key flip = descending ? static_cast<Key>(~Key{0}) : Key{0};
 
-  std::vector<Key> keys(n);
+  const auto scratch = std::make_unique_for_overwrite<Key[]>(n);  // before anything is written
+  // The keys take the place of the result until they are sorted (the build has no strict aliasing).
+  Key* keys = reinterpret_cast<Key*>(out);
   for (std::size_t i = 0; i < n; ++i) {
     keys[i] = static_cast<Key>(nag2::ascendingKey(x[i]) ^ flip);
   }
-  std::vector<Key> scratch;
-  std::span<const Key> sorted = keys;
-  if (n <= kSmall) {
-    std::sort(keys.begin(), keys.end());
-  } else {
-    scratch.resize(n);
-    sorted = nag2::radixSort<Key>(std::span(keys), std::span(scratch), [](Key key) { return key; });
-  }
+  nag2::radixSortKeys(keys, scratch.get(), n);
 
+  const auto zeroKey = static_cast<Key>(nag2::ascendingKey(T{0}) ^ flip);
+  const auto firstZero = std::lower_bound(keys, keys + n, zeroKey) - keys;
   for (std::size_t i = 0; i < n; ++i) {
-    out[i] = nag2::fromAscendingKey<T>(static_cast<Key>(sorted[i] ^ flip));
+    out[i] = nag2::fromAscendingKey<T>(static_cast<Key>(keys[i] ^ flip));
   }
-  if constexpr (std::is_floating_point_v<T>) {
-    const auto zeroKey = static_cast<Key>(nag2::ascendingKey(T{0}) ^ flip);
-    const auto firstZero = std::lower_bound(sorted.begin(), sorted.end(), zeroKey) - sorted.begin();
-    std::copy(equals.zeros.begin(), equals.zeros.end(), out + firstZero);
-    T* firstNaN = descending ? out : out + (n - equals.nans.size());
-    std::copy(equals.nans.begin(), equals.nans.end(), firstNaN);
-  }
+  std::copy(equals.zeros.begin(), equals.zeros.end(), out + firstZero);
+  T* firstNaN = descending ? out : out + (n - equals.nans.size());
+  std::copy(equals.nans.begin(), equals.nans.end(), firstNaN);
 }
 
 bool knownOrder(int order, const char* function, NagError* fail) {
