@@ -1,10 +1,8 @@
-// Lets the library link and load while parts of it and of the numerical library are still on their
+// Lets the library link and load while parts of the numerical library are still on their
 // way: absent functions are null until they land, and this file goes when the last one has.
 #pragma once
 
 #include <nag2/nag2.h>
-
-#include "generators/envelope_sample.hpp"
 
 #pragma weak nag2_beta_probability
 #pragma weak nag2_beta_quantile
@@ -25,7 +23,3 @@
 #pragma weak nag2_poisson
 #pragma weak nag2_student_t_probability
 #pragma weak nag2_student_t_quantile
-
-__attribute__((weak)) ALGEB STATS_NonCentralChiSquareEnvelopeSample_HW(VKernelVector kv, ALGEB args,
-                                                                       std::int32_t n, double nu,
-                                                                       double delta, ALGEB sample);

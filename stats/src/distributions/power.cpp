@@ -8,6 +8,7 @@
 
 #include <cmath>
 
+#include "distributions/inverse_power.hpp"
 #include "distributions/uniform_source.hpp"
 
 double STATS_PowerProbability_HW(VKernelVector, double x, double b, double c) {
@@ -21,7 +22,7 @@ double STATS_PowerProbability_HW(VKernelVector, double x, double b, double c) {
 }
 
 double STATS_PowerDeviate_HW(VKernelVector, double p, double b, double c) {
-  return b * std::pow(p, 1.0 / c);
+  return b * STATS_InversePower_HW(p, c);
 }
 
 // By inversion; one uniform per variate.

@@ -8,6 +8,7 @@
 
 #include <cmath>
 
+#include "distributions/inverse_power.hpp"
 #include "distributions/uniform_source.hpp"
 
 // 1 - exp(-(x/b)^c).  expm1 keeps the digits that the difference would cancel.
@@ -18,9 +19,9 @@ double STATS_WeibullProbability_HW(VKernelVector, double x, double b, double c) 
   return -std::expm1(-std::pow(x / b, c));
 }
 
-// b (-log(1 - p))^(1/c).  The rounding of 1/c costs |log p| / c times half an epsilon.
+// b (-log(1 - p))^(1/c).
 double STATS_WeibullDeviate_HW(VKernelVector, double p, double b, double c) {
-  return b * std::pow(-std::log1p(-p), 1.0 / c);
+  return b * STATS_InversePower_HW(-std::log1p(-p), c);
 }
 
 // By inversion; one uniform per variate.
