@@ -132,10 +132,10 @@ TEST_F(LanguageTest, SurvivesDeepNesting) {
     return text;
   };
   for (const std::string& script :
-       {repeated("("), repeated("[") + repeated("]"), repeated("-") + "1", repeated("not ") + "true",
-        repeated("x -> "), repeated("if (") + "1", repeated("1+") + "1", repeated("f(") + repeated(")"),
-        "1" + repeated("^1"), "a" + repeated("[1]"), repeated("proc() "),
-        std::string("t := 1: for i from 1 to 20000 do t := [t] end: t;"),
+       {repeated("("), repeated("[") + repeated("]"), repeated("-") + "1",
+        repeated("not ") + "true", repeated("x -> "), repeated("if (") + "1", repeated("1+") + "1",
+        repeated("f(") + repeated(")"), "1" + repeated("^1"), "a" + repeated("[1]"),
+        repeated("proc() "), std::string("t := 1: for i from 1 to 20000 do t := [t] end: t;"),
         std::string("t := x: for i from 1 to 20000 do t := sin(t) end: evalf(t);")}) {
     source(script);
   }
@@ -144,8 +144,9 @@ TEST_F(LanguageTest, SurvivesDeepNesting) {
 
 // Hardware and software evaluation of one procedure agree.
 TEST_F(LanguageTest, HardwareAgreesWithSoftware) {
-  for (const char* body : {"x^3 - 2*x - 5", "if(x > 1, sqrt(x), -x)", "sin(x)*exp(-x^2/2)/(1 + x^2)",
-                           "if(x < 0 or x > 2 and not x = 3, x + 1, x*2)", "max(x, 1) - min(x, 2)"}) {
+  for (const char* body :
+       {"x^3 - 2*x - 5", "if(x > 1, sqrt(x), -x)", "sin(x)*exp(-x^2/2)/(1 + x^2)",
+        "if(x < 0 or x > 2 and not x = 3, x + 1, x*2)", "max(x, 1) - min(x, 2)"}) {
     kernel.eval(std::string("f := x -> ") + body + ":");
     const vexel::Value f = kernel.eval("f");
     for (const double x : {-1.5, 0.25, 1.0, 2.5, 3.0}) {
@@ -153,7 +154,8 @@ TEST_F(LanguageTest, HardwareAgreesWithSoftware) {
       const double hardware = EvalhfVexelProc(kernel.vector(), f.handle(), 1, args);
       const vexel::Value argument = kernel.real(x);
       const double software =
-          kernel.call("evalf", kernel.apply(f, std::span<const vexel::Value>(&argument, 1))).number();
+          kernel.call("evalf", kernel.apply(f, std::span<const vexel::Value>(&argument, 1)))
+              .number();
       EXPECT_NEAR(hardware, software, 1e-13 * (1 + std::fabs(software))) << body << " at " << x;
     }
   }

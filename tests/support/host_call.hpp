@@ -2,7 +2,6 @@
 #pragma once
 
 #include <span>
-
 #include <vexel/kernel.hpp>
 
 template <typename F>
