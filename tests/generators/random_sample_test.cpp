@@ -1,0 +1,186 @@
+// The random sample driver and the envelope form of the non-central chi-square sample.
+
+#include "generator_test.hpp"
+
+namespace {
+
+class RandomSampleTest : public GeneratorTest {
+ protected:
+  // A driver description of a built-in distribution: [0, [code, parameters]].
+  vexel::Value builtIn(std::int64_t code, const std::vector<double>& parameters) {
+    return list({kernel.integer(0), list({kernel.integer(code), floats(parameters)})});
+  }
+  std::vector<double> draw(const vexel::Value& combine, const vexel::Value& descriptions,
+                           bool hardware = false) {
+    return numbers(
+        call("STATS_VexelRandomSample_HW", array({0, 0, 0}), combine, descriptions, hardware));
+  }
+  std::string error(const vexel::Value& combine, const vexel::Value& descriptions) {
+    return hostError([&] { draw(combine, descriptions); });
+  }
+};
+
+TEST_F(RandomSampleTest, EveryCodeDrawsFromItsDistribution) {
+  const struct {
+    int code;
+    const char* distribution;
+    std::vector<double> parameters;
+  } cases[] = {
+      {1, "Bernoulli", {0.3}},
+      {2, "Beta", {2, 3}},
+      {3, "Binomial", {9, 0.4}},
+      {4, "Cauchy", {0, 1}},
+      {5, "ChiSquare", {4}},
+      {6, "DiscreteUniform", {2, 9}},
+      {8, "Error", {0, 1, 1.5}},
+      {9, "Exponential", {2}},
+      {10, "FRatio", {3, 5}},
+      {11, "Gamma", {2, 3}},
+      {12, "Geometric", {0.3}},
+      {13, "Gumbel", {1, 2}},
+      {14, "Hypergeometric", {20, 8, 6}},
+      {15, "InverseGaussian", {1, 2}},
+      {16, "Laplace", {0, 1}},
+      {17, "Logistic", {0, 1}},
+      {18, "LogNormal", {0, 1}},
+      {19, "Maxwell", {2}},
+      {20, "Moyal", {0, 1}},
+      {21, "NegativeBinomial", {3, 0.4}},
+      {23, "NonCentralStudentT", {5, 1}},
+      {24, "Normal", {1, 2}},
+      {25, "Pareto", {1, 3}},
+      {26, "Poisson", {4}},
+      {27, "Power", {1, 2}},
+      {28, "Rayleigh", {2}},
+      {29, "StudentT", {5}},
+      {30, "Triangular", {0, 2, 1}},
+      {31, "Uniform", {2, 5}},
+      {33, "Weibull", {2, 1.5}},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.distribution);
+    kernel.seed(7);
+    const std::vector<double> sample = draw(kernel.null(), list({builtIn(c.code, c.parameters)}));
+    kernel.seed(7);
+    std::vector<vexel::Value> arguments;
+    for (const double p : c.parameters) {
+      arguments.push_back(kernel.real(p));
+    }
+    for (const double x : sample) {
+      EXPECT_EQ(x,
+                number(kernel.callValues(
+                    "STATS_Vexel" + std::string(c.distribution) + "RandomVariate_HW", arguments)));
+    }
+  }
+}
+
+TEST_F(RandomSampleTest, GeneratorsAreDrawnInTurnForEachElement) {
+  const vexel::Value two = list({builtIn(31, {0, 1}), builtIn(31, {10, 20})});
+  const vexel::Value difference =
+      kernel.function("difference", [this](vexel::Kernel& k, std::span<const vexel::Value> a) {
+        if (++calls == failAt) {
+          throw vexel::Error("planned", "planned", {});
+        }
+        return k.real(a[1].number() - a[0].number());
+      });
+  const std::vector<double> u = {0.25, 0.5, 0.5, 0.75, 0.125, 0.25};
+  for (const bool hardware : {false, true}) {
+    scriptUniforms(u);
+    EXPECT_EQ(draw(difference, two, hardware), (std::vector<double>{14.75, 17, 12.375}));
+  }
+  scriptUniforms(u);  // without a procedure only the first generator draws
+  EXPECT_EQ(draw(kernel.null(), two), (std::vector<double>{0.25, 0.5, 0.5}));
+}
+
+TEST_F(RandomSampleTest, FailuresHaveTheirTexts) {
+  const vexel::Value none = kernel.null();
+  const vexel::Value good = list({builtIn(31, {0, 1})});
+  const vexel::Value x = kernel.real(1.5);
+  const vexel::Value zero = kernel.integer(0);
+  const auto one = [&](const vexel::Value& spec) { return list({list({zero, spec})}); };
+  const std::string unusable = "unable to initialize random variate generator with parameters %1";
+  EXPECT_EQ(error(none, x), "expected: vexel list, received: %1");
+  EXPECT_EQ(error(x, good), "expected: vexel procedure, received: %1");
+  for (const int code : {-1, 0, 7, 32, 34, 127}) {
+    EXPECT_EQ(error(none, list({builtIn(code, {1})})), unusable) << code;
+  }
+  EXPECT_EQ(error(none, one(x)), "expected: list, received: %1");
+  EXPECT_EQ(error(none, one(list({zero}))), "expected: list of size 2, received: %1");
+  EXPECT_EQ(error(none, one(list({x, x}))),
+            "invalid random variate type, expected: integer, received: %1");
+  EXPECT_EQ(error(none, one(list({zero, x}))), "expected: list of coefficients, received: %1");
+  EXPECT_EQ(error(none, list({builtIn(31, {1, 2, 3, 4, 5, 6})})),
+            "invalid number of parameters: %1");
+  EXPECT_EQ(error(none, list({list({kernel.integer(1), x})})),
+            "expected: list of size 5, received: %1");
+  const vexel::Value integers = kernel.array(std::vector<std::int32_t>{1, 2});
+  EXPECT_EQ(hostError([&] { call("STATS_VexelRandomSample_HW", integers, none, good, false); }),
+            "output rtable has invalid data type %1");
+  EXPECT_EQ(hostError([&] { call("STATS_VexelRandomSample_HW", integers); }),
+            "expected 4 arguments, received: %1");
+  // An empty list leaves anything as it is.
+  EXPECT_EQ(call("STATS_VexelRandomSample_HW", integers, none, list({}), false), integers);
+}
+
+TEST_F(RandomSampleTest, NonCentralChiSquareEnvelopeFits) {
+  // With four degrees of freedom the density is a Bessel function; its series is enough here.
+  constexpr double kDelta = 2;
+  const auto term = [](double x, int k, int derivative) {
+    // Poisson(k; delta / 2) times the chi-square density of 4 + 2k degrees, or a derivative.
+    const double m = k + 1;  // the power of x
+    const double scale =
+        std::exp(-kDelta / 2 - x / 2 + k * std::log(kDelta / 2) - std::lgamma(k + 1.0) -
+                 std::lgamma(k + 2.0) - (k + 2) * std::log(2.0));
+    const double p = std::pow(x, m);
+    const double p1 = m * std::pow(x, m - 1);
+    const double p2 = m > 1 ? m * (m - 1) * std::pow(x, m - 2) : 0.0;
+    return scale * (derivative == 0 ? p : derivative == 1 ? p1 - p / 2 : p2 - p1 + p / 4);
+  };
+  const auto series = [&](int derivative) {
+    return [=](double x) {
+      double sum = 0;
+      for (int k = 0; k < 40; ++k) {
+        sum += term(x, k, derivative);
+      }
+      return sum;
+    };
+  };
+  const auto sample =
+      numbers(call("STATS_VexelNonCentralChiSquareRandomSample_HW", 20000, 4.0, kDelta,
+                   counted("h", series(0)), counted("h1", series(1)), counted("h2", series(2))));
+  double mean = 0;
+  for (const double x : sample) {
+    mean += x / static_cast<double>(sample.size());
+  }
+  const double deviation = std::sqrt(2 * (4 + 2 * kDelta) / static_cast<double>(sample.size()));
+  EXPECT_NEAR(mean, 4 + kDelta, 5 * deviation);
+  EXPECT_LT(
+      misfit(sample,
+             [&](double x) {
+               return number(call("STATS_VexelNonCentralChiSquareProbability_HW", x, 4.0, kDelta));
+             }),
+      5);
+  const vexel::Value h = counted("h", series(0));
+  const struct {
+    vexel::Value a, b, c;
+    const char* text;
+  } cases[] = {
+      {kernel.real(1), h, h,
+       "procedure expected as fourth parameter to VexelNonCentralChiSquareRandomSample, "
+       "received: %1"},
+      {h, kernel.real(1), h,
+       "procedure expected as fifth parameter to VexelNonCentralChiSquareRandomSample, "
+       "received: %1"},
+      {h, h, kernel.real(1),
+       "procedure expected as sixth parameter to VexelNonCentralChiSquareRandomSample, "
+       "received: %1"},
+  };
+  for (const auto& c : cases) {
+    EXPECT_EQ(hostError([&] {
+                call("STATS_VexelNonCentralChiSquareRandomSample_HW", 9, 4.0, 2.0, c.a, c.b, c.c);
+              }),
+              c.text);
+  }
+}
+
+}  // namespace
