@@ -15,27 +15,14 @@
 #include <memory>
 #include <set>
 #include <string>
-#include <string_view>
 #include <system_error>
+#include <utility>
 #include <vector>
-
-#include "statements.hpp"
+#include <vexel/session.hpp>
 
 namespace {
 
 constexpr int kHistoryLength = 2000;
-
-// The words that complete besides the entry points and what was typed before.
-constexpr const char* kWords[] = {
-    "Array",   "Complex",  "Digits",     "Float",  "NULL",       "Pi",          "RandomDouble01",
-    "ReadCSV", "WriteCSV", "abs",        "and",    "beta",       "ceil",        "clear",
-    "count",   "datatype", "diff",       "elif",   "else",       "erf",         "erfc",
-    "error",   "evalf",    "evalhf",     "exp",    "false",      "floor",       "gamma",
-    "gc",      "infinity", "info_level", "istrue", "last_error", "lgamma",      "local",
-    "log",     "log10",    "map",        "max",    "min",        "not",         "order",
-    "part",    "print",    "proc",       "quit",   "randomize",  "RandomInt32", "round",
-    "seq",     "sqrt",     "storage",    "sum",    "table",      "then",        "time",
-    "tolist",  "true",     "trunc",      "typeof", "undefined",  "while"};
 
 // $XDG_STATE_HOME/vexel/history, or the same under ~/.local/state; empty when there is no home.
 std::filesystem::path historyFile() {
@@ -54,26 +41,18 @@ std::filesystem::path historyFile() {
 
 bool isNamePart(char c) { return std::isalnum(static_cast<unsigned char>(c)) != 0 || c == '_'; }
 
-// The names known to the prompt.
+// The names that the prompt completes and lists.
 class Names {
  public:
-  explicit Names(const vexel::Kernel& kernel) : names_(std::begin(kWords), std::end(kWords)) {
-    for (const std::string& name : kernel.entryPoints()) {
-      names_.insert(name);
-    }
-  }
+  explicit Names(vexel::Kernel& kernel) { refresh(kernel); }
 
-  // Remembers the names of a line that was run.
-  void learn(std::string_view line) {
-    for (std::size_t i = 0; i < line.size();) {
-      std::size_t end = i;
-      while (end < line.size() && isNamePart(line[end])) {
-        ++end;
-      }
-      if (end - i > 1 && std::isdigit(static_cast<unsigned char>(line[i])) == 0) {
-        names_.emplace(line.substr(i, end - i));
-      }
-      i = std::max(end, i + 1);
+  // Asks the kernel again: statements make names.
+  void refresh(vexel::Kernel& kernel) {
+    for (std::string& name : vexel::knownNames(kernel)) {
+      names_.insert(std::move(name));
+    }
+    for (std::string& name : kernel.entryPoints()) {
+      names_.insert(std::move(name));
     }
   }
 
@@ -211,17 +190,6 @@ class Editor {
   bool continued_ = false;
 };
 
-// True when nothing of text is left open, so that a line's end may end the last statement.
-bool complete(std::string_view text) {
-  StatementReader reader(text);
-  while (const std::optional<Statement> statement = reader.next()) {
-    if (!statement->complete) {
-      return false;
-    }
-  }
-  return true;
-}
-
 void printHelp(const Names& names, const std::string& line) {
   std::string text;
   std::copy_if(line.begin() + 1, line.end(), std::back_inserter(text), isNamePart);
@@ -262,11 +230,11 @@ void runPrompt(vexel::Kernel& kernel, Runner& runner, bool quiet) {
       continue;
     }
     text += line;
-    if (complete(text)) {
+    if (!vexel::isIncomplete(kernel, text)) {
       if (text.find_first_not_of(" \t\n") != std::string::npos) {
         editor.remember(text);
-        names.learn(text);
         runner.run(text, "");
+        names.refresh(kernel);
       }
       text.clear();
     }

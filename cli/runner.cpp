@@ -2,87 +2,48 @@
 
 #include "runner.hpp"
 
-#include <cstddef>
-#include <exception>
 #include <iostream>
-#include <optional>
-
-#include "statements.hpp"
-
-namespace {
-
-// At the prompt a value longer than this is cut in the middle.
-constexpr std::size_t kLongestShown = 1000;
-
-std::string shortened(std::string text) {
-  if (text.size() > kLongestShown) {
-    constexpr std::size_t kHead = kLongestShown * 3 / 4;
-    constexpr std::size_t kTail = kLongestShown / 4;
-    text = text.substr(0, kHead) + " ... " + text.substr(text.size() - kTail);
-  }
-  return text;
-}
-
-bool isQuit(std::string_view text) {
-  const std::size_t last = text.find_last_not_of(" \t\r\n");
-  text = text.substr(0, last == std::string_view::npos ? 0 : last + 1);
-  return text == "quit" || text == "quit()";
-}
-
-}  // namespace
+#include <vexel/session.hpp>
 
 void Runner::printValue(const vexel::Value& value) const {
   if (options_.json) {
     std::cout << value.json() << std::endl;
   } else {
-    const std::string text = value.source();
-    std::cout << (shorten_ ? shortened(text) : text) << std::endl;
+    std::cout << (shorten_ ? vexel::shortened(value) : value.source()) << std::endl;
   }
 }
 
-void Runner::reportError(const std::string& filled, const std::string& message,
-                         std::span<const vexel::Value> arguments, const std::string& source,
-                         int line) {
+void Runner::reportError(const vexel::Outcome& outcome, const std::string& source) {
   failed_ = true;
   if (options_.json) {
-    std::cout << "{\"error\": " << kernel_.string(filled).json()
-              << ", \"message\": " << kernel_.string(message).json() << ", \"args\": [";
-    for (std::size_t i = 0; i < arguments.size(); ++i) {
-      std::cout << (i > 0 ? ", " : "") << arguments[i].json();
-    }
-    std::cout << "]}" << std::endl;
+    std::cout << outcome.json << std::endl;
     return;
   }
   std::cout.flush();
-  std::cerr << "Error, " << filled << '\n';
+  std::cerr << "Error, " << outcome.error << '\n';
   if (!source.empty()) {
-    std::cerr << "  at " << source << ", line " << line << '\n';
+    std::cerr << "  at " << source << ", line " << outcome.line << '\n';
+  }
+  if (!outcome.source.empty()) {
+    std::cerr << outcome.source << '\n';
   }
 }
 
-void Runner::run(std::string_view text, const std::string& source) {
-  StatementReader reader(text);
-  const bool goesOn = options_.json || options_.keepGoing;
-  while (const std::optional<Statement> statement = reader.next()) {
-    if (isQuit(statement->text)) {
-      finished_ = true;
-      return;
-    }
-    bool ok = false;
-    try {
-      const vexel::Value value = kernel_.eval(statement->text);
-      if (statement->printed) {
-        printValue(value);
+void Runner::run(const std::string& text, const std::string& source) {
+  vexel::Script script(kernel_, text);
+  vexel::Outcome outcome;
+  while (script.next(outcome)) {
+    if (outcome.kind == vexel::Outcome::Kind::value) {
+      if (outcome.printed) {
+        printValue(outcome.value);
       }
-      ok = true;
-    } catch (const vexel::Error& e) {
-      reportError(e.what(), e.message(), e.arguments(), source, statement->line);
-    } catch (const std::exception& e) {
-      reportError(e.what(), e.what(), {}, source, statement->line);
+      continue;
     }
-    if (!ok && !goesOn) {
+    reportError(outcome, source);
+    if (!options_.json && !options_.keepGoing) {
       finished_ = !source.empty();  // the prompt goes on
       return;
     }
   }
+  finished_ = finished_ || vexel::quitRequested(kernel_);
 }

@@ -1,10 +1,9 @@
 // Running texts statement by statement and reporting values and errors.
 #pragma once
 
-#include <span>
 #include <string>
-#include <string_view>
 #include <vexel/kernel.hpp>
+#include <vexel/session.hpp>
 
 #include "options.hpp"
 
@@ -14,7 +13,7 @@ class Runner {
 
   // Runs the statements of text.  source names the file for errors; empty at the prompt.  Stops at
   // the first error unless JSON or keep-going is on.
-  void run(std::string_view text, const std::string& source);
+  void run(const std::string& text, const std::string& source);
 
   bool failed() const { return failed_; }      // some statement raised an error
   bool finished() const { return finished_; }  // nothing more is to be run
@@ -22,8 +21,7 @@ class Runner {
 
  private:
   void printValue(const vexel::Value& value) const;
-  void reportError(const std::string& filled, const std::string& message,
-                   std::span<const vexel::Value> arguments, const std::string& source, int line);
+  void reportError(const vexel::Outcome& outcome, const std::string& source);
 
   vexel::Kernel& kernel_;
   const Options& options_;
