@@ -45,7 +45,7 @@ TEST_F(DescriptiveTest, MissingValuesAreDroppedOnRequestOnly) {
       {"STATS_VexelWinsorizedMean_HW(holed, 0, 100, none, false, 0)", kNaN},
       {"STATS_VexelMoment_HW(holed, none, 2, 0, true)", 35.0 / 3.0},
       {"STATS_VexelAbsoluteDeviation_HW(holed, w4, 2, true)", 2.5},
-      {"STATS_VexelExpectedValue_HW(holed, none, t -> t/3, true)", 1.0},
+      {"STATS_VexelExpectedValue_HW(holed, none, t -> 2*t, true)", 6.0},
       {"STATS_VexelMedian_HW(holed, none, true, false)", 3.0},
       {"STATS_VexelMedian_HW(holed, none, false, false)", 4.0},  // 1 3 5 NaN: (3 + 5) / 2
       {"STATS_VexelMedian_HW(lost, none, true, false)", kNaN},
@@ -213,7 +213,7 @@ TEST_F(DescriptiveTest, AnErrorOfTheProcedureIsTheErrorOfTheCall) {
   EXPECT_EQ(hostErrorText([&] {
               eval(
                   "STATS_VexelExpectedValue_HW(ten, none,"
-                  " proc(t) if t > 3 then error(\"too far: %1\", t) end if; t end, false)");
+                  " proc(t) if t > 3 then error(\"too far: %1\", t) end; t end, false)");
             }),
             "too far: 4.0");
   EXPECT_EQ(value("STATS_VexelExpectedValue_HW(ten, ten, t -> 1/3, true)"), 1.0 / 3.0);
