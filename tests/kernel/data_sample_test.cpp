@@ -10,6 +10,7 @@
 #include "kernel_test.hpp"
 
 extern "C" ALGEB STATS_StatsInitialize_HW(VKernelVector kv);
+extern "C" ALGEB STATS_StatsTerminate_HW(VKernelVector kv);
 
 namespace {
 
@@ -19,6 +20,9 @@ using testing::ElementsAre;
 class DataSampleTest : public KernelTest {
  protected:
   DataSampleTest() { STATS_StatsInitialize_HW(kernel.vector()); }
+  ~DataSampleTest() override { STATS_StatsTerminate_HW(kernel.vector()); }
+  DataSampleTest(const DataSampleTest&) = delete;
+  DataSampleTest& operator=(const DataSampleTest&) = delete;
 
   Doubles view(const vexel::Value& array) {
     const STATS_Vector_HW vector(kernel.vector(), array.handle());
