@@ -1,0 +1,127 @@
+// The vexel command as its users meet it: output, errors, exit status.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+
+#include <array>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <string>
+
+namespace {
+
+using testing::HasSubstr;
+
+struct Outcome {
+  int status;
+  std::string out;     // standard output
+  std::string errors;  // standard error
+};
+
+std::string contents(const std::filesystem::path& path) {
+  std::ifstream in(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(in), {}};
+}
+
+class CommandTest : public testing::Test {
+ protected:
+  CommandTest() {
+    std::string name = (std::filesystem::temp_directory_path() / "vexel-XXXXXX").string();
+    directory_ = mkdtemp(name.data());
+  }
+  ~CommandTest() override { std::filesystem::remove_all(directory_); }
+
+  // Runs the command with arguments written as for the shell.
+  Outcome run(const std::string& arguments, const std::string& input = "",
+              const std::string& prefix = "") {
+    const auto in = file("stdin", input);
+    const auto errors = (directory_ / "stderr").string();
+    const std::string line =
+        prefix + VEXEL_COMMAND + " " + arguments + " < " + in + " 2> " + errors;
+    Outcome result;
+    FILE* pipe = popen(line.c_str(), "r");
+    std::array<char, 4096> buffer;
+    std::size_t count = 0;
+    while ((count = fread(buffer.data(), 1, buffer.size(), pipe)) > 0) {
+      result.out.append(buffer.data(), count);
+    }
+    result.status = WEXITSTATUS(pclose(pipe));
+    result.errors = contents(errors);
+    return result;
+  }
+
+  // The path of a file with this text.
+  std::string file(const std::string& name, const std::string& text) {
+    std::ofstream(directory_ / name, std::ios::binary) << text;
+    return (directory_ / name).string();
+  }
+
+ private:
+  std::filesystem::path directory_;
+};
+
+TEST_F(CommandTest, RunsFilesTextsAndStandardInputInOrder) {
+  const std::string script = file("a.vx", "x := 1/3:\nx;\n");
+  const Outcome all = run(script + " -e 'x + 1' -e '\"last\";' -", "");
+  EXPECT_EQ(all.out, "1/3\n4/3\n\"last\"\n");
+  EXPECT_EQ(all.status, 0);
+  EXPECT_EQ(run("", "2^70;").out, "1180591620717411303424\n");
+  EXPECT_EQ(run("-e '-7;'").out, "-7\n");
+}
+
+TEST_F(CommandTest, AnErrorNamesFileAndLineAndEndsTheRun) {
+  const std::string script = file("b.vx", "1;\n\nerror(\"no %1\", 7);\n2;\n");
+  const Outcome stopped = run(script + " -e '3;'");
+  EXPECT_EQ(stopped.out, "1\n");
+  EXPECT_THAT(stopped.errors, HasSubstr("Error, no 7\n"));
+  EXPECT_THAT(stopped.errors, HasSubstr("b.vx, line 3"));
+  EXPECT_EQ(stopped.status, 1);
+
+  const Outcome kept = run("-k " + script + " -e '3;'");
+  EXPECT_EQ(kept.out, "1\n2\n3\n");
+  EXPECT_EQ(kept.status, 1);
+}
+
+TEST_F(CommandTest, JsonHasOneLineForEveryValueAndError) {
+  const Outcome json = run("--json -e 'error(\"no %1\", 7): 2.0; undefined; [1, \"b\"]: 1/3;'");
+  EXPECT_EQ(json.out,
+            "{\"error\": \"no 7\", \"message\": \"no %1\", \"args\": [7]}\n"
+            "2.0\n{\"float\": \"undefined\"}\n{\"expr\": \"1/3\"}\n");
+  EXPECT_EQ(json.errors, "");
+  EXPECT_EQ(json.status, 1);
+}
+
+TEST_F(CommandTest, QuitEndsTheRunWithSuccess) {
+  const Outcome quit = run("-e '1; quit; 2;' -e '3;'");
+  EXPECT_EQ(quit.out, "1\n");
+  EXPECT_EQ(quit.status, 0);
+}
+
+TEST_F(CommandTest, BadUsageIsStatusTwo) {
+  EXPECT_EQ(run("--no-such-option").status, 2);
+  EXPECT_EQ(run("--seed many").status, 2);
+  EXPECT_EQ(run("/no/such/file").status, 2);
+  EXPECT_EQ(run("/tmp").status, 2);
+  EXPECT_EQ(run("--library /no/such/library.so -e 1").status, 2);
+  EXPECT_EQ(run("--help").status, 0);
+  EXPECT_THAT(run("--version").out, HasSubstr("vexel "));
+}
+
+TEST_F(CommandTest, TheSeedDecidesTheDraws) {
+  // xoshiro256++ from SplitMix64 of seed 0 starts with 0x53175d61490b23df.
+  EXPECT_EQ(run("-e 'RandomInt32();'").out, "1394040161\n");
+  EXPECT_EQ(run("--seed 0 -e 'RandomInt32();'").out, "1394040161\n");
+  EXPECT_NE(run("--seed 1 -e 'RandomInt32();'").out, "1394040161\n");
+}
+
+TEST_F(CommandTest, AnInterruptEndsTheStatementWithAnError) {
+  const std::string script = file("loop.vx", "while true do 1 end;\n");
+  const Outcome ended = run(script, "", "timeout --preserve-status -s INT 1 ");
+  EXPECT_THAT(ended.errors, HasSubstr("Error, "));
+  EXPECT_EQ(ended.status, 1);
+}
+
+}  // namespace
