@@ -1,0 +1,10 @@
+# fish completion for vexel
+complete -c vexel -s e -x -d 'run the statements'
+complete -c vexel -s i -d 'go to the prompt afterwards'
+complete -c vexel -l json -d 'print values and errors as JSON lines'
+complete -c vexel -s k -l keep-going -d 'go on after an error'
+complete -c vexel -l seed -x -d 'seed the random stream'
+complete -c vexel -l quiet -d 'no banner, no hints'
+complete -c vexel -l library -r -d 'load this statistics library'
+complete -c vexel -s h -l help -d 'print help'
+complete -c vexel -l version -d 'print the version'
