@@ -16,6 +16,7 @@ namespace {
 
 using Doubles = std::vector<double>;
 using testing::ElementsAre;
+using testing::ElementsAreArray;
 
 class DataSampleTest : public KernelTest {
  protected:
@@ -48,6 +49,16 @@ TEST_F(DataSampleTest, EveryTypeOrderStorageAndLowerBoundGivesTheSameDoubles) {
           settings.storage = storage;
           const vexel::Value array(kernel, RTableCopy(kernel.vector(), &settings, dense.handle()));
           EXPECT_THAT(view(array), ElementsAre(3.0, 0.0, -2.0));
+
+          // Again one element at a time, which happens when the host refuses to copy the array.
+          // Then host objects without a block go to the position of their index, if there is one.
+          kernel.failAllocation(0);
+          const bool byIndex = type == RTABLE_DAG && storage == RTABLE_SPARSE;
+          EXPECT_THAT(view(array),
+                      ElementsAreArray(byIndex && lower == 1   ? Doubles{0.0, 3.0, 0.0}
+                                       : byIndex && lower != 0 ? Doubles(3)
+                                                               : Doubles{3.0, 0.0, -2.0}));
+          kernel.failAllocation(-1);
           ++seen;
         }
       }
