@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <string_view>
+#include <unordered_map>
 #include <vector>
 
 #include "core/errors.hpp"
@@ -69,11 +70,10 @@ class Collection {
   explicit Collection(State& state) : state_(state), what_(state), amount_(state) {}
 
   void add(ALGEB what, ALGEB amount) {
-    for (std::size_t i = 0; i < what_.size(); ++i) {
-      if (what_[i] == what) {
-        amount_[i] = sumOf(state_, amount_[i], amount);
-        return;
-      }
+    const auto [at, isNew] = index_.try_emplace(what, what_.size());
+    if (!isNew) {
+      amount_[at->second] = sumOf(state_, amount_[at->second], amount);
+      return;
     }
     what_.push(what);
     amount_.push(amount);
@@ -97,6 +97,7 @@ class Collection {
   State& state_;
   Handles what_;
   Handles amount_;
+  std::unordered_map<ALGEB, std::size_t> index_;  // of what_, whose handles stay put
 };
 
 // A term as coefficient and rest: 3*x*y is 3 and x*y.

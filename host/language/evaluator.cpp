@@ -12,6 +12,7 @@
 #include "core/objects.hpp"
 #include "core/text.hpp"
 #include "language/algebra.hpp"
+#include "language/hardware.hpp"
 #include "language/procedure.hpp"
 
 namespace vexel {
@@ -29,6 +30,7 @@ class Evaluator {
   bool condition(const Node& node);
   ALGEB global(ALGEB n);
   ALGEB callValue(const Node& node);
+  ALGEB hardwareValue(const Node& node);
   ALGEB overRange(const Node& node);
   ALGEB makeProcedure(const Node& node);
   ALGEB assign(const Node& target, ALGEB v);
@@ -47,9 +49,25 @@ V_INT indexValue(State& state, ALGEB i) {
   return n;
 }
 
+// The key under which a table holds an index: lists and sequences that are equal element by element
+// are one key.
+ALGEB tableKey(State& state, ALGEB t, std::span<const ALGEB> index) {
+  const ALGEB key = sequenceOf(state, index);
+  if ((!isSequence(key) && !isList(key)) || isNull(key) || table(t).find(key) != nullptr) {
+    return key;
+  }
+  for (const auto& [known, value] : table(t).entries()) {
+    if ((isSequence(known) || isList(known)) &&
+        comparison(state, CompareOp::equal, known, key).value_or(false)) {
+      return known;
+    }
+  }
+  return key;
+}
+
 void assignIndexed(State& state, ALGEB what, std::span<const ALGEB> index, ALGEB v) {
   if (is(what, Tag::table)) {
-    table(what).assign(sequenceOf(state, index), v);
+    table(what).assign(tableKey(state, what, index), v);
     return;
   }
   if (isArray(what)) {
@@ -165,6 +183,16 @@ ALGEB Evaluator::callValue(const Node& node) {
   return apply(state_, function, std::span<const ALGEB>(args, n));
 }
 
+// evalhf(e): e is run in hardware as a whole where it can be, else its value is converted.
+ALGEB Evaluator::hardwareValue(const Node& node) {
+  if (nameValue(node.children[0]->value) == nullptr) {
+    if (const auto d = runHardware(state_, *node.children[1], slots_)) {
+      return newFloat(state_, *d);
+    }
+  }
+  return callValue(node);
+}
+
 ALGEB Evaluator::overRange(const Node& node) {
   const ALGEB lower = value(*node.children[1]);
   const ALGEB upper = value(*node.children[2]);
@@ -202,6 +230,9 @@ ALGEB Evaluator::assign(const Node& target, ALGEB v) {
   } else if (target.kind == NodeKind::global) {
     if (target.value == state_.piName) {
       raise(state_, "unable to assign to %1", target.value);
+    }
+    if (target.value == state_.digitsName) {
+      checkDigits(state_, indexValue(state_, v));
     }
     setNameValue(target.value, v == target.value ? nullptr : v);
   } else {
@@ -291,6 +322,8 @@ ALGEB Evaluator::value(const Node& node) {
     }
     case NodeKind::call:
       return callValue(node);
+    case NodeKind::hardware:
+      return hardwareValue(node);
     case NodeKind::procedure:
       return makeProcedure(node);
     case NodeKind::conditional:
@@ -406,7 +439,7 @@ ALGEB callProcedure(State& state, ALGEB procedureObject, ALGEB args) {
 
 ALGEB indexed(State& state, ALGEB x, std::span<const ALGEB> index) {
   if (is(x, Tag::table)) {
-    const ALGEB key = sequenceOf(state, index);
+    const ALGEB key = tableKey(state, x, index);
     if (const ALGEB found = table(x).find(key)) {
       return found;
     }

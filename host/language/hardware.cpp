@@ -7,7 +7,9 @@
 
 #include <alloca.h>
 
+#include <algorithm>
 #include <cmath>
+#include <unordered_set>
 
 #include "core/errors.hpp"
 #include "core/evaluation.hpp"
@@ -24,9 +26,8 @@ using Op = HardwareCode::Op;
 
 class Compiler {
  public:
-  Compiler(State& state, const FunctionCode& function, HardwareCode& code)
-      : state_(state), out_(code) {
-    out_.slots = function.slots;
+  Compiler(State& state, int slots, HardwareCode& code) : state_(state), out_(code) {
+    out_.slots = slots;
   }
 
   // False when a node has no hardware form.
@@ -38,6 +39,7 @@ class Compiler {
       case NodeKind::slot:
         push(1);
         emit(Op::slot).a = node.slot;
+        out_.slots = std::max(out_.slots, node.slot + 1);
         return true;
       case NodeKind::global:
         push(1);
@@ -59,6 +61,8 @@ class Compiler {
         return logical(node);
       case NodeKind::call:
         return call(node);
+      case NodeKind::hardware:
+        return compile(*node.children[1]);
       case NodeKind::conditional:
         return choice(node.children, 0);
       case NodeKind::ifStatement:
@@ -432,8 +436,60 @@ double run(State& state, const HardwareCode& code, double* slots, double* stack)
 
 std::unique_ptr<HardwareCode> compileHardware(State& state, const FunctionCode& function) {
   auto code = std::make_unique<HardwareCode>();
-  Compiler compiler(state, function, *code);
+  Compiler compiler(state, function.slots, *code);
   return compiler.compile(*function.body) ? std::move(code) : nullptr;
+}
+
+namespace {
+
+void compileOnce(State& state, LanguageProcedure& procedure) {
+  if (!procedure.hardware && !procedure.hardwareRefused) {
+    procedure.hardware = compileHardware(state, *procedure.code);
+    procedure.hardwareRefused = procedure.hardware == nullptr;
+  }
+}
+
+// True when everything that the code calls, directly or not, has a hardware form now.
+bool canRun(State& state, const HardwareCode& code, std::unordered_set<ALGEB>& seen) {
+  checkStack(state);
+  for (const HardwareCode::Instruction& instruction : code.code) {
+    if (instruction.op != Op::call || !seen.insert(instruction.object).second) {
+      continue;
+    }
+    const ALGEB v = nameValue(instruction.object);
+    const ALGEB f = v != nullptr ? v : nameFunction(instruction.object);
+    if (is(f, Tag::procedure)) {
+      auto& procedure = static_cast<LanguageProcedure&>(*foreign(f));
+      compileOnce(state, procedure);
+      if (procedure.hardwareRefused || !canRun(state, *procedure.hardware, seen)) {
+        return false;
+      }
+    } else if (!is(f, Tag::function) || !machineFunction(f).hardware) {
+      return false;
+    }
+  }
+  return true;
+}
+
+}  // namespace
+
+std::optional<double> runHardware(State& state, const Node& expression, const ALGEB* slots) {
+  HardwareCode code;
+  std::unordered_set<ALGEB> seen;
+  if (!Compiler(state, 0, code).compile(expression) || !canRun(state, code, seen)) {
+    return std::nullopt;
+  }
+  std::vector<double> frame(static_cast<std::size_t>(code.slots + code.depth) + 1);
+  for (const HardwareCode::Instruction& instruction : code.code) {
+    if (instruction.op == Op::slot) {
+      const ALGEB x = slots[instruction.a];
+      if (!isReal(x)) {
+        return std::nullopt;
+      }
+      frame[static_cast<std::size_t>(instruction.a)] = evaluateHardware(state, x);
+    }
+  }
+  return run(state, code, frame.data(), frame.data() + code.slots);
 }
 
 double callHardware(State& state, ALGEB procedureObject, int n, const double* args) {
@@ -441,10 +497,7 @@ double callHardware(State& state, ALGEB procedureObject, int n, const double* ar
   lookAtInterrupt();
   auto& procedure = static_cast<LanguageProcedure&>(*foreign(procedureObject));
   const FunctionCode& function = *procedure.code;
-  if (!procedure.hardware && !procedure.hardwareRefused) {
-    procedure.hardware = compileHardware(state, function);
-    procedure.hardwareRefused = procedure.hardware == nullptr;
-  }
+  compileOnce(state, procedure);
   if (procedure.hardwareRefused || n != function.parameters || procedure.hardware->slots > 4096 ||
       procedure.hardware->depth > 4096) {
     raise(state, "no hardware floating-point value: %1", procedureObject);

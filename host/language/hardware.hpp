@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <vector>
 
 #include "core/kernel_state.hpp"
@@ -53,5 +54,9 @@ struct HardwareCode {
 
 // Compiles a function; null when it has something without a hardware form.
 std::unique_ptr<HardwareCode> compileHardware(State& state, const FunctionCode& function);
+
+// An expression in a frame of host values: nothing when it, or a function that it calls, has no
+// hardware form, or when a slot that it reads holds no real number.  Raises what running it raises.
+std::optional<double> runHardware(State& state, const Node& expression, const ALGEB* slots);
 
 }  // namespace vexel

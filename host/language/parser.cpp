@@ -10,7 +10,34 @@
 namespace vexel {
 
 Parser::Parser(State& state, std::string_view text)
-    : state_(state), text_(text), tokens_(tokenize(text)) {}
+    : state_(state), text_(text), tokens_(tokenize(text)) {
+  findCommas();
+}
+
+// For every opening bracket the first comma between it and its partner, so that looking ahead costs
+// nothing however deep brackets are nested.
+void Parser::findCommas() {
+  firstComma_.assign(tokens_.size(), 0);
+  std::vector<std::size_t> open;
+  for (std::size_t i = 0; i < tokens_.size(); ++i) {
+    if (tokens_[i].kind != TokenKind::symbol) {
+      continue;
+    }
+    const std::string_view symbol = tokens_[i].text;
+    if (symbol == "(" || symbol == "[") {
+      open.push_back(i);
+    } else if (symbol == ";") {
+      // Only the body of a procedure has statements between brackets; its brackets stay open.
+      continue;
+    } else if (!open.empty()) {
+      if (symbol == ")" || symbol == "]") {
+        open.pop_back();
+      } else if (symbol == "," && firstComma_[open.back()] == 0) {
+        firstComma_[open.back()] = i;
+      }
+    }
+  }
+}
 
 // --- tokens ---
 
@@ -569,26 +596,7 @@ Node* Parser::procedureExpression() {
 }
 
 // "if" with a parenthesis that holds a comma of its own.
-bool Parser::conditionalAhead() const {
-  if (!isSymbol("(", 1)) {
-    return false;
-  }
-  int depth = 0;
-  for (std::size_t n = 1; peek(n).kind != TokenKind::end; ++n) {
-    if (isSymbol("(", n) || isSymbol("[", n)) {
-      ++depth;
-    } else if (isSymbol(")", n) || isSymbol("]", n)) {
-      if (--depth == 0) {
-        return false;
-      }
-    } else if (depth == 1 && isSymbol(",", n)) {
-      return true;
-    } else if (isSymbol(";", n)) {
-      return false;
-    }
-  }
-  return false;
-}
+bool Parser::conditionalAhead() const { return isSymbol("(", 1) && firstComma_[at_ + 1] != 0; }
 
 Node* Parser::conditionalExpression() {
   Node* node = make(NodeKind::conditional, take());
@@ -623,6 +631,8 @@ Node* Parser::callOf(Node* function, const Token& at) {
     call->kind = NodeKind::clear;
     call->value = call->children[1]->value;
     call->children.clear();
+  } else if (called == "evalhf" && call->children.size() == 2) {
+    call->kind = NodeKind::hardware;
   } else if (called == "Array") {
     for (std::size_t i = 1; i < call->children.size(); ++i) {
       quoteOption(call->children[i]);
@@ -634,31 +644,21 @@ Node* Parser::callOf(Node* function, const Token& at) {
 // seq(e, i = a .. b): i is bound in e, so e is parsed with a slot for it.  Null when the call has
 // another shape; the tokens are then as before.
 Node* Parser::overRange(NodeKind kind, const Token& at) {
-  // Find the comma that ends e without parsing it.
-  int depth = 0;
-  std::size_t n = 0;
-  for (; peek(n).kind != TokenKind::end; ++n) {
-    if (isSymbol("(", n) || isSymbol("[", n)) {
-      ++depth;
-    } else if (isSymbol(")", n) || isSymbol("]", n)) {
-      --depth;
-    }
-    if (depth < 0 || (depth == 0 && isSymbol(",", n))) {
-      break;
-    }
+  // The comma that ends e, relative to the parser's place just after the parenthesis.
+  const std::size_t comma = firstComma_[at_ - 1];
+  if (comma == 0) {
+    return nullptr;
   }
-  if (!isSymbol(",", n) || peek(n + 1).kind != TokenKind::name || !isSymbol("=", n + 2)) {
+  const std::size_t n = comma - at_;
+  if (peek(n + 1).kind != TokenKind::name || !isSymbol("=", n + 2)) {
     return nullptr;
   }
   Node* node = make(kind, at);
   const std::string_view variable = peek(n + 1).text;
-  Scope& scope = scopes_.back();
-  const std::size_t depthOfBindings = scope.bindings.size();
   node->slot = addSlot(variable);
   Node* body = expression();
   // Captures may have been added at the front; the bound name is the last.
   scopes_.back().bindings.pop_back();
-  (void)depthOfBindings;
   expectSymbol(",");
   take();
   expectSymbol("=");

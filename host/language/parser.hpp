@@ -34,6 +34,7 @@ class Parser {
  private:
   struct Scope;
 
+  void findCommas();
   Node* make(NodeKind kind, const Token& at);
   Node* literal(ALGEB value, const Token& at);
   const Token& peek(std::size_t n = 0) const;
@@ -81,6 +82,7 @@ class Parser {
   State& state_;
   std::string_view text_;
   std::vector<Token> tokens_;
+  std::vector<std::size_t> firstComma_;  // of an opening bracket's token; 0: none
   std::size_t at_ = 0;
   std::shared_ptr<Program> program_;
   struct Binding {

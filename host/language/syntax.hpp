@@ -37,6 +37,7 @@ enum class NodeKind : std::uint8_t {
   sequence,
   index,         // children: what, then indices
   call,          // children: function, then arguments
+  hardware,      // evalhf(e); children as of a call
   procedure,     // function
   conditional,   // children: condition, then, else
   sequenceOver,  // seq: children: expression, lower, upper; slot
