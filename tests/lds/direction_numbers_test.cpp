@@ -1,0 +1,67 @@
+// The direction numbers that users start from: every polynomial is primitive, every integer fits.
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <fstream>
+#include <set>
+#include <sstream>
+#include <string>
+#include <vector>
+
+namespace {
+
+struct Row {
+  int degree;
+  std::uint32_t code;
+  std::vector<std::uint64_t> initial;
+};
+
+std::vector<Row> readRows() {
+  std::ifstream file(std::string(SOURCE_DIR) + "/examples/lds/direction_numbers.csv");
+  std::vector<Row> rows;
+  std::string line;
+  std::getline(file, line);
+  while (std::getline(file, line)) {
+    std::vector<std::uint64_t> fields;
+    std::istringstream cells(line);
+    for (std::string cell; std::getline(cells, cell, ',') && !cell.empty();) {
+      fields.push_back(std::stoull(cell));
+    }
+    rows.push_back({static_cast<int>(fields[1]),
+                    static_cast<std::uint32_t>(fields[2]),
+                    {fields.begin() + 3, fields.end()}});
+  }
+  return rows;
+}
+
+// The period of the shift register of the polynomial, found by running it.
+std::uint32_t period(int degree, std::uint32_t polynomial) {
+  std::uint32_t state = 1;
+  std::uint32_t steps = 0;
+  do {
+    state <<= 1;
+    state ^= (state >> degree & 1U) != 0 ? polynomial : 0;
+    ++steps;
+  } while (state != 1 && steps < 1U << degree);
+  return steps;
+}
+
+}  // namespace
+
+TEST(DirectionNumbers, PolynomialsArePrimitiveAndInitialIntegersOddAndSmall) {
+  const std::vector<Row> rows = readRows();
+  ASSERT_GE(rows.size(), 1000U);
+  std::set<std::uint32_t> seen;
+  for (std::size_t j = 1; j < rows.size(); ++j) {
+    const auto& [degree, code, initial] = rows[j];
+    const std::uint32_t polynomial = 1U << degree | code << 1 | 1U;
+    EXPECT_EQ(period(degree, polynomial), (1U << degree) - 1) << "dimension " << j + 1;
+    EXPECT_TRUE(seen.insert(polynomial).second) << "dimension " << j + 1;
+    ASSERT_EQ(initial.size(), static_cast<std::size_t>(degree));
+    for (int k = 0; k < degree; ++k) {
+      EXPECT_EQ(initial[k] & 1U, 1U);
+      EXPECT_LT(initial[k], std::uint64_t{2} << k);
+    }
+  }
+}
