@@ -1,0 +1,255 @@
+// Entry points of the central continuous distributions.
+
+#include <nag2/nag2.h>
+
+#include <cmath>
+#include <limits>
+
+#include "bisection.hpp"
+#include "domain_check.hpp"
+#include "incomplete_functions.hpp"
+
+using namespace nag2;
+
+namespace {
+
+constexpr double notANumber = std::numeric_limits<double>::quiet_NaN();
+constexpr double infinity = std::numeric_limits<double>::infinity();
+// From here on the t and F laws equal their limits (normal, chi-square) to the last bit.
+constexpr double hugeFreedom = 1e17;
+
+// P(T > |x|), Student t.
+double studentUpper(double x, double nu) {
+  if (nu >= hugeFreedom) {
+    return normalLower(-std::fabs(x));
+  }
+  const long double square = static_cast<long double>(x) * x;
+  if (std::isinf(square)) {
+    return 0.0;
+  }
+  const long double total = square + nu;
+  const UnitPoint at{nu / total, square / total};
+  return 0.5 * betaLower(0.5 * nu, 0.5, at);
+}
+
+// P(|T| <= |x|).
+double studentCentral(double x, double nu) {
+  if (nu >= hugeFreedom) {
+    return std::erf(std::fabs(x) * 0.70710678118654752440);
+  }
+  const long double square = static_cast<long double>(x) * x;
+  if (std::isinf(square)) {
+    return 1.0;
+  }
+  const long double total = square + nu;
+  return betaLower(0.5, 0.5 * nu, {square / total, nu / total});
+}
+
+// x > 0 with P(T > x) = q, q <= 1/2: from I(nu / 2, 1/2) = 2 q, or near the centre from the
+// probability between -x and x, which 1 - 2 q gives without error.
+double studentPositiveQuantile(double q, double nu) {
+  if (q <= 0.0) {
+    return infinity;
+  }
+  if (nu >= hugeFreedom) {
+    return -normalInverse(q);
+  }
+  const UnitPoint at = q > 0.25 ? betaInverse(0.5, 0.5 * nu, 1.0 - 2.0 * q, false)
+                                : betaInverse(0.5, 0.5 * nu, 2.0 * q, true);
+  return static_cast<double>(std::sqrt(nu * at.x / at.y));
+}
+
+// The lower-tail probability at which the quantile of a symmetric law is wanted, as a signed
+// half: x = sign * (quantile with upper tail q).
+struct Symmetric {
+  double q;
+  double sign;
+};
+
+Symmetric halves(Nag_TailProbability tail, double p) {
+  switch (tail) {
+    case Nag_TwoTailSignif:
+      return {0.5 * p, 1.0};
+    case Nag_TwoTailConfid:
+      return {0.5 * (1.0 - p), 1.0};
+    case Nag_UpperTail:
+      return p <= 0.5 ? Symmetric{p, 1.0} : Symmetric{1.0 - p, -1.0};
+    default:
+      return p < 0.5 ? Symmetric{p, -1.0} : Symmetric{1.0 - p, 1.0};
+  }
+}
+
+double signedQuantile(double magnitude, double sign) {
+  return magnitude == 0.0 ? 0.0 : sign * magnitude;
+}
+
+// x^0 split of F's argument: nu1 x / (nu1 x + nu2) and its complement.
+UnitPoint fPoint(double x, double nu1, double nu2) {
+  const long double scaled = static_cast<long double>(nu1) * x;
+  const long double total = scaled + nu2;
+  return {scaled / total, nu2 / total};
+}
+
+}  // namespace
+
+extern "C" {
+
+double nag2_normal_probability(Nag_TailProbability tail, double x, NagError* fail) {
+  DomainCheck check("nag2_normal_probability", fail);
+  if (!check.anyTail(tail) || !check.number("x", x)) {
+    return notANumber;
+  }
+  switch (tail) {
+    case Nag_LowerTail:
+      return normalLower(x);
+    case Nag_UpperTail:
+      return normalLower(-x);
+    case Nag_TwoTailSignif:
+      return std::erfc(std::fabs(x) * 0.70710678118654752440);
+    default:
+      return std::erf(std::fabs(x) * 0.70710678118654752440);
+  }
+}
+
+double nag2_normal_quantile(Nag_TailProbability tail, double p, NagError* fail) {
+  DomainCheck check("nag2_normal_quantile", fail);
+  if (!check.anyTail(tail) || !check.probability("the probability p", p)) {
+    return notANumber;
+  }
+  const Symmetric at = halves(tail, p);
+  return check.computed(signedQuantile(-normalInverse(at.q), at.sign));
+}
+
+double nag2_student_t_probability(Nag_TailProbability tail, double x, double nu, NagError* fail) {
+  DomainCheck check("nag2_student_t_probability", fail);
+  if (!check.anyTail(tail) || !check.positive("the degrees of freedom nu", nu) ||
+      !check.number("x", x)) {
+    return notANumber;
+  }
+  switch (tail) {
+    case Nag_TwoTailSignif:
+      return check.clamped(2.0 * studentUpper(x, nu));
+    case Nag_TwoTailConfid:
+      return check.clamped(studentCentral(x, nu));
+    default: {
+      const double beyond = studentUpper(x, nu);
+      const bool outer = (tail == Nag_LowerTail) == (x < 0.0);
+      return check.clamped(outer ? beyond : 1.0 - beyond);
+    }
+  }
+}
+
+double nag2_student_t_quantile(Nag_TailProbability tail, double p, double nu, NagError* fail) {
+  DomainCheck check("nag2_student_t_quantile", fail);
+  if (!check.anyTail(tail) || !check.positive("the degrees of freedom nu", nu) ||
+      !check.probability("the probability p", p)) {
+    return notANumber;
+  }
+  const Symmetric at = halves(tail, p);
+  return check.computed(signedQuantile(studentPositiveQuantile(at.q, nu), at.sign));
+}
+
+double nag2_chi_square_probability(Nag_TailProbability tail, double x, double nu, NagError* fail) {
+  DomainCheck check("nag2_chi_square_probability", fail);
+  if (!check.oneOfTwoTails(tail) || !check.positive("the degrees of freedom nu", nu) ||
+      !check.number("x", x)) {
+    return notANumber;
+  }
+  return check.clamped(tail == Nag_LowerTail ? gammaLower(0.5 * nu, 0.5 * x)
+                                             : gammaUpper(0.5 * nu, 0.5 * x));
+}
+
+double nag2_chi_square_quantile(double p, double nu, NagError* fail) {
+  DomainCheck check("nag2_chi_square_quantile", fail);
+  if (!check.positive("the degrees of freedom nu", nu) ||
+      !check.probability("the probability p", p)) {
+    return notANumber;
+  }
+  return check.computed(2.0 * gammaInverse(0.5 * nu, p));
+}
+
+double nag2_f_probability(Nag_TailProbability tail, double x, double nu1, double nu2,
+                          NagError* fail) {
+  DomainCheck check("nag2_f_probability", fail);
+  if (!check.oneOfTwoTails(tail) || !check.positive("the numerator degrees of freedom nu1", nu1) ||
+      !check.positive("the denominator degrees of freedom nu2", nu2) || !check.number("x", x)) {
+    return notANumber;
+  }
+  const bool lower = tail == Nag_LowerTail;
+  if (x <= 0.0 || std::isinf(x)) {
+    return (x > 0.0) == lower ? 1.0 : 0.0;
+  }
+  if (nu2 >= hugeFreedom) {
+    return check.clamped(lower ? gammaLower(0.5 * nu1, 0.5 * nu1 * x)
+                               : gammaUpper(0.5 * nu1, 0.5 * nu1 * x));
+  }
+  if (nu1 >= hugeFreedom) {
+    return check.clamped(lower ? gammaUpper(0.5 * nu2, 0.5 * nu2 / x)
+                               : gammaLower(0.5 * nu2, 0.5 * nu2 / x));
+  }
+  const UnitPoint at = fPoint(x, nu1, nu2);
+  return check.clamped(lower ? betaLower(0.5 * nu1, 0.5 * nu2, at)
+                             : betaUpper(0.5 * nu1, 0.5 * nu2, at));
+}
+
+double nag2_f_quantile(double p, double nu1, double nu2, NagError* fail) {
+  DomainCheck check("nag2_f_quantile", fail);
+  if (!check.positive("the numerator degrees of freedom nu1", nu1) ||
+      !check.positive("the denominator degrees of freedom nu2", nu2) ||
+      !check.probability("the probability p", p)) {
+    return notANumber;
+  }
+  if (nu2 >= hugeFreedom) {
+    return check.computed(gammaInverse(0.5 * nu1, p) / (0.5 * nu1));
+  }
+  if (nu1 >= hugeFreedom) {
+    return check.computed(0.5 * nu2 / gammaInverse(0.5 * nu2, 1.0 - p));
+  }
+  const UnitPoint at = p > 0.5 ? betaInverse(0.5 * nu1, 0.5 * nu2, 1.0 - p, true)
+                               : betaInverse(0.5 * nu1, 0.5 * nu2, p, false);
+  return check.computed(static_cast<double>(nu2 * at.x / (nu1 * at.y)));
+}
+
+double nag2_gamma_probability(Nag_TailProbability tail, double x, double shape, double scale,
+                              NagError* fail) {
+  DomainCheck check("nag2_gamma_probability", fail);
+  if (!check.oneOfTwoTails(tail) || !check.positive("the shape", shape) ||
+      !check.positive("the scale", scale) || !check.number("x", x)) {
+    return notANumber;
+  }
+  const double reduced = std::isinf(x) ? x : x / scale;
+  return check.clamped(tail == Nag_LowerTail ? gammaLower(shape, reduced)
+                                             : gammaUpper(shape, reduced));
+}
+
+double nag2_gamma_quantile(double p, double shape, double scale, double /*tolerance*/,
+                           NagError* fail) {
+  DomainCheck check("nag2_gamma_quantile", fail);
+  if (!check.positive("the shape", shape) || !check.positive("the scale", scale) ||
+      !check.probability("the probability p", p)) {
+    return notANumber;
+  }
+  return check.computed(p == 0.0 ? 0.0 : scale * gammaInverse(shape, p));
+}
+
+double nag2_beta_probability(double x, double a, double b, double /*tolerance*/, NagError* fail) {
+  DomainCheck check("nag2_beta_probability", fail);
+  if (!check.positive("the parameter a", a) || !check.positive("the parameter b", b) ||
+      !check.number("x", x)) {
+    return notANumber;
+  }
+  const long double exact = x;
+  return x <= 0.0 ? 0.0 : x >= 1.0 ? 1.0 : check.clamped(betaLower(a, b, {exact, 1.0L - exact}));
+}
+
+double nag2_beta_quantile(double p, double a, double b, double /*tolerance*/, NagError* fail) {
+  DomainCheck check("nag2_beta_quantile", fail);
+  if (!check.positive("the parameter a", a) || !check.positive("the parameter b", b) ||
+      !check.probability("the probability p", p)) {
+    return notANumber;
+  }
+  const UnitPoint at = p > 0.5 ? betaInverse(a, b, 1.0 - p, true) : betaInverse(a, b, p, false);
+  return check.computed(static_cast<double>(at.x));
+}
+
+}  // extern "C"

@@ -1,0 +1,147 @@
+// Entry points of the discrete distributions.
+//
+// Poisson and binomial tails are incomplete gamma and beta functions.  Hypergeometric tails are
+// sums of point probabilities away from the mode, in the direction in which they fall.
+
+#include <nag2/nag2.h>
+
+#include <algorithm>
+#include <cmath>
+
+#include "deviance.hpp"
+#include "domain_check.hpp"
+#include "incomplete_functions.hpp"
+
+using namespace nag2;
+
+namespace {
+
+struct Outcome {
+  double le;
+  double gt;
+  double eq;
+};
+
+constexpr Outcome belowSupport{0.0, 1.0, 0.0};
+constexpr Outcome aboveSupport{1.0, 0.0, 0.0};
+
+void store(DomainCheck check, Outcome value, double* le, double* gt, double* eq) {
+  *le = check.clamped(value.le);
+  *gt = check.clamped(value.gt);
+  *eq = check.clamped(value.eq);
+}
+
+Outcome poisson(double lambda, int64_t count) {
+  const auto k = static_cast<double>(count);
+  if (lambda == 0.0) {
+    return {1.0, 0.0, count == 0 ? 1.0 : 0.0};
+  }
+  return {gammaUpper(k + 1.0, lambda), gammaLower(k + 1.0, lambda), poissonWeight(k, lambda)};
+}
+
+Outcome binomial(int64_t n, double p, int64_t count) {
+  if (count == n) {
+    return {1.0, 0.0, std::pow(p, static_cast<double>(n))};
+  }
+  const auto k = static_cast<double>(count);
+  const auto rest = static_cast<double>(n - count);
+  const UnitPoint at{p, 1.0L - p};
+  return {betaUpper(k + 1.0, rest, at), betaLower(k + 1.0, rest, at),
+          binomialWeight(k, rest, at.x, at.y)};
+}
+
+// The table of a draw: k marked in the draw of l, m marked among n.
+struct Table {
+  double k;      // marked, drawn
+  double bare;   // marked, not drawn: m - k
+  double plain;  // unmarked, drawn: l - k
+  double rest;   // unmarked, not drawn: n - l - m + k
+};
+
+// Quotient of three binomial probabilities with success probability l / n.
+double pointProbability(const Table& t) {
+  const long double drawn = static_cast<long double>(t.k) + t.plain;
+  const long double left = static_cast<long double>(t.bare) + t.rest;
+  const long double n = drawn + left;
+  if (n == 0.0L) {
+    return 1.0;
+  }
+  const long double x = drawn / n;
+  const long double y = left / n;
+  return binomialWeight(t.k, t.bare, x, y) * binomialWeight(t.plain, t.rest, x, y) /
+         binomialWeight(static_cast<double>(drawn), static_cast<double>(left), x, y);
+}
+
+// Sum of the point probabilities at k, k - 1, ... relative to the one at k.
+double fallingSum(Table t) {
+  double sum = 1.0;
+  double term = 1.0;
+  while (t.k > 0.0 && t.rest > 0.0 && term > 1e-17 * sum) {
+    term *= (t.k / (t.bare + 1.0)) * (t.rest / (t.plain + 1.0));
+    sum += term;
+    t = {t.k - 1.0, t.bare + 1.0, t.plain + 1.0, t.rest - 1.0};
+  }
+  return sum;
+}
+
+Outcome hypergeometric(const Table& t) {
+  const double eq = pointProbability(t);
+  // On the lower side of the mean the lower tail is summed, above it the upper one, which is the
+  // lower one of the mirrored table.
+  const bool lowerSide = t.k * t.rest <= t.bare * t.plain;
+  if (lowerSide) {
+    const double le = std::min(1.0, eq * fallingSum(t));
+    return {le, 1.0 - le, eq};
+  }
+  if (t.bare == 0.0 || t.plain == 0.0) {
+    return {1.0, 0.0, eq};
+  }
+  const Table next{t.bare - 1.0, t.k + 1.0, t.rest + 1.0, t.plain - 1.0};
+  const double gt = std::min(
+      1.0, pointProbability({next.k, next.bare, next.plain, next.rest}) * fallingSum(next));
+  return {1.0 - gt, gt, eq};
+}
+
+}  // namespace
+
+extern "C" {
+
+void nag2_poisson(double lambda, int64_t k, double* le, double* gt, double* eq, NagError* fail) {
+  DomainCheck check("nag2_poisson", fail);
+  *le = *gt = *eq = NAN;
+  if (check.nonNegative("the mean lambda", lambda)) {
+    store(check, k < 0 ? belowSupport : poisson(lambda, k), le, gt, eq);
+  }
+}
+
+void nag2_binomial(int64_t n, double p, int64_t k, double* le, double* gt, double* eq,
+                   NagError* fail) {
+  DomainCheck check("nag2_binomial", fail);
+  *le = *gt = *eq = NAN;
+  if (check.atLeastZero("the number of trials n", n) &&
+      check.probability("the success probability p", p)) {
+    store(check, k < 0 ? belowSupport : k > n ? aboveSupport : binomial(n, p, k), le, gt, eq);
+  }
+}
+
+void nag2_hypergeometric(int64_t n, int64_t l, int64_t m, int64_t k, double* le, double* gt,
+                         double* eq, NagError* fail) {
+  DomainCheck check("nag2_hypergeometric", fail);
+  *le = *gt = *eq = NAN;
+  if (!check.atLeastZero("the population n", n) || !check.atLeastZero("the draw l", l) ||
+      !check.atMost("the draw l", l, "n", n) || !check.atLeastZero("the marked items m", m) ||
+      !check.atMost("the marked items m", m, "n", n)) {
+    return;
+  }
+  const int64_t lowest = std::max<int64_t>(0, l - (n - m));
+  const int64_t highest = std::min(l, m);
+  const Outcome value =
+      k < lowest ? belowSupport
+      : k > highest
+          ? aboveSupport
+          : hypergeometric({static_cast<double>(k), static_cast<double>(m - k),
+                            static_cast<double>(l - k), static_cast<double>((n - m) - (l - k))});
+  store(check, value, le, gt, eq);
+}
+
+}  // extern "C"

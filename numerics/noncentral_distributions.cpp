@@ -1,0 +1,334 @@
+// Non-central chi-square, F, beta and t, lower tails.
+//
+// The first three are Poisson mixtures of central tails.  The sum starts at its largest term and
+// goes both ways; the central tail falls with the mixing index, so it is evaluated once at the
+// upper end of the sum and then built up downwards by additions only, which keeps the digits of
+// deep lower tails.  The t law is an integral over the chi variable by a doubly exponential
+// trapezoidal rule, positive throughout, so that it has no cancellation on either side of zero.
+//
+// One step of the iteration, as counted by the limit, is 16 terms on either side of the largest
+// one, or 16 nodes of the integral.
+
+#include <nag2/nag2.h>
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+#include "deviance.hpp"
+#include "domain_check.hpp"
+#include "incomplete_functions.hpp"
+
+using namespace nag2;
+
+namespace {
+
+constexpr double epsilon = std::numeric_limits<double>::epsilon();
+constexpr double notANumber = std::numeric_limits<double>::quiet_NaN();
+constexpr int termsPerStep = 16;
+
+// Central chi-square part: tails P(a + j, y) and their decrements.
+struct GammaFamily {
+  double a;
+  double y;
+  double tail(double j) const { return gammaLower(a + j, y); }
+  // tail(j) - tail(j + 1)
+  double decrement(double j) const { return poissonWeight(a + j, y); }
+  double ratio(double j) const { return y / (a + j + 1.0); }  // decrement(j + 1) / decrement(j)
+};
+
+// Central beta part: tails I_x(a + j, b).
+struct BetaFamily {
+  double a;
+  double b;
+  UnitPoint at;
+  double tail(double j) const { return betaLower(a + j, b, at); }
+  double decrement(double j) const {
+    return static_cast<double>(binomialWeight(a + j, b, at.x, at.y) * (b / (a + j + b)));
+  }
+  double ratio(double j) const { return static_cast<double>(at.x) * ((a + b + j) / (a + j + 1.0)); }
+};
+
+// tail(j) within a factor of about two, from above: the geometric bound on the sum of decrements.
+template <typename Family>
+double tailBound(const Family& family, double j, double decrement) {
+  const double ratio = family.ratio(j);
+  return ratio < 1.0 ? std::min(1.0, decrement / (1.0 - ratio)) : 1.0;
+}
+
+// Index of the largest product of weight and tail, by halving: the product is log-concave.
+template <typename Family>
+double largestTerm(const Family& family, double mean) {
+  const auto grows = [&](double j) {
+    const double here = family.tail(j);
+    return here > 0.0 && mean / (j + 1.0) * (family.tail(j + 1.0) / here) > 1.0;
+  };
+  double low = -1.0;
+  double high = std::floor(mean) + 1.0;
+  if (family.tail(high) > 0.999) {
+    return std::floor(mean);
+  }
+  while (high - low > 1.0 && high < 1e15) {
+    const double middle = std::floor(0.5 * (low + high));
+    (grows(middle) ? low : high) = middle;
+  }
+  return high;
+}
+
+// sum over j of Poisson(mean) weight times tail(j).
+template <typename Family>
+double poissonMixture(const Family& family, double mean, double tolerance, int maxIter,
+                      DomainCheck& check) {
+  const double stop = std::max(tolerance, epsilon) / 8.0;
+  const double limit = static_cast<double>(maxIter) * termsPerStep;
+  const double start = largestTerm(family, mean);
+  const double startWeight = poissonWeight(start, mean);
+  const double startDecrement = family.decrement(start);
+  const double startTail = family.tail(start);
+  if (startWeight * startTail == 0.0) {
+    return 0.0;
+  }
+  // Upwards: weights and decrements, until what is left is negligible.
+  double top = start;
+  double weight = startWeight;
+  double decrement = startDecrement;
+  const double largest = startWeight * startTail;
+  while (true) {
+    const double fall = mean / (top + 1.0);
+    const double bound = weight * std::min(startTail, tailBound(family, top, decrement));
+    if (fall < 1.0 && bound * (fall / (1.0 - fall)) < stop * largest) {
+      break;
+    }
+    if (top - start >= limit || !(bound >= 0.0)) {
+      return check.notConverged(tolerance, maxIter);
+    }
+    decrement *= family.ratio(top);
+    top += 1.0;
+    weight *= fall;
+  }
+  // Downwards from there; the middle's own values are taken up again where it is passed.
+  double tail = family.tail(top);
+  double sum = weight * tail;
+  for (double j = top - 1.0; j >= 0.0; j -= 1.0) {
+    weight = j == start ? startWeight : weight * ((j + 1.0) / mean);
+    decrement = j == start ? startDecrement : decrement / family.ratio(j);
+    tail = j == start ? startTail : std::min(1.0, tail + decrement);
+    const double term = weight * tail;
+    sum += term;
+    if (j < start) {
+      const double fall = (j / mean) * std::min(1.0, 1.0 + decrement / tail);
+      if (fall < 0.5 ? term * 2.0 * fall < stop * sum : term * j < stop * sum) {
+        break;
+      }
+      if (start - j >= limit) {
+        return check.notConverged(tolerance, maxIter);
+      }
+    }
+  }
+  return check.clamped(sum);
+}
+
+double normalTail(double x) { return normalLower(x); }
+
+// P(Z <= x S - delta) with S = sqrt(chi-square(nu) / nu), written S = exp(u), u = v - exp(-v):
+// the density of u is  C exp(nu u - nu (exp(2 u) - 1) / 2).
+class ChiIntegral {
+ public:
+  ChiIntegral(double x, double nu, double delta) : x_(x), nu_(nu), delta_(delta) {
+    // nu^(nu/2) exp(-nu/2) / (2^(nu/2 - 1) Gamma(nu/2)), through the Stirling error.
+    constexpr double pi = 3.14159265358979323846;
+    scale_ = static_cast<double>(std::exp(-stirlingError(0.5 * nu)) *
+                                 std::sqrt(static_cast<long double>(nu) / pi));
+  }
+
+  double scale() const { return scale_; }
+
+  // The integrand over u without its constant factor.
+  double at(double u) const {
+    const double w = 2.0 * u;
+    const double expm = std::expm1(w);
+    // w - (exp(w) - 1), without cancellation near w = 0.
+    const double excess =
+        std::fabs(w) < 0.2
+            ? -w * w *
+                  (0.5 +
+                   w / 6 *
+                       (1 +
+                        w / 4 *
+                            (1 +
+                             w / 5 *
+                                 (1 +
+                                  w / 6 * (1 + w / 7 * (1 + w / 8 * (1 + w / 9 * (1 + w / 10))))))))
+            : w - expm;
+    return std::exp(0.5 * nu_ * excess) * normalTail(x_ * std::exp(u) - delta_);
+  }
+
+ private:
+  double x_;
+  double nu_;
+  double delta_;
+  double scale_;
+};
+
+// Peak of the integrand, coarsely: golden-section search on the log-concave-like ridge.
+double integrandPeak(const ChiIntegral& f) {
+  double low = -60.0;
+  double high = 6.0;
+  // A scan first: the integrand may underflow almost everywhere.
+  double best = 0.0;
+  double bestValue = -1.0;
+  for (int pass = 0; pass < 8; ++pass) {
+    const double step = (high - low) / 32.0;
+    for (int i = 0; i <= 32; ++i) {
+      const double u = low + i * step;
+      const double value = f.at(u);
+      if (value > bestValue) {
+        bestValue = value;
+        best = u;
+      }
+    }
+    low = best - 1.5 * step;
+    high = best + 1.5 * step;
+  }
+  return best;
+}
+
+// The trapezoidal rule with step h around the peak; nodes counts the evaluations.
+double trapezoid(const ChiIntegral& f, double peak, double spread, double h, double stop,
+                 double* nodes) {
+  // v = 0 is the peak; u = peak + spread * (v - (exp(-v) - 1) / 8): slow left tails are cut short.
+  const auto node = [&](double v) {
+    const double pull = std::exp(-v) / 8.0;
+    return f.at(peak + spread * (v - pull + 0.125)) * (1.0 + pull);
+  };
+  double sum = node(0.0);
+  for (const double direction : {1.0, -1.0}) {
+    for (double i = 1.0; i < 1e6; i += 1.0) {
+      const double value = node(direction * i * h);
+      sum += value;
+      *nodes += 1.0;
+      if (value <= stop * sum) {
+        break;
+      }
+    }
+  }
+  return sum * h * spread;
+}
+
+// Probability with the integral, refined until two rules agree.
+double studentLower(double x, double nu, double delta, double tolerance, int maxIter,
+                    DomainCheck& check) {
+  const ChiIntegral f(x, nu, delta);
+  const double peak = integrandPeak(f);
+  const double top = f.at(peak);
+  if (!(top > 0.0)) {
+    return 0.0;
+  }
+  // Width at which the integrand has fallen by a factor of two, to the right (the steep side).
+  double spread = 1.0;
+  while (f.at(peak + spread) < 0.5 * top && spread > 1e-10) {
+    spread *= 0.5;
+  }
+  const double stop = std::max(tolerance, epsilon);
+  double nodes = 0.0;
+  double h = 0.5;
+  double last = trapezoid(f, peak, spread, h, 0.01 * epsilon, &nodes);
+  while (nodes < static_cast<double>(maxIter) * termsPerStep) {
+    h *= 0.5;
+    const double next = trapezoid(f, peak, spread, h, 0.01 * epsilon, &nodes);
+    // The rule's error is about squared by each halving.
+    const double error = std::fabs(next - last) / next;
+    if (error * error < stop || error < 8.0 * epsilon) {
+      return check.clamped(f.scale() * next);
+    }
+    last = next;
+  }
+  return check.notConverged(tolerance, maxIter);
+}
+
+bool validLimits(DomainCheck& check, double tolerance, int maxIter) {
+  return check.positive("the tolerance", tolerance) &&
+         check.positiveLimit("the iteration limit", maxIter);
+}
+
+}  // namespace
+
+extern "C" {
+
+double nag2_noncentral_t_probability(double x, double nu, double delta, double tolerance,
+                                     int max_iter, NagError* fail) {
+  DomainCheck check("nag2_noncentral_t_probability", fail);
+  if (!check.positive("the degrees of freedom nu", nu) ||
+      !check.number("the noncentrality delta", delta) || !check.number("x", x) ||
+      !validLimits(check, tolerance, max_iter)) {
+    return notANumber;
+  }
+  if (std::isinf(x) || std::isinf(delta)) {
+    return std::isinf(x) ? (x > 0.0 ? 1.0 : 0.0) : (delta < 0.0 ? 1.0 : 0.0);
+  }
+  if (delta == 0.0) {
+    return nag2_student_t_probability(Nag_LowerTail, x, nu, fail);
+  }
+  if (x == 0.0) {
+    return normalLower(-delta);
+  }
+  if (nu > 1e17) {
+    return normalLower(x - delta);
+  }
+  return studentLower(x, nu, delta, tolerance, max_iter, check);
+}
+
+double nag2_noncentral_chi_square_probability(double x, double nu, double delta, double tolerance,
+                                              int max_iter, NagError* fail) {
+  DomainCheck check("nag2_noncentral_chi_square_probability", fail);
+  if (!check.positive("the degrees of freedom nu", nu) ||
+      !check.nonNegative("the noncentrality delta", delta) || !check.number("x", x) ||
+      !validLimits(check, tolerance, max_iter)) {
+    return notANumber;
+  }
+  if (x <= 0.0 || std::isinf(x)) {
+    return x <= 0.0 ? 0.0 : 1.0;
+  }
+  if (delta == 0.0) {
+    return check.clamped(gammaLower(0.5 * nu, 0.5 * x));
+  }
+  return poissonMixture(GammaFamily{0.5 * nu, 0.5 * x}, 0.5 * delta, tolerance, max_iter, check);
+}
+
+double nag2_noncentral_f_probability(double x, double nu1, double nu2, double delta,
+                                     double tolerance, int max_iter, NagError* fail) {
+  DomainCheck check("nag2_noncentral_f_probability", fail);
+  if (!check.positive("the numerator degrees of freedom nu1", nu1) ||
+      !check.positive("the denominator degrees of freedom nu2", nu2) ||
+      !check.nonNegative("the noncentrality delta", delta) || !check.number("x", x) ||
+      !validLimits(check, tolerance, max_iter)) {
+    return notANumber;
+  }
+  if (x <= 0.0 || std::isinf(x)) {
+    return x <= 0.0 ? 0.0 : 1.0;
+  }
+  const long double scaled = static_cast<long double>(nu1) * x;
+  const long double total = scaled + nu2;
+  const BetaFamily family{0.5 * nu1, 0.5 * nu2, {scaled / total, nu2 / total}};
+  return delta == 0.0 ? check.clamped(family.tail(0.0))
+                      : poissonMixture(family, 0.5 * delta, tolerance, max_iter, check);
+}
+
+double nag2_noncentral_beta_probability(double x, double a, double b, double delta,
+                                        double tolerance, int max_iter, NagError* fail) {
+  DomainCheck check("nag2_noncentral_beta_probability", fail);
+  if (!check.positive("the parameter a", a) || !check.positive("the parameter b", b) ||
+      !check.nonNegative("the noncentrality delta", delta) || !check.number("x", x) ||
+      !validLimits(check, tolerance, max_iter)) {
+    return notANumber;
+  }
+  if (x <= 0.0 || x >= 1.0) {
+    return x <= 0.0 ? 0.0 : 1.0;
+  }
+  const long double exact = x;
+  const BetaFamily family{a, b, {exact, 1.0L - exact}};
+  return delta == 0.0 ? check.clamped(family.tail(0.0))
+                      : poissonMixture(family, 0.5 * delta, tolerance, max_iter, check);
+}
+
+}  // extern "C"
