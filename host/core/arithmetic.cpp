@@ -10,6 +10,7 @@
 #include "core/errors.hpp"
 #include "core/numbers.hpp"
 #include "core/objects.hpp"
+#include "core/small_decimal.hpp"
 
 namespace vexel {
 
@@ -58,11 +59,29 @@ ALGEB toFloat(State& state, const Decimal& d) {
   return newFloat(state, d.mantissa.get(), d.exponent);
 }
 
+ALGEB toFloat(State& state, const SmallDecimal& d) {
+  return newFloat(state, static_cast<std::int64_t>(d.mantissa), d.exponent);
+}
+
+// Both operands in 128-bit form, if they fit and so few digits are kept.
+bool bothSmall(ALGEB a, ALGEB b, std::int64_t digits, SmallDecimal& x, SmallDecimal& y) {
+  return digits <= kSmallDigits && smallDecimalOf(a, x) && smallDecimalOf(b, y);
+}
+
 ALGEB floatSum(State& state, ALGEB a, ALGEB b, bool minus) {
   if (isSpecial(a) || isSpecial(b)) {
     return newFloat(state, minus ? signature(a) - signature(b) : signature(a) + signature(b));
   }
-  const std::int64_t digits = state.digits();
+  const int digits = state.digits();
+  SmallDecimal small;
+  SmallDecimal other;
+  if (bothSmall(a, b, digits, small, other)) {
+    other.mantissa = minus ? -other.mantissa : other.mantissa;
+    SmallDecimal sum;
+    if (addSmall(small, other, digits, sum)) {
+      return toFloat(state, sum);
+    }
+  }
   const Decimal x = toDecimal(a, digits);
   Decimal y = toDecimal(b, digits);
   if (minus) {
@@ -76,7 +95,12 @@ ALGEB floatProduct(State& state, ALGEB a, ALGEB b) {
   if (rule == 0.0 || !std::isfinite(rule)) {
     return newFloat(state, rule);
   }
-  const std::int64_t digits = state.digits();
+  const int digits = state.digits();
+  SmallDecimal small;
+  SmallDecimal other;
+  if (bothSmall(a, b, digits, small, other)) {
+    return toFloat(state, multiplySmall(small, other, digits));
+  }
   Decimal x = toDecimal(a, digits);
   const Decimal y = toDecimal(b, digits);
   checkBits(state, bitsOf(x.mantissa.get()) + bitsOf(y.mantissa.get()));
@@ -91,7 +115,12 @@ ALGEB floatQuotient(State& state, ALGEB a, ALGEB b) {
   if (rule == 0.0 || !std::isfinite(rule)) {
     return newFloat(state, rule);
   }
-  const std::int64_t digits = state.digits();
+  const int digits = state.digits();
+  SmallDecimal small;
+  SmallDecimal other;
+  if (bothSmall(a, b, digits, small, other)) {
+    return toFloat(state, divideSmall(small, other, digits));
+  }
   Decimal x = toDecimal(a, digits);
   Decimal y = toDecimal(b, digits);
   if (mpz_sgn(y.mantissa.get()) < 0) {
@@ -379,8 +408,18 @@ std::partial_ordering compare(State& state, ALGEB a, ALGEB b) {
   if (a == b) {
     return std::partial_ordering::equivalent;
   }
-  if (isDoubleFloat(a) && isDoubleFloat(b)) {
-    return doubleOf(a) <=> doubleOf(b);  // distinct doubles have distinct shortest decimals
+  // Distinct doubles have distinct shortest decimals, in the same order; and below
+  // 2^53 an integer is the shortest decimal of its double.
+  constexpr std::int64_t kExact = std::int64_t{1} << 53;
+  const auto asDouble = [](ALGEB x, double& d) {
+    const bool small = isImmediate(x) && std::abs(immediateValue(x)) < kExact;
+    d = small ? static_cast<double>(immediateValue(x)) : isDoubleFloat(x) ? doubleOf(x) : 0.0;
+    return small || isDoubleFloat(x);
+  };
+  double x = 0;
+  double y = 0;
+  if (asDouble(a, x) && asDouble(b, y)) {
+    return x <=> y;
   }
   if (isSpecial(a) || isSpecial(b)) {
     return (isSpecial(a) ? doubleOf(a) : 0.0) <=> (isSpecial(b) ? doubleOf(b) : 0.0);

@@ -159,6 +159,7 @@ bool widenToDoubles(const ArrayObject& from, double* to) {
 }
 
 void copyElement(State& state, ALGEB from, std::int64_t position, ALGEB to) {
+  lookAtInterrupt();
   const ArrayObject& source = arrayOf(from);
   const ArrayObject& target = arrayOf(to);
   RTableData e = elementAt(from, position);

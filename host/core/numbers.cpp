@@ -11,6 +11,7 @@
 #include "core/decimal.hpp"
 #include "core/errors.hpp"
 #include "core/objects.hpp"
+#include "core/small_decimal.hpp"
 
 namespace vexel {
 
@@ -19,36 +20,6 @@ namespace {
 constexpr double kPowersOfTen[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
                                    1e8,  1e9,  1e10, 1e11, 1e12, 1e13, 1e14, 1e15,
                                    1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
-
-struct SmallDecimal {
-  std::uint64_t mantissa;  // no trailing zeros; 0 for zero
-  int exponent;
-  bool negative;
-};
-
-// The shortest decimal that reads back to a finite double.
-SmallDecimal shortestDecimal(double d) {
-  char buffer[32];
-  const auto end = std::to_chars(buffer, buffer + sizeof buffer, d, std::chars_format::scientific);
-  SmallDecimal result{0, 0, std::signbit(d)};
-  const char* p = buffer + (result.negative ? 1 : 0);
-  int fraction = 0;
-  for (bool afterPoint = false; *p != 'e'; ++p) {
-    if (*p == '.') {
-      afterPoint = true;
-    } else {
-      result.mantissa = 10 * result.mantissa + static_cast<std::uint64_t>(*p - '0');
-      fraction += afterPoint ? 1 : 0;
-    }
-  }
-  std::from_chars(p + (p[1] == '+' ? 2 : 1), end.ptr, result.exponent);
-  result.exponent -= fraction;
-  while (result.mantissa != 0 && result.mantissa % 10 == 0) {
-    result.mantissa /= 10;
-    ++result.exponent;
-  }
-  return result;
-}
 
 // The double nearest to a decimal text; beyond the range an infinity or zero.
 double doubleFromText(const char* first, const char* last, bool hugeNotTiny) {
@@ -84,7 +55,8 @@ double doubleOfShortest(std::uint64_t m, std::int64_t e, bool negative) {
     return kNone;
   }
   const SmallDecimal back = shortestDecimal(d);
-  return back.mantissa == m && back.exponent == e ? (negative ? -d : d) : kNone;
+  const bool same = back.mantissa == static_cast<Int128>(m) && back.exponent == e;
+  return same ? (negative ? -d : d) : kNone;
 }
 
 void checkExponent(State& state, std::int64_t e) {
@@ -198,6 +170,21 @@ ALGEB newFloat(State& state, mpz_srcptr mantissa, std::int64_t exponent) {
   return state.interned.words(state, Tag::softwareFloat, payload, 2);
 }
 
+ALGEB newFloat(State& state, std::int64_t mantissa, std::int64_t exponent) {
+  const bool negative = mantissa < 0;
+  std::uint64_t m = static_cast<std::uint64_t>(negative ? -mantissa : mantissa);
+  if (m != 0) {
+    for (; m % 10 == 0; m /= 10) {
+      ++exponent;
+    }
+    const double d = doubleOfShortest(m, exponent, negative);
+    if (d == d) {
+      return state.interned.real(state, d);
+    }
+  }
+  return newFloat(state, BigInteger(mantissa).get(), exponent);
+}
+
 ALGEB numberFromText(State& state, std::string_view literal) {
   std::string digits;
   std::int64_t exponent = 0;
@@ -270,10 +257,7 @@ ALGEB denominator(ALGEB exact) { return isRational(exact) ? operand(exact, 2) : 
 void decimalOf(ALGEB x, BigInteger& mantissa, std::int64_t& exponent) {
   if (isDoubleFloat(x)) {
     const SmallDecimal d = shortestDecimal(doubleOf(x));
-    mpz_set_ui(mantissa.get(), d.mantissa);
-    if (d.negative) {
-      mpz_neg(mantissa.get(), mantissa.get());
-    }
+    mpz_set_si(mantissa.get(), static_cast<std::int64_t>(d.mantissa));
     exponent = d.exponent;
   } else {
     mpz_set(mantissa.get(), IntegerView(operand(x, 1)).get());

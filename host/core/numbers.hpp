@@ -107,6 +107,7 @@ inline ALGEB newFloat(State& state, double d) {
 }
 // mantissa x 10^exponent with every digit of the mantissa.
 ALGEB newFloat(State& state, mpz_srcptr mantissa, std::int64_t exponent);
+ALGEB newFloat(State& state, std::int64_t mantissa, std::int64_t exponent);  // below 10^18
 // Text of an unsigned literal: digits, or with a point or exponent a float.  False when it is none.
 ALGEB numberFromText(State& state, std::string_view literal);
 
