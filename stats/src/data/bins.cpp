@@ -20,20 +20,20 @@ class BinFinder {
 
   // The bin of x, or -1 when the range does not hold it.
   int operator()(double x) const {
+    if (guess_) {
+      // A NaN fails every test, here and below.
+      const double position = (x - edges_[0]) * scale_;
+      if (position >= 0.0 && position < m_) {
+        const int k = static_cast<int>(position);
+        if (edges_[k] <= x && x < edges_[k + 1]) {
+          return k;
+        }
+      }
+    }
     if (x == edges_[m_]) {
       return m_ - 1;
     }
-    if (!(edges_[0] <= x && x < edges_[m_])) {
-      return -1;
-    }
-    if (guess_) {
-      // 0 <= x - e[0] < e[m] - e[0], so the product is at most a rounding beyond m.
-      const int k = std::min(static_cast<int>((x - edges_[0]) * scale_), m_ - 1);
-      if (edges_[k] <= x && x < edges_[k + 1]) {
-        return k;
-      }
-    }
-    return STATS_TallyIntoFindBin_HW(edges_, m_, x);
+    return edges_[0] <= x && x < edges_[m_] ? STATS_TallyIntoFindBin_HW(edges_, m_, x) : -1;
   }
 
  private:

@@ -31,7 +31,7 @@ constexpr std::array<int, HaltonQRStream::kTabledPrimes> firstPrimes() {
 }
 
 // Points are made in blocks of this many; a block of ten coordinates stays in the cache.
-constexpr int kBlock = 1024;
+constexpr int kBlock = 256;
 
 // Cells of the tables of one call, all coordinates together, and of one coordinate.
 constexpr std::size_t kTotalCells = std::size_t{1} << 17;

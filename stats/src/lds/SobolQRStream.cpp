@@ -13,7 +13,7 @@
 namespace {
 
 // Points are made in blocks of this many, one coordinate after another.
-constexpr int kBlock = 1024;
+constexpr int kBlock = 256;
 
 // Bits of the Gray code of a 32-bit index that can be set: the index is signed and shifted
 // arithmetically, so its sign cancels.
