@@ -7,7 +7,6 @@
 
 #include <cmath>
 
-#include "distributions/pending_symbols.hpp"
 #include "kernel/conversions.hpp"
 
 // The value of f(&record); a failure raises the numerical library's own text.
