@@ -131,7 +131,7 @@ QRStreamGenBinaryMatrixRow(Array(1..2, 1..4, [[1, 1, 1, 1], [1, 3, 5, 15]], data
 VexelSort(A, true, false)
 VexelSort(G, false, true)
 VexelRankSort(J, 1, true)
-VexelRankSort(G, 0, false)
+VexelRankSort(Array([3, 1/2, 2.5, 3]), 0, false)
 VexelOrder(A, A, true, false, Array([8, 7, 6, 5, 4, 3, 2, 1], datatype = integer[4]))
 VexelOrder(M, M, true, false, Array([2, 1], datatype = integer[4]))
 VexelSelectRemove(A, x -> x > 2, 1)
