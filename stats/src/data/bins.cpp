@@ -13,7 +13,8 @@ namespace {
 // otherwise the edges are searched.  The bin is the same either way.
 class BinFinder {
  public:
-  BinFinder(const double* edges, int m) : edges_(edges), m_(m), scale_(m / (edges[m] - edges[0])) {
+  BinFinder(const double* edges, int m)
+      : edges_(edges), m_(m), low_(edges[0]), bins_(m), scale_(m / (edges[m] - edges[0])) {
     guess_ = std::isfinite(scale_) && std::isfinite(edges[m] - edges[0]) &&
              std::is_sorted(edges, edges + m + 1);
   }
@@ -22,8 +23,8 @@ class BinFinder {
   int operator()(double x) const {
     if (guess_) {
       // A NaN fails every test, here and below.
-      const double position = (x - edges_[0]) * scale_;
-      if (position >= 0.0 && position < m_) {
+      const double position = (x - low_) * scale_;
+      if (position >= 0.0 && position < bins_) {
         const int k = static_cast<int>(position);
         if (edges_[k] <= x && x < edges_[k + 1]) {
           return k;
@@ -39,6 +40,8 @@ class BinFinder {
  private:
   const double* edges_;
   int m_;
+  double low_;
+  double bins_;
   double scale_;
   bool guess_;
 };
