@@ -1,6 +1,7 @@
 // Evaluation of objects: names and symbolic expressions anew, in software and in hardware floats,
 // and comparison.
 
+#include <algorithm>
 #include <cmath>
 
 #include "core/arrays.hpp"
@@ -24,6 +25,7 @@ ALGEB reapply(State& state, ALGEB function, std::span<const ALGEB> args) {
 
 // Digits that a computation carries beyond those asked for.
 constexpr int kGuardDigits = 10;
+constexpr int kMostGuardDigits = 200;
 
 // Sets Digits for as long as it lives.
 class DigitsScope {
@@ -217,12 +219,34 @@ ALGEB evalf(State& state, ALGEB x, int digits) {
       return elementaryFloat(state, *f, operand(x, 2), digits);
     }
   }
-  ALGEB inGuardDigits = nullptr;
-  {
-    const DigitsScope scope(state, digits + kGuardDigits);
-    inGuardDigits = inFloats(state, x);
+  if (isList(x) || (isSequence(x) && !isNull(x))) {
+    checkStack(state);
+    Handles elements(state);
+    for (std::size_t i = 1; i <= countOf(x); ++i) {
+      elements.push(evalf(state, element(state, x, i), digits));
+    }
+    return isList(x) ? newList(state, elements.span()) : sequenceOf(state, elements.span());
   }
-  return roundedParts(state, inGuardDigits, digits);
+  if (!isExpression(x)) {
+    const DigitsScope scope(state, digits + kGuardDigits);
+    return roundedParts(state, inFloats(state, x), digits);
+  }
+  // Cancellation eats guard digits: more of them until the rounded value stays the same.  A value
+  // of zero in disguise never does; what is left of it then is returned.
+  ALGEB previous = nullptr;
+  for (int guard = kGuardDigits;; guard *= 3) {
+    ALGEB value = nullptr;
+    {
+      const DigitsScope scope(state, std::min(digits + guard, kMaxDigits));
+      value = inFloats(state, x);
+    }
+    value = roundedParts(state, value, digits);
+    const bool settled = value == previous && !(isNumber(value) && isZero(value));
+    if (settled || guard > kMostGuardDigits) {
+      return value;
+    }
+    previous = value;
+  }
 }
 
 double evaluateHardware(State& state, ALGEB x) {
