@@ -20,7 +20,7 @@ int STATS_ZigguratExpGenerator_HW::Build() {
   return gDigits = STATS_GetVexelDigits_HW();
 }
 
-// The 0.6 % that the quick test refuses, h >= 0.  A refused wedge is tried again on the first
+// The 1.1 % that the quick test refuses, h >= 0.  A refused wedge is tried again on the first
 // abscissa, as in the normal generator; only the tail restarts the law at r.
 double STATS_ZigguratExpGenerator_HW::NextRare(std::int32_t h) {
   const int layer = h & 255;
