@@ -56,6 +56,14 @@ double studentPositiveQuantile(double q, double nu) {
   }
   const UnitPoint at = q > 0.25 ? betaInverse(0.5, 0.5 * nu, 1.0 - 2.0 * q, false)
                                 : betaInverse(0.5, 0.5 * nu, 2.0 * q, true);
+  if (at.y < 1e-250L) {
+    // y itself may underflow where its root does not: 2 q = y^a / (a B(a, 1/2)) to first order.
+    const long double a = 0.5L * nu;
+    const long double logScaledBeta =
+        std::lgamma(a + 1.0L) + 0.5723649429247000870717L - std::lgamma(a + 0.5L);
+    const long double logY = (std::log(2.0L * q) + logScaledBeta) / a;
+    return static_cast<double>(std::sqrt(static_cast<long double>(nu)) * std::exp(-0.5L * logY));
+  }
   return static_cast<double>(std::sqrt(nu * at.x / at.y));
 }
 

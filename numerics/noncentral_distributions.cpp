@@ -128,8 +128,6 @@ double poissonMixture(const Family& family, double mean, double tolerance, int m
   return check.clamped(sum);
 }
 
-double normalTail(double x) { return normalLower(x); }
-
 // P(Z <= x S - delta) with S = sqrt(chi-square(nu) / nu), written S = exp(u), u = v - exp(-v):
 // the density of u is  C exp(nu u - nu (exp(2 u) - 1) / 2).
 class ChiIntegral {
@@ -145,52 +143,46 @@ class ChiIntegral {
 
   // The integrand over u without its constant factor.
   double at(double u) const {
-    const double w = 2.0 * u;
-    const double expm = std::expm1(w);
-    // w - (exp(w) - 1), without cancellation near w = 0.
-    const double excess =
-        std::fabs(w) < 0.2
-            ? -w * w *
-                  (0.5 +
-                   w / 6 *
-                       (1 +
-                        w / 4 *
-                            (1 +
-                             w / 5 *
-                                 (1 +
-                                  w / 6 * (1 + w / 7 * (1 + w / 8 * (1 + w / 9 * (1 + w / 10))))))))
-            : w - expm;
-    return std::exp(0.5 * nu_ * excess) * normalTail(x_ * std::exp(u) - delta_);
+    return std::exp(0.5 * nu_ * excess(2.0 * u)) * normalLower(x_ * std::exp(u) - delta_);
+  }
+
+  // Its logarithm, good to a few digits where the normal tail underflows.
+  double logAt(double u) const {
+    const double z = x_ * std::exp(u) - delta_;
+    const double logTail =
+        z > -30.0 ? std::log(normalLower(z)) : -0.5 * z * z - std::log(-z) - 0.9189385332046727;
+    return 0.5 * nu_ * excess(2.0 * u) + logTail;
   }
 
  private:
+  // w - (exp(w) - 1), without cancellation near w = 0.
+  static double excess(double w) {
+    if (std::fabs(w) >= 0.2) {
+      return w - std::expm1(w);
+    }
+    double sum = 1.0;
+    for (int k = 12; k > 2; --k) {
+      sum = 1.0 + w / k * sum;
+    }
+    return -0.5 * w * w * sum;
+  }
+
   double x_;
   double nu_;
   double delta_;
   double scale_;
 };
 
-// Peak of the integrand, coarsely: golden-section search on the log-concave-like ridge.
+// Peak of the integrand: ternary search on its logarithm, which has one maximum.
 double integrandPeak(const ChiIntegral& f) {
-  double low = -60.0;
-  double high = 6.0;
-  // A scan first: the integrand may underflow almost everywhere.
-  double best = 0.0;
-  double bestValue = -1.0;
-  for (int pass = 0; pass < 8; ++pass) {
-    const double step = (high - low) / 32.0;
-    for (int i = 0; i <= 32; ++i) {
-      const double u = low + i * step;
-      const double value = f.at(u);
-      if (value > bestValue) {
-        bestValue = value;
-        best = u;
-      }
-    }
-    low = best - 1.5 * step;
-    high = best + 1.5 * step;
+  double low = -700.0;
+  double high = 30.0;
+  for (int i = 0; i < 90; ++i) {
+    const double third = (high - low) / 3.0;
+    (f.logAt(low + third) < f.logAt(high - third) ? low : high) +=
+        f.logAt(low + third) < f.logAt(high - third) ? third : -third;
   }
-  return best;
+  return 0.5 * (low + high);
 }
 
 // The trapezoidal rule with step h around the peak; nodes counts the evaluations.
@@ -236,9 +228,9 @@ double studentLower(double x, double nu, double delta, double tolerance, int max
   while (nodes < static_cast<double>(maxIter) * termsPerStep) {
     h *= 0.5;
     const double next = trapezoid(f, peak, spread, h, 0.01 * epsilon, &nodes);
-    // The rule's error is about squared by each halving.
+    // The rule's error is about squared by each halving: agreement to 1e-11 is enough.
     const double error = std::fabs(next - last) / next;
-    if (error * error < stop || error < 8.0 * epsilon) {
+    if (error < 1e-11 || error < stop) {
       return check.clamped(f.scale() * next);
     }
     last = next;
