@@ -42,7 +42,7 @@ bench:
 	@for b in build-bench/bin/*_bench; do echo "== $$b"; $$b; done
 
 accuracy: build
-	@build/bin/accuracy_report
+	@python3 tests/reference/accuracy_report.py build/lib/libnag2.so
 
 format:
 	@$(SOURCES) | xargs clang-format -i
