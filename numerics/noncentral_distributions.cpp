@@ -81,6 +81,9 @@ double poissonMixture(const Family& family, double mean, double tolerance, int m
                       DomainCheck& check) {
   const double stop = std::max(tolerance, epsilon) / 8.0;
   const double limit = static_cast<double>(maxIter) * termsPerStep;
+  if (mean > 1e12) {  // beyond any limit, and indices would soon stop being exact
+    return check.notConverged(tolerance, maxIter);
+  }
   const double start = largestTerm(family, mean);
   const double startWeight = poissonWeight(start, mean);
   const double startDecrement = family.decrement(start);
