@@ -77,6 +77,8 @@ class CallGrammar {
         last = kernel_.callValues(call.entry, args);
       } catch (const vexel::Error&) {
         last = kernel_.null();
+      } catch (const vexel::Interrupted&) {
+        last = kernel_.null();  // the caller's time limit
       }
     }
     return made;
