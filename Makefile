@@ -4,7 +4,9 @@
 #   make check     build everything and run the tests
 #   make asan      the tests under AddressSanitizer and UndefinedBehaviorSanitizer
 #   make bench     the measurements
+#   make bench-peers  the same jobs in R, SciPy, GSL and Boost: docs/performance.md
 #   make accuracy  error of every probability and quantile against high-precision references
+#   make gallery   run the examples and write docs/gallery.md
 #   make format    format the sources; make format-check: fail where they are not
 #   make install PREFIX=/usr/local
 
@@ -13,7 +15,7 @@ JOBS ?= $(shell nproc)
 CTEST_FLAGS ?= --output-on-failure -j $(JOBS)
 SOURCES = git ls-files '*.cpp' '*.hpp' '*.h'
 
-.PHONY: all packages build demo check asan bench accuracy format format-check install clean
+.PHONY: all packages build demo check asan bench bench-peers gallery accuracy format format-check install clean
 
 all: build
 
@@ -40,6 +42,15 @@ bench:
 	@cmake --preset bench >/dev/null
 	@cmake --build --preset bench -j $(JOBS)
 	@for b in build-bench/bin/*_bench; do echo "== $$b"; $$b; done
+
+bench-peers:
+	@scripts/install-packages peers
+	@cmake --preset bench >/dev/null
+	@cmake --build --preset bench -j $(JOBS) --target peers
+	@scripts/bench-peers build-bench/bin/peers
+
+gallery: build
+	@scripts/gallery build/bin/vexel
 
 accuracy: build
 	@python3 tests/reference/accuracy_report.py build/lib/libnag2.so

@@ -1,0 +1,71 @@
+"""The jobs of docs/performance.md in NumPy and SciPy."""
+
+import time
+
+import numpy as np
+from scipy import optimize, signal, special, stats
+from scipy.stats import qmc
+
+
+def measure(job, count, run):
+    best, total, runs = float("inf"), 0.0, 0
+    while runs < 3 or total < 0.5:
+        start = time.perf_counter()
+        run()
+        seconds = time.perf_counter() - start
+        best, total, runs = min(best, seconds), total + seconds, runs + 1
+    print(f"{job}\tSciPy\t{best / count:.6g}", flush=True)
+
+
+random = np.random.default_rng(1)
+large = random.normal(10.0, 2.0, 10_000_000)
+medium = large[:1_000_000]
+
+measure("mean of 10^7", 1, lambda: np.mean(large))
+measure("moments 2, 3, 4 of 10^6", 1, lambda: stats.moment(medium, [2, 3, 4]))
+measure("median of 10^7", 1, lambda: np.median(large))
+measure("25 quantiles of 10^6", 1, lambda: np.quantile(medium, np.arange(1, 26) / 26))
+measure("Shapiro-Wilk, n = 5000", 1, lambda: stats.shapiro(medium[:5000]))
+measure("sort of 10^7", 1, lambda: np.sort(large))
+measure("ranks of 10^6", 1, lambda: stats.rankdata(medium, method="ordinal"))
+numbers = random.integers(0, 1000, 1_000_000, dtype=np.int32)
+measure("tally of 10^6, 1000 values", 1, lambda: np.unique(numbers, return_counts=True))
+measure("10^7 into 100 bins", 1, lambda: np.histogram(large, bins=100, range=(-2.0, 22.0)))
+measure("moving median, 101 over 10^6", 1, lambda: signal.medfilt(medium, 101))
+taps = np.full(101, 1 / 101)
+measure("filter, 101 taps over 10^6", 1, lambda: signal.lfilter(taps, 1.0, medium))
+
+n = 1_000_000
+measure("uniform variates", n, lambda: random.random(n))
+measure("normal variates", n, lambda: random.standard_normal(n))
+measure("exponential variates", n, lambda: random.standard_exponential(n))
+measure("gamma(2.5) variates", n, lambda: random.standard_gamma(2.5, n))
+measure("beta(2, 3) variates", n, lambda: random.beta(2, 3, n))
+measure("Poisson(10) variates", n, lambda: random.poisson(10, n))
+measure("binomial(100, 0.3) variates", n, lambda: random.binomial(100, 0.3, n))
+
+
+def call(job, low, high, f):
+    x = low + (high - low) * (np.arange(1_000_000) + 0.5) / 1_000_000
+    measure(job, 1_000_000, lambda: f(x))
+
+
+call("normal probability", -3, 3, special.ndtr)
+call("Student t(5) probability", -3, 3, lambda x: special.stdtr(5, x))
+call("gamma(2.5) probability", 0, 8, lambda x: special.gammainc(2.5, x))
+call("beta(2, 3) probability", 0, 1, lambda x: special.betainc(2, 3, x))
+call("F(5, 7) probability", 0, 5, lambda x: special.fdtr(5, 7, x))
+call("Poisson(10) probability", 0, 25, lambda x: special.pdtr(np.floor(x), 10))
+call("binomial(100, 0.3) probability", 10, 50, lambda x: special.bdtr(np.floor(x), 100, 0.3))
+call("normal quantile", 0, 1, special.ndtri)
+call("Student t(5) quantile", 0, 1, lambda p: special.stdtrit(5, p))
+call("gamma(2.5) quantile", 0, 1, lambda p: special.gammaincinv(2.5, p))
+call("beta(2, 3) quantile", 0, 1, lambda p: special.betaincinv(2, 3, p))
+
+sobol, halton = qmc.Sobol(10, scramble=False), qmc.Halton(10, scramble=False)
+measure("Sobol points, 10 dimensions", 2**20 * 10, lambda: sobol.reset().random(2**20))
+measure("Halton points, 10 dimensions", 1e7, lambda: halton.reset().random(1_000_000))
+measure("Brent solve, the user's function", 1, lambda: optimize.brentq(lambda x: x**3 - 2 * x - 5, 2.0, 3.0))
+x = random.standard_normal(1000)
+measure("bootstrap, 2000 means of 1000", 1,
+        lambda: [random.choice(x, 1000).mean() for _ in range(2000)])
