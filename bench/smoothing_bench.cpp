@@ -42,7 +42,7 @@ void overWindows(benchmark::State& state, F f) {
 
 void movingMedian(benchmark::State& state) {
   overWindows(state, [](Doubles& x, int w, Doubles& out) {
-    STATS_MovingMedian_HW(x.data(), kSize, w, 0, false, out.data());
+    STATS_MovingMedian_HW(nullptr, x.data(), kSize, w, 0, false, out.data());
   });
 }
 void movingMedianDirect(benchmark::State& state) {
@@ -57,8 +57,8 @@ void movingMedianDirect(benchmark::State& state) {
 void movingMean(benchmark::State& state) {
   Doubles scratch(kSize);
   overWindows(state, [&](Doubles& x, int w, Doubles& out) {
-    STATS_MovingMean_HW(x.data(), nullptr, kSize, w, STATS_ARITHMETIC_MEAN_HW, scratch.data(),
-                        out.data());
+    STATS_MovingMean_HW(nullptr, x.data(), nullptr, kSize, w, STATS_ARITHMETIC_MEAN_HW,
+                        scratch.data(), out.data());
   });
 }
 void movingMeanDirect(benchmark::State& state) {
@@ -72,7 +72,7 @@ void movingMeanDirect(benchmark::State& state) {
 void linearFilter(benchmark::State& state) {
   const Doubles taps(static_cast<std::size_t>(state.range(0)), 0.01);
   overWindows(state, [&](Doubles& x, int k, Doubles& out) {
-    STATS_LinearFilter_HW(x.data(), taps.data(), kSize - k + 1, k, false, out.data());
+    STATS_LinearFilter_HW(nullptr, x.data(), taps.data(), kSize - k + 1, k, false, out.data());
   });
 }
 void linearFilterDirect(benchmark::State& state) {
@@ -92,7 +92,7 @@ BENCHMARK(movingMedian)->Arg(11)->Arg(101)->Arg(1001)->Unit(benchmark::kMillisec
 BENCHMARK(movingMedianDirect)->Arg(11)->Arg(101)->Arg(1001)->Unit(benchmark::kMillisecond);
 BENCHMARK(movingMean)->Arg(11)->Arg(101)->Arg(1001)->Unit(benchmark::kMillisecond);
 BENCHMARK(movingMeanDirect)->Arg(11)->Arg(101)->Arg(1001)->Unit(benchmark::kMillisecond);
-BENCHMARK(linearFilter)->Arg(11)->Arg(101)->Unit(benchmark::kMillisecond);
-BENCHMARK(linearFilterDirect)->Arg(11)->Arg(101)->Unit(benchmark::kMillisecond);
+BENCHMARK(linearFilter)->Arg(11)->Arg(101)->Arg(1001)->Unit(benchmark::kMillisecond);
+BENCHMARK(linearFilterDirect)->Arg(11)->Arg(101)->Arg(1001)->Unit(benchmark::kMillisecond);
 
 }  // namespace

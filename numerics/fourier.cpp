@@ -4,10 +4,12 @@
 // ones as imaginary parts), an odd one by a complex transform of length m.  A complex length with a
 // large prime factor, for which kissfft takes time in proportion to that factor, goes through
 // Bluestein's chirp convolution (L. I. Bluestein, 1970, A linear filtering approach to the
-// computation of the discrete Fourier transform) of a power-of-two length.
+// computation of the discrete Fourier transform) of a length without factors beyond five.
 
 #include <nag2/nag2.h>
 
+#include <algorithm>
+#include <bit>
 #include <cmath>
 #include <complex>
 #include <cstddef>
@@ -40,6 +42,17 @@ std::size_t largestPrimeFactor(std::size_t n) {
   return n > 1 ? n : largest;
 }
 
+// The least length >= n without prime factors beyond 5, n >= 1.
+std::size_t convenientLength(std::size_t n) {
+  std::size_t best = std::bit_ceil(n);
+  for (std::size_t fives = 1; fives < best; fives *= 5) {
+    for (std::size_t odd = fives; odd < best; odd *= 3) {
+      best = std::min(best, odd * std::bit_ceil((n + odd - 1) / odd));
+    }
+  }
+  return best;
+}
+
 // exp(-2 pi i numerator / denominator), 0 <= numerator <= denominator.
 Complex unitRoot(std::size_t numerator, std::size_t denominator) {
   const double angle =
@@ -55,10 +68,7 @@ Complex product(Complex a, Complex b) {
 // sum_j x_j exp(-2 pi i j k / n) as a convolution with the chirp exp(pi i j^2 / n).
 ComplexVector bluestein(const ComplexVector& x) {
   const std::size_t n = x.size();
-  std::size_t length = 1;
-  while (length < 2 * n - 1) {
-    length *= 2;
-  }
+  const std::size_t length = convenientLength(2 * n - 1);
   // j^2 modulo 2n, by its differences 2j + 1, keeps the angle small and exact.
   ComplexVector chirp(n);
   std::size_t square = 0;

@@ -55,6 +55,18 @@ class WeightedSample {
     }
     return total;
   }
+
+  // The binary exponent of the greatest deviation from m; 0 when that is none or infinite.
+  int scaleAbout(double m) const {
+    constexpr int kSmallest = -1022;  // below, the inverse of the scale is no double
+    double greatest = 0.0;
+    for (int i = 0; i < n_; ++i) {
+      greatest = weight(i) != 0.0 ? std::max(greatest, std::fabs(x_[i] - m)) : greatest;
+    }
+    return greatest > 0.0 && std::isfinite(greatest) ? std::max(std::ilogb(greatest), kSmallest)
+                                                     : 0;
+  }
+
   double weight(int i) const { return w_ != nullptr ? w_[i] : 1.0; }
   double point(int i) const { return x_[i]; }
   bool weighted() const { return w_ != nullptr; }
@@ -70,27 +82,34 @@ struct Moments {
   double mean, sd, skewness, kurtosis;
 };
 
-// The second pass over the deviations from the first mean also corrects that mean's rounding.
+// The second pass over the deviations from the first mean also corrects that mean's rounding; the
+// third takes the deviations in a unit, a power of two, in which the greatest one's powers neither
+// overflow nor underflow.
 Moments moments(const WeightedSample& sample, double total) {
   double mean = sample.sum([](double x, double w) { return w * x; }) / total;
-  mean += sample.sum([mean](double x, double w) { return w * (x - mean); }) / total;
+  if (std::isfinite(mean)) {
+    mean += sample.sum([mean](double x, double w) { return w * (x - mean); }) / total;
+  }
 
   const double divisor = sample.weighted()
                              ? total - sample.sum([](double, double w) { return w * w; }) / total
                              : static_cast<double>(sample.size() - 1);
+  const int exponent = sample.scaleAbout(mean);
+  const double scale = std::ldexp(1.0, -exponent);
   double second = 0.0;
   double third = 0.0;
   double fourth = 0.0;
   for (int i = 0; i < sample.size(); ++i) {
     if (const double w = sample.weight(i); w != 0.0) {
-      const double d = sample.point(i) - mean;
+      const double d = (sample.point(i) - mean) * scale;
       second += w * d * d;
       third += w * d * d * d;
       fourth += w * d * d * d * d;
     }
   }
   const double sd = std::sqrt(second / divisor);
-  return {mean, sd, third / divisor / (sd * sd * sd), fourth / divisor / (sd * sd * sd * sd) - 3.0};
+  return {mean, std::ldexp(sd, exponent), third / divisor / (sd * sd * sd),
+          fourth / divisor / (sd * sd * sd * sd) - 3.0};
 }
 
 }  // namespace

@@ -28,6 +28,9 @@ TEST_F(CountsTest, DiscretizeNeverLeavesItsGrid) {
       const auto out = call("STATS_VexelDiscretize_HW", array({a, b, a / 2 + b / 2}), M, a, b, 1.0,
                             true, none());
       EXPECT_EQ(out.size(), static_cast<std::size_t>(M));
+      for (double weight : numbers(out)) {
+        ASSERT_FALSE(std::isnan(weight)) << M << " points over " << a << " .. " << b;
+      }
     }
   }
 }
@@ -80,6 +83,7 @@ TEST_F(CountsTest, CumulativeChecksItsOutputArray) {
   EXPECT_EQ(into(array({0.0, 0.0})), "output array has insufficient number of elements: %1");
   EXPECT_EQ(into(kernel.array(std::span<const std::int32_t>(integers))),
             "output array has invalid data type: %1");
+  EXPECT_EQ(into(readOnlyArray({0.0, 0.0, 0.0})), "output array is read-only: %1");
 }
 
 TEST_F(CountsTest, CountsAndWeightsOfPresentAndMissingValues) {

@@ -90,6 +90,20 @@ TEST(StatisticSummary, KeepsItsDigitsFarFromZero) {
   EXPECT_DOUBLE_EQ(far.sd, std::sqrt(50.0 / 3.0));
 }
 
+// Powers of deviations leave the double range long before the statistics do.
+TEST(StatisticSummary, DoesNotDependOnScale) {
+  const Summary plain = summary({1, 2, 3, 10});
+  for (int exponent : {-1074, -1000, -300, 300, 1000, 1019}) {
+    SCOPED_TRACE(exponent);
+    const double unit = std::ldexp(1.0, exponent);
+    const Summary scaled = summary({unit, 2 * unit, 3 * unit, 10 * unit});
+    EXPECT_EQ(scaled.sd, plain.sd * unit);
+    EXPECT_EQ(scaled.skewness, plain.skewness);
+    EXPECT_EQ(scaled.kurtosis, plain.kurtosis);
+  }
+  EXPECT_EQ(summary({1, 2, HUGE_VAL}).mean, HUGE_VAL);
+}
+
 TEST(StatisticSummary, FailuresAndMissingValues) {
   EXPECT_EQ(summary({1, 2}, {1, -1}).code, NAG2_NEGATIVE_WEIGHT);
   EXPECT_EQ(summary({1, 2}, {0, 0}).code, NAG2_ZERO_TOTAL_WEIGHT);

@@ -57,7 +57,7 @@ TEST(MovingMedianKernel, AgreesWithTheMedianOfEachWindow) {
       if (recursive) slowSeries[static_cast<std::size_t>(offset + s)] = slow.back();
     }
     Doubles fast(slow.size());
-    STATS_MovingMedian_HW(series.data(), n, w, offset, recursive, fast.data());
+    STATS_MovingMedian_HW(nullptr, series.data(), n, w, offset, recursive, fast.data());
     ASSERT_THAT(fast, Pointwise(SameNumber(), slow)) << "n " << n << ", w " << w;
     ASSERT_THAT(series, Pointwise(SameNumber(), slowSeries)) << "offset " << offset;
   }
@@ -74,7 +74,7 @@ TEST(MovingMeanKernel, IsTheMeanOfEachWindowToTheLastBit) {
     Doubles scratch(series.size());
     Doubles out(static_cast<std::size_t>(n - w + 1));
     for (const double* given : {static_cast<const double*>(nullptr), weights.data()}) {
-      STATS_MovingMean_HW(series.data(), given, n, w, type, scratch.data(), out.data());
+      STATS_MovingMean_HW(nullptr, series.data(), given, n, w, type, scratch.data(), out.data());
       for (std::size_t s = 0; s < out.size(); ++s) {
         const double mean = STATS_Mean_HW(nullptr, series.data() + s, given, w, type);
         ASSERT_TRUE(out[s] == mean || (std::isnan(out[s]) && std::isnan(mean)))
@@ -91,7 +91,7 @@ TEST(LinearFilterKernel, SumsEachOutputFromTheOldestTerm) {
     Doubles series = randomSeries(random, n + k - 1, false);
     const Doubles taps = randomSeries(random, k, false);
     Doubles out(static_cast<std::size_t>(n));
-    STATS_LinearFilter_HW(series.data(), taps.data(), n, k, false, out.data());
+    STATS_LinearFilter_HW(nullptr, series.data(), taps.data(), n, k, false, out.data());
     for (int i = 0; i < n; ++i) {
       double sum = 0.0;
       for (int j = 0; j < k; ++j) {
@@ -149,6 +149,9 @@ TEST_F(SmoothingTest, ResultsOfSmallSeries) {
       {"STATS_VexelMoving_HW(Array(0..2, [1, 2, 3]), 2, x -> x[0])", {1, 2, 0, 0}},
       {"STATS_VexelMoving_HW(Array(2..5, [1, 2, 3, 4]), 2, x -> x[2])", {1}},
       {"STATS_VexelMoving_HW(Array(1..3, [1, 2, 3], storage = sparse), 2, x -> x[2])", {2, 3}},
+      {"STATS_VexelLinearFilter_HW(Array(-2^63..1 - 2^63, [undefined, undefined]), A([1]), none, "
+       "false, true)",
+       {}},
   };
   for (const auto& [text, expected] : kCases) {
     EXPECT_THAT(numbers(eval(std::string(text) + ":")), Pointwise(SameNumber(), expected)) << text;
@@ -183,6 +186,22 @@ TEST_F(SmoothingTest, MovingHandsTheProcedureTheDataInTheirOwnType) {
   }
 }
 
+TEST_F(SmoothingTest, LongCallsCanBeInterrupted) {
+  const auto series = array(Doubles(500000));
+  const auto taps = array(Doubles(200, 1.0));
+  const auto isInterrupted = [&](const char* entry, auto... arguments) {
+    vexel::Kernel::interrupt();
+    EXPECT_THROW(call(entry, series, arguments...), vexel::Interrupted) << entry;
+  };
+  for (bool recursive : {false, true}) {
+    isInterrupted("STATS_VexelLinearFilter_HW", taps, none(), recursive, false);
+    isInterrupted("STATS_VexelMovingMean_HW", 200, 0, none(), false, 0, recursive);
+    isInterrupted("STATS_VexelMovingMean_HW", 200, 0, taps, false, 2, recursive);
+    isInterrupted("STATS_VexelMovingMedian_HW", 3, 0, none(), false, recursive);
+    isInterrupted("STATS_VexelMovingMedian_HW", 200, 0, taps, false, recursive);
+  }
+}
+
 TEST_F(SmoothingTest, EveryMessageIsSpelledAsHostsKnowIt) {
   static constexpr struct {
     const char* call;
@@ -212,6 +231,7 @@ TEST_F(SmoothingTest, EveryMessageIsSpelledAsHostsKnowIt) {
        "invalid data sample, expected: one-dimensional array, received 1"},
       {"STATS_VexelMoving_HW(four, 5, x -> x)",
        "invalid size of the moving window, expected: integer between 1 and 4, received: 5"},
+      {"STATS_VexelMoving_HW(Array(-2^63..2 - 2^63), 2, x -> x)", "not enough memory"},
       {"STATS_VexelMoving_HW(four, 1, proc(x) error(\"no %1\", x[1]) end)", "no 1.0"},
   };
   for (const auto& [text, message] : kCases) {

@@ -34,6 +34,11 @@ class KernelTest : public testing::Test {
   vexel::Value array(const std::vector<double>& x) {
     return kernel.array(std::span<const double>(x));
   }
+  vexel::Value readOnlyArray(const std::vector<double>& x) {
+    const V_INT bounds[] = {1, static_cast<V_INT>(x.size())};
+    return kernel.array({RTABLE_FLOAT64, RTABLE_RECTANGULAR, RTABLE_COLUMN_MAJOR, 1, 1}, x.data(),
+                        bounds);
+  }
   vexel::Value none() { return kernel.array(std::initializer_list<double>{}); }  // "no weights"
   vexel::Value name(std::string_view text) { return kernel.name(text); }
 

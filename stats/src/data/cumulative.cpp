@@ -34,6 +34,9 @@ ALGEB outputArray(VKernelVector kv, ALGEB given, ALGEB data, V_INT size) {
   if (settings.storage != RTABLE_RECTANGULAR) {
     VexelRaiseError1(kv, "output array has invalid storage type: %1", given);
   }
+  if (settings.read_only != 0) {
+    VexelRaiseError1(kv, "output array is read-only: %1", given);
+  }
   return given;
 }
 

@@ -11,6 +11,7 @@
 #include <cassert>
 #include <cmath>
 
+#include "kernel/interrupt.hpp"
 #include "lds/HaltonQRStream.hpp"
 
 namespace {

@@ -13,6 +13,8 @@
 #include <cstddef>
 #include <span>
 
+#include "kernel/interrupt.hpp"
+
 namespace {
 
 constexpr std::array<int, HaltonQRStream::kTabledPrimes> firstPrimes() {

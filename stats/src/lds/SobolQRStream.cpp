@@ -8,6 +8,7 @@
 #include <cmath>
 #include <cstddef>
 
+#include "kernel/interrupt.hpp"
 #include "lds/host_tables.hpp"
 
 namespace {

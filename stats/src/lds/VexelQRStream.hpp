@@ -38,6 +38,3 @@ class VexelQRStream {
  protected:
   int dimension_ = 0;
 };
-
-// Lets the host raise a pending interrupt; cheap enough to call once in some 10^5 operations.
-inline void STATS_LookForInterrupt_HW(VKernelVector kv) { VexelEval(kv, ToVexelInteger(kv, 0)); }

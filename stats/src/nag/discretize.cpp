@@ -3,7 +3,6 @@
 
 #include "nag/discretize.hpp"
 
-#include <algorithm>
 #include <cmath>
 #include <cstddef>
 
@@ -18,28 +17,26 @@ class Grid {
       : a_(a), factor_((M - 1) / (b - a)), last_(M - 1), out_(out) {}
 
   void add(double x, double weight) {
-    const double p = (x - a_) * factor_;
-    const double lower = std::floor(p);
+    // Rounding may put a position just past the last point, and a range too narrow or too wide for
+    // a factor makes it infinite or NaN: such a position belongs to the nearest end.
+    double p = (x - a_) * factor_;
+    p = p > 0.0 ? p : 0.0;
+    p = p < last_ ? p : last_;
+    const std::int32_t j = STATS_DoubleToInteger_HW(p);
+    const double lower = j;
     if (p == lower) {
-      at(p) += weight;
+      out_[j] += weight;
       return;
     }
-    const double upper = std::ceil(p);
-    at(lower) += (lower + 1.0 - p) * weight;
-    at(upper) += (1.0 - upper + p) * weight;
+    const double upper = lower + 1.0;
+    out_[j] += (lower + 1.0 - p) * weight;
+    out_[j + 1] += (1.0 - upper + p) * weight;
   }
 
  private:
-  // Rounding may put a position just past the end, and a range too wide for a double makes it NaN:
-  // such a position belongs to the nearest end.
-  double& at(double position) {
-    const std::int32_t j = std::clamp(STATS_DoubleToInteger_HW(position), 0, last_);
-    return out_[j];
-  }
-
   double a_;
   double factor_;
-  std::int32_t last_;
+  double last_;
   double* out_;
 };
 

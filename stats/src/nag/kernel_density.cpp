@@ -12,6 +12,7 @@
 #include "kernel/data_sample.hpp"
 #include "kernel/entry_frame.hpp"
 #include "kernel/host_arrays.hpp"
+#include "kernel/interrupt.hpp"
 #include "nag/discretize.hpp"
 #include "nag/kernel_transforms.hpp"
 
@@ -68,7 +69,6 @@ void reverseTransform(VKernelVector kv, const std::int32_t M, double* z, double*
 // a, b     ends of the grid; the estimate is periodic over M (b - a)/(M - 1)
 STATS_ENTRY(STATS_VexelKernelDensity_HW) {
   const Arguments arg(kv, args, 8, "expected 8 arguments, received: %1");
-  const STATS_VexelDataSample_HW sample(kv, arg[1], arg[2]);
   const std::int32_t code = arg.integer32(3);
   const double h = arg.real(4);
   const std::int32_t M = arg.integer32(5);
@@ -77,11 +77,13 @@ STATS_ENTRY(STATS_VexelKernelDensity_HW) {
   const double b = arg.real(8);
   STATS_CheckGrid_HW(kv, M, a, b);
 
+  const STATS_VexelDataSample_HW sample(kv, arg[1], arg[2]);
   const ALGEB result = STATS_CreateFloatVector_HW(kv, M);
   double* density = STATS_FloatBlock_HW(kv, result);
   STATS_Discretize_HW(kv, M, a, b, 0.0, quiet, sample.size(), sample.points(), sample.weights(),
                       density);
   std::vector<double> work(static_cast<std::size_t>(M));
+  STATS_LookForInterrupt_HW(kv);
   forwardTransform(kv, M, density, work.data());
 
   const STATS_KernelTransform_HW kernel = STATS_KernelTransformOfCode_HW(code);
@@ -89,6 +91,7 @@ STATS_ENTRY(STATS_VexelKernelDensity_HW) {
     VexelRaiseError1(kv, "invalid kernel, received: %1", ToVexelInteger(kv, code));
   }
   smooth(kernel, 2.0 * hostPi(kv) * h / (b - a), M, density);
+  STATS_LookForInterrupt_HW(kv);
   reverseTransform(kv, M, density, work.data());
   return result;
 }

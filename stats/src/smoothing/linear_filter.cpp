@@ -11,10 +11,11 @@
 #include "smoothing/side_by_side.hpp"
 #include "smoothing/smoothing_result.hpp"
 
-void STATS_LinearFilter_HW(double* series, const double* taps, int n, int k, bool recursive,
-                           double* y) {
+void STATS_LinearFilter_HW(VKernelVector kv, double* series, const double* taps, int n, int k,
+                           bool recursive, double* y) {
+  STATS_InterruptLookout_HW lookout(kv);
   if (!recursive || k == 0) {
-    sumsSideBySide(n, k, y, [=](auto i, auto j) { return series[i + j] * taps[j]; });
+    sumsSideBySide(n, k, y, lookout, [=](auto i, auto j) { return series[i + j] * taps[j]; });
     return;
   }
   for (std::ptrdiff_t i = 0; i < n; ++i) {
@@ -24,6 +25,7 @@ void STATS_LinearFilter_HW(double* series, const double* taps, int n, int k, boo
     }
     y[i] = sum;
     series[i + k - 1] = sum;
+    lookout.done(k);
   }
 }
 
@@ -38,12 +40,12 @@ STATS_ENTRY(STATS_VexelLinearFilter_HW) {
   const STATS_VexelDataSample_HW data(kv, arg[1]);
   const STATS_VexelDataSample_HW coefficients(kv, arg[2]);
   const STATS_VexelDataSample_HW initial(kv, arg[3]);
-  const bool recursive = arg.boolean(4);
-  const bool ignoreMissing = arg.boolean(5);
   const int k = coefficients.size();
   if (data.size() < k) {
     VexelRaiseError(kv, "the size of the filter cannot exceed the size of the data set");
   }
+  const bool ignoreMissing = arg.boolean(5);
+  const bool recursive = arg.boolean(4);
 
   // The history ends with the first initial value; what is before the last one stays 0.
   const int history = std::max(k - 1, 0);
@@ -55,6 +57,6 @@ STATS_ENTRY(STATS_VexelLinearFilter_HW) {
   std::reverse_copy(coefficients.points(), coefficients.points() + k, taps);
 
   const ALGEB result = STATS_SmoothingResult_HW(kv, arg[1], RTableLowerBound(kv, arg[1], 1), n);
-  STATS_LinearFilter_HW(series, taps, n, k, recursive, STATS_FloatBlock_HW(kv, result));
+  STATS_LinearFilter_HW(kv, series, taps, n, k, recursive, STATS_FloatBlock_HW(kv, result));
   return result;
 }

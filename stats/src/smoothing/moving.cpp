@@ -1,6 +1,7 @@
 // A host procedure on every window of an array.
 
 #include <cstring>
+#include <limits>
 
 #include "kernel/entry_frame.hpp"
 
@@ -71,6 +72,13 @@ class WindowFiller {
   char* to_ = nullptr;
 };
 
+// n - size - lower + 2, or the greatest integer when that is no 64-bit one: no array is so large.
+V_INT upperBound(V_INT n, V_INT size, V_INT lower) {
+  V_INT upper = 0;
+  return __builtin_sub_overflow(n - size + 2, lower, &upper) ? std::numeric_limits<V_INT>::max()
+                                                             : upper;
+}
+
 ALGEB newArray(VKernelVector kv, RTableSettings settings, V_INT lower, V_INT upper) {
   settings.num_dimensions = 1;
   settings.read_only = 0;
@@ -120,7 +128,7 @@ STATS_ENTRY(STATS_VexelMoving_HW) {
   resultSettings.data_type = RTABLE_DAG;
   resultSettings.storage = RTABLE_RECTANGULAR;
   const V_INT lower = RTableLowerBound(kv, data, 1);
-  const ALGEB result = newArray(kv, resultSettings, lower, n - size - lower + 2);
+  const ALGEB result = newArray(kv, resultSettings, lower, upperBound(n, size, lower));
   if (elementWidth(settings.data_type) == 0) {
     return result;
   }

@@ -10,6 +10,7 @@
 #include "kernel/data_sample.hpp"
 #include "kernel/entry_frame.hpp"
 #include "kernel/host_arrays.hpp"
+#include "kernel/interrupt.hpp"
 #include "smoothing/moving_mean.hpp"
 #include "smoothing/moving_median.hpp"
 #include "smoothing/smoothing_result.hpp"
@@ -119,9 +120,11 @@ STATS_ENTRY(STATS_VexelMovingMean_HW) {
   const STATS_MEAN_TYPE_HW type = STATS_ToMeanType_HW(arg.integer(6));
 
   if (recursive) {
+    STATS_InterruptLookout_HW lookout(kv);
     for (int s = 0; s <= series.n - window.size; ++s) {
       series.values[V_INT{window.offset} + s] =
           STATS_Mean_HW(kv, series.values + s, series.weights, window.size, type);
+      lookout.done(window.size);
     }
   }
   double* block = nullptr;
@@ -129,7 +132,7 @@ STATS_ENTRY(STATS_VexelMovingMean_HW) {
   if (recursive) {
     std::copy_n(series.values, series.results, block);
   } else {
-    STATS_MovingMean_HW(series.values, series.weights, series.n, window.size, type,
+    STATS_MovingMean_HW(kv, series.values, series.weights, series.n, window.size, type,
                         STATS_AllocDoubles_HW(kv, series.n), block + window.offset);
   }
   return result;
@@ -150,9 +153,9 @@ STATS_ENTRY(STATS_VexelMovingMedian_HW) {
   const ALGEB result = newResult(kv, arg[1], series, window, &block);
   double* out = block + window.offset;
   if (series.weights == nullptr) {
-    STATS_MovingMedian_HW(series.values, series.n, window.size, window.offset, recursive, out);
+    STATS_MovingMedian_HW(kv, series.values, series.n, window.size, window.offset, recursive, out);
   } else {
-    STATS_WeightedMovingMedian_HW(series.values, series.weights, series.n, window.size,
+    STATS_WeightedMovingMedian_HW(kv, series.values, series.weights, series.n, window.size,
                                   window.offset, recursive, STATS_AllocDoubles_HW(kv, window.size),
                                   STATS_AllocDoubles_HW(kv, window.size), out);
   }

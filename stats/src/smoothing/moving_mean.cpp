@@ -53,23 +53,26 @@ double meanOf(double sum, double total, STATS_MEAN_TYPE_HW type) {
 
 }  // namespace
 
-void STATS_MovingMean_HW(const double* series, const double* weights, int n, int w,
-                         STATS_MEAN_TYPE_HW type, double* scratch, double* out) {
+void STATS_MovingMean_HW(VKernelVector kv, const double* series, const double* weights, int n,
+                         int w, STATS_MEAN_TYPE_HW type, double* scratch, double* out) {
+  const STATS_InterruptLookout_HW lookout(kv);
   const int count = n - w + 1;
   const bool weighted = weights != nullptr;
   const double* terms = windowTerms(series, n, type, weighted, scratch);
   double total = w;
   if (!weighted) {
-    sumsSideBySide(count, w, out, [=](auto s, auto j) { return terms[s + j]; });
+    sumsSideBySide(count, w, out, lookout, [=](auto s, auto j) { return terms[s + j]; });
   } else {
     total = 0.0;
     for (int j = 0; j < w; ++j) {
       total += weights[j];
     }
     if (type == STATS_HARMONIC_MEAN_HW) {
-      sumsSideBySide(count, w, out, [=](auto s, auto j) { return weights[j] / terms[s + j]; });
+      sumsSideBySide(count, w, out, lookout,
+                     [=](auto s, auto j) { return weights[j] / terms[s + j]; });
     } else {
-      sumsSideBySide(count, w, out, [=](auto s, auto j) { return weights[j] * terms[s + j]; });
+      sumsSideBySide(count, w, out, lookout,
+                     [=](auto s, auto j) { return weights[j] * terms[s + j]; });
     }
   }
   for (int s = 0; s < count; ++s) {

@@ -3,18 +3,23 @@
 #include "smoothing/moving_median.hpp"
 
 #include <algorithm>
+#include <cstdint>
 
 #include "descriptive/quantiles.hpp"
+#include "kernel/interrupt.hpp"
 #include "smoothing/running_median.hpp"
 
-void STATS_MovingMedian_HW(double* series, int n, int w, V_INT offset, bool recursive,
-                           double* out) {
+void STATS_MovingMedian_HW(VKernelVector kv, double* series, int n, int w, V_INT offset,
+                           bool recursive, double* out) {
   if (n < w) {
     return;
   }
+  constexpr int kWindowCost = 100;  // operations, near enough
+  STATS_InterruptLookout_HW lookout(kv);
   RunningMedian window(series, w);
   int slot = 0;  // of series[s]; series[s + k] is k slots on, round the ring
   for (int s = 0;; ++s) {
+    lookout.done(kWindowCost);
     const double median = window.median();
     out[s] = median;
     if (recursive) {
@@ -31,10 +36,13 @@ void STATS_MovingMedian_HW(double* series, int n, int w, V_INT offset, bool recu
   }
 }
 
-void STATS_WeightedMovingMedian_HW(double* series, const double* weights, int n, int w,
-                                   V_INT offset, bool recursive, double* scratch,
+void STATS_WeightedMovingMedian_HW(VKernelVector kv, double* series, const double* weights, int n,
+                                   int w, V_INT offset, bool recursive, double* scratch,
                                    double* weightScratch, double* out) {
+  constexpr std::int64_t kValueCost = 20;
+  STATS_InterruptLookout_HW lookout(kv);
   for (int s = 0; s <= n - w; ++s) {
+    lookout.done(kValueCost * w);
     std::copy_n(series + s, w, scratch);
     std::copy_n(weights, w, weightScratch);
     out[s] = STATS_Median_HW(scratch, weightScratch, w);

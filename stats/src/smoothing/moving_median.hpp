@@ -6,11 +6,12 @@
 // out[s] = the median of series[s..s+w-1], for s = 0 .. n - w; O(log w) for each.
 //
 // A recursive one also writes it to series[offset + s] before the next window, which may lie in it,
-// so series has room for offset + n - w + 1 values.
-void STATS_MovingMedian_HW(double* series, int n, int w, V_INT offset, bool recursive, double* out);
+// so series has room for offset + n - w + 1 values.  Raises interrupts, unless kv is null.
+void STATS_MovingMedian_HW(VKernelVector kv, double* series, int n, int w, V_INT offset,
+                           bool recursive, double* out);
 
 // The same with weights[0..w-1] for the places of each window, O(w log w) for each window: weights
 // belong to places, not to values.  Both scratch arrays have room for w.
-void STATS_WeightedMovingMedian_HW(double* series, const double* weights, int n, int w,
-                                   V_INT offset, bool recursive, double* scratch,
+void STATS_WeightedMovingMedian_HW(VKernelVector kv, double* series, const double* weights, int n,
+                                   int w, V_INT offset, bool recursive, double* scratch,
                                    double* weightScratch, double* out);
