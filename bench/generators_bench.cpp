@@ -1,8 +1,12 @@
 // Sampling generators: indices from an urn beside the standard library's and GSL's, variates of
-// densities and distribution functions that are host procedures, and bootstrap replications.
+// densities and distribution functions that are host procedures beside UNU.RAN's, and bootstrap
+// replications.
 
 #include <benchmark/benchmark.h>
 #include <gsl/gsl_randist.h>
+#ifdef HAVE_UNURAN
+#include <unuran.h>
+#endif
 
 #include <cmath>
 #include <random>
@@ -127,6 +131,57 @@ void EnvelopeGamma(benchmark::State& state) {
       {0, 0.5857864376269049, 2, 3.414213562373095, 30});
 }
 BENCHMARK(EnvelopeGamma)->Unit(benchmark::kMillisecond);
+
+#ifdef HAVE_UNURAN
+// Transformed density rejection of the same densities as C functions, with the same uniforms.
+void transformedRejection(benchmark::State& state, double (*h)(double), double (*h1)(double),
+                          double mode) {
+  static double (*density)(double);
+  static double (*derivative)(double);
+  density = h;
+  derivative = h1;
+  constexpr int kVariates = 1000000;
+  unur_set_default_urng(
+      unur_urng_new([](void* kv) { return VexelRandomDouble01(static_cast<VKernelVector>(kv)); },
+                    kernel().vector()));
+  UNUR_DISTR* distribution = unur_distr_cont_new();
+  unur_distr_cont_set_pdf(distribution,
+                          [](double x, const UNUR_DISTR*) { return ++evaluations, density(x); });
+  unur_distr_cont_set_dpdf(
+      distribution, [](double x, const UNUR_DISTR*) { return ++evaluations, derivative(x); });
+  unur_distr_cont_set_mode(distribution, mode);
+  if (mode > 0) {
+    unur_distr_cont_set_domain(distribution, 0, INFINITY);
+  }
+  evaluations = 0;
+  for (auto _ : state) {
+    UNUR_GEN* generator = unur_init(unur_tdr_new(distribution));
+    for (int i = 0; i < kVariates; ++i) {
+      benchmark::DoNotOptimize(unur_sample_cont(generator));
+    }
+    unur_free(generator);
+  }
+  unur_distr_free(distribution);
+  const auto variates = state.iterations() * kVariates;
+  state.SetItemsProcessed(variates);
+  state.counters["evaluations/variate"] =
+      static_cast<double>(evaluations) / static_cast<double>(variates);
+}
+
+void TransformedRejectionNormal(benchmark::State& state) {
+  transformedRejection(
+      state, [](double x) { return std::exp(-x * x / 2); },
+      [](double x) { return -x * std::exp(-x * x / 2); }, 0);
+}
+BENCHMARK(TransformedRejectionNormal)->Unit(benchmark::kMillisecond);
+
+void TransformedRejectionGamma(benchmark::State& state) {
+  transformedRejection(
+      state, [](double x) { return x * x * std::exp(-x); },
+      [](double x) { return (2 - x) * x * std::exp(-x); }, 2);
+}
+BENCHMARK(TransformedRejectionGamma)->Unit(benchmark::kMillisecond);
+#endif
 
 void InverseDistribution(benchmark::State& state) {
   const vexel::Value F = counted("F", [](double x) { return 1 / (1 + std::exp(-x)); });

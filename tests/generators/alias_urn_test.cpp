@@ -26,15 +26,16 @@ TEST_F(AliasUrnTest, TablesGiveEveryWeightBack) {
     for (const int padding : {0, 5}) {
       const int n = static_cast<int>(w.size());
       const STATS_AliasUrnGenerator_HW urn(n + padding, n, w.data());
-      const auto& cutoff = urn.cutoffs();
-      std::vector<double> mass(cutoff.size());
-      for (std::size_t k = 0; k < cutoff.size(); ++k) {
-        EXPECT_TRUE(cutoff[k] >= 0 && cutoff[k] <= 1 + 1e-12 * (n + padding));
-        mass[k] += cutoff[k];
-        mass[static_cast<std::size_t>(urn.aliases()[k])] += 1 - cutoff[k];
+      const auto& cells = urn.cells();
+      std::vector<double> mass(cells.size());
+      for (std::size_t k = 0; k < cells.size(); ++k) {
+        const double cutoff = cells[k].cutoff;
+        EXPECT_TRUE(cutoff >= 0 && cutoff <= 1 + 1e-12 * (n + padding));
+        mass[k] += cutoff;
+        mass[static_cast<std::size_t>(cells[k].alias)] += 1 - cutoff;
       }
       const double total = std::accumulate(w.begin(), w.end(), 0.0);
-      for (std::size_t k = 0; k < cutoff.size(); ++k) {
+      for (std::size_t k = 0; k < cells.size(); ++k) {
         const double expected = k < w.size() ? (n + padding) * (w[k] / total) : 0.0;
         EXPECT_NEAR(mass[k], expected, 1e-12 * (n + padding)) << k;
       }
@@ -71,7 +72,7 @@ TEST_F(AliasUrnTest, DrawsAreAnIntegerUntilInRangeThenAUniform) {
   script({cell(3, 29)}, {});
   const double w[] = {1, 1};
   STATS_AliasUrnGenerator_HW padded(4, 2, w);
-  EXPECT_EQ(padded.Next(), padded.aliases()[3]);
+  EXPECT_EQ(padded.Next(), padded.cells()[3].alias);
 }
 
 TEST_F(AliasUrnTest, FailuresHaveTheirTexts) {

@@ -12,18 +12,20 @@
 
 namespace {
 
+using Cell = STATS_AliasUrnGenerator_HW::Cell;
+
 // Gives each small cell the most recent large cell as alias and takes what is missing in the small
 // one off the large one.  worklist holds small cells from its start, large ones from its end.
-void pairCells(std::vector<double>& cutoff, std::vector<std::int32_t>& alias,
-               std::vector<std::int32_t>& worklist, std::size_t small, std::size_t large) {
+void pairCells(std::vector<Cell>& cells, std::vector<std::int32_t>& worklist, std::size_t small,
+               std::size_t large) {
   const std::size_t end = worklist.size();
   while (small > 0 && large < end) {
-    const auto s = static_cast<std::size_t>(worklist[small - 1]);
+    Cell& needy = cells[static_cast<std::size_t>(worklist[small - 1])];
     const std::int32_t donor = worklist[large];
-    const auto l = static_cast<std::size_t>(donor);
-    alias[s] = donor;
-    cutoff[l] = cutoff[s] - 1.0 + cutoff[l];
-    if (cutoff[l] < 1.0) {
+    Cell& giver = cells[static_cast<std::size_t>(donor)];
+    needy.alias = donor;
+    giver.cutoff = needy.cutoff - 1.0 + giver.cutoff;
+    if (giver.cutoff < 1.0) {
       worklist[small - 1] = donor;
       ++large;
     } else {
@@ -33,8 +35,7 @@ void pairCells(std::vector<double>& cutoff, std::vector<std::int32_t>& alias,
   // Without rounding both lists would end together; what is left keeps its own index.
   for (; small > 0; --small) {
     const std::int32_t rest = worklist[small - 1];
-    alias[static_cast<std::size_t>(rest)] = rest;
-    cutoff[static_cast<std::size_t>(rest)] = 1.0;
+    cells[static_cast<std::size_t>(rest)] = {1.0, rest};
   }
 }
 
@@ -44,8 +45,7 @@ void STATS_AliasUrnGenerator_HW::Reset(int m, int n, const double* weights) {
   m_ = std::max(m, 0);
   n_ = std::clamp(n, 0, m_);
   const auto cells = static_cast<std::size_t>(m_);
-  alias_.assign(cells, 0);
-  cutoff_.assign(cells, 0.0);
+  cells_.assign(cells, {0.0, 0});
   if (m_ == 0) {
     return;
   }
@@ -53,7 +53,7 @@ void STATS_AliasUrnGenerator_HW::Reset(int m, int n, const double* weights) {
   // The width decides which integers are skipped, and with it every stored sample.
   shift_ = 31 - static_cast<int>(std::bit_width(static_cast<std::uint32_t>(m_ - 1)));
   if (m_ == 1) {
-    cutoff_[0] = 1.0;
+    cells_[0].cutoff = 1.0;
     return;
   }
   const auto weighted = static_cast<std::size_t>(n_);
@@ -67,15 +67,15 @@ void STATS_AliasUrnGenerator_HW::Reset(int m, int n, const double* weights) {
   std::size_t large = cells;
   for (std::size_t i = 0; i < cells; ++i) {
     const auto cell = static_cast<std::int32_t>(i);
-    cutoff_[i] = i < weighted ? scale * weights[i] : 0.0;
-    if (i < weighted && cutoff_[i] >= 1.0) {
+    cells_[i].cutoff = i < weighted ? scale * weights[i] : 0.0;
+    if (i < weighted && cells_[i].cutoff >= 1.0) {
       worklist[--large] = cell;
-      alias_[i] = cell;
+      cells_[i].alias = cell;
     } else {
       worklist[small++] = cell;
     }
   }
-  pairCells(cutoff_, alias_, worklist, small, large);
+  pairCells(cells_, worklist, small, large);
 }
 
 void STATS_AliasUrnGenerator_HW::raiseNoCells() {

@@ -31,17 +31,22 @@ class STATS_AliasUrnGenerator_HW {
     do {
       k = static_cast<std::uint32_t>(STATS_VexelRandomStream_HW::NextInteger()) >> shift_;
     } while (k >= cells);
-    if (k < static_cast<std::uint32_t>(n_) &&
-        cutoff_[k] >= STATS_VexelRandomStream_HW::NextDouble()) {
-      return static_cast<int>(k);
+    const Cell& cell = cells_[k];
+    if (k >= static_cast<std::uint32_t>(n_)) [[unlikely]] {
+      return cell.alias;
     }
-    return alias_[k];
+    // Without a branch: which of the two it is cannot be predicted.
+    const auto own = static_cast<std::int32_t>(k);
+    const bool other = !(cell.cutoff >= STATS_VexelRandomStream_HW::NextDouble());
+    return own ^ ((own ^ cell.alias) & -static_cast<std::int32_t>(other));
   }
 
-  // The tables, for inspection: cell k keeps its own index with probability cutoffs()[k] and gives
-  // aliases()[k] otherwise.
-  const std::vector<double>& cutoffs() const { return cutoff_; }
-  const std::vector<std::int32_t>& aliases() const { return alias_; }
+  // A cell keeps its own index with probability cutoff and gives alias otherwise.
+  struct Cell {
+    double cutoff;
+    std::int32_t alias;
+  };
+  const std::vector<Cell>& cells() const { return cells_; }
 
  private:
   [[noreturn]] static void raiseNoCells();
@@ -49,6 +54,5 @@ class STATS_AliasUrnGenerator_HW {
   std::int32_t n_ = 0;
   std::int32_t m_ = 0;
   int shift_ = 31;
-  std::vector<std::int32_t> alias_;
-  std::vector<double> cutoff_;
+  std::vector<Cell> cells_;
 };
