@@ -12,11 +12,12 @@ namespace {
 constexpr int kDimension = 10;
 constexpr int kPoints = 1000000;
 
-vexel::Value output(vexel::Kernel& kernel) {
+vexel::Value output(vexel::Kernel& kernel, std::int64_t order) {
   RTableSettings s;
   RTableGetDefaults(kernel.vector(), &s);
   s.data_type = RTABLE_FLOAT64;
   s.num_dimensions = 2;
+  s.order = static_cast<std::int32_t>(order);
   const V_INT bounds[] = {1, kDimension, 1, kPoints};
   return kernel.array(s, nullptr, bounds);
 }
@@ -42,14 +43,17 @@ void drawStream(benchmark::State& state) {
   const auto kind = state.range(0);
   const vexel::Value stream =
       kind == 0 ? sobol(kernel) : kernel.call("STATS_InitializeQRStream_HW", kDimension, kind);
-  const vexel::Value out = output(kernel);
+  const vexel::Value out = output(kernel, state.range(1));
   for (auto _ : state) {
     kernel.call("STATS_ResetQRStream_HW", stream);
     kernel.call("STATS_QRStreamNext_HW", stream, kPoints, out);
   }
   state.SetItemsProcessed(state.iterations() * kPoints * kDimension);
 }
-BENCHMARK(drawStream)->ArgName("kind")->Arg(0)->Arg(1)->Arg(2)->Unit(benchmark::kMillisecond);
+BENCHMARK(drawStream)
+    ->ArgNames({"kind", "order"})
+    ->ArgsProduct({{0, 1, 2}, {RTABLE_COLUMN_MAJOR, RTABLE_ROW_MAJOR}})
+    ->Unit(benchmark::kMillisecond);
 
 void drawGsl(benchmark::State& state) {
   const gsl_qrng_type* const type = state.range(0) == 0 ? gsl_qrng_sobol : gsl_qrng_halton;

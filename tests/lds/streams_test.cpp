@@ -165,20 +165,23 @@ TEST_F(StreamTest, SobolPointsAreTheExclusiveOrsOfTheirGrayCode) {
         RTableDataBlock(kernel.vector(), reinterpret_cast<const ALGEB*>(options[4].handle())[2]));
     for (const std::int64_t start : {std::int64_t{0}, std::int64_t{1021}, std::int64_t{2147483640},
                                      std::int64_t{4294967290}}) {
-      reset(s);
-      skip(s, start);
-      const Points points = draw(s, 30);
-      for (std::int64_t i = 0; i < 30; ++i) {
-        const auto index = static_cast<std::int32_t>(static_cast<std::uint32_t>(start + i));
-        const std::int32_t gray = index ^ (index >> 1);
-        for (int j = 0; j < 5; ++j) {
-          std::int64_t x = 0;
-          for (int k = 0; k < std::min(precision, 32); ++k) {
-            x ^= (gray >> k & 1) != 0 ? v[j * std::max(precision, 3) + k] : 0;
+      for (const auto& [count, order] :
+           {std::pair{5, RTABLE_COLUMN_MAJOR}, {40, RTABLE_COLUMN_MAJOR}, {40, RTABLE_ROW_MAJOR}}) {
+        reset(s);
+        skip(s, start);
+        const Points points = draw(s, count, order);
+        for (std::int64_t i = 0; i < count; ++i) {
+          const auto index = static_cast<std::int32_t>(static_cast<std::uint32_t>(start + i));
+          const std::int32_t gray = index ^ (index >> 1);
+          for (int j = 0; j < 5; ++j) {
+            std::int64_t x = 0;
+            for (int k = 0; k < std::min(precision, 32); ++k) {
+              x ^= (gray >> k & 1) != 0 ? v[j * std::max(precision, 3) + k] : 0;
+            }
+            const double expected =
+                static_cast<double>(x) / static_cast<double>(std::int64_t{1} << precision);
+            ASSERT_EQ(points[i][j], expected) << precision << ": " << index << ", " << j;
           }
-          const double expected =
-              static_cast<double>(x) / static_cast<double>(std::int64_t{1} << precision);
-          ASSERT_EQ(points[i][j], expected) << precision << ": " << index << ", " << j;
         }
       }
     }

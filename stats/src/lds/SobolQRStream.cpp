@@ -1,73 +1,13 @@
-// Sobol stream: direction numbers by the classical recurrence, points in Gray-code order.
+// Sobol stream: direction numbers by the classical recurrence, indices, generator matrices.
 
 #include "lds/SobolQRStream.hpp"
 
 #include <algorithm>
-#include <array>
-#include <bit>
-#include <cmath>
 #include <cstddef>
 
 #include "kernel/interrupt.hpp"
 #include "lds/host_tables.hpp"
-
-namespace {
-
-// Points are made in blocks of this many, one coordinate after another.
-constexpr int kBlock = 256;
-
-// Bits of the Gray code of a 32-bit index that can be set: the index is signed and shifted
-// arithmetically, so its sign cancels.
-constexpr int kGrayBits = 31;
-
-// Writes count coordinates of one dimension, the first for the given index.
-//
-// The Gray codes of neighbouring indices differ in the bit that index + 1 has as its lowest: one
-// exclusive or takes a point to the next.
-void writeCoordinate(const std::uint64_t* v, int precision, std::uint32_t index, int count,
-                     double* out, std::ptrdiff_t stride) {
-  const int bits = std::min(precision, kGrayBits);
-  const double unit = std::ldexp(1.0, -precision);
-  const std::uint32_t gray = index ^ (index >> 1);
-  std::uint64_t x = 0;
-  for (int k = 0; k < bits; ++k) {
-    if ((gray >> k & 1U) != 0) {
-      x ^= v[k];
-    }
-  }
-  // Exact: a division by a power of two.
-  const auto put = [&](int i, std::uint64_t value) {
-    out[i * stride] = static_cast<double>(static_cast<std::int64_t>(value)) * unit;
-  };
-  const auto step = [&] {
-    const int k = std::countr_zero(++index);
-    if (k < bits) {
-      x ^= v[k];
-    }
-  };
-
-  int i = 0;
-  for (; i < count && (index & 3U) != 0; ++i, step()) {
-    put(i, x);
-  }
-  // Four points that differ in the two lowest bits of the index only.
-  const std::uint64_t v0 = bits > 0 ? v[0] : 0;
-  const std::uint64_t v1 = bits > 1 ? v[1] : 0;
-  for (; i + 4 <= count; i += 4) {
-    put(i, x);
-    put(i + 1, x ^ v0);
-    put(i + 2, x ^ v0 ^ v1);
-    x ^= v1;
-    put(i + 3, x);
-    index += 3;
-    step();
-  }
-  for (; i < count; ++i, step()) {
-    put(i, x);
-  }
-}
-
-}  // namespace
+#include "lds/sobol_points.hpp"
 
 SobolQRStream::SobolQRStream(VKernelVector kv, int dimension, ALGEB directions, V_INT rowLength,
                              ALGEB polynomials, ALGEB degrees, V_INT precision)
@@ -154,13 +94,14 @@ int SobolQRStream::skip(VKernelVector /*kv*/, V_INT k) {
 
 int SobolQRStream::next(VKernelVector kv, double* out, int pointStride, int coordStride,
                         int count) {
+  // Looks for an interrupt after some 10^6 coordinates.
+  const int block = std::clamp((1 << 20) / dimension_, 64, 4096);
+  const STATS_SobolNumbers_HW numbers{directions_, rowLength_, dimension_, precision_};
   for (int done = 0; done < count;) {
-    const int length = std::min(count - done, kBlock);
-    double* const block = out + static_cast<std::ptrdiff_t>(done) * pointStride;
-    for (int j = 0; j < dimension_; ++j) {
-      writeCoordinate(row(j), precision_, index_, length,
-                      block + static_cast<std::ptrdiff_t>(j) * coordStride, pointStride);
-    }
+    const int length = std::min(count - done, block);
+    STATS_WriteSobolPoints_HW(numbers, index_, length,
+                              out + static_cast<std::ptrdiff_t>(done) * pointStride, pointStride,
+                              coordStride);
     index_ += static_cast<std::uint32_t>(length);
     done += length;
     STATS_LookForInterrupt_HW(kv);
