@@ -77,7 +77,29 @@ BENCHMARK_CAPTURE(sample, cauchy, "Cauchy", std::vector<double>{0.0, 1.0})
     ->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(sample, weibull, "Weibull", std::vector<double>{2.0, 1.5})
     ->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(sample, poisson_10, "Poisson", std::vector<double>{10.0})
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(sample, poisson_1e6, "Poisson", std::vector<double>{1e6})
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(sample, binomial_100, "Binomial", std::vector<double>{100, 0.3})
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(sample, binomial_1000, "Binomial", std::vector<double>{1000, 0.5})
+    ->Unit(benchmark::kMillisecond);
 
+BENCHMARK_CAPTURE(baseline, boost_poisson_10, kBoost, boost::random::poisson_distribution<>(10.0))
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(baseline, boost_poisson_1e6, kBoost, boost::random::poisson_distribution<>(1e6))
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(baseline, boost_binomial_100, kBoost,
+                  boost::random::binomial_distribution<>(100, 0.3))
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(baseline, boost_binomial_1000, kBoost,
+                  boost::random::binomial_distribution<>(1000, 0.5))
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(baseline, std_poisson_10, kStd, std::poisson_distribution<>(10.0))
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(baseline, std_binomial_100, kStd, std::binomial_distribution<>(100, 0.3))
+    ->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(baseline, boost_uniform, kBoost, boost::random::uniform_real_distribution<>())
     ->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(baseline, boost_normal, kBoost, boost::random::normal_distribution<>())
@@ -123,6 +145,15 @@ void gsl(benchmark::State& state, Draw draw) {
 }
 BENCHMARK_CAPTURE(gsl, normal_ziggurat, [](gsl_rng* r) {
   return gsl_ran_gaussian_ziggurat(r, 1.0);
+})->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(gsl, poisson_10, [](gsl_rng* r) {
+  return static_cast<double>(gsl_ran_poisson(r, 10.0));
+})->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(gsl, binomial_100, [](gsl_rng* r) {
+  return static_cast<double>(gsl_ran_binomial(r, 0.3, 100));
+})->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(gsl, beta, [](gsl_rng* r) {
+  return gsl_ran_beta(r, 2.0, 3.5);
 })->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(gsl, exponential, [](gsl_rng* r) {
   return gsl_ran_exponential(r, 1.0);

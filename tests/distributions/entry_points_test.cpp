@@ -134,14 +134,43 @@ TEST_F(DistributionEntryPointsTest, DiscreteQuantilesAreIntegersAndVariatesFloat
 }
 
 TEST_F(DistributionEntryPointsTest, SamplesAreTheFirstVariatesInOrder) {
-  for (const char* family : {"Weibull", "Normal", "Gamma", "Cauchy", "Laplace", "Moyal", "Beta"}) {
+  const struct {
+    const char* family;
+    std::vector<double> params;
+    int n = 50;
+  } cases[] = {
+      {"Weibull", {2.0, 1.5}},
+      {"Normal", {2.0, 1.5}},
+      {"Gamma", {2.0, 1.5}},
+      {"Cauchy", {2.0, 1.5}},
+      {"Laplace", {2.0, 1.5}},
+      {"Moyal", {2.0, 1.5}},
+      {"Beta", {2.0, 1.5}},
+      // Long enough that most uniforms are not searched for, and with more values than the table.
+      {"Poisson", {0.3}, 5000},
+      {"Poisson", {10.0}, 5000},
+      {"Poisson", {1e6}, 5000},
+      {"Binomial", {100, 0.3}, 5000},
+      {"Binomial", {2147483647, 2e-9}, 2000},
+      {"Binomial", {500, 0.5}},
+      {"Hypergeometric", {50, 20, 17}, 5000},
+      {"NegativeBinomial", {3.5, 0.4}, 5000},
+  };
+  for (const auto& [family, params, n] : cases) {
+    SCOPED_TRACE(testing::Message() << family << ' ' << params[0]);
     const std::string stem = std::string("STATS_Vexel") + family;
+    std::vector<vexel::Value> args;
+    for (const double x : params) {
+      args.push_back(kernel.real(x));
+    }
+    std::vector<vexel::Value> sized = args;
+    sized.insert(sized.begin(), kernel.integer(n));
     kernel.seed(11);
-    const std::vector<double> sample = numbers(call(stem + "RandomSample_HW", 50, 2.0, 1.5));
+    const std::vector<double> sample = numbers(kernel.callValues(stem + "RandomSample_HW", sized));
     kernel.seed(11);
-    ASSERT_EQ(sample.size(), 50U);
+    ASSERT_EQ(sample.size(), static_cast<std::size_t>(n));
     for (const double x : sample) {
-      EXPECT_EQ(number(call(stem + "RandomVariate_HW", 2.0, 1.5)), x) << family;
+      ASSERT_EQ(number(kernel.callValues(stem + "RandomVariate_HW", args)), x);
     }
   }
 }

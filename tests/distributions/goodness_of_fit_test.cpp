@@ -188,7 +188,7 @@ TEST_F(GoodnessOfFitTest, DiscreteFamilies) {
       edges.push_back(k);
       F.push_back(number(callWith(std::string(family.name) + "Probability", k, family.params)));
     }
-    expectFit(sample(family.name, 200000, family.params), edges, F);
+    expectFit(sample(family.name, 1000000, family.params), edges, F);
   }
   expectFit(sample("Bernoulli", 1000000, {0.3}), {0.0}, {0.7});
 }

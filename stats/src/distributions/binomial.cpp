@@ -7,6 +7,7 @@
 #include "distributions/nag_call.hpp"
 #include "distributions/normal.hpp"
 #include "distributions/probability_adapter.hpp"
+#include "distributions/searched_sample.hpp"
 #include "distributions/uniform_source.hpp"
 #include "rootfinding/discrete_interpolation.hpp"
 
@@ -17,19 +18,35 @@ double STATS_BinomialProbability_HW(VKernelVector kv, double x, std::int32_t n, 
   });
 }
 
-std::int32_t STATS_BinomialDeviate_HW(VKernelVector kv, double u, std::int32_t n, double p) {
-  STATS_ProbabilityAdapter_HW probability(
-      kv, [=](double x) { return STATS_BinomialProbability_HW(kv, x, n, p); });
-  const int limit = STATS_IterationLimit_HW(kv);
-  return STATS_DiscreteInterpolation_HW(kv, u, probability, 0, n, limit);
+namespace {
+
+auto distributionFunction(VKernelVector kv, std::int32_t n, double p) {
+  return [=](double x) { return STATS_BinomialProbability_HW(kv, x, n, p); };
 }
 
-// From 101 trials on with more than 10 expected successes and failures, a rounded normal: fast, but
-// off by up to 1.5e-2 in the distribution function (n = 10^6, p = 2e-5).  Otherwise by inversion of
-// one uniform.
+std::int32_t search(VKernelVector kv, double u, std::int32_t n, STATS_VexelCallbackAdapter_HW& F) {
+  const int limit = STATS_IterationLimit_HW(kv);
+  return STATS_DiscreteInterpolation_HW(kv, u, F, 0, n, limit);
+}
+
+// From 101 trials on with more than 10 expected successes and failures, variates are rounded
+// normals.
+bool isRoundedNormal(std::int32_t n, double p) {
+  return n * p > 10.0 && n * (1.0 - p) > 10.0 && n >= 101;
+}
+
+}  // namespace
+
+std::int32_t STATS_BinomialDeviate_HW(VKernelVector kv, double u, std::int32_t n, double p) {
+  STATS_ProbabilityAdapter_HW F(kv, distributionFunction(kv, n, p));
+  return search(kv, u, n, F);
+}
+
+// The rounded normal is fast, but off by up to 1.5e-2 in the distribution function (n = 10^6,
+// p = 2e-5).  Otherwise by inversion of one uniform.
 double STATS_BinomialRandomVariate_HW(VKernelVector kv, std::int32_t n, double p) {
-  const double mean = n * p;
-  if (mean > 10.0 && n * (1.0 - p) > 10.0 && n >= 101) {
+  if (isRoundedNormal(n, p)) {
+    const double mean = n * p;
     const double z = STATS_NormalRandomVariate_HW(kv, mean, std::sqrt(mean * (1.0 - p)));
     const double y = std::floor(z + 0.5);
     if (y <= 0.0) {
@@ -38,4 +55,17 @@ double STATS_BinomialRandomVariate_HW(VKernelVector kv, std::int32_t n, double p
     return y > n ? n : y;
   }
   return STATS_BinomialDeviate_HW(kv, STATS_VexelRandomStream_HW::NextDouble(), n, p);
+}
+
+void STATS_BinomialRandomSample_HW(VKernelVector kv, double* data, std::int32_t size,
+                                   std::int32_t n, double p) {
+  if (isRoundedNormal(n, p)) {
+    for (std::int32_t i = 0; i < size; ++i) {
+      data[i] = STATS_BinomialRandomVariate_HW(kv, n, p);
+    }
+    return;
+  }
+  STATS_FillBySearch_HW(
+      kv, data, size, distributionFunction(kv, n, p),
+      [=](double u, STATS_VexelCallbackAdapter_HW& F) { return search(kv, u, n, F); });
 }

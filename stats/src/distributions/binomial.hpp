@@ -16,6 +16,10 @@ std::int32_t STATS_BinomialDeviate_HW(VKernelVector kv, double u, std::int32_t n
 // One variate.
 double STATS_BinomialRandomVariate_HW(VKernelVector kv, std::int32_t n, double p);
 
+// The next size variates.
+void STATS_BinomialRandomSample_HW(VKernelVector kv, double* data, std::int32_t size,
+                                   std::int32_t n, double p);
+
 inline double STATS_BinomialRandomVariate_HW(VKernelVector kv, const double* params) {
   return STATS_BinomialRandomVariate_HW(kv, STATS_DoubleToInteger_HW(params[0]), params[1]);
 }

@@ -24,7 +24,7 @@ SAMPLE(Bernoulli,                              "VexelBernoulliRandomSample expec
 ENTRY(BinomialProbability,            Float,   "VexelBinomialProbability expects 3 arguments, received: %1", real, whole, real)
 ENTRY(BinomialDeviate,                Integer, "VexelBinomialDeviate expects 3 arguments, received: %1", real, whole, real)
 ENTRY(BinomialRandomVariate,          Float,   "VexelBinomialRandomVariate expects 2 arguments, received: %1", whole, real)
-SAMPLE(Binomial,                               "VexelBinomialRandomSample expects 3 arguments, received: %1", whole, real)
+FAST_SAMPLE(Binomial,                          "VexelBinomialRandomSample expects 3 arguments, received: %1", whole, real)
 
 ENTRY(DiscreteUniformProbability,     Float,   "VexelDiscreteUniformProbability expects 3 arguments, received: %1", real, whole, whole)
 ENTRY(DiscreteUniformDeviate,         Integer, "VexelDiscreteUniformDeviate expects 3 arguments, received: %1", real, whole, whole)
@@ -38,15 +38,15 @@ ENTRY(GeometricRandomVariate,         Float,   "VexelGeometricRandomVariate expe
 ENTRY(HypergeometricProbability,      Float,   "VexelHypergeometricProbability expects 4 arguments, received: %1", real, whole, whole, whole)
 ENTRY(HypergeometricDeviate,          Float,   "VexelHypergeometricDeviate expects 4 arguments, received: %1", real, whole, whole, whole)
 ENTRY(HypergeometricRandomVariate,    Float,   "VexelHypergeometricRandomVariate expects 3 arguments, received: %1", whole, whole, whole)
-SAMPLE(Hypergeometric,                         "VexelHypergeometricRandomSample expects 4 arguments, received: %1", whole, whole, whole)
+FAST_SAMPLE(Hypergeometric,                    "VexelHypergeometricRandomSample expects 4 arguments, received: %1", whole, whole, whole)
 
 ENTRY(NegativeBinomialProbability,    Float,   "VexelNegativeBinomialProbability expects 3 arguments, received: %1", real, real, real)
 ENTRY(NegativeBinomialDeviate,        Integer, "VexelNegativeBinomialDeviate expects 3 arguments, received: %1", real, real, real)
 ENTRY(NegativeBinomialRandomVariate,  Float,   "VexelNegativeBinomialRandomVariate expects 2 arguments, received: %1", real, real)
-SAMPLE(NegativeBinomial,                       "VexelNegativeBinomialRandomSample expects 3 arguments, received: %1", real, real)
+FAST_SAMPLE(NegativeBinomial,                  "VexelNegativeBinomialRandomSample expects 3 arguments, received: %1", real, real)
 
 ENTRY(PoissonProbability,             Float,   "VexelPoissonProbability expects 2 arguments, received: %1", real, real)
 ENTRY(PoissonDeviate,                 Integer, "VexelPoissonDeviate expects 2 arguments, received: %1", real, real)
 ENTRY(PoissonRandomVariate,           Float,   "VexelPoissonRandomVariate expects 1 argument, received: %1", real)
-SAMPLE(Poisson,                                "VexelPoissonRandomSample expects 2 arguments, received: %1", real)
+FAST_SAMPLE(Poisson,                           "VexelPoissonRandomSample expects 2 arguments, received: %1", real)
 // clang-format on

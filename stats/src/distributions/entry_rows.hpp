@@ -80,21 +80,15 @@ ALGEB callRounded(VKernelVector kv, ALGEB args, const char* countMessage, Worker
                        ToVexelInteger(kv, STATS_HostDigits_HW(kv)));
 }
 
-// Everything is converted before the array is made.
-template <typename... Kind, typename Worker>
-ALGEB fillSample(VKernelVector kv, ALGEB args, const char* countMessage, Worker worker) {
+// fill(data, n, values...) writes the variates.  Everything is converted before the array is made.
+template <typename... Kind, typename Fill>
+ALGEB makeSample(VKernelVector kv, ALGEB args, const char* countMessage, Fill fill) {
   const Arguments arg(kv, args, sizeof...(Kind) + 1, countMessage);
   const std::int32_t n = arg.integer32(1);
   const auto values = convertFrom<Kind...>(arg, 2);
   const ALGEB sample = STATS_CreateRandomSample_HW(kv, n, ToVexelNULL(kv));
   double* const data = STATS_FloatBlock_HW(kv, sample);
-  std::apply(
-      [&](auto... x) {
-        for (std::int32_t k = 0; k < n; ++k) {
-          data[k] = worker(x...);
-        }
-      },
-      values);
+  std::apply([&](auto... x) { fill(data, n, x...); }, values);
   return sample;
 }
 
@@ -119,10 +113,22 @@ ALGEB fillSample(VKernelVector kv, ALGEB args, const char* countMessage, Worker 
     return callRounded<__VA_ARGS__>(kv, args, countMessage,                                 \
                                     [kv](auto... x) { return STATS_##Op##_HW(kv, x...); }); \
   }
-#define SAMPLE(D, countMessage, ...)                                         \
-  STATS_ENTRY(STATS_Vexel##D##RandomSample_HW) {                             \
-    using namespace distribution_rows;                                       \
-    return fillSample<__VA_ARGS__>(kv, args, countMessage, [kv](auto... x) { \
-      return STATS_##D##RandomVariate_HW(kv, x...);                          \
-    });                                                                      \
+#define SAMPLE(D, countMessage, ...)                                                    \
+  STATS_ENTRY(STATS_Vexel##D##RandomSample_HW) {                                        \
+    using namespace distribution_rows;                                                  \
+    return makeSample<__VA_ARGS__>(kv, args, countMessage,                              \
+                                   [kv](double* data, std::int32_t size, auto... x) {   \
+                                     for (std::int32_t k = 0; k < size; ++k) {          \
+                                       data[k] = STATS_##D##RandomVariate_HW(kv, x...); \
+                                     }                                                  \
+                                   });                                                  \
+  }
+// The same for distributions that have a faster way to the same variates.
+#define FAST_SAMPLE(D, countMessage, ...)                                              \
+  STATS_ENTRY(STATS_Vexel##D##RandomSample_HW) {                                       \
+    using namespace distribution_rows;                                                 \
+    return makeSample<__VA_ARGS__>(kv, args, countMessage,                             \
+                                   [kv](double* data, std::int32_t size, auto... x) {  \
+                                     STATS_##D##RandomSample_HW(kv, data, size, x...); \
+                                   });                                                 \
   }

@@ -7,6 +7,7 @@
 
 #include "distributions/nag_call.hpp"
 #include "distributions/probability_adapter.hpp"
+#include "distributions/searched_sample.hpp"
 #include "distributions/uniform_source.hpp"
 #include "rootfinding/discrete_interpolation.hpp"
 
@@ -24,19 +25,38 @@ double STATS_HypergeometricProbability_HW(VKernelVector kv, double x, std::int32
   });
 }
 
-std::int32_t STATS_HypergeometricDeviate_HW(VKernelVector kv, double u, std::int32_t n,
-                                            std::int32_t l, std::int32_t m) {
+namespace {
+
+auto distributionFunction(VKernelVector kv, std::int32_t n, std::int32_t l, std::int32_t m) {
+  return [=](double x) { return STATS_HypergeometricProbability_HW(kv, x, n, l, m); };
+}
+
+std::int32_t search(VKernelVector kv, double u, std::int32_t l, std::int32_t m,
+                    STATS_VexelCallbackAdapter_HW& F) {
   if (u >= 1.0) {
     return std::min(l, m);
   }
-  STATS_ProbabilityAdapter_HW probability(
-      kv, [=](double x) { return STATS_HypergeometricProbability_HW(kv, x, n, l, m); });
   const int limit = STATS_IterationLimit_HW(kv);
-  return STATS_DiscreteInterpolation_HW(kv, u, probability, 0, l, limit);
+  return STATS_DiscreteInterpolation_HW(kv, u, F, 0, l, limit);
+}
+
+}  // namespace
+
+std::int32_t STATS_HypergeometricDeviate_HW(VKernelVector kv, double u, std::int32_t n,
+                                            std::int32_t l, std::int32_t m) {
+  STATS_ProbabilityAdapter_HW F(kv, distributionFunction(kv, n, l, m));
+  return search(kv, u, l, m, F);
 }
 
 // By inversion; one uniform per variate.
 double STATS_HypergeometricRandomVariate_HW(VKernelVector kv, std::int32_t n, std::int32_t l,
                                             std::int32_t m) {
   return STATS_HypergeometricDeviate_HW(kv, STATS_VexelRandomStream_HW::NextDouble(), n, l, m);
+}
+
+void STATS_HypergeometricRandomSample_HW(VKernelVector kv, double* data, std::int32_t size,
+                                         std::int32_t n, std::int32_t l, std::int32_t m) {
+  STATS_FillBySearch_HW(
+      kv, data, size, distributionFunction(kv, n, l, m),
+      [=](double u, STATS_VexelCallbackAdapter_HW& F) { return search(kv, u, l, m, F); });
 }

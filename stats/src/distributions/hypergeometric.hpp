@@ -19,6 +19,10 @@ std::int32_t STATS_HypergeometricDeviate_HW(VKernelVector kv, double u, std::int
 double STATS_HypergeometricRandomVariate_HW(VKernelVector kv, std::int32_t n, std::int32_t l,
                                             std::int32_t m);
 
+// The next size variates.
+void STATS_HypergeometricRandomSample_HW(VKernelVector kv, double* data, std::int32_t size,
+                                         std::int32_t n, std::int32_t l, std::int32_t m);
+
 inline double STATS_HypergeometricRandomVariate_HW(VKernelVector kv, const double* params) {
   return STATS_HypergeometricRandomVariate_HW(kv, STATS_DoubleToInteger_HW(params[0]),
                                               STATS_DoubleToInteger_HW(params[1]),

@@ -9,6 +9,7 @@
 
 #include "distributions/beta.hpp"
 #include "distributions/probability_adapter.hpp"
+#include "distributions/searched_sample.hpp"
 #include "distributions/uniform_source.hpp"
 #include "kernel/conversions.hpp"
 #include "rootfinding/discrete_interpolation.hpp"
@@ -17,16 +18,34 @@ double STATS_NegativeBinomialProbability_HW(VKernelVector kv, double x, double n
   return STATS_BetaProbability_HW(kv, p, n, std::floor(x) + 1.0);
 }
 
+namespace {
+
+auto distributionFunction(VKernelVector kv, double n, double p) {
+  return [=](double x) { return STATS_NegativeBinomialProbability_HW(kv, x, n, p); };
+}
+
 // The search starts at the whole part of n: n below 1 raises, and so may a start far below the
 // answer.  Its limit is 100 steps whatever the host sets.
-std::int32_t STATS_NegativeBinomialDeviate_HW(VKernelVector kv, double u, double n, double p) {
-  STATS_ProbabilityAdapter_HW probability(
-      kv, [=](double x) { return STATS_NegativeBinomialProbability_HW(kv, x, n, p); });
-  return STATS_DiscreteInterpolationHybridLeft_HW(kv, u, probability, 0.0, 1.0, 0,
+std::int32_t search(VKernelVector kv, double u, double n, STATS_VexelCallbackAdapter_HW& F) {
+  return STATS_DiscreteInterpolationHybridLeft_HW(kv, u, F, 0.0, 1.0, 0,
                                                   STATS_DoubleToInteger_HW(n), 100);
+}
+
+}  // namespace
+
+std::int32_t STATS_NegativeBinomialDeviate_HW(VKernelVector kv, double u, double n, double p) {
+  STATS_ProbabilityAdapter_HW F(kv, distributionFunction(kv, n, p));
+  return search(kv, u, n, F);
 }
 
 // By inversion; one uniform per variate.
 double STATS_NegativeBinomialRandomVariate_HW(VKernelVector kv, double n, double p) {
   return STATS_NegativeBinomialDeviate_HW(kv, STATS_VexelRandomStream_HW::NextDouble(), n, p);
+}
+
+void STATS_NegativeBinomialRandomSample_HW(VKernelVector kv, double* data, std::int32_t size,
+                                           double n, double p) {
+  STATS_FillBySearch_HW(
+      kv, data, size, distributionFunction(kv, n, p),
+      [=](double u, STATS_VexelCallbackAdapter_HW& F) { return search(kv, u, n, F); });
 }

@@ -15,6 +15,10 @@ std::int32_t STATS_NegativeBinomialDeviate_HW(VKernelVector kv, double u, double
 // One variate.
 double STATS_NegativeBinomialRandomVariate_HW(VKernelVector kv, double n, double p);
 
+// The next size variates.
+void STATS_NegativeBinomialRandomSample_HW(VKernelVector kv, double* data, std::int32_t size,
+                                           double n, double p);
+
 inline double STATS_NegativeBinomialRandomVariate_HW(VKernelVector kv, const double* params) {
   return STATS_NegativeBinomialRandomVariate_HW(kv, params[0], params[1]);
 }

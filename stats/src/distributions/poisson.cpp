@@ -6,6 +6,7 @@
 
 #include "distributions/nag_call.hpp"
 #include "distributions/probability_adapter.hpp"
+#include "distributions/searched_sample.hpp"
 #include "distributions/uniform_source.hpp"
 #include "rootfinding/discrete_interpolation.hpp"
 
@@ -17,17 +18,34 @@ double STATS_PoissonProbability_HW(VKernelVector kv, double x, double lambda) {
   });
 }
 
+namespace {
+
+auto distributionFunction(VKernelVector kv, double lambda) {
+  return [=](double x) { return STATS_PoissonProbability_HW(kv, x, lambda); };
+}
+
 // The search starts at floor(lambda), at least at 1 when that is 0.
-std::int32_t STATS_PoissonDeviate_HW(VKernelVector kv, double u, double lambda) {
-  STATS_ProbabilityAdapter_HW probability(
-      kv, [=](double x) { return STATS_PoissonProbability_HW(kv, x, lambda); });
+std::int32_t search(VKernelVector kv, double u, double lambda, STATS_VexelCallbackAdapter_HW& F) {
   const std::int32_t mean = STATS_DoubleToInteger_HW(std::floor(lambda));
   const int limit = STATS_IterationLimit_HW(kv);
-  return STATS_DiscreteInterpolationHybridLeft_HW(kv, u, probability, 0.0, 1.0, 0,
-                                                  mean == 0 ? 1 : mean, limit);
+  return STATS_DiscreteInterpolationHybridLeft_HW(kv, u, F, 0.0, 1.0, 0, mean == 0 ? 1 : mean,
+                                                  limit);
+}
+
+}  // namespace
+
+std::int32_t STATS_PoissonDeviate_HW(VKernelVector kv, double u, double lambda) {
+  STATS_ProbabilityAdapter_HW F(kv, distributionFunction(kv, lambda));
+  return search(kv, u, lambda, F);
 }
 
 // By inversion; one uniform per variate.
 double STATS_PoissonRandomVariate_HW(VKernelVector kv, double lambda) {
   return STATS_PoissonDeviate_HW(kv, STATS_VexelRandomStream_HW::NextDouble(), lambda);
+}
+
+void STATS_PoissonRandomSample_HW(VKernelVector kv, double* data, std::int32_t n, double lambda) {
+  STATS_FillBySearch_HW(
+      kv, data, n, distributionFunction(kv, lambda),
+      [=](double u, STATS_VexelCallbackAdapter_HW& F) { return search(kv, u, lambda, F); });
 }

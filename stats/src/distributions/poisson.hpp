@@ -14,6 +14,9 @@ std::int32_t STATS_PoissonDeviate_HW(VKernelVector kv, double u, double lambda);
 // One variate.
 double STATS_PoissonRandomVariate_HW(VKernelVector kv, double lambda);
 
+// The next n variates.
+void STATS_PoissonRandomSample_HW(VKernelVector kv, double* data, std::int32_t n, double lambda);
+
 inline double STATS_PoissonRandomVariate_HW(VKernelVector kv, const double* params) {
   return STATS_PoissonRandomVariate_HW(kv, params[0]);
 }

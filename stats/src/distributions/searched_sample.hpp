@@ -1,0 +1,126 @@
+// Whole samples of distributions whose quantile is an integer search: the numbers that one search
+// per uniform would give, most of them without a search.
+//
+// For fixed values of the distribution function, whatever they are, the steps of a search depend on
+// u only through comparisons of u with such values.  So if two uniforms end at the same integer,
+// they took the same steps, and every uniform between them ends there too, without an error.
+#pragma once
+
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <cstddef>
+#include <cstdint>
+#include <utility>
+#include <vector>
+
+#include "distributions/uniform_source.hpp"
+#include "kernel/callback_adapters.hpp"
+
+// A table of integers with a value for each; one that falls into the same place displaces another.
+template <typename Value>
+class STATS_IntegerCache_HW {
+ public:
+  struct Entry {
+    std::int32_t k;
+    bool used;
+    Value value;
+    bool holds(std::int32_t i) const { return used && k == i; }
+  };
+
+  // For a sample of n: short ones are not worth a large table.
+  explicit STATS_IntegerCache_HW(std::int32_t n)
+      : shift_(32 -
+               std::clamp(static_cast<int>(std::bit_width(static_cast<std::uint32_t>(n))), 4, 14)),
+        entries_(std::size_t{1} << (32 - shift_)) {}
+
+  // Fibonacci hashing: bisection of a power of two visits multiples of powers of two.
+  Entry& at(std::int32_t k) {
+    return entries_[(static_cast<std::uint32_t>(k) * 2654435769U) >> shift_];
+  }
+
+ private:
+  int shift_;
+  std::vector<Entry> entries_;
+};
+
+// A distribution function of integers that remembers its values.
+template <typename F>
+class STATS_RememberedProbability_HW : public STATS_VexelCallbackAdapter_HW {
+ public:
+  STATS_RememberedProbability_HW(VKernelVector kv, std::int32_t n, F f)
+      : STATS_VexelCallbackAdapter_HW(kv), f_(std::move(f)), values_(n) {}
+
+  double Call(double x) override {
+    const auto k = static_cast<std::int32_t>(x);
+    auto& entry = values_.at(k);
+    if (!entry.holds(k)) {
+      entry = {k, true, f_(x)};
+    }
+    return entry.value;
+  }
+
+ private:
+  F f_;
+  STATS_IntegerCache_HW<double> values_;
+};
+
+// The uniforms that were found to end at each integer: all from the least to the largest do.
+class STATS_SearchGuide_HW {
+ public:
+  explicit STATS_SearchGuide_HW(std::int32_t n) : found_(n) {}
+
+  // search(u), or its result as far as earlier searches prove it: the integer that the last uniform
+  // of u's cell ended at, or one close by.
+  template <typename Search>
+  std::int32_t find(double u, Search search) {
+    if (!(u >= 0.0 && u < 1.0)) {
+      return search(u);
+    }
+    std::int32_t& last = last_[static_cast<std::size_t>(u * kCells)];
+    std::int32_t k = last;
+    for (int tries = 0; tries < kTries; ++tries) {
+      const auto& entry = found_.at(k);
+      if (!entry.holds(k)) {
+        break;
+      }
+      const auto [least, largest] = entry.value;
+      if (least <= u && u <= largest) {
+        return last = k;
+      }
+      k = static_cast<std::int32_t>(static_cast<std::uint32_t>(k) + (u > largest ? 1U : ~0U));
+    }
+    k = search(u);
+    auto& entry = found_.at(k);
+    const Range range = entry.holds(k) ? entry.value : Range{u, u};
+    entry = {k, true, {std::min(range.least, u), std::max(range.largest, u)}};
+    return last = k;
+  }
+
+ private:
+  struct Range {
+    double least;
+    double largest;
+  };
+  static constexpr int kCells = 1024;
+  static constexpr int kTries = 8;
+
+  STATS_IntegerCache_HW<Range> found_;
+  std::array<std::int32_t, kCells> last_{};
+};
+
+// n variates by inversion: data[i] = search(u, F) for the next uniform u, with F(x) =
+// probability(x).
+template <typename Probability, typename Search>
+void STATS_FillBySearch_HW(VKernelVector kv, double* data, std::int32_t n, Probability probability,
+                           Search search) {
+  if (n < 1) {
+    return;
+  }
+  STATS_RememberedProbability_HW F(kv, n, probability);
+  STATS_SearchGuide_HW guide(n);
+  for (std::int32_t i = 0; i < n; ++i) {
+    data[i] = guide.find(STATS_VexelRandomStream_HW::NextDouble(),
+                         [&](double u) { return search(u, F); });
+  }
+}
