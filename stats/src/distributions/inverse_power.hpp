@@ -8,7 +8,7 @@
 inline double STATS_InversePower_HW(double x, double c) {
   const double exponent = 1.0 / c;
   const double power = std::pow(x, exponent);
-  if (!(power > 0.0) || !std::isfinite(power) || !std::isfinite(c)) {
+  if (!(x > 0.0) || !(power > 0.0) || !std::isfinite(power) || !std::isfinite(c)) {
     return power;
   }
   const double remainder = std::fma(-exponent, c, 1.0) / c;

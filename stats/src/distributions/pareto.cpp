@@ -10,10 +10,14 @@
 
 #include "distributions/uniform_source.hpp"
 
-// 1 - (a/x)^c.  Near a, log(x/a) comes from the exact difference x - a.
+// 1 - (a/x)^c.  Near a, log(x/a) comes from the exact difference x - a.  The power itself serves
+// what has no logarithm.
 double STATS_ParetoProbability_HW(VKernelVector, double x, double a, double c) {
   if (x < a) {
     return 0.0;
+  }
+  if (!(a > 0.0) || !std::isfinite(c) || std::isinf(x)) {
+    return 1.0 - std::pow(a / x, c);
   }
   const double logRatio = x <= 2.0 * a ? std::log1p((x - a) / a) : std::log(x / a);
   return -std::expm1(-c * logRatio);
@@ -21,6 +25,9 @@ double STATS_ParetoProbability_HW(VKernelVector, double x, double a, double c) {
 
 // a (1 - p)^(-1/c).
 double STATS_ParetoDeviate_HW(VKernelVector, double p, double a, double c) {
+  if (!(p < 1.0) || !std::isfinite(c)) {
+    return a * std::pow(1.0 - p, -1.0 / c);
+  }
   return a * std::exp(-std::log1p(-p) / c);
 }
 
