@@ -87,6 +87,13 @@ TEST_F(ClosedFormsTest, KeepTheirBranchesAtTheEdges) {
       {"HypergeometricProbability", {-0.5, 10.0, 4.0, 3.0}, 0.0},
       {"HypergeometricProbability", {3.0, 10.0, 4.0, 3.0}, 1.0},
       {"HypergeometricDeviate", {1.0, 10.0, 4.0, 3.0}, 3.0},
+      // Impossible parameters: the plain formula's value.
+      {"GeometricProbability", {-0.5, 1.0}, 0.0},
+      {"GeometricProbability", {0.0, 1.5}, 1.5},
+      {"TriangularDeviate", {0.2, 1.0, 1.0, 1.0}, 1.0},
+      {"WeibullDeviate", {-1.0, 2.0, 0.5}, 2.0 * std::log(2.0) * std::log(2.0)},
+      {"ParetoProbability", {2.0, -1.0, 2.0}, 0.75},
+      {"ParetoDeviate", {3.0, 1.0, 1.0}, -0.5},
       {"NormalDeviateApprox", {0.5}, 0.00015129526703328},
       {"NonCentralFRatioProbability", {0.0, 2.0, 3.0, 1.0}, 0.0},
   };
