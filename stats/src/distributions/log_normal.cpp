@@ -8,12 +8,16 @@
 
 namespace {
 
-// log(x) - mu.  Near exp(mu) it is taken of the relative distance from exp(mu), so that a large mu
-// with a small sigma does not magnify the rounding of log(x).
+// log(x) - mu as the logarithm of x / exp(mu), so that a large mu does not magnify the rounding of
+// log(x); near exp(mu) it is taken of the relative distance from there.
 double logDistance(double x, double mu) {
   const double center = std::exp(mu);
   const double distance = (x - center) / center;
-  return std::fabs(distance) < 0.5 ? std::log1p(distance) : std::log(x) - mu;
+  if (std::fabs(distance) < 0.5) {
+    return std::log1p(distance);
+  }
+  const double ratio = x / center;
+  return std::isnormal(center) && std::isnormal(ratio) ? std::log(ratio) : std::log(x) - mu;
 }
 
 }  // namespace
