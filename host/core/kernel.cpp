@@ -215,7 +215,9 @@ Value Kernel::eval(std::string_view text) {
 void Kernel::loadLibrary(const std::string& path) {
   impl_->run([&] {
     State& state = impl_->state;
-    void* library = dlopen(path.c_str(), RTLD_LAZY | RTLD_LOCAL);
+    // RTLD_NOW: a function that a replaced numerical library lacks is an error here, with its name.
+    // Found at the first call, it would end the process.
+    void* library = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
     if (library == nullptr) {
       const char* reason = dlerror();
       raise(state, reason != nullptr ? reason : "library not found");
