@@ -1,5 +1,7 @@
 // The random sample driver and the envelope form of the non-central chi-square sample.
 
+#include <malloc.h>
+
 #include "generator_test.hpp"
 
 namespace {
@@ -46,6 +48,7 @@ TEST_F(RandomSampleTest, EveryCodeDrawsFromItsDistribution) {
       {19, "Maxwell", {2}},
       {20, "Moyal", {0, 1}},
       {21, "NegativeBinomial", {3, 0.4}},
+      {22, "NonCentralBeta", {4, 3, 1}},
       {23, "NonCentralStudentT", {5, 1}},
       {24, "Normal", {1, 2}},
       {25, "Pareto", {1, 3}},
@@ -120,6 +123,37 @@ TEST_F(RandomSampleTest, FailuresHaveTheirTexts) {
             "expected 4 arguments, received: %1");
   // An empty list leaves anything as it is.
   EXPECT_EQ(call("STATS_VexelRandomSample_HW", integers, none, list({}), false), integers);
+}
+
+TEST_F(RandomSampleTest, ManyCallsLeaveNoMemoryBehindHoweverTheyEnd) {
+  const vexel::Value h = counted("h", [](double x) { return std::exp(-x * x / 2); });
+  const vexel::Value h1 = counted("h1", [](double x) { return -x * std::exp(-x * x / 2); });
+  const vexel::Value F = counted("F", [](double x) { return x * x; });
+  const vexel::Value envelope =
+      list({list({kernel.integer(1),
+                  list({h, h1, floats({-4, -1, 1, 4}), kernel.integer(30), kernel.boolean(true)})}),
+            builtIn(24, {0, 1})});
+  const vexel::Value sum = counted("sum", [](double x) { return x; });
+  int failed = 0;
+  const auto callMany = [&](int times) {
+    for (int i = 0; i < times; ++i) {
+      if (i % 100 == 0) {
+        kernel.collect();  // so that the host's own memory stays as it is
+      }
+      calls = 0;
+      failAt = i % 50;  // 0: not at all
+      failed += error(i % 2 == 0 ? kernel.null() : sum, envelope) != "no error";
+      failed += hostError([&] {
+                  call("STATS_VexelInverseDistributionSampleId_HW", 2, F, F, 0.0, 1.0, 1e-6, false);
+                }) != "no error";
+    }
+    kernel.collect();
+    return mallinfo2().uordblks;
+  };
+  const std::size_t before = callMany(500);
+  EXPECT_LT(callMany(10000), before + 20000);
+  EXPECT_GT(failed, 3000);
+  EXPECT_LT(failed, 20000);
 }
 
 TEST_F(RandomSampleTest, NonCentralChiSquareEnvelopeFits) {

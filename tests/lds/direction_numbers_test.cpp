@@ -1,7 +1,9 @@
-// The direction numbers that users start from: every polynomial is primitive, every integer fits.
+// The direction numbers that users start from: every polynomial is primitive, every integer fits,
+// the dimensions have property A.
 
 #include <gtest/gtest.h>
 
+#include <bitset>
 #include <cstdint>
 #include <fstream>
 #include <set>
@@ -63,5 +65,37 @@ TEST(DirectionNumbers, PolynomialsArePrimitiveAndInitialIntegersOddAndSmall) {
       EXPECT_EQ(initial[k] & 1U, 1U);
       EXPECT_LT(initial[k], std::uint64_t{2} << k);
     }
+  }
+}
+
+// The first 2^d points of d dimensions hit each of the cube's 2^d orthants once (I. M. Sobol,
+// Uniformly distributed sequences with an additional uniform property, 1976): the leading bits of
+// the direction integers make a nonsingular matrix over GF(2), for every d.
+TEST(DirectionNumbers, PointsHitEveryOrthantOfEveryDimension) {
+  constexpr int kDimensions = 1111;
+  const std::vector<Row> rows = readRows();
+  ASSERT_GE(rows.size(), std::size_t{kDimensions});
+  std::vector<std::bitset<kDimensions>> reduced;
+  for (int j = 0; j < kDimensions; ++j) {
+    const auto& [degree, code, initial] = rows[j];
+    std::bitset<kDimensions> bits;
+    for (int k = 0; k < kDimensions; ++k) {
+      if (k < static_cast<int>(initial.size())) {
+        bits[k] = (initial[k] >> k & 1U) != 0;
+        continue;
+      }
+      bool bit = degree > 0 && bits[k - degree];
+      for (int t = 1; t < degree; ++t) {
+        bit ^= (code >> (t - 1) & 1U) != 0 && bits[k - degree + t];
+      }
+      bits[k] = bit;
+    }
+    for (int i = 0; i < j; ++i) {
+      if (bits[i]) {
+        bits ^= reduced[i];
+      }
+    }
+    ASSERT_TRUE(bits[j]) << "dimension " << j + 1;
+    reduced.push_back(bits);
   }
 }
