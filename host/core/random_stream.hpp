@@ -28,20 +28,25 @@ class RandomStream {
   std::uint64_t drawsTaken() const noexcept { return draws_; }
 
   std::int32_t nextInteger(State& state) {
-    if ((script_ != nullptr) | (interruptRequested != 0)) [[unlikely]] {
+    if (isUnusual()) [[unlikely]] {
       return unusualInteger(state);
     }
     return static_cast<std::int32_t>(static_cast<std::uint32_t>(next() >> 32));
   }
 
   double nextDouble(State& state) {
-    if ((script_ != nullptr) | (interruptRequested != 0)) [[unlikely]] {
+    if (isUnusual()) [[unlikely]] {
       return unusualDouble(state);
     }
     return toUnit(next());
   }
 
  private:
+  // One branch on both conditions: draws are the inner loop of every sample.
+  bool isUnusual() const noexcept {
+    return (static_cast<int>(script_ != nullptr) | static_cast<int>(interruptRequested != 0)) != 0;
+  }
+
   std::uint64_t next() noexcept {
     ++draws_;
     const std::uint64_t result = std::rotl(s_[0] + s_[3], 23) + s_[0];
