@@ -2,6 +2,7 @@
 //
 // A sample without values gives the host's undefined float for each value asked for.
 
+#include <algorithm>
 #include <cmath>
 #include <vector>
 
@@ -53,6 +54,15 @@ std::vector<int> integers(VKernelVector kv, ALGEB given) {
   return values;
 }
 
+// How many points take part in an unweighted sample.
+int pointsTaken(const STATS_VexelDataSample_HW& sample, bool skipMissing) {
+  const double* x = sample.points();
+  const int n = sample.size();
+  return skipMissing
+             ? n - static_cast<int>(std::count_if(x, x + n, [](double v) { return v != v; }))
+             : n;
+}
+
 }  // namespace
 
 // STATS_VexelQuantile_HW(data, probabilities, weights, ignore, type, inplace)
@@ -67,15 +77,21 @@ STATS_ENTRY(STATS_VexelQuantile_HW) {
   const std::vector<double> probs = probabilities(kv, arg[2]);
   const bool ignoreMissing = arg.boolean(4);
   const STATS_QUANTILE_TYPE_HW type = STATS_ToQuantileType_HW(arg.integer(5));
-  const SampleView view =
-      SampleView::forReordering(kv, sample, arg[1], arg[3], ignoreMissing, arg.boolean(6));
-
-  std::vector<double> values(probs.size(), view.size == 0 ? STATS_FloatUndefined_HW(kv) : 0.0);
-  if (view.size > 0) {
-    STATS_Quantile_HW(values.data(), view.points, view.weights, probs.data(), view.size,
-                      static_cast<int>(probs.size()), type);
+  const bool inPlace = arg.boolean(6) && !ignoreMissing;
+  const auto m = static_cast<int>(probs.size());
+  const bool asList = IsVexelList(kv, arg[2]) != 0;
+  std::vector<double> values(probs.size(), STATS_FloatUndefined_HW(kv));
+  if (!inPlace && !sample.weighted() &&
+      STATS_QuantileReading_HW(values.data(), sample.points(), sample.size(), probs.data(),
+                               pointsTaken(sample, ignoreMissing), m, type)) {
+    return pack(kv, values, asList);
   }
-  return pack(kv, values, IsVexelList(kv, arg[2]) != 0);
+  const SampleView view =
+      SampleView::forReordering(kv, sample, arg[1], arg[3], ignoreMissing, inPlace);
+  if (view.size > 0) {
+    STATS_Quantile_HW(values.data(), view.points, view.weights, probs.data(), view.size, m, type);
+  }
+  return pack(kv, values, asList);
 }
 
 // STATS_VexelOrderStatistic_HW(data, ranks, weights, ignore): the values of the given ranks,
@@ -84,17 +100,20 @@ STATS_ENTRY(STATS_VexelOrderStatistic_HW) {
   const Arguments arg(kv, args, 4, "VexelOrderStatistic expects 4 arguments, received: %1");
   const STATS_VexelDataSample_HW sample(kv, arg[1]);
   const std::vector<int> ranks = integers(kv, arg[2]);
-  const SampleView view = SampleView::copied(kv, sample, arg.boolean(4));
+  const bool ignoreMissing = arg.boolean(4);
+  const int n = pointsTaken(sample, ignoreMissing);
+  const auto m = static_cast<int>(ranks.size());
 
-  std::vector<double> values(ranks.size(), view.size == 0 ? STATS_FloatUndefined_HW(kv) : 0.0);
-  if (view.size > 0) {
-    for (const int rank : ranks) {
-      if (rank < 1 || rank > view.size) {
-        VexelRaiseError1(kv, "index out of range: %1", ToVexelInteger(kv, rank));
-      }
+  std::vector<double> values(ranks.size(), STATS_FloatUndefined_HW(kv));
+  for (const int rank : ranks) {
+    if (n > 0 && (rank < 1 || rank > n)) {
+      VexelRaiseError1(kv, "index out of range: %1", ToVexelInteger(kv, rank));
     }
-    STATS_OrderStatistic_HW(values.data(), view.points, view.weights, ranks.data(), view.size,
-                            static_cast<int>(ranks.size()));
+  }
+  if (n > 0 && !STATS_OrderStatisticReading_HW(values.data(), sample.points(), sample.size(),
+                                               ranks.data(), n, m)) {
+    const SampleView view = SampleView::copied(kv, sample, ignoreMissing);
+    STATS_OrderStatistic_HW(values.data(), view.points, view.weights, ranks.data(), n, m);
   }
   return pack(kv, values, IsVexelList(kv, arg[2]) != 0);
 }
@@ -104,8 +123,15 @@ STATS_ENTRY(STATS_VexelMedian_HW) {
   const Arguments arg(kv, args, 4, "expected 4 arguments, received: %1");
   const STATS_VexelDataSample_HW sample(kv, arg[1], arg[2]);
   const bool ignoreMissing = arg.boolean(3);
+  const bool inPlace = arg.boolean(4) && !ignoreMissing;
+  double median = 0.0;
+  if (!inPlace && !sample.weighted() &&
+      STATS_MedianReading_HW(&median, sample.points(), sample.size(),
+                             pointsTaken(sample, ignoreMissing))) {
+    return STATS_DoubleToVexelFloat_HW(kv, median);
+  }
   const SampleView view =
-      SampleView::forReordering(kv, sample, arg[1], arg[2], ignoreMissing, arg.boolean(4));
+      SampleView::forReordering(kv, sample, arg[1], arg[2], ignoreMissing, inPlace);
   return STATS_DoubleToVexelFloat_HW(
       kv, view.size == 0 ? STATS_FloatUndefined_HW(kv)
                          : STATS_Median_HW(view.points, view.weights, view.size));

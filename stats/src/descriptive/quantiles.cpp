@@ -1,6 +1,6 @@
 // Quantile, order statistic and median kernels.
 //
-// All ranks that a call needs are placed in one go, so the sample is never sorted for a few
+// All ranks that a call needs are found in one go, so the sample is never sorted for a few
 // probabilities.  The weighted quantile sorts once and walks the cumulative weight once.
 
 #include "descriptive/quantiles.hpp"
@@ -11,6 +11,7 @@
 #include <numeric>
 #include <vector>
 
+#include "descriptive/select_reading.hpp"
 #include "descriptive/sort_kernels.hpp"
 #include "kernel/conversions.hpp"
 
@@ -44,10 +45,93 @@ Position positionOf(double p, int n, const QuantileParameters& q) {
   return {lo, lo != hi && lo < n - 1, h - f};
 }
 
-void placeRanks(double* x, int n, std::vector<int>& ranks) {
-  std::sort(ranks.begin(), ranks.end());
-  ranks.erase(std::unique(ranks.begin(), ranks.end()), ranks.end());
-  STATS_SelectRanks_HW(x, n, ranks.data(), static_cast<int>(ranks.size()));
+// Values by rank, from 0.  The ranks that are wanted are named first and then found in one go.
+class RankedValues {
+ public:
+  void want(int rank) { ranks_.push_back(rank); }
+
+  void place(double* x, int n) {
+    sortRanks();
+    STATS_SelectRanks_HW(x, n, ranks_.data(), static_cast<int>(ranks_.size()));
+    placed_ = x;
+  }
+  bool read(const double* x, int n) {
+    sortRanks();
+    read_.resize(ranks_.size());
+    return STATS_SelectReading_HW(x, n, ranks_.data(), static_cast<int>(ranks_.size()),
+                                  read_.data());
+  }
+
+  // Of a rank that was wanted.
+  double operator[](int rank) const {
+    return placed_ != nullptr
+               ? placed_[rank]
+               : read_[static_cast<std::size_t>(
+                     std::lower_bound(ranks_.begin(), ranks_.end(), rank) - ranks_.begin())];
+  }
+
+ private:
+  void sortRanks() {
+    std::sort(ranks_.begin(), ranks_.end());
+    ranks_.erase(std::unique(ranks_.begin(), ranks_.end()), ranks_.end());
+  }
+
+  std::vector<int> ranks_;
+  const double* placed_ = nullptr;
+  std::vector<double> read_;
+};
+
+// All quantiles of a call: where they lie, and their values once those of the ranks are there.
+class QuantilePlan {
+ public:
+  QuantilePlan(const double* probs, int n, int m, STATS_QUANTILE_TYPE_HW type)
+      : parameters_(type), n_(n) {
+    for (int j = 0; j < m; ++j) {
+      const Position at = positionOf(probs[j], n, parameters_);
+      positions_.push_back(at);
+      if (inside(at)) {
+        values.want(at.lo);
+      }
+      if (at.between) {
+        values.want(at.lo + 1);
+      }
+    }
+  }
+
+  void evaluate(double* result) const {
+    for (const Position& at : positions_) {
+      double value = inside(at) ? values[at.lo] : kNaN;
+      if (at.between) {
+        value += (values[at.lo + 1] - value) * (at.fraction * parameters_.d + parameters_.c);
+      }
+      *result++ = value;
+    }
+  }
+
+  RankedValues values;
+
+ private:
+  bool inside(const Position& at) const { return at.lo >= 0 && at.lo < n_; }
+
+  QuantileParameters parameters_;
+  int n_;
+  std::vector<Position> positions_;
+};
+
+bool isRank(int rank, int n) { return rank >= 1 && rank <= n; }
+
+void wantAll(RankedValues& values, const int* ranks, int n, int m) {
+  for (int j = 0; j < m; ++j) {
+    if (isRank(ranks[j], n)) {
+      values.want(ranks[j] - 1);
+    }
+  }
+}
+
+void takeAll(const RankedValues& values, const int* ranks, int n, int m, double* result) {
+  for (int j = 0; j < m; ++j) {
+    result[j] = isRank(ranks[j], n) ? values[ranks[j] - 1] : kNaN;
+  }
 }
 
 }  // namespace
@@ -75,31 +159,19 @@ void STATS_SetQuantileType_HW(double& a, double& b, double& c, double& d,
 
 void STATS_SimpleQuantile_HW(double* result, double* x, const double* probs, int n, int m,
                              STATS_QUANTILE_TYPE_HW type) {
-  const QuantileParameters q(type);
-  std::vector<Position> positions;
-  std::vector<int> ranks;
-  for (int j = 0; j < m; ++j) {
-    const Position at = positionOf(probs[j], n, q);
-    positions.push_back(at);
-    if (at.lo >= 0 && at.lo < n) {
-      ranks.push_back(at.lo);
-    }
-    if (at.between) {
-      ranks.push_back(at.lo + 1);
-    }
+  QuantilePlan plan(probs, n, m, type);
+  plan.values.place(x, n);
+  plan.evaluate(result);
+}
+
+bool STATS_QuantileReading_HW(double* result, const double* x, int size, const double* probs, int n,
+                              int m, STATS_QUANTILE_TYPE_HW type) {
+  QuantilePlan plan(probs, n, m, type);
+  if (!plan.values.read(x, size)) {
+    return false;
   }
-  placeRanks(x, n, ranks);
-  for (int j = 0; j < m; ++j) {
-    const Position& at = positions[static_cast<std::size_t>(j)];
-    if (at.lo < 0 || at.lo >= n) {
-      result[j] = kNaN;
-    } else if (at.between) {
-      const double v = x[at.lo];
-      result[j] = v + (x[at.lo + 1] - v) * (at.fraction * q.d + q.c);
-    } else {
-      result[j] = x[at.lo];
-    }
-  }
+  plan.evaluate(result);
+  return true;
 }
 
 // The first cumulative weight beyond the position decides: the value before it is the lower one.
@@ -151,16 +223,21 @@ void STATS_Quantile_HW(double* result, double* x, double* w, const double* probs
 }
 
 void STATS_SimpleOrderStatistic_HW(double* result, double* x, const int* ranks, int n, int m) {
-  std::vector<int> wanted;
-  for (int j = 0; j < m; ++j) {
-    if (ranks[j] >= 1 && ranks[j] <= n) {
-      wanted.push_back(ranks[j] - 1);
-    }
+  RankedValues values;
+  wantAll(values, ranks, n, m);
+  values.place(x, n);
+  takeAll(values, ranks, n, m, result);
+}
+
+bool STATS_OrderStatisticReading_HW(double* result, const double* x, int size, const int* ranks,
+                                    int n, int m) {
+  RankedValues values;
+  wantAll(values, ranks, n, m);
+  if (!values.read(x, size)) {
+    return false;
   }
-  placeRanks(x, n, wanted);
-  for (int j = 0; j < m; ++j) {
-    result[j] = ranks[j] >= 1 && ranks[j] <= n ? x[ranks[j] - 1] : kNaN;
-  }
+  takeAll(values, ranks, n, m, result);
+  return true;
 }
 
 void STATS_OrderStatistic_HW(double* result, double* x, double*, const int* ranks, int n, int m) {
@@ -175,6 +252,18 @@ double STATS_SimpleMedian_HW(double* x, int n) {
   const double v = STATS_QuickSelect_HW(x, n, half);
   const double u = STATS_QuickSelect_HW(x, half, half - 1);
   return (u + v) * 0.5;
+}
+
+bool STATS_MedianReading_HW(double* result, const double* x, int size, int n) {
+  RankedValues values;
+  const int middle[] = {(n - 1) / 2, n / 2};  // the same for an odd n
+  values.want(middle[0]);
+  values.want(middle[1]);
+  if (n <= 0 || !values.read(x, size)) {
+    return false;
+  }
+  *result = n % 2 != 0 ? values[middle[0]] : (values[middle[0]] + values[middle[1]]) * 0.5;
+  return true;
 }
 
 double STATS_Median_HW(double* x, double* w, int n) {

@@ -47,3 +47,12 @@ void STATS_SimpleOrderStatistic_HW(double* result, double* x, const int* ranks, 
 // w along with it unless w is null.
 double STATS_Median_HW(double* x, double* w, int n);
 double STATS_SimpleMedian_HW(double* x, int n);
+
+// The same for a large unweighted sample that stays as it is: the first n of the size values of x
+// in their order, missing ones last.  False, and no result, when it is better copied
+// (descriptive/select_reading.hpp).
+bool STATS_QuantileReading_HW(double* result, const double* x, int size, const double* probs, int n,
+                              int m, STATS_QUANTILE_TYPE_HW type);
+bool STATS_OrderStatisticReading_HW(double* result, const double* x, int size, const int* ranks,
+                                    int n, int m);
+bool STATS_MedianReading_HW(double* result, const double* x, int size, int n);

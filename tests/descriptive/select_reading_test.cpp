@@ -1,0 +1,127 @@
+// Selection that only reads, against sorting.
+
+#include "descriptive/select_reading.hpp"
+
+#include <algorithm>
+#include <random>
+
+#include "kernel_test.hpp"
+
+namespace {
+
+using Doubles = std::vector<double>;
+
+// Orders and repetitions that could deceive a sample.
+struct Source {
+  const char* name;
+  double (*value)(std::mt19937_64& random, int i);
+  bool readable;  // a single rank below the missing values is found by reading
+};
+
+constexpr double kMissing = std::numeric_limits<double>::quiet_NaN();
+constexpr double kInfinite = std::numeric_limits<double>::infinity();
+double uniform(std::mt19937_64& random) { return static_cast<double>(random() >> 11U) * 0x1p-53; }
+
+constexpr Source kSources[] = {
+    {"uniform", [](auto& random, int) { return uniform(random); }, true},
+    {"heavy tails", [](auto& random, int) { return std::tan(3.14159 * uniform(random)); }, true},
+    {"ascending", [](auto&, int i) { return static_cast<double>(i); }, true},
+    {"descending", [](auto&, int i) { return static_cast<double>(-i); }, true},
+    {"saw", [](auto&, int i) { return static_cast<double>(i % 751); }, true},
+    {"three values", [](auto& random, int) { return static_cast<double>(random() % 3); }, true},
+    {"one value", [](auto&, int) { return 7.0; }, true},
+    {"half of it zero", [](auto& random, int) { return std::max(0.0, uniform(random) - 0.5); },
+     true},
+    {"infinities", [](auto& random, int) { return random() % 3 == 0 ? kInfinite : -kInfinite; },
+     true},
+    {"some missing",
+     [](auto& random, int) { return random() % 3 == 0 ? kMissing : uniform(random); }, true},
+    {"nearly all missing",
+     [](auto& random, int i) { return i % 1000 == 0 ? uniform(random) : kMissing; }, true},
+    {"all missing", [](auto&, int) { return kMissing; }, false},
+};
+
+TEST(SelectReading, GivesWhatSortingGives) {
+  std::mt19937_64 random(1);
+  for (const auto& [name, value, readable] : kSources) {
+    for (const int n : {20000, 20001, 131072, 300007}) {
+      SCOPED_TRACE(testing::Message() << name << ", " << n);
+      Doubles x;
+      for (int i = 0; i < n; ++i) {
+        x.push_back(value(random, i));
+      }
+      const Doubles given = x;
+      std::sort(x.begin(), x.end(), [](double a, double b) { return a < b || (a == a && b != b); });
+      const auto present =
+          static_cast<int>(std::count_if(x.begin(), x.end(), [](double v) { return v == v; }));
+      for (const std::vector<int>& ranks : {std::vector<int>{0},
+                                            {n / 2},
+                                            {n / 2 - 1, n / 2},
+                                            {n - 1},
+                                            {0, n / 3, n / 3 + 1, n - 1},
+                                            {std::max(0, present - 1)},
+                                            {present / 2},
+                                            {present / 4, present / 2}}) {
+        Doubles got(ranks.size());
+        const bool done = STATS_SelectReading_HW(given.data(), n, ranks.data(),
+                                                 static_cast<int>(ranks.size()), got.data());
+        EXPECT_TRUE(done || !readable || ranks.back() >= present) << ranks.back();
+        for (std::size_t j = 0; done && j < ranks.size(); ++j) {
+          EXPECT_EQ(got[j], x[static_cast<std::size_t>(ranks[j])]) << "rank " << ranks[j];
+        }
+      }
+    }
+  }
+}
+
+TEST(SelectReading, LeavesWhatACopyDoesBetter) {
+  const Doubles x(100000, 1.0);
+  std::vector<int> ranks;
+  for (int rank = 1000; rank < 100000; rank += 4000) {
+    ranks.push_back(rank);
+  }
+  Doubles got(ranks.size());
+  EXPECT_FALSE(STATS_SelectReading_HW(x.data(), 100000, ranks.data(), 25, got.data()));
+  EXPECT_FALSE(STATS_SelectReading_HW(x.data(), 100, ranks.data(), 0, got.data()));
+  EXPECT_FALSE(STATS_SelectReading_HW(x.data(), 19999, ranks.data(), 1, got.data()));
+}
+
+using LargeSampleTest = KernelTest;
+
+// Given away, a sample is rearranged, otherwise it is read: the results are the same.
+TEST_F(LargeSampleTest, QuantilesDoNotDependOnTheWayTheyAreFound) {
+  eval(
+      "randomize(1): none := Array([], datatype = float[8]):"
+      "x := STATS_VexelNormalRandomSample_HW(50001, 0, 1):"
+      "copy := () -> STATS_VexelEvaluateToFloat_HW(x):"
+      "holed := copy(): for i from 1 to 50001 do if holed[i] > 1 then holed[i] := undefined end "
+      "end:"
+      "kept := STATS_VexelSelectRemoveNonNumeric_HW(holed, true, true, false)[2]:");
+  const auto same = [&](const std::string& a, const std::string& b) {
+    EXPECT_EQ(numbers(eval("[" + a + ", " + b + "]")).front(),
+              numbers(eval("[" + a + ", " + b + "]")).back())
+        << a;
+  };
+  for (int type = 1; type <= 8; ++type) {
+    for (const char* p : {"0", "1/1000", "1/3", "1/2", "0.975", "1"}) {
+      const std::string end = ", " + std::to_string(type) + ", ";
+      const std::string quantile = "STATS_VexelQuantile_HW(";
+      same(quantile + "x, " + p + ", none, false" + end + "false)",
+           quantile + "copy(), " + p + ", none, false" + end + "true)");
+      same(quantile + "holed, " + p + ", none, true" + end + "false)",
+           quantile + "kept, " + p + ", none, false" + end + "true)");
+    }
+  }
+  same("STATS_VexelMedian_HW(x, none, false, false)",
+       "STATS_VexelMedian_HW(copy(), none, false, true)");
+  same("STATS_VexelMedian_HW(holed, none, true, false)",
+       "STATS_VexelMedian_HW(kept, none, false, true)");
+  same("STATS_VexelOrderStatistic_HW(x, 777, none, false)",
+       "STATS_VexelSort_HW(copy(), true, false)[777]");
+  same("STATS_VexelOrderStatistic_HW(holed, count(kept), none, true)",
+       "STATS_VexelKernelBounds_HW(kept)[2]");
+  EXPECT_EQ(hostErrorText([&] { eval("STATS_VexelOrderStatistic_HW(holed, 50001, none, true)"); }),
+            "index out of range: 50001");
+}
+
+}  // namespace
