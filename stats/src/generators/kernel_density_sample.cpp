@@ -26,7 +26,7 @@ class _KernelProbabilityAdapter : public STATS_VexelCallbackAdapter_HW {
   const double* table_;
 };
 
-// Values at a, a + h, ...; half a cell beyond either end falls linearly to 0.
+// Values at a, a + h, ...; in one cell more at either end the density falls linearly to 0.
 struct Grid {
   std::vector<double> density;  // one value more than given: 0 beyond the end
   double a;
