@@ -3,18 +3,46 @@
 #include "smoothing/moving_median.hpp"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdint>
 
 #include "descriptive/quantiles.hpp"
 #include "kernel/interrupt.hpp"
 #include "smoothing/running_median.hpp"
+#include "smoothing/sorted_window.hpp"
+
+namespace {
+
+constexpr int kWindowCost = 100;  // operations, near enough
+
+bool suitsSortedWindow(const double* series, int n, int w) {
+  return w <= SortedWindow::kLongest && std::none_of(series, series + n, [](double x) {
+           return x != x || (x == 0.0 && std::signbit(x));
+         });
+}
+
+void medianOfShortWindows(VKernelVector kv, const double* series, int n, int w, double* out) {
+  STATS_InterruptLookout_HW lookout(kv);
+  SortedWindow window(series, w);
+  out[0] = window.median();
+  for (int s = 1; s <= n - w; ++s) {
+    window.replace(series[s - 1], series[s - 1 + w]);
+    out[s] = window.median();
+    lookout.done(kWindowCost);
+  }
+}
+
+}  // namespace
 
 void STATS_MovingMedian_HW(VKernelVector kv, double* series, int n, int w, V_INT offset,
                            bool recursive, double* out) {
   if (n < w) {
     return;
   }
-  constexpr int kWindowCost = 100;  // operations, near enough
+  if (!recursive && suitsSortedWindow(series, n, w)) {
+    medianOfShortWindows(kv, series, n, w, out);
+    return;
+  }
   STATS_InterruptLookout_HW lookout(kv);
   RunningMedian window(series, w);
   int slot = 0;  // of series[s]; series[s + k] is k slots on, round the ring
