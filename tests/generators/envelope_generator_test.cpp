@@ -80,7 +80,7 @@ TEST_F(EnvelopeTest, BoundsBoundRefinementSavesAndSamplesFit) {
     for (std::uint32_t i = 0; i < generator.envelope().size(); ++i) {
       const auto& e = generator.envelope().elementAt(i);
       for (const double u : {0.0, 0.1, 0.35, 0.5, 0.62, 0.9, 1.0}) {
-        const double x = e.x0 + (e.x1 - e.x0) * u;
+        const double x = e.x[0] + (e.x[2] - e.x[0]) * u;
         EXPECT_GE(generator.fU(e, x), d.h(x) - 1e-12) << x;
         EXPECT_LE(generator.fL(e, x), d.h(x) + 1e-12) << x;
       }
@@ -95,12 +95,12 @@ TEST_F(EnvelopeTest, DrawsPickAnElementThenAPointThenATest) {
   STATS_EnvelopeGenerator_HW generator(kv);
   generator.initialize(kv, s.handle());
   const auto& e = generator.envelope().elementAt(0);
-  EXPECT_EQ(e.xm, 0.0);
-  EXPECT_TRUE(e.tangentUpper && e.leftRising && !e.rightRising);
-  EXPECT_EQ(e.A1, 0.0);
-  EXPECT_EQ(e.A2, 1.0);
-  EXPECT_EQ(e.A3, 1.0);
-  EXPECT_EQ(e.A4, 2.0);
+  EXPECT_EQ(e.x[1], 0.0);
+  EXPECT_TRUE(e.tangentUpper && e.rising[0] && !e.rising[1]);
+  EXPECT_EQ(e.A[0], 0.0);
+  EXPECT_EQ(e.A[1], 1.0);
+  EXPECT_EQ(e.A[2], 1.0);
+  EXPECT_EQ(e.A[3], 2.0);
   calls = 0;
   // Index; area 0.2 in the left triangle: x = -1 + max(0.5, 0.75); below the lower bound.
   script({0, -1, 0, 0}, {0.5, 0.1, 0.5, 0.75, 0.125,

@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <memory>
 
 namespace {
 
@@ -72,15 +71,13 @@ bool splitPoint(double x0, double x1, double y0, double y1, double d0, double d1
   return true;
 }
 
-// The line of the left half from x0 or of the right half from x1.
-double lineAt(const Element& e, double x, double leftSlope, double rightSlope) {
-  return x >= e.xm ? e.y1 + (x - e.x1) * rightSlope : e.y0 + (x - e.x0) * leftSlope;
-}
+constexpr std::size_t kTangents = 0;
+constexpr std::size_t kChords = 1;
 
-// A point of a half element's triangle, which lies toward the higher side.
-double triangleDraw(double u, bool rising) {
-  const double v = uniform();
-  return rising ? std::max(u, v) : std::min(u, v);
+// The line of the left half from its left end or of the right half from its right end.
+double lineAt(const Element& e, double x, std::size_t lines) {
+  const std::size_t half = x >= e.x[1] ? 1 : 0;
+  return e.y[2 * half] + (x - e.x[2 * half]) * e.slope[lines][half];
 }
 
 }  // namespace
@@ -126,11 +123,11 @@ int STATS_EnvelopeGenerator_HW::reset(VKernelVector kv, ALGEB basePoints) {
     const double h1p = h1_(p);
     const double hq = h_(q);
     const double h1q = h1_(q);
-    auto element = std::make_shared<Element>();
-    if (!UpdateEnvelopeElement(*element, p, q, hp, hq, h1p, h1q)) {
+    Element element{};
+    if (!UpdateEnvelopeElement(element, p, q, hp, hq, h1p, h1q)) {
       return 0;
     }
-    envelope_.addElement(std::move(element));
+    envelope_.addElement(element);
   }
   UpdateDispatcher();
   return 1;
@@ -149,65 +146,52 @@ int STATS_EnvelopeGenerator_HW::UpdateEnvelopeElement(Element& e, double x0, dou
   const double sL = (ym - y0) / (xm - x0);
   const bool tangentUpper = d0 > sL;
   const double u = y0 + (xm - x0) * (tangentUpper ? d0 : sL);  // the upper bound at xm
-  e.x0 = x0;
-  e.x1 = x1;
-  e.xm = xm;
-  e.y0 = y0;
-  e.y1 = y1;
-  e.ym = ym;
-  e.d0 = d0;
-  e.d1 = d1;
-  e.sL = sL;
-  e.sR = (y1 - ym) / (x1 - xm);
-  e.tangentUpper = tangentUpper;
+  e = {{x0, xm, x1},
+       {y0, ym, y1},
+       {{d0, d1}, {sL, (y1 - ym) / (x1 - xm)}},
+       {},
+       {!(u <= y0), !(y1 <= u)},
+       tangentUpper};
 
-  e.leftRising = !(u <= y0);
-  if (e.leftRising) {
-    e.A1 = (xm - x0) * y0;
-    e.A2 = e.A1 + (u - y0) * 0.5 * (xm - x0);
-  } else {
-    e.A1 = (xm - x0) * u;
-    e.A2 = e.A1 + (y0 - u) * 0.5 * (xm - x0);
-  }
-  e.rightRising = !(y1 <= u);
-  if (e.rightRising) {
-    e.A3 = e.A2 + (x1 - xm) * u;
-    e.A4 = e.A3 + (y1 - u) * 0.5 * (x1 - xm);
-  } else {
-    e.A3 = e.A2 + (x1 - xm) * y1;
-    e.A4 = e.A3 + (u - y1) * 0.5 * (x1 - xm);
+  // Each half is a rectangle and a triangle on it.
+  double area = 0.0;
+  const double ends[] = {y0, u, y1};
+  for (std::size_t half = 0; half < 2; ++half) {
+    const double width = e.x[half + 1] - e.x[half];
+    const double low = ends[half + (e.rising[half] ? 0 : 1)];
+    const double high = ends[half + (e.rising[half] ? 1 : 0)];
+    e.A[2 * half] = area + width * low;
+    e.A[2 * half + 1] = e.A[2 * half] + (high - low) * 0.5 * width;
+    area = e.A[2 * half + 1];
   }
   return 1;
 }
 
 double STATS_EnvelopeGenerator_HW::fU(const Element& e, double x) {
-  return e.tangentUpper ? lineAt(e, x, e.d0, e.d1) : lineAt(e, x, e.sL, e.sR);
+  return lineAt(e, x, e.tangentUpper ? kTangents : kChords);
 }
 
 double STATS_EnvelopeGenerator_HW::fL(const Element& e, double x) {
-  return e.tangentUpper ? lineAt(e, x, e.sL, e.sR) : lineAt(e, x, e.d0, e.d1);
+  return lineAt(e, x, e.tangentUpper ? kChords : kTangents);
 }
 
 double STATS_EnvelopeGenerator_HW::NextFromEnvelopeElement(const Element& e) {
-  const double area = uniform() * e.A4;
-  const double u = uniform();
-  if (e.A1 >= area) {
-    return e.x0 + (e.xm - e.x0) * u;
+  const double area = uniform() * e.A[3];
+  double u = uniform();
+  const bool left = static_cast<int>(e.A[0] >= area) | static_cast<int>(e.A[1] >= area);
+  const std::size_t half = left ? 0 : 1;
+  if (!(e.A[2 * half] >= area)) {
+    const double v = uniform();  // in the triangle, which lies toward the higher side
+    u = e.rising[half] ? std::max(u, v) : std::min(u, v);
   }
-  if (e.A2 >= area) {
-    return e.x0 + (e.xm - e.x0) * triangleDraw(u, e.leftRising);
-  }
-  if (e.A3 >= area) {
-    return e.xm + (e.x1 - e.xm) * u;
-  }
-  return e.xm + (e.x1 - e.xm) * triangleDraw(u, e.rightRising);
+  return e.x[half] + (e.x[half + 1] - e.x[half]) * u;
 }
 
 void STATS_EnvelopeGenerator_HW::UpdateDispatcher() {
   const std::uint32_t n = envelope_.size();
   areas_.resize(n);
   for (std::uint32_t i = 0; i < n; ++i) {
-    areas_[i] = envelope_.elementAt(i).A4;
+    areas_[i] = envelope_.elementAt(i).A[3];
   }
   urn_.Reset(static_cast<int>(n), static_cast<int>(n), areas_.data());
 }
@@ -238,16 +222,14 @@ double STATS_EnvelopeGenerator_HW::next(VKernelVector kv) {
 
 int STATS_EnvelopeGenerator_HW::RefineEnvelope(int i, double x, double hx, double h1x) {
   Element& e = envelope_.elementAt(static_cast<std::uint32_t>(i));
-  const double x1 = e.x1;
-  const double y1 = e.y1;
-  const double d1 = e.d1;
-  if (!UpdateEnvelopeElement(e, e.x0, x, e.y0, hx, e.d0, h1x)) {
+  const Element whole = e;
+  if (!UpdateEnvelopeElement(e, whole.x[0], x, whole.y[0], hx, whole.slope[kTangents][0], h1x)) {
     return 0;
   }
-  auto rest = std::make_shared<Element>();
-  if (!UpdateEnvelopeElement(*rest, x, x1, hx, y1, h1x, d1)) {
+  Element rest{};
+  if (!UpdateEnvelopeElement(rest, x, whole.x[2], hx, whole.y[2], h1x, whole.slope[kTangents][1])) {
     return 0;
   }
-  envelope_.addElement(std::move(rest));  // at the end: the urn knows elements by area, not place
+  envelope_.addElement(rest);  // at the end: the urn knows elements by area, not place
   return 1;
 }

@@ -4,44 +4,41 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <memory>
-#include <utility>
 #include <vector>
 
-// One element of the support, [x0, x1], split at xm into a left and a right half.
+// One element of the support, split into a left and a right half.
 //
 //             upper bound   end tangents, or chords where the density is convex
 //        ___/\___           lower bound   the other two lines
-//     x0    xm    x1        areas of the upper bound: A1 rectangle and A2 triangle on the left,
-//                           A3 and A4 on the right, each including those before it
+//     x[0] x[1] x[2]        areas of the upper bound: A[0] rectangle and A[1] triangle on the left,
+//                           A[2] and A[3] on the right, each including those before it
+//
+// What belongs to the halves stands in arrays, so that a half can be taken by its number: which one
+// a variate falls into cannot be predicted.
 struct STATS_RejectionEnvelopeElement_HW {
-  double x0, x1;
-  double xm;      // where the end tangents meet, or the middle
-  double y0, y1;  // the density at the ends
-  double ym;      // and at xm
-  double d0, d1;  // its slopes at the ends
-  double sL, sR;  // chord slopes left and right of xm
-  double A1, A2, A3, A4;
-  std::uint8_t leftRising;    // the upper bound at xm exceeds y0
-  std::uint8_t rightRising;   // y1 exceeds the upper bound at xm
-  std::uint8_t tangentUpper;  // the tangent at x0 lies above the left chord
+  double x[3];         // left end; where the end tangents meet, or the middle; right end
+  double y[3];         // the density there
+  double slope[2][2];  // of the tangents at the two ends; of the chords of the two halves
+  double A[4];
+  std::uint8_t rising[2];     // the upper bound rises: on the left half, on the right one
+  std::uint8_t tangentUpper;  // the tangent at the left end lies above the left chord
 };
 
-// A growable array of elements.  A copy shares the elements.
+// A growable array of elements.
 class STATS_RejectionEnvelope_HW {
  public:
   using Element = STATS_RejectionEnvelopeElement_HW;
-  using Pointer = std::shared_ptr<Element>;
 
   explicit STATS_RejectionEnvelope_HW(std::uint32_t capacity = 0) { elements_.reserve(capacity); }
 
   std::uint32_t size() const { return static_cast<std::uint32_t>(elements_.size()); }
   std::uint32_t curCapacity() const { return static_cast<std::uint32_t>(elements_.capacity()); }
-  Element& elementAt(std::uint32_t i) const { return *elements_[i]; }
+  Element& elementAt(std::uint32_t i) { return elements_[i]; }
+  const Element& elementAt(std::uint32_t i) const { return elements_[i]; }
 
-  void addElement(Pointer e) {
+  void addElement(const Element& e) {
     ensureExtraCapacity(1);
-    elements_.push_back(std::move(e));
+    elements_.push_back(e);
   }
   void removeAllElements() { elements_.clear(); }
 
@@ -54,5 +51,5 @@ class STATS_RejectionEnvelope_HW {
   }
 
  private:
-  std::vector<Pointer> elements_;
+  std::vector<Element> elements_;
 };
