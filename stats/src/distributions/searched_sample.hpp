@@ -7,7 +7,6 @@
 #pragma once
 
 #include <algorithm>
-#include <array>
 #include <bit>
 #include <cstddef>
 #include <cstdint>
@@ -16,6 +15,12 @@
 
 #include "distributions/uniform_source.hpp"
 #include "kernel/callback_adapters.hpp"
+
+// The size of the tables for a sample of n, as a power of two: short ones are not worth large
+// tables.
+inline int STATS_CacheBits_HW(std::int32_t n) {
+  return std::clamp(static_cast<int>(std::bit_width(static_cast<std::uint32_t>(n))), 4, 14);
+}
 
 // A table of integers with a value for each; one that falls into the same place displaces another.
 template <typename Value>
@@ -28,11 +33,8 @@ class STATS_IntegerCache_HW {
     bool holds(std::int32_t i) const { return used && k == i; }
   };
 
-  // For a sample of n: short ones are not worth a large table.
   explicit STATS_IntegerCache_HW(std::int32_t n)
-      : shift_(32 -
-               std::clamp(static_cast<int>(std::bit_width(static_cast<std::uint32_t>(n))), 4, 14)),
-        entries_(std::size_t{1} << (32 - shift_)) {}
+      : shift_(32 - STATS_CacheBits_HW(n)), entries_(std::size_t{1} << STATS_CacheBits_HW(n)) {}
 
   // Fibonacci hashing: bisection of a power of two visits multiples of powers of two.
   Entry& at(std::int32_t k) {
@@ -68,7 +70,10 @@ class STATS_RememberedProbability_HW : public STATS_VexelCallbackAdapter_HW {
 // The uniforms that were found to end at each integer: all from the least to the largest do.
 class STATS_SearchGuide_HW {
  public:
-  explicit STATS_SearchGuide_HW(std::int32_t n) : found_(n) {}
+  explicit STATS_SearchGuide_HW(std::int32_t n)
+      : found_(n),
+        last_(std::size_t{1} << (STATS_CacheBits_HW(n) - 1)),
+        cells_(static_cast<double>(last_.size())) {}
 
   // search(u), or its result as far as earlier searches prove it: the integer that the last uniform
   // of u's cell ended at, or one close by.
@@ -77,7 +82,7 @@ class STATS_SearchGuide_HW {
     if (!(u >= 0.0 && u < 1.0)) {
       return search(u);
     }
-    std::int32_t& last = last_[static_cast<std::size_t>(u * kCells)];
+    std::int32_t& last = last_[static_cast<std::size_t>(u * cells_)];
     std::int32_t k = last;
     for (int tries = 0; tries < kTries; ++tries) {
       const auto& entry = found_.at(k);
@@ -102,11 +107,11 @@ class STATS_SearchGuide_HW {
     double least;
     double largest;
   };
-  static constexpr int kCells = 1024;
   static constexpr int kTries = 8;
 
   STATS_IntegerCache_HW<Range> found_;
-  std::array<std::int32_t, kCells> last_{};
+  std::vector<std::int32_t> last_;  // by equal cells of the unit interval
+  double cells_;
 };
 
 // n variates by inversion: data[i] = search(u, F) for the next uniform u, with F(x) =
