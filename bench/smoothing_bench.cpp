@@ -55,10 +55,8 @@ void movingMedianDirect(benchmark::State& state) {
   });
 }
 void movingMean(benchmark::State& state) {
-  Doubles scratch(kSize);
-  overWindows(state, [&](Doubles& x, int w, Doubles& out) {
-    STATS_MovingMean_HW(nullptr, x.data(), nullptr, kSize, w, STATS_ARITHMETIC_MEAN_HW,
-                        scratch.data(), out.data());
+  overWindows(state, [](Doubles& x, int w, Doubles& out) {
+    STATS_MovingMean_HW(nullptr, x.data(), nullptr, kSize, w, STATS_ARITHMETIC_MEAN_HW, out.data());
   });
 }
 void movingMeanDirect(benchmark::State& state) {

@@ -10,24 +10,26 @@
 
 namespace {
 
-// Unweighted, the number of indices that counted selects as a host integer; weighted, their total
-// weight as a host float.
+// Unweighted, the number of points that counted selects as a host integer; weighted, the total
+// weight of the pairs that it selects as a host float.
 template <typename Counted>
 ALGEB countOrWeigh(VKernelVector kv, const STATS_VexelDataSample_HW& sample, Counted counted) {
+  const double* x = sample.points();
   const double* w = sample.weights();
-  V_INT number = 0;
-  double weight = 0.0;
-  for (int i = 0; i < sample.size(); ++i) {
-    if (counted(i)) {
-      ++number;
-      weight += w != nullptr ? w[i] : 0.0;
+  const int n = sample.size();
+  constexpr double kNoWeight = 1.0;
+  if (w == nullptr) {
+    V_INT number = 0;
+    for (int i = 0; i < n; ++i) {
+      number += counted(x[i], kNoWeight) ? 1 : 0;
     }
+    return ToVexelInteger(kv, number);
   }
-  return sample.weighted() ? STATS_DoubleToVexelFloat_HW(kv, weight) : ToVexelInteger(kv, number);
-}
-
-bool hasWeight(const STATS_VexelDataSample_HW& sample, int i) {
-  return !sample.weighted() || !std::isnan(sample.weights()[i]);
+  double weight = 0.0;
+  for (int i = 0; i < n; ++i) {
+    weight += counted(x[i], w[i]) ? w[i] : 0.0;
+  }
+  return STATS_DoubleToVexelFloat_HW(kv, weight);
 }
 
 }  // namespace
@@ -40,8 +42,8 @@ STATS_ENTRY(STATS_VexelCount_HW) {
   const Arguments arg(kv, args, 3, "expected 3 arguments, received: %1");
   const STATS_VexelDataSample_HW sample(kv, arg[1], arg[2]);
   const bool ignoreMissing = arg.integer(3) == 1;
-  return countOrWeigh(kv, sample, [&](int i) {
-    return !ignoreMissing || (!std::isnan(sample.points()[i]) && hasWeight(sample, i));
+  return countOrWeigh(kv, sample, [=](double x, double w) {
+    return !ignoreMissing || (!std::isnan(x) && !std::isnan(w));
   });
 }
 
@@ -50,6 +52,6 @@ STATS_ENTRY(STATS_VexelCount_HW) {
 STATS_ENTRY(STATS_VexelCountMissing_HW) {
   const Arguments arg(kv, args, 2, "expected 2 arguments, received: %1");
   const STATS_VexelDataSample_HW sample(kv, arg[1], arg[2]);
-  return countOrWeigh(
-      kv, sample, [&](int i) { return std::isnan(sample.points()[i]) && hasWeight(sample, i); });
+  return countOrWeigh(kv, sample,
+                      [](double x, double w) { return std::isnan(x) && !std::isnan(w); });
 }

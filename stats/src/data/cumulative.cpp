@@ -43,8 +43,9 @@ ALGEB outputArray(VKernelVector kv, ALGEB given, ALGEB data, V_INT size) {
 void cumulate(const STATS_VexelDataSample_HW& sample, bool product, double* out) {
   const double* x = sample.points();
   const double* w = sample.weights();
+  const int n = sample.size();
   double running = 0.0;
-  for (int i = 0; i < sample.size(); ++i) {
+  for (int i = 0; i < n; ++i) {
     if (i == 0) {
       running = w != nullptr ? x[0] * w[0] : x[0];
     } else if (product) {

@@ -18,12 +18,13 @@ STATS_ENTRY(STATS_VexelKernelBounds_HW) {
   }
   const ALGEB none = STATS_CreateFloatVector_HW(kv, 0);
   const STATS_VexelDataSample_HW sample(kv, arg[1], none);
-  if (sample.size() == 0) {
+  const int n = sample.size();
+  if (n == 0) {
     VexelRaiseError(kv, "invalid input - dataset must contain at least one element.");
   }
   const double* x = sample.points();
   double ends[2] = {x[0], x[0]};
-  for (int i = 1; i < sample.size(); ++i) {
+  for (int i = 1; i < n; ++i) {
     if (x[i] < ends[0]) {
       ends[0] = x[i];
     } else if (x[i] > ends[1]) {

@@ -47,16 +47,25 @@ STATS_ENTRY(STATS_VexelLinearFilter_HW) {
   const bool ignoreMissing = arg.boolean(5);
   const bool recursive = arg.boolean(4);
 
-  // The history ends with the first initial value; what is before the last one stays 0.
+  // The history ends with the first initial value; what is before the last one stays 0.  Outputs
+  // that no longer reach it are filtered from the data where they lie, if these stay as they are.
   const int history = std::max(k - 1, 0);
-  double* series = STATS_AllocDoubles_HW(kv, V_INT{data.size()} + history);
+  const bool inPlace = !ignoreMissing && !recursive;
+  const int copies = inPlace ? history : data.size();
+  double* series = STATS_AllocDoubles_HW(kv, V_INT{copies} + history);
   std::reverse_copy(initial.points(), initial.points() + std::min(history, initial.size()),
                     series + history - std::min(history, initial.size()));
-  const int n = STATS_CopyData_HW(data, series + history, nullptr, ignoreMissing);
+  const int head =
+      STATS_CopySimpleData_HW(data.points(), series + history, copies, ignoreMissing ? 1 : 0);
   double* taps = STATS_AllocDoubles_HW(kv, k);
   std::reverse_copy(coefficients.points(), coefficients.points() + k, taps);
 
+  const int n = inPlace ? data.size() : head;
   const ALGEB result = STATS_SmoothingResult_HW(kv, arg[1], RTableLowerBound(kv, arg[1], 1), n);
-  STATS_LinearFilter_HW(kv, series, taps, n, k, recursive, STATS_FloatBlock_HW(kv, result));
+  double* y = STATS_FloatBlock_HW(kv, result);
+  STATS_LinearFilter_HW(kv, series, taps, head, k, recursive, y);
+  if (head < n) {
+    STATS_LinearFilter_HW(kv, data.points(), taps, n - head, k, recursive, y + head);
+  }
   return result;
 }

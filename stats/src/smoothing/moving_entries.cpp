@@ -133,7 +133,7 @@ STATS_ENTRY(STATS_VexelMovingMean_HW) {
     std::copy_n(series.values, series.results, block);
   } else {
     STATS_MovingMean_HW(kv, series.values, series.weights, series.n, window.size, type,
-                        STATS_AllocDoubles_HW(kv, series.n), block + window.offset);
+                        block + window.offset);
   }
   return result;
 }
@@ -147,7 +147,9 @@ STATS_ENTRY(STATS_VexelMovingMedian_HW) {
   const bool ignoreMissing = arg.boolean(5);
   const Window window = windowArguments(kv, arg, data.size());
   const bool recursive = arg.boolean(6);
-  const Series series = copied(kv, data, weights, window, ignoreMissing);
+  const Series series = ignoreMissing || recursive
+                            ? copied(kv, data, weights, window, ignoreMissing)
+                            : inPlace(kv, data, weights, window);
 
   double* block = nullptr;
   const ALGEB result = newResult(kv, arg[1], series, window, &block);
