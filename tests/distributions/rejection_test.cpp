@@ -82,6 +82,17 @@ TEST_F(RejectionTest, RatiosDrawTheirNumeratorFirst) {
   expectVariate("FRatio", x / y, {first, second}, {0.5, 0.5}, 3.0, 3.0);
   expectVariate("NonCentralStudentT", (normalOf(first) + 2.0) / std::sqrt(2.0 * y / 3.0),
                 {first, second}, {0.5}, 3.0, 2.0);
+  // A non-central numerator is inverted for the F, and for the beta from nu1 = 50 on.
+  const auto inverse = [&](double nu) {
+    return number(call("STATS_VexelNonCentralChiSquareDeviate_HW", 0.3, nu, 2.0));
+  };
+  expectVariate("NonCentralFRatio", inverse(4.0) * 3.0 / (2.0 * y * 4.0), {second}, {0.3, 0.5}, 4.0,
+                3.0, 2.0);
+  const double squares = 2.0 * std::pow(normalOf(first) + 1.0, 2.0);
+  expectVariate("NonCentralBeta", squares / (squares + 2.0 * y), {first, first, second}, {0.5}, 1.0,
+                1.5, 2.0);
+  expectVariate("NonCentralBeta", inverse(102.0) / (inverse(102.0) + 2.0 * y), {second}, {0.3, 0.5},
+                51.0, 1.5, 2.0);
 }
 
 TEST_F(RejectionTest, CauchyTakesOneUniformOrPairs) {
