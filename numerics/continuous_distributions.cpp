@@ -256,6 +256,9 @@ double nag2_beta_quantile(double p, double a, double b, double /*tolerance*/, Na
       !check.probability("the probability p", p)) {
     return notANumber;
   }
+  if (std::isinf(a) || std::isinf(b)) {  // all mass at 1, or at 0
+    return std::isinf(a) && p > 0.0 ? 1.0 : 0.0;
+  }
   const UnitPoint at = p > 0.5 ? betaInverse(a, b, 1.0 - p, true) : betaInverse(a, b, p, false);
   return check.computed(static_cast<double>(at.x));
 }

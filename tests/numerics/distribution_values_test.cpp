@@ -59,6 +59,16 @@ TEST(DistributionValues, QuantilesInvertProbabilities) {
   }
 }
 
+// Infinite parameters put all mass at an end; the continued fraction must not see them.
+TEST(DistributionValues, InfiniteBetaParametersAreAPoint) {
+  constexpr double kInfinity = std::numeric_limits<double>::infinity();
+  for (const double p : {5e-324, 0.5, 1.0}) {
+    EXPECT_EQ(nag2_beta_quantile(p, kInfinity, 2.0, 0.0, nullptr), 1.0);
+    EXPECT_EQ(nag2_beta_quantile(p, kInfinity, kInfinity, 0.0, nullptr), 1.0);
+    EXPECT_EQ(nag2_beta_quantile(p, 2.0, kInfinity, 0.0, nullptr), 0.0);
+  }
+}
+
 TEST(DistributionValues, FailuresNameParameterValueAndConstraint) {
   NagError fail{};
   EXPECT_TRUE(std::isnan(nag2_student_t_probability(Nag_LowerTail, 1.0, -1.0, &fail)));
