@@ -7,6 +7,7 @@
 #include <cstddef>
 
 #include "kernel/conversions.hpp"
+#include "kernel/interrupt.hpp"
 
 namespace {
 
@@ -55,12 +56,15 @@ void STATS_CheckGrid_HW(VKernelVector kv, std::int32_t M, double a, double b) {
 
 void STATS_Discretize_HW(VKernelVector kv, std::int32_t M, double a, double b, double c, bool quiet,
                          V_INT n, const double* x, const double* w, double* out) {
+  constexpr int kDatumCost = 10;  // operations, near enough
   const double scale = c == 0.0 ? 1.0 / ((b - a) / M) : c;
 
   Grid grid(M, a, b, out);
   double total = 0.0;
   bool missing = false;
+  STATS_InterruptLookout_HW lookout(kv);
   for (V_INT i = 0; i < n; ++i) {
+    lookout.done(kDatumCost);
     missing |= std::isnan(x[i]);
     if (a <= x[i] && x[i] <= b) {
       const double weight = w != nullptr && !std::isnan(w[i]) ? w[i] : 1.0;
@@ -71,7 +75,9 @@ void STATS_Discretize_HW(VKernelVector kv, std::int32_t M, double a, double b, d
   if (missing && !quiet) {
     VexelUserInfo(kv, 1, "Statistics", "missing data has been detected in the dataset, discarded.");
   }
+  const double factor = scale / total;
   for (std::int32_t j = 0; j < M; ++j) {
-    out[j] *= scale / total;
+    lookout.done(1);
+    out[j] *= factor;
   }
 }
