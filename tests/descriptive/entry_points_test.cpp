@@ -160,6 +160,7 @@ TEST_F(DescriptiveTest, EveryMessageIsSpelledAsHostsKnowIt) {
        "expected: integer or list of integers, received %1"},
       {"STATS_VexelOrderStatistic_HW(ten, [1, 11], none, true)", "index out of range: %1"},
       {"STATS_VexelOrderStatistic_HW(ten, 0, none, true)", "index out of range: %1"},
+      {"STATS_VexelOrderStatistic_HW(ten, [1, 2^40], none, true)", "index out of range: %1"},
       {"STATS_VexelMedian_HW(ten)", "expected 4 arguments, received: %1"},
       {"STATS_VexelMedianDeviation_HW(ten)",
        "VexelAbsoluteDeviation expects 3 arguments, received: %1"},

@@ -39,17 +39,36 @@ std::vector<double> probabilities(VKernelVector kv, ALGEB given) {
   return probs;
 }
 
-// An integer or a list of them.
-std::vector<int> integers(VKernelVector kv, ALGEB given) {
+struct Conversion {
+  VKernelVector kv;
+  ALGEB element;
+  V_INT value;
+};
+
+// Body of a trapped conversion.
+void* convertToInteger(void* conversion) {
+  auto* c = static_cast<Conversion*>(conversion);
+  c->value = VexelToV_INT(c->kv, c->element);
+  return nullptr;
+}
+
+// An integer of 64 bits or a list of them.
+std::vector<V_INT> integers(VKernelVector kv, ALGEB given) {
   const bool isList = IsVexelList(kv, given) != 0;
   const V_INT m = isList ? VexelNumArgs(kv, given) : 1;
-  std::vector<int> values;
+  std::vector<V_INT> values;
   for (V_INT j = 1; j <= m; ++j) {
-    const ALGEB element = isList ? VexelListSelect(kv, given, j) : given;
-    if (!IsVexelInteger32(kv, element)) {
+    Conversion c{kv, isList ? VexelListSelect(kv, given, j) : given, 0};
+    V_BOOL failed = 0;
+    if (IsVexelInteger32(kv, c.element)) {
+      c.value = VexelToInteger32(kv, c.element);
+    } else {
+      VexelTrapError(kv, convertToInteger, &c, &failed);
+    }
+    if (failed) {
       VexelRaiseError1(kv, "expected: integer or list of integers, received %1", given);
     }
-    values.push_back(VexelToInteger32(kv, element));
+    values.push_back(c.value);
   }
   return values;
 }
@@ -99,17 +118,19 @@ STATS_ENTRY(STATS_VexelQuantile_HW) {
 STATS_ENTRY(STATS_VexelOrderStatistic_HW) {
   const Arguments arg(kv, args, 4, "VexelOrderStatistic expects 4 arguments, received: %1");
   const STATS_VexelDataSample_HW sample(kv, arg[1]);
-  const std::vector<int> ranks = integers(kv, arg[2]);
+  const std::vector<V_INT> given = integers(kv, arg[2]);
   const bool ignoreMissing = arg.boolean(4);
   const int n = pointsTaken(sample, ignoreMissing);
-  const auto m = static_cast<int>(ranks.size());
 
-  std::vector<double> values(ranks.size(), STATS_FloatUndefined_HW(kv));
-  for (const int rank : ranks) {
+  std::vector<double> values(given.size(), STATS_FloatUndefined_HW(kv));
+  std::vector<int> ranks;
+  for (const V_INT rank : given) {
     if (n > 0 && (rank < 1 || rank > n)) {
       VexelRaiseError1(kv, "index out of range: %1", ToVexelInteger(kv, rank));
     }
+    ranks.push_back(static_cast<int>(rank));
   }
+  const auto m = static_cast<int>(ranks.size());
   if (n > 0 && !STATS_OrderStatisticReading_HW(values.data(), sample.points(), sample.size(),
                                                ranks.data(), n, m)) {
     const SampleView view = SampleView::copied(kv, sample, ignoreMissing);
