@@ -23,3 +23,8 @@ void STATS_BinomialRandomSample_HW(VKernelVector kv, double* data, std::int32_t 
 inline double STATS_BinomialRandomVariate_HW(VKernelVector kv, const double* params) {
   return STATS_BinomialRandomVariate_HW(kv, STATS_DoubleToInteger_HW(params[0]), params[1]);
 }
+
+inline void STATS_BinomialRandomSample_HW(VKernelVector kv, double* data, std::int32_t size,
+                                          const double* params) {
+  STATS_BinomialRandomSample_HW(kv, data, size, STATS_DoubleToInteger_HW(params[0]), params[1]);
+}

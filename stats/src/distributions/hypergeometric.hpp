@@ -28,3 +28,10 @@ inline double STATS_HypergeometricRandomVariate_HW(VKernelVector kv, const doubl
                                               STATS_DoubleToInteger_HW(params[1]),
                                               STATS_DoubleToInteger_HW(params[2]));
 }
+
+inline void STATS_HypergeometricRandomSample_HW(VKernelVector kv, double* data, std::int32_t size,
+                                                const double* params) {
+  STATS_HypergeometricRandomSample_HW(kv, data, size, STATS_DoubleToInteger_HW(params[0]),
+                                      STATS_DoubleToInteger_HW(params[1]),
+                                      STATS_DoubleToInteger_HW(params[2]));
+}

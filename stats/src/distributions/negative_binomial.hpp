@@ -22,3 +22,8 @@ void STATS_NegativeBinomialRandomSample_HW(VKernelVector kv, double* data, std::
 inline double STATS_NegativeBinomialRandomVariate_HW(VKernelVector kv, const double* params) {
   return STATS_NegativeBinomialRandomVariate_HW(kv, params[0], params[1]);
 }
+
+inline void STATS_NegativeBinomialRandomSample_HW(VKernelVector kv, double* data, std::int32_t size,
+                                                  const double* params) {
+  STATS_NegativeBinomialRandomSample_HW(kv, data, size, params[0], params[1]);
+}

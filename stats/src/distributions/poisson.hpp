@@ -20,3 +20,8 @@ void STATS_PoissonRandomSample_HW(VKernelVector kv, double* data, std::int32_t n
 inline double STATS_PoissonRandomVariate_HW(VKernelVector kv, const double* params) {
   return STATS_PoissonRandomVariate_HW(kv, params[0]);
 }
+
+inline void STATS_PoissonRandomSample_HW(VKernelVector kv, double* data, std::int32_t size,
+                                         const double* params) {
+  STATS_PoissonRandomSample_HW(kv, data, size, params[0]);
+}

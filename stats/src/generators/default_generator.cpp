@@ -3,6 +3,7 @@
 #include "generators/default_generator.hpp"
 
 #include <array>
+#include <limits>
 
 #include "distributions/bernoulli.hpp"
 #include "distributions/beta.hpp"
@@ -77,6 +78,21 @@ constexpr std::array<STATS_DefaultGenerator_HW::Variate, 34> kVariates = {
     STATS_WeibullRandomVariate_HW,             // 33
 };
 
+STATS_DefaultGenerator_HW::Sample sampleOf(V_BOOL code) {
+  switch (code) {
+    case 3:
+      return STATS_BinomialRandomSample_HW;
+    case 14:
+      return STATS_HypergeometricRandomSample_HW;
+    case 21:
+      return STATS_NegativeBinomialRandomSample_HW;
+    case 26:
+      return STATS_PoissonRandomSample_HW;
+    default:
+      return nullptr;
+  }
+}
+
 }  // namespace
 
 int STATS_DefaultGenerator_HW::initialize(VKernelVector kv, ALGEB spec) {
@@ -106,9 +122,18 @@ int STATS_DefaultGenerator_HW::initialize(VKernelVector kv, ALGEB spec) {
   if (variate_ == nullptr) {
     return 0;
   }
+  sample_ = sampleOf(code);
   for (V_INT i = 0; i < count; ++i) {
     parameters_[static_cast<std::size_t>(i)] =
         STATS_VexelUtils_HW::VexelDAGToDouble(VexelListSelect(kv, coefficients, i + 1));
   }
   return 1;
+}
+
+void STATS_DefaultGenerator_HW::fill(VKernelVector kv, double* out, V_INT n) {
+  if (sample_ != nullptr && n <= std::numeric_limits<std::int32_t>::max()) {
+    sample_(kv, out, static_cast<std::int32_t>(n), parameters_.data());
+  } else {
+    STATS_RandomVariateGenerator_HW::fill(kv, out, n);
+  }
 }

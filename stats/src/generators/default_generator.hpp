@@ -2,12 +2,14 @@
 #pragma once
 
 #include <array>
+#include <cstdint>
 
 #include "generators/random_variate_generator.hpp"
 
 class STATS_DefaultGenerator_HW : public STATS_RandomVariateGenerator_HW {
  public:
   using Variate = double (*)(VKernelVector, const double*);
+  using Sample = void (*)(VKernelVector, double*, std::int32_t, const double*);
 
   explicit STATS_DefaultGenerator_HW(VKernelVector kv) : STATS_RandomVariateGenerator_HW(kv) {}
 
@@ -16,8 +18,10 @@ class STATS_DefaultGenerator_HW : public STATS_RandomVariateGenerator_HW {
   int initialize(VKernelVector kv, ALGEB spec) override;
 
   double next(VKernelVector kv) override { return variate_(kv, parameters_.data()); }
+  void fill(VKernelVector kv, double* out, V_INT n) override;
 
  private:
   Variate variate_ = nullptr;
+  Sample sample_ = nullptr;  // of distributions with a faster way to the same variates
   std::array<double, 5> parameters_{};
 };

@@ -88,8 +88,6 @@ STATS_ENTRY(STATS_VexelRandomSample_HW) {
     fillCombined(kv, generators, combine, useEvalhf, out, n);
     return output;
   }
-  for (V_INT j = 0; j < n; ++j) {
-    out[j] = generators.front()->next(kv);
-  }
+  generators.front()->fill(kv, out, n);
   return output;
 }

@@ -18,6 +18,13 @@ class STATS_RandomVariateGenerator_HW {
   // One variate.
   virtual double next(VKernelVector kv) = 0;
 
+  // The next n variates, as n calls of next give them.
+  virtual void fill(VKernelVector kv, double* out, V_INT n) {
+    for (V_INT j = 0; j < n; ++j) {
+      out[j] = next(kv);
+    }
+  }
+
  protected:
   VKernelVector kv_;
 };
