@@ -2,14 +2,12 @@
 // no sanitizer report, and a host that still works.  The fuzz target explores further from the same
 // grammar.
 
-#include <unistd.h>
-
-#include <csignal>
 #include <cstdlib>
 #include <random>
 
 #include "call_grammar.hpp"
 #include "kernel_test.hpp"
+#include "watchdog.hpp"
 
 namespace {
 
@@ -17,8 +15,6 @@ class RandomCalls : public KernelTest {};
 
 TEST_F(RandomCalls, NeverHarmTheProcess) {
   kernel.onUserInfo([](int, const std::string&, const std::string&) {});
-  // An endless rejection (a density that is nowhere above its bound) is stopped as Ctrl-C would.
-  std::signal(SIGALRM, [](int) { vexel::Kernel::interrupt(); });
   CallGrammar grammar(kernel);
   const char* wanted = std::getenv("VEXEL_RANDOM_CALLS");
   const int calls = wanted != nullptr ? std::atoi(wanted) : 20000;
@@ -30,9 +26,9 @@ TEST_F(RandomCalls, NeverHarmTheProcess) {
       byte = static_cast<std::uint8_t>(random());
     }
     ByteSource source(bytes.data(), bytes.size());
-    alarm(2);
+    // An endless rejection (a density that is nowhere above its bound) is stopped as by Ctrl-C.
+    const Watchdog watchdog(2);
     made += grammar.run(source);
-    alarm(0);
   }
   kernel.eval("Digits := 15:");
   EXPECT_EQ(kernel
