@@ -48,13 +48,23 @@ class CallGrammar {
     makeDictionary();
   }
 
-  // Makes up to 8 calls on one state of the host.  Errors are fine; crashes, hangs and sanitizer
-  // reports are what this is for.  Returns how many calls were made.
+  // Makes up to 8 calls on one state of the host.  Errors and interrupts are fine; crashes, hangs
+  // and sanitizer reports are what this is for.  Returns how many calls were made.
   int run(ByteSource& source) {
+    int made = 0;
+    try {
+      makeCalls(source, made);
+    } catch (const vexel::Interrupted&) {
+      // The caller's time limit.
+    }
+    return made;
+  }
+
+ private:
+  void makeCalls(ByteSource& source, int& made) {
     kernel_.eval("Digits := 15: clear(_EnvStatisticsIterations):");
     kernel_.eval(preparation_);
     vexel::Value last = kernel_.null();
-    int made = 0;
     for (; made < 8 && !source.empty(); ++made) {
       const Call& call = calls_[source.below(calls_.size())];
       std::vector<vexel::Value> args;
@@ -77,14 +87,10 @@ class CallGrammar {
         last = kernel_.callValues(call.entry, args);
       } catch (const vexel::Error&) {
         last = kernel_.null();
-      } catch (const vexel::Interrupted&) {
-        last = kernel_.null();  // the caller's time limit
       }
     }
-    return made;
   }
 
- private:
   struct Call {
     std::string entry;
     std::vector<std::string> arguments;
