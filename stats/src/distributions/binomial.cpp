@@ -42,8 +42,8 @@ std::int32_t STATS_BinomialDeviate_HW(VKernelVector kv, double u, std::int32_t n
   return search(kv, u, n, F);
 }
 
-// The rounded normal is fast, but off by up to 1.5e-2 in the distribution function (n = 10^6,
-// p = 2e-5).  Otherwise by inversion of one uniform.
+// The rounded normal is fast, but its distribution function is off by up to 2.1e-2, where p is
+// small and n p just above 10.  Otherwise by inversion of one uniform.
 double STATS_BinomialRandomVariate_HW(VKernelVector kv, std::int32_t n, double p) {
   if (isRoundedNormal(n, p)) {
     const double mean = n * p;
