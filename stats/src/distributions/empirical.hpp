@@ -3,6 +3,8 @@
 
 #include <vexelc/vexelc.h>
 
+#include <cstdint>
+
 // The sample quantile (next value) at u of n points; weights may be null.  Reorders points, and
 // weights along with them.
 double STATS_EmpiricalDeviate_HW(VKernelVector kv, double u, int n, double* points,
@@ -10,3 +12,8 @@ double STATS_EmpiricalDeviate_HW(VKernelVector kv, double u, int n, double* poin
 
 // One variate, by inversion; cost is that of a selection among n points.
 double STATS_EmpiricalRandomVariate_HW(VKernelVector kv, int n, double* points, double* weights);
+
+// The next size variates.  Uniforms are drawn by thousands and looked up together, so a sample as
+// long as its data costs little more than sorting them.
+void STATS_EmpiricalRandomSample_HW(VKernelVector kv, double* result, std::int32_t size, int n,
+                                    double* points, double* weights);

@@ -116,9 +116,7 @@ STATS_ENTRY(STATS_VexelEmpiricalRandomSample_HW) {
   const EmpiricalData data(kv, arg[2], arg[3], arg.boolean(4));
   const ALGEB sample = STATS_CreateRandomSample_HW(kv, n, ToVexelNULL(kv));
   double* const result = STATS_FloatBlock_HW(kv, sample);
-  for (std::int32_t k = 0; k < n; ++k) {
-    result[k] = STATS_EmpiricalRandomVariate_HW(kv, data.n, data.points, data.weights);
-  }
+  STATS_EmpiricalRandomSample_HW(kv, result, n, data.n, data.points, data.weights);
   return sample;
 }
 
