@@ -20,6 +20,8 @@
 #include <vector>
 #include <vexel/session.hpp>
 
+#include "reference.hpp"
+
 namespace {
 
 constexpr int kHistoryLength = 2000;
@@ -190,9 +192,27 @@ class Editor {
   bool continued_ = false;
 };
 
+// "?mean": the entry of the reference, or the names of several, or the session's own names.
 void printHelp(const Names& names, const std::string& line) {
   std::string text;
   std::copy_if(line.begin() + 1, line.end(), std::back_inserter(text), isNamePart);
+  const std::vector<ReferenceEntry> entries = findReference(text);
+  if (entries.size() == 1) {
+    for (const std::string& heading : entries.front().headings) {
+      std::cout << heading << '\n';
+    }
+    std::cout << entries.front().text << std::flush;
+    return;
+  }
+  if (!entries.empty() && !text.empty()) {
+    for (const ReferenceEntry& entry : entries) {
+      for (const std::string& heading : entry.headings) {
+        std::cout << "  " << heading << '\n';
+      }
+    }
+    std::cout.flush();
+    return;
+  }
   const std::vector<std::string> found = names.containing(text);
   if (found.empty()) {
     std::cout << "no name contains " << text << '\n';
@@ -207,7 +227,7 @@ void runPrompt(vexel::Kernel& kernel, Runner& runner, bool quiet) {
   Names names(kernel);
   Editor editor(names);
   if (!quiet) {
-    std::cout << "vexel " VEXEL_VERSION "   ?text lists names, Tab completes, quit leaves\n";
+    std::cout << "vexel " VEXEL_VERSION "   ?name explains, Tab completes, quit leaves\n";
   }
   runner.shortenValues(true);
   std::string text;

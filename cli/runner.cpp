@@ -22,7 +22,8 @@ void Runner::reportError(const vexel::Outcome& outcome, const std::string& sourc
   std::cout.flush();
   std::cerr << "Error, " << outcome.error << '\n';
   if (!source.empty()) {
-    std::cerr << "  at " << source << ", line " << outcome.line << '\n';
+    std::cerr << "  at " << source << ", line " << outcome.line << ", column " << outcome.column
+              << '\n';
   }
   if (!outcome.source.empty()) {
     std::cerr << outcome.source << '\n';

@@ -23,7 +23,7 @@ void throwInterrupt() {
 void raise(State& state, std::string_view message, std::span<const ALGEB> args) {
   state.error.message.assign(message);
   state.error.arguments.assign(args.begin(), args.end());
-  state.error.where.clear();
+  state.error.line = 0;
   throw HostErrorToken{};
 }
 

@@ -19,7 +19,8 @@ namespace vexel {
 struct PendingError {
   std::string message;           // with %1, %2 unfilled
   std::vector<ALGEB> arguments;  // roots
-  std::string where;             // "file:line:column", empty when unknown; the language fills it
+  int line = 0;                  // of the statement in the running text, 0 when unknown; the
+  int column = 0;                // language fills them
 };
 
 // Whatever the language keeps per kernel; it derives from this.

@@ -25,6 +25,7 @@ class Evaluator {
       : state_(state), program_(program), slots_(slots) {}
 
   ALGEB value(const Node& node);
+  ALGEB statement(const Node& node);
 
  private:
   bool condition(const Node& node);
@@ -377,7 +378,7 @@ ALGEB Evaluator::value(const Node& node) {
     case NodeKind::block: {
       ALGEB result = state_.null;
       for (const Node* child : node.children) {
-        result = value(*child);
+        result = statement(*child);
         if (language(state_).quit) {
           break;
         }
@@ -386,6 +387,19 @@ ALGEB Evaluator::value(const Node& node) {
     }
     default:
       return state_.null;
+  }
+}
+
+// A statement's value; an error that leaves the innermost statement of a text keeps its position.
+ALGEB Evaluator::statement(const Node& node) {
+  try {
+    return value(node);
+  } catch (const HostErrorToken&) {
+    if (state_.error.line == 0) {
+      state_.error.line = node.position.line;
+      state_.error.column = node.position.column;
+    }
+    throw;
   }
 }
 
@@ -434,7 +448,12 @@ ALGEB callProcedure(State& state, ALGEB procedureObject, ALGEB args) {
   for (std::size_t i = 0; i < code.captures.size(); ++i) {
     slots[code.captures[i].inner] = procedure.captured[i];
   }
-  return Evaluator(state, procedure.program, slots).value(*code.body);
+  try {
+    return Evaluator(state, procedure.program, slots).value(*code.body);
+  } catch (const HostErrorToken&) {
+    state.error.line = 0;  // a place in the procedure, which may come from another text
+    throw;
+  }
 }
 
 ALGEB indexed(State& state, ALGEB x, std::span<const ALGEB> index) {

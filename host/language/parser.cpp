@@ -210,7 +210,9 @@ Node* Parser::statementList() {
     if (isKeyword("end") || isKeyword("else") || isKeyword("elif")) {
       return block;
     }
+    const Position start = peek().position;
     block->children.push_back(statement());
+    block->children.back()->position = start;  // where an error in it is said to be
     if (!isSymbol(";") && !isSymbol(":") && !isKeyword("end") && !isKeyword("else") &&
         !isKeyword("elif")) {
       fail("expected ';' or 'end'");

@@ -67,6 +67,10 @@ bool Script::next(Outcome& outcome) {
   }
   auto failed = [&] {
     outcome.kind = Outcome::Kind::error;
+    if (state.error.line > 0) {
+      outcome.line = state.error.line;
+      outcome.column = state.error.column;
+    }
     state.lastError = state.error;
     outcome.error = pendingErrorText(state);
     outcome.json = jsonError(state, outcome.error, state.error.message, state.error.arguments);

@@ -77,8 +77,15 @@ TEST_F(CommandTest, AnErrorNamesFileAndLineAndEndsTheRun) {
   const Outcome stopped = run(script + " -e '3;'");
   EXPECT_EQ(stopped.out, "1\n");
   EXPECT_THAT(stopped.errors, HasSubstr("Error, no 7\n"));
-  EXPECT_THAT(stopped.errors, HasSubstr("b.vx, line 3"));
+  EXPECT_THAT(stopped.errors, HasSubstr("b.vx, line 3, column 1\n"));
   EXPECT_EQ(stopped.status, 1);
+
+  // In a loop the statement inside it; of a procedure the statement that called it.
+  const std::string deep = file("c.vx",
+                                "f := proc(x)\n  error(\"deep\")\nend:\n"
+                                "for i from 1 to 2 do\n  y := i:\n  f(y)\nend:\n");
+  EXPECT_THAT(run(deep).errors, HasSubstr("c.vx, line 6, column 3\n"));
+  EXPECT_THAT(run("-e '1 + * 2;'").errors, HasSubstr("-e, line 1, column 5\n1 + * 2;\n    ^\n"));
 
   const Outcome kept = run("-k " + script + " -e '3;'");
   EXPECT_EQ(kept.out, "1\n2\n3\n");
@@ -92,6 +99,15 @@ TEST_F(CommandTest, JsonHasOneLineForEveryValueAndError) {
             "2.0\n{\"float\": \"undefined\"}\n{\"expr\": \"1/3\"}\n");
   EXPECT_EQ(json.errors, "");
   EXPECT_EQ(json.status, 1);
+}
+
+TEST_F(CommandTest, ThePromptExplainsNamesAndTakesStatementsOfSeveralLines) {
+  const Outcome prompt = run(
+      "-i --quiet", "?VexelMean\n?movingme\nf := proc(x)\n  x^2\nend:\nf(3);\n?nothing_like_it\n");
+  EXPECT_THAT(prompt.out, HasSubstr("STATS_VexelMean_HW(data, weights, ignore, kind)\n\nThe mean"));
+  EXPECT_THAT(prompt.out, HasSubstr("  STATS_VexelMovingMedian_HW("));
+  EXPECT_THAT(prompt.out, HasSubstr("\n9\n"));
+  EXPECT_THAT(prompt.out, HasSubstr("no name contains nothing_like_it"));
 }
 
 TEST_F(CommandTest, QuitEndsTheRunWithSuccess) {

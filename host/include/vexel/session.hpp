@@ -23,7 +23,8 @@ struct Outcome {
   bool printed = false;  // it ended with ';' (or with the text)
   std::string error;     // the whole text, filled
   std::string json;      // the error's JSON line
-  int line = 0;          // where the statement starts; for a syntax error where that is
+  int line = 0;          // where the statement starts; for an error the innermost statement of the
+                         // text that raised it, for a syntax error where that is
   int column = 0;
   std::string source;  // for a syntax error: the source line and, below it, a caret
 };
