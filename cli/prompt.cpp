@@ -233,7 +233,9 @@ void runPrompt(vexel::Kernel& kernel, Runner& runner, bool quiet) {
   std::string text;
   std::string line;
   while (!runner.finished()) {
-    switch (editor.read(!text.empty(), line)) {
+    const Editor::Result result = editor.read(!text.empty(), line);
+    vexel::Kernel::clearInterrupt();  // one that came while typing was for the line
+    switch (result) {
       case Editor::Result::end:
         std::cout << '\n';
         return;

@@ -3,14 +3,26 @@
 #include "runner.hpp"
 
 #include <iostream>
+#include <stdexcept>
 #include <vexel/session.hpp>
 
-void Runner::printValue(const vexel::Value& value) const {
-  if (options_.json) {
-    std::cout << value.json() << std::endl;
-  } else {
-    std::cout << (shorten_ ? vexel::shortened(value) : value.source()) << std::endl;
+#include "progress.hpp"
+
+bool Runner::printValue(vexel::Outcome& outcome) const {
+  const vexel::Value& value = outcome.value;
+  try {
+    std::cout << (options_.json ? value.json()
+                  : shorten_    ? vexel::shortened(value)
+                                : value.source())
+              << std::endl;
+    return true;
+  } catch (const std::runtime_error& e) {  // vexel::Error or vexel::Interrupted
+    outcome.error = e.what();
   }
+  outcome.json = value.kernel()->string(outcome.error).json();
+  outcome.json =
+      "{\"error\": " + outcome.json + ", \"message\": " + outcome.json + ", \"args\": []}";
+  return false;
 }
 
 void Runner::reportError(const vexel::Outcome& outcome, const std::string& source) {
@@ -33,12 +45,13 @@ void Runner::reportError(const vexel::Outcome& outcome, const std::string& sourc
 void Runner::run(const std::string& text, const std::string& source) {
   vexel::Script script(kernel_, text);
   vexel::Outcome outcome;
-  while (script.next(outcome)) {
+  Progress progress(options_.quiet ? "" : source);
+  for (progress.atLine(script.line()); script.next(outcome); progress.atLine(script.line())) {
+    progress.clear();
     if (outcome.kind == vexel::Outcome::Kind::value) {
-      if (outcome.printed) {
-        printValue(outcome.value);
+      if (!outcome.printed || printValue(outcome)) {
+        continue;
       }
-      continue;
     }
     reportError(outcome, source);
     if (!options_.json && !options_.keepGoing) {

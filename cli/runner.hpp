@@ -20,7 +20,8 @@ class Runner {
   void shortenValues(bool on) { shorten_ = on; }
 
  private:
-  void printValue(const vexel::Value& value) const;
+  // False when the value cannot be printed (it is nested too deep); the outcome tells then.
+  bool printValue(vexel::Outcome& outcome) const;
   void reportError(const vexel::Outcome& outcome, const std::string& source);
 
   vexel::Kernel& kernel_;

@@ -292,6 +292,7 @@ void Kernel::infoLevel(std::string_view channel, int level) {
 }
 
 void Kernel::interrupt() noexcept { requestInterrupt(); }
+void Kernel::clearInterrupt() noexcept { vexel::clearInterrupt(); }
 
 void Kernel::collect() { impl_->state.heap.collect(); }
 void Kernel::stress(bool on) { impl_->state.heap.setStress(on); }

@@ -30,6 +30,7 @@ class Parser {
   void recover();
 
   bool atEnd() const;
+  int line() const { return peek().position.line; }  // of what comes next
 
  private:
   struct Scope;

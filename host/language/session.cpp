@@ -4,6 +4,7 @@
 
 #include "core/errors.hpp"
 #include "core/evaluation.hpp"
+#include "core/kernel_impl.hpp"
 #include "core/numbers.hpp"
 #include "core/objects.hpp"
 #include "core/text.hpp"
@@ -117,18 +118,22 @@ bool Script::next(Outcome& outcome) {
   return true;
 }
 
+int Script::line() const { return impl_->parser.line(); }
+
 bool isIncomplete(Kernel& kernel, std::string_view text) {
   State& state = *kernel.vector();
-  Parser parser(state, text);
-  try {
-    while (parser.next() != nullptr) {
+  return kernel.impl().run([&] {
+    Parser parser(state, text);
+    try {
+      while (parser.next() != nullptr) {
+      }
+    } catch (const SyntaxError& e) {
+      return e.incomplete;
+    } catch (const HostErrorToken&) {
+      return false;  // running it tells
     }
-  } catch (const SyntaxError& e) {
-    return e.incomplete;
-  } catch (const HostErrorToken&) {
     return false;
-  }
-  return false;
+  });
 }
 
 bool quitRequested(Kernel& kernel) { return language(*kernel.vector()).quit; }
@@ -141,7 +146,8 @@ std::string shortened(const Value& value) {
   if (value.kernel() == nullptr || value.handle() == nullptr) {
     return "NULL";
   }
-  return sourceText(*value.kernel()->vector(), value.handle(), options);
+  return value.kernel()->impl().run(
+      [&] { return sourceText(*value.kernel()->vector(), value.handle(), options); });
 }
 
 std::vector<std::string> knownNames(Kernel& kernel) {

@@ -159,6 +159,8 @@ class Kernel {
 
   // Sets the flag that evaluation and random draws look at; safe in a signal handler.
   static void interrupt() noexcept;
+  // Forgets an interrupt that nothing has seen yet.
+  static void clearInterrupt() noexcept;
 
   // --- collector ---
   void collect();

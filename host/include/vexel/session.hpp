@@ -40,6 +40,9 @@ class Script {
   // Runs the next statement; false at the end of the text, or when "quit" was run.
   bool next(Outcome& outcome);
 
+  // The line where the next statement is looked for.
+  int line() const;
+
  private:
   struct Impl;
   std::unique_ptr<Impl> impl_;

@@ -1,0 +1,96 @@
+"""The prompt as its users meet it, through a pseudo-terminal.
+
+    prompt_test.py COMMAND
+"""
+
+import os
+import pty
+import re
+import select
+import sys
+import tempfile
+import time
+
+COMMAND = sys.argv[1]
+CONTROLS = re.compile(r"\x1b\[[0-9;?]*[A-Za-z]|\x1b[=>]|\r")
+
+
+class Session:
+    def __init__(self, state):
+        self.pid, self.terminal = pty.fork()
+        if self.pid == 0:
+            os.environ.update(XDG_STATE_HOME=state, TERM="xterm")
+            os.execv(COMMAND, [COMMAND, "--quiet"])
+        self.expect("> ")
+
+    def send(self, text):
+        os.write(self.terminal, text.encode())
+
+    def expect(self, wanted, seconds=20):
+        """Waits for a text and returns what came until then."""
+        seen, until = "", time.monotonic() + seconds
+        while wanted not in seen:
+            if not select.select([self.terminal], [], [], max(0.0, until - time.monotonic()))[0]:
+                sys.exit(f"expected {wanted!r}, saw {seen!r}")
+            try:
+                data = os.read(self.terminal, 65536).decode(errors="replace")
+            except OSError:  # the command has ended
+                data = ""
+            if not data:
+                sys.exit(f"expected {wanted!r} before the end, saw {seen!r}")
+            seen += CONTROLS.sub("", data)
+        return seen
+
+    def interrupt(self, statement):
+        self.send("print(1000 + 1): " + statement + "\n")
+        self.expect("1001")  # it runs
+        time.sleep(0.3)
+        started = time.monotonic()
+        self.send("\x03")
+        self.expect("interrupted")
+        if time.monotonic() - started > 5:
+            sys.exit(f"{statement} took long to stop")
+        self.send("20 + 22;\n")
+        self.expect("\n42")
+
+    def quit(self):
+        self.send("quit\n")
+        os.waitpid(self.pid, 0)
+
+
+with tempfile.TemporaryDirectory() as state:
+    first = Session(state)
+    first.send("f := proc(x)\n")
+    first.send("  x^2 + 1\n")
+    first.send("end:\n")
+    first.send("f(12);\n")
+    first.expect("145")
+    first.send("STATS_VexelMovingMed\t(1);\n")  # completed
+    first.expect("STATS_VexelMovingMedian_HW(1)")
+    first.expect("VexelMovingMedian expects 6 arguments, received: 1")
+    first.send("STATS_VexelGamma\t")  # listed
+    first.expect("STATS_VexelGammaDeviate_HW")
+    first.send("\x15")  # the line is dropped
+    first.send("[seq(i, i = 1 .. 5000)];\n")
+    if "4000" in first.expect("]\n"):
+        sys.exit("a long list is printed whole")
+
+    # Ctrl-C: in a loop, in a procedure of the library's, in the library's own loop, in exact
+    # arithmetic, and at an empty line.
+    first.interrupt("while true do 1 end:")
+    first.interrupt("STATS_VexelBootstrapStatistic_HW(Array([1.0, 2.0], datatype = float[8]), "
+                    "Array(1..0, datatype = float[8]), x -> x[1], 2, 2000000000);")
+    first.interrupt("sum(1/i, i = 1 .. 100000000);")
+    first.send("never run")
+    first.send("\x03")
+    first.send("6*7;\n")
+    first.expect("42")
+    first.quit()
+
+    second = Session(state)
+    second.send("\x1b[A\x1b[A")  # past "quit"
+    second.expect("6*7;")
+    second.send("\n")
+    second.expect("42")
+    second.quit()
+print("ok")
