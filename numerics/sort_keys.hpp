@@ -65,4 +65,16 @@ constexpr T fromAscendingKey(KeyOf<T> key) {
   return std::bit_cast<T>(static_cast<Key>(key ^ (static_cast<Key>(~positive) | kSignBit<Key>)));
 }
 
+template <typename T>
+using SignedOf = std::make_signed_t<KeyOf<T>>;
+
+// The bits of a float as a signed integer of the same order (-0.0 just below 0.0, NaNs at the ends
+// by their signs), and back: a negative integer has all bits but the sign complemented.
+template <std::signed_integral Integer>
+constexpr Integer mirrorNegative(Integer bits) {
+  using Key = std::make_unsigned_t<Integer>;
+  const Key negative = static_cast<Key>(Key{0} - (static_cast<Key>(bits) >> (8 * sizeof(Key) - 1)));
+  return static_cast<Integer>(static_cast<Key>(bits) ^ static_cast<Key>(negative >> 1));
+}
+
 }  // namespace nag2

@@ -1,14 +1,17 @@
-// Sorting of machine numbers: with vector instructions where there are any, else by radix on
-// order-preserving keys.
+// Sorting of machine numbers: as signed integers with vector instructions where there are any, else
+// by radix on unsigned keys.
 //
-// Neither tells -0.0 from 0.0 nor one NaN from another, so NaNs stay out of it, and the zeros and
-// NaNs, each contiguous in the result, are written last: the input's own in their input order.
+// Neither keeps apart -0.0 from 0.0 or one NaN from another as they came, so the zeros and NaNs,
+// which are contiguous in the result, are written over last with the input's own in their input
+// order.
 
 #include <nag2/nag2.h>
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
 #include <cstdint>
+#include <cstring>
 #include <functional>
 #include <memory>
 #include <new>
@@ -22,91 +25,114 @@
 
 namespace {
 
-// The zeros and NaNs of the input in their order, when there is anything to tell apart.
+// The zeros and NaNs of the input in their order.
 template <typename T>
 struct Indistinct {
   std::vector<T> zeros;
   std::vector<T> nans;
+
+  // Looks through x[0..n-1]: first without a branch per element, for most blocks hold neither.
+  void collect(const T* x, std::size_t n) {
+    int any = 0;
+    for (std::size_t i = 0; i < n; ++i) {
+      any |= static_cast<int>(!(std::fabs(x[i]) > T{0}));
+    }
+    for (std::size_t i = 0; any != 0 && i < n; ++i) {
+      if (x[i] == T{0}) {
+        zeros.push_back(x[i]);
+      } else if (x[i] != x[i]) {
+        nans.push_back(x[i]);
+      }
+    }
+  }
+
+  // Writes them over their equals in out[0..n-1].
+  void putBack(T* out, std::size_t n, bool descending) const {
+    T* const first = descending ? out + nans.size() : out;
+    T* const last = first + (n - nans.size());
+    std::copy(nans.begin(), nans.end(), descending ? out : last);
+    if (!zeros.empty()) {
+      T* const firstZero = descending ? std::lower_bound(first, last, T{0}, std::greater<T>())
+                                      : std::lower_bound(first, last, T{0});
+      std::copy(zeros.begin(), zeros.end(), firstZero);
+    }
+  }
 };
 
-// Copies x to out, which may be x, and collects what it passes.
+// Both sorts take blocks that stay in the first cache for all that is done with them.
+constexpr std::size_t kBlock = 1024;
+
+// Sorts n integers or floats of 4 or 8 bytes from x into out, which may be x.
 template <typename T>
-Indistinct<T> copyAndCollect(const T* x, std::size_t n, T* out) {
-  constexpr std::size_t kBlock = 1024;
-  Indistinct<T> found;
+void sortByVectors(const T* x, std::size_t n, bool descending, T* out) {
+  if constexpr (std::is_integral_v<T>) {
+    if (out != x) {
+      std::copy_n(x, n, out);
+    }
+    nag2::vectorSort(out, n, descending);
+  } else {
+    using Integer = nag2::SignedOf<T>;
+    // The integers take the place of the result (the build has no strict aliasing).
+    auto* const integers = reinterpret_cast<Integer*>(out);
+    Indistinct<T> equals;
+    Integer signs = 0;
+    for (std::size_t start = 0; start < n; start += kBlock) {
+      const std::size_t end = std::min(n, start + kBlock);
+      equals.collect(x + start, end - start);
+      for (std::size_t i = start; i < end; ++i) {
+        const auto bits = std::bit_cast<Integer>(x[i]);
+        integers[i] = nag2::mirrorNegative(bits);
+        signs |= bits;
+      }
+    }
+    nag2::vectorSort(integers, n, descending);
+    if (signs < 0) {
+      std::transform(integers, integers + n, integers, nag2::mirrorNegative<Integer>);
+    }
+    // NaNs are at both ends, by their signs.
+    const std::vector<T>& nans = equals.nans;
+    const auto atFront = static_cast<std::size_t>(std::count_if(
+        nans.begin(), nans.end(), [=](T v) { return std::signbit(v) != descending; }));
+    if (!nans.empty()) {
+      std::memmove(descending ? out + nans.size() : out, out + atFront,
+                   (n - nans.size()) * sizeof(T));
+    }
+    equals.putBack(out, n, descending);
+  }
+}
+
+// The same for all types.
+template <typename T>
+void sortByRadix(const T* x, std::size_t n, bool descending, T* out) {
+  using Key = nag2::KeyOf<T>;
+  const Key flip = descending ? static_cast<Key>(~Key{0}) : Key{0};
+  const auto scratch = std::make_unique_for_overwrite<Key[]>(n);
+  auto* const keys = reinterpret_cast<Key*>(out);
+  Indistinct<T> equals;
   for (std::size_t start = 0; start < n; start += kBlock) {
     const std::size_t end = std::min(n, start + kBlock);
     if constexpr (std::is_floating_point_v<T>) {
-      int any = 0;  // without a branch per element: most blocks have nothing to collect
-      for (std::size_t i = start; i < end; ++i) {
-        any |= !(std::fabs(x[i]) > T{0});
-      }
-      for (std::size_t i = start; any != 0 && i < end; ++i) {
-        if (x[i] == T{0}) {
-          found.zeros.push_back(x[i]);
-        } else if (x[i] != x[i]) {
-          found.nans.push_back(x[i]);
-        }
-      }
+      equals.collect(x + start, end - start);
     }
-    if (out != x) {
-      std::copy(x + start, x + end, out + start);
+    for (std::size_t i = start; i < end; ++i) {
+      keys[i] = static_cast<Key>(nag2::ascendingKey(x[i]) ^ flip);
     }
   }
-  return found;
+  nag2::radixSortKeys(keys, scratch.get(), n);
+  for (std::size_t i = 0; i < n; ++i) {
+    out[i] = nag2::fromAscendingKey<T>(static_cast<Key>(keys[i] ^ flip));
+  }
+  equals.putBack(out, n, descending);
 }
 
-// Sorts x[0..n-1], no NaNs, by radix; zeros come out positive.
-template <typename T>
-void radixSortNumbers(T* x, std::size_t n, bool descending, nag2::KeyOf<T>* scratch) {
-  using Key = nag2::KeyOf<T>;
-  const Key flip = descending ? static_cast<Key>(~Key{0}) : Key{0};
-  // The keys take the place of the numbers until they are sorted (the build has no strict
-  // aliasing).
-  Key* keys = reinterpret_cast<Key*>(x);
-  for (std::size_t i = 0; i < n; ++i) {
-    keys[i] = static_cast<Key>(nag2::ascendingKey(x[i]) ^ flip);
-  }
-  nag2::radixSortKeys(keys, scratch, n);
-  for (std::size_t i = 0; i < n; ++i) {
-    x[i] = nag2::fromAscendingKey<T>(static_cast<Key>(keys[i] ^ flip));
-  }
-}
-
-// Sorts n numbers from x into out, which may be x.
 template <typename T>
 void sortNumbers(const T* x, std::size_t n, bool descending, T* out) {
-  using Key = nag2::KeyOf<T>;
-  // Memory first, so that a failure leaves an array that is sorted in place as it was.
-  std::unique_ptr<Key[]> scratch;
-  if (sizeof(T) < 4 || !nag2::vectorSortServes(n)) {
-    scratch = std::make_unique_for_overwrite<Key[]>(n);
-  }
-  const Indistinct<T> equals = copyAndCollect(x, n, out);
-
-  T* first = out;  // of the numbers
-  T* last = out + n;
-  if (!equals.nans.empty()) {
-    last = std::remove_if(out, out + n, [](T v) { return v != v; });
-    if (descending) {
-      first = std::move_backward(out, last, out + n);
-      last = out + n;
+  if constexpr (sizeof(T) >= 4) {
+    if (nag2::vectorSortServes(n)) {
+      return sortByVectors(x, n, descending, out);
     }
-    std::copy(equals.nans.begin(), equals.nans.end(), descending ? out : last);
   }
-
-  const auto numbers = static_cast<std::size_t>(last - first);
-  if (scratch) {
-    radixSortNumbers(first, numbers, descending, scratch.get());
-  } else if constexpr (sizeof(T) >= 4) {
-    nag2::vectorSort(first, numbers, descending);
-  }
-
-  if (!equals.zeros.empty()) {
-    T* zeros = descending ? std::lower_bound(first, last, T{0}, std::greater<T>())
-                          : std::lower_bound(first, last, T{0});
-    std::copy(equals.zeros.begin(), equals.zeros.end(), zeros);
-  }
+  sortByRadix(x, n, descending, out);
 }
 
 bool knownOrder(int order, const char* function, NagError* fail) {

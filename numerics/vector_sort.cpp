@@ -1,4 +1,4 @@
-// Sorting with vector instructions: what the Highway library offers, or nothing.
+// Sorting of integers with vector instructions: what the Highway library offers, or nothing.
 
 #include "vector_sort.hpp"
 
@@ -7,18 +7,11 @@
 #include <hwy/contrib/sort/vqsort.h>
 #include <hwy/targets.h>
 
-namespace nag2 {
-
 namespace {
 
-// Fewer elements are sorted by the radix sorts in a few microseconds.
-constexpr std::size_t kFewElements = 256;
-
-// Vectors of 128 bits do not beat a radix sort.
-bool wideVectors() {
-  static const bool found = (hwy::SupportedTargets() & (HWY_AVX2 | HWY_AVX3 | HWY_AVX3_DL)) != 0 &&
-                            hwy::Sorter::HaveFloat64();
-  return found;
+bool haveWideVectors() {
+  static const bool have = (hwy::SupportedTargets() & (HWY_AVX2 | HWY_AVX3 | HWY_AVX3_DL)) != 0;
+  return have;
 }
 
 template <typename T>
@@ -33,28 +26,19 @@ void sortWith(T* x, std::size_t n, bool descending) {
 
 }  // namespace
 
-bool vectorSortServes(std::size_t n) { return n >= kFewElements && wideVectors(); }
-
-void vectorSort(std::int32_t* x, std::size_t n, bool descending) { sortWith(x, n, descending); }
-void vectorSort(std::int64_t* x, std::size_t n, bool descending) { sortWith(x, n, descending); }
-void vectorSort(std::uint64_t* x, std::size_t n, bool descending) { sortWith(x, n, descending); }
-void vectorSort(float* x, std::size_t n, bool descending) { sortWith(x, n, descending); }
-void vectorSort(double* x, std::size_t n, bool descending) { sortWith(x, n, descending); }
-
-}  // namespace nag2
+bool nag2::vectorSortServes(std::size_t n) {
+  constexpr std::size_t kFew = 256;  // done in a few microseconds by any sort
+  return n >= kFew && haveWideVectors();
+}
+void nag2::vectorSort(std::int32_t* x, std::size_t n, bool down) { sortWith(x, n, down); }
+void nag2::vectorSort(std::int64_t* x, std::size_t n, bool down) { sortWith(x, n, down); }
+void nag2::vectorSort(std::uint64_t* x, std::size_t n, bool down) { sortWith(x, n, down); }
 
 #else
 
-namespace nag2 {
-
-bool vectorSortServes(std::size_t) { return false; }
-
-void vectorSort(std::int32_t*, std::size_t, bool) {}
-void vectorSort(std::int64_t*, std::size_t, bool) {}
-void vectorSort(std::uint64_t*, std::size_t, bool) {}
-void vectorSort(float*, std::size_t, bool) {}
-void vectorSort(double*, std::size_t, bool) {}
-
-}  // namespace nag2
+bool nag2::vectorSortServes(std::size_t) { return false; }
+void nag2::vectorSort(std::int32_t*, std::size_t, bool) {}
+void nag2::vectorSort(std::int64_t*, std::size_t, bool) {}
+void nag2::vectorSort(std::uint64_t*, std::size_t, bool) {}
 
 #endif

@@ -137,7 +137,8 @@ void nag2_hypergeometric(int64_t n, int64_t l, int64_t m, int64_t k, double *le,
 /* ---- sorting and ranking -----------------------------------------------------------------------
  */
 
-/* Sorts x[0..n-1] in place; NaNs go last in ascending order, first in descending order. */
+/* Sorts x[0..n-1] in place; NaNs go last in ascending order, first in descending order.  Without
+ * memory for it x is left in no particular state. */
 void q43352(double *x, size_t n, int order, NagError *fail);
 
 /*
