@@ -102,15 +102,24 @@ TYPED_TEST(SortingTest, RanksAndSortedValuesAreThoseOfAStableSort) {
   }
 }
 
-// Crowded exponents and constant digits, where radix digits are useless or all in one place.
-TEST(SortingDoubles, AreSortedWhateverTheirDistribution) {
+// Crowded exponents and constant digits, where radix digits are useless or all in one place, and
+// numbers that differ in their last bits only.
+TEST(SortingDoubles, AreSortedAndRankedWhateverTheirDistribution) {
   std::mt19937_64 random(11);
   const std::size_t n = 200000;
   const auto check = [&](auto draw) {
     std::vector<double> x(n);
     std::generate(x.begin(), x.end(), draw);
-    std::vector<double> wanted = x;
-    std::sort(wanted.begin(), wanted.end());
+    std::vector<std::uint32_t> order(n);
+    std::iota(order.begin(), order.end(), 0U);
+    std::stable_sort(order.begin(), order.end(), [&](auto i, auto j) { return x[i] < x[j]; });
+    std::vector<std::uint32_t> ranks(n);
+    nag2_rank_typed(x.data(), n, NAG2_FLOAT64, Nag_Ascending, ranks.data(), nullptr);
+    std::vector<double> wanted(n);
+    for (std::uint32_t i = 0; i < n; ++i) {
+      wanted[i] = x[order[i]];
+      ASSERT_EQ(ranks[order[i]], i);
+    }
     q43352(x.data(), n, Nag_Ascending, nullptr);
     EXPECT_EQ(x, wanted);
   };
@@ -120,6 +129,9 @@ TEST(SortingDoubles, AreSortedWhateverTheirDistribution) {
   check([&] { return running -= 0.5; });
   check([&] { return 1.0 + 1e-12 * static_cast<double>(random() % 1000); });
   check([&] { return std::exp(1e-17 * static_cast<double>(random() >> 1)); });
+  check([&] {
+    return random() % 1000 == 0 ? -1e300 : 1.0 + 0x1p-52 * static_cast<double>(random() % 50000);
+  });
   check([&] { return random() % 1000 == 0 ? 1e300 : static_cast<double>(random() % 7); });
   check([&] {
     return std::bit_cast<double>((random() & 0x7fffffffffffffffULL) % 0x7ff0000000000000ULL);
