@@ -17,6 +17,7 @@ CONTROLS = re.compile(r"\x1b\[[0-9;?]*[A-Za-z]|\x1b[=>]|\r")
 
 class Session:
     def __init__(self, state):
+        self.unread = ""
         self.pid, self.terminal = pty.fork()
         if self.pid == 0:
             os.environ.update(XDG_STATE_HOME=state, TERM="xterm")
@@ -28,17 +29,18 @@ class Session:
 
     def expect(self, wanted, seconds=20):
         """Waits for a text and returns what came until then."""
-        seen, until = "", time.monotonic() + seconds
-        while wanted not in seen:
+        until = time.monotonic() + seconds
+        while wanted not in self.unread:
             if not select.select([self.terminal], [], [], max(0.0, until - time.monotonic()))[0]:
-                sys.exit(f"expected {wanted!r}, saw {seen!r}")
+                sys.exit(f"expected {wanted!r}, saw {self.unread!r}")
             try:
                 data = os.read(self.terminal, 65536).decode(errors="replace")
             except OSError:  # the command has ended
                 data = ""
             if not data:
-                sys.exit(f"expected {wanted!r} before the end, saw {seen!r}")
-            seen += CONTROLS.sub("", data)
+                sys.exit(f"expected {wanted!r} before the end, saw {self.unread!r}")
+            self.unread += CONTROLS.sub("", data)
+        seen, self.unread = self.unread.split(wanted, 1)
         return seen
 
     def interrupt(self, statement):
