@@ -66,15 +66,24 @@ bool Script::next(Outcome& outcome) {
   if (language(state).quit) {
     return false;
   }
-  auto failed = [&] {
+  const auto ended = [&](Outcome::Kind kind, const char* text) {
+    outcome.kind = kind;
+    outcome.error = text;
+    outcome.json = jsonError(state, outcome.error, outcome.error, {});
+  };
+  const auto failed = [&] {
     outcome.kind = Outcome::Kind::error;
     if (state.error.line > 0) {
       outcome.line = state.error.line;
       outcome.column = state.error.column;
     }
     state.lastError = state.error;
-    outcome.error = pendingErrorText(state);
-    outcome.json = jsonError(state, outcome.error, state.error.message, state.error.arguments);
+    try {
+      outcome.error = pendingErrorText(state);
+      outcome.json = jsonError(state, outcome.error, state.error.message, state.error.arguments);
+    } catch (const InterruptToken&) {
+      ended(Outcome::Kind::interrupted, "interrupted");
+    }
   };
   try {
     std::shared_ptr<Program> program;
@@ -107,13 +116,9 @@ bool Script::next(Outcome& outcome) {
   } catch (const HostErrorToken&) {
     failed();
   } catch (const InterruptToken&) {
-    outcome.kind = Outcome::Kind::interrupted;
-    outcome.error = "interrupted";
-    outcome.json = jsonError(state, outcome.error, outcome.error, {});
+    ended(Outcome::Kind::interrupted, "interrupted");
   } catch (const std::bad_alloc&) {
-    outcome.kind = Outcome::Kind::error;
-    outcome.error = "not enough memory";
-    outcome.json = jsonError(state, outcome.error, outcome.error, {});
+    ended(Outcome::Kind::error, "not enough memory");
   }
   return true;
 }
