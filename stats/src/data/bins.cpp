@@ -3,6 +3,7 @@
 #include "data/bins.hpp"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstddef>
 
@@ -13,35 +14,53 @@ namespace {
 // otherwise the edges are searched.  The bin is the same either way.
 class BinFinder {
  public:
-  BinFinder(const double* edges, int m)
-      : edges_(edges), m_(m), low_(edges[0]), bins_(m), scale_(m / (edges[m] - edges[0])) {
+  BinFinder(const double* edges, int m) : edges_(edges), m_(m), scale_(m / (edges[m] - edges[0])) {
     guess_ = std::isfinite(scale_) && std::isfinite(edges[m] - edges[0]) &&
              std::is_sorted(edges, edges + m + 1);
   }
 
-  // The bin of x, or -1 when the range does not hold it.
-  int operator()(double x) const {
-    if (guess_) {
-      // A NaN fails every test, here and below.
-      const double position = (x - low_) * scale_;
-      if (position >= 0.0 && position < bins_) {
-        const int k = static_cast<int>(position);
-        if (edges_[k] <= x && x < edges_[k + 1]) {
-          return k;
-        }
+  // The bins of x[0..n-1], -1 for those that the range does not hold.
+  void find(const double* x, int n, int* bins) const {
+    if (guess_ && confirmedGuesses(x, n, bins)) {
+      return;
+    }
+    for (int i = 0; i < n; ++i) {
+      if (!guess_ || !confirmed(x[i], bins[i])) {
+        bins[i] = search(x[i]);
       }
     }
+  }
+
+ private:
+  // Writes a guess, some bin in any case, for each x; true if all are right.  Two loops without
+  // branches, the first in vector instructions.
+  bool confirmedGuesses(const double* x, int n, int* bins) const {
+    const double low = edges_[0];
+    const double scale = scale_;
+    const double last = m_ - 1;
+    for (int i = 0; i < n; ++i) {
+      const double position = (x[i] - low) * scale;
+      const double atLeast0 = position > 0.0 ? position : 0.0;  // a NaN as well
+      bins[i] = static_cast<int>(atLeast0 < last ? atLeast0 : last);
+    }
+    int all = 1;
+    for (int i = 0; i < n; ++i) {
+      all &= static_cast<int>(confirmed(x[i], bins[i]));
+    }
+    return all != 0;
+  }
+
+  bool confirmed(double x, int k) const { return (edges_[k] <= x) & (x < edges_[k + 1]); }
+
+  int search(double x) const {
     if (x == edges_[m_]) {
       return m_ - 1;
     }
     return edges_[0] <= x && x < edges_[m_] ? STATS_TallyIntoFindBin_HW(edges_, m_, x) : -1;
   }
 
- private:
   const double* edges_;
   int m_;
-  double low_;
-  double bins_;
   double scale_;
   bool guess_;
 };
@@ -49,13 +68,19 @@ class BinFinder {
 // Calls add(cell, i) for every range that holds data[i].
 template <typename Add>
 void forEachBin(const double* data, int n, const double* edges, int nRanges, int m, Add add) {
+  constexpr int kBlock = 256;
+  std::array<int, kBlock> bins;
   for (int r = 0; r < nRanges; ++r) {
-    const BinFinder find(edges + std::ptrdiff_t{r} * (m + 1), m);
+    const BinFinder finder(edges + std::ptrdiff_t{r} * (m + 1), m);
     const std::ptrdiff_t first = std::ptrdiff_t{r} * m;
-    for (int i = 0; i < n; ++i) {
-      const int k = find(data[i]);
-      if (k >= 0) {
-        add(first + k, i);
+    for (int start = 0, size = 0; start < n; start += size) {
+      size = std::min(kBlock, n - start);
+      finder.find(data + start, size, bins.data());
+      for (int i = 0; i < size; ++i) {
+        const int k = bins[static_cast<std::size_t>(i)];
+        if (k >= 0) {
+          add(first + k, start + i);
+        }
       }
     }
   }

@@ -21,7 +21,8 @@ class STATS_CountTable_HW {
     }
     cells_[at] = {key, 1};
     order_.push_back(key);
-    if (order_.size() > cells_.size() / 2) {
+    // A small table is kept sparse, so that the first probe nearly always decides.
+    if (order_.size() > cells_.size() / (cells_.size() < kLargeSize ? 8 : 2)) {
       grow();
     }
   }
@@ -43,6 +44,7 @@ class STATS_CountTable_HW {
     std::int64_t count;  // 0: empty
   };
   static constexpr std::size_t kFirstSize = 1024;
+  static constexpr std::size_t kLargeSize = 16384;
 
   // Bits mixed well (the finalizer of D. Stafford's 13th variant, 2011), so that neither a regular
   // step nor a few varying bits, as in round floats, crowd one part of the table.  The table's

@@ -2,6 +2,7 @@
 
 #include "data/shuffle.hpp"
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstring>
@@ -24,27 +25,29 @@ void swapElements(char* a, char* b) {
 }
 
 // Draws run ahead of the exchanges by a batch, which hides the cache misses of large arrays; both
-// keep their order.
+// keep their order.  A draw that is too large is written over by the next, without a branch that
+// nobody could predict.
 template <std::size_t Width>
 void shuffleElements(char* data, std::uint32_t n) {
-  constexpr std::uint32_t kBatch = 32;
+  constexpr std::uint32_t kBatch = 64;
   std::array<std::uint32_t, kBatch> draws;
   std::uint32_t mask = 0xFFFFFFFFU;
   int shift = 0;
   for (std::uint32_t i = n - 1; i > 0;) {
-    const std::uint32_t batch = i < kBatch ? i : kBatch;
-    for (std::uint32_t k = 0; k < batch; ++k) {
-      const std::uint32_t last = i - k;
-      while (last < mask >> 1) {
-        mask >>= 1;
-        ++shift;
-      }
-      std::uint32_t j;
-      do {
-        j = static_cast<std::uint32_t>(STATS_VexelRandomStream_HW::NextInteger()) >> shift;
-      } while (j > last);
+    while (i < mask >> 1) {
+      mask >>= 1;
+      ++shift;
+    }
+    // As many elements as take draws of the same width: those down to mask >> 1.
+    const std::uint32_t batch = std::min({kBatch, i, i - (mask >> 1) + 1});
+    for (std::uint32_t k = 0; k < batch;) {
+      const auto draw = static_cast<std::uint32_t>(STATS_VexelRandomStream_HW::NextInteger());
+      const std::uint32_t j = draw >> shift;
       draws[k] = j;
-      __builtin_prefetch(data + std::size_t{j} * Width, 1);
+      k += j <= i - k ? 1U : 0U;
+    }
+    for (std::uint32_t k = 0; k < batch; ++k) {
+      __builtin_prefetch(data + std::size_t{draws[k]} * Width, 1);
     }
     for (std::uint32_t k = 0; k < batch; ++k, --i) {
       swapElements<Width>(data + std::size_t{draws[k]} * Width, data + std::size_t{i} * Width);

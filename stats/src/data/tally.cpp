@@ -1,13 +1,16 @@
 // Counting distinct values into a host table.
 //
-// Without weights, values of a dense array are counted by their bits in a table of the library's
-// own, and the host sees each of them once.  Weights are summed by the host's addition, value by
+// Without weights, values of a dense array are counted in a table of the library's own, and the
+// host sees each of them once.  Weights are summed by the host's addition, value by
 // value in data order, since that is where rounding to the host's precision happens.
 
+#include <algorithm>
 #include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <type_traits>
+#include <vector>
 
 #include "data/count_table.hpp"
 #include "data/data_argument.hpp"
@@ -27,41 +30,72 @@ void addToEntry(VKernelVector kv, ALGEB table, ALGEB key, ALGEB increment) {
   VexelTableAssign(kv, table, key, increment);
 }
 
+// Different bits may still be one host object (the NaNs are), so counts are added, not set.
 template <typename T>
-STATS_CountTable_HW countBits(const T* x, V_INT n) {
-  using Bits = std::conditional_t<
-      sizeof(T) == 1, std::uint8_t,
-      std::conditional_t<sizeof(T) == 2, std::uint16_t,
-                         std::conditional_t<sizeof(T) == 4, std::uint32_t, std::uint64_t>>>;
-  STATS_CountTable_HW counts;
-  for (V_INT i = 0; i < n; ++i) {
-    counts.add(std::bit_cast<Bits>(x[i]));
-  }
-  return counts;
+void storeCount(VKernelVector kv, ALGEB table, T value, std::int64_t count, int dataType) {
+  RTableData element{};
+  std::memcpy(&element, &value, sizeof value);
+  addToEntry(kv, table, STATS_ElementToHost_HW(kv, element, dataType), ToVexelInteger64(kv, count));
 }
 
-// Different bits may still be one host object (the NaNs are), so counts are added, not set.
-void storeCounts(VKernelVector kv, ALGEB table, const STATS_CountTable_HW& counts, int dataType) {
-  for (const std::uint64_t bits : counts.keys()) {
-    RTableData element{};
-    std::memcpy(&element, &bits, sizeof bits);  // little-endian: narrow values come first
-    addToEntry(kv, table, STATS_ElementToHost_HW(kv, element, dataType),
-               ToVexelInteger64(kv, counts.count(bits)));
+// Values of any kind, through a hash table of their bits.  In the table as in the next function,
+// entries are made in the order of the values' first occurrence.
+template <typename T>
+void tallyByBits(VKernelVector kv, ALGEB table, const T* x, V_INT n, int dataType) {
+  STATS_CountTable_HW counts;
+  for (V_INT i = 0; i < n; ++i) {
+    std::uint64_t bits = 0;
+    std::memcpy(&bits, &x[i], sizeof(T));
+    counts.add(bits);
   }
+  for (const std::uint64_t bits : counts.keys()) {
+    storeCount(kv, table, bits, counts.count(bits), dataType);
+  }
+}
+
+// Integers, through a counter for each value from the smallest to the largest.  False, and nothing
+// done, if there are many more of these than elements.
+template <typename T>
+bool tallyByValue(VKernelVector kv, ALGEB table, const T* x, V_INT n, int dataType) {
+  const auto [smallest, largest] = std::minmax_element(x, x + n);
+  const std::uint64_t base = static_cast<std::uint64_t>(std::int64_t{*smallest});
+  const std::uint64_t span = static_cast<std::uint64_t>(std::int64_t{*largest}) - base;
+  if (span > 2 * static_cast<std::uint64_t>(n)) {
+    return false;
+  }
+  const auto cell = [base](T value) {
+    return static_cast<std::size_t>(static_cast<std::uint64_t>(std::int64_t{value}) - base);
+  };
+  std::vector<std::int64_t> counts(span + 1);
+  std::vector<T> values;
+  for (V_INT i = 0; i < n; ++i) {
+    if (counts[cell(x[i])]++ == 0) {
+      values.push_back(x[i]);
+    }
+  }
+  for (const T value : values) {
+    storeCount(kv, table, value, counts[cell(value)], dataType);
+  }
+  return true;
 }
 
 void tallyBlock(VKernelVector kv, ALGEB table, const STATS_ElementReader_HW& data) {
-  static_assert(std::endian::native == std::endian::little);
+  static_assert(std::endian::native == std::endian::little);  // narrow values come first
   const int type = data.dataType();
-  if (STATS_IsMachineRealType_HW(type)) {
-    STATS_WithMachineType_HW(type, [&]<typename T>(T*) {
-      storeCounts(kv, table, countBits(reinterpret_cast<const T*>(data.block()), data.size()),
-                  type);
-    });
-  } else {
-    storeCounts(kv, table,
-                countBits(reinterpret_cast<const std::uint64_t*>(data.block()), data.size()), type);
+  const V_INT n = data.size();
+  if (!STATS_IsMachineRealType_HW(type)) {
+    tallyByBits(kv, table, reinterpret_cast<const std::uint64_t*>(data.block()), n, type);
+    return;
   }
+  STATS_WithMachineType_HW(type, [&]<typename T>(T*) {
+    const T* const x = reinterpret_cast<const T*>(data.block());
+    if constexpr (std::is_integral_v<T>) {
+      if (tallyByValue(kv, table, x, n, type)) {
+        return;
+      }
+    }
+    tallyByBits(kv, table, x, n, type);
+  });
 }
 
 bool isOneWord(int dataType) {
