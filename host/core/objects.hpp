@@ -32,7 +32,11 @@ std::string_view text(ALGEB stringOrName);
 
 // A name's value, null when it has none; and the function known under it, null for none.
 inline ALGEB nameValue(ALGEB n) { return operand(n, 1); }
-inline void setNameValue(ALGEB n, ALGEB value) { setOperand(n, 1, value); }
+inline std::uint64_t namesGivenValues = 0;  // how often a name without a value got one
+inline void setNameValue(ALGEB n, ALGEB value) {
+  namesGivenValues += nameValue(n) == nullptr ? 1U : 0U;
+  setOperand(n, 1, value);
+}
 inline ALGEB nameFunction(ALGEB n) { return operand(n, 2); }
 inline void setNameFunction(ALGEB n, ALGEB function) { setOperand(n, 2, function); }
 

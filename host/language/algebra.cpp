@@ -67,29 +67,37 @@ int order(State& state, ALGEB a, ALGEB b) {
 // Pairs (what, how much): terms with coefficients, or bases with exponents.
 class Collection {
  public:
-  explicit Collection(State& state) : state_(state), what_(state), amount_(state) {}
+  explicit Collection(State& state) : state_(state), what_(state), amount_(state), whole_(state) {}
 
-  void add(ALGEB what, ALGEB amount) {
+  // whole: the term itself, if it exists as an object.
+  void add(ALGEB what, ALGEB amount, ALGEB whole = nullptr) {
     const auto [at, isNew] = index_.try_emplace(what, what_.size());
     if (!isNew) {
       amount_[at->second] = sumOf(state_, amount_[at->second], amount);
+      whole_[at->second] = nullptr;
       return;
     }
     what_.push(what);
     amount_.push(amount);
+    whole_.push(whole);
   }
   std::size_t size() const { return what_.size(); }
   ALGEB what(std::size_t i) const { return what_[i]; }
   ALGEB amount(std::size_t i) const { return amount_[i]; }
+  ALGEB whole(std::size_t i) const { return whole_[i]; }  // null: several were combined
 
   std::vector<std::size_t> sorted() {
     std::vector<std::size_t> at(size());
     for (std::size_t i = 0; i < at.size(); ++i) {
       at[i] = i;
     }
-    std::stable_sort(at.begin(), at.end(), [&](std::size_t i, std::size_t j) {
+    const auto before = [&](std::size_t i, std::size_t j) {
       return order(state_, what_[i], what_[j]) < 0;
-    });
+    };
+    // The terms of the first operand come sorted.
+    const auto rest = std::is_sorted_until(at.begin(), at.end(), before);
+    std::stable_sort(rest, at.end(), before);
+    std::inplace_merge(at.begin(), rest, at.end(), before);
     return at;
   }
 
@@ -97,6 +105,7 @@ class Collection {
   State& state_;
   Handles what_;
   Handles amount_;
+  Handles whole_;
   std::unordered_map<ALGEB, std::size_t> index_;  // of what_, whose handles stay put
 };
 
@@ -116,7 +125,7 @@ void splitTerm(State& state, ALGEB term, ALGEB& coefficient, ALGEB& rest) {
 
 void collectTerms(State& state, ALGEB x, Collection& terms, ALGEB& constant) {
   if (isNumber(x)) {
-    constant = add(state, constant, x);
+    constant = constant == nullptr ? x : add(state, constant, x);
   } else if (is(x, Tag::sum)) {
     for (std::size_t i = 1; i <= operandCount(x); ++i) {
       collectTerms(state, operand(x, i), terms, constant);
@@ -125,7 +134,7 @@ void collectTerms(State& state, ALGEB x, Collection& terms, ALGEB& constant) {
     ALGEB coefficient = nullptr;
     ALGEB rest = nullptr;
     splitTerm(state, x, coefficient, rest);
-    terms.add(rest, coefficient);
+    terms.add(rest, coefficient, x);
   }
 }
 
@@ -162,27 +171,74 @@ ALGEB sumOf(State& state, ALGEB a, ALGEB b) {
   if (isNumber(a) && isNumber(b)) {
     return add(state, a, b);
   }
-  requireSymbolic(state, "unable to add %1 and %2", a, b);
+  const ALGEB both[] = {a, b};
+  return sumOf(state, both);
+}
+
+ALGEB sumOf(State& state, std::span<const ALGEB> parts) {
   Collection terms(state);
-  ALGEB constant = immediate(0);
-  collectTerms(state, a, terms, constant);
-  collectTerms(state, b, terms, constant);
+  ALGEB constant = nullptr;
+  for (std::size_t i = 0; i < parts.size(); ++i) {
+    if (!isSymbolic(parts[i])) {
+      // In words of the sum so far.
+      const ALGEB left = i == 0 ? parts[0] : sumOf(state, parts.first(i));
+      raise(state, "unable to add %1 and %2", left,
+            i == 0 && parts.size() > 1 ? parts[1] : parts[i]);
+    }
+    collectTerms(state, parts[i], terms, constant);
+  }
   Handles operands(state);
   for (const std::size_t i : terms.sorted()) {
     if (terms.amount(i) == immediate(0)) {
       continue;
     }
-    operands.push(terms.amount(i) == immediate(1)
+    operands.push(terms.whole(i) != nullptr ? terms.whole(i)
+                  : terms.amount(i) == immediate(1)
                       ? terms.what(i)
                       : productOf(state, terms.amount(i), terms.what(i)));
   }
-  if (constant != immediate(0)) {
+  if (constant != nullptr && (constant != immediate(0) || operands.empty())) {
     operands.push(constant);
   }
   if (operands.empty()) {
     return immediate(0);
   }
   return operands.size() == 1 ? operands[0] : newExpression(state, Tag::sum, operands.span());
+}
+
+void RunningSum::add(ALGEB term) {
+  if (pending_.empty() && isNumber(total_) && isNumber(term)) {
+    total_ = vexel::add(state_, total_, term);
+    return;
+  }
+  if (pending_.size() >= kBatch || !isSymbolic(term)) {
+    total_ = sumOf(state_, value(), term);
+    return;
+  }
+  pending_.push(term);
+}
+
+void RunningSum::subtract(ALGEB term) {
+  if (pending_.empty() && isNumber(total_) && isNumber(term)) {
+    total_ = vexel::subtract(state_, total_, term);
+  } else if (!isSymbolic(term) || !isSymbolic(total_)) {
+    total_ = differenceOf(state_, value(), term);
+  } else {
+    add(negativeOf(state_, term));
+  }
+}
+
+ALGEB RunningSum::value() {
+  if (!pending_.empty()) {
+    Handles parts(state_);
+    parts.push(total_);
+    for (const ALGEB term : pending_.span()) {
+      parts.push(term);
+    }
+    pending_.clear();
+    total_ = sumOf(state_, parts.span());
+  }
+  return total_;
 }
 
 ALGEB negativeOf(State& state, ALGEB a) {

@@ -5,16 +5,35 @@
 // u^(1/2).
 #pragma once
 
+#include <span>
+
 #include "core/kernel_state.hpp"
 
 namespace vexel {
 
 ALGEB sumOf(State& state, ALGEB a, ALGEB b);
+ALGEB sumOf(State& state, std::span<const ALGEB> parts);  // all at once, left to right
 ALGEB differenceOf(State& state, ALGEB a, ALGEB b);
 ALGEB productOf(State& state, ALGEB a, ALGEB b);
 ALGEB quotientOf(State& state, ALGEB a, ALGEB b);
 ALGEB powerOf(State& state, ALGEB base, ALGEB exponent);
 ALGEB negativeOf(State& state, ALGEB a);
+
+// A sum of many terms.  Symbolic ones are collected and added in batches, so that a long sum costs
+// little more than sorting it.
+class RunningSum {
+ public:
+  RunningSum(State& state, ALGEB first) : state_(state), total_(first), pending_(state) {}
+  void add(ALGEB term);
+  void subtract(ALGEB term);
+  ALGEB value();
+
+ private:
+  static constexpr std::size_t kBatch = 1000;
+  State& state_;
+  ALGEB total_;
+  Handles pending_;
+};
 
 // f(args) by the name of f, kept as it is.
 ALGEB applicationOf(State& state, const char* function, ALGEB argument);

@@ -292,11 +292,11 @@ ALGEB makeTable(State& s, ALGEB args) {
 ALGEB sumOfElements(State& s, ALGEB args) {
   Handles all(s);
   elementsOf(s, only(s, args), all);
-  ALGEB total = immediate(0);
+  RunningSum total(s, immediate(0));
   for (const ALGEB e : all.span()) {
-    total = sumOf(s, total, e);
+    total.add(e);
   }
-  return total;
+  return total.value();
 }
 
 }  // namespace

@@ -6,6 +6,7 @@
 #include "core/numbers.hpp"
 #include "core/objects.hpp"
 #include "language/algebra.hpp"
+#include "language/known_parts.hpp"
 
 namespace vexel {
 
@@ -68,10 +69,12 @@ constexpr Rule kRules[] = {
     {"erfc", [](State& s, ALGEB u) { return bell(s, u, -1); }},
 };
 
-ALGEB applicationDerivative(State& state, ALGEB x, ALGEB variable) {
+ALGEB slope(State& state, KnownParts& known, ALGEB x, ALGEB variable);
+
+ALGEB applicationSlope(State& state, KnownParts& known, ALGEB x, ALGEB variable) {
   if (operandCount(x) == 2 && is(operand(x, 1), Tag::name)) {
     const ALGEB u = operand(x, 2);
-    const ALGEB inner = derivative(state, u, variable);
+    const ALGEB inner = slope(state, known, u, variable);
     if (inner == immediate(0)) {
       return inner;
     }
@@ -83,7 +86,7 @@ ALGEB applicationDerivative(State& state, ALGEB x, ALGEB variable) {
   } else {
     bool constant = true;
     for (std::size_t i = 2; i <= operandCount(x); ++i) {
-      constant = constant && derivative(state, operand(x, i), variable) == immediate(0);
+      constant = constant && slope(state, known, operand(x, i), variable) == immediate(0);
     }
     if (constant) {
       return immediate(0);
@@ -93,10 +96,7 @@ ALGEB applicationDerivative(State& state, ALGEB x, ALGEB variable) {
   return newApplication(state, name(state, "diff"), operands);
 }
 
-}  // namespace
-
-ALGEB derivative(State& state, ALGEB x, ALGEB variable) {
-  checkStack(state);
+ALGEB slopeOf(State& state, KnownParts& known, ALGEB x, ALGEB variable) {
   if (isNumber(x)) {
     return immediate(0);
   }
@@ -105,16 +105,16 @@ ALGEB derivative(State& state, ALGEB x, ALGEB variable) {
   }
   switch (isImmediate(x) ? Tag::integer : tag(x)) {
     case Tag::sum: {
-      ALGEB result = immediate(0);
+      RunningSum result(state, immediate(0));
       for (std::size_t i = 1; i <= operandCount(x); ++i) {
-        result = sumOf(state, result, derivative(state, operand(x, i), variable));
+        result.add(slope(state, known, operand(x, i), variable));
       }
-      return result;
+      return result.value();
     }
     case Tag::product: {
       ALGEB result = immediate(0);
       for (std::size_t i = 1; i <= operandCount(x); ++i) {
-        ALGEB term = derivative(state, operand(x, i), variable);
+        ALGEB term = slope(state, known, operand(x, i), variable);
         for (std::size_t j = 1; j <= operandCount(x) && term != immediate(0); ++j) {
           if (j != i) {
             term = productOf(state, term, operand(x, j));
@@ -127,8 +127,8 @@ ALGEB derivative(State& state, ALGEB x, ALGEB variable) {
     case Tag::power: {
       const ALGEB base = operand(x, 1);
       const ALGEB exponent = operand(x, 2);
-      const ALGEB baseSlope = derivative(state, base, variable);
-      const ALGEB exponentSlope = derivative(state, exponent, variable);
+      const ALGEB baseSlope = slope(state, known, base, variable);
+      const ALGEB exponentSlope = slope(state, known, exponent, variable);
       ALGEB result = immediate(0);
       if (baseSlope != immediate(0)) {
         result =
@@ -145,10 +145,22 @@ ALGEB derivative(State& state, ALGEB x, ALGEB variable) {
       return result;
     }
     case Tag::application:
-      return applicationDerivative(state, x, variable);
+      return applicationSlope(state, known, x, variable);
     default:
       raise(state, "unable to differentiate %1", x);
   }
+}
+
+ALGEB slope(State& state, KnownParts& known, ALGEB x, ALGEB variable) {
+  checkStack(state);
+  return known.value(x, [&] { return slopeOf(state, known, x, variable); });
+}
+
+}  // namespace
+
+ALGEB derivative(State& state, ALGEB x, ALGEB variable) {
+  KnownParts known(state);
+  return slope(state, known, x, variable);
 }
 
 }  // namespace vexel

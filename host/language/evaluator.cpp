@@ -201,18 +201,18 @@ ALGEB Evaluator::overRange(const Node& node) {
     raise(state_, "expected a range of numbers, received: %1 .. %2", lower, upper);
   }
   Handles elements(state_);
-  ALGEB total = immediate(0);
+  RunningSum total(state_, immediate(0));
   for (ALGEB i = lower; compare(state_, i, upper) <= 0; i = add(state_, i, immediate(1))) {
     lookAtInterrupt();
     slots_[node.slot] = i;
     const ALGEB v = value(*node.children[0]);
     if (node.kind == NodeKind::sumOver) {
-      total = sumOf(state_, total, v);
+      total.add(v);
     } else {
       elements.push(v);
     }
   }
-  return node.kind == NodeKind::sumOver ? total : sequenceOf(state_, elements.span());
+  return node.kind == NodeKind::sumOver ? total.value() : sequenceOf(state_, elements.span());
 }
 
 ALGEB Evaluator::makeProcedure(const Node& node) {
@@ -264,6 +264,15 @@ ALGEB Evaluator::value(const Node& node) {
   switch (node.kind) {
     case NodeKind::sum: {
       ALGEB total = value(*node.children[0]);
+      constexpr std::size_t kLongSum = 8;
+      if (node.children.size() >= kLongSum) {
+        RunningSum sum(state_, total);
+        for (std::size_t i = 1; i < node.children.size(); ++i) {
+          const ALGEB term = value(*node.children[i]);
+          node.flags[i] ? sum.subtract(term) : sum.add(term);
+        }
+        return sum.value();
+      }
       for (std::size_t i = 1; i < node.children.size(); ++i) {
         const ALGEB term = value(*node.children[i]);
         total = node.flags[i] ? differenceOf(state_, total, term) : sumOf(state_, total, term);

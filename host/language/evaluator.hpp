@@ -4,6 +4,7 @@
 #include <memory>
 #include <optional>
 #include <span>
+#include <unordered_set>
 
 #include "core/kernel_state.hpp"
 #include "language/syntax.hpp"
@@ -25,6 +26,11 @@ ALGEB indexed(State& state, ALGEB x, std::span<const ALGEB> index);
 // What the language keeps per kernel.
 struct Language : LanguageState {
   bool quit = false;
+
+  // Expressions that were found to mention no name with a value.  They stand until a name gets one;
+  // a collection, which may give their addresses to others, forgets them.
+  std::unordered_set<ALGEB> settled;
+  std::uint64_t settledAt = 0;  // namesGivenValues when they were found
 };
 
 inline Language& language(State& state) { return static_cast<Language&>(*state.language); }

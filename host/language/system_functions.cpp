@@ -107,6 +107,7 @@ void defineSystemFunctions(State& state) {
 
 void initialiseLanguage(State& state) {
   state.language = std::make_unique<Language>();
+  state.heap.addRoots([&state](Marker&) { language(state).settled.clear(); });
   if (!state.output) {
     state.output = [](std::string_view text) {
       std::fwrite(text.data(), 1, text.size(), stdout);

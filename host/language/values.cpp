@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <unordered_set>
 
 #include "core/arrays.hpp"
 #include "core/errors.hpp"
@@ -12,6 +13,7 @@
 #include "language/algebra.hpp"
 #include "language/elementary.hpp"
 #include "language/evaluator.hpp"
+#include "language/known_parts.hpp"
 
 namespace vexel {
 
@@ -42,9 +44,34 @@ class DigitsScope {
   ALGEB saved_;
 };
 
+// A sum, product or power like x of other parts.
+ALGEB recombined(State& state, ALGEB x, std::span<const ALGEB> parts) {
+  if (is(x, Tag::power)) {
+    return powerOf(state, parts[0], parts[1]);
+  }
+  if (is(x, Tag::sum)) {
+    return sumOf(state, parts);
+  }
+  ALGEB total = parts[0];
+  for (const ALGEB part : parts.subspan(1)) {
+    total = productOf(state, total, part);
+  }
+  return total;
+}
+
+ALGEB floatsOf(State& state, KnownParts& known, ALGEB x);
+
 // x in floats of Digits digits, parts without a value left alone.
-ALGEB inFloats(State& state, ALGEB x) {
+ALGEB inFloats(State& state, KnownParts& known, ALGEB x) {
   checkStack(state);
+  return known.value(x, [&] { return floatsOf(state, known, x); });
+}
+ALGEB inFloats(State& state, ALGEB x) {
+  KnownParts known(state);
+  return inFloats(state, known, x);
+}
+
+ALGEB floatsOf(State& state, KnownParts& known, ALGEB x) {
   if (isNumber(x)) {
     return isDoubleFloat(x) ? x : roundToDigits(state, x, state.digits());
   }
@@ -54,27 +81,27 @@ ALGEB inFloats(State& state, ALGEB x) {
         return piFloat(state, state.digits());
       }
       const ALGEB v = nameValue(x);
-      return v == nullptr || v == x ? x : inFloats(state, v);
+      return v == nullptr || v == x ? x : inFloats(state, known, v);
     }
     case Tag::sum:
     case Tag::product: {
-      ALGEB total = inFloats(state, operand(x, 1));
-      for (std::size_t i = 2; i <= operandCount(x); ++i) {
-        const ALGEB part = inFloats(state, operand(x, i));
-        total = is(x, Tag::sum) ? sumOf(state, total, part) : productOf(state, total, part);
+      Handles parts(state);
+      for (std::size_t i = 1; i <= operandCount(x); ++i) {
+        parts.push(inFloats(state, known, operand(x, i)));
       }
-      return total;
+      return recombined(state, x, parts.span());
     }
     case Tag::power: {
-      const ALGEB base = inFloats(state, operand(x, 1));
+      const ALGEB base = inFloats(state, known, operand(x, 1));
       const ALGEB exponent = operand(x, 2);
       // A whole exponent stays exact.
-      return powerOf(state, base, isInteger(exponent) ? exponent : inFloats(state, exponent));
+      return powerOf(state, base,
+                     isInteger(exponent) ? exponent : inFloats(state, known, exponent));
     }
     case Tag::application: {
       Handles args(state);
       for (std::size_t i = 2; i <= operandCount(x); ++i) {
-        args.push(inFloats(state, operand(x, i)));
+        args.push(inFloats(state, known, operand(x, i)));
       }
       const ALGEB function = operand(x, 1);
       if (args.size() == 1 && is(function, Tag::name) && isReal(args[0])) {
@@ -87,7 +114,7 @@ ALGEB inFloats(State& state, ALGEB x) {
     case Tag::list: {
       Handles elements(state);
       for (std::size_t i = 1; i <= countOf(x); ++i) {
-        elements.push(inFloats(state, element(state, x, i)));
+        elements.push(inFloats(state, known, element(state, x, i)));
       }
       return newList(state, elements.span());
     }
@@ -97,7 +124,7 @@ ALGEB inFloats(State& state, ALGEB x) {
       }
       Handles elements(state);
       for (std::size_t i = 1; i <= countOf(x); ++i) {
-        elements.push(inFloats(state, element(state, x, i)));
+        elements.push(inFloats(state, known, element(state, x, i)));
       }
       return sequenceOf(state, elements.span());
     }
@@ -106,16 +133,27 @@ ALGEB inFloats(State& state, ALGEB x) {
     case Tag::less:
     case Tag::lessEqual:
     case Tag::unequal: {
-      const ALGEB a = inFloats(state, operand(x, 1));
-      return newPair(state, tag(x), a, inFloats(state, operand(x, 2)));
+      const ALGEB a = inFloats(state, known, operand(x, 1));
+      return newPair(state, tag(x), a, inFloats(state, known, operand(x, 2)));
     }
     default:
       return x;
   }
 }
 
-ALGEB roundedParts(State& state, ALGEB x, int digits) {
+ALGEB roundedPartsOf(State& state, KnownParts& known, ALGEB x, int digits);
+
+// x with its numbers rounded to that many digits.
+ALGEB roundedParts(State& state, KnownParts& known, ALGEB x, int digits) {
   checkStack(state);
+  return known.value(x, [&] { return roundedPartsOf(state, known, x, digits); });
+}
+ALGEB roundedParts(State& state, ALGEB x, int digits) {
+  KnownParts known(state);
+  return roundedParts(state, known, x, digits);
+}
+
+ALGEB roundedPartsOf(State& state, KnownParts& known, ALGEB x, int digits) {
   if (isNumber(x)) {
     return roundToDigits(state, x, digits);
   }
@@ -127,35 +165,34 @@ ALGEB roundedParts(State& state, ALGEB x, int digits) {
       }
       Handles elements(state);
       for (std::size_t i = 1; i <= countOf(x); ++i) {
-        elements.push(roundedParts(state, element(state, x, i), digits));
+        elements.push(roundedParts(state, known, element(state, x, i), digits));
       }
       return is(x, Tag::list) ? newList(state, elements.span())
                               : sequenceOf(state, elements.span());
     }
     case Tag::equation:
     case Tag::range: {
-      const ALGEB a = roundedParts(state, operand(x, 1), digits);
-      return newPair(state, tag(x), a, roundedParts(state, operand(x, 2), digits));
+      const ALGEB a = roundedParts(state, known, operand(x, 1), digits);
+      return newPair(state, tag(x), a, roundedParts(state, known, operand(x, 2), digits));
     }
     case Tag::sum:
     case Tag::product: {
-      ALGEB total = roundedParts(state, operand(x, 1), digits);
-      for (std::size_t i = 2; i <= operandCount(x); ++i) {
-        const ALGEB part = roundedParts(state, operand(x, i), digits);
-        total = is(x, Tag::sum) ? sumOf(state, total, part) : productOf(state, total, part);
+      Handles parts(state);
+      for (std::size_t i = 1; i <= operandCount(x); ++i) {
+        parts.push(roundedParts(state, known, operand(x, i), digits));
       }
-      return total;
+      return recombined(state, x, parts.span());
     }
     case Tag::power: {
-      const ALGEB base = roundedParts(state, operand(x, 1), digits);
+      const ALGEB base = roundedParts(state, known, operand(x, 1), digits);
       const ALGEB exponent = operand(x, 2);
       return powerOf(state, base,
-                     isInteger(exponent) ? exponent : roundedParts(state, exponent, digits));
+                     isInteger(exponent) ? exponent : roundedParts(state, known, exponent, digits));
     }
     case Tag::application: {
       Handles args(state);
       for (std::size_t i = 2; i <= operandCount(x); ++i) {
-        args.push(roundedParts(state, operand(x, i), digits));
+        args.push(roundedParts(state, known, operand(x, i), digits));
       }
       return newApplication(state, operand(x, 1), args.span());
     }
@@ -164,45 +201,80 @@ ALGEB roundedParts(State& state, ALGEB x, int digits) {
   }
 }
 
+// True when a name in an expression has a value, so that evaluating it may change it.  Parts that
+// were looked at before are not looked at again, and depth costs no stack.
+bool mentionsValues(State& state, ALGEB x) {
+  Language& l = language(state);
+  if (l.settledAt != namesGivenValues) {
+    l.settled.clear();
+    l.settledAt = namesGivenValues;
+  }
+  if (l.settled.contains(x)) {
+    return false;
+  }
+  std::vector<ALGEB> open = {x};
+  std::unordered_set<ALGEB> seen;
+  while (!open.empty()) {
+    lookAtInterrupt();
+    const ALGEB part = open.back();
+    open.pop_back();
+    if (is(part, Tag::name)) {
+      if (nameValue(part) != nullptr) {
+        return true;
+      }
+    } else if (isExpression(part) && !l.settled.contains(part) && seen.insert(part).second) {
+      for (std::size_t i = 1; i <= operandCount(part); ++i) {
+        open.push_back(operand(part, i));
+      }
+    }
+  }
+  l.settled.merge(seen);
+  return false;
+}
+
+ALGEB anew(State& state, KnownParts& known, ALGEB x);
+
+// An expression anew from the values of its names.
+ALGEB evaluatedParts(State& state, KnownParts& known, ALGEB x) {
+  if (!isExpression(x)) {
+    return evaluate(state, x);
+  }
+  checkStack(state);
+  return known.value(x, [&] { return anew(state, known, x); });
+}
+
+ALGEB anew(State& state, KnownParts& known, ALGEB x) {
+  const bool application = is(x, Tag::application);
+  Handles parts(state);
+  bool same = true;
+  for (std::size_t i = application ? 2 : 1; i <= operandCount(x); ++i) {
+    parts.push(evaluatedParts(state, known, operand(x, i)));
+    same = same && parts.back() == operand(x, i);
+  }
+  if (application) {
+    const ALGEB function = operand(x, 1);
+    const bool valueless = is(function, Tag::name) && nameValue(function) == nullptr;
+    return same && valueless ? x : reapply(state, function, parts.span());
+  }
+  return same ? x : recombined(state, x, parts.span());
+}
+
 }  // namespace
 
 ALGEB evaluate(State& state, ALGEB x) {
   if (isImmediate(x)) {
     return x;
   }
-  checkStack(state);
-  switch (tag(x)) {
-    case Tag::name: {
-      const ALGEB v = nameValue(x);
-      return v == nullptr || v == x ? x : evaluate(state, v);
-    }
-    case Tag::sum:
-    case Tag::product: {
-      ALGEB total = evaluate(state, operand(x, 1));
-      for (std::size_t i = 2; i <= operandCount(x); ++i) {
-        const ALGEB part = evaluate(state, operand(x, i));
-        total = is(x, Tag::sum) ? sumOf(state, total, part) : productOf(state, total, part);
-      }
-      return total;
-    }
-    case Tag::power: {
-      const ALGEB base = evaluate(state, operand(x, 1));
-      return powerOf(state, base, evaluate(state, operand(x, 2)));
-    }
-    case Tag::application: {
-      Handles args(state);
-      bool same = true;
-      for (std::size_t i = 2; i <= operandCount(x); ++i) {
-        args.push(evaluate(state, operand(x, i)));
-        same = same && args.back() == operand(x, i);
-      }
-      const ALGEB function = operand(x, 1);
-      const bool valueless = is(function, Tag::name) && nameValue(function) == nullptr;
-      return same && valueless ? x : reapply(state, function, args.span());
-    }
-    default:
-      return x;
+  if (is(x, Tag::name)) {
+    checkStack(state);
+    const ALGEB v = nameValue(x);
+    return v == nullptr || v == x ? x : evaluate(state, v);
   }
+  if (!isExpression(x) || !mentionsValues(state, x)) {
+    return x;
+  }
+  KnownParts known(state);
+  return evaluatedParts(state, known, x);
 }
 
 ALGEB evalf(State& state, ALGEB x, int digits) {
@@ -281,6 +353,7 @@ double evaluateHardware(State& state, ALGEB x) {
       return std::pow(base, evaluateHardware(state, operand(x, 2)));
     }
     case Tag::application: {
+      lookAtInterrupt();
       std::vector<double> args(operandCount(x), 0.0);
       for (std::size_t i = 2; i <= operandCount(x); ++i) {
         args[i - 1] = evaluateHardware(state, operand(x, i));

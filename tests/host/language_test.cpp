@@ -142,6 +142,20 @@ TEST_F(LanguageTest, SurvivesDeepNesting) {
   EXPECT_EQ(source("1 + 1"), "2");
 }
 
+// Expressions share their parts, here 2^60 leaves when written out, and sums grow in loops: walking
+// all of it anew each time would not end.
+TEST_F(LanguageTest, SharedPartsAreWalkedOnce) {
+  EXPECT_EQ(source("e := x: for i from 1 to 60 do e := sin(e) + cos(e) end: d := diff(e, x): "
+                   "evalf(e): x := 1.0: evalf(e - 1.25872877449268) < 1e-3, d < 1e-6"),
+            "true, true");
+  EXPECT_EQ(source("s := 0: for i from 1 to 2000 do s := s + y^i end: count(s), count(s - y)"),
+            "2000, 1999");
+  EXPECT_EQ(source("clear(x): s := sum(x*z^i, i = 1 .. 50): x := 2: s - 2*sum(z^i, i = 1 .. 50)"),
+            "0");
+  EXPECT_EQ(source("t := z: for i from 1 to 100000 do t := sin(t) end: z := 0: t"),
+            "Error, too many levels of recursion");
+}
+
 // Hardware and software evaluation of one procedure agree.
 TEST_F(LanguageTest, HardwareAgreesWithSoftware) {
   for (const char* body :
