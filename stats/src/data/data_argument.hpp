@@ -87,7 +87,6 @@ class STATS_ElementBuffer_HW {
 
   char* data() const { return data_; }
   V_INT used() const { return used_; }
-  void setUsed(V_INT used) { used_ = used; }
 
   // Appends an element of elementSize bytes; there must be room.
   void append(const RTableData& element, int elementSize) {

@@ -49,18 +49,6 @@ class Split {
     }
   }
 
-  // Splits a whole block of machine numbers by passes(value), without a branch per element.
-  template <typename T, typename Test>
-  void addBlock(Test passes) {
-    const T* const x = reinterpret_cast<const T*>(data_.block());
-    if (groups_.passing()) {
-      keep<T>(pass_, x, passes);
-    }
-    if (groups_.failing()) {
-      keep<T>(fail_, x, [&](T value) { return !passes(value); });
-    }
-  }
-
   ALGEB result(V_INT lower) const {
     const auto array = [&](bool wanted, const STATS_ElementBuffer_HW& buffer) -> ALGEB {
       return wanted
@@ -73,23 +61,31 @@ class Split {
   }
 
  private:
-  template <typename T, typename Test>
-  void keep(STATS_ElementBuffer_HW& buffer, const T* x, Test wanted) {
-    T* const out = reinterpret_cast<T*>(buffer.data());
-    V_INT kept = 0;
-    for (V_INT i = 0; i < data_.size(); ++i) {
-      out[kept] = x[i];
-      kept += wanted(x[i]) ? 1 : 0;
-    }
-    buffer.setUsed(kept);
-  }
-
   VKernelVector kv_;
   const STATS_ElementReader_HW& data_;
   Groups groups_;
   STATS_ElementBuffer_HW pass_;
   STATS_ElementBuffer_HW fail_;
 };
+
+// An array from the data's lower bound of the machine numbers of its block that are wanted, which
+// are counted first.  No loop has a branch that depends on the numbers.
+template <typename T, typename Test>
+ALGEB keepWanted(VKernelVector kv, const STATS_ElementReader_HW& data, Test wanted) {
+  const T* const x = reinterpret_cast<const T*>(data.block());
+  V_INT count = 0;
+  for (V_INT i = 0; i < data.size(); ++i) {
+    count += wanted(x[i]) ? 1 : 0;
+  }
+  const ALGEB result = STATS_CreateLike_HW(kv, data.settings(), data.lower(), count);
+  T* const out = count > 0 ? static_cast<T*>(RTableDataBlock(kv, result)) : nullptr;
+  V_INT kept = 0;
+  for (V_INT i = 0; kept < count; ++i) {
+    out[kept] = x[i];
+    kept += wanted(x[i]) ? 1 : 0;
+  }
+  return result;
+}
 
 // The value of predicate(element, extras...) as a boolean.
 bool STATS_SelectRemoveSatisfies_HW(VKernelVector kv, ALGEB predicate, ALGEB element, ALGEB extras,
@@ -217,19 +213,27 @@ STATS_ENTRY(STATS_VexelSelectRemoveInRange_HW) {
   STATS_RequireVector_HW(kv, arg[1], STATS_kInvalidVector_HW);
 
   const STATS_ElementReader_HW data(kv, arg[1]);
-  Split split(kv, data, groups);
   if (STATS_IsMachineRealType_HW(data.dataType()) && data.block() != nullptr) {
+    ALGEB pass = nullptr;
+    ALGEB fail = nullptr;
     STATS_WithMachineType_HW(data.dataType(), [&]<typename T>(T*) {
-      split.addBlock<T>([range](T value) {
+      const auto inRange = [range](T value) {
         const auto x = static_cast<double>(value);
         return (range.low <= x) & (x < range.high);
-      });
+      };
+      if (groups.passing()) {
+        pass = keepWanted<T>(kv, data, inRange);
+      }
+      if (groups.failing()) {
+        fail = keepWanted<T>(kv, data, [=](T value) { return !inRange(value); });
+      }
     });
-  } else {
-    for (V_INT i = 0; i < data.size(); ++i) {
-      const RTableData element = data[i];
-      split.add(element, elementInRange(element, data.dataType(), range));
-    }
+    return groups.pack(kv, pass, fail);
+  }
+  Split split(kv, data, groups);
+  for (V_INT i = 0; i < data.size(); ++i) {
+    const RTableData element = data[i];
+    split.add(element, elementInRange(element, data.dataType(), range));
   }
   return split.result(data.lower());
 }

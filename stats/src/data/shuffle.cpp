@@ -43,11 +43,10 @@ void shuffleElements(char* data, std::uint32_t n) {
     for (std::uint32_t k = 0; k < batch;) {
       const auto draw = static_cast<std::uint32_t>(STATS_VexelRandomStream_HW::NextInteger());
       const std::uint32_t j = draw >> shift;
+      const std::uint32_t last = i - k;
       draws[k] = j;
-      k += j <= i - k ? 1U : 0U;
-    }
-    for (std::uint32_t k = 0; k < batch; ++k) {
-      __builtin_prefetch(data + std::size_t{draws[k]} * Width, 1);
+      k += j <= last ? 1U : 0U;
+      __builtin_prefetch(data + std::size_t{j <= last ? j : last} * Width, 1);
     }
     for (std::uint32_t k = 0; k < batch; ++k, --i) {
       swapElements<Width>(data + std::size_t{draws[k]} * Width, data + std::size_t{i} * Width);
