@@ -480,6 +480,62 @@ TEST_F(ArraysTest, TallyCountsEveryType) {
   for (int i = 0; i < 5000; i += 499) {
     EXPECT_EQ(entry(table, kernel.real(i * 4096.0)), kernel.integer(4));
   }
+  // Integers close together, at the ends of their type, and too far apart for a counter each.
+  RTableSettings s;
+  RTableGetDefaults(kernel.vector(), &s);
+  s.data_type = RTABLE_INTEGER64;
+  s.num_dimensions = 1;
+  for (const std::vector<std::int64_t>& v :
+       std::vector<std::vector<std::int64_t>>{{7, 5, 7, 6, 7},
+                                              {INT64_MAX, INT64_MAX - 1, INT64_MAX, INT64_MAX},
+                                              {INT64_MIN, INT64_MIN + 2, INT64_MIN},
+                                              {INT64_MIN, INT64_MAX, -1, INT64_MAX, 0},
+                                              {INT64_MIN}}) {
+    const V_INT bounds[] = {1, static_cast<V_INT>(v.size())};
+    const vexel::Value whole =
+        call("STATS_VexelTally_HW", kernel.array(s, v.data(), bounds), none());
+    for (const std::int64_t x64 : v) {
+      EXPECT_EQ(entry(whole, kernel.integer(x64)),
+                kernel.integer(std::count(v.begin(), v.end(), x64)))
+          << x64;
+    }
+  }
+}
+
+// Every run but the last: its length, or its weight.
+TEST_F(ArraysTest, TallySortedLeavesOutTheLastRun) {
+  const std::vector<double> x = {-3, 1, 1, 2, 2, 2, 5, 5};
+  const std::vector<double> w = {0.5, 1, 2, 4, 8, 16, 32, 64};
+  const std::map<double, std::pair<int, double>> expected = {
+      {-3.0, {1, 0.5}}, {1.0, {2, 3.0}}, {2.0, {3, 28.0}}};
+  for (const int type : kRealTypes) {
+    const auto keyOf = [&](double v) {
+      const bool whole = type >= RTABLE_INTEGER8 && type <= RTABLE_INTEGER64;
+      return whole ? kernel.integer(static_cast<int>(v)) : kernel.real(v);
+    };
+    for (const int storage : {RTABLE_RECTANGULAR, RTABLE_SPARSE}) {
+      const vexel::Value data = make(type, x, -2, storage);
+      const vexel::Value lengths = call("VexelTallySorted", data, none());
+      const vexel::Value sums = call("VexelTallySorted", data, array(w));
+      for (const auto& [v, result] : expected) {
+        const vexel::Value key = keyOf(v);
+        EXPECT_EQ(entry(lengths, key), kernel.integer(result.first)) << type << ": " << v;
+        ASSERT_FALSE(entry(sums, key).isNull()) << type << ": " << v;
+        EXPECT_EQ(entry(sums, key).number(), result.second) << type << ": " << v;
+      }
+      EXPECT_TRUE(entry(lengths, keyOf(5)).isNull());
+      EXPECT_TRUE(entry(sums, keyOf(5)).isNull());
+    }
+    for (const std::vector<double>& few : {std::vector<double>{}, {4}, {4, 4, 4}}) {
+      EXPECT_EQ(call("VexelTallySorted", make(type, few), none()).source(), "table([])");
+    }
+  }
+  // Runs are of one object: 2 and 2.0 are two, and data out of order keep the last run of a value.
+  const vexel::Value mixed = call("VexelTallySorted",
+                                  objects({kernel.integer(2), kernel.real(2.0), kernel.real(2.0),
+                                           kernel.integer(2), name("q")}),
+                                  none());
+  EXPECT_EQ(mixed.source(), "table([2 = 1, 2.0 = 2])");
 }
 
 TEST_F(ArraysTest, MessagesToTheLetter) {
@@ -553,6 +609,14 @@ TEST_F(ArraysTest, MessagesToTheLetter) {
        [&] { call("STATS_VexelTally_HW", 1, w); }},
       {"vector of points and vector of weights are expected to have the same size, received %1, %2",
        [&] { call("STATS_VexelTally_HW", v, w); }},
+      {"expected 2 arguments, received: %1", [&] { call("VexelTallySorted", v); }},
+      {"invalid data sample, expected: one-dimensional ray, received %1",
+       [&] { call("VexelTallySorted", 1, w); }},
+      {"vector of points and vector of weights are expected to have the same size, received %1, %2",
+       [&] { call("VexelTallySorted", v, w); }},
+      // What is wrong with the data comes before what is wrong with the form of the result.
+      {"unable to compare complex numbers",
+       [&] { call("STATS_VexelRankSort_HW", complexes, name("q"), true); }},
   };
   for (const auto& [message, f] : cases) {
     EXPECT_EQ(hostError(f), message);

@@ -110,8 +110,10 @@ bool elementInRange(const RTableData& element, int dataType, Range range) {
     return element.complexf64.im == 0.0 && range(element.complexf64.re);
   }
   if (dataType == RTABLE_COMPLEX_DAG) {
-    return STATS_VexelUtils_HW::VexelDAGToDouble(element.complexdag.im) == 0.0 &&
-           range(STATS_VexelUtils_HW::VexelDAGToDouble(element.complexdag.re));
+    double re = 0.0;
+    double im = 0.0;
+    return STATS_VexelUtils_HW::VexelDAGToDouble(element.complexdag.im, &im) != 0 && im == 0.0 &&
+           STATS_VexelUtils_HW::VexelDAGToDouble(element.complexdag.re, &re) != 0 && range(re);
   }
   bool passes = false;
   if (STATS_IsMachineRealType_HW(dataType)) {
@@ -199,8 +201,9 @@ STATS_ENTRY(STATS_VexelSelectRemove_HW) {
 // STATS_VexelSelectRemoveInRange_HW(data, low, high, mode): the elements with low <= value < high,
 // the others, or both, by mode as above.
 //
-// A NaN is in no range.  A complex element is in range when it is real and its value is.  Results
-// keep the data's type and lower bound.
+// A NaN is in no range.  A complex element is in range when it is real and its value is; its parts
+// need not be numbers, while a host object must have a value.  Results keep the data's type and
+// lower bound.
 STATS_ENTRY(STATS_VexelSelectRemoveInRange_HW) {
   const Arguments arg(kv, args);
   if (arg.count() != 4) {

@@ -42,16 +42,6 @@ V_INT uniquify(char* sorted, V_INT n, int dataType) {
   return kept;
 }
 
-// A new array with the elements of dense data in sorted order, indexed from lower.
-ALGEB sortedArray(VKernelVector kv, ALGEB data, V_INT lower, V_INT n, bool ascending) {
-  const RTableSettings settings = STATS_SettingsOf_HW(kv, data);
-  const ALGEB sorted = STATS_CreateLike_HW(kv, settings, lower, n);
-  STATS_SortDataBlock_HW(kv, RTableDataBlock(kv, data),
-                         static_cast<char*>(RTableDataBlock(kv, sorted)), n, settings.data_type,
-                         ascending ? 1 : 0);
-  return sorted;
-}
-
 // value -> 1, 2, 3, ... for each run of one object.
 ALGEB denseRanks(VKernelVector kv, const ALGEB* sorted, V_INT n) {
   const ALGEB table = VexelTableAlloc(kv);
@@ -90,11 +80,13 @@ STATS_ENTRY(STATS_VexelSort_HW) {
     VexelRaiseError1(kv, "invalid storage type, expected: dense array, received %1", data);
   }
   const V_INT n = RTableNumElements(kv, data);
-  const ALGEB sorted = sortedArray(kv, data, 1, n, arg.boolean(2));
+  const ALGEB sorted = STATS_CreateLike_HW(kv, settings, 1, n);
+  auto* const block = static_cast<char*>(RTableDataBlock(kv, sorted));
+  STATS_SortDataBlock_HW(kv, RTableDataBlock(kv, data), block, n, settings.data_type,
+                         arg.boolean(2) ? 1 : 0);
   if (!arg.boolean(3)) {
     return sorted;
   }
-  auto* const block = static_cast<char*>(RTableDataBlock(kv, sorted));
   const V_INT kept = uniquify(block, n, settings.data_type);
   return STATS_CreateLike_HW(kv, settings, 1, kept, block);
 }
@@ -109,20 +101,23 @@ STATS_ENTRY(STATS_VexelRankSort_HW) {
   RTableSettings settings = STATS_SettingsOf_HW(kv, data);
   const V_INT n = RTableNumElements(kv, data);
   const V_INT lower = RTableLowerBound(kv, data, 1);
-  const bool ascending = arg.boolean(3);
 
+  const RTableSettings rankSettings = STATS_VectorSettings_HW(kv, RTABLE_INTEGER32);
+  const ALGEB result = STATS_CreateLike_HW(kv, rankSettings, lower, n);
+  auto* const ranks = static_cast<std::uint32_t*>(RTableDataBlock(kv, result));
+  STATS_RankSortDataBlock_HW(kv, RTableDataBlock(kv, data), ranks, n, settings.data_type,
+                             arg.boolean(3) ? 1 : 0);
   if (arg.integer(2) != 0) {
-    const RTableSettings rankSettings = STATS_VectorSettings_HW(kv, RTABLE_INTEGER32);
-    const ALGEB result = STATS_CreateLike_HW(kv, rankSettings, lower, n);
-    auto* const ranks = static_cast<std::uint32_t*>(RTableDataBlock(kv, result));
-    STATS_RankSortDataBlock_HW(kv, RTableDataBlock(kv, data), ranks, n, settings.data_type,
-                               ascending ? 1 : 0);
     for (V_INT i = 0; i < n; ++i) {
       ++ranks[i];
     }
     return result;
   }
-  ALGEB sorted = sortedArray(kv, data, lower, n, ascending);
+  ALGEB sorted = STATS_CreateLike_HW(kv, settings, lower, n);
+  STATS_RankOrderDataBlock_HW(kv, static_cast<const char*>(RTableDataBlock(kv, data)), 1, 0,
+                              static_cast<char*>(RTableDataBlock(kv, sorted)), 1, 0, n, 0, 1,
+                              STATS_RTableDataSize_HW(kv, settings.data_type), ranks, nullptr, true,
+                              false);
   settings.data_type = RTABLE_DAG;
   sorted = RTableCopy(kv, &settings, sorted);
   return denseRanks(kv, static_cast<const ALGEB*>(RTableDataBlock(kv, sorted)), n);
