@@ -1,9 +1,14 @@
 // Built-in functions, by the file that defines them.
 #pragma once
 
+#include "core/heap.hpp"
 #include "core/kernel_state.hpp"
 
 namespace vexel {
+
+// Elements of a list, sequence or array (in the order of its indices, the last one fastest), table
+// entries as equations, operands of an expression, ends of a range; a number or name is its own.
+void elementsOf(State& state, ALGEB x, Handles& out);
 
 void defineStructuralFunctions(State& state);  // count, part, map, tolist, typeof, table, ...
 void defineArrayFunction(State& state);        // Array

@@ -1,5 +1,6 @@
 // Derivatives of symbolic expressions by the usual rules.
 
+#include <string>
 #include <string_view>
 
 #include "core/errors.hpp"
@@ -36,13 +37,9 @@ constexpr Rule kRules[] = {
     {"tan", [](State& s,
                ALGEB u) { return sumOf(s, immediate(1), square(s, applicationOf(s, "tan", u))); }},
     {"arcsin", [](State& s, ALGEB u) { return reciprocal(s, root(s, oneMinusSquare(s, u))); }},
-    {"asin", [](State& s, ALGEB u) { return reciprocal(s, root(s, oneMinusSquare(s, u))); }},
     {"arccos",
      [](State& s, ALGEB u) { return negativeOf(s, reciprocal(s, root(s, oneMinusSquare(s, u)))); }},
-    {"acos",
-     [](State& s, ALGEB u) { return negativeOf(s, reciprocal(s, root(s, oneMinusSquare(s, u)))); }},
     {"arctan", [](State& s, ALGEB u) { return reciprocal(s, onePlusSquare(s, u)); }},
-    {"atan", [](State& s, ALGEB u) { return reciprocal(s, onePlusSquare(s, u)); }},
     {"sinh", [](State& s, ALGEB u) { return applicationOf(s, "cosh", u); }},
     {"cosh", [](State& s, ALGEB u) { return applicationOf(s, "sinh", u); }},
     {"tanh",
@@ -69,6 +66,16 @@ constexpr Rule kRules[] = {
     {"erfc", [](State& s, ALGEB u) { return bell(s, u, -1); }},
 };
 
+// "arcsin" for "asin" and its like.
+std::string longName(std::string_view function) {
+  for (const std::string_view inverse : {"asin", "acos", "atan", "asinh", "acosh", "atanh"}) {
+    if (function == inverse) {
+      return "arc" + std::string(function.substr(1));
+    }
+  }
+  return std::string(function);
+}
+
 ALGEB slope(State& state, KnownParts& known, ALGEB x, ALGEB variable);
 
 ALGEB applicationSlope(State& state, KnownParts& known, ALGEB x, ALGEB variable) {
@@ -78,8 +85,9 @@ ALGEB applicationSlope(State& state, KnownParts& known, ALGEB x, ALGEB variable)
     if (inner == immediate(0)) {
       return inner;
     }
+    const std::string function = longName(text(operand(x, 1)));
     for (const Rule& rule : kRules) {
-      if (rule.name == text(operand(x, 1))) {
+      if (rule.name == function) {
         return productOf(state, rule.derivative(state, u), inner);
       }
     }

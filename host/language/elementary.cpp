@@ -7,12 +7,14 @@
 #include <array>
 #include <cmath>
 
+#include "core/arrays.hpp"
 #include "core/errors.hpp"
 #include "core/evaluation.hpp"
 #include "core/numbers.hpp"
 #include "core/objects.hpp"
 #include "core/text.hpp"
 #include "language/algebra.hpp"
+#include "language/builtins.hpp"
 
 namespace vexel {
 
@@ -34,6 +36,9 @@ constexpr std::array kFunctions = {
     ElementaryFunction{"arcsinh", mpfr_asinh, std::asinh},
     ElementaryFunction{"arccosh", mpfr_acosh, std::acosh},
     ElementaryFunction{"arctanh", mpfr_atanh, std::atanh},
+    ElementaryFunction{"asinh", mpfr_asinh, std::asinh},
+    ElementaryFunction{"acosh", mpfr_acosh, std::acosh},
+    ElementaryFunction{"atanh", mpfr_atanh, std::atanh},
     ElementaryFunction{"exp", mpfr_exp, std::exp},
     ElementaryFunction{"ln", mpfr_log, std::log},
     ElementaryFunction{"log", mpfr_log, std::log},
@@ -87,6 +92,40 @@ ALGEB exactRoot(State& state, ALGEB x) {
   return newRational(state, n.get(), d.get());
 }
 
+// n for 10^n, null for any other number.
+ALGEB exactCommonLogarithm(State& state, ALGEB x) {
+  const bool whole = isInteger(x);
+  const ALGEB power = whole ? x : denominator(x);
+  if (sign(x) <= 0 || (!whole && numerator(x) != immediate(1))) {
+    return nullptr;
+  }
+  const IntegerView z(power);
+  const std::size_t digits = mpz_sizeinbase(z.get(), 10);  // one too many at times
+  for (std::size_t n = digits > 1 ? digits - 2 : 0; n < digits; ++n) {
+    BigInteger candidate;
+    mpz_ui_pow_ui(candidate.get(), 10, n);
+    if (mpz_cmp(candidate.get(), z.get()) == 0) {
+      const auto exponent = static_cast<std::int64_t>(n);
+      return newInteger(state, whole ? exponent : -exponent);
+    }
+  }
+  return nullptr;
+}
+
+// (a - 1)! (b - 1)! / (a + b - 1)! of positive integers, null for large ones.
+ALGEB exactBeta(State& state, ALGEB a, ALGEB b) {
+  std::int64_t m = 0;
+  std::int64_t n = 0;
+  if (!fitsInt64(a, &m) || !fitsInt64(b, &n) || m > 5000 || n > 5000) {
+    return nullptr;
+  }
+  BigInteger choices;
+  mpz_bin_uiui(choices.get(), static_cast<unsigned long>(m + n - 2),
+               static_cast<unsigned long>(m - 1));
+  return divide(state, immediate(1),
+                multiply(state, newInteger(state, choices.get()), immediate(m + n - 1)));
+}
+
 // The exact value of f at an exact number, null when there is none.
 ALGEB exactValue(State& state, std::string_view f, ALGEB x) {
   if (f == "sqrt") {
@@ -102,7 +141,7 @@ ALGEB exactValue(State& state, std::string_view f, ALGEB x) {
   const bool one = x == immediate(1);
   if (zero) {
     for (const std::string_view odd : {"sin", "tan", "arcsin", "arctan", "asin", "atan", "sinh",
-                                       "tanh", "arcsinh", "arctanh", "erf"}) {
+                                       "tanh", "arcsinh", "arctanh", "asinh", "atanh", "erf"}) {
       if (f == odd) {
         return immediate(0);
       }
@@ -116,6 +155,9 @@ ALGEB exactValue(State& state, std::string_view f, ALGEB x) {
   }
   if (one && (f == "ln" || f == "log" || f == "log10" || f == "arccos" || f == "acos")) {
     return immediate(0);
+  }
+  if (f == "log10") {
+    return exactCommonLogarithm(state, x);
   }
   if (f == "gamma" && isInteger(x)) {
     if (sign(x) <= 0) {
@@ -252,19 +294,35 @@ void defineRounding(State& state, const char* functionName, Rounding rounding,
       [hardware](State&, int, const double* a) { return hardware(a[1]); });
 }
 
-// min and max: of all arguments, undefined if any is; symbolic while any is.
+// What min and max compare: all arguments, or the elements of a single list or array.
+void compared(State& s, ALGEB args, Handles& all) {
+  if (!isNull(args) && argumentCount(args) == 1) {
+    const ALGEB x = argument(s, args, 1);
+    if (isArray(x) || isList(x)) {
+      elementsOf(s, x, all);
+      return;
+    }
+  }
+  for (std::size_t i = 1; i <= argumentCount(args); ++i) {
+    all.push(argument(s, args, i));
+  }
+}
+
+// min and max: undefined if any is; symbolic while any is.
 void defineExtreme(State& state, const char* functionName, bool largest) {
   defineFunction(
       state, functionName,
       [functionName, largest](State& s, ALGEB args) -> ALGEB {
         ALGEB best = nullptr;
         Handles all(s);
-        for (std::size_t i = 1; i <= argumentCount(args); ++i) {
-          const ALGEB x = argument(s, args, i);
-          if (isNull(x)) {
+        compared(s, args, all);
+        if (all.empty()) {
+          raise(s, "expected numbers, received: %1", args);
+        }
+        for (const ALGEB x : all.span()) {
+          if (!isNumber(x) && !is(x, Tag::name) && !isExpression(x)) {
             raise(s, "expected numbers, received: %1", args);
           }
-          all.push(x);
         }
         for (const ALGEB x : all.span()) {
           const ALGEB value = isReal(x) ? x : evalf(s, x, s.digits());
@@ -298,6 +356,38 @@ void defineExtreme(State& state, const char* functionName, bool largest) {
       });
 }
 
+// arctan(x), and arctan(y, x): the angle of the point (x, y).
+void defineArcTangent(State& state, const char* functionName) {
+  const ElementaryFunction& f = *elementaryFunction(functionName);
+  defineFunction(
+      state, functionName,
+      [&f](State& s, ALGEB args) -> ALGEB {
+        if (isNull(args) || argumentCount(args) != 2) {
+          return applyElementary(
+              s, f, oneArgument(s, args, "expected one or two arguments, received: %1"));
+        }
+        const ALGEB y = argument(s, args, 1);
+        const ALGEB x = argument(s, args, 2);
+        if (!isReal(x) || !isReal(y) || (!isFloat(x) && !isFloat(y))) {
+          const ALGEB operands[] = {y, x};
+          return newApplication(s, name(s, std::string(f.name)), operands);
+        }
+        return settled(s, s.digits(), [&](mpfr_ptr r, mpfr_prec_t bits) {
+          RealNumber a(2 * bits + 64);
+          RealNumber b(2 * bits + 64);
+          toMpfr(s, a.get(), y);
+          toMpfr(s, b.get(), x);
+          mpfr_atan2(r, a.get(), b.get(), MPFR_RNDN);
+        });
+      },
+      [](State& s, int n, const double* a) {
+        if (n != 1 && n != 2) {
+          raise(s, "expected one or two arguments");
+        }
+        return n == 1 ? std::atan(a[1]) : std::atan2(a[1], a[2]);
+      });
+}
+
 int lgammaReal(mpfr_ptr r, mpfr_srcptr x, mpfr_rnd_t rounding) {
   int s = 0;
   return mpfr_lgamma(r, &s, x, rounding);
@@ -324,6 +414,8 @@ void defineElementaryFunctions(State& state) {
   for (const ElementaryFunction& f : kFunctions) {
     define(f);
   }
+  defineArcTangent(state, "arctan");
+  defineArcTangent(state, "atan");
   define(kLgamma);
   defineRounding(state, "floor", Rounding::floor, std::floor);
   defineRounding(state, "ceil", Rounding::ceiling, std::ceil);
@@ -354,6 +446,11 @@ void defineElementaryFunctions(State& state) {
         }
         const ALGEB a = argument(s, args, 1);
         const ALGEB b = argument(s, args, 2);
+        if (isInteger(a) && isInteger(b) && sign(a) > 0 && sign(b) > 0) {
+          if (const ALGEB exact = exactBeta(s, a, b)) {
+            return exact;
+          }
+        }
         if (!isReal(a) || !isReal(b) || (!isFloat(a) && !isFloat(b))) {
           const ALGEB operands[] = {a, b};
           return newApplication(s, name(s, "beta"), operands);

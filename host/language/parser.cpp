@@ -3,9 +3,12 @@
 
 #include "language/parser.hpp"
 
+#include <algorithm>
+
 #include "core/errors.hpp"
 #include "core/numbers.hpp"
 #include "core/objects.hpp"
+#include "language/json.hpp"
 
 namespace vexel {
 
@@ -76,7 +79,13 @@ void Parser::expectKeyword(std::string_view text) {
 void Parser::fail(const std::string& message) {
   const Token& token = peek();
   if (token.kind == TokenKind::error) {
-    throw SyntaxError{std::string(token.text), token.position, token.text == "unterminated string"};
+    const bool unterminated = token.text == "unterminated string";
+    // The whole character, which may be several bytes.
+    std::string_view rest = text_.substr(token.offset);
+    rest = rest.substr(0, std::max<std::size_t>(utf8Length(rest), 1));
+    throw SyntaxError{
+        std::string(token.text) + (unterminated ? "" : " '" + std::string(rest) + "'"),
+        token.position, unterminated};
   }
   if (token.kind == TokenKind::end) {
     throw SyntaxError{message + ", found the end of the text", token.position, true};
@@ -270,7 +279,9 @@ Node* Parser::expressionStatement() {
   }
   if (target->kind != NodeKind::global && target->kind != NodeKind::slot &&
       target->kind != NodeKind::index) {
-    fail("only names and elements can be assigned");
+    fail(target->kind == NodeKind::call
+             ? "only names and elements can be assigned (a procedure is written f := x -> ...)"
+             : "only names and elements can be assigned");
   }
   Node* node = make(NodeKind::assign, take());
   node->children = {target, expressionSequence()};
