@@ -5,6 +5,7 @@
 // std::exception, so that no catch of standard exceptions takes a host error for one.
 #pragma once
 
+#include <cstdint>
 #include <functional>
 #include <span>
 #include <string>
@@ -47,8 +48,17 @@ std::string pendingErrorText(State& state);
 // Runs f; standard exceptions that leave it become host errors (bad_alloc: "not enough memory").
 ALGEB guardStandardExceptions(State& state, const std::function<ALGEB()>& f);
 
+// The lowest address that the calling thread's stack may reach; the highest there is before the
+// thread has asked.  One word of the static TLS block, so that reading it costs no call.
+extern constinit thread_local std::uintptr_t stackLimit __attribute__((tls_model("initial-exec")));
+void checkStackSlowly(State& state);
+
 // Guards against running out of machine stack: raises "too many levels of recursion" when less
 // than a safe reserve is left.  Every recursive walk calls it.
-void checkStack(State& state);
+inline void checkStack(State& state) {
+  if (reinterpret_cast<std::uintptr_t>(__builtin_frame_address(0)) < stackLimit) [[unlikely]] {
+    checkStackSlowly(state);
+  }
+}
 
 }  // namespace vexel

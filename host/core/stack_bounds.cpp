@@ -4,7 +4,7 @@
 
 #include <pthread.h>
 
-#include <cstddef>
+#include <cstdint>
 
 #include "core/errors.hpp"
 
@@ -29,11 +29,14 @@ const StackBounds& stackBounds() {
   return bounds;
 }
 
-void checkStack(State& state) {
+constinit thread_local std::uintptr_t stackLimit = UINTPTR_MAX;
+
+// Finds the limit, when it was not known, and looks again.
+void checkStackSlowly(State& state) {
   // Room for unwinding, the formatting of the error and what a callback of the library needs.
-  constexpr std::ptrdiff_t kReserve = 192 * 1024;
-  const char here = 0;
-  if (&here - stackBounds().low < kReserve) {
+  constexpr std::uintptr_t kReserve = 192 * 1024;
+  stackLimit = reinterpret_cast<std::uintptr_t>(stackBounds().low) + kReserve;
+  if (reinterpret_cast<std::uintptr_t>(__builtin_frame_address(0)) < stackLimit) {
     raise(state, "too many levels of recursion");
   }
 }

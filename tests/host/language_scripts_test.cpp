@@ -188,10 +188,14 @@ TEST_F(LanguageScripts, HardwareEvaluationAgreesWithSoftware) {
       "halve := proc(x) local t; t := x; while t > 1 do t := t/2 end; t end:"
       "total := proc(n) local s, i; s := 0; for i from 1 to n do s := s + poly(i) end; s end:"
       "fib := n -> if(n < 2, n, fib(n - 1) + fib(n - 2)): c := 3: scaled := x -> c*sin(x):"
-      "steps := proc(x) if x < 0 then -1 elif x = 0 then 0 else 1 end end:");
-  for (const char* call : {"poly(5/2)", "choose(3)", "choose(6)", "choose(7)", "halve(11)",
-                           "total(20)", "fib(15)", "scaled(2)", "steps(-3)", "steps(0)", "2^0.5",
-                           "gamma(5) + beta(2, 3)", "min(3, 1, 2)", "floor(-2.5)"}) {
+      "steps := proc(x) if x < 0 then -1 elif x = 0 then 0 else 1 end end:"
+      "reuse := proc(x) local a, b; a := x; b := a; a := b - a*b - b; a := if(a < b, a - b, b)*a; "
+      "a end: nested := x -> sin(cos(x) + max(x, 1/3, x^2))*beta(x, exp(x)):"
+      "shadow := proc(a, b) local i; for i from a to b do a := a + i; i := 100 end; a - i end:");
+  for (const char* call :
+       {"poly(5/2)", "choose(3)", "choose(6)", "choose(7)", "halve(11)", "total(20)", "fib(15)",
+        "scaled(2)", "reuse(3)", "nested(2)", "shadow(1, 3)", "steps(-3)", "steps(0)", "2^0.5",
+        "gamma(5) + beta(2, 3)", "min(3, 1, 2)", "floor(-2.5)"}) {
     SCOPED_TRACE(call);
     const double software = kernel.eval(std::string("evalf(") + call + ", 20)").number();
     const double hardware = kernel.eval(std::string("evalhf(") + call + ")").number();
@@ -204,7 +208,7 @@ TEST_F(LanguageScripts, HardwareEvaluationAgreesWithSoftware) {
 
 TEST_F(LanguageScripts, HardwareEvaluationRefusesWhatHasNoHardwareValue) {
   for (const char* e : {"q", "[1]", "\"a\"", "true", "NULL", "1.5e400", "x -> x", "I", "f(2)",
-                        "1 < 2", "q + 1", "sin(q)"}) {
+                        "1 < 2", "1 < 2 and 2 < 3", "q + 1", "sin(q)"}) {
     SCOPED_TRACE(e);
     EXPECT_EQ(last(std::string("evalhf(") + e + ")").kind, Outcome::Kind::error);
   }
