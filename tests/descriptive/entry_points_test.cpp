@@ -220,4 +220,13 @@ TEST_F(DescriptiveTest, AnErrorOfTheProcedureIsTheErrorOfTheCall) {
   EXPECT_EQ(value("STATS_VexelExpectedValue_HW(ten, ten, t -> 1/3, true)"), 1.0 / 3.0);
 }
 
+// The procedure of a nested call takes the outer one's place, and must outlive the call that
+// brought it.
+TEST_F(DescriptiveTest, ANestedExpectedValueLeavesItsProcedureAlive) {
+  eval("inner := proc(x) STATS_VexelExpectedValue_HW(A([7]), none, y -> 10*x + y, false) end:");
+  kernel.stress(true);
+  // inner(1) = 17, then 10 + y at 2 and 3.
+  EXPECT_EQ(value("STATS_VexelExpectedValue_HW(A([1, 2, 3]), none, inner, false)"), 14.0);
+}
+
 }  // namespace

@@ -150,7 +150,7 @@ STATS_ENTRY(STATS_VexelExpectedValue_HW) {
   const Arguments arg(kv, args, 4, "VexelExpectedValue expects 4 arguments, received: %1");
   const STATS_VexelDataSample_HW sample(kv, arg[1], arg[2]);
   const SampleView view = SampleView::forReading(kv, sample, arg.boolean(4));
-  STATS_VexelStaticProcAdapter_HW::Reset(arg[3]);
+  const STATS_StaticProcScope_HW scope(kv, arg[3]);
   return STATS_DoubleToVexelFloat_HW(
       kv, STATS_ExpectedValue_HW(STATS_VexelStaticProcAdapter_HW::Call, view.points, view.weights,
                                  view.size));

@@ -13,3 +13,25 @@ double STATS_VexelProcAdapter_HW::Call(double x) {
   }
   return VexelToFloat64(kv_, value);
 }
+
+namespace {
+
+int scopes = 0;        // that are open
+ALGEB held = nullptr;  // the adapter's procedure, protected while there are any
+
+}  // namespace
+
+STATS_StaticProcScope_HW::STATS_StaticProcScope_HW(VKernelVector kv, ALGEB proc) : kv_(kv) {
+  VexelGcProtect(kv, proc);
+  if (scopes++ > 0) {
+    VexelGcAllow(kv, held);
+  }
+  held = proc;
+  STATS_VexelStaticProcAdapter_HW::Reset(proc);
+}
+
+STATS_StaticProcScope_HW::~STATS_StaticProcScope_HW() {
+  if (--scopes == 0) {
+    VexelGcAllow(kv_, held);
+  }
+}

@@ -41,7 +41,8 @@ class STATS_VexelCFuncAdapter_HW : public STATS_VexelCallbackAdapter_HW {
 };
 
 // Lets a host procedure stand where a plain double (*)(double) is wanted: Reset, then pass Call.
-// The procedure stays set after use; one procedure at a time, not reentrant.
+// The procedure stays set after use; one procedure at a time: a procedure that resets the adapter
+// while a caller works with it replaces the caller's, which goes on with the new one.
 class STATS_VexelStaticProcAdapter_HW {
  public:
   static void Initialize(VKernelVector kv) { m_procInstance.Initialize(kv); }
@@ -50,4 +51,19 @@ class STATS_VexelStaticProcAdapter_HW {
 
  private:
   static STATS_VexelProcAdapter_HW m_procInstance;
+};
+
+// Sets the static adapter's procedure for a call that works with it.
+//
+// Whatever procedure the adapter holds, this or one that a nested call leaves behind, is kept from
+// the host's collector until the outermost of such calls ends.
+class STATS_StaticProcScope_HW {
+ public:
+  STATS_StaticProcScope_HW(VKernelVector kv, ALGEB proc);
+  ~STATS_StaticProcScope_HW();
+  STATS_StaticProcScope_HW(const STATS_StaticProcScope_HW&) = delete;
+  STATS_StaticProcScope_HW& operator=(const STATS_StaticProcScope_HW&) = delete;
+
+ private:
+  VKernelVector kv_;
 };
