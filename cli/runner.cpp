@@ -25,6 +25,30 @@ bool Runner::printValue(vexel::Outcome& outcome) const {
   return false;
 }
 
+namespace {
+
+void printPlace(const char* what, const std::string& source, int line, int column) {
+  std::cerr << "  " << what << ' ' << source << ", line " << line << ", column " << column << '\n';
+}
+
+// Where the error was raised and, for one in a procedure, the statement that called it.
+void printPlaces(const vexel::Outcome& outcome, const std::string& source) {
+  if (outcome.raisedLine != 0) {
+    printPlace("at", outcome.raisedIn, outcome.raisedLine, outcome.raisedColumn);
+    const bool samePlace = outcome.raisedIn == source && outcome.raisedLine == outcome.line &&
+                           outcome.raisedColumn == outcome.column;
+    if (!outcome.inProcedure || samePlace) {
+      return;
+    }
+  }
+  if (!source.empty()) {
+    printPlace(outcome.raisedLine != 0 ? "called from" : "at", source, outcome.line,
+               outcome.column);
+  }
+}
+
+}  // namespace
+
 void Runner::reportError(const vexel::Outcome& outcome, const std::string& source) {
   failed_ = true;
   if (options_.json) {
@@ -33,17 +57,14 @@ void Runner::reportError(const vexel::Outcome& outcome, const std::string& sourc
   }
   std::cout.flush();
   std::cerr << "Error, " << outcome.error << '\n';
-  if (!source.empty()) {
-    std::cerr << "  at " << source << ", line " << outcome.line << ", column " << outcome.column
-              << '\n';
-  }
+  printPlaces(outcome, source);
   if (!outcome.source.empty()) {
     std::cerr << outcome.source << '\n';
   }
 }
 
 void Runner::run(const std::string& text, const std::string& source) {
-  vexel::Script script(kernel_, text);
+  vexel::Script script(kernel_, text, source);
   vexel::Outcome outcome;
   Progress progress(options_.quiet ? "" : source);
   for (progress.atLine(script.line()); script.next(outcome); progress.atLine(script.line())) {

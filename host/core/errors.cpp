@@ -24,6 +24,8 @@ void raise(State& state, std::string_view message, std::span<const ALGEB> args) 
   state.error.message.assign(message);
   state.error.arguments.assign(args.begin(), args.end());
   state.error.line = 0;
+  state.error.raised = state.language != nullptr ? state.language->where() : TextPlace();
+  state.error.inProcedure = false;
   throw HostErrorToken{};
 }
 

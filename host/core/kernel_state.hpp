@@ -15,17 +15,27 @@
 
 namespace vexel {
 
+// A place in a text that is run; line 0 when it is unknown.
+struct TextPlace {
+  std::shared_ptr<const std::string> text;  // the text's name: a file
+  int line = 0;
+  int column = 0;
+};
+
 // The host error that is being raised or was caught last.
 struct PendingError {
   std::string message;           // with %1, %2 unfilled
   std::vector<ALGEB> arguments;  // roots
   int line = 0;                  // of the statement in the running text, 0 when unknown; the
   int column = 0;                // language fills them
+  TextPlace raised;              // of the innermost statement or call, in whatever text
+  bool inProcedure = false;      // it left a procedure of the language
 };
 
 // Whatever the language keeps per kernel; it derives from this.
 struct LanguageState {
   virtual ~LanguageState() = default;
+  virtual TextPlace where() const { return {}; }  // what is being run
 };
 
 }  // namespace vexel

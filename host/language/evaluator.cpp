@@ -19,6 +19,29 @@ namespace vexel {
 
 namespace {
 
+// While it lives, errors stand at the places that the program's evaluation notes.
+class PlaceScope {
+ public:
+  PlaceScope(State& state, const Program& program, const Node& node)
+      : language_(language(state)), program_(language_.program), node_(language_.node) {
+    if (program.text != nullptr) {
+      language_.program = &program;
+      language_.node = &node;
+    }
+  }
+  PlaceScope(const PlaceScope&) = delete;
+  PlaceScope& operator=(const PlaceScope&) = delete;
+  ~PlaceScope() {
+    language_.program = program_;
+    language_.node = node_;
+  }
+
+ private:
+  Language& language_;
+  const Program* program_;
+  const Node* node_;
+};
+
 class Evaluator {
  public:
   Evaluator(State& state, const std::shared_ptr<Program>& program, ALGEB* slots)
@@ -36,6 +59,12 @@ class Evaluator {
   ALGEB makeProcedure(const Node& node);
   ALGEB assign(const Node& target, ALGEB v);
   ALGEB compareValue(const Node& node);
+  // The statement or call that runs now.
+  void note(const Node& node) {
+    if (program_->text != nullptr) {
+      language(state_).node = &node;
+    }
+  }
 
   State& state_;
   const std::shared_ptr<Program>& program_;
@@ -181,7 +210,11 @@ ALGEB Evaluator::callValue(const Node& node) {
     }
     raise(state_, "unable to call %1", function);
   }
-  return apply(state_, function, std::span<const ALGEB>(args, n));
+  const Node* const outer = language(state_).node;
+  note(callee);
+  const ALGEB result = apply(state_, function, std::span<const ALGEB>(args, n));
+  language(state_).node = outer;
+  return result;
 }
 
 // evalhf(e): e is run in hardware as a whole where it can be, else its value is converted.
@@ -401,6 +434,7 @@ ALGEB Evaluator::value(const Node& node) {
 
 // A statement's value; an error that leaves the innermost statement of a text keeps its position.
 ALGEB Evaluator::statement(const Node& node) {
+  note(node);
   try {
     return value(node);
   } catch (const HostErrorToken&) {
@@ -427,6 +461,7 @@ ALGEB runProgram(State& state, const std::shared_ptr<Program>& program) {
     language(state).quit = true;
     return state.null;
   }
+  const PlaceScope place(state, *program, body);
   return Evaluator(state, program, slots).value(body);
 }
 
@@ -457,9 +492,11 @@ ALGEB callProcedure(State& state, ALGEB procedureObject, ALGEB args) {
   for (std::size_t i = 0; i < code.captures.size(); ++i) {
     slots[code.captures[i].inner] = procedure.captured[i];
   }
+  const PlaceScope place(state, *procedure.program, *code.body);
   try {
     return Evaluator(state, procedure.program, slots).value(*code.body);
   } catch (const HostErrorToken&) {
+    state.error.inProcedure = true;
     state.error.line = 0;  // a place in the procedure, which may come from another text
     throw;
   }

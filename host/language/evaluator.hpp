@@ -27,6 +27,16 @@ ALGEB indexed(State& state, ALGEB x, std::span<const ALGEB> index);
 struct Language : LanguageState {
   bool quit = false;
 
+  // What is being run, for errors.  Programs of texts without a name leave it as it is.
+  const Program* program = nullptr;
+  const Node* node = nullptr;
+
+  TextPlace where() const override {
+    return program == nullptr
+               ? TextPlace()
+               : TextPlace{program->text, node->position.line, node->position.column};
+  }
+
   // Expressions that were found to mention no name with a value.  They stand until a name gets one;
   // a collection, which may give their addresses to others, forgets them.
   std::unordered_set<ALGEB> settled;

@@ -12,8 +12,8 @@
 
 namespace vexel {
 
-Parser::Parser(State& state, std::string_view text)
-    : state_(state), text_(text), tokens_(tokenize(text)) {
+Parser::Parser(State& state, std::string_view text, std::shared_ptr<const std::string> name)
+    : state_(state), text_(text), name_(std::move(name)), tokens_(tokenize(text)) {
   findCommas();
 }
 
@@ -107,6 +107,7 @@ std::shared_ptr<Program> Parser::next() {
   }
   program_ = std::make_shared<Program>(state_);
   scopes_.clear();
+  program_->text = name_;
   program_->start = peek().position;
   program_->top = openFunction();
   program_->top->body = statement();

@@ -20,8 +20,8 @@ struct SyntaxError {
 
 class Parser {
  public:
-  // The text must outlive the parser.
-  Parser(State& state, std::string_view text);
+  // The text must outlive the parser.  name is that of the text, for errors; null for none.
+  Parser(State& state, std::string_view text, std::shared_ptr<const std::string> name = nullptr);
 
   // The next statement with its terminator; null at the end of the text.  Throws SyntaxError.
   std::shared_ptr<Program> next();
@@ -82,6 +82,7 @@ class Parser {
 
   State& state_;
   std::string_view text_;
+  std::shared_ptr<const std::string> name_;
   std::vector<Token> tokens_;
   std::vector<std::size_t> firstComma_;  // of an opening bracket's token; 0: none
   std::size_t at_ = 0;

@@ -48,16 +48,19 @@ std::string pointedOut(std::string_view text, Position at) {
 }  // namespace
 
 struct Script::Impl {
-  Impl(Kernel& k, std::string t)
-      : kernel(k), state(*k.vector()), text(std::move(t)), parser(state, text) {}
+  Impl(Kernel& k, std::string t, const std::string& name)
+      : kernel(k),
+        state(*k.vector()),
+        text(std::move(t)),
+        parser(state, text, name.empty() ? nullptr : std::make_shared<const std::string>(name)) {}
   Kernel& kernel;
   State& state;
   std::string text;
   Parser parser;
 };
 
-Script::Script(Kernel& kernel, std::string text)
-    : impl_(std::make_unique<Impl>(kernel, std::move(text))) {}
+Script::Script(Kernel& kernel, std::string text, const std::string& name)
+    : impl_(std::make_unique<Impl>(kernel, std::move(text), name)) {}
 Script::~Script() = default;
 
 bool Script::next(Outcome& outcome) {
@@ -73,6 +76,12 @@ bool Script::next(Outcome& outcome) {
   };
   const auto failed = [&] {
     outcome.kind = Outcome::Kind::error;
+    if (const TextPlace& raised = state.error.raised; raised.text != nullptr) {
+      outcome.raisedIn = *raised.text;
+      outcome.raisedLine = raised.line;
+      outcome.raisedColumn = raised.column;
+    }
+    outcome.inProcedure = state.error.inProcedure;
     if (state.error.line > 0) {
       outcome.line = state.error.line;
       outcome.column = state.error.column;

@@ -80,11 +80,15 @@ TEST_F(CommandTest, AnErrorNamesFileAndLineAndEndsTheRun) {
   EXPECT_THAT(stopped.errors, HasSubstr("b.vx, line 3, column 1\n"));
   EXPECT_EQ(stopped.status, 1);
 
-  // In a loop the statement inside it; of a procedure the statement that called it.
+  // In a loop the statement inside it; in a procedure that and the statement that called it.
   const std::string deep = file("c.vx",
                                 "f := proc(x)\n  error(\"deep\")\nend:\n"
                                 "for i from 1 to 2 do\n  y := i:\n  f(y)\nend:\n");
-  EXPECT_THAT(run(deep).errors, HasSubstr("c.vx, line 6, column 3\n"));
+  EXPECT_EQ(run(deep).errors, "Error, deep\n  at " + deep + ", line 2, column 3\n  called from " +
+                                  deep + ", line 6, column 3\n");
+  EXPECT_THAT(run("-k " + deep + " -e '1; 2 + f(1);'").errors,
+              HasSubstr(deep + ", line 2, column 3\n  called from -e, line 1, column 4\n"));
+  EXPECT_THAT(run("-e '[1, gamma(0)];'").errors, HasSubstr("at -e, line 1, column 5\n"));
   EXPECT_THAT(run("-e '1 + * 2;'").errors, HasSubstr("-e, line 1, column 5\n1 + * 2;\n    ^\n"));
 
   const Outcome kept = run("-k " + script + " -e '3;'");

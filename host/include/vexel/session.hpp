@@ -27,12 +27,19 @@ struct Outcome {
                          // text that raised it, for a syntax error where that is
   int column = 0;
   std::string source;  // for a syntax error: the source line and, below it, a caret
+  // The innermost statement or call of an error, in a procedure perhaps of an earlier text, by
+  // the name of its text; line 0 when it is not known.
+  std::string raisedIn;
+  int raisedLine = 0;
+  int raisedColumn = 0;
+  bool inProcedure = false;  // it was raised in a procedure that line and column call
 };
 
 // A text and a place in it.
 class Script {
  public:
-  Script(Kernel& kernel, std::string text);
+  // name: of the file, for errors.
+  Script(Kernel& kernel, std::string text, const std::string& name = "");
   ~Script();
   Script(const Script&) = delete;
   Script& operator=(const Script&) = delete;
