@@ -57,9 +57,14 @@ void tallyByBits(VKernelVector kv, ALGEB table, const T* x, V_INT n, int dataTyp
 // done, if there are many more of these than elements.
 template <typename T>
 bool tallyByValue(VKernelVector kv, ALGEB table, const T* x, V_INT n, int dataType) {
-  const auto [smallest, largest] = std::minmax_element(x, x + n);
-  const std::uint64_t base = static_cast<std::uint64_t>(std::int64_t{*smallest});
-  const std::uint64_t span = static_cast<std::uint64_t>(std::int64_t{*largest}) - base;
+  T smallest = x[0];
+  T largest = x[0];
+  for (V_INT i = 1; i < n; ++i) {
+    smallest = std::min(smallest, x[i]);
+    largest = std::max(largest, x[i]);
+  }
+  const std::uint64_t base = static_cast<std::uint64_t>(std::int64_t{smallest});
+  const std::uint64_t span = static_cast<std::uint64_t>(std::int64_t{largest}) - base;
   if (span > 2 * static_cast<std::uint64_t>(n)) {
     return false;
   }
