@@ -313,6 +313,20 @@ TEST_F(ArraysTest, InRangeIsClosedBelowAndOpenAbove) {
   const vexel::Value data = array({kNaN, 1, kInf, -kInf});
   EXPECT_TRUE(same(numbers(call("STATS_VexelSelectRemoveInRange_HW", data, 0, kInf, 2)),
                    {kNaN, kInf, -kInf}));
+  // Complex elements must be real and have a value: 1.0, 1.0 + 2.0 I, q, 1.0 + q I.
+  const vexel::Value complexes = make(RTABLE_COMPLEX_DAG, {1, 1, 1, 1});
+  const auto assign = [&](V_INT index, const vexel::Value& re, const vexel::Value& im) {
+    RTableData e{};
+    e.complexdag.re = re.handle();
+    e.complexdag.im = im.handle();
+    RTableAssign(kernel.vector(), complexes.handle(), &index, e);
+  };
+  assign(2, kernel.real(1.0), kernel.real(2.0));
+  assign(3, name("q"), kernel.integer(0));
+  assign(4, kernel.real(1.0), name("q"));
+  const vexel::Value halves = call("STATS_VexelSelectRemoveInRange_HW", complexes, 0, 5, 0);
+  EXPECT_EQ(halves[0].size(), 1U);
+  EXPECT_EQ(halves[1].size(), 3U);
 }
 
 TEST_F(ArraysTest, SelectRemoveHandsElementsAndExtrasToThePredicate) {
