@@ -5,8 +5,10 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <iterator>
 #include <numeric>
 #include <random>
+#include <unordered_map>
 #include <vector>
 #include <vexel/kernel.hpp>
 
@@ -96,7 +98,22 @@ void tally(benchmark::State& state) {
     benchmark::DoNotOptimize(s.kernel.call("STATS_VexelTally_HW", data, s.none));
   }
 }
+void tallyStandard(benchmark::State& state) {
+  const auto x = integers(kMedium, static_cast<std::int32_t>(state.range(0)));
+  for (auto _ : state) {
+    std::unordered_map<std::int32_t, std::int64_t> counts;
+    for (const std::int32_t v : x) {
+      ++counts[v];
+    }
+    benchmark::DoNotOptimize(counts.size());
+  }
+}
 BENCHMARK(tally)->ArgName("distinct")->Arg(1000)->Arg(1000000)->Unit(benchmark::kMillisecond);
+BENCHMARK(tallyStandard)
+    ->ArgName("distinct")
+    ->Arg(1000)
+    ->Arg(1000000)
+    ->Unit(benchmark::kMillisecond);
 
 void bins(benchmark::State& state) {
   Session s;
@@ -128,7 +145,17 @@ void selectInRange(benchmark::State& state) {
         s.kernel.call("STATS_VexelSelectRemoveInRange_HW", data, 0.25, 0.75, 1));
   }
 }
+void selectStandard(benchmark::State& state) {
+  const std::vector<double> x = doubles(kLarge);
+  for (auto _ : state) {
+    std::vector<double> kept;
+    std::copy_if(x.begin(), x.end(), std::back_inserter(kept),
+                 [](double v) { return 0.25 <= v && v < 0.75; });
+    benchmark::DoNotOptimize(kept.data());
+  }
+}
 BENCHMARK(selectInRange)->Unit(benchmark::kMillisecond);
+BENCHMARK(selectStandard)->Unit(benchmark::kMillisecond);
 
 void shuffle(benchmark::State& state) {
   Session s;
