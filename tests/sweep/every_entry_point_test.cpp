@@ -75,31 +75,6 @@ TEST_F(EveryEntryPoint, GivesTheSameResultUnderCollectorStress) {
   }
 }
 
-// Lets the first host allocation of the call fail, then the second, and so on until it gets
-// through.
-TEST_F(EveryEntryPoint, SurvivesEveryFailedAllocation) {
-  constexpr int kMostFailures = 150;
-  for (const ValidCall& call : validCalls().calls) {
-    if (call.fails) {
-      continue;
-    }
-    bool succeeded = false;
-    for (int n = 0; n < kMostFailures && !succeeded; ++n) {
-      prepare();
-      kernel.failAllocation(n);
-      std::string error;
-      try {
-        kernel.eval(call.text);
-      } catch (const vexel::Error& e) {
-        error = e.what();
-      }
-      kernel.failAllocation(-1);
-      succeeded = error.empty();
-    }
-    expectUsable(call.text);
-  }
-}
-
 // A host procedure that raises at its k-th evaluation, and from then on, ends the call with its
 // error (or is never evaluated k times) and leaves the host as it was.
 TEST_F(EveryEntryPoint, PassesOnAnErrorOfACallback) {
