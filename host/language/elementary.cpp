@@ -184,7 +184,32 @@ const ElementaryFunction* elementaryFunction(std::string_view name) {
   return nullptr;
 }
 
+namespace {
+
+// MPFR's gamma function takes many seconds beyond that, and cannot be interrupted.
+constexpr int kMostGammaDigits = 1500;
+// So does reducing a huge angle, which needs as many bits of pi as the angle has before its point.
+constexpr mpfr_exp_t kMostAngleBits = 400000;
+
+void requireReach(State& state, const ElementaryFunction& f, ALGEB x, int digits) {
+  if ((f.name == "gamma" || f.name == "lgamma" || f.name == "erf" || f.name == "erfc") &&
+      digits > kMostGammaDigits) {
+    raise(state, "too many digits for %1, received: %2", name(state, std::string(f.name)),
+          immediate(digits));
+  }
+  if (f.name == "sin" || f.name == "cos" || f.name == "tan") {
+    RealNumber angle(64);
+    toMpfr(state, angle.get(), x);
+    if (mpfr_regular_p(angle.get()) != 0 && mpfr_get_exp(angle.get()) > kMostAngleBits) {
+      raise(state, "too large an angle, received: %1", x);
+    }
+  }
+}
+
+}  // namespace
+
 ALGEB elementaryFloat(State& state, const ElementaryFunction& f, ALGEB x, int digits) {
+  requireReach(state, f, x, digits);
   if (f.name == "sqrt" && sign(x) < 0) {
     return newComplex(state, immediate(0), elementaryFloat(state, f, negate(state, x), digits));
   }
@@ -454,6 +479,9 @@ void defineElementaryFunctions(State& state) {
         if (!isReal(a) || !isReal(b) || (!isFloat(a) && !isFloat(b))) {
           const ALGEB operands[] = {a, b};
           return newApplication(s, name(s, "beta"), operands);
+        }
+        if (s.digits() > kMostGammaDigits) {
+          raise(s, "too many digits for %1, received: %2", name(s, "beta"), immediate(s.digits()));
         }
         return settled(s, s.digits(), [&](mpfr_ptr r, mpfr_prec_t bits) {
           RealNumber x(2 * bits + 64);

@@ -110,6 +110,8 @@ TEST_F(LanguageTest, RefusesWhatHasNoValue) {
       {"evalhf(foo)", "foo"},
       {"Array(1..2, [\"a\"], datatype = float[8])", "a"},
       {"2^(10^30)", "large"},
+      {"evalf(gamma(1/3), 20000)", "too many digits for gamma"},  // would take minutes
+      {"sin(1e4000000)", "too large an angle"},
       {"(x -> x)(1, 2)", "expects 1 argument"},
       {"r := x -> r(x): r(1)", "too many levels of recursion"},
   };
