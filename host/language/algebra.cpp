@@ -211,7 +211,9 @@ void RunningSum::add(ALGEB term) {
     total_ = vexel::add(state_, total_, term);
     return;
   }
-  if (pending_.size() >= kBatch || !isSymbolic(term)) {
+  // Batches grow with the sum, so that all of them together cost no more than a few sorts.
+  const std::size_t batch = std::max(kBatch, isExpression(total_) ? operandCount(total_) : 0);
+  if (pending_.size() >= batch || !isSymbolic(term)) {
     total_ = sumOf(state_, value(), term);
     return;
   }
