@@ -220,11 +220,14 @@ void* VexelAlloc(VKernelVector kv, V_INT size) {
   if (size < 0 || size > kLargest) {
     vexel::raiseNoMemory(*kv);
   }
-  // Two words in front keep the bytes aligned to 16.
-  const std::size_t wordsNeeded = 2 + (static_cast<std::size_t>(size) + 7) / sizeof(vexel::Word);
-  ALGEB block = kv->heap.allocate(Tag::block, wordsNeeded);
+  // Two words in front keep the bytes aligned to 16; what follows them is a guard.
+  const auto bytes = static_cast<std::size_t>(size);
+  const std::size_t wordsNeeded = 2 + (bytes + vexel::kGuardBytes + 7) / sizeof(vexel::Word);
+  ALGEB block = kv->heap.allocate(vexel::Tag::block, wordsNeeded);
   vexel::words(block)[1] = static_cast<vexel::Word>(size);
-  return vexel::words(block) + 2;
+  auto* first = reinterpret_cast<char*>(vexel::words(block) + 2);
+  vexel::setGuard(first + bytes, (wordsNeeded - 2) * sizeof(vexel::Word) - bytes);
+  return first;
 }
 
 void VexelGcProtect(VKernelVector kv, ALGEB x) { kv->heap.protect(x); }

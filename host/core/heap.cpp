@@ -16,6 +16,7 @@
 
 #include "core/arrays.hpp"
 #include "core/errors.hpp"
+#include "core/guards.hpp"
 #include "core/kernel_state.hpp"
 #include "core/objects.hpp"
 #include "core/stack_bounds.hpp"
@@ -27,10 +28,39 @@ namespace {
 constexpr std::size_t kChunkBytes = std::size_t{1} << 18;
 constexpr std::size_t kMinimalThreshold = std::size_t{4} << 20;
 constexpr std::size_t kEmptyChunksKept = 64;
-constexpr int kPoison = 0xDB;
+// Collections that a freed cell sits out in stress mode.
+constexpr std::uint32_t kQuarantine = 64;
 constexpr Word kMarkBit = 1;
 
 bool isMarked(ALGEB x) { return (words(x)[0] & kMarkBit) != 0; }
+
+// The bytes behind those that VexelAlloc handed out, to the end of the block.
+bool isBlockIntact(ALGEB x) {
+  const std::size_t size = words(x)[1];
+  return isGuardIntact(reinterpret_cast<const char*>(words(x) + 2) + size,
+                       (length(x) - 2) * sizeof(Word) - size);
+}
+
+std::size_t dataBytes(const ArrayObject& array) {
+  return static_cast<std::size_t>(array.count) * elementSize(array.type);
+}
+
+bool ownsData(const ArrayObject& array) { return array.ownsData != 0 && array.data != nullptr; }
+
+bool isDataIntact(const ArrayObject& array) {
+  const auto* data = static_cast<const char*>(array.data);
+  return isGuardIntact(data - kGuardBytes) && isGuardIntact(data + dataBytes(array));
+}
+
+// Ends the process when the guards of an object are damaged.
+void checkGuards(ALGEB x) {
+  if (tag(x) == Tag::block && !isBlockIntact(x)) {
+    reportDamage("memory was written past the end of a block");
+  }
+  if (tag(x) == Tag::array && ownsData(arrayOf(x)) && !isDataIntact(arrayOf(x))) {
+    reportDamage("memory was written outside the elements of an array");
+  }
+}
 
 std::size_t physicalMemory() {
   static const std::size_t bytes = static_cast<std::size_t>(sysconf(_SC_PHYS_PAGES)) *
@@ -237,27 +267,36 @@ void adviseHugePages([[maybe_unused]] void* p, [[maybe_unused]] std::size_t byte
 }  // namespace
 
 void* Heap::allocateBytes(std::size_t bytes) {
-  beforeAllocation(bytes);
-  void* p = std::calloc(std::max<std::size_t>(bytes, 1), 1);
+  const std::size_t total = bytes + 2 * kGuardBytes;
+  beforeAllocation(total);
+  auto* p = static_cast<char*>(std::calloc(total, 1));
   if (p == nullptr) {
     collect();
-    p = std::calloc(std::max<std::size_t>(bytes, 1), 1);
+    p = static_cast<char*>(std::calloc(total, 1));
   }
   if (p == nullptr) {
     raiseNoMemory(state_);
   }
-  adviseHugePages(p, bytes);
   sinceCollection_ += bytes;
   bytesOutside_ += bytes;
-  return p;
+  adviseHugePages(p, total);
+  setGuard(p);
+  setGuard(p + kGuardBytes + bytes);
+  return p + kGuardBytes;
 }
 
 void Heap::releaseBytes(void* p, std::size_t bytes) noexcept {
-  if (stress_) {
-    std::memset(p, kPoison, bytes);
-  }
+  freeMemory(static_cast<char*>(p) - kGuardBytes, bytes + 2 * kGuardBytes);
   bytesOutside_ -= bytes;
-  std::free(p);
+}
+
+// Gives memory back to malloc, at once or through the quarantine.
+void Heap::freeMemory(void* memory, std::size_t bytes) noexcept {
+  if (stress_) {
+    quarantine_.hold(memory, bytes);
+  } else {
+    std::free(memory);
+  }
 }
 
 void Heap::protect(ALGEB x) {
@@ -280,6 +319,7 @@ void Heap::collect() {
     return;
   }
   collecting_ = true;
+  collections_ += collections_ == UINT32_MAX ? 2 : 1;  // never 0
   limit_ = 0;
   marking_ = &marker_;
   buildExtents();
@@ -488,8 +528,8 @@ void Heap::finalise(ALGEB x) noexcept {
       break;
     case Tag::array: {
       ArrayObject& array = arrayOf(x);
-      if (array.ownsData != 0 && array.data != nullptr) {
-        releaseBytes(array.data, static_cast<std::size_t>(array.count) * elementSize(array.type));
+      if (ownsData(array)) {
+        releaseBytes(array.data, dataBytes(array));
       }
       delete array.sparse;
       break;
@@ -513,46 +553,69 @@ void Heap::sweep(bool everything) {
   std::erase_if(chunks_, [&](Chunk* chunk) {
     Cell**& tail = tails[chunk->sizeClass];
     Cell** const before = tail;
-    const std::size_t live = sweepChunk(*chunk, tail, everything);
-    liveAfterCollection_ += live;
-    liveBytes_ += live * chunk->cellBytes;
-    if (live == 0) {
+    const Swept swept = sweepChunk(*chunk, tail, everything);
+    liveAfterCollection_ += swept.live;
+    liveBytes_ += swept.live * chunk->cellBytes;
+    const bool isEmpty = swept.live == 0 && swept.held == 0;
+    if (isEmpty) {
       tail = before;
       *tail = nullptr;
       retireChunk(chunk);
     }
-    return live == 0;
+    return isEmpty;
   });
 }
 
 void Heap::sweepLarge(bool everything) {
   std::erase_if(large_, [&](ALGEB x) {
+    if (stress_) {
+      checkGuards(x);
+    }
     if (!everything && isMarked(x)) {
       words(x)[0] &= ~kMarkBit;
       ++liveAfterCollection_;
       return false;
     }
+    const std::size_t bytes = length(x) * sizeof(Word);
     finalise(x);
-    releaseBytes(x, length(x) * sizeof(Word));
+    freeMemory(x, bytes);
+    bytesOutside_ -= bytes;
     return true;
   });
 }
 
-// Frees the unmarked cells of a chunk onto the list that ends at tail; the number of live ones.
-std::size_t Heap::sweepChunk(Chunk& chunk, Cell**& tail, bool everything) {
-  std::size_t live = 0;
+// Frees the unmarked cells of a chunk onto the list that ends at tail.
+//
+// In stress mode a freed cell is poisoned and sits out some collections: the upper half of its
+// header says since when.
+Heap::Swept Heap::sweepChunk(Chunk& chunk, Cell**& tail, bool everything) {
+  Swept swept;
   for (char* p = chunk.first(); p != chunk.next; p += chunk.cellBytes) {
     Cell* cell = reinterpret_cast<Cell*>(p);
     ALGEB x = reinterpret_cast<ALGEB>(p);
+    const bool isFree = tag(x) == Tag::free;
+    if (stress_ && !isFree) {
+      checkGuards(x);
+    }
     if ((cell->header & kMarkBit) != 0 && !everything) {
       cell->header &= ~kMarkBit;
-      ++live;
+      ++swept.live;
       continue;
     }
-    if (tag(x) != Tag::free) {
+    if (!isFree) {
       finalise(x);
       if (stress_) {
-        std::memset(p, kPoison, chunk.cellBytes);
+        poison(p + sizeof(Word), chunk.cellBytes - sizeof(Word));
+      }
+      cell->header = stress_ ? Word{collections_} << 32 : 0;
+    }
+    if (const auto since = static_cast<std::uint32_t>(cell->header >> 32); since != 0) {
+      if (stress_ && !everything && collections_ - since < kQuarantine) {
+        ++swept.held;
+        continue;
+      }
+      if (!isPoisonIntact(p + sizeof(Word), chunk.cellBytes - sizeof(Word))) {
+        reportDamage("an object was written after it was collected");
       }
       cell->header = 0;
     }
@@ -560,7 +623,7 @@ std::size_t Heap::sweepChunk(Chunk& chunk, Cell**& tail, bool everything) {
     tail = &cell->next;
   }
   *tail = nullptr;
-  return live;
+  return swept;
 }
 
 // ---- checking
@@ -578,6 +641,11 @@ std::string Heap::check() {
       fault = "an object is longer than its cell";
     }
     const Tag t = tag(x);
+    if (t == Tag::block && !isBlockIntact(x)) {
+      fault = "memory was written past the end of a block";
+    } else if (t == Tag::array && ownsData(arrayOf(x)) && !isDataIntact(arrayOf(x))) {
+      fault = "memory was written outside the elements of an array";
+    }
     const bool holdsHandles = t == Tag::rational || t == Tag::complex || t == Tag::list ||
                               t == Tag::sequence || t == Tag::sum || t == Tag::product ||
                               t == Tag::power || t == Tag::application || t == Tag::range ||

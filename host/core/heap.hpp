@@ -15,6 +15,7 @@
 #include <unordered_map>
 #include <vector>
 
+#include "core/guards.hpp"
 #include "core/handle.hpp"
 
 namespace vexel {
@@ -114,8 +115,8 @@ class Heap {
     return allocateSlowly(t, lengthInWords);
   }
 
-  // Host memory outside objects (array data, bytes of strings under construction): cleared bytes
-  // from malloc that count toward the next collection.  The owner releases them.
+  // Host memory outside objects (array data): cleared bytes from malloc, between guards, that count
+  // toward the next collection.  The owner releases them.
   void* allocateBytes(std::size_t bytes);
   void releaseBytes(void* p, std::size_t bytes) noexcept;
   // An array whose data block a pointer on the stack keeps alive, too.
@@ -199,7 +200,12 @@ class Heap {
   void dispose(bool everything);
   void sweep(bool everything);
   void sweepLarge(bool everything);
-  std::size_t sweepChunk(Chunk& chunk, Cell**& tail, bool everything);
+  struct Swept {
+    std::size_t live = 0;
+    std::size_t held = 0;  // in quarantine
+  };
+  Swept sweepChunk(Chunk& chunk, Cell**& tail, bool everything);
+  void freeMemory(void* memory, std::size_t bytes) noexcept;
   void finalise(ALGEB x) noexcept;
 
   State& state_;
@@ -214,6 +220,8 @@ class Heap {
   std::int64_t failCountdown_ = -1;
   bool stress_ = false;
   bool collecting_ = false;
+  std::uint32_t collections_ = 0;
+  Quarantine quarantine_;
   Marker* marking_ = nullptr;
 
   Chunk* bumpChunks_[kClasses] = {};

@@ -136,8 +136,45 @@ TEST_F(CoreCollectorTest, BlocksAreClearedAndAligned) {
       ASSERT_EQ(p[i], 0);
     }
     std::memset(p, 0xFF, static_cast<std::size_t>(size));
+    ASSERT_EQ(state.heap.check(), "");
+    p[size] ^= 1;
+    ASSERT_EQ(state.heap.check(), "memory was written past the end of a block");
+    p[size] ^= 1;
   }
-  EXPECT_EQ(state.heap.check(), "");
+}
+
+// A write outside a block or an array, or through a handle that is no more, ends the process at one
+// of the next collections in stress mode.
+TEST_F(CoreCollectorTest, StressFindsWildWrites) {
+  const auto spoil = [this](void* p) {
+    kernel.stress(true);
+    *static_cast<volatile char*>(p) = 1;
+    kernel.collect();
+    std::exit(0);
+  };
+  auto* block = static_cast<char*>(VexelAlloc(&state, 100));
+  auto* large = static_cast<char*>(VexelAlloc(&state, 10000));
+  const Value array = kernel.array({1.0, 2.0});
+  auto* data = static_cast<char*>(RTableDataBlock(&state, array.handle()));
+  EXPECT_DEATH(spoil(block + 100), "past the end of a block");
+  EXPECT_DEATH(spoil(large + 10000), "past the end of a block");
+  EXPECT_DEATH(spoil(data + 16), "outside the elements of an array");
+  EXPECT_DEATH(spoil(data - 1), "outside the elements of an array");
+  EXPECT_EXIT(spoil(data + 15), testing::ExitedWithCode(0), "");
+
+  const auto writeLate = [this] {
+    kernel.stress(true);
+    volatile Word hidden = 0;  // a handle that the stack scan cannot read
+    [&]() __attribute__((noinline)) { hidden = ~reinterpret_cast<Word>(newList(state, 3)); }
+    ();
+    liveNow();
+    words(reinterpret_cast<ALGEB>(~hidden))[2] = 0;
+    for (int i = 0; i < 100; ++i) {
+      kernel.collect();
+    }
+    std::exit(0);
+  };
+  EXPECT_DEATH(writeLate(), "after it was collected");
 }
 
 TEST_F(CoreCollectorTest, ProtectionIsCounted) {
