@@ -8,6 +8,24 @@ namespace nag2 {
 
 namespace {
 
+constexpr double inverseRootTwoPi = 0.39894228040143267794;
+// Below this exponent plain doubles are exact enough: their rounding then costs some 1e-15.
+constexpr double plainExponent = 5.0;
+
+// Stirling errors of 1/2, 1, ..., 31/2.
+constexpr long double stirlingOfHalves[] = {
+    0.1534264097200273452914L,   0.08106146679532725821967L,  0.05481412105191765389614L,
+    0.04134069595540929409382L,  0.03316287351993628748511L,  0.02767792568499833914879L,
+    0.02374616365629749597133L,  0.02079067210376509311152L,  0.01848845053267318523078L,
+    0.01664469118982119216319L,  0.01513497322191737887351L,  0.01387612882307074799875L,
+    0.01281046524292022692425L,  0.01189670994589177009506L,  0.01110455975820691732663L,
+    0.01041126526197209649748L,  0.00979941612615880329839L,  0.009255462182712732917729L,
+    0.008768700134139385462955L, 0.008330563433362871256469L, 0.00793411456431402054725L,
+    0.007573675487951840794972L, 0.007244554301320383179546L, 0.006942840107209529865664L,
+    0.006665247032707682442356L, 0.00640899418800420706844L,  0.006171712263039457647535L,
+    0.005951370112758847735624L, 0.005746216513010115682026L, 0.005554733551962801371039L,
+    0.005375599032926834493642L};
+
 constexpr long double twoPi = 6.283185307179586476925286766559L;
 
 // t - log(1 + t) for t > -1, without cancellation at small t: with r = t / (2 + t),
@@ -28,11 +46,70 @@ long double minusLog1pmx(long double t) {
   return r * (t - 2.0L * square * sum);
 }
 
+// The same for |t| <= 0.4 in double: |r| <= 1/4, and r^28 / 31 is below epsilon / 100.
+double plainMinusLog1pmx(double t) {
+  const double r = t / (2.0 + t);
+  const double s = r * r;
+  double sum = 1.0 / 7.0 + s * (1.0 / 9.0 + s * (1.0 / 11.0 + s * (1.0 / 13.0)));
+  if (s > 0.002) {
+    const double s4 = (s * s) * (s * s);
+    sum += s4 * ((1.0 / 15.0 + s * (1.0 / 17.0)) + s * s * (1.0 / 19.0 + s * (1.0 / 21.0)) +
+                 s4 * ((1.0 / 23.0 + s * (1.0 / 25.0)) + s * s * (1.0 / 27.0 + s * (1.0 / 29.0))));
+  }
+  sum = 1.0 / 3.0 + s * (1.0 / 5.0 + s * sum);
+  return r * (t - 2.0 * s * sum);
+}
+
+// deviance() in double, for results of moderate size.
+double plainDeviance(double a, double m, double difference) {
+  const double t = difference / a;
+  return std::fabs(t) < 0.4 ? a * plainMinusLog1pmx(t) : difference - a * std::log(m / a);
+}
+
+// z times the Stirling error of z in [1, 2), [2, 4), [4, 16): polynomials in 1 / z, the interval
+// mapped onto [-1, 1]; Chebyshev fits, good to 1e-19 before rounding.
+constexpr double stirlingFits[3][15] = {
+    {0.081957464015778484194, -0.00082087172520779136673, -0.000085441544342988799697,
+     0.000010948301026601234906, -6.0928396723039402634e-7, -3.6503142990790013522e-8,
+     1.5904055330358609143e-8, -2.6275368734842007184e-9, 2.6754331166090058715e-10,
+     -4.6447028774102907949e-12, -5.6561266724987927359e-12, 1.7142925389053344864e-12,
+     -3.3493165353533395354e-13, 4.5799805976479312543e-14, -2.9255113673006396981e-15},
+    {0.082957002867387417602, -0.00024215639682760500145, -0.000034999774904243378776,
+     1.5184843612426863382e-6, 3.6380441878809519526e-8, -1.0354742775316764567e-8,
+     6.9933761905045701932e-10, 1.3917743261698551782e-11, -9.2665672548992233507e-12,
+     1.179853694788921625e-12, -5.9279361912759097145e-14, -9.351366742025900316e-15,
+     2.6548452434588555355e-15, 0.0, 0.0},
+    {0.083265981167579469841, -0.000080274720122380019819, -0.000023436269573278043449,
+     3.7453922418405544359e-7, 4.6800674400496961777e-8, -2.9994670107683819261e-9,
+     -1.3335124541090326855e-10, 3.1321051281745899401e-11, -9.6697928230761013512e-13,
+     -3.0297688822423311176e-13, 4.5821717507735231835e-14, 1.9500677482232418593e-16,
+     -8.7957099352361150771e-16, 0.0, 0.0}};
+
+long double stirlingErrorByFit(double z) {
+  const double u = 1.0 / z;
+  const int piece = z < 2.0 ? 0 : z < 4.0 ? 1 : 2;
+  const double t = piece == 0   ? 4.0 * u - 3.0
+                   : piece == 1 ? 8.0 * u - 3.0
+                                : (u - 0.15625) / 0.09375;
+  const double* c = stirlingFits[piece];
+  double sum = 0.0;
+  for (int k = 14; k > 0; --k) {
+    sum = sum * t + c[k];
+  }
+  return (static_cast<long double>(sum * t) + c[0]) / static_cast<long double>(z);
+}
+
 }  // namespace
 
 // From 16 on, ten terms of the asymptotic series: next one below 2e-18.
 long double stirlingError(double z) {
   if (z < 16.0) {
+    if (const double twice = 2.0 * z; twice >= 1.0 && twice == std::floor(twice)) {
+      return stirlingOfHalves[static_cast<int>(twice) - 1];
+    }
+    if (z >= 1.0) {
+      return stirlingErrorByFit(z);
+    }
     const long double w = z;
     return std::lgamma(w + 1.0L) - (w + 0.5L) * std::log(w) + w - 0.5L * std::log(twoPi);
   }
@@ -70,6 +147,12 @@ double poissonWeight(double a, double x) {
   }
   const long double mean = x;
   const long double shape = a;
+  const auto stirling = static_cast<double>(stirlingError(a));
+  const auto excess = static_cast<double>(mean - shape);
+  if (const double plain = stirling + plainDeviance(a, x, excess);
+      plain < plainExponent && std::fabs(excess) < 20.0 * plainExponent) {
+    return std::exp(-plain) * (inverseRootTwoPi / std::sqrt(a));
+  }
   const long double exponent = stirlingError(a) + deviance(shape, mean, mean - shape);
   return static_cast<double>(std::exp(-exponent) / std::sqrt(twoPi * shape));
 }
@@ -92,9 +175,18 @@ double binomialWeight(double a, double b, long double x, long double y) {
   }
   const long double n = p + q;
   const long double difference = q * x - p * y;  // n x - a
-  const long double exponent = stirlingError(a) + stirlingError(b) -
-                               stirlingError(static_cast<double>(n)) +
-                               deviance(p, n * x, difference) + deviance(q, n * y, -difference);
+  const long double stirling =
+      stirlingError(a) + stirlingError(b) - stirlingError(static_cast<double>(n));
+  const auto gap = static_cast<double>(difference);
+  const auto total = static_cast<double>(n);
+  if (const double plain = static_cast<double>(stirling) +
+                           plainDeviance(a, static_cast<double>(n * x), gap) +
+                           plainDeviance(b, static_cast<double>(n * y), -gap);
+      plain < plainExponent && std::fabs(gap) < 20.0 * plainExponent) {
+    return std::exp(-plain) * inverseRootTwoPi * std::sqrt(total / a / b);
+  }
+  const long double exponent =
+      stirling + deviance(p, n * x, difference) + deviance(q, n * y, -difference);
   return static_cast<double>(std::exp(-exponent) * std::sqrt(n / (twoPi * p * q)));
 }
 

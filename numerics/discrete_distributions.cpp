@@ -1,6 +1,7 @@
 // Entry points of the discrete distributions.
 //
-// Poisson and binomial tails are incomplete gamma and beta functions.  Hypergeometric tails are
+// Poisson and binomial tails are sums of point probabilities where those are few, incomplete gamma
+// and beta functions elsewhere.  Hypergeometric tails are
 // sums of point probabilities away from the mode, in the direction in which they fall.
 
 #include <nag2/nag2.h>
@@ -31,12 +32,45 @@ void store(DomainCheck check, Outcome value, double* le, double* gt, double* eq)
   *eq = check.clamped(value.eq);
 }
 
+// 1 + r(1) + r(1) r(2) + ..., for ratios that fall; the sum ends where a ratio is not positive.
+template <typename Ratio>
+double sumOfProducts(Ratio ratio) {
+  double sum = 1.0;
+  double term = 1.0;
+  for (double j = 1.0; j < 1e4; j += 1.0) {
+    term *= ratio(j);
+    if (!(term > 1e-17 * sum)) {
+      break;
+    }
+    sum += term;
+  }
+  return sum;
+}
+
+// Most of a law's probability below and above k: the sums are short there.
+constexpr double shortMean = 100.0;
+constexpr double shortTrials = 1000.0;
+// A directly summed tail up to here leaves its complement enough digits.
+constexpr double mostOfAll = 0.7;
+
 Outcome poisson(double lambda, int64_t count) {
   const auto k = static_cast<double>(count);
   if (lambda == 0.0) {
     return {1.0, 0.0, count == 0 ? 1.0 : 0.0};
   }
-  return {gammaUpper(k + 1.0, lambda), gammaLower(k + 1.0, lambda), poissonWeight(k, lambda)};
+  const double eq = poissonWeight(k, lambda);
+  if (lambda <= shortMean && k <= 2.0 * shortMean) {
+    if (k >= lambda) {
+      const double gt = eq * (lambda / (k + 1.0)) *
+                        sumOfProducts([=](double j) { return lambda / (k + 1.0 + j); });
+      return {1.0 - gt, gt, eq};
+    }
+    const double le = eq * sumOfProducts([=](double j) { return (k - j + 1.0) / lambda; });
+    if (le < mostOfAll) {
+      return {le, 1.0 - le, eq};
+    }
+  }
+  return {gammaUpper(k + 1.0, lambda), gammaLower(k + 1.0, lambda), eq};
 }
 
 Outcome binomial(int64_t n, double p, int64_t count) {
@@ -46,8 +80,28 @@ Outcome binomial(int64_t n, double p, int64_t count) {
   const auto k = static_cast<double>(count);
   const auto rest = static_cast<double>(n - count);
   const UnitPoint at{p, 1.0L - p};
-  return {betaUpper(k + 1.0, rest, at), betaLower(k + 1.0, rest, at),
-          binomialWeight(k, rest, at.x, at.y)};
+  const double eq = binomialWeight(k, rest, at.x, at.y);
+  const double trials = k + rest;
+  if (trials <= shortTrials && p > 0.0 && p < 1.0) {
+    const double mean = trials * p;
+    if (k >= mean) {
+      const auto odds = static_cast<double>(at.x / at.y);
+      const double gt = eq * (rest / (k + 1.0)) * odds * sumOfProducts([=](double j) {
+                          return odds * ((rest - j) / (k + 1.0 + j));
+                        });
+      if (gt < mostOfAll) {
+        return {1.0 - gt, gt, eq};
+      }
+    } else {
+      const auto odds = static_cast<double>(at.y / at.x);
+      const double le =
+          eq * sumOfProducts([=](double j) { return odds * ((k - j + 1.0) / (rest + j)); });
+      if (le < mostOfAll) {
+        return {le, 1.0 - le, eq};
+      }
+    }
+  }
+  return {betaUpper(k + 1.0, rest, at), betaLower(k + 1.0, rest, at), eq};
 }
 
 // The table of a draw: k marked in the draw of l, m marked among n.

@@ -38,24 +38,52 @@ double gammaSeries(double a, double x) {
   return nan;
 }
 
-// Q(a, x) by Legendre's continued fraction (modified Lentz), for x > a + 1.
-double gammaFraction(double a, double x) {
-  double b = x + 1.0 - a;
-  double c = 1e300;
-  double d = 1.0 / b;
-  double value = d;
+// The value of a continued fraction b0 + a1 / (b1 + a2 / (b2 + ...)) by the recurrence of its
+// convergents, which needs no division a step; part(n, &a, &b) fills the n-th pair.  A NaN where it
+// has not converged.
+template <typename Part>
+double continuedFraction(double b0, Part part) {
+  double top = b0;
+  double lastTop = 1.0;
+  double bottom = 1.0;
+  double lastBottom = 0.0;
   for (int n = 1; n < maxTerms; ++n) {
-    const double an = -n * (n - a);
-    b += 2.0;
-    d = 1.0 / (an * d + b);
-    c = b + an / c;
-    const double factor = c * d;
-    value *= factor;
-    if (std::fabs(factor - 1.0) < epsilon) {
-      return poissonWeight(a, x) * a * value;
+    double a = 0.0;
+    double b = 0.0;
+    part(static_cast<double>(n), &a, &b);
+    const double nextTop = b * top + a * lastTop;
+    const double nextBottom = b * bottom + a * lastBottom;
+    lastTop = top;
+    lastBottom = bottom;
+    top = nextTop;
+    bottom = nextBottom;
+    const double cross = top * lastBottom;
+    if (std::fabs(cross - lastTop * bottom) <= epsilon * std::fabs(cross)) {
+      return top / bottom;
+    }
+    const double size = std::max(std::fabs(top), std::fabs(bottom));
+    if (size > 1e100 || size < 1e-100) {
+      const double scale = 1.0 / size;
+      if (!std::isfinite(scale)) {
+        return nan;
+      }
+      top *= scale;
+      bottom *= scale;
+      lastTop *= scale;
+      lastBottom *= scale;
     }
   }
   return nan;
+}
+
+// Q(a, x) by Legendre's continued fraction, for x > a + 1.
+double gammaFraction(double a, double x) {
+  const double b0 = x + 1.0 - a;
+  const double value = continuedFraction(b0, [=](double n, double* an, double* bn) {
+    *an = -n * (n - a);
+    *bn = b0 + 2.0 * n;
+  });
+  return poissonWeight(a, x) * a / value;
 }
 
 // Where Temme's expansion (or, for small shapes, the special forms of the upper tail) is the
@@ -71,25 +99,47 @@ double beyondFinite(double a, double x, bool lower) {
   return certain == lower ? 1.0 : 0.0;
 }
 
-// I_x(a, b) by the series x^a / (a B(a, b)) sum (1 - b)_n a x^n / (n! (a + n)), for b x below 1.
-double betaSeries(double a, double b, UnitPoint at) {
-  const double x = static_cast<double>(at.x);
-  double sum = 1.0;
-  double term = 1.0;
+// sum (1 - b)_n a x^n / (n! (a + n)); a NaN where it has not converged.
+template <typename Real>
+Real betaSeriesSum(double a, double b, Real x) {
+  Real sum = 1.0;
+  Real term = 1.0;
   for (int n = 1; n < maxTerms; ++n) {
-    term *= (n - b) / n * x;
-    const double part = term * (a / (a + n));
+    term *= (n - static_cast<Real>(b)) / n * x;
+    const Real part = term * (a / (static_cast<Real>(a) + n));
     sum += part;
     if (std::fabs(part) < 0.25 * epsilon * std::fabs(sum)) {
-      break;
+      return sum;
     }
   }
+  return nan;
+}
+
+// I_x(a, b) by the series x^a / (a B(a, b)) times the sum above, for b x below 1.  Near x = 1 the
+// terms are many, and a rounded x would be felt in their powers.
+double betaSeries(double a, double b, UnitPoint at) {
+  const double x = static_cast<double>(at.x);
+  const double sum =
+      x < 0.8 ? betaSeriesSum(a, b, x) : static_cast<double>(betaSeriesSum(a, b, at.x));
   // x^a / (a B(a, b)) = [x^a y^b Gamma(a+b+1) / (Gamma(a+1) Gamma(b+1))] y^-b b / (a + b).
-  const long double unscale = at.x < 0.5L
-                                  ? std::exp(-static_cast<long double>(b) * std::log1p(-at.x))
-                                  : std::pow(at.y, -static_cast<long double>(b));
-  return static_cast<double>(binomialWeight(a, b, at.x, at.y) * unscale *
-                             (b / (static_cast<long double>(a) + b)) * sum);
+  // Little precision is needed here: b log y is of order 1.
+  const double unscale =
+      x < 0.5 ? std::exp(-b * std::log1p(-x)) : std::pow(static_cast<double>(at.y), -b);
+  return binomialWeight(a, b, at.x, at.y) * unscale * (b / (a + b)) * sum;
+}
+
+// I_x(a, b) for a whole b: x^a sum over j < b of (a)_j y^j / j!, whose terms are all positive.
+double betaSum(double a, double b, UnitPoint at) {
+  const auto x = static_cast<double>(at.x);
+  const auto y = static_cast<double>(at.y);
+  double sum = 1.0;
+  double term = 1.0;
+  for (double j = 1.0; j < b; j += 1.0) {
+    term *= y * ((a + j - 1.0) / j);
+    sum += term;
+  }
+  const double rounding = static_cast<double>(at.x - x) / x;
+  return std::pow(x, a) * (1.0 + a * rounding) * sum;
 }
 
 // I_x(a, b) by the continued fraction, for x below a / (a + b) or little above.
@@ -97,36 +147,32 @@ double betaFraction(double a, double b, UnitPoint at) {
   const double x = static_cast<double>(at.x);
   const double excess =
       static_cast<double>(static_cast<long double>(a) * at.y - static_cast<long double>(b) * at.x);
-  const auto partialDenominator = [=](double m) {
-    return m + m * (b - m) * x / (a + 2.0 * m - 1.0) +
-           (a + m) * (excess + 1.0 + m * (2.0 - x)) / (a + 2.0 * m + 1.0);
-  };
-  constexpr double tiny = 1e-300;
-  double f = partialDenominator(0.0);
-  if (f == 0.0) {
-    f = tiny;
-  }
-  double c = f;
-  double d = 0.0;
-  for (int n = 1; n < maxTerms; ++n) {
-    const double m = n;
-    const double scale = a + 2.0 * m - 1.0;
-    const double numerator =
-        ((a + m - 1.0) / scale) * ((a + b + m - 1.0) / scale) * m * (b - m) * x * x;
-    const double denominator = partialDenominator(m);
-    d = denominator + numerator * d;
-    c = denominator + numerator / c;
-    d = 1.0 / (d == 0.0 ? tiny : d);
-    c = c == 0.0 ? tiny : c;
-    const double factor = c * d;
-    f *= factor;
-    if (std::fabs(factor - 1.0) < epsilon) {
-      break;
-    }
-  }
+  double inverse = 1.0 / (a + 1.0);  // 1 / (a + 2 m + 1)
+  const double f = continuedFraction(
+      a * (excess + 1.0) * inverse, [=](double m, double* am, double* bm) mutable {
+        const double last = inverse;
+        inverse = 1.0 / (a + 2.0 * m + 1.0);
+        const double rest = m * (b - m) * x * last;
+        *am = (a + m - 1.0) * last * (a + b + m - 1.0) * x * rest;
+        *bm = m + rest + (a + m) * (excess + 1.0 + m * (2.0 - x)) * inverse;
+      });
   // x^a y^b / B(a, b), the fraction's prefix.
   const double weight = binomialWeight(a, b, at.x, at.y);
   return weight * (a / (a + b)) * b / f;
+}
+
+// 1 - I_x(a, b) for small a and small x: 1 - exp(L) S with L = log(x^a / (a B(a, b))) and S the
+// series' sum, both near their limits 0 and 1 and good to long double's rounding.
+double betaSeriesComplement(double a, double b, UnitPoint at) {
+  const long double shape = a;
+  const long double other = b;
+  const long double gammas = b > 10.0 ? (other - 0.5L) * std::log1p(shape / other) +
+                                            shape * std::log(shape + other) - shape +
+                                            stirlingError(a + b) - stirlingError(b)
+                                      : std::lgamma(shape + other) - std::lgamma(other);
+  const long double log = shape * std::log(at.x) + gammas - std::lgamma(1.0L + shape);
+  const long double sum = betaSeriesSum(a, b, at.x);
+  return static_cast<double>(-std::expm1(log) - std::exp(log) * (sum - 1.0L));
 }
 
 struct Tails {
@@ -149,11 +195,15 @@ Tails betaTails(double a, double b, UnitPoint at) {
     return {other.upper, other.lower};
   }
   const double x = static_cast<double>(at.x);
+  if (b <= 16.0 && b == std::floor(b) && a <= 100.0 && a > 1.0 && x > 1e-3) {
+    const double direct = betaSum(a, b, at);
+    return {direct, 1.0 - direct};
+  }
   const bool series = x <= 0.7 ? b * x <= 0.7 || b <= 1.0 : a <= 1.0 && b <= 1.0 && x <= 0.99;
   const double direct = series ? betaSeries(a, b, at) : betaFraction(a, b, at);
-  if (direct > 0.7 && a <= 1.0 && at.y < 0.95L) {
-    // Small a: nearly all mass lies below x, and the rest needs its own positive series.
-    return {direct, betaSeries(b, a, {at.y, at.x})};
+  if (direct > 0.7 && a <= 1.0) {
+    // Small a: nearly all mass lies below x, and the rest needs its own sum.
+    return {direct, at.y < 0.95L ? betaSeries(b, a, {at.y, at.x}) : betaSeriesComplement(a, b, at)};
   }
   return {direct, 1.0 - direct};
 }
@@ -162,6 +212,50 @@ double betaDensity(double a, double b, UnitPoint at) {
   return static_cast<double>(binomialWeight(a, b, at.x, at.y) *
                              (static_cast<long double>(a) * b / (static_cast<long double>(a) + b)) /
                              (at.x * at.y));
+}
+
+// The root of I_x(a, b) = p (or of the complement) for a, b >= 1 and ordinary p, by Halley steps
+// from Abramowitz and Stegun's 26.5.22, in the smaller of x and 1 - x; false where they do not
+// settle.
+bool betaRootByHalley(double a, double b, double p, bool upperTail, UnitPoint* root) {
+  const double z = upperTail ? normalInverse(p) : -normalInverse(p);
+  const double mean = (z * z - 3.0) / 6.0;
+  const double fromA = 1.0 / (2.0 * a - 1.0);
+  const double fromB = 1.0 / (2.0 * b - 1.0);
+  const double h = 2.0 / (fromA + fromB);
+  const double spread = h + mean;
+  if (!(spread > 0.0)) {
+    return false;
+  }
+  const double w =
+      z * std::sqrt(spread) / h - (fromB - fromA) * (mean + 5.0 / 6.0 - 2.0 / (3.0 * h));
+  const double rest = b * std::exp(2.0 * w);
+  const bool left = a <= rest;
+  double u = left ? a / (a + rest) : rest / (a + rest);
+  const double own = left ? a : b;  // the parameter that belongs to u
+  const double other = left ? b : a;
+  const double sign = left != upperTail ? 1.0 : -1.0;
+  const double scale = binomialWeight(own, other, 0.5L, 0.5L) * own * (other / (own + other));
+  for (int i = 0; i < 6 && u > 0.0 && u < 0.75; ++i) {
+    const UnitPoint at = left ? UnitPoint{u, 1.0L - u} : UnitPoint{1.0L - u, u};
+    const Tails tails = betaTails(a, b, at);
+    const double v = 1.0 - u;
+    const double density =
+        scale * std::exp(own * std::log(2.0 * u) + other * std::log(2.0 * v)) / (u * v);
+    const double newton = sign * ((upperTail ? tails.upper : tails.lower) - p) / density;
+    const double bend = 0.5 * ((own - 1.0) / u - (other - 1.0) / v);
+    const double step = newton / (1.0 - newton * bend);
+    if (!(std::fabs(newton * bend) < 0.5)) {
+      return false;
+    }
+    u -= step;
+    // The error after a step is of third order in step times the sharpness of the law.
+    if (std::fabs(step) * (own / u + other / v) < 1e-5) {
+      *root = left ? UnitPoint{u, 1.0L - u} : UnitPoint{1.0L - u, u};
+      return true;
+    }
+  }
+  return false;
 }
 
 }  // namespace
@@ -213,6 +307,10 @@ double betaUpper(double a, double b, UnitPoint at) { return betaTails(a, b, at).
 UnitPoint betaInverse(double a, double b, double p, bool upperTail) {
   if (p <= 0.0 || p >= 1.0) {
     return (p <= 0.0) != upperTail ? UnitPoint{0.0L, 1.0L} : UnitPoint{1.0L, 0.0L};
+  }
+  if (UnitPoint root{}; p > 1e-8 && a >= 1.0 && b >= 1.0 && std::max(a, b) <= 100.0 &&
+                        betaRootByHalley(a, b, p, upperTail, &root)) {
+    return root;
   }
   double y = nan;
   const double x =

@@ -1,68 +1,213 @@
-"""Worst and median error of probabilities of libnag2 against mpmath at 60 digits.
+"""Errors of libnag2's probabilities and quantiles at the points of tests/data/accuracy.txt, beside R
+and SciPy where they are installed; --markdown writes the page docs/accuracy.md.
 
-usage: accuracy_report.py build/lib/libnag2.so
-
-Errors are relative, divided by max(1, kappa) with kappa = |x f(x) / F(x)|; points are random with a
-fixed seed.
+usage: accuracy_report.py build/lib/libnag2.so [--markdown]
 """
 
 import ctypes
-import random
+import math
+import os
+import subprocess
 import sys
 
-import mpmath as mp
+HERE = os.path.dirname(os.path.abspath(__file__))
+TABLE = os.path.join(HERE, "..", "data", "accuracy.txt")
+PAGE = os.path.join(HERE, "..", "..", "docs", "accuracy.md")
+TAILS = {"L": 1329, "U": 1330}
+GOAL = 1e-14
 
-mp.mp.dps = 60
-LIBRARY = ctypes.CDLL(sys.argv[1])
-LOWER, UPPER = 1329, 1330
+TITLES = {
+    "normal": "normal", "student": "Student t", "gamma": "gamma", "chi_square": "chi-square",
+    "beta": "beta", "f": "F", "poisson": "Poisson", "binomial": "binomial",
+    "hypergeometric": "hypergeometric", "noncentral_t": "non-central t",
+    "noncentral_chi_square": "non-central chi-square", "noncentral_f": "non-central F",
+    "noncentral_beta": "non-central beta"}
+QUANTILES = ("normal", "student", "gamma", "chi_square", "beta", "f")
 
+INTRODUCTION = """# Accuracy
 
-def call(name, *arguments):
-    function = getattr(LIBRARY, name)
-    function.restype = ctypes.c_double
-    kinds = [ctypes.c_int(x) if isinstance(x, int) else ctypes.c_double(x) for x in arguments]
-    return function(*kinds, None)
+Relative errors of the numerical library's lower (L) and upper (U) tail probabilities and of its
+quantiles, written by `make accuracy`.  The references are sums in 80 or more digits
+(tests/reference/accuracy_table.py); the points are random with a fixed seed: ordinary arguments,
+tails to 1e-300, and parameters as extreme as gamma shapes 1e-3 to 1e6, t with 0.1 to 1e8 degrees of
+freedom, beta parameters 1e-3 to 1e5, Poisson means to 1e6, binomial n and hypergeometric populations
+to 1e7, noncentrality to 1e3.
 
-
-def scaled_error(got, exact, density, x):
-    error = abs(got - exact) / exact / max(1, abs(x * density / exact))
-    return float(error) if error == error else float("inf")
-
-
-def report(name, results):
-    errors = sorted(r[0] for r in results)
-    worst = max(results)
-    median = errors[len(errors) // 2]
-    print(f"{name:24s} {len(results):4d} points  median {median:.1e}  worst {worst[0]:.1e}  at {worst[1:]}")
-
-
-def gamma():
-    lower, upper = [], []
-    for _ in range(60):
-        a = 10 ** random.uniform(-3, 3)
-        x = a * 10 ** random.uniform(-0.6, 0.5) if a > 1 else 10 ** random.uniform(-4, 1)
-        density = mp.exp((mp.mpf(a) - 1) * mp.log(x) - x - mp.loggamma(a))
-        for tail, limits, found in ((LOWER, (0, x), lower), (UPPER, (x, mp.inf), upper)):
-            exact = mp.gammainc(a, *limits, regularized=True)
-            if exact > 1e-300:
-                got = call("nag2_gamma_probability", tail, x, a, 1.0)
-                found.append((scaled_error(got, exact, density, x), a, x))
-    report("gamma lower", lower)
-    report("gamma upper", upper)
+The unit is 1e-14 max(1, k) for a probability and 1e-14 max(1, 1/k) for a quantile, with k = |x f(x) /
+F(x)| the condition number of the point (for a discrete law k P(X = k) / F(k)): 1 is the goal, and
+what lies below it is as good as the arguments' own rounding allows, to within some 45 epsilons.
+"inf" is a NaN, a zero or a failure.  Medians stand first, worst errors second.
+"""
 
 
-def beta():
-    found = []
-    for _ in range(50):
-        a, b, x = 10 ** random.uniform(-3, 2.5), 10 ** random.uniform(-3, 2.5), random.random()
-        exact = mp.betainc(a, b, 0, x, regularized=True)
-        density = mp.mpf(x) ** (a - 1) * (1 - mp.mpf(x)) ** (b - 1) / mp.beta(a, b)
-        if exact > 1e-300:
-            got = call("nag2_beta_probability", x, a, b, 0.0)
-            found.append((scaled_error(got, exact, density, x), a, b, x))
-    report("beta lower", found)
+def rows():
+    with open(TABLE) as table:
+        for line in table:
+            if not line.startswith("#"):
+                name, tail, *numbers = line.split()
+                numbers = [float(x) for x in numbers]
+                yield name, tail, numbers[:-4], numbers[-4], numbers[-3], numbers[-2], numbers[-1]
 
 
-random.seed(3)
-gamma()
-beta()
+class Library:
+    def __init__(self, path):
+        self.library = ctypes.CDLL(path)
+
+    def real(self, name, *arguments):
+        function = getattr(self.library, name)
+        function.restype = ctypes.c_double
+        kinds = [ctypes.c_int(v) if isinstance(v, int) else ctypes.c_double(v) for v in arguments]
+        return function(*kinds, None)
+
+    def discrete(self, name, tail, *arguments):
+        kinds = [ctypes.c_int64(v) if isinstance(v, int) else ctypes.c_double(v) for v in arguments]
+        results = [ctypes.c_double() for _ in range(3)]
+        getattr(self.library, name)(*kinds, *map(ctypes.byref, results), None)
+        return results[0 if tail == "L" else 1].value
+
+    def probability(self, name, tail, parameters, x):
+        p, t = parameters, TAILS[tail]
+        if name == "poisson":
+            return self.discrete("nag2_poisson", tail, p[0], int(x))
+        if name == "binomial":
+            return self.discrete("nag2_binomial", tail, int(p[0]), p[1], int(x))
+        if name == "hypergeometric":
+            return self.discrete("nag2_hypergeometric", tail, *map(int, p), int(x))
+        if name == "gamma":
+            p = [*p, 1.0]
+        if name == "beta":
+            return self.real("nag2_beta_probability", x, *p, 0.0)
+        if name.startswith("noncentral"):
+            return self.real(f"nag2_{name}_probability", x, *p, 1e-14, 100)
+        full = "student_t" if name == "student" else name
+        return self.real(f"nag2_{full}_probability", t, x, *p)
+
+    def quantile(self, name, tail, parameters, p):
+        if name in ("normal", "student"):
+            full = "student_t" if name == "student" else name
+            return self.real(f"nag2_{full}_quantile", TAILS[tail], p, *parameters)
+        if tail == "U":
+            return None
+        extra = {"gamma": [1.0, 0.0], "beta": [0.0]}.get(name, [])
+        return self.real(f"nag2_{name}_quantile", p, *parameters, *extra)
+
+
+R_NAMES = {"normal": "norm", "student": "t", "gamma": "gamma", "chi_square": "chisq", "beta": "beta",
+           "f": "f", "poisson": "pois", "binomial": "binom", "hypergeometric": "hyper",
+           "noncentral_t": "t", "noncentral_chi_square": "chisq", "noncentral_f": "f",
+           "noncentral_beta": "beta"}
+
+
+class R:
+    """One R process computes every value."""
+
+    def __init__(self, points):
+        script = ["options(warn = -1)"]
+        for name, tail, parameters, x, high, _, _ in points:
+            numbers = list(parameters)
+            if name == "hypergeometric":
+                n, l, m = parameters
+                numbers = [m, n - m, l]
+            arguments = ", ".join(map(repr, numbers))
+            end = (", " + arguments if arguments else "") + f", lower.tail = {'T' if tail == 'L' else 'F'}"
+            short = R_NAMES[name]
+            quantile = f"q{short}({high!r}{end})" if name in QUANTILES else "0"
+            script.append(f"cat(sprintf('%.17g %.17g\\n', as.double(p{short}({x!r}{end})), as.double({quantile})))")
+        done = subprocess.run(["R", "--vanilla", "--slave"], input="\n".join(script) + "\n",
+                              capture_output=True, text=True, check=True, timeout=300)
+        self.values = iter([tuple(float(v) if v not in ("NA", "NaN") else math.nan for v in line.split())
+                            for line in done.stdout.splitlines()])
+
+    def both(self, *_):
+        return next(self.values)
+
+
+class SciPy:
+    def __init__(self, _):
+        from scipy import special, stats
+        s = special
+        self.probabilities = {
+            "normal": (s.ndtr, lambda x: s.ndtr(-x)), "student": (s.stdtr, None),
+            "gamma": (s.gammainc, s.gammaincc),
+            "chi_square": (lambda n, x: s.chdtr(n, x), lambda n, x: s.chdtrc(n, x)),
+            "beta": (s.betainc, None), "f": (s.fdtr, s.fdtrc),
+            "poisson": (lambda m, k: s.pdtr(k, m), lambda m, k: s.pdtrc(k, m)),
+            "binomial": (lambda n, p, k: s.bdtr(k, int(n), p), lambda n, p, k: s.bdtrc(k, int(n), p)),
+            "hypergeometric": (lambda n, l, m, k: stats.hypergeom.cdf(k, int(n), int(m), int(l)),
+                               lambda n, l, m, k: stats.hypergeom.sf(k, int(n), int(m), int(l))),
+            "noncentral_t": (s.nctdtr, None),
+            "noncentral_chi_square": (lambda n, d, x: s.chndtr(x, n, d), None),
+            "noncentral_f": (s.ncfdtr, None)}
+        self.quantiles = {"normal": s.ndtri, "student": s.stdtrit, "gamma": s.gammaincinv,
+                          "chi_square": lambda n, p: 2 * s.gammaincinv(n / 2, p), "beta": s.betaincinv,
+                          "f": s.fdtri}
+
+    def both(self, name, tail, parameters, x, high):
+        function = self.probabilities.get(name, (None, None))["LU".index(tail)]
+        quantile = self.quantiles.get(name) if tail == "L" else None
+        return (float(function(*parameters, x)) if function else None,
+                float(quantile(*parameters, high)) if quantile else None)
+
+
+def relative(got, exact, rest):
+    """|got - (exact + rest)| / |exact|, rest far below exact."""
+    error = abs((got - exact) - rest) / abs(exact)
+    return error if error == error else math.inf
+
+
+def collect(library):
+    points = list(rows())
+    systems = [("vexel", library)]
+    for title, peer in (("R", R), ("SciPy", SciPy)):
+        try:
+            systems.append((title, peer(points)))
+        except (OSError, ImportError, subprocess.SubprocessError):
+            print(f"{title} is not there", file=sys.stderr)
+    found = {}
+    for name, tail, parameters, x, high, low, density in points:
+        kappa = abs(x * density / high)
+        for title, system in systems:
+            if title == "vexel":
+                values = (system.probability(name, tail, parameters, x),
+                          system.quantile(name, tail, parameters, high) if name in QUANTILES else None)
+            else:
+                values = system.both(name, tail, parameters, x, high)
+            if name not in QUANTILES or (tail == "U" and name not in ("normal", "student")):
+                values = (values[0], None)
+            shift = (-low if tail == "L" else low) / density
+            for operation, got, error, condition in (
+                    (f"probability {tail}", values[0], lambda g: relative(g, high, low), kappa),
+                    (f"quantile {tail}", values[1], lambda g: relative(g, x, shift),
+                     1 / kappa if kappa else math.inf)):
+                if got is not None:
+                    scaled = error(got) / (GOAL * max(1.0, condition))
+                    found.setdefault((name, operation), {}).setdefault(title, []).append(
+                        (scaled, *parameters, x, high))
+    return [title for title, _ in systems], found
+
+
+def cell(errors):
+    if not errors:
+        return "–"
+    scaled = sorted(e[0] for e in errors)
+    return f"{scaled[len(scaled) // 2]:.2g}, {scaled[-1]:.2g}"
+
+
+def main():
+    titles, found = collect(Library(sys.argv[1]))
+    lines = ["| distribution | operation | points | " + " | ".join(titles) + " |",
+             "|---" * (3 + len(titles)) + "|"]
+    for (name, operation), errors in found.items():
+        cells = " | ".join(cell(errors.get(title)) for title in titles)
+        lines.append(f"| {TITLES[name]} | {operation} | {len(errors['vexel'])} | {cells} |")
+        worst = max(errors["vexel"])
+        if worst[0] > 0.5:
+            print(f"{name} {operation}: {worst[0]:.2g} at {worst[1:]}", file=sys.stderr)
+    print("\n".join(lines))
+    if "--markdown" in sys.argv:
+        with open(PAGE, "w") as page:
+            page.write(INTRODUCTION + "\n" + "\n".join(lines) + "\n")
+
+
+if __name__ == "__main__":
+    main()
