@@ -5,7 +5,7 @@
 #   make asan      the tests under AddressSanitizer and UndefinedBehaviorSanitizer
 #   make bench     the measurements
 #   make bench-peers  the same jobs in R, SciPy, GSL and Boost: docs/performance.md
-#   make accuracy  error of every probability and quantile against high-precision references
+#   make accuracy  error of every probability and quantile against high-precision references: docs/accuracy.md
 #   make gallery   run the examples and write docs/gallery.md
 #   make format    format the sources; make format-check: fail where they are not
 #   make install PREFIX=/usr/local
@@ -53,7 +53,7 @@ gallery: build
 	@scripts/gallery build/bin/vexel
 
 accuracy: build
-	@python3 tests/reference/accuracy_report.py build/lib/libnag2.so
+	@PATH=/usr/bin:$$PATH python3 tests/reference/accuracy_report.py build/lib/libnag2.so --markdown
 
 format:
 	@$(SOURCES) | xargs clang-format -i
