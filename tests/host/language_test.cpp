@@ -159,6 +159,21 @@ TEST_F(LanguageTest, SharedPartsAreWalkedOnce) {
             "Error, too many levels of recursion");
 }
 
+// The same walks while every allocation collects, with values that nothing else holds.
+TEST_F(LanguageTest, ExpressionsSurviveCollectionWhileTheyAreWalked) {
+  kernel.stress(true);
+  EXPECT_EQ(
+      source("e := a: for i from 1 to 4 do e := sin(e) + i*b*e^2 end: f := diff(e, a): a := 0: "
+             "f"),
+      "1");
+  EXPECT_EQ(
+      source("clear(a): s := sum(i*u^i, i = 1 .. 30) - sum(i*u^i, i = 2 .. 30): evalf(s + 1/3)"),
+      "u + 0.333333333333333");
+  EXPECT_EQ(source("b := 1/2: g := c + b + 1 + d - c + 2*d + a - 3*d + 0.25: a := 1: g"), "2.75");
+  EXPECT_EQ(source("clear(b): max([seq(evalf(sqrt(i)), i = 1 .. 9)])"), "3.0");
+  kernel.stress(false);
+}
+
 // Hardware and software evaluation of one procedure agree.
 TEST_F(LanguageTest, HardwareAgreesWithSoftware) {
   for (const char* body :
