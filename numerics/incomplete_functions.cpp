@@ -268,7 +268,7 @@ double gammaLower(double a, double x) {
     return beyondFinite(a, x, true);
   }
   if (gammaByExpansion(a, x)) {
-    return a < 1.0 ? gammaSeries(a, x) : boostGammaP(a, x);
+    return a < 1.0 ? gammaSeries(a, x) : x > a ? 1.0 - boostGammaQ(a, x) : boostGammaP(a, x);
   }
   return x < a + 1.0 ? gammaSeries(a, x) : 1.0 - gammaFraction(a, x);
 }
@@ -281,7 +281,8 @@ double gammaUpper(double a, double x) {
     return beyondFinite(a, x, false);
   }
   if (gammaByExpansion(a, x)) {
-    return boostGammaQ(a, x);
+    // Far below the mean the expansion's upper tail is not quite the lower one's complement.
+    return a > 50.0 && x < a ? 1.0 - boostGammaP(a, x) : boostGammaQ(a, x);
   }
   return x < a + 1.0 ? 1.0 - gammaSeries(a, x) : gammaFraction(a, x);
 }
@@ -330,7 +331,24 @@ UnitPoint betaInverse(double a, double b, double p, bool upperTail) {
   return point(root);
 }
 
-double normalLower(double x) { return 0.5 * std::erfc(-x * 0.70710678118654752440); }
+double normalLower(double x) {
+  constexpr double kRootHalf = 0.70710678118654752440;
+  constexpr double kRootHalfRest = -4.8336466567264567e-17;  // of the root of 1/2
+  const double t = -x * kRootHalf;
+  if (!(t > 1.0) || t > 30.0) {
+    return 0.5 * std::erfc(t);
+  }
+  // What the product's rounding takes from t, times the slope of log erfc there.
+  const double rest = std::fma(-x, kRootHalf, -t) - x * kRootHalfRest;
+  return 0.5 * std::erfc(t) * (1.0 - 2.0 * t * rest);
+}
+
+double normalLower(long double x) {
+  const auto nearest = static_cast<double>(x);
+  const auto rest = static_cast<double>(x - nearest);
+  const double p = normalLower(nearest);
+  return nearest < -1.0 && std::isfinite(rest) ? p * (1.0 - nearest * rest) : p;
+}
 
 double normalInverse(double p) {
   if (p <= 0.0 || p >= 1.0) {

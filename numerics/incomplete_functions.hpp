@@ -23,6 +23,7 @@ UnitPoint betaInverse(double a, double b, double p, bool upperTail);
 
 // Standard normal lower tail and quantile.
 double normalLower(double x);
+double normalLower(long double x);  // of an argument that no double holds
 double normalInverse(double p);
 
 }  // namespace nag2

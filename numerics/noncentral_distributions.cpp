@@ -35,6 +35,7 @@ struct GammaFamily {
   // tail(j) - tail(j + 1)
   double decrement(double j) const { return poissonWeight(a + j, y); }
   double ratio(double j) const { return y / (a + j + 1.0); }  // decrement(j + 1) / decrement(j)
+  double tailFall(double j) const { return ratio(j); }        // at least tail(j + 1) / tail(j)
 };
 
 // Central beta part: tails I_x(a + j, b).
@@ -47,6 +48,8 @@ struct BetaFamily {
     return static_cast<double>(binomialWeight(a + j, b, at.x, at.y) * (b / (a + j + b)));
   }
   double ratio(double j) const { return static_cast<double>(at.x) * ((a + b + j) / (a + j + 1.0)); }
+  // The ratios of the decrements go to x, from above or, for b < 1, from below.
+  double tailFall(double j) const { return std::max(ratio(j), static_cast<double>(at.x)); }
 };
 
 // tail(j) within a factor of about two, from above: the geometric bound on the sum of decrements.
@@ -97,7 +100,8 @@ double poissonMixture(const Family& family, double mean, double tolerance, int m
   double decrement = startDecrement;
   const double largest = startWeight * startTail;
   while (true) {
-    const double fall = mean / (top + 1.0);
+    const double rise = mean / (top + 1.0);  // of the weights
+    const double fall = rise * std::min(1.0, family.tailFall(top));
     const double bound = weight * std::min(startTail, tailBound(family, top, decrement));
     if (fall < 1.0 && bound * (fall / (1.0 - fall)) < stop * largest) {
       break;
@@ -107,7 +111,7 @@ double poissonMixture(const Family& family, double mean, double tolerance, int m
     }
     decrement *= family.ratio(top);
     top += 1.0;
-    weight *= fall;
+    weight *= rise;
   }
   // Downwards from there; the middle's own values are taken up again where it is passed.
   double tail = family.tail(top);
@@ -146,7 +150,8 @@ class ChiIntegral {
 
   // The integrand over u without its constant factor.
   double at(double u) const {
-    return std::exp(0.5 * nu_ * excess(2.0 * u)) * normalLower(x_ * std::exp(u) - delta_);
+    const long double z = x_ * std::exp(static_cast<long double>(u)) - delta_;
+    return static_cast<double>(std::exp(0.5L * nu_ * excess(2.0L * u))) * normalLower(z);
   }
 
   // Its logarithm, good to a few digits where the normal tail underflows.
@@ -154,20 +159,20 @@ class ChiIntegral {
     const double z = x_ * std::exp(u) - delta_;
     const double logTail =
         z > -30.0 ? std::log(normalLower(z)) : -0.5 * z * z - std::log(-z) - 0.9189385332046727;
-    return 0.5 * nu_ * excess(2.0 * u) + logTail;
+    return 0.5 * nu_ * static_cast<double>(excess(2.0L * u)) + logTail;
   }
 
  private:
   // w - (exp(w) - 1), without cancellation near w = 0.
-  static double excess(double w) {
-    if (std::fabs(w) >= 0.2) {
+  static long double excess(long double w) {
+    if (std::fabs(w) >= 0.2L) {
       return w - std::expm1(w);
     }
-    double sum = 1.0;
-    for (int k = 12; k > 2; --k) {
-      sum = 1.0 + w / k * sum;
+    long double sum = 1.0L;
+    for (int k = 14; k > 2; --k) {
+      sum = 1.0L + w / k * sum;
     }
-    return -0.5 * w * w * sum;
+    return -0.5L * w * w * sum;
   }
 
   double x_;

@@ -20,6 +20,23 @@ TEST(DistributionValues, NoncentralTBelowZeroKeepsItsDigits) {
   EXPECT_EQ(fail.code, NAG2_OK);
 }
 
+// Weights and tails of the mixture run over many hundred orders of magnitude against each other.
+TEST(DistributionValues, DeepTailsOfMixturesSumEveryTermThatMatters) {
+  NagError fail{};
+  EXPECT_NEAR(
+      nag2_noncentral_chi_square_probability(0x1.5798ee2308c3ap-27, 0.5, 100, 1e-16, 100, &fail) /
+          1.789358697580701690516871e-24,
+      1.0, 1e-14);
+  EXPECT_NEAR(
+      nag2_noncentral_beta_probability(0x1.0624dd2f1a9fcp-10, 10, 3, 1000, 1e-16, 100, &fail) /
+          8.456651516430970294354072e-246,
+      1.0, 1e-13);
+  EXPECT_NEAR(nag2_noncentral_f_probability(3, 8, 200, 1000, 1e-16, 100, &fail) /
+                  1.771524622570254629541915e-150,
+              1.0, 8e-13);
+  EXPECT_EQ(fail.code, NAG2_OK);
+}
+
 TEST(DistributionValues, LargeShapesKeepTheMedian) {
   // The median of the gamma law is a - 1/3 + O(1/a).
   for (const double shape : {2e3, 1e6, 5e7}) {
