@@ -62,6 +62,9 @@ double continuedFraction(double b0, Part part) {
       return top / bottom;
     }
     const double size = std::max(std::fabs(top), std::fabs(bottom));
+    if (!std::isfinite(cross)) {
+      break;
+    }
     if (size > 1e100 || size < 1e-100) {
       const double scale = 1.0 / size;
       if (!std::isfinite(scale)) {
@@ -110,6 +113,9 @@ Real betaSeriesSum(double a, double b, Real x) {
     sum += part;
     if (std::fabs(part) < 0.25 * epsilon * std::fabs(sum)) {
       return sum;
+    }
+    if (!std::isfinite(part)) {
+      break;
     }
   }
   return nan;
@@ -200,7 +206,11 @@ Tails betaTails(double a, double b, UnitPoint at) {
     return {direct, 1.0 - direct};
   }
   const bool series = x <= 0.7 ? b * x <= 0.7 || b <= 1.0 : a <= 1.0 && b <= 1.0 && x <= 0.99;
-  const double direct = series ? betaSeries(a, b, at) : betaFraction(a, b, at);
+  // Near x = 1 with a small b the fraction loses digits; the mirrored series has none to lose.
+  const bool mirrored = !series && a <= 1.0 && b <= 1.0 && b > 1e-5;
+  const double direct = series     ? betaSeries(a, b, at)
+                        : mirrored ? betaSeriesComplement(b, a, {at.y, at.x})
+                                   : betaFraction(a, b, at);
   if (direct > 0.7 && a <= 1.0) {
     // Small a: nearly all mass lies below x, and the rest needs its own sum.
     return {direct, at.y < 0.95L ? betaSeries(b, a, {at.y, at.x}) : betaSeriesComplement(a, b, at)};

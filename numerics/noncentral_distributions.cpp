@@ -193,8 +193,9 @@ double integrandPeak(const ChiIntegral& f) {
   return 0.5 * (low + high);
 }
 
-// The trapezoidal rule with step h around the peak; nodes counts the evaluations.
-double trapezoid(const ChiIntegral& f, double peak, double spread, double h, double stop,
+// The trapezoidal rule with step h around the peak; nodes counts the evaluations.  A NaN where the
+// integrand has not faded within limit nodes to a side.
+double trapezoid(const ChiIntegral& f, double peak, double spread, double h, double limit,
                  double* nodes) {
   // v = 0 is the peak; u = peak + spread * (v - (exp(-v) - 1) / 8): slow left tails are cut short.
   const auto node = [&](double v) {
@@ -203,12 +204,15 @@ double trapezoid(const ChiIntegral& f, double peak, double spread, double h, dou
   };
   double sum = node(0.0);
   for (const double direction : {1.0, -1.0}) {
-    for (double i = 1.0; i < 1e6; i += 1.0) {
+    for (double i = 1.0;; i += 1.0) {
       const double value = node(direction * i * h);
       sum += value;
       *nodes += 1.0;
-      if (value <= stop * sum) {
+      if (value <= 0.01 * epsilon * sum) {
         break;
+      }
+      if (!(i < limit)) {
+        return notANumber;
       }
     }
   }
@@ -232,10 +236,11 @@ double studentLower(double x, double nu, double delta, double tolerance, int max
   const double stop = std::max(tolerance, epsilon);
   double nodes = 0.0;
   double h = 0.5;
-  double last = trapezoid(f, peak, spread, h, 0.01 * epsilon, &nodes);
-  while (nodes < static_cast<double>(maxIter) * termsPerStep) {
+  const double limit = static_cast<double>(maxIter) * termsPerStep;
+  double last = trapezoid(f, peak, spread, h, limit, &nodes);
+  while (nodes < limit) {
     h *= 0.5;
-    const double next = trapezoid(f, peak, spread, h, 0.01 * epsilon, &nodes);
+    const double next = trapezoid(f, peak, spread, h, limit, &nodes);
     // The rule's error is about squared by each halving: agreement to 1e-11 is enough.
     const double error = std::fabs(next - last) / next;
     if (error < 1e-11 || error < stop) {

@@ -104,9 +104,12 @@ double nag2_beta_quantile(double p, double a, double b, double tolerance, NagErr
  */
 
 /*
- * tolerance > 0 is the relative accuracy at which the summation may stop (values below machine
- * precision mean machine precision); max_iter the number of terms that may be summed.  A sum that
- * has not reached the tolerance within the limit is NAG2_NO_CONVERGENCE.
+ * tolerance > 0 is the relative size of what may be left out of the sum (values below machine
+ * precision mean machine precision).  max_iter limits the steps: one step is 16 terms of the
+ * Poisson mixture on either side of its largest term, or for the t law 16 nodes of its integral,
+ * the last halving of the nodes' distance carried through.  100 steps are enough for a
+ * noncentrality of 10^4 (chi-square, F, beta).  What has not reached the tolerance within the limit
+ * is NAG2_NO_CONVERGENCE.
  */
 double nag2_noncentral_t_probability(double x, double nu, double delta, double tolerance,
                                      int max_iter, NagError *fail);

@@ -275,6 +275,12 @@ def gamma_like(a, z):
     return a * 10 ** random.uniform(-min(300, 290 / a) if random.random() < 0.5 else -3, 0.5)
 
 
+def ordinary_parameter():
+    """Half of them whole or half-whole, as degrees of freedom and counts are."""
+    value = random.uniform(0.5, 20)
+    return value if random.random() < 0.5 else round(2 * value) / 2
+
+
 def points(name, tail):
     z = gaussian_score()
     z = z if tail == "L" else -z
@@ -285,10 +291,10 @@ def points(name, tail):
         nu = random.randint(1, 30) if ordinary else either_log(-1, 8)
         return (float(nu), z if nu > 30 else random.choice([z, z * either_log(0, 30 / nu)]))
     if name in ("gamma", "chi_square"):
-        a = random.uniform(0.5, 20) if ordinary else either_log(-3, 6)
+        a = ordinary_parameter() if ordinary else either_log(-3, 6)
         return (a, gamma_like(a, z)) if name == "gamma" else (2 * a, 2 * gamma_like(a, z))
     if name in ("beta", "f"):
-        a, b = ((random.uniform(0.5, 20), random.uniform(0.5, 20)) if ordinary
+        a, b = ((ordinary_parameter(), ordinary_parameter()) if ordinary
                 else (either_log(-3, 5), either_log(-3, 5)))
         u, v = gamma_like(a, z / 1.4), gamma_like(b, -z / 1.4)
         if v == 0:
@@ -327,7 +333,7 @@ def points(name, tail):
 
 
 COUNTS = {"normal": ("LU", 60), "student": ("L", 160), "gamma": ("LU", 90), "chi_square": ("LU", 70),
-          "beta": ("L", 170), "f": ("LU", 90), "poisson": ("LU", 80), "binomial": ("LU", 80),
+          "beta": ("L", 240), "f": ("LU", 120), "poisson": ("LU", 80), "binomial": ("LU", 80),
           "hypergeometric": ("LU", 60), "noncentral_t": ("L", 60), "noncentral_chi_square": ("L", 80),
           "noncentral_f": ("L", 80), "noncentral_beta": ("L", 80)}
 
