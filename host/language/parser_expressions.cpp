@@ -1,0 +1,429 @@
+// Expressions: by recursive descent, one function for each level of binding; procedures and calls.
+
+#include "core/errors.hpp"
+#include "core/numbers.hpp"
+#include "core/objects.hpp"
+#include "language/parser.hpp"
+
+namespace vexel {
+
+// --- expressions, loosest binding first ---
+
+Node* Parser::expressionSequence() {
+  const Token& at = peek();
+  Node* first = expression();
+  if (!isSymbol(",")) {
+    return first;
+  }
+  Node* node = make(NodeKind::sequence, at);
+  node->children.push_back(first);
+  while (acceptSymbol(",")) {
+    node->children.push_back(expression());
+  }
+  return node;
+}
+
+Node* Parser::expression() {
+  checkStack(state_);
+  if (arrowAhead()) {
+    return arrow();
+  }
+  return logical(0);
+}
+
+// level 0: or; level 1: and.
+Node* Parser::logical(int level) {
+  const Token& at = peek();
+  auto operand = [&]() -> Node* {
+    if (level == 0) {
+      return logical(1);
+    }
+    if (isKeyword("not")) {
+      Node* node = make(NodeKind::logicalNot, take());
+      int negations = 1;
+      while (acceptKeyword("not")) {
+        ++negations;
+      }
+      node->children.push_back(comparison());
+      if (negations % 2 == 0) {
+        Node* outer = make(NodeKind::logicalNot, at);
+        outer->children.push_back(node);
+        return outer;
+      }
+      return node;
+    }
+    return comparison();
+  };
+  const char* keyword = level == 0 ? "or" : "and";
+  Node* first = operand();
+  if (!isKeyword(keyword)) {
+    return first;
+  }
+  Node* node = make(level == 0 ? NodeKind::logicalOr : NodeKind::logicalAnd, at);
+  node->children.push_back(first);
+  while (acceptKeyword(keyword)) {
+    node->children.push_back(operand());
+  }
+  return node;
+}
+
+Node* Parser::comparison() {
+  static constexpr struct {
+    std::string_view text;
+    CompareOp op;
+  } kOperators[] = {{"=", CompareOp::equal},   {"<>", CompareOp::unequal},
+                    {"<", CompareOp::less},    {"<=", CompareOp::lessEqual},
+                    {">", CompareOp::greater}, {">=", CompareOp::greaterEqual}};
+  Node* left = rangeExpression();
+  for (const auto& [text, op] : kOperators) {
+    if (isSymbol(text)) {
+      Node* node = make(NodeKind::compare, take());
+      node->op = op;
+      // The right side of an option or equation may be a procedure.
+      node->children = {left, arrowAhead() ? arrow() : rangeExpression()};
+      return node;
+    }
+  }
+  return left;
+}
+
+Node* Parser::rangeExpression() {
+  Node* left = sum();
+  if (!isSymbol("..")) {
+    return left;
+  }
+  Node* node = make(NodeKind::range, take());
+  node->children = {left, sum()};
+  return node;
+}
+
+Node* Parser::sum() {
+  const Token& at = peek();
+  Node* first = product();
+  if (!isSymbol("+") && !isSymbol("-")) {
+    return first;
+  }
+  Node* node = make(NodeKind::sum, at);
+  node->children.push_back(first);
+  node->flags.push_back(false);
+  while (isSymbol("+") || isSymbol("-")) {
+    node->flags.push_back(take().text == "-");
+    node->children.push_back(product());
+  }
+  return node;
+}
+
+Node* Parser::product() {
+  const Token& at = peek();
+  Node* first = unary();
+  if (!isSymbol("*") && !isSymbol("/")) {
+    return first;
+  }
+  Node* node = make(NodeKind::product, at);
+  node->children.push_back(first);
+  node->flags.push_back(false);
+  while (isSymbol("*") || isSymbol("/")) {
+    node->flags.push_back(take().text == "/");
+    node->children.push_back(unary());
+  }
+  return node;
+}
+
+Node* Parser::unary() {
+  checkStack(state_);
+  const Token& at = peek();
+  bool negative = false;
+  while (isSymbol("-") || isSymbol("+")) {
+    negative = (take().text == "-") != negative;
+  }
+  Node* operand = power();
+  if (!negative) {
+    return operand;
+  }
+  if (operand->kind == NodeKind::literal && isReal(operand->value)) {
+    return literal(negate(state_, operand->value), at);
+  }
+  Node* node = make(NodeKind::negate, at);
+  node->children.push_back(operand);
+  return node;
+}
+
+Node* Parser::power() {
+  Node* base = postfix();
+  if (!isSymbol("^")) {
+    return base;
+  }
+  Node* node = make(NodeKind::power, take());
+  node->children = {base, unary()};
+  return node;
+}
+
+Node* Parser::postfix() {
+  Node* node = primary();
+  for (;;) {
+    const Token& at = peek();
+    if (isSymbol("(")) {
+      node = callOf(node, at);
+    } else if (isSymbol("[")) {
+      take();
+      Node* index = make(NodeKind::index, at);
+      index->children.push_back(node);
+      do {
+        index->children.push_back(expression());
+      } while (acceptSymbol(","));
+      expectSymbol("]");
+      node = index;
+    } else {
+      return node;
+    }
+  }
+}
+
+Node* Parser::primary() {
+  const Token& token = peek();
+  switch (token.kind) {
+    case TokenKind::number: {
+      const ALGEB value = numberFromText(state_, token.text);
+      if (value == nullptr) {
+        fail("expected a number");
+      }
+      take();
+      return literal(value, token);
+    }
+    case TokenKind::string:
+      take();
+      return literal(string(state_, unescape(token.text)), token);
+    case TokenKind::name:
+      take();
+      return nameReference(token);
+    case TokenKind::keyword:
+      if (token.text == "true" || token.text == "false") {
+        take();
+        return literal(boolean(state_, token.text == "true"), token);
+      }
+      if (token.text == "undefined" || token.text == "infinity") {
+        take();
+        return literal(token.text == "undefined" ? state_.undefined : state_.infinity, token);
+      }
+      if (token.text == "proc") {
+        return procedureExpression();
+      }
+      if (token.text == "if") {
+        return conditionalExpression();
+      }
+      break;
+    case TokenKind::symbol:
+      if (token.text == "(") {
+        take();
+        if (acceptSymbol(")")) {
+          return literal(state_.null, token);
+        }
+        Node* inner = expressionSequence();
+        expectSymbol(")");
+        return inner;
+      }
+      if (token.text == "[") {
+        Node* list = make(NodeKind::list, take());
+        if (!isSymbol("]")) {
+          do {
+            list->children.push_back(expression());
+          } while (acceptSymbol(","));
+        }
+        expectSymbol("]");
+        return list;
+      }
+      break;
+    default:
+      break;
+  }
+  fail("expected an expression");
+}
+
+Node* Parser::nameReference(const Token& token) {
+  if (const int slot = resolve(scopes_.size() - 1, token.text); slot >= 0) {
+    Node* node = make(NodeKind::slot, token);
+    node->slot = slot;
+    return node;
+  }
+  if (token.text == "NULL") {
+    return literal(state_.null, token);
+  }
+  if (token.text == "I") {
+    return literal(newComplex(state_, immediate(0), immediate(1)), token);
+  }
+  Node* node = make(NodeKind::global, token);
+  node->value = name(state_, token.text);
+  program_->literals.push(node->value);
+  return node;
+}
+
+// --- procedures ---
+
+// name -> , or ( [name {, name}] ) ->
+bool Parser::arrowAhead() const {
+  if (peek().kind == TokenKind::name) {
+    return isSymbol("->", 1);
+  }
+  if (!isSymbol("(")) {
+    return false;
+  }
+  std::size_t n = 1;
+  if (peek(n).kind == TokenKind::name) {
+    ++n;
+    while (isSymbol(",", n) && peek(n + 1).kind == TokenKind::name) {
+      n += 2;
+    }
+  }
+  return isSymbol(")", n) && isSymbol("->", n + 1);
+}
+
+Node* Parser::arrow() {
+  const std::size_t from = at_;
+  Node* node = make(NodeKind::procedure, peek());
+  node->function = openFunction();
+  if (acceptSymbol("(")) {
+    while (peek().kind == TokenKind::name) {
+      addSlot(take().text);
+      acceptSymbol(",");
+    }
+    expectSymbol(")");
+  } else {
+    addSlot(take().text);
+  }
+  node->function->parameters = node->function->slots;
+  expectSymbol("->");
+  node->function->body = expression();
+  node->function->source = sourceBetween(from, at_);
+  closeFunction();
+  return node;
+}
+
+Node* Parser::procedureExpression() {
+  const std::size_t from = at_;
+  Node* node = make(NodeKind::procedure, take());
+  node->function = openFunction();
+  auto names = [&] {
+    while (peek().kind == TokenKind::name) {
+      addSlot(take().text);
+      if (!acceptSymbol(",")) {
+        break;
+      }
+    }
+  };
+  expectSymbol("(");
+  names();
+  expectSymbol(")");
+  node->function->parameters = node->function->slots;
+  while (acceptKeyword("local")) {
+    names();
+    if (!acceptSymbol(";") && !acceptSymbol(":")) {
+      fail("expected ';' after the local names");
+    }
+  }
+  node->function->body = statementList();
+  expectKeyword("end");
+  node->function->source = sourceBetween(from, at_);
+  closeFunction();
+  return node;
+}
+
+// "if" with a parenthesis that holds a comma of its own.
+bool Parser::conditionalAhead() const { return isSymbol("(", 1) && firstComma_[at_ + 1] != 0; }
+
+Node* Parser::conditionalExpression() {
+  Node* node = make(NodeKind::conditional, take());
+  expectSymbol("(");
+  for (int i = 0; i < 3; ++i) {
+    node->children.push_back(expression());
+    expectSymbol(i < 2 ? "," : ")");
+  }
+  return node;
+}
+
+// --- calls ---
+
+Node* Parser::callOf(Node* function, const Token& at) {
+  const std::string_view called = function->kind == NodeKind::global ? text(function->value) : "";
+  take();
+  if ((called == "seq" || called == "sum") && !isSymbol(")")) {
+    if (Node* over = overRange(called == "seq" ? NodeKind::sequenceOver : NodeKind::sumOver, at)) {
+      return over;
+    }
+  }
+  Node* call = make(NodeKind::call, at);
+  call->children.push_back(function);
+  if (!isSymbol(")")) {
+    do {
+      call->children.push_back(expression());
+    } while (acceptSymbol(","));
+  }
+  expectSymbol(")");
+  if (called == "clear" && call->children.size() == 2 &&
+      call->children[1]->kind == NodeKind::global) {
+    call->kind = NodeKind::clear;
+    call->value = call->children[1]->value;
+    call->children.clear();
+  } else if (called == "evalhf" && call->children.size() == 2) {
+    call->kind = NodeKind::hardware;
+  } else if (called == "Array") {
+    for (std::size_t i = 1; i < call->children.size(); ++i) {
+      quoteOption(call->children[i]);
+    }
+  }
+  return call;
+}
+
+// seq(e, i = a .. b): i is bound in e, so e is parsed with a slot for it.  Null when the call has
+// another shape; the tokens are then as before.
+Node* Parser::overRange(NodeKind kind, const Token& at) {
+  // The comma that ends e, relative to the parser's place just after the parenthesis.
+  const std::size_t comma = firstComma_[at_ - 1];
+  if (comma == 0) {
+    return nullptr;
+  }
+  const std::size_t n = comma - at_;
+  if (peek(n + 1).kind != TokenKind::name || !isSymbol("=", n + 2)) {
+    return nullptr;
+  }
+  Node* node = make(kind, at);
+  const std::string_view variable = peek(n + 1).text;
+  node->slot = addSlot(variable);
+  Node* body = expression();
+  // Captures may have been added at the front; the bound name is the last.
+  scopes_.back().bindings.pop_back();
+  expectSymbol(",");
+  take();
+  expectSymbol("=");
+  Node* lower = sum();
+  expectSymbol("..");
+  Node* upper = sum();
+  expectSymbol(")");
+  node->children = {body, lower, upper};
+  return node;
+}
+
+// "datatype = float[8]" means these words, whatever values the names have.
+void Parser::quoteOption(Node* argument) {
+  if (argument->kind != NodeKind::compare || argument->op != CompareOp::equal ||
+      argument->children[0]->kind != NodeKind::global) {
+    return;
+  }
+  auto quote = [&](Node* node) {
+    if (node->kind == NodeKind::global) {
+      node->kind = NodeKind::literal;
+    } else if (node->kind == NodeKind::index && node->children.size() == 2 &&
+               node->children[0]->kind == NodeKind::global &&
+               node->children[1]->kind == NodeKind::literal &&
+               isImmediate(node->children[1]->value)) {
+      node->value =
+          name(state_, std::string(text(node->children[0]->value)) + "[" +
+                           std::to_string(immediateValue(node->children[1]->value)) + "]");
+      program_->literals.push(node->value);
+      node->kind = NodeKind::literal;
+    }
+  };
+  quote(argument->children[0]);
+  quote(argument->children[1]);
+}
+
+}  // namespace vexel
