@@ -134,6 +134,18 @@ double betaSeries(double a, double b, UnitPoint at) {
   return binomialWeight(a, b, at.x, at.y) * unscale * (b / (a + b)) * sum;
 }
 
+// x^a, by multiplications where they are few.
+double power(double x, double a) {
+  if (a > 8.0 || a != std::floor(a)) {
+    return std::pow(x, a);
+  }
+  double value = 1.0;
+  for (double k = 0.0; k < a; k += 1.0) {
+    value *= x;
+  }
+  return value;
+}
+
 // I_x(a, b) for a whole b: x^a sum over j < b of (a)_j y^j / j!, whose terms are all positive.
 double betaSum(double a, double b, UnitPoint at) {
   const auto x = static_cast<double>(at.x);
@@ -145,7 +157,7 @@ double betaSum(double a, double b, UnitPoint at) {
     sum += term;
   }
   const double rounding = static_cast<double>(at.x - x) / x;
-  return std::pow(x, a) * (1.0 + a * rounding) * sum;
+  return power(x, a) * (1.0 + a * rounding) * sum;
 }
 
 // I_x(a, b) by the continued fraction, for x below a / (a + b) or little above.

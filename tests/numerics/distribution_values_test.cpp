@@ -86,6 +86,31 @@ TEST(DistributionValues, InfiniteBetaParametersAreAPoint) {
   }
 }
 
+// Every call ends soon, with a number or with a failure that has a message, never a silent NaN.
+TEST(DistributionValues, ExtremeArgumentsEndInAValueOrAFailure) {
+  constexpr double kInfinity = std::numeric_limits<double>::infinity();
+  const auto ends = [](double value, const NagError& fail) {
+    EXPECT_NE(std::isnan(value), fail.code == NAG2_OK) << fail.message;
+  };
+  for (const double a : {5e-324, 1e-300, 0.5, 3.3, 1e10, 1e100, 1.7e308, kInfinity}) {
+    for (const double x : {-1e308, 1e-12, 0.3, 1.7e308}) {
+      const double p = x > 0.0 && x < 1.0 ? x : 0.5;
+      for (const double b : {5e-324, 0.7, 1e300}) {
+        NagError fails[9] = {};
+        ends(nag2_student_t_probability(Nag_LowerTail, x, a, &fails[0]), fails[0]);
+        ends(nag2_gamma_probability(Nag_UpperTail, x, a, b, &fails[1]), fails[1]);
+        ends(nag2_beta_probability(x, a, b, 0.0, &fails[2]), fails[2]);
+        ends(nag2_f_probability(Nag_UpperTail, x, a, b, &fails[3]), fails[3]);
+        ends(nag2_f_quantile(p, a, b, &fails[4]), fails[4]);
+        ends(nag2_noncentral_t_probability(x, a, b, 1e-14, 100, &fails[5]), fails[5]);
+        ends(nag2_noncentral_f_probability(x, a, b, 3.0, 1e-14, 100, &fails[6]), fails[6]);
+        ends(nag2_noncentral_chi_square_probability(x, a, b, 1e-14, 100, &fails[7]), fails[7]);
+        ends(nag2_student_t_quantile(Nag_LowerTail, p, a, &fails[8]), fails[8]);
+      }
+    }
+  }
+}
+
 TEST(DistributionValues, FailuresNameParameterValueAndConstraint) {
   NagError fail{};
   EXPECT_TRUE(std::isnan(nag2_student_t_probability(Nag_LowerTail, 1.0, -1.0, &fail)));
