@@ -113,19 +113,17 @@ long double stirlingError(double z) {
     const long double w = z;
     return std::lgamma(w + 1.0L) - (w + 0.5L) * std::log(w) + w - 0.5L * std::log(twoPi);
   }
-  // Bernoulli numbers B(2k) / (2k (2k - 1)).
-  static constexpr long double coefficient[] = {
-      1.0L / 12.0L,         -1.0L / 360.0L,        1.0L / 1260.0L, -1.0L / 1680.0L,
-      1.0L / 1188.0L,       -691.0L / 360360.0L,   1.0L / 156.0L,  -3617.0L / 122400.0L,
-      43867.0L / 244188.0L, -174611.0L / 125400.0L};
-  const long double inverse = 1.0L / static_cast<long double>(z);
-  const long double square = inverse * inverse;
-  int k = z > 1e5 ? 3 : z > 200.0 ? 6 : 10;
-  long double sum = 0.0L;
+  // Bernoulli numbers B(2k) / (2k (2k - 1)), k > 1; only the first term needs more than a double.
+  static constexpr double coefficient[] = {
+      -1.0 / 360.0, 1.0 / 1260.0,       -1.0 / 1680.0,      1.0 / 1188.0,        -691.0 / 360360.0,
+      1.0 / 156.0,  -3617.0 / 122400.0, 43867.0 / 244188.0, -174611.0 / 125400.0};
+  const double square = 1.0 / z / z;
+  int k = z > 1e5 ? 2 : z > 200.0 ? 5 : 9;
+  double sum = 0.0;
   while (k > 0) {
     sum = sum * square + coefficient[--k];
   }
-  return sum * inverse;
+  return (1.0L / 12.0L + sum * square) / static_cast<long double>(z);
 }
 
 long double deviance(long double a, long double m, long double difference) {
