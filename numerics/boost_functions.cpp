@@ -3,6 +3,10 @@
 // Promotion to long double is off: it costs a factor of ten.  The callers keep to the ranges where
 // the double versions are accurate, or use the value as the start of an iteration of their own.
 
+// Boost's assertions would end the process where its own intermediate results degenerate; their
+// values are checked or corrected by the callers instead.
+#define BOOST_DISABLE_ASSERTS
+
 #include "boost_functions.hpp"
 
 #include <boost/math/policies/policy.hpp>
