@@ -126,11 +126,16 @@ double pointProbability(const Table& t) {
          binomialWeight(static_cast<double>(drawn), static_cast<double>(left), x, y);
 }
 
-// Sum of the point probabilities at k, k - 1, ... relative to the one at k.
+// Sum of the point probabilities at k, k - 1, ... relative to the one at k; a NaN where they are
+// too many, which takes a standard deviation of some ten million.
 double fallingSum(Table t) {
   double sum = 1.0;
   double term = 1.0;
-  while (t.k > 0.0 && t.rest > 0.0 && term > 1e-17 * sum) {
+  constexpr int most = 100'000'000;
+  for (int i = 0; t.k > 0.0 && t.rest > 0.0 && term > 1e-17 * sum; ++i) {
+    if (i == most) {
+      return NAN;
+    }
     term *= (t.k / (t.bare + 1.0)) * (t.rest / (t.plain + 1.0));
     sum += term;
     t = {t.k - 1.0, t.bare + 1.0, t.plain + 1.0, t.rest - 1.0};
@@ -144,15 +149,14 @@ Outcome hypergeometric(const Table& t) {
   // lower one of the mirrored table.
   const bool lowerSide = t.k * t.rest <= t.bare * t.plain;
   if (lowerSide) {
-    const double le = std::min(1.0, eq * fallingSum(t));
+    const double le = eq * fallingSum(t);  // clamped where it is stored
     return {le, 1.0 - le, eq};
   }
   if (t.bare == 0.0 || t.plain == 0.0) {
     return {1.0, 0.0, eq};
   }
   const Table next{t.bare - 1.0, t.k + 1.0, t.rest + 1.0, t.plain - 1.0};
-  const double gt = std::min(
-      1.0, pointProbability({next.k, next.bare, next.plain, next.rest}) * fallingSum(next));
+  const double gt = pointProbability({next.k, next.bare, next.plain, next.rest}) * fallingSum(next);
   return {1.0 - gt, gt, eq};
 }
 

@@ -133,7 +133,8 @@ void nag2_poisson(double lambda, int64_t k, double *le, double *gt, double *eq, 
 /* n >= 0 trials, success probability 0 <= p <= 1. */
 void nag2_binomial(int64_t n, double p, int64_t k, double *le, double *gt, double *eq,
                    NagError *fail);
-/* k marked among l drawn from a population n with m marked; 0 <= l <= n, 0 <= m <= n. */
+/* k marked among l drawn from a population n with m marked; 0 <= l <= n, 0 <= m <= n.  A tail of
+ * more than 10^8 terms is NAG2_NO_CONVERGENCE. */
 void nag2_hypergeometric(int64_t n, int64_t l, int64_t m, int64_t k, double *le, double *gt,
                          double *eq, NagError *fail);
 
