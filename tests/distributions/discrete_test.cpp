@@ -129,7 +129,7 @@ TEST_F(DiscreteTest, NormalApproximationsKeepTheirCoefficients) {
   for (const auto& [a, b, message] :
        {std::tuple{0.5, 2.0, "Error: Parameter A is 0.5, a disallowed value."},
         std::tuple{2.0, 0.5, "Error: Parameter B is 0.5, a disallowed value."}}) {
-    EXPECT_EQ(hostError([&] {
+    EXPECT_EQ(hostError([&, a = a, b = b] {
                 inHost(kernel, [&] { STATS_NormalWApprox_HW(kernel.vector(), 0.3, a, b); });
               }),
               message);
