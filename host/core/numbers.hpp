@@ -26,7 +26,7 @@
 namespace vexel {
 
 inline constexpr std::size_t kMaxIntegerBits = std::size_t{1} << 26;  // 20 million digits
-inline constexpr int kMaxDigits = 10'000'000;                         // of software floats
+inline constexpr int kMaxDigits = 1'000'000;                          // of software floats
 inline constexpr std::int64_t kMaxExponent =
     300'000'000;  // decimal, of floats; within what MPFR represents
 

@@ -31,6 +31,7 @@ int order(State& state, ALGEB a, ALGEB b) {
     return 0;
   }
   checkStack(state);
+  lookAtInterrupt();
   auto kind = [](ALGEB x) {
     return isNumber(x)               ? 0
            : is(x, Tag::name)        ? 1

@@ -183,7 +183,12 @@ Node* Parser::primary() {
   const Token& token = peek();
   switch (token.kind) {
     case TokenKind::number: {
-      const ALGEB value = numberFromText(state_, token.text);
+      ALGEB value = nullptr;
+      try {
+        value = numberFromText(state_, token.text);
+      } catch (const HostErrorToken&) {
+        throw SyntaxError{pendingErrorText(state_), token.position, false};
+      }
       if (value == nullptr) {
         fail("expected a number");
       }

@@ -138,10 +138,17 @@ TEST_F(CommandTest, TheSeedDecidesTheDraws) {
 }
 
 TEST_F(CommandTest, AnInterruptEndsTheStatementWithAnError) {
-  const std::string script = file("loop.vx", "while true do 1 end;\n");
-  const Outcome ended = run(script, "", "timeout --preserve-status -s INT 1 ");
-  EXPECT_THAT(ended.errors, HasSubstr("Error, "));
-  EXPECT_EQ(ended.status, 1);
+  for (const char* text : {
+           "while true do 1 end;\n",
+           "x := a: for i from 1 to 10^4 do x := sin(x) + 1 end: diff(x, a):\n",
+           "STATS_VexelNewtonRaphson_HW(0, x -> x^2 + 1, x -> 2*x, 1.5, false, 0, false, 0, 10, "
+           "2147483647):\n",
+       }) {
+    const std::string script = file("loop.vx", text);
+    const Outcome ended = run(script, "", "timeout --preserve-status -k 20 -s INT 1 ");
+    EXPECT_THAT(ended.errors, HasSubstr("Error, interrupted")) << text;
+    EXPECT_EQ(ended.status, 1) << text;
+  }
 }
 
 }  // namespace

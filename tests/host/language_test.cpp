@@ -47,6 +47,7 @@ TEST_F(LanguageTest, PrintsWhatReadsBack) {
       {"1.0/3", "0.333333333333333"},
       {"Digits := 5: 1.0/3", "0.33333"},
       {"1/0.0", "Float(infinity)"},
+      {"[sin(1e400), cos(1e400)]", "[-0.998538231983098, -0.0540499701023906]"},
       {"undefined", "Float(undefined)"},
       {"-infinity", "-Float(infinity)"},
       // symbolic
@@ -105,6 +106,10 @@ TEST_F(LanguageTest, PrintsWhatReadsBack) {
 TEST_F(LanguageTest, RefusesWhatHasNoValue) {
   static constexpr Case kCases[] = {
       {"1/0", "division by zero"},
+      {"sin(1e100000000)", "argument too large"},
+      {"1e999999999999", "exponent of a float out of range"},
+      {"Digits := 10^7", "number of digits out of range"},
+      {"evalf(Pi, 10^9)", "number of digits out of range"},
       {"[1, 2][3]", "index out of range: 3"},
       {"error(\"%1 is not %2\", 1, [2])", "1 is not [2]"},
       {"evalhf(foo)", "foo"},
@@ -156,6 +161,7 @@ TEST_F(LanguageTest, SharedPartsAreWalkedOnce) {
             "2000, 1999");
   EXPECT_EQ(source("clear(x): s := sum(x*z^i, i = 1 .. 50): x := 2: s - 2*sum(z^i, i = 1 .. 50)"),
             "0");
+  kernel.stress(false);  // 100000 collections of a growing heap
   EXPECT_EQ(source("t := z: for i from 1 to 100000 do t := sin(t) end: z := 0: t"),
             "Error, too many levels of recursion");
 }
