@@ -4,7 +4,6 @@
 
 #include "language/elementary.hpp"
 
-#include <algorithm>
 #include <array>
 #include <cmath>
 
@@ -49,18 +48,6 @@ constexpr std::array kFunctions = {
     ElementaryFunction{"erfc", mpfr_erfc, std::erfc},
     ElementaryFunction{"gamma", mpfr_gamma, std::tgamma},
 };
-
-// Beyond some 300 000 digits before the point a reduction by pi takes longer than Ctrl-C may wait.
-constexpr std::int64_t kMostBitsBeforePoint = 1'000'000;
-
-bool isPeriodic(std::string_view f) { return f == "sin" || f == "cos" || f == "tan"; }
-
-// e with |x| < 2^e, near enough; 0 for zero and what is not finite.
-std::int64_t exponentOf(State& state, ALGEB x) {
-  RealNumber rounded(53);
-  toMpfr(state, rounded.get(), x);
-  return mpfr_regular_p(rounded.get()) != 0 ? mpfr_get_exp(rounded.get()) : 0;
-}
 
 // Repeats compute(result, bits), which errs by at most an ulp or two, with growing precision until
 // the rounding to digits is settled.  An exact value settles never; it is taken as it is in the
@@ -206,6 +193,14 @@ constexpr int kMostDigits = 1'000'000;
 // So does reducing a huge angle, which needs as many bits of pi as the angle has before its point.
 constexpr mpfr_exp_t kMostAngleBits = 400000;
 
+// How many bits of |x| lie before the point: what a reduction by pi takes away.
+mpfr_prec_t bitsBeforePoint(State& state, ALGEB x) {
+  RealNumber rounded(64);
+  toMpfr(state, rounded.get(), x);
+  const bool large = mpfr_regular_p(rounded.get()) != 0 && mpfr_get_exp(rounded.get()) > 0;
+  return large ? mpfr_get_exp(rounded.get()) : 0;
+}
+
 void requireReach(State& state, const ElementaryFunction& f, ALGEB x, int digits) {
   const bool slow = f.name == "gamma" || f.name == "lgamma" || f.name == "erf" || f.name == "erfc";
   if (digits > (slow ? kMostGammaDigits : kMostDigits) && f.name != "sqrt") {
@@ -228,13 +223,16 @@ ALGEB elementaryFloat(State& state, const ElementaryFunction& f, ALGEB x, int di
   if (f.name == "sqrt" && sign(x) < 0) {
     return newComplex(state, immediate(0), elementaryFloat(state, f, negate(state, x), digits));
   }
-  // The argument itself is rounded, which the function may magnify: double the precision.  The
-  // periodic functions lose as many bits as there are before the point.
-  const std::int64_t bitsBeforePoint = isPeriodic(f.name) ? exponentOf(state, x) : 0;
-  if (bitsBeforePoint > kMostBitsBeforePoint) {
-    raise(state, "argument too large, received: %1", x);
+  const bool isPeriodic = f.name == "sin" || f.name == "cos" || f.name == "tan";
+  const mpfr_prec_t extraBits = isPeriodic ? bitsBeforePoint(state, x) : 0;
+  if (isRational(x)) {
+    // The argument itself is rounded, which the function may magnify: double the precision.
+    return settled(state, digits, [&](mpfr_ptr r, mpfr_prec_t bits) {
+      RealNumber argument(2 * bits + 64 + extraBits);
+      toMpfr(state, argument.get(), x);
+      f.real(r, argument.get(), MPFR_RNDN);
+    });
   }
-  const auto extraBits = static_cast<mpfr_prec_t>(std::max(std::int64_t{0}, bitsBeforePoint));
   return settled(state, digits, [&](mpfr_ptr r, mpfr_prec_t bits) {
     RealNumber argument(2 * bits + 64 + extraBits);
     toMpfr(state, argument.get(), x);
