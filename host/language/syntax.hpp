@@ -86,7 +86,7 @@ struct Program {
   Handles literals;  // keeps literal values alive
   FunctionCode* top = nullptr;
   std::shared_ptr<const std::string> text;  // the name of the text it stands in; null: none
-  bool printed = false;  // ended with ';'
+  bool printed = false;                     // ended with ';'
   Position start;
   Position end;
 };

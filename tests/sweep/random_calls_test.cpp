@@ -17,7 +17,7 @@ TEST_F(RandomCalls, NeverHarmTheProcess) {
   kernel.onUserInfo([](int, const std::string&, const std::string&) {});
   CallGrammar grammar(kernel);
   const char* wanted = std::getenv("VEXEL_RANDOM_CALLS");
-  const int calls = wanted != nullptr ? std::atoi(wanted) : 20000;
+  const int calls = wanted != nullptr ? std::atoi(wanted) : 200000;
   const char* seedText = std::getenv("VEXEL_RANDOM_SEED");
   std::mt19937_64 random(seedText != nullptr ? std::strtoull(seedText, nullptr, 10) : 1);
   for (int made = 0; made < calls;) {
