@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include <csignal>
+#include <cstdlib>
 #include <exception>
 #include <fstream>
 #include <iostream>
@@ -81,6 +82,9 @@ int main(int argc, char** argv) {
     kernel.loadLibrary(options.library.empty() ? findStatisticsLibrary() : options.library);
     if (options.seed) {
       kernel.seed(*options.seed);
+    }
+    if (std::getenv("VEXEL_STRESS") != nullptr) {
+      kernel.stress(true);  // a collection at every allocation, to find what the collector misses
     }
     Runner runner(kernel, options);
     if (!runInputs(runner, options)) {

@@ -1,5 +1,5 @@
-"""Errors of libnag2's probabilities and quantiles at the points of tests/data/accuracy.txt, beside R
-and SciPy where they are installed; --markdown writes the page docs/accuracy.md.
+"""Errors of libnag2's probabilities and quantiles at the points of tests/data/accuracy.txt, beside R,
+SciPy and Boost where they are installed; --markdown writes the page docs/accuracy.md.
 
 usage: accuracy_report.py build/lib/libnag2.so [--markdown]
 """
@@ -9,6 +9,7 @@ import math
 import os
 import subprocess
 import sys
+import tempfile
 
 HERE = os.path.dirname(os.path.abspath(__file__))
 TABLE = os.path.join(HERE, "..", "data", "accuracy.txt")
@@ -36,7 +37,7 @@ to 1e7, noncentrality to 1e3.
 The unit is 1e-14 max(1, k) for a probability and 1e-14 max(1, 1/k) for a quantile, with k = |x f(x) /
 F(x)| the condition number of the point (for a discrete law k P(X = k) / F(k)): 1 is the goal, and
 what lies below it is as good as the arguments' own rounding allows, to within some 45 epsilons.
-"inf" is a NaN, a zero or a failure.  Medians stand first, worst errors second.
+"inf" is a NaN, a zero or a failure.  Boost runs with its default policy, long double inside.  Medians stand first, worst errors second.
 """
 
 
@@ -122,6 +123,24 @@ class R:
         return next(self.values)
 
 
+class Boost:
+    """A program, compiled here, computes every value with Boost's default policy."""
+
+    def __init__(self, points):
+        lines = [" ".join((name, tail, repr(x), repr(high), *map(repr, parameters)))
+                 for name, tail, parameters, x, high, _, _ in points]
+        with tempfile.TemporaryDirectory() as folder:
+            program = os.path.join(folder, "boost_values")
+            subprocess.run(["g++", "-O2", "-std=c++17", os.path.join(HERE, "boost_values.cpp"), "-o", program],
+                           check=True, capture_output=True)
+            done = subprocess.run([program], input="\n".join(lines) + "\n", capture_output=True, text=True,
+                                  check=True, timeout=300)
+        self.values = iter([tuple(map(float, line.split())) for line in done.stdout.splitlines()])
+
+    def both(self, *_):
+        return next(self.values)
+
+
 class SciPy:
     def __init__(self, _):
         from scipy import special, stats
@@ -158,7 +177,7 @@ def relative(got, exact, rest):
 def collect(library):
     points = list(rows())
     systems = [("vexel", library)]
-    for title, peer in (("R", R), ("SciPy", SciPy)):
+    for title, peer in (("R", R), ("SciPy", SciPy), ("Boost", Boost)):
         try:
             systems.append((title, peer(points)))
         except (OSError, ImportError, subprocess.SubprocessError):
