@@ -178,6 +178,26 @@ TEST(SortKernels, HandleTheSmallAndTheOutOfRange) {
   EXPECT_TRUE(std::isnan(STATS_QuickSelect_HW(s.data(), partner.data(), 0, 0)));
 }
 
+TEST(SortKernels, TakeAnArrayAsItsOwnWeights) {
+  std::mt19937 random(5);
+  for (const int n : {2, 12, 40, 1000}) {
+    Doubles given(static_cast<std::size_t>(n));
+    for (double& x : given) {
+      x = static_cast<double>(random() % 50);
+    }
+    Doubles sorted = given;
+    std::sort(sorted.begin(), sorted.end());
+    Doubles a = given;
+    STATS_SortData_HW(a.data(), a.data(), n);
+    EXPECT_EQ(a, sorted);
+    a = given;
+    STATS_HeapSort_HW(a.data(), a.data(), n);
+    EXPECT_EQ(a, sorted);
+    a = given;
+    EXPECT_EQ(STATS_QuickSelect_HW(a.data(), a.data(), n, n / 2), sorted[sorted.size() / 2]);
+  }
+}
+
 TEST(SortKernels, HeapSortMovesPartnersAlong) {
   std::mt19937 random(3);
   for (int n = 0; n <= 70; ++n) {

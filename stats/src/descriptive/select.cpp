@@ -52,7 +52,12 @@ double STATS_QuickSelect_HW(double* a, int n, int k) {
 }
 
 double STATS_QuickSelect_HW(double* a, double* w, int n, int k) {
-  return n > 0 ? selectEither(PairedArray{a, w}, n, std::clamp(k, 0, n - 1)) : kNothing;
+  if (n <= 0) {
+    return kNothing;
+  }
+  const int rank = std::clamp(k, 0, n - 1);
+  // An array may be its own weights: exchanging both would exchange nothing.
+  return a == w ? STATS_QuickSelect_HW(a, n, rank) : selectEither(PairedArray{a, w}, n, rank);
 }
 
 void STATS_SelectRanks_HW(double* a, int n, const int* ranks, int m) {

@@ -80,8 +80,12 @@ void STATS_QuickSort_HW(double* a, int lo, int hi) {
   }
 }
 
+// An array may be its own weights; exchanging both would then exchange nothing, and the scans would
+// find no element to stop them.
 void STATS_QuickSort_HW(double* a, double* w, int lo, int hi) {
-  if (lo < hi) {
+  if (a == w) {
+    STATS_QuickSort_HW(a, lo, hi);
+  } else if (lo < hi) {
     quickSortEither(PairedArray{a, w}, lo, hi);
   }
 }
@@ -147,7 +151,9 @@ void STATS_HeapSort_HW(double* a, double* w, int n) {
   }
   for (int t = n - 1; t >= 1; --t) {
     std::swap(a[0], a[t]);
-    std::swap(w[0], w[t]);
+    if (w != a) {  // an array may be its own weights
+      std::swap(w[0], w[t]);
+    }
     STATS_Shift_HW(a, w, 0, t - 1);
   }
 }
