@@ -18,7 +18,11 @@ CONTROLS = re.compile(r"\x1b\[[0-9;?]*[A-Za-z]|\x1b[=>]|\r")
 class Session:
     def __init__(self, state):
         self.unread = ""
-        self.pid, self.terminal = pty.fork()
+        try:
+            self.pid, self.terminal = pty.fork()
+        except OSError as problem:
+            print(f"skipped, no pseudo-terminal here: {problem}")
+            sys.exit(77)
         if self.pid == 0:
             os.environ.update(XDG_STATE_HOME=state, TERM="xterm")
             os.execv(COMMAND, [COMMAND, "--quiet"])
