@@ -8,6 +8,7 @@
 #include <nag2/nag2.h>
 
 #include <algorithm>
+#include <array>
 #include <bit>
 #include <cmath>
 #include <cstdint>
@@ -21,6 +22,7 @@
 #include "failure.hpp"
 #include "radix_sort.hpp"
 #include "sort_keys.hpp"
+#include "two_threads.hpp"
 #include "vector_sort.hpp"
 
 namespace {
@@ -31,19 +33,19 @@ struct Indistinct {
   std::vector<T> zeros;
   std::vector<T> nans;
 
-  // Looks through x[0..n-1]: first without a branch per element, for most blocks hold neither.
   void collect(const T* x, std::size_t n) {
-    int any = 0;
     for (std::size_t i = 0; i < n; ++i) {
-      any |= static_cast<int>(!(std::fabs(x[i]) > T{0}));
-    }
-    for (std::size_t i = 0; any != 0 && i < n; ++i) {
       if (x[i] == T{0}) {
         zeros.push_back(x[i]);
       } else if (x[i] != x[i]) {
         nans.push_back(x[i]);
       }
     }
+  }
+
+  void append(const Indistinct& later) {
+    zeros.insert(zeros.end(), later.zeros.begin(), later.zeros.end());
+    nans.insert(nans.end(), later.nans.begin(), later.nans.end());
   }
 
   // Writes them over their equals in out[0..n-1].
@@ -62,33 +64,107 @@ struct Indistinct {
 // Both sorts take blocks that stay in the first cache for all that is done with them.
 constexpr std::size_t kBlock = 1024;
 
+// The integer that sorts as x does, NaNs at the ends by their signs and -0.0 just below 0.0.
+template <typename T>
+nag2::SignedOf<T> toInteger(T x) {
+  if constexpr (std::is_integral_v<T>) {
+    return x;
+  } else {
+    return nag2::mirrorNegative(std::bit_cast<nag2::SignedOf<T>>(x));
+  }
+}
+
+// A middling element: the median of some taken at even distances.
+template <typename T>
+nag2::SignedOf<T> pivotOf(const T* x, std::size_t n) {
+  std::array<nag2::SignedOf<T>, 255> some;
+  for (std::size_t i = 0; i < some.size(); ++i) {
+    some[i] = toInteger(x[i * (n / some.size())]);
+  }
+  std::nth_element(some.begin(), some.begin() + some.size() / 2, some.end());
+  return some[some.size() / 2];
+}
+
+// Below this many elements a second thread costs more than it saves.
+constexpr std::size_t kWorthAThread = std::size_t{1} << 17;
+
+// A stretch of the input on its way into integers.
+template <typename T>
+struct Stretch {
+  using Integer = nag2::SignedOf<T>;
+  using Parting = nag2::Parting<Integer>;
+
+  const T* x;
+  std::size_t n;
+  std::size_t before = 0;  // how many elements sort before the pivot
+  bool someNegative = false;
+  Indistinct<T> equals{};
+
+  const Integer* bits() const { return reinterpret_cast<const Integer*>(x); }
+
+  void look(Parting by) {
+    for (std::size_t start = 0; start < n; start += kBlock) {
+      const std::size_t size = std::min(n - start, kBlock);
+      const auto facts = nag2::lookThrough(bits() + start, size, by);
+      before += facts.before;
+      someNegative |= facts.bits < 0;
+      if (by.floats && facts.hasZeroOrNan) {
+        equals.collect(x + start, size);
+      }
+    }
+  }
+};
+
+template <typename T>
+void sortIntegers(nag2::SignedOf<T>* x, std::size_t n, bool descending, bool someNegative) {
+  nag2::vectorSort(x, n, descending);
+  if (std::is_floating_point_v<T> && someNegative) {
+    std::transform(x, x + n, x, nag2::mirrorNegative<nag2::SignedOf<T>>);
+  }
+}
+
+// Sorts x into out, other memory, with two threads: each looks at half of the input, brings its
+// elements to their side of a pivot, and sorts a side.
+template <typename T>
+Indistinct<T> sortInTwoThreads(const T* x, std::size_t n, nag2::Parting<nag2::SignedOf<T>> by,
+                               nag2::SignedOf<T>* out) {
+  Stretch<T> first{x, n / 2};
+  Stretch<T> second{x + n / 2, n - n / 2};
+  nag2::runBoth([&] { first.look(by); }, [&] { second.look(by); });
+  nag2::SignedOf<T>* const middle = out + first.before + second.before;
+  nag2::runBoth([&] { nag2::part(first.bits(), first.n, by, out, middle); },
+                [&] {
+                  nag2::part(second.bits(), second.n, by, out + first.before,
+                             middle + (first.n - first.before));
+                });
+  const bool someNegative = first.someNegative || second.someNegative;
+  nag2::runBoth(
+      [&] { sortIntegers<T>(out, first.before + second.before, by.descending, someNegative); },
+      [&] {
+        sortIntegers<T>(middle, n - first.before - second.before, by.descending, someNegative);
+      });
+  first.equals.append(second.equals);
+  return std::move(first.equals);
+}
+
 // Sorts n integers or floats of 4 or 8 bytes from x into out, which may be x.
 template <typename T>
 void sortByVectors(const T* x, std::size_t n, bool descending, T* out) {
-  if constexpr (std::is_integral_v<T>) {
-    if (out != x) {
-      std::copy_n(x, n, out);
-    }
-    nag2::vectorSort(out, n, descending);
+  // The integers take the place of the result (the build has no strict aliasing).
+  auto* const integers = reinterpret_cast<nag2::SignedOf<T>*>(out);
+  Indistinct<T> equals;
+  nag2::Parting<nag2::SignedOf<T>> by{std::is_floating_point_v<T>, descending, 0};
+  if (out != x && n >= kWorthAThread && nag2::haveTwoProcessors()) {
+    by.pivot = pivotOf(x, n);
+    equals = sortInTwoThreads(x, n, by, integers);
   } else {
-    using Integer = nag2::SignedOf<T>;
-    // The integers take the place of the result (the build has no strict aliasing).
-    auto* const integers = reinterpret_cast<Integer*>(out);
-    Indistinct<T> equals;
-    Integer signs = 0;
-    for (std::size_t start = 0; start < n; start += kBlock) {
-      const std::size_t end = std::min(n, start + kBlock);
-      equals.collect(x + start, end - start);
-      for (std::size_t i = start; i < end; ++i) {
-        const auto bits = std::bit_cast<Integer>(x[i]);
-        integers[i] = nag2::mirrorNegative(bits);
-        signs |= bits;
-      }
-    }
-    nag2::vectorSort(integers, n, descending);
-    if (signs < 0) {
-      std::transform(integers, integers + n, integers, nag2::mirrorNegative<Integer>);
-    }
+    Stretch<T> whole{x, n};
+    whole.look(by);
+    std::transform(x, x + n, integers, toInteger<T>);
+    sortIntegers<T>(integers, n, descending, whole.someNegative);
+    equals = std::move(whole.equals);
+  }
+  if constexpr (std::is_floating_point_v<T>) {
     // NaNs are at both ends, by their signs.
     const std::vector<T>& nans = equals.nans;
     const auto atFront = static_cast<std::size_t>(std::count_if(

@@ -1,4 +1,5 @@
-// Sorting of integers with vector instructions, where this build and this machine have them.
+// Sorting and parting of integers with vector instructions, where this build and this machine have
+// them.
 //
 // The Highway library's quicksort (M. Blacher, J. Giesen, P. Sanders and J. Wassenberg, Vectorized
 // and performance-portable quicksort, 2022) picks the widest instructions at run time.  Only
@@ -12,13 +13,42 @@
 
 namespace nag2 {
 
-// True when vectorSort is there and pays for n elements.  Vectors of less than 256 bits do not beat
-// a radix sort.
+// True when what follows is there and pays for n elements.  Vectors of less than 256 bits do not
+// beat a radix sort.
 bool vectorSortServes(std::size_t n);
 
-// Sorts x[0..n-1] in place and takes no memory; only when vectorSortServes.
+// Sorts x[0..n-1] in place and takes no memory.
 void vectorSort(std::int32_t* x, std::size_t n, bool descending);
 void vectorSort(std::int64_t* x, std::size_t n, bool descending);
 void vectorSort(std::uint64_t* x, std::size_t n, bool descending);
+
+// Integers, or the bits of floats, to be parted by a pivot.  A float counts as mirrorNegative of
+// its bits (sort_keys.hpp).
+template <typename Integer>
+struct Parting {
+  bool floats;
+  bool descending;
+  Integer pivot;
+};
+
+// What a block holds: how many elements sort before the pivot, the bits of all together (negative
+// when some sign is), and whether there is a zero or a NaN among floats.
+template <typename Integer>
+struct BlockFacts {
+  std::size_t before;
+  Integer bits;
+  bool hasZeroOrNan;
+};
+BlockFacts<std::int32_t> lookThrough(const std::int32_t* x, std::size_t n,
+                                     Parting<std::int32_t> by);
+BlockFacts<std::int64_t> lookThrough(const std::int64_t* x, std::size_t n,
+                                     Parting<std::int64_t> by);
+
+// Puts the elements that sort before the pivot to front, the others to back; memory of its own
+// each.
+void part(const std::int32_t* x, std::size_t n, Parting<std::int32_t> by, std::int32_t* front,
+          std::int32_t* back);
+void part(const std::int64_t* x, std::size_t n, Parting<std::int64_t> by, std::int64_t* front,
+          std::int64_t* back);
 
 }  // namespace nag2
