@@ -169,6 +169,16 @@ void copyElement(State& state, ALGEB from, std::int64_t position, ALGEB to) {
   setElementAt(to, inOrder(source, position, target.order), e);
 }
 
+// Whether an unset element reads the same in a copy of another type: a host object is then the
+// integer 0, but the zero of the float and complex types is another object.
+bool zeroIsKept(State& state, int from, int to) {
+  if (from == to || (to != RTABLE_DAG && to != RTABLE_COMPLEX_DAG)) {
+    return true;
+  }
+  const ALGEB zero = elementToObject(state, from, zeroElement(from));
+  return isZeroElement(to, objectToElement(state, to, zero));
+}
+
 }  // namespace
 
 std::size_t elementSize(int type) { return kElementSizes[static_cast<std::size_t>(type)]; }
@@ -230,7 +240,7 @@ ALGEB copyArray(State& state, const RTableSettings& settings, ALGEB x) {
       return copy;
     }
   }
-  if (from.sparse == nullptr) {
+  if (from.sparse == nullptr || (to.sparse == nullptr && !zeroIsKept(state, from.type, to.type))) {
     for (std::int64_t i = 0; i < from.count; ++i) {
       copyElement(state, x, i, copy);
     }

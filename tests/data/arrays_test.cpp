@@ -518,10 +518,10 @@ TEST_F(ArraysTest, TallyCountsEveryType) {
 
 // Every run but the last: its length, or its weight.
 TEST_F(ArraysTest, TallySortedLeavesOutTheLastRun) {
-  const std::vector<double> x = {-3, 1, 1, 2, 2, 2, 5, 5};
-  const std::vector<double> w = {0.5, 1, 2, 4, 8, 16, 32, 64};
+  const std::vector<double> x = {-3, 0, 0, 1, 1, 2, 2, 2, 5, 5};
+  const std::vector<double> w = {0.5, 0.25, 0.5, 1, 2, 4, 8, 16, 32, 64};
   const std::map<double, std::pair<int, double>> expected = {
-      {-3.0, {1, 0.5}}, {1.0, {2, 3.0}}, {2.0, {3, 28.0}}};
+      {-3.0, {1, 0.5}}, {0.0, {2, 0.75}}, {1.0, {2, 3.0}}, {2.0, {3, 28.0}}};
   for (const int type : kRealTypes) {
     const auto keyOf = [&](double v) {
       const bool whole = type >= RTABLE_INTEGER8 && type <= RTABLE_INTEGER64;
