@@ -54,20 +54,24 @@ class Sample {
   // What there is to say before anything is summed.
   struct Survey {
     bool negativeWeight;
-    bool missing;
+    bool missingWeight, missingValue;
     int valid;
     double smallest, largest;
+    double largestWeight;
   };
   Survey survey() const {
-    Survey found{false, false, 0, 0.0, 0.0};
+    Survey found{false, false, false, 0, 0.0, 0.0, 0.0};
     double smallest[kLanes];
     double largest[kLanes];
+    double largestWeight[kLanes] = {};
     std::fill_n(smallest, kLanes, std::numeric_limits<double>::infinity());
     std::fill_n(largest, kLanes, -std::numeric_limits<double>::infinity());
     forEach([&](int lane, double x, double w) {
       found.negativeWeight |= w < 0.0;
-      found.missing |= (x != x) | (w != w);
+      found.missingWeight |= w != w;
+      found.missingValue |= x != x;
       found.valid += w != 0.0;
+      largestWeight[lane] = w > largestWeight[lane] ? w : largestWeight[lane];
       const bool less = (w != 0.0) & (x < smallest[lane]);
       smallest[lane] = less ? x : smallest[lane];
       const bool more = (w != 0.0) & (x > largest[lane]);
@@ -75,6 +79,7 @@ class Sample {
     });
     found.smallest = *std::min_element(smallest, smallest + kLanes);
     found.largest = *std::max_element(largest, largest + kLanes);
+    found.largestWeight = *std::max_element(largestWeight, largestWeight + kLanes);
     return found;
   }
 
@@ -86,22 +91,40 @@ class Sample {
         total[lane] += term(x, w);
       }
     });
-    return ((total[0] + total[1]) + (total[2] + total[3])) +
-           ((total[4] + total[5]) + (total[6] + total[7]));
+    return addLanes(total);
   }
 
   double total() const {
     return kWeighted ? sum([](double, double w) { return w; }) : static_cast<double>(n_);
   }
-  // What central moments are divided by.
-  double divisor(double total) const {
-    return kWeighted ? total - sum([](double, double w) { return w * w; }) / total
-                     : static_cast<double>(n_ - 1);
+  // What central moments are divided by, W - sum w^2 / W taken as sum w (W - w) / W: only the
+  // largest weight can be near the total W, and there the others are summed, so that no digits are
+  // lost where it outweighs them all.
+  double divisor(double total, double largestWeight) const {
+    if (!kWeighted) {
+      return static_cast<double>(n_ - 1);
+    }
+    double others[kLanes] = {};
+    double terms[kLanes] = {};
+    int ties = 0;
+    forEach([&](int lane, double, double w) {
+      const bool below = w < largestWeight;
+      others[lane] += below ? w : 0.0;
+      terms[lane] += below ? w / total * (total - w) : 0.0;
+      ties += w == largestWeight;
+    });
+    return addLanes(terms) +
+           ties * largestWeight / total * (addLanes(others) + (ties - 1) * largestWeight);
   }
 
  private:
   static constexpr int kLanes = 8;
   static constexpr bool kWeighted = kWeights != Weights::none;
+
+  static double addLanes(const double* lane) {
+    return ((lane[0] + lane[1]) + (lane[2] + lane[3])) +
+           ((lane[4] + lane[5]) + (lane[6] + lane[7]));
+  }
 
   template <typename Visit>
   void forEach(Visit visit) const {
@@ -136,7 +159,8 @@ int scaleOf(double deviation) {
 // others take the deviations in a unit, a power of two, in which the greatest one's powers neither
 // overflow nor underflow.
 template <Weights kWeights>
-Moments moments(const Sample<kWeights>& sample, double total, double smallest, double largest) {
+Moments moments(const Sample<kWeights>& sample, double total, double smallest, double largest,
+                double largestWeight) {
   double mean = sample.sum([](double x, double w) { return w * x; }) / total;
   if (std::isfinite(mean)) {
     mean += sample.sum([mean](double x, double w) { return w * (x - mean); }) / total;
@@ -156,7 +180,7 @@ Moments moments(const Sample<kWeights>& sample, double total, double smallest, d
     const double d = deviation(x);
     return w * d * d * d * d;
   });
-  const double divisor = sample.divisor(total);
+  const double divisor = sample.divisor(total, largestWeight);
   const double sd = std::sqrt(second / divisor);
   return {mean, std::ldexp(sd, exponent), third / divisor / (sd * sd * sd),
           fourth / divisor / (sd * sd * sd * sd) - 3.0};
@@ -172,7 +196,8 @@ struct Summary {
 };
 
 template <Weights kWeights>
-void summarize(const Sample<kWeights>& sample, Summary& result) {
+void summarize(const Sample<kWeights>& sample, double largestWeight, bool missingValue,
+               Summary& result) {
   const double total = sample.total();
   if (!(total > 0.0) && kWeights != Weights::none) {
     result.code = NAG2_ZERO_TOTAL_WEIGHT;
@@ -184,7 +209,12 @@ void summarize(const Sample<kWeights>& sample, Summary& result) {
     result.message = "a summary needs at least two elements of non-zero weight";
     return;
   }
-  result.moments = moments(sample, total, result.smallest, result.largest);
+  if (missingValue) {
+    result.smallest = kNaN;
+    result.largest = kNaN;
+    return;
+  }
+  result.moments = moments(sample, total, result.smallest, result.largest, largestWeight);
   result.total = total;
 }
 
@@ -199,15 +229,16 @@ Summary summaryOf(const double* x, const double* w, int n) {
     result.message = "a weight is negative";
     return result;
   }
-  if (survey.missing) {
+  if (survey.missingWeight) {
     return result;
   }
   result.smallest = survey.smallest;
   result.largest = survey.largest;
   if (kWeights == Weights::anyKind && survey.valid == n) {
-    summarize(Sample<Weights::positive>(x, w, n), result);
+    summarize(Sample<Weights::positive>(x, w, n), survey.largestWeight, survey.missingValue,
+              result);
   } else {
-    summarize(sample, result);
+    summarize(sample, survey.largestWeight, survey.missingValue, result);
   }
   return result;
 }

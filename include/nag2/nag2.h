@@ -186,7 +186,8 @@ void q51748(int n, const double *x, double *out, NagError *fail);
  * Summary of x with weights w (NULL: all 1).  *n_valid is the number of elements of non-zero
  * weight. With W = sum w, m = sum w x / W, divisor D = n - 1 (unweighted) or W - sum w^2 / W
  * (weighted): sd = sqrt(sum w (x - m)^2 / D), skewness = (sum w (x - m)^3 / D) / sd^3, excess
- * kurtosis = (sum w (x - m)^4 / D) / sd^4 - 3.  A NaN anywhere makes *minimum NaN.
+ * kurtosis = (sum w (x - m)^4 / D) / sd^4 - 3.  Where nothing
+ * fails, a NaN anywhere makes *minimum NaN.
  */
 void q15220(int n, const double *x, const double *w, int *n_valid, double *mean, double *sd,
             double *skewness, double *kurtosis, double *minimum, double *maximum,

@@ -90,6 +90,12 @@ TEST(StatisticSummary, KeepsItsDigitsFarFromZero) {
   EXPECT_DOUBLE_EQ(far.sd, std::sqrt(50.0 / 3.0));
 }
 
+// Here the divisor is (4e12 + 2) / W, four of W = 1e12 + 2.
+TEST(StatisticSummary, KeepsItsDigitsUnderAnOutweighingElement) {
+  const Summary s = summary({0, 1, 2}, {1e12, 1, 1});
+  EXPECT_NEAR(s.sd, std::sqrt((5.0 - 9.0 / s.total) / ((4e12 + 2) / s.total)), 1e-15);
+}
+
 // Powers of deviations leave the double range long before the statistics do.
 TEST(StatisticSummary, DoesNotDependOnScale) {
   const Summary plain = summary({1, 2, 3, 10});
@@ -109,6 +115,9 @@ TEST(StatisticSummary, FailuresAndMissingValues) {
   EXPECT_EQ(summary({1, 2}, {0, 0}).code, NAG2_ZERO_TOTAL_WEIGHT);
   EXPECT_EQ(summary({1, 2}, {0, 1}).code, NAG2_TOO_FEW_CASES);
   EXPECT_EQ(summary({1}).code, NAG2_TOO_FEW_CASES);
+  EXPECT_EQ(summary({1, kNaN}, {0, 0}).code, NAG2_ZERO_TOTAL_WEIGHT);
+  EXPECT_EQ(summary({1, kNaN}, {1, 0}).code, NAG2_TOO_FEW_CASES);
+  EXPECT_EQ(summary({kNaN}).code, NAG2_TOO_FEW_CASES);
   EXPECT_TRUE(std::isnan(summary({1, kNaN, 3}).minimum));
   EXPECT_TRUE(std::isnan(summary({1, 2, 3}, {1, kNaN, 1}).minimum));
 }
