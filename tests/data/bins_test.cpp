@@ -98,6 +98,19 @@ TEST_F(BinsTest, FrequencyDataHasBinsFrequenciesAndRunningSums) {
   EXPECT_EQ(numbers(weighted[2]), (std::vector<double>{0, 0.5, 0.75}));
 }
 
+TEST_F(BinsTest, LongCountsCanBeInterrupted) {
+  const std::vector<double> data(1000000, 0.5);
+  const double edges[] = {0.0, 1.0, 0.0, 1.0};
+  std::uint32_t counts[2];
+  double sums[2];
+  const int n = static_cast<int>(data.size());
+  vexel::Kernel::interrupt();
+  EXPECT_ANY_THROW(STATS_SimpleTallyInto_HW(counts, data.data(), n, edges, 2, 1, kernel.vector()));
+  vexel::Kernel::interrupt();
+  EXPECT_ANY_THROW(
+      STATS_WeightedTallyInto_HW(sums, data.data(), data.data(), n, edges, 2, 1, kernel.vector()));
+}
+
 TEST_F(BinsTest, MessagesToTheLetter) {
   const vexel::Value x = array({1, 2});
   const auto into = [&](const vexel::Value& ranges, std::int64_t m) {

@@ -7,6 +7,8 @@
 #include <cmath>
 #include <cstddef>
 
+#include "kernel/interrupt.hpp"
+
 // Compiled for wider vectors as well, the fitting one chosen when the library is loaded; the
 // arithmetic is the same.
 #if defined(__x86_64__) && defined(__gnu_linux__) && !defined(__clang__) && \
@@ -78,15 +80,21 @@ class BinFinder {
 
 // Calls add(cell, i) for every range that holds data[i].
 template <typename Add>
-void forEachBin(const double* data, int n, const double* edges, int nRanges, int m, Add add) {
+void forEachBin(VKernelVector kv, const double* data, int n, const double* edges, int nRanges,
+                int m, Add add) {
   constexpr int kBlock = 256;
+  constexpr std::int64_t kCost =
+      10;  // operations for a number, some hundred where edges are searched
   std::array<int, kBlock> bins;
+  STATS_InterruptLookout_HW lookout(kv);
   for (int r = 0; r < nRanges; ++r) {
     const BinFinder finder(edges + std::ptrdiff_t{r} * (m + 1), m);
     const std::ptrdiff_t first = std::ptrdiff_t{r} * m;
+    lookout.done(m);
     for (int start = 0, size = 0; start < n; start += size) {
       size = std::min(kBlock, n - start);
       finder.find(data + start, size, bins.data());
+      lookout.done(kCost * size);
       for (int i = 0; i < size; ++i) {
         const int k = bins[static_cast<std::size_t>(i)];
         if (k >= 0) {
@@ -112,14 +120,14 @@ int STATS_TallyIntoFindBin_HW(const double* edges, int m, double x) {
 }
 
 void STATS_SimpleTallyInto_HW(std::uint32_t* counts, const double* data, int n, const double* edges,
-                              int nRanges, int m) {
+                              int nRanges, int m, VKernelVector kv) {
   std::fill_n(counts, std::ptrdiff_t{nRanges} * m, 0U);
-  forEachBin(data, n, edges, nRanges, m, [=](std::ptrdiff_t cell, int) { ++counts[cell]; });
+  forEachBin(kv, data, n, edges, nRanges, m, [=](std::ptrdiff_t cell, int) { ++counts[cell]; });
 }
 
 void STATS_WeightedTallyInto_HW(double* sums, const double* data, const double* weights, int n,
-                                const double* edges, int nRanges, int m) {
+                                const double* edges, int nRanges, int m, VKernelVector kv) {
   std::fill_n(sums, std::ptrdiff_t{nRanges} * m, 0.0);
-  forEachBin(data, n, edges, nRanges, m,
+  forEachBin(kv, data, n, edges, nRanges, m,
              [=](std::ptrdiff_t cell, int i) { sums[cell] += weights[i]; });
 }

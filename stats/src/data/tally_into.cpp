@@ -11,6 +11,7 @@
 #include "kernel/data_sample.hpp"
 #include "kernel/entry_frame.hpp"
 #include "kernel/host_arrays.hpp"
+#include "kernel/interrupt.hpp"
 
 namespace {
 
@@ -18,7 +19,8 @@ namespace {
 class BinnedSample {
  public:
   BinnedSample(VKernelVector kv, const Arguments& arg)
-      : sample_(kv, arg[1], arg[2]),
+      : kv_(kv),
+        sample_(kv, arg[1], arg[2]),
         size_(sample_.size()),
         points_(sample_.points()),
         weights_(sample_.weights()) {
@@ -36,13 +38,14 @@ class BinnedSample {
 
   void countInto(std::uint32_t* counts, const std::vector<double>& edges, int nRanges,
                  int m) const {
-    STATS_SimpleTallyInto_HW(counts, points_, size_, edges.data(), nRanges, m);
+    STATS_SimpleTallyInto_HW(counts, points_, size_, edges.data(), nRanges, m, kv_);
   }
   void sumInto(double* sums, const std::vector<double>& edges, int nRanges, int m) const {
-    STATS_WeightedTallyInto_HW(sums, points_, weights_, size_, edges.data(), nRanges, m);
+    STATS_WeightedTallyInto_HW(sums, points_, weights_, size_, edges.data(), nRanges, m, kv_);
   }
 
  private:
+  VKernelVector kv_;
   STATS_VexelDataSample_HW sample_;
   int size_;
   const double* points_;
@@ -50,6 +53,8 @@ class BinnedSample {
   std::vector<double> copiedPoints_;
   std::vector<double> copiedWeights_;
 };
+
+constexpr int kBinCost = 100;  // operations to make a bin's objects, near enough
 
 // Room for the edges of nRanges ranges.
 std::vector<double> edgeRoom(VKernelVector kv, V_INT nRanges, V_INT m) {
@@ -89,9 +94,11 @@ template <typename Value>
 ALGEB equationList(VKernelVector kv, const std::vector<double>& edges, int nRanges, int m,
                    Value value) {
   const ALGEB list = VexelListAlloc(kv, V_INT{nRanges} * m);
+  STATS_InterruptLookout_HW lookout(kv);
   for (V_INT r = 0; r < nRanges; ++r) {
     for (V_INT k = 0; k < m; ++k) {
       const V_INT cell = r * m + k;
+      lookout.done(kBinCost);
       const ALGEB bin = binRange(kv, edges.data() + r * (m + 1) + k);
       const ALGEB count = value(static_cast<std::size_t>(cell));
       VexelListAssign(kv, list, cell + 1, STATS_NewPair_HW(kv, VEXEL_TAG_EQUATION, bin, count));
@@ -177,7 +184,9 @@ STATS_ENTRY(STATS_VexelFrequencyData_HW) {
 
   const ALGEB binArray = STATS_CreateVector_HW(kv, RTABLE_DAG, 1, m);
   auto* const binCells = static_cast<ALGEB*>(RTableDataBlock(kv, binArray));
+  STATS_InterruptLookout_HW lookout(kv);
   for (int k = 0; k < m; ++k) {
+    lookout.done(kBinCost);
     binCells[k] = binRange(kv, edges.data() + k);
   }
   const int dataType = sample.weighted() ? RTABLE_FLOAT64 : RTABLE_INTEGER32;
