@@ -100,6 +100,16 @@ TEST_F(DiscreteTest, EmpiricalQuantilesComeFromTheSample) {
             (std::vector<double>{1.0, 4.0, 2.0}));
 }
 
+TEST_F(DiscreteTest, EmpiricalArgumentsAreTakenInTheirOrder) {
+  const vexel::Value name = kernel.name("flag");
+  EXPECT_EQ(hostError([&] { call("STATS_VexelEmpiricalDeviate_HW", 0.5, 7, none(), name); }),
+            "invalid data sample, expected: rtable, received %1");
+  EXPECT_EQ(hostError([&] { call("STATS_VexelEmpiricalRandomVariate_HW", none(), 7, name); }),
+            "invalid data sample, expected: rtable, received %1");
+  EXPECT_EQ(hostError([&] { call("STATS_VexelEmpiricalRandomSample_HW", name, 7, 7, name); }),
+            "an integer of 32 bits expected, received %1");
+}
+
 // A sample looks many uniforms up at once.
 TEST_F(DiscreteTest, EmpiricalSamplesAreTheirVariates) {
   const std::vector<double> points = {3.0, 1.0, kNaN, 2.0, 4.0, 2.0, -kInf};

@@ -19,8 +19,8 @@ double STATS_EmpiricalRandomVariate_HW(VKernelVector kv, int n, double* points, 
                                    weights);
 }
 
-// The first variate by itself: it leaves weighted points sorted, and the weights' total, which is
-// added up in their order, does not change any more.
+// The first variate by itself: it leaves weighted points sorted, and the weights' total is added up
+// in that order from then on.  Tied points keep the order of this sort.
 void STATS_EmpiricalRandomSample_HW(VKernelVector kv, double* result, std::int32_t size, int n,
                                     double* points, double* weights) {
   constexpr int kFewest = 4096;

@@ -69,15 +69,16 @@ STATS_ENTRY(STATS_VexelNonCentralChiSquareRandomSample_HW) {
 
 namespace {
 
-// The points and weights of an empirical distribution: the arrays' own blocks, which drawing then
-// reorders, or copies without missing values.
+// The points and weights of an empirical distribution, from the arguments data, weights, copy of
+// which data is the one numbered first: the arrays' own blocks, which drawing then reorders, or
+// copies without missing values.
 struct EmpiricalData {
-  EmpiricalData(VKernelVector kv, ALGEB data, ALGEB weightArray, bool copy)
-      : sample(kv, data, weightArray),
+  EmpiricalData(VKernelVector kv, const Arguments& arg, V_INT first)
+      : sample(kv, arg[first], arg[first + 1]),
         n(sample.size()),
         points(sample.points()),
         weights(sample.weights()) {
-    if (copy) {
+    if (arg.boolean(first + 2)) {
       points = STATS_AllocDoubles_HW(kv, sample.size());
       weights = sample.weighted() ? STATS_AllocDoubles_HW(kv, sample.size()) : nullptr;
       n = STATS_CopyData_HW(sample, points, weights, 1);
@@ -96,7 +97,7 @@ struct EmpiricalData {
 STATS_ENTRY(STATS_VexelEmpiricalDeviate_HW) {
   const Arguments arg(kv, args, 4, "VexelEmpiricalDeviate expects 4 arguments, received: %1");
   const double u = arg.real(1);
-  const EmpiricalData data(kv, arg[2], arg[3], arg.boolean(4));
+  const EmpiricalData data(kv, arg, 2);
   return STATS_DoubleToVexelFloat_HW(
       kv, STATS_EmpiricalDeviate_HW(kv, u, data.n, data.points, data.weights));
 }
@@ -104,7 +105,7 @@ STATS_ENTRY(STATS_VexelEmpiricalDeviate_HW) {
 // (data, weights, copy)
 STATS_ENTRY(STATS_VexelEmpiricalRandomVariate_HW) {
   const Arguments arg(kv, args, 3, "VexelEmpiricalRandomVariate expects 3 arguments, received: %1");
-  const EmpiricalData data(kv, arg[1], arg[2], arg.boolean(3));
+  const EmpiricalData data(kv, arg, 1);
   return STATS_DoubleToVexelFloat_HW(
       kv, STATS_EmpiricalRandomVariate_HW(kv, data.n, data.points, data.weights));
 }
@@ -113,7 +114,7 @@ STATS_ENTRY(STATS_VexelEmpiricalRandomVariate_HW) {
 STATS_ENTRY(STATS_VexelEmpiricalRandomSample_HW) {
   const Arguments arg(kv, args, 4, "VexelEmpiricalRandomSample expects 4 arguments, received: %1");
   const std::int32_t n = arg.integer32(1);
-  const EmpiricalData data(kv, arg[2], arg[3], arg.boolean(4));
+  const EmpiricalData data(kv, arg, 2);
   const ALGEB sample = STATS_CreateRandomSample_HW(kv, n, ToVexelNULL(kv));
   double* const result = STATS_FloatBlock_HW(kv, sample);
   STATS_EmpiricalRandomSample_HW(kv, result, n, data.n, data.points, data.weights);
