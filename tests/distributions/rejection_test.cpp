@@ -190,4 +190,8 @@ TEST_F(RejectionTest, GeometricSamplesRoundExponentialsDown) {
   const std::vector<double> sample = numbers(call("STATS_VexelGeometricRandomSample_HW", 2, 0.125));
   EXPECT_EQ(sample[0], std::floor(std::fabs(h * table.W[h & 255]) / -std::log1p(-0.125)));
   EXPECT_EQ(sample[1], 0.0);
+  for (const double never : {0.0, -0.0}) {
+    script({h}, {});
+    EXPECT_EQ(numbers(call("STATS_VexelGeometricRandomSample_HW", 1, never)).front(), -kInf);
+  }
 }

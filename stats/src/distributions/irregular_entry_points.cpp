@@ -37,7 +37,7 @@ STATS_ENTRY(STATS_VexelGeometricRandomSample_HW) {
   const double p = arg.real(2);
   const ALGEB sample = STATS_CreateRandomSample_HW(kv, n, ToVexelNULL(kv));
   double* const data = STATS_FloatBlock_HW(kv, sample);
-  const double logFailure = std::log1p(-p);
+  const double logFailure = std::log1p(-p) + 0.0;  // +0 for either zero p
   for (std::int32_t k = 0; k < n; ++k) {
     data[k] = std::floor(-STATS_ExponentialRandomVariate_HW(kv, 1.0) / logFailure);
   }
