@@ -174,10 +174,11 @@ ALGEB newFloat(State& state, std::int64_t mantissa, std::int64_t exponent) {
   const bool negative = mantissa < 0;
   std::uint64_t m = static_cast<std::uint64_t>(negative ? -mantissa : mantissa);
   if (m != 0) {
+    std::int64_t stripped = exponent;
     for (; m % 10 == 0; m /= 10) {
-      ++exponent;
+      ++stripped;
     }
-    const double d = doubleOfShortest(m, exponent, negative);
+    const double d = doubleOfShortest(m, stripped, negative);
     if (d == d) {
       return state.interned.real(state, d);
     }

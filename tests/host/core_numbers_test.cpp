@@ -153,6 +153,9 @@ TEST_F(CoreNumbersTest, Arithmetic) {
       {"100000000000000.5", '+', "0", "100000000000000.0"},  // a tie goes to even
       {"100000000000001.5", '+', "0", "100000000000002.0"},
       {"100000000000000.5", '+', "1e-30", "100000000000001.0"},  // no tie after all
+      {"2e200", '*', "5e200", "1e+401"},  // trailing zeros of a product that is no double
+      {"2e-200", '*', "-5e-200", "-1e-399"},
+      {"1e-200", '/', "2e200", "5e-401"},
       {"1.0", '/', "0.0", "Float(infinity)"},
       {"-1", '/', "0.0", "-Float(infinity)"},
       {"1.0", '/', "-0.0", "-Float(infinity)"},
@@ -187,6 +190,12 @@ TEST_F(CoreNumbersTest, Arithmetic) {
                             : integerPower(state, a, b);
     EXPECT_EQ(show(r), c.result);
   }
+}
+
+// 9999999999999999 lies between two doubles.
+TEST_F(CoreNumbersTest, TrailingZerosOfASumThatIsNoDouble) {
+  setNameValue(name(state, "Digits"), immediate(17));
+  EXPECT_EQ(show(subtract(state, number("1e16"), number("0.96"))), "9999999999999999.0");
 }
 
 // Arithmetic of doubles goes a short way; with 40 digits it goes the long one, and rounding that to
