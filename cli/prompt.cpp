@@ -229,7 +229,7 @@ void runPrompt(vexel::Kernel& kernel, Runner& runner, bool quiet) {
   if (!quiet) {
     std::cout << "vexel " VEXEL_VERSION "   ?name explains, Tab completes, quit leaves\n";
   }
-  runner.shortenValues(true);
+  runner.atPrompt(!quiet);
   std::string text;
   std::string line;
   while (!runner.finished()) {

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <numeric>
 #include <sstream>
 #include <string_view>
 
@@ -78,6 +79,26 @@ std::vector<ReferenceEntry> entriesWhere(Matches matches) {
   return found;
 }
 
+// Letters to insert, delete or replace, and neighbours to swap, to make one text of the other.
+std::size_t editDistance(std::string_view a, std::string_view b) {
+  std::vector<std::size_t> above(b.size() + 1);
+  std::vector<std::size_t> row(b.size() + 1);
+  std::vector<std::size_t> below(b.size() + 1);
+  std::iota(row.begin(), row.end(), std::size_t{0});
+  for (std::size_t i = 0; i < a.size(); ++i) {
+    below[0] = i + 1;
+    for (std::size_t j = 0; j < b.size(); ++j) {
+      below[j + 1] = std::min({row[j] + (a[i] == b[j] ? 0 : 1), below[j] + 1, row[j + 1] + 1});
+      if (i > 0 && j > 0 && a[i] == b[j - 1] && a[i - 1] == b[j]) {
+        below[j + 1] = std::min(below[j + 1], above[j - 1] + 1);
+      }
+    }
+    above.swap(row);
+    row.swap(below);
+  }
+  return row.back();
+}
+
 }  // namespace
 
 std::vector<ReferenceEntry> findReference(const std::string& name) {
@@ -89,4 +110,19 @@ std::vector<ReferenceEntry> findReference(const std::string& name) {
         [&](const std::string& entry) { return entry.find(wanted) != std::string::npos; });
   }
   return found;
+}
+
+std::string similarName(const std::string& name) {
+  const std::string wanted = plainName(name);
+  std::string similar;
+  std::size_t least = wanted.size() < 4 ? 1 : wanted.size() < 8 ? 2 : 3;  // nearer than this
+  for (const ReferenceEntry& entry : allEntries()) {
+    for (const std::string& heading : entry.headings) {
+      if (const std::size_t d = editDistance(wanted, plainName(heading)); d < least) {
+        least = d;
+        similar = heading.substr(0, heading.find('('));
+      }
+    }
+  }
+  return similar;
 }

@@ -11,3 +11,7 @@ struct ReferenceEntry {
   std::string text;
 };
 std::vector<ReferenceEntry> findReference(const std::string& name);
+
+// The name of the entry that a user who wrote an unknown name may have meant: the same with
+// STATS_Vexel and _HW added, or a letter or two away; empty for none.
+std::string similarName(const std::string& name);

@@ -7,6 +7,7 @@
 #include <vexel/session.hpp>
 
 #include "progress.hpp"
+#include "reference.hpp"
 
 bool Runner::printValue(vexel::Outcome& outcome) const {
   const vexel::Value& value = outcome.value;
@@ -26,6 +27,24 @@ bool Runner::printValue(vexel::Outcome& outcome) const {
 }
 
 namespace {
+
+// Says what an unknown function may have been meant to be: its call has come back as it was.
+void printHint(vexel::Kernel& kernel, const vexel::Value& value) {
+  try {
+    if (kernel.call("typeof", value).text() != "call") {
+      return;
+    }
+  } catch (const std::runtime_error&) {  // the session has a typeof of its own
+    return;
+  }
+  const std::string source = vexel::shortened(value);
+  const std::string function = source.substr(0, source.find('('));
+  const std::string similar = similarName(function);
+  if (!similar.empty() && similar != function) {
+    std::cout << "  " << function << " is not defined; ?" << similar << " explains " << similar
+              << std::endl;
+  }
+}
 
 void printPlace(const char* what, const std::string& source, int line, int column) {
   std::cerr << "  " << what << ' ' << source << ", line " << line << ", column " << column << '\n';
@@ -70,7 +89,13 @@ void Runner::run(const std::string& text, const std::string& source) {
   for (progress.atLine(script.line()); script.next(outcome); progress.atLine(script.line())) {
     progress.clear();
     if (outcome.kind == vexel::Outcome::Kind::value) {
-      if (!outcome.printed || printValue(outcome)) {
+      if (!outcome.printed) {
+        continue;
+      }
+      if (printValue(outcome)) {
+        if (hints_) {
+          printHint(kernel_, outcome.value);
+        }
         continue;
       }
     }

@@ -17,7 +17,11 @@ class Runner {
 
   bool failed() const { return failed_; }      // some statement raised an error
   bool finished() const { return finished_; }  // nothing more is to be run
-  void shortenValues(bool on) { shorten_ = on; }
+  // At the prompt long values are shortened, and what looks like a slip gets a hint.
+  void atPrompt(bool hints) {
+    shorten_ = true;
+    hints_ = hints;
+  }
 
  private:
   // False when the value cannot be printed (it is nested too deep); the outcome tells then.
@@ -29,4 +33,5 @@ class Runner {
   bool failed_ = false;
   bool finished_ = false;
   bool shorten_ = false;
+  bool hints_ = false;
 };

@@ -25,7 +25,7 @@ class Session:
             sys.exit(77)
         if self.pid == 0:
             os.environ.update(XDG_STATE_HOME=state, TERM="xterm")
-            os.execv(COMMAND, [COMMAND, "--quiet"])
+            os.execv(COMMAND, [COMMAND])
         self.expect("> ")
 
     def send(self, text):
@@ -77,6 +77,12 @@ with tempfile.TemporaryDirectory() as state:
     first.send("STATS_VexelGamma\t")  # listed
     first.expect("STATS_VexelGammaDeviate_HW")
     first.send("\x15")  # the line is dropped
+    first.send("maen([1]); myown(1);\n")
+    if "is not defined" in first.expect("maen is not defined; ?STATS_VexelMean_HW explains"):
+        sys.exit("a hint before its time")
+    first.send("1 + 1;\n")
+    if "is not defined" in first.expect("\n2"):
+        sys.exit("a hint for a name like no other")
     first.send("[seq(i, i = 1 .. 5000)];\n")
     if "4000" in first.expect("]\n"):
         sys.exit("a long list is printed whole")
