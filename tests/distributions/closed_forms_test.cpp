@@ -53,6 +53,8 @@ TEST_F(ClosedFormsTest, KeepTheirBranchesAtTheEdges) {
       {"TriangularProbability", {4.0, 0.0, 4.0, 4.0}, 1.0},
       {"TriangularDeviate", {0.25, 0.0, 4.0, 1.0}, 1.0},
       {"TriangularDeviate", {-0.1, 0.0, 4.0, 1.0}, kNaN},
+      {"TriangularDeviate", {0.25, 0.0, 1e200, 0.0}, -kInf},  // the square overflows
+      {"TriangularDeviate", {0.25, -kInf, 1.0, 0.0}, -kInf},
       {"WeibullProbability", {-1.0, 2.0, 1.5}, 0.0},
       {"WeibullDeviate", {1.0, 2.0, 1.5}, kInf},
       {"RayleighProbability", {-1.0, 2.0}, 0.0},

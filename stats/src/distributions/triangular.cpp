@@ -30,7 +30,7 @@ double STATS_TriangularProbability_HW(VKernelVector, double x, double a, double 
 double STATS_TriangularDeviate_HW(VKernelVector, double p, double a, double b, double c) {
   if (c - a <= (b - a) * p) {
     const double fromTop = std::sqrt((1.0 - p) * (b - a) * (b - c));
-    if (p < 0.5 && b > a) {
+    if (p < 0.5 && b > a && std::isfinite(fromTop)) {
       return a + (b - a) * (((c - a) + p * (b - c)) / ((b - a) + fromTop));
     }
     return b - fromTop;
