@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <vector>
 
 #include "descriptive/quantiles.hpp"
 #include "kernel/interrupt.hpp"
@@ -32,6 +33,23 @@ void medianOfShortWindows(VKernelVector kv, const double* series, int n, int w, 
   }
 }
 
+// How many zeros of each sign a window holds.
+class ZeroCount {
+ public:
+  void add(double x) { count(x, 1); }
+  void remove(double x) { count(x, -1); }
+  bool bothSigns() const { return zeros_[0] > 0 && zeros_[1] > 0; }
+
+ private:
+  void count(double x, int by) {
+    if (x == 0.0) {
+      zeros_[std::signbit(x) ? 1 : 0] += by;
+    }
+  }
+
+  int zeros_[2] = {0, 0};
+};
+
 }  // namespace
 
 void STATS_MovingMedian_HW(VKernelVector kv, double* series, int n, int w, V_INT offset,
@@ -45,20 +63,34 @@ void STATS_MovingMedian_HW(VKernelVector kv, double* series, int n, int w, V_INT
   }
   STATS_InterruptLookout_HW lookout(kv);
   RunningMedian window(series, w);
+  ZeroCount zeros;
+  std::for_each(series, series + w, [&](double x) { zeros.add(x); });
+  std::vector<double> scratch;
   int slot = 0;  // of series[s]; series[s + k] is k slots on, round the ring
   for (int s = 0;; ++s) {
     lookout.done(kWindowCost);
-    const double median = window.median();
+    double median = window.median();
+    if (median == 0.0 && zeros.bothSigns()) {
+      // Zeros are equal, so only the selection itself tells the sign of the one it ends at.
+      lookout.done(w);
+      scratch.assign(series + s, series + s + w);
+      median = STATS_SimpleMedian_HW(scratch.data(), w);
+    }
     out[s] = median;
+    const double leaving = series[s];
     if (recursive) {
-      series[offset + s] = median;
       if (offset > 0 && offset < w) {
+        zeros.remove(series[offset + s]);
+        zeros.add(median);
         window.replace(static_cast<int>((slot + offset) % w), median);
       }
+      series[offset + s] = median;
     }
     if (s == n - w) {
       return;
     }
+    zeros.remove(leaving);
+    zeros.add(series[s + w]);
     window.replace(slot, series[s + w]);
     slot = slot + 1 == w ? 0 : slot + 1;
   }

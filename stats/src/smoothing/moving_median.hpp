@@ -3,7 +3,8 @@
 
 #include <vexelc/vexelc.h>
 
-// out[s] = the median of series[s..s+w-1], for s = 0 .. n - w; O(log w) for each.
+// out[s] = the median of series[s..s+w-1], for s = 0 .. n - w; O(log w) for each, O(w) for
+// one that is a zero where zeros of both signs lie in the window.
 //
 // A recursive one also writes it to series[offset + s] before the next window, which may lie in it,
 // so series has room for offset + n - w + 1 values.  Raises interrupts, unless kv is null.
