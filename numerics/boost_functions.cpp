@@ -11,7 +11,6 @@
 
 #include <boost/math/policies/policy.hpp>
 #include <boost/math/special_functions/beta.hpp>
-#include <boost/math/special_functions/erf.hpp>
 #include <boost/math/special_functions/gamma.hpp>
 #include <exception>
 #include <limits>
@@ -66,10 +65,6 @@ double boostBetaInverse(double a, double b, double p, double* complement) {
 
 double boostBetaComplementInverse(double a, double b, double q, double* complement) {
   return guarded([=](auto policy) { return boost::math::ibetac_inv(a, b, q, complement, policy); });
-}
-
-double boostErfcInverse(double q) {
-  return guarded([=](auto policy) { return boost::math::erfc_inv(q, policy); });
 }
 
 }  // namespace nag2

@@ -11,6 +11,5 @@ double boostGammaQInverse(double a, double q);
 // Root x of I_x(a, b) = p, with 1 - x in *complement; the second for 1 - I_x(a, b) = q.
 double boostBetaInverse(double a, double b, double p, double* complement);
 double boostBetaComplementInverse(double a, double b, double q, double* complement);
-double boostErfcInverse(double q);
 
 }  // namespace nag2

@@ -2,9 +2,7 @@
 
 #include "domain_check.hpp"
 
-#include <algorithm>
 #include <cinttypes>
-#include <cmath>
 #include <cstdio>
 #include <limits>
 
@@ -43,60 +41,16 @@ bool DomainCheck::rejectInteger(const char* what, const char* constraint, int64_
   return false;
 }
 
-bool DomainCheck::number(const char* what, double value) {
-  return !std::isnan(value) || reject(what, "a number", value);
-}
-
-bool DomainCheck::positive(const char* what, double value) {
-  return value > 0.0 || reject(what, "greater than 0", value);
-}
-
-bool DomainCheck::nonNegative(const char* what, double value) {
-  return (value >= 0.0 && std::isfinite(value)) ||
-         reject(what, "finite and greater than or equal to 0", value);
-}
-
-bool DomainCheck::probability(const char* what, double value) {
-  return (value >= 0.0 && value <= 1.0) || reject(what, "between 0 and 1", value);
-}
-
-bool DomainCheck::atLeastZero(const char* what, int64_t value) {
-  return value >= 0 || rejectInteger(what, "greater than or equal to 0", value);
-}
-
-bool DomainCheck::atMost(const char* what, int64_t value, const char* limitName, int64_t limit) {
-  if (value <= limit) {
-    return true;
-  }
+bool DomainCheck::rejectAbove(const char* what, int64_t value, const char* limitName,
+                              int64_t limit) {
   char constraint[120];
   std::snprintf(constraint, sizeof constraint, "less than or equal to %s = %" PRId64, limitName,
                 limit);
   return rejectInteger(what, constraint, value);
 }
 
-bool DomainCheck::positiveLimit(const char* what, int value) {
-  return value > 0 || rejectInteger(what, "greater than 0", value);
-}
-
-bool DomainCheck::oneOfTwoTails(Nag_TailProbability tail) {
-  return tail == Nag_LowerTail || tail == Nag_UpperTail ||
-         rejectInteger("the tail", "the lower or the upper one", tail);
-}
-
-bool DomainCheck::anyTail(Nag_TailProbability tail) {
-  return (tail >= Nag_LowerTail && tail <= Nag_TwoTailConfid) ||
-         rejectInteger("the tail", "one of the four known ones", tail);
-}
-
-double DomainCheck::computed(double x) {
-  if (std::isnan(x)) {
-    report(NAG2_NO_CONVERGENCE, "no accurate value could be computed for these arguments");
-  }
-  return x;
-}
-
-double DomainCheck::clamped(double p) {
-  return std::isnan(p) ? computed(p) : std::clamp(p, 0.0, 1.0);
+void DomainCheck::reportNoValue() {
+  report(NAG2_NO_CONVERGENCE, "no accurate value could be computed for these arguments");
 }
 
 double DomainCheck::notConverged(double tolerance, int maxIter) {
