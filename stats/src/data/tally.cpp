@@ -17,11 +17,14 @@
 #include "data/element_types.hpp"
 #include "kernel/data_sample.hpp"
 #include "kernel/entry_frame.hpp"
+#include "kernel/interrupt.hpp"
 
 namespace {
 
 // "ray" is what hosts have always been told.
 constexpr char kInvalidSample[] = "invalid data sample, expected: one-dimensional ray, received %1";
+
+constexpr int kEntryCost = 1000;  // operations for an entry of a large host table, near enough
 
 void addToEntry(VKernelVector kv, ALGEB table, ALGEB key, ALGEB increment) {
   if (VexelTableHasEntry(kv, table, key) != 0) {
@@ -48,7 +51,9 @@ void tallyByBits(VKernelVector kv, ALGEB table, const T* x, V_INT n, int dataTyp
     std::memcpy(&bits, &x[i], sizeof(T));
     counts.add(bits);
   }
+  STATS_InterruptLookout_HW lookout(kv);
   for (const std::uint64_t bits : counts.keys()) {
+    lookout.done(kEntryCost);
     storeCount(kv, table, bits, counts.count(bits), dataType);
   }
 }
@@ -78,7 +83,9 @@ bool tallyByValue(VKernelVector kv, ALGEB table, const T* x, V_INT n, int dataTy
       values.push_back(x[i]);
     }
   }
+  STATS_InterruptLookout_HW lookout(kv);
   for (const T value : values) {
+    lookout.done(kEntryCost);
     storeCount(kv, table, value, counts[cell(value)], dataType);
   }
   return true;
@@ -143,7 +150,9 @@ STATS_ENTRY(STATS_VexelTally_HW) {
     return table;
   }
   const ALGEB one = ToVexelInteger(kv, 1);
+  STATS_InterruptLookout_HW lookout(kv);
   for (V_INT i = 0; i < data.size(); ++i) {
+    lookout.done(kEntryCost);
     const ALGEB key = STATS_ElementToHost_HW(kv, data[i], data.dataType());
     addToEntry(kv, table, key, weights.given() ? STATS_DoubleToVexelFloat_HW(kv, weights[i]) : one);
   }
@@ -173,7 +182,9 @@ ALGEB VexelTallySorted(VKernelVector kv, ALGEB args) {
     const ALGEB table = VexelTableAlloc(kv);
     V_INT start = 0;
     double sum = weights.given() && n > 0 ? weights[0] : 0.0;
+    STATS_InterruptLookout_HW lookout(kv);
     for (V_INT i = 1; i < n; ++i) {
+      lookout.done(kEntryCost);
       if (objects[i] == objects[start]) {
         sum += weights.given() ? weights[i] : 0.0;
         continue;
