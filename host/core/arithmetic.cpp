@@ -290,6 +290,28 @@ ALGEB floatPower(State& state, ALGEB a, ALGEB n) {
   if (isSpecial(a) || isZero(a)) {
     return newFloat(state, std::pow(doubleOf(a), toDouble(state, n)));
   }
+  // Exactly, and rounded once, where the digits are not too many.
+  constexpr std::int64_t kFewFactors = 64;
+  constexpr std::size_t kFewBits = 4096;
+  if (std::int64_t k = 0; fitsInt64(n, &k) && std::abs(k) <= kFewFactors) {
+    Decimal x = toDecimal(a, state.digits());
+    const auto factors = static_cast<unsigned long>(std::abs(k));
+    if (mpz_sizeinbase(x.mantissa.get(), 2) * factors <= kFewBits) {
+      mpz_pow_ui(x.mantissa.get(), x.mantissa.get(), factors);
+      const std::int64_t exponent = x.exponent * k;
+      if (k < 0) {
+        BigInteger one;
+        mpz_set_si(one.get(), mpz_sgn(x.mantissa.get()));
+        mpz_abs(x.mantissa.get(), x.mantissa.get());
+        x = divideToDecimal(one.get(), x.mantissa.get(), state.digits());
+        x.exponent += exponent;
+      } else {
+        x.exponent = exponent;
+        roundDecimal(x, state.digits());
+      }
+      return toFloat(state, x);
+    }
+  }
   constexpr int kSpareBits = 96;  // more than the bits of an exponent of 64 bits lose
   RealNumber x(bitsForDigits(state, state.digits()) + kSpareBits);
   toMpfr(state, x.get(), a);

@@ -432,9 +432,19 @@ ALGEB Evaluator::value(const Node& node) {
   }
 }
 
+// "quit" alone is the command, not the name.
+bool isQuit(const Node& statement) {
+  return statement.kind == NodeKind::global && text(statement.value) == "quit" &&
+         nameValue(statement.value) == nullptr;
+}
+
 // A statement's value; an error that leaves the innermost statement of a text keeps its position.
 ALGEB Evaluator::statement(const Node& node) {
   note(node);
+  if (isQuit(node)) {
+    language(state_).quit = true;
+    return state_.null;
+  }
   try {
     return value(node);
   } catch (const HostErrorToken&) {
@@ -455,9 +465,7 @@ ALGEB runProgram(State& state, const std::shared_ptr<Program>& program) {
     slots[i] = nullptr;
   }
   const Node& body = *program->top->body;
-  // "quit" alone is the command, not the name.
-  if (body.kind == NodeKind::global && text(body.value) == "quit" &&
-      nameValue(body.value) == nullptr) {
+  if (isQuit(body)) {
     language(state).quit = true;
     return state.null;
   }

@@ -118,6 +118,7 @@ TEST_F(CommandTest, QuitEndsTheRunWithSuccess) {
   const Outcome quit = run("-e '1; quit; 2;' -e '3;'");
   EXPECT_EQ(quit.out, "1\n");
   EXPECT_EQ(quit.status, 0);
+  EXPECT_EQ(run("-e 'f := proc() if true then quit end; print(1) end: f(); 2;'").out, "");
 }
 
 TEST_F(CommandTest, BadUsageIsStatusTwo) {

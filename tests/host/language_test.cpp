@@ -46,6 +46,7 @@ TEST_F(LanguageTest, PrintsWhatReadsBack) {
       {"evalf(sqrt(2) + Pi)", "4.55580621596289"},
       {"1.0/3", "0.333333333333333"},
       {"Digits := 5: 1.0/3", "0.33333"},
+      {"Digits := 8: p := 5.55^3: Digits := 2: [p, 0.2^(-3)]", "[170.95388, 120.0]"},
       {"1/0.0", "Float(infinity)"},
       {"[sin(1e400), cos(1e400)]", "[-0.998538231983098, -0.0540499701023906]"},
       {"undefined", "Float(undefined)"},
