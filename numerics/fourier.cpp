@@ -7,6 +7,7 @@
 // computation of the discrete Fourier transform) of a length without factors beyond five.
 
 #include <nag2/nag2.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <bit>
@@ -187,10 +188,23 @@ void hermitianToReal(double* x, std::size_t m) {
   }
 }
 
+// Whether the machine can hold what a transform of m terms takes beside the caller's series and its
+// work array.  The system would promise more and end the process when it is used.
+bool fitsIntoMemory(std::size_t m) {
+  const std::size_t n = m % 2 == 0 ? m / 2 : m;  // terms of the complex transform
+  const std::size_t series = largestPrimeFactor(n) > kLargestDirectFactor ? 15 : 4;
+  const std::size_t bytes = series * n * sizeof(Complex) + 2 * m * sizeof(double);
+  return bytes / static_cast<std::size_t>(sysconf(_SC_PAGESIZE)) <
+         static_cast<std::size_t>(sysconf(_SC_PHYS_PAGES));
+}
+
 template <typename Transform>
 int run(double* x, const int* m, Transform transformInPlace) {
   if (*m < 1) {
     return kBadLength;
+  }
+  if (!fitsIntoMemory(static_cast<std::size_t>(*m))) {
+    return kNoMemory;
   }
   try {
     transformInPlace(x, static_cast<std::size_t>(*m));

@@ -100,8 +100,12 @@ void Heap::beforeAllocation(std::size_t bytes) {
     resetLimit();
     raiseNoMemory(state_);
   }
-  if (bytes > physicalMemory()) {
-    raiseNoMemory(state_);
+  // The system would promise more than there is, and end the process when it is used.
+  if (bytes + bytesOutside_ > physicalMemory()) {
+    collect();
+    if (bytes + bytesOutside_ > physicalMemory()) {
+      raiseNoMemory(state_);
+    }
   }
   if (stress_ || sinceCollection_ >= threshold_) {
     collect();

@@ -6,7 +6,6 @@
 #include <vexelc/vexelc.h>
 
 #include <cstdint>
-#include <vector>
 
 #include "kernel/conversions.hpp"
 #include "kernel/data_sample.hpp"
@@ -82,9 +81,9 @@ STATS_ENTRY(STATS_VexelKernelDensity_HW) {
   double* density = STATS_FloatBlock_HW(kv, result);
   STATS_Discretize_HW(kv, M, a, b, 0.0, quiet, sample.size(), sample.points(), sample.weights(),
                       density);
-  std::vector<double> work(static_cast<std::size_t>(M));
+  double* const work = STATS_AllocDoubles_HW(kv, M);
   STATS_LookForInterrupt_HW(kv);
-  forwardTransform(kv, M, density, work.data());
+  forwardTransform(kv, M, density, work);
 
   const STATS_KernelTransform_HW kernel = STATS_KernelTransformOfCode_HW(code);
   if (kernel == nullptr) {
@@ -92,6 +91,6 @@ STATS_ENTRY(STATS_VexelKernelDensity_HW) {
   }
   smooth(kernel, 2.0 * hostPi(kv) * h / (b - a), M, density);
   STATS_LookForInterrupt_HW(kv);
-  reverseTransform(kv, M, density, work.data());
+  reverseTransform(kv, M, density, work);
   return result;
 }
