@@ -11,10 +11,13 @@
 #include <cstdarg>
 #include <cstdlib>
 #include <iostream>
+#include <random>
 
+#include "call_grammar.hpp"
 #include "core/kernel_impl.hpp"
 #include "kernel_test.hpp"
 #include "valid_calls.hpp"
+#include "watchdog.hpp"
 
 namespace {
 
@@ -249,5 +252,37 @@ class InjectedFaults : public KernelTest {
 TEST_F(InjectedFaults, HostRaisesOnce) { sweepAll(Fault::raisesOnce); }
 TEST_F(InjectedFaults, HostRaisesFromThenOn) { sweepAll(Fault::raisesFromThenOn); }
 TEST_F(InjectedFaults, AllocationFails) { sweepAll(Fault::allocation); }
+
+// Calls with arguments of all kinds, a fault somewhere on their way.
+TEST_F(InjectedFaults, InRandomCalls) {
+  constexpr std::size_t kLatest = 200;
+  kernel.onUserInfo([](int, const std::string&, const std::string&) {});
+  CallGrammar grammar(kernel);
+  const char* wanted = std::getenv("VEXEL_RANDOM_CALLS");
+  const int calls = wanted != nullptr ? std::atoi(wanted) : 10000;
+  std::mt19937_64 random(2);
+  for (int made = 0; made < calls;) {
+    std::vector<std::uint8_t> bytes(96);
+    std::generate(bytes.begin(), bytes.end(), [&] { return static_cast<std::uint8_t>(random()); });
+    ByteSource source(bytes.data(), bytes.size());
+    const Watchdog watchdog(2);
+    const auto k = static_cast<std::int64_t>(random() % kLatest);
+    if (random() % 2 == 0) {
+      kernel.failAllocation(k);
+    } else {
+      fault = {k, random() % 2 == 0, false};
+    }
+    try {
+      made += grammar.run(source);
+    } catch (const vexel::Error&) {
+      ++made;  // the fault came while the arguments were made
+    }
+    kernel.failAllocation(-1);
+    fault = {};
+    if (random() % 16 == 0) {
+      expectUnharmed("random calls up to " + std::to_string(made));
+    }
+  }
+}
 
 }  // namespace
