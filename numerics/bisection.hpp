@@ -47,7 +47,8 @@ double invertTail(Tail tail, Density density, double target, bool falling, doubl
       high = middle;
     }
   }
-  return std::bit_cast<double>(high);
+  // A root below the least positive double is 0.
+  return high == 1 ? 0.0 : std::bit_cast<double>(high);
 }
 
 }  // namespace nag2

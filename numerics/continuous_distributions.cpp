@@ -2,6 +2,7 @@
 
 #include <nag2/nag2.h>
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 
@@ -16,8 +17,11 @@ namespace {
 constexpr double notANumber = std::numeric_limits<double>::quiet_NaN();
 constexpr double infinity = std::numeric_limits<double>::infinity();
 constexpr double inverseRootTwoPi = 0.39894228040143267794;
-// From here on the t and F laws equal their limits (normal, chi-square) to the last bit.
+// From here on the t and F laws equal their limits (normal, chi-square) to the last bit; F's
+// other degrees of freedom times that many.
 constexpr double hugeFreedom = 1e17;
+
+bool asIfInfinite(double nu, double other) { return nu >= hugeFreedom * std::max(1.0, other); }
 
 // P(T > |x|), Student t.
 double studentUpper(double x, double nu) {
@@ -243,11 +247,14 @@ double nag2_f_probability(Nag_TailProbability tail, double x, double nu1, double
   if (x <= 0.0 || std::isinf(x)) {
     return (x > 0.0) == lower ? 1.0 : 0.0;
   }
-  if (nu2 >= hugeFreedom) {
+  if (std::isinf(nu1) && std::isinf(nu2)) {  // all mass at 1
+    return (x >= 1.0) == lower ? 1.0 : 0.0;
+  }
+  if (asIfInfinite(nu2, nu1)) {
     return check.clamped(lower ? gammaLower(0.5 * nu1, 0.5 * nu1 * x)
                                : gammaUpper(0.5 * nu1, 0.5 * nu1 * x));
   }
-  if (nu1 >= hugeFreedom) {
+  if (asIfInfinite(nu1, nu2)) {
     return check.clamped(lower ? gammaUpper(0.5 * nu2, 0.5 * nu2 / x)
                                : gammaLower(0.5 * nu2, 0.5 * nu2 / x));
   }
@@ -263,11 +270,17 @@ double nag2_f_quantile(double p, double nu1, double nu2, NagError* fail) {
       !check.probability("the probability p", p)) {
     return notANumber;
   }
-  if (nu2 >= hugeFreedom) {
+  if (p == 0.0 || p == 1.0) {
+    return p == 0.0 ? 0.0 : infinity;
+  }
+  if (std::isinf(nu1) && std::isinf(nu2)) {
+    return 1.0;
+  }
+  if (asIfInfinite(nu2, nu1)) {
     return check.computed(gammaInverse(0.5 * nu1, p) / (0.5 * nu1));
   }
-  if (nu1 >= hugeFreedom) {
-    return check.computed(0.5 * nu2 / gammaInverse(0.5 * nu2, 1.0 - p));
+  if (asIfInfinite(nu1, nu2)) {
+    return check.computed(0.5 * nu2 / gammaInverse(0.5 * nu2, p, true));
   }
   const UnitPoint at = p > 0.5 ? betaInverse(0.5 * nu1, 0.5 * nu2, 1.0 - p, true)
                                : betaInverse(0.5 * nu1, 0.5 * nu2, p, false);
@@ -312,8 +325,9 @@ double nag2_beta_quantile(double p, double a, double b, double /*tolerance*/, Na
       !check.probability("the probability p", p)) {
     return notANumber;
   }
-  if (std::isinf(a) || std::isinf(b)) {  // all mass at 1, or at 0
-    return std::isinf(a) && p > 0.0 ? 1.0 : 0.0;
+  if (std::isinf(a) || std::isinf(b)) {  // all mass at 1, at 0 or, both infinite, at 1/2
+    const double place = !std::isinf(a) ? 0.0 : std::isinf(b) ? 0.5 : 1.0;
+    return p > 0.0 ? place : 0.0;
   }
   const UnitPoint at = p > 0.5 ? betaInverse(a, b, 1.0 - p, true) : betaInverse(a, b, p, false);
   return check.computed(static_cast<double>(at.x));

@@ -1,9 +1,10 @@
 // The regularised incomplete gamma and beta functions, both tails, and their inverses.
 //
 // Series and continued fractions behind saddle-point prefixes (deviance.hpp).  Gamma with a large
-// shape near its mean: Temme's uniform expansion.  Beta: the power series at small b x, otherwise
-// the continued fraction of A. R. DiDonato and A. H. Morris, Significant Digit Computation of the
-// Incomplete Beta Function Ratios, ACM TOMS 18 (1992), equation 9.
+// shape near its mean: Temme's uniform expansion; its first two terms serve both families where the
+// parameters are so large that sums and fractions grow long.  Beta: the power series at small b x,
+// otherwise the continued fraction of A. R. DiDonato and A. H. Morris, Significant Digit
+// Computation of the Incomplete Beta Function Ratios, ACM TOMS 18 (1992), equation 9.
 
 #include "incomplete_functions.hpp"
 
@@ -81,12 +82,16 @@ double continuedFraction(double b0, Part part) {
 
 // Q(a, x) by Legendre's continued fraction, for x > a + 1.
 double gammaFraction(double a, double x) {
+  const double weight = poissonWeight(a, x);
+  if (weight == 0.0) {
+    return 0.0;  // the fraction itself may overflow there
+  }
   const double b0 = x + 1.0 - a;
   const double value = continuedFraction(b0, [=](double n, double* an, double* bn) {
     *an = -n * (n - a);
     *bn = b0 + 2.0 * n;
   });
-  return poissonWeight(a, x) * a / value;
+  return weight * a / value;
 }
 
 // Where Temme's expansion (or, for small shapes, the special forms of the upper tail) is the
@@ -97,9 +102,52 @@ bool gammaByExpansion(double a, double x) {
   return temme || (a < 1.0 && x < 1.1);
 }
 
-double beyondFinite(double a, double x, bool lower) {
-  const bool certain = std::isinf(x) && !std::isinf(a);
-  return certain == lower ? 1.0 : 0.0;
+double beyondFinite(double x, bool lower) { return std::isinf(x) == lower ? 1.0 : 0.0; }
+
+struct Tails {
+  double lower;
+  double upper;
+};
+
+// From here on (for beta: the smaller parameter) two terms of the uniform expansion are enough:
+// what they leave out is less than a change of x by 2e-15 of itself makes.
+constexpr double hugeParameter = 1e6;
+
+// Tails at u standard deviations above the mean; exponent is the deviance there, half the square of
+// the signed root z, and skew is what 1/z - 1/u goes to at the mean:
+// Phi(z) + phi(z) (1/z - 1/u).
+Tails uniformTails(long double u, long double exponent, long double skew) {
+  constexpr long double inverseRootTwoPi = 0.39894228040143267794L;
+  const long double z = std::copysign(std::sqrt(2.0L * exponent), u);
+  // Nearer to the mean the difference would lose its digits.
+  const long double excess = std::fabs(z) > 1e-6L ? 1.0L / z - 1.0L / u : skew;
+  const auto correction = static_cast<double>(inverseRootTwoPi * std::exp(-exponent) * excess);
+  return {std::min(std::max(0.0, normalLower(z) + correction), 1.0),
+          std::min(std::max(0.0, normalLower(-z) - correction), 1.0)};
+}
+
+Tails hugeGammaTails(double a, double x) {
+  const long double shape = a;
+  const long double difference = x - shape;
+  const long double root = std::sqrt(shape);
+  return uniformTails(difference / root, deviance(shape, x, difference), 1.0L / (3.0L * root));
+}
+
+// x with the given tail: Cornish and Fisher's expansion, then Newton steps.
+double hugeGammaInverse(double a, double target, bool upper) {
+  const double sign = upper ? -1.0 : 1.0;
+  const double z = sign * normalInverse(target);
+  const double root = std::sqrt(a);
+  double x = a + (z * root + (z * z - 1.0) / 3.0 + z * (z * z - 7.0) / (36.0 * root));
+  for (int i = 0; i < 2; ++i) {
+    const double tail = upper ? gammaUpper(a, x) : gammaLower(a, x);
+    const double step = sign * (tail - target) * (x / a) / poissonWeight(a, x);
+    if (!(std::fabs(step) < 0.1 * root)) {
+      break;  // the law is narrower than the distance of the doubles
+    }
+    x -= step;
+  }
+  return x;
 }
 
 // sum (1 - b)_n a x^n / (n! (a + n)); a NaN where it has not converged.
@@ -193,21 +241,40 @@ double betaSeriesComplement(double a, double b, UnitPoint at) {
   return static_cast<double>(-std::expm1(log) - std::exp(log) * (sum - 1.0L));
 }
 
-struct Tails {
-  double lower;
-  double upper;
-};
+// From this quotient of the parameters on the beta law is a gamma law to the last bit.
+constexpr double hugeRatio = 1e17;
+
+Tails hugeBetaTails(double a, double b, UnitPoint at) {
+  const long double p = a;
+  const long double q = b;
+  const long double n = p + q;
+  const long double difference = q * at.x - p * at.y;  // n x - a
+  const long double deviation = std::sqrt(p * q / n);
+  const long double exponent =
+      deviance(p, n * at.x, difference) + deviance(q, n * at.y, -difference);
+  return uniformTails(difference / deviation, exponent, (q - p) / (3.0L * n * deviation));
+}
 
 // Both tails, one of them computed and the other its complement: the computed one is below about
 // 1/2 except at small parameters, where small says which tail is to keep its digits.
 Tails betaTails(double a, double b, UnitPoint at) {
-  if (std::isinf(a) || std::isinf(b)) {  // all mass at 1, or at 0
-    return std::isinf(a) ? Tails{0.0, 1.0} : Tails{1.0, 0.0};
+  if (std::isinf(a) || std::isinf(b)) {  // all mass at 1, at 0 or, both infinite, at 1/2
+    const bool below = std::isinf(a) && (std::isinf(b) ? at.x < 0.5L : at.y > 0.0L);
+    return below ? Tails{0.0, 1.0} : Tails{1.0, 0.0};
   }
   if (at.x <= 0.0L || at.y <= 0.0L) {
     return at.x <= 0.0L ? Tails{0.0, 1.0} : Tails{1.0, 0.0};
   }
-  const bool swap = static_cast<long double>(a) * at.y < static_cast<long double>(b) * at.x;
+  if (std::min(a, b) >= hugeParameter) {
+    return hugeBetaTails(a, b, at);
+  }
+  if (b >= hugeRatio * std::max(1.0, a)) {  // b times -log(1 - x) is a gamma variate
+    const auto reduced =
+        static_cast<double>(-b * (at.x < 0.5L ? std::log1p(-at.x) : std::log(at.y)));
+    return {gammaLower(a, reduced), gammaUpper(a, reduced)};
+  }
+  const bool swap = a >= hugeRatio * std::max(1.0, b) ||
+                    static_cast<long double>(a) * at.y < static_cast<long double>(b) * at.x;
   if (swap) {
     const Tails other = betaTails(b, a, {at.y, at.x});
     return {other.upper, other.lower};
@@ -297,6 +364,46 @@ struct Rational {
   }
 };
 
+// A start for the inverse where a parameter is large, for the smaller of x and 1 - x: the normal
+// law with the skewness's term, or the gamma law that is the limit for one large parameter.
+double largeBetaStart(double own, double other, double p, bool falling) {
+  if (own < 1000.0) {
+    return -std::expm1(-gammaInverse(own, p, falling) / (other + 0.5 * (own - 1.0)));
+  }
+  const long double n = static_cast<long double>(own) + other;
+  const long double deviation = std::sqrt(own * (other / n));
+  const long double z = falling ? -normalInverse(p) : normalInverse(p);
+  return static_cast<double>((own + deviation * z + (other - own) / n * ((z * z - 1.0L) / 3.0L)) /
+                             n);
+}
+
+// The point with the given tail for two large parameters, by Newton steps.
+UnitPoint hugeBetaInverse(double a, double b, double p, bool upperTail) {
+  const bool left = a <= b;
+  const bool falling = upperTail == left;
+  const double own = left ? a : b;
+  const double other = left ? b : a;
+  const auto n = static_cast<long double>(own) + other;
+  const auto width = static_cast<double>(std::sqrt(own * (other / n)) / n);
+  const auto point = [left](double v) {
+    return left ? UnitPoint{v, 1.0L - v} : UnitPoint{1.0L - v, v};
+  };
+  double u = largeBetaStart(own, other, p, falling);
+  for (int i = 0; i < 5; ++i) {
+    const Tails tails = hugeBetaTails(a, b, point(u));
+    const double difference = (upperTail ? tails.upper : tails.lower) - p;
+    const double step = (falling ? -difference : difference) / betaDensity(a, b, point(u));
+    if (!(std::fabs(step) < 0.1 * width)) {
+      break;  // the law is narrower than the distance of the doubles
+    }
+    u -= step;
+    if (std::fabs(step) < 1e-6 * width) {
+      break;
+    }
+  }
+  return point(u);
+}
+
 }  // namespace
 
 double gammaLower(double a, double x) {
@@ -304,7 +411,10 @@ double gammaLower(double a, double x) {
     return 0.0;
   }
   if (std::isinf(x) || std::isinf(a)) {
-    return beyondFinite(a, x, true);
+    return beyondFinite(x, true);
+  }
+  if (a >= hugeParameter) {
+    return hugeGammaTails(a, x).lower;
   }
   if (gammaByExpansion(a, x)) {
     return a < 1.0 ? gammaSeries(a, x) : x > a ? 1.0 - boostGammaQ(a, x) : boostGammaP(a, x);
@@ -317,7 +427,10 @@ double gammaUpper(double a, double x) {
     return 1.0;
   }
   if (std::isinf(x) || std::isinf(a)) {
-    return beyondFinite(a, x, false);
+    return beyondFinite(x, false);
+  }
+  if (a >= hugeParameter) {
+    return hugeGammaTails(a, x).upper;
   }
   if (gammaByExpansion(a, x)) {
     // Far below the mean the expansion's upper tail is not quite the lower one's complement.
@@ -327,12 +440,15 @@ double gammaUpper(double a, double x) {
 }
 
 // Boost's inverse, then Newton steps with the tails above.
-double gammaInverse(double a, double p) {
+double gammaInverse(double a, double p, bool upperTail) {
   if (p <= 0.0 || p >= 1.0) {
-    return p <= 0.0 ? 0.0 : std::numeric_limits<double>::infinity();
+    return (p <= 0.0) != upperTail ? 0.0 : std::numeric_limits<double>::infinity();
   }
-  const bool upper = p > 0.5;
-  const double target = upper ? 1.0 - p : p;
+  const bool upper = (p > 0.5) != upperTail;
+  const double target = p > 0.5 ? 1.0 - p : p;
+  if (a >= hugeParameter) {
+    return std::isinf(a) ? a : hugeGammaInverse(a, target, upper);
+  }
   const double start = upper ? boostGammaQInverse(a, target) : boostGammaPInverse(a, target);
   const auto tail = [=](double x) { return upper ? gammaUpper(a, x) : gammaLower(a, x); };
   const auto density = [=](double x) { return poissonWeight(a, x) * (a / x); };
@@ -348,13 +464,20 @@ UnitPoint betaInverse(double a, double b, double p, bool upperTail) {
   if (p <= 0.0 || p >= 1.0) {
     return (p <= 0.0) != upperTail ? UnitPoint{0.0L, 1.0L} : UnitPoint{1.0L, 0.0L};
   }
+  if (std::min(a, b) >= hugeParameter) {
+    return hugeBetaInverse(a, b, p, upperTail);
+  }
   if (UnitPoint root{}; p > 1e-8 && a >= 1.0 && b >= 1.0 && std::max(a, b) <= 100.0 &&
                         betaRootByHalley(a, b, p, upperTail, &root)) {
     return root;
   }
+  double x = nan;
   double y = nan;
-  const double x =
-      upperTail ? boostBetaComplementInverse(a, b, p, &y) : boostBetaInverse(a, b, p, &y);
+  if (std::max(a, b) >= hugeParameter) {
+    (a <= b ? x : y) = largeBetaStart(std::min(a, b), std::max(a, b), p, upperTail == (a <= b));
+  } else {
+    x = upperTail ? boostBetaComplementInverse(a, b, p, &y) : boostBetaInverse(a, b, p, &y);
+  }
   // At a point 1/2 the tail says on which side the root lies, whatever the start was.
   const double half = upperTail ? betaUpper(a, b, {0.5L, 0.5L}) : betaLower(a, b, {0.5L, 0.5L});
   const bool left = upperTail ? p >= half : p <= half;

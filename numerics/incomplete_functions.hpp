@@ -6,8 +6,8 @@ namespace nag2 {
 // Lower and upper tail of the gamma distribution with unit scale; a > 0, x >= 0.
 double gammaLower(double a, double x);
 double gammaUpper(double a, double x);
-// x with gammaLower(a, x) = p, found from the smaller tail.
-double gammaInverse(double a, double p);
+// x with gammaLower(a, x) = p, found from the smaller tail; upperTail: with gammaUpper(a, x) = p.
+double gammaInverse(double a, double p, bool upperTail = false);
 
 // A point of the unit interval with its complement, either of them exact when it is small.
 struct UnitPoint {

@@ -55,7 +55,7 @@ struct BetaFamily {
 // tail(j) within a factor of about two, from above: the geometric bound on the sum of decrements.
 template <typename Family>
 double tailBound(const Family& family, double j, double decrement) {
-  const double ratio = family.ratio(j);
+  const double ratio = family.tailFall(j);
   return ratio < 1.0 ? std::min(1.0, decrement / (1.0 - ratio)) : 1.0;
 }
 
@@ -312,6 +312,13 @@ double nag2_noncentral_f_probability(double x, double nu1, double nu2, double de
   if (x <= 0.0 || std::isinf(x)) {
     return x <= 0.0 ? 0.0 : 1.0;
   }
+  if (std::isinf(nu1)) {  // X is 1
+    return std::isinf(nu2) ? (x < 1.0 ? 0.0 : 1.0)
+                           : check.clamped(gammaUpper(0.5 * nu2, 0.5 * nu2 / x));
+  }
+  if (std::isinf(nu2)) {  // Y is 1
+    return nag2_noncentral_chi_square_probability(nu1 * x, nu1, delta, tolerance, max_iter, fail);
+  }
   const long double scaled = static_cast<long double>(nu1) * x;
   const long double total = scaled + nu2;
   const BetaFamily family{0.5 * nu1, 0.5 * nu2, {scaled / total, nu2 / total}};
@@ -329,6 +336,9 @@ double nag2_noncentral_beta_probability(double x, double a, double b, double del
   }
   if (x <= 0.0 || x >= 1.0) {
     return x <= 0.0 ? 0.0 : 1.0;
+  }
+  if (std::isinf(a) || std::isinf(b)) {  // all mass at 1, at 0 or, both infinite, at 1/2
+    return nag2_beta_probability(x, a, b, 0.0, fail);
   }
   const long double exact = x;
   const BetaFamily family{a, b, {exact, 1.0L - exact}};

@@ -61,6 +61,7 @@ TEST_F(ClosedFormsTest, KeepTheirBranchesAtTheEdges) {
       {"RayleighDeviate", {0.75, -2.0}, 2.0 * std::sqrt(2.0 * std::log(4.0))},
       {"PowerProbability", {2.5, 2.0, 3.0}, 1.0},
       {"ParetoProbability", {0.5, 1.0, 2.0}, 0.0},
+      {"ParetoProbability", {1e308, 1e-308, 0.001}, 1.0 - std::pow(10.0, -0.616)},
       {"ExponentialProbability", {-std::log(2.0), 1.0}, -1.0},  // no branch below zero
       {"ExponentialDeviate", {1.0, 2.0}, kInf},
       {"ExponentialDeviate", {kNaN, 2.0}, kNaN},
@@ -71,6 +72,8 @@ TEST_F(ClosedFormsTest, KeepTheirBranchesAtTheEdges) {
       {"CauchyProbability", {0.0, 0.0, 1.0}, 0.5},
       {"CauchyProbability", {kInf, 0.0, 1.0}, 1.0},
       {"CauchyDeviate", {0.5, 3.0, 2.0}, 3.0},
+      {"CauchyDeviate", {-0.0, 3.0, 2.0}, -kInf},
+      {"GeometricProbability", {kInf, 0.0}, 0.0},
       {"BernoulliProbability", {0.0, 0.3}, 0.7},
       {"BernoulliProbability", {1.9, 0.3}, 0.3},  // whole arguments are truncated
       {"BernoulliProbability", {2.0, 0.3}, 0.0},

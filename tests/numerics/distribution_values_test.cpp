@@ -76,14 +76,86 @@ TEST(DistributionValues, QuantilesInvertProbabilities) {
   }
 }
 
-// Infinite parameters put all mass at an end; the continued fraction must not see them.
-TEST(DistributionValues, InfiniteBetaParametersAreAPoint) {
+// Infinite parameters put all mass at a point; the continued fraction must not see them.
+TEST(DistributionValues, InfiniteParametersAreAPoint) {
   constexpr double kInfinity = std::numeric_limits<double>::infinity();
   for (const double p : {5e-324, 0.5, 1.0}) {
     EXPECT_EQ(nag2_beta_quantile(p, kInfinity, 2.0, 0.0, nullptr), 1.0);
-    EXPECT_EQ(nag2_beta_quantile(p, kInfinity, kInfinity, 0.0, nullptr), 1.0);
+    EXPECT_EQ(nag2_beta_quantile(p, kInfinity, kInfinity, 0.0, nullptr), 0.5);
+    EXPECT_EQ(nag2_f_quantile(p < 1.0 ? p : 0.99, kInfinity, kInfinity, nullptr), 1.0);
     EXPECT_EQ(nag2_beta_quantile(p, 2.0, kInfinity, 0.0, nullptr), 0.0);
   }
+  for (const double nu : {1e16, 1e17, 1e40, 1.7e308, kInfinity}) {
+    EXPECT_EQ(nag2_f_probability(Nag_LowerTail, 0.9, nu, nu, nullptr), 0.0) << nu;
+    EXPECT_EQ(nag2_f_probability(Nag_LowerTail, 1.1, nu, nu, nullptr), 1.0) << nu;
+    EXPECT_NEAR(nag2_f_quantile(1e-300, nu, nu, nullptr), 1.0, 1e-6) << nu;
+  }
+  EXPECT_EQ(nag2_noncentral_f_probability(0.9, kInfinity, kInfinity, 2, 1e-15, 100, nullptr), 0.0);
+  EXPECT_EQ(nag2_noncentral_beta_probability(0.1, 2, kInfinity, 2, 1e-15, 100, nullptr), 1.0);
+}
+
+// A thousand million degrees of freedom and more: sums and fractions would be too long, and
+// expansions whose exponent is a double lose deep tails.  Values by quadrature of the density.
+TEST(DistributionValues, HugeParametersKeepTheirDigits) {
+  struct Row {
+    double a;
+    double b;  // 0: gamma
+    double x;
+    double p;
+    double tolerance;
+  };
+  const Row rows[] = {
+      {1000000000.0, 0.0, 1000000000.0, 0.50000420522087005696, 2.5e-11},
+      {2219904407.4762254, 0.0, 2219527548.740871, 6.2717362902948328464e-16, 3.8e-10},
+      {8763605506311873.0, 0.0, 8763605635958851.0, 0.91695973058569816918, 1.6e-8},
+      {1e+16, 1e+16, 0.5, 0.5, 1.1e-7},
+      {84002092464245.53, 136687376976023.75, 0.3806348018384582, 0.50022045544504137749, 9.3e-9},
+      {37819048034434.73, 4316687805736661.5, 0.008685033047428112, 0.024029144057510962531,
+       1.5e-8},
+  };
+  for (const Row& row : rows) {
+    NagError fail{};
+    const double p = row.b == 0.0 ? nag2_gamma_probability(Nag_LowerTail, row.x, row.a, 1.0, &fail)
+                                  : nag2_beta_probability(row.x, row.a, row.b, 0.0, &fail);
+    const double x = row.b == 0.0 ? nag2_gamma_quantile(row.p, row.a, 1.0, 0.0, &fail)
+                                  : nag2_beta_quantile(row.p, row.a, row.b, 0.0, &fail);
+    EXPECT_NEAR(p / row.p, 1.0, row.tolerance) << row.a;
+    EXPECT_NEAR(x / row.x, 1.0, 1e-15) << row.a;
+    EXPECT_EQ(fail.code, NAG2_OK) << fail.message;
+  }
+}
+
+// Far out on the right, where weights and powers underflow or overflow.
+TEST(DistributionValues, FarBeyondTheMeanTheTailIsOne) {
+  for (const double x : {1e30, 1e60, 1e200, 1.7e308}) {
+    NagError fail{};
+    EXPECT_EQ(nag2_chi_square_probability(Nag_LowerTail, x, 1.0, &fail), 1.0) << x;
+    EXPECT_NEAR(nag2_noncentral_chi_square_probability(x, 0.5, 0.5, 1e-15, 100, &fail), 1.0, 1e-14);
+    EXPECT_NEAR(nag2_noncentral_f_probability(x, 0.5, 0.5, 0.5, 1e-15, 100, &fail), 1.0, 1e-7);
+    EXPECT_EQ(fail.code, NAG2_OK) << fail.message;
+  }
+}
+
+// With b < 1 the mixture's central tails fall more slowly than their first decrements say.
+TEST(DistributionValues, HeavyRightTailOfAMixtureCountsEveryTerm) {
+  NagError fail{};
+  EXPECT_NEAR(nag2_noncentral_f_probability(1e20, 0.5, 0.5, 0.5, 1e-15, 100, &fail),
+              0.99999335299836997684, 1e-15);
+  EXPECT_EQ(fail.code, NAG2_OK);
+}
+
+// The quantile's start must not be sought where that takes for ever, and with the numerator's
+// degrees of freedom infinite a small p must not become 1 - p.
+TEST(DistributionValues, QuantilesOfVeryUnequalParametersEnd) {
+  NagError fail{};
+  EXPECT_NEAR(
+      nag2_beta_quantile(0.8240509823784496, 331921.768093815, 1.784690220181963e+253, 0.0, &fail) /
+          1.8628333581669782138e-248,
+      1.0, 1e-14);
+  EXPECT_NEAR(nag2_f_quantile(1e-300, std::numeric_limits<double>::infinity(), 10.0, &fail) /
+                  0.007003919608496828189,
+              1.0, 1e-14);
+  EXPECT_EQ(fail.code, NAG2_OK);
 }
 
 // Every call ends soon, with a number or with a failure that has a message, never a silent NaN.

@@ -21,7 +21,7 @@ double STATS_CauchyProbability_HW(VKernelVector kv, double x, double a, double b
 double STATS_CauchyDeviate_HW(VKernelVector kv, double p, double a, double b) {
   const double pi = STATS_HostPi_HW(kv);
   if (p < 0.25) {
-    return -1.0 / std::tan(pi * p) * b + a;
+    return -1.0 / std::tan(pi * (p + 0.0)) * b + a;  // + 0.0: of -0.0 as of 0.0
   }
   if (p > 0.75) {
     return 1.0 / std::tan(pi * (1.0 - p)) * b + a;

@@ -7,10 +7,11 @@
 #include "distributions/uniform_source.hpp"
 #include "kernel/conversions.hpp"
 
-// 1 - (1 - p)^(floor(x) + 1); from p = 1 on the logarithm is of no use.
+// 1 - (1 - p)^(floor(x) + 1); from p = 1 on, and for p = 0, the logarithm is of no use.
 double STATS_GeometricProbability_HW(VKernelVector, double x, double p) {
   const double trials = std::floor(x) + 1.0;
-  return p < 1.0 ? -std::expm1(trials * std::log1p(-p)) : 1.0 - std::pow(1.0 - p, trials);
+  return p < 1.0 && p != 0.0 ? -std::expm1(trials * std::log1p(-p))
+                             : 1.0 - std::pow(1.0 - p, trials);
 }
 
 // The quotient of the logarithms rounded up to a whole number, less one.

@@ -19,7 +19,10 @@ double STATS_ParetoProbability_HW(VKernelVector, double x, double a, double c) {
   if (!(a > 0.0) || !std::isfinite(c) || std::isinf(x)) {
     return 1.0 - std::pow(a / x, c);
   }
-  const double logRatio = x <= 2.0 * a ? std::log1p((x - a) / a) : std::log(x / a);
+  const double ratio = x / a;
+  const double logRatio = x <= 2.0 * a        ? std::log1p((x - a) / a)
+                          : std::isinf(ratio) ? std::log(x) - std::log(a)
+                                              : std::log(ratio);
   return -std::expm1(-c * logRatio);
 }
 
