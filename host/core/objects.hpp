@@ -66,8 +66,9 @@ inline ALGEB argumentsFrom(State& state, std::span<const ALGEB> args) {
 }
 // The arguments in an argument sequence: elements of a sequence, else the object itself.
 inline std::size_t argumentCount(ALGEB args) { return isSequence(args) ? length(args) - 1U : 1U; }
+// NULL, the sequence without elements, is also the one argument of a call f(NULL).
 inline ALGEB argument(State& state, ALGEB args, std::size_t i) {
-  return isSequence(args) ? element(state, args, i) : args;
+  return isSequence(args) && length(args) > 1 ? element(state, args, i) : args;
 }
 
 // --- relations and ranges: operands are words 1 and 2 ---

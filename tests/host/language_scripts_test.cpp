@@ -97,6 +97,7 @@ TEST_F(LanguageScripts, StatementsAndFunctionsGiveTheirValues) {
        "111"},
       {"f := (a, b) -> a - b: f(5, 3)", "2"},
       {"(() -> 7)()", "7"},
+      {"f := x -> [x]: f(NULL), f(), map(f, [NULL, 1])", "[NULL], [NULL], [[NULL], [1]]"},
       {"add := a -> (b -> a + b): add(2)(3)", "5"},
       {"g := proc(n) if n < 2 then 1 else n*g(n - 1) end end: g(20)", "2432902008176640000"},
       {"A := Array(1..2): p := proc(W) W[1] := 9; NULL end: p(A): A[1]", "9"},
