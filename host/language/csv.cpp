@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <limits>
 #include <memory>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -199,7 +200,7 @@ ALGEB readCsv(State& s, ALGEB args) {
 }
 
 std::string csvCell(State& s, ALGEB x) {
-  if (isFloat(x) && isUndefined(s, x)) {
+  if (isNull(x) || (isFloat(x) && isUndefined(s, x))) {
     return "NA";
   }
   if (isFloat(x) && isInfinite(s, x)) {
@@ -217,33 +218,72 @@ std::string csvCell(State& s, ALGEB x) {
   return cell;
 }
 
-// WriteCSV(file, array): a row a row of the array; with further arrays, a column each.
+struct Column {
+  ALGEB heading;  // null for none
+  ALGEB array;
+};
+
+// The columns among the arguments: arrays, equations heading = array, and tables of those, as
+// ReadCSV makes them.
+std::vector<Column> columnsToWrite(State& s, ALGEB args) {
+  std::vector<Column> columns;
+  for (std::size_t k = 2; k <= argumentCount(args); ++k) {
+    const ALGEB x = argument(s, args, k);
+    if (is(x, Tag::table)) {
+      for (const auto& [key, value] : table(x).entries()) {
+        columns.push_back({key, value});
+      }
+    } else if (isEquation(x)) {
+      columns.push_back({operand(x, 1), operand(x, 2)});
+    } else {
+      columns.push_back({nullptr, x});
+    }
+  }
+  for (const Column& column : columns) {
+    const ALGEB x = column.array;
+    if (!isArray(x) || arrayOf(x).dimensions < 1 || arrayOf(x).dimensions > 2) {
+      raise(s, "expected an array of one or two dimensions, received: %1", x);
+    }
+    const bool alone = columns.size() == 1 && column.heading == nullptr;
+    if (!alone && (arrayOf(x).dimensions != 1 ||
+                   arrayOf(x).extent(0) != arrayOf(columns.front().array).extent(0))) {
+      raise(s, "expected arrays of one size, received: %1", x);
+    }
+    if ((column.heading == nullptr) != (columns.front().heading == nullptr)) {
+      raise(s, "expected a heading for every column or for none");
+    }
+  }
+  return columns;
+}
+
+// WriteCSV(file, array): a row a row of the array; with headings or further arrays, a column each.
 ALGEB writeCsv(State& s, ALGEB args) {
   if (isNull(args) || argumentCount(args) < 2) {
     raise(s, "WriteCSV expects a file and an array, received: %1", args);
   }
+  const std::vector<Column> columns = columnsToWrite(s, args);
   std::string out;
-  const ALGEB first = argument(s, args, 2);
-  if (!isArray(first) || arrayOf(first).dimensions < 1 || arrayOf(first).dimensions > 2) {
-    raise(s, "expected an array of one or two dimensions, received: %1", first);
+  if (!columns.empty() && columns.front().heading != nullptr) {
+    for (const Column& column : columns) {
+      out += (&column == &columns.front() ? "" : ",") + csvCell(s, column.heading);
+    }
+    out += "\n";
   }
-  const ArrayObject& a = arrayOf(first);
-  for (V_INT i = 0; i < a.extent(0); ++i) {
+  const V_INT rows = columns.empty() ? 0 : arrayOf(columns.front().array).extent(0);
+  for (V_INT i = 0; i < rows; ++i) {
     lookAtInterrupt();
-    if (a.dimensions == 1) {
-      for (std::size_t k = 2; k <= argumentCount(args); ++k) {
-        const ALGEB column = argument(s, args, k);
-        if (!isArray(column) || arrayOf(column).dimensions != 1 ||
-            arrayOf(column).extent(0) != a.extent(0)) {
-          raise(s, "expected arrays of one size, received: %1", column);
+    bool first = true;
+    for (const Column& column : columns) {
+      const ArrayObject& a = arrayOf(column.array);
+      const V_INT cells = a.dimensions == 2 ? a.extent(1) : 1;
+      for (V_INT j = 0; j < cells; ++j) {
+        V_INT index[] = {a.lower(0) + i, 0};
+        if (a.dimensions == 2) {
+          index[1] = a.lower(1) + j;
         }
-        const V_INT index[] = {arrayOf(column).lower(0) + i};
-        out += (k > 2 ? "," : "") + csvCell(s, arraySelect(s, column, index));
-      }
-    } else {
-      for (V_INT j = 0; j < a.extent(1); ++j) {
-        const V_INT index[] = {a.lower(0) + i, a.lower(1) + j};
-        out += (j > 0 ? "," : "") + csvCell(s, arraySelect(s, first, index));
+        out += (first ? "" : ",") +
+               csvCell(s, arraySelect(s, column.array, std::span(index, a.dimensions)));
+        first = false;
       }
     }
     out += "\n";

@@ -304,4 +304,26 @@ TEST_F(LanguageScripts, NothingBreaksTheHost) {
   }
 }
 
+TEST_F(LanguageScripts, ColumnsGoToAFileAndBack) {
+  const std::string write = "F := \"" + testing::TempDir() +
+                            "/language_scripts.csv\": A := Array([1.5, " +
+                            "undefined]): B := Array([\"p,\\\"q\\\"\", 1/3]): WriteCSV(F, ";
+  const Row rows[] = {
+      {"\"x y\" = A, z = B): ReadCSV(F)",
+       "table([\"x y\" = Array(1..2, [1.5, Float(undefined)], datatype = float[8]), "
+       "\"z\" = Array(1..2, [\"p,\\\"q\\\"\", \"1/3\"])])"},
+      {"table([\"\" = A, \"a\" = A])): ReadCSV(F, \"a\")",
+       "Array(1..2, [1.5, Float(undefined)], datatype = float[8])"},
+      {"Array(1..2, 1..2, [[1, 2], [3, 4]])): ReadCSV(F, \"2\")",
+       "Array(1..1, [4.0], datatype = float[8])"},
+      {"Array([\"h\", 1, NULL]), Array([\"g\", 3, 4])): ReadCSV(F, \"h\")",
+       "Array(1..2, [1.0, Float(undefined)], datatype = float[8])"},
+      {"A, x = A)", "Error, expected a heading for every column or for none"},
+      {"A, Array([1]))", "Error, expected arrays of one size, received: Array(1..1, [1])"},
+  };
+  for (const Row& row : rows) {
+    EXPECT_EQ(printed(write + row.text), row.result) << row.text;
+  }
+}
+
 }  // namespace
