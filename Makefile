@@ -53,7 +53,7 @@ gallery: build
 	@scripts/gallery build/bin/vexel
 
 accuracy: build
-	@PATH=/usr/bin:$$PATH python3 tests/reference/accuracy_report.py build/lib/libnag2.so --markdown
+	@PATH=/usr/bin:$$PATH python3 tests/reference/accuracy_report.py build/lib/libnag2.so build/bin/vexel --markdown
 
 format:
 	@$(SOURCES) | xargs clang-format -i

@@ -109,9 +109,10 @@ struct Tails {
   double upper;
 };
 
-// From here on (for beta: the smaller parameter) two terms of the uniform expansion are enough:
-// what they leave out is less than a change of x by 2e-15 of itself makes.
-constexpr double hugeParameter = 1e6;
+// From this gamma shape, and this smaller one of the beta parameters, two terms of the uniform
+// expansion are enough: what they leave out is less than a change of x by 2e-15 of itself makes.
+constexpr double hugeShape = 1e6;
+constexpr double hugeParameter = 1e7;
 
 // Tails at u standard deviations above the mean; exponent is the deviance there, half the square of
 // the signed root z, and skew is what 1/z - 1/u goes to at the mean:
@@ -286,7 +287,7 @@ Tails betaTails(double a, double b, UnitPoint at) {
   }
   const bool series = x <= 0.7 ? b * x <= 0.7 || b <= 1.0 : a <= 1.0 && b <= 1.0 && x <= 0.99;
   // Near x = 1 with a small b the fraction loses digits; the mirrored series has none to lose.
-  const bool mirrored = !series && a <= 1.0 && b <= 1.0 && b > 1e-5;
+  const bool mirrored = !series && b <= 1.0 && b > 1e-5 && (a <= 1.0 || a * at.y <= 0.7L);
   const double direct = series     ? betaSeries(a, b, at)
                         : mirrored ? betaSeriesComplement(b, a, {at.y, at.x})
                                    : betaFraction(a, b, at);
@@ -413,7 +414,7 @@ double gammaLower(double a, double x) {
   if (std::isinf(x) || std::isinf(a)) {
     return beyondFinite(x, true);
   }
-  if (a >= hugeParameter) {
+  if (a >= hugeShape) {
     return hugeGammaTails(a, x).lower;
   }
   if (gammaByExpansion(a, x)) {
@@ -429,7 +430,7 @@ double gammaUpper(double a, double x) {
   if (std::isinf(x) || std::isinf(a)) {
     return beyondFinite(x, false);
   }
-  if (a >= hugeParameter) {
+  if (a >= hugeShape) {
     return hugeGammaTails(a, x).upper;
   }
   if (gammaByExpansion(a, x)) {
@@ -446,7 +447,7 @@ double gammaInverse(double a, double p, bool upperTail) {
   }
   const bool upper = (p > 0.5) != upperTail;
   const double target = p > 0.5 ? 1.0 - p : p;
-  if (a >= hugeParameter) {
+  if (a >= hugeShape) {
     return std::isinf(a) ? a : hugeGammaInverse(a, target, upper);
   }
   const double start = upper ? boostGammaQInverse(a, target) : boostGammaPInverse(a, target);

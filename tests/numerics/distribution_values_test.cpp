@@ -136,6 +136,16 @@ TEST(DistributionValues, FarBeyondTheMeanTheTailIsOne) {
   }
 }
 
+// A small b and a point near 1: the fraction's digits go with b.
+TEST(DistributionValues, SmallDenominatorFreedomKeepsItsDigits) {
+  EXPECT_NEAR(
+      nag2_f_probability(Nag_LowerTail, 0.849506990123799, 2434.79126, 0.00026501531, nullptr) /
+          0.0010845472507312982075,
+      1.0, 1e-14);
+  EXPECT_NEAR(nag2_f_probability(Nag_LowerTail, 1.0, 722.0, 0.89, nullptr) / 0.30795840621278592931,
+              1.0, 3e-15);
+}
+
 // With b < 1 the mixture's central tails fall more slowly than their first decrements say.
 TEST(DistributionValues, HeavyRightTailOfAMixtureCountsEveryTerm) {
   NagError fail{};

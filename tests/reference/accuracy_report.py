@@ -1,10 +1,12 @@
 """Errors of libnag2's probabilities and quantiles at the points of tests/data/accuracy.txt, beside R,
-SciPy and Boost where they are installed; --markdown writes the page docs/accuracy.md.
+SciPy and Boost where they are installed; --markdown writes the page docs/accuracy.md.  With the
+command, also the quantiles that the statistics library finds by searches on these probabilities.
 
-usage: accuracy_report.py build/lib/libnag2.so [--markdown]
+usage: accuracy_report.py build/lib/libnag2.so [build/bin/vexel] [--markdown]
 """
 
 import ctypes
+import json
 import math
 import os
 import subprocess
@@ -24,6 +26,9 @@ TITLES = {
     "noncentral_chi_square": "non-central chi-square", "noncentral_f": "non-central F",
     "noncentral_beta": "non-central beta"}
 QUANTILES = ("normal", "student", "gamma", "chi_square", "beta", "f")
+SEARCHED = {"poisson": "Poisson", "binomial": "Binomial", "hypergeometric": "Hypergeometric",
+            "noncentral_chi_square": "NonCentralChiSquare", "noncentral_f": "NonCentralFRatio",
+            "noncentral_beta": "NonCentralBeta"}
 
 INTRODUCTION = """# Accuracy
 
@@ -38,6 +43,11 @@ The unit is 1e-14 max(1, k) for a probability and 1e-14 max(1, 1/k) for a quanti
 F(x)| the condition number of the point (for a discrete law k P(X = k) / F(k)): 1 is the goal, and
 what lies below it is as good as the arguments' own rounding allows, to within some 45 epsilons.
 "inf" is a NaN, a zero or a failure.  Boost runs with its default policy, long double inside.  Medians stand first, worst errors second.
+
+Quantiles of discrete and non-central laws are searches on the probabilities, so they are measured
+through the entry points, at 15 Digits.  A discrete quantile, asked half a point probability below
+P(X <= k), is right or "inf".  The non-central searches end at an absolute width too: 1e-15 joins
+their unit.
 """
 
 
@@ -205,6 +215,40 @@ def collect(library):
     return [title for title, _ in systems], found
 
 
+def searched(command):
+    """Errors of the quantiles found by searches, through the command's entry points."""
+    points = []
+    for name, tail, parameters, x, high, low, density in rows():
+        if name not in SEARCHED or tail != "L":
+            continue
+        p = high
+        if not name.startswith("noncentral"):
+            p = high - 0.5 * density
+            if min(high - p, p - (high - density)) < 4e-16 * high or (x == 0.0 and name != "poisson"):
+                continue  # no double lies clear of both steps
+        points.append((name, parameters, x, p, density / high, -low / density))
+    script = "".join(f"STATS_Vexel{SEARCHED[name]}Deviate_HW({p!r}, {', '.join(map(repr, parameters))});\n"
+                     for name, parameters, _, p, _, _ in points)
+    with tempfile.NamedTemporaryFile("w", suffix=".vx") as file:
+        file.write(script)
+        file.flush()
+        done = subprocess.run([command, "--json", "--quiet", file.name], capture_output=True, text=True,
+                              timeout=300)
+    found = {}
+    for (name, parameters, x, p, slope, shift), line in zip(points, done.stdout.splitlines(), strict=True):
+        got = json.loads(line)
+        if not isinstance(got, (int, float)):
+            scaled = math.inf
+        elif name.startswith("noncentral"):
+            unit = GOAL * max(x, 1 / slope) + 1e-15
+            scaled = abs((got - x) - shift) / unit
+        else:
+            scaled = 0.0 if got == x else math.inf
+        found.setdefault((name, "quantile L"), {}).setdefault("vexel", []).append(
+            (scaled, *parameters, x, p))
+    return found
+
+
 def cell(errors):
     if not errors:
         return "–"
@@ -214,6 +258,10 @@ def cell(errors):
 
 def main():
     titles, found = collect(Library(sys.argv[1]))
+    if len(sys.argv) > 2 and not sys.argv[2].startswith("--"):
+        found.update(searched(sys.argv[2]))
+        order = list(TITLES)
+        found = dict(sorted(found.items(), key=lambda item: (order.index(item[0][0]), item[0][1][-1])))
     lines = ["| distribution | operation | points | " + " | ".join(titles) + " |",
              "|---" * (3 + len(titles)) + "|"]
     for (name, operation), errors in found.items():
