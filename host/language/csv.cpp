@@ -70,6 +70,12 @@ std::vector<Row> readRows(State& s, ALGEB name) {
   Reader reader;
   char buffer[1 << 16];
   std::size_t n = 0;
+  // A byte order mark, which spreadsheets write first, is no part of the first heading.
+  constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+  n = std::fread(buffer, 1, kByteOrderMark.size(), file.get());
+  if (std::string_view(buffer, n) != kByteOrderMark) {
+    csv_parse(&parser, buffer, n, Reader::field, Reader::line, &reader);
+  }
   while ((n = std::fread(buffer, 1, sizeof buffer, file.get())) > 0) {
     lookAtInterrupt();
     if (csv_parse(&parser, buffer, n, Reader::field, Reader::line, &reader) != n) {
@@ -152,6 +158,14 @@ ALGEB readCsv(State& s, ALGEB args) {
     raise(s, "the file %1 is empty", argument(s, args, 1));
   }
   const Row& header = rows.front();
+  for (std::size_t r = 1; r < rows.size(); ++r) {
+    for (std::size_t c = header.size(); c < rows[r].size(); ++c) {
+      if (!trimmed(rows[r][c]).empty()) {
+        raise(s, "row %1 has more cells than there are headings",
+              newInteger(s, static_cast<std::int64_t>(r + 1)));
+      }
+    }
+  }
   auto cell = [&](std::size_t row, std::size_t column) -> std::string_view {
     return column < rows[row].size() ? std::string_view(rows[row][column]) : std::string_view();
   };

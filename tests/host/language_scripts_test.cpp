@@ -318,6 +318,10 @@ TEST_F(LanguageScripts, ColumnsGoToAFileAndBack) {
        "Array(1..1, [4.0], datatype = float[8])"},
       {"Array([\"h\", 1, NULL]), Array([\"g\", 3, 4])): ReadCSV(F, \"h\")",
        "Array(1..2, [1.0, Float(undefined)], datatype = float[8])"},
+      {"A): WriteText(F, \"\xEF\xBB\xBFx\\n1,\\n\"): ReadCSV(F, \"x\")",
+       "Array(1..1, [1.0], datatype = float[8])"},
+      {"A): WriteText(F, \"x\\n1\\n2,3\\n\"): ReadCSV(F)",
+       "Error, row 3 has more cells than there are headings"},
       {"A, x = A)", "Error, expected a heading for every column or for none"},
       {"A, Array([1]))", "Error, expected arrays of one size, received: Array(1..1, [1])"},
   };
