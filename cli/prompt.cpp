@@ -20,7 +20,7 @@
 #include <vector>
 #include <vexel/session.hpp>
 
-#include "reference.hpp"
+#include "help.hpp"
 
 namespace {
 
@@ -192,42 +192,13 @@ class Editor {
   bool continued_ = false;
 };
 
-// "?mean": the entry of the reference, or the names of several, or the session's own names.
-void printHelp(const Names& names, const std::string& line) {
-  std::string text;
-  std::copy_if(line.begin() + 1, line.end(), std::back_inserter(text), isNamePart);
-  const std::vector<ReferenceEntry> entries = findReference(text);
-  if (entries.size() == 1) {
-    for (const std::string& heading : entries.front().headings) {
-      std::cout << heading << '\n';
-    }
-    std::cout << entries.front().text << std::flush;
-    return;
-  }
-  if (!entries.empty() && !text.empty()) {
-    for (const ReferenceEntry& entry : entries) {
-      for (const std::string& heading : entry.headings) {
-        std::cout << "  " << heading << '\n';
-      }
-    }
-    std::cout.flush();
-    return;
-  }
-  const std::vector<std::string> found = names.containing(text);
-  if (found.empty()) {
-    std::cout << "no name contains " << text << '\n';
-  } else {
-    printColumns(found);
-  }
-}
-
 }  // namespace
 
 void runPrompt(vexel::Kernel& kernel, Runner& runner, bool quiet) {
   Names names(kernel);
   Editor editor(names);
   if (!quiet) {
-    std::cout << "vexel " VEXEL_VERSION "   ?name explains, Tab completes, quit leaves\n";
+    std::cout << "vexel " VEXEL_VERSION "   ? and ?name explain, Tab completes, quit leaves\n";
   }
   runner.atPrompt(!quiet);
   std::string text;
@@ -248,7 +219,9 @@ void runPrompt(vexel::Kernel& kernel, Runner& runner, bool quiet) {
         break;
     }
     if (text.empty() && line.starts_with('?')) {
-      printHelp(names, line);
+      editor.remember(line);
+      const std::string topic = helpTopic(line);
+      printHelp(topic, topic.empty() ? std::vector<std::string>() : names.containing(topic));
       continue;
     }
     text += line;

@@ -1,53 +1,47 @@
-// Entries of the reference pages.  In a page an entry is one or more consecutive heading lines
-// "## name(arguments)" and the text below, up to the next heading.
+// The reference pages.  In a page an entry is one or more consecutive heading lines
+// "## name(arguments)" and the text below, up to the next of them.
 
 #include "reference.hpp"
 
 #include <algorithm>
 #include <cctype>
+#include <iterator>
 #include <numeric>
 #include <sstream>
 #include <string_view>
 
-// Made of docs/reference/*.md by CMake.
+// Made of docs/reference/*.md by CMake: the name and the text of each page in turn.
 extern const char* const kReferencePages[];
 extern const int kReferencePageCount;
 
 namespace {
 
-std::vector<ReferenceEntry> readPage(const char* page) {
-  std::vector<ReferenceEntry> entries;
-  bool inEntry = false;
+ReferencePage readPage(const char* name, const char* text) {
+  ReferencePage page{name, "", {}};
   bool inHeadings = false;
-  std::istringstream in(page);
+  std::string* below = &page.introduction;  // where lines go that are no headings
+  std::istringstream in(text);
   for (std::string line; std::getline(in, line);) {
     if (line.starts_with("## ")) {
       if (!inHeadings) {
-        entries.emplace_back();
+        page.entries.emplace_back();
       }
-      entries.back().headings.push_back(line.substr(3));
-      inEntry = inHeadings = true;
-    } else if (line.starts_with("#")) {
-      inEntry = inHeadings = false;
-    } else if (inEntry) {
+      page.entries.back().headings.push_back(line.substr(3));
+      below = &page.entries.back().text;
+      inHeadings = true;
+    } else {
       inHeadings = false;
-      entries.back().text += line + '\n';
+      *below += line + '\n';
     }
   }
-  return entries;
+  return page;
 }
 
-const std::vector<ReferenceEntry>& allEntries() {
-  static const std::vector<ReferenceEntry> entries = [] {
-    std::vector<ReferenceEntry> all;
-    for (int i = 0; i < kReferencePageCount; ++i) {
-      for (ReferenceEntry& entry : readPage(kReferencePages[i])) {
-        all.push_back(std::move(entry));
-      }
-    }
-    return all;
-  }();
-  return entries;
+std::string lowerCase(std::string_view text) {
+  std::string lower(text);
+  std::transform(lower.begin(), lower.end(), lower.begin(),
+                 [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+  return lower;
 }
 
 // "STATS_VexelMean_HW(data, ...)" and "VexelMean" to "mean".
@@ -61,22 +55,24 @@ std::string plainName(std::string_view heading) {
   if (name.ends_with("_HW")) {
     name.remove_suffix(3);
   }
-  std::string lower(name);
-  std::transform(lower.begin(), lower.end(), lower.begin(),
-                 [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-  return lower;
+  return lowerCase(name);
 }
 
 template <typename Matches>
 std::vector<ReferenceEntry> entriesWhere(Matches matches) {
   std::vector<ReferenceEntry> found;
-  for (const ReferenceEntry& entry : allEntries()) {
-    if (std::any_of(entry.headings.begin(), entry.headings.end(),
-                    [&](const std::string& heading) { return matches(plainName(heading)); })) {
-      found.push_back(entry);
-    }
+  for (const ReferencePage& page : referencePages()) {
+    std::copy_if(page.entries.begin(), page.entries.end(), std::back_inserter(found), matches);
   }
   return found;
+}
+
+template <typename Matches>
+std::vector<ReferenceEntry> entriesNamed(Matches matches) {
+  return entriesWhere([&](const ReferenceEntry& entry) {
+    return std::any_of(entry.headings.begin(), entry.headings.end(),
+                       [&](const std::string& heading) { return matches(plainName(heading)); });
+  });
 }
 
 // Letters to insert, delete or replace, and neighbours to swap, to make one text of the other.
@@ -101,26 +97,54 @@ std::size_t editDistance(std::string_view a, std::string_view b) {
 
 }  // namespace
 
+const std::vector<ReferencePage>& referencePages() {
+  static const std::vector<ReferencePage> pages = [] {
+    std::vector<ReferencePage> all;
+    for (int i = 0; i < kReferencePageCount; ++i) {
+      all.push_back(readPage(kReferencePages[2 * i], kReferencePages[2 * i + 1]));
+    }
+    return all;
+  }();
+  return pages;
+}
+
 std::vector<ReferenceEntry> findReference(const std::string& name) {
   const std::string wanted = plainName(name);
   std::vector<ReferenceEntry> found =
-      entriesWhere([&](const std::string& entry) { return entry == wanted; });
+      entriesNamed([&](const std::string& entry) { return entry == wanted; });
   if (found.empty()) {
-    found = entriesWhere(
+    found = entriesNamed(
         [&](const std::string& entry) { return entry.find(wanted) != std::string::npos; });
   }
   return found;
+}
+
+std::vector<ReferenceEntry> entriesThatMention(const std::string& words) {
+  std::istringstream in(lowerCase(words));
+  const std::vector<std::string> wanted{std::istream_iterator<std::string>(in), {}};
+  return entriesWhere([&](const ReferenceEntry& entry) {
+    std::string all;
+    for (const std::string& heading : entry.headings) {
+      all += heading + ' ';
+    }
+    all = lowerCase(all + entry.text);
+    return std::all_of(wanted.begin(), wanted.end(), [&](const std::string& word) {
+      return all.find(word) != std::string::npos;
+    });
+  });
 }
 
 std::string similarName(const std::string& name) {
   const std::string wanted = plainName(name);
   std::string similar;
   std::size_t least = wanted.size() < 4 ? 1 : wanted.size() < 8 ? 2 : 3;  // nearer than this
-  for (const ReferenceEntry& entry : allEntries()) {
-    for (const std::string& heading : entry.headings) {
-      if (const std::size_t d = editDistance(wanted, plainName(heading)); d < least) {
-        least = d;
-        similar = heading.substr(0, heading.find('('));
+  for (const ReferencePage& page : referencePages()) {
+    for (const ReferenceEntry& entry : page.entries) {
+      for (const std::string& heading : entry.headings) {
+        if (const std::size_t d = editDistance(wanted, plainName(heading)); d < least) {
+          least = d;
+          similar = heading.substr(0, heading.find('('));
+        }
       }
     }
   }

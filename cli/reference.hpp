@@ -4,13 +4,25 @@
 #include <string>
 #include <vector>
 
-// The entries for a name: those of that very name (with or without STATS_Vexel and _HW), else all
-// whose names contain it, letter case aside.
 struct ReferenceEntry {
   std::vector<std::string> headings;  // "STATS_VexelMean_HW(data, weights, ignore, kind)"
   std::string text;
 };
+
+struct ReferencePage {
+  std::string name;          // "smoothing"
+  std::string introduction;  // what stands above the first entry
+  std::vector<ReferenceEntry> entries;
+};
+
+const std::vector<ReferencePage>& referencePages();
+
+// The entries for a name: those of that very name (with or without STATS_Vexel and _HW), else all
+// whose names contain it, letter case aside.
 std::vector<ReferenceEntry> findReference(const std::string& name);
+
+// The entries whose headings or texts contain all the words, letter case aside.
+std::vector<ReferenceEntry> entriesThatMention(const std::string& words);
 
 // The name of the entry that a user who wrote an unknown name may have meant: the same with
 // STATS_Vexel and _HW added, or a letter or two away; empty for none.

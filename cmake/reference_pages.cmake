@@ -1,9 +1,10 @@
-# Writes a source file with the reference pages as texts.  Called with OUTPUT and PAGES (separated by |).
+# Writes a source file with the names and texts of the reference pages in turn.  Called with OUTPUT and PAGES (separated by |).
 string(REPLACE "|" ";" PAGES "${PAGES}")
 set(texts "")
 foreach(page IN LISTS PAGES)
   file(READ "${page}" text)
-  string(APPEND texts "    R\"page(${text})page\",\n")
+  get_filename_component(name "${page}" NAME_WE)
+  string(APPEND texts "    \"${name}\", R\"page(${text})page\",\n")
 endforeach()
 list(LENGTH PAGES count)
 file(WRITE "${OUTPUT}" "extern const char* const kReferencePages[];

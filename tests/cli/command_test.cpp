@@ -106,10 +106,16 @@ TEST_F(CommandTest, JsonHasOneLineForEveryValueAndError) {
 }
 
 TEST_F(CommandTest, ThePromptExplainsNamesAndTakesStatementsOfSeveralLines) {
-  const Outcome prompt = run(
-      "-i --quiet", "?VexelMean\n?movingme\nf := proc(x)\n  x^2\nend:\nf(3);\n?nothing_like_it\n");
+  const Outcome prompt = run("-i --quiet",
+                             "?VexelMean\n?movingme\n?\n?smoothing\n?standard deviation\n?Fisher "
+                             "and Yates\nf := proc(x)\n  x^2\nend:\nf(3);\n?nothing_like_it\n");
   EXPECT_THAT(prompt.out, HasSubstr("STATS_VexelMean_HW(data, weights, ignore, kind)\n\nThe mean"));
   EXPECT_THAT(prompt.out, HasSubstr("  STATS_VexelMovingMedian_HW("));
+  EXPECT_THAT(prompt.out, HasSubstr("\n  ?smoothing      filters and moving statistics\n"));
+  EXPECT_THAT(prompt.out,
+              HasSubstr("Long calls can be interrupted.\n\n  STATS_VexelLinearFilter_HW("));
+  EXPECT_THAT(prompt.out, HasSubstr("Variance, standard deviation, skewness, kurtosis\n\n"));
+  EXPECT_THAT(prompt.out, HasSubstr("it is mentioned in\n  STATS_VexelShuffle_HW(data)\n"));
   EXPECT_THAT(prompt.out, HasSubstr("\n9\n"));
   EXPECT_THAT(prompt.out, HasSubstr("no name contains nothing_like_it"));
 }

@@ -1,0 +1,12 @@
+// What "?name" prints at the prompt.
+#pragma once
+
+#include <string>
+#include <vector>
+
+// The topic of a line "?topic": without arguments, terminators and outer spaces.
+std::string helpTopic(const std::string& line);
+
+// The entry of a name, a page, or the entries whose names contain or texts mention the topic; an
+// overview for none.  sessionNames are names without an entry that contain it.
+void printHelp(const std::string& topic, const std::vector<std::string>& sessionNames);
