@@ -288,6 +288,19 @@ TEST_F(StreamTest, BinaryMatrixHoldsTheLeadingBits) {
             }),
             "no error");
   EXPECT_EQ(numbers(row), (std::vector<double>{7, 7, 7, 1, 1, 1}));
+
+  // Rows without entries keep the 1 of the unit row and the bits of the initial integers.
+  for (const int n : {0, -4}) {
+    const vexel::Value unit = integers32({7, 7});
+    call("STATS_QRStreamGenBinaryMatrixRow_HW", m, 1, n, 3, unit, codes, degrees);
+    EXPECT_EQ(numbers(unit), (std::vector<double>{1, 7})) << n;
+  }
+  call("STATS_QRStreamGenBinaryMatrixRow_HW", m, 4, 0, 3, row, codes, degrees);
+  EXPECT_EQ(numbers(row), (std::vector<double>{1, 1, 0, 1, 1, 1}));
+  EXPECT_NE(hostError([&] {
+              call("STATS_QRStreamGenBinaryMatrixRow_HW", m, 2, -1, 3, row, codes, degrees);
+            }),
+            "no error");
 }
 
 TEST_F(StreamTest, BadArgumentsRaise) {

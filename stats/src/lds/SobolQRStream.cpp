@@ -130,7 +130,7 @@ void SobolQRStream::genBinaryMatrixRow(VKernelVector /*kv*/, const std::int64_t*
   std::int32_t* const bits = out + static_cast<std::ptrdiff_t>(row) * n;
   if (row == 0) {
     bits[0] = 1;
-    std::fill(bits + 1, bits + n, 0);
+    std::fill_n(bits + 1, std::max(n, 1) - 1, 0);
     return;
   }
   const std::int64_t* const m = directions + static_cast<std::ptrdiff_t>(row) * rowStride;

@@ -2,6 +2,7 @@
 
 #include "lds/VexelQRStreamManager.hpp"
 
+#include <algorithm>
 #include <cassert>
 #include <cstdint>
 #include <limits>
@@ -131,13 +132,13 @@ class MatrixTables {
 
   // Raises unless everything that row will read and write is there.
   void check(int row, int n, V_INT rowStride) const {
-    int written = n;
+    int written = std::max(n, 1);  // a unit row has its 1 whatever n is
     if (row > 0) {
       const std::int32_t degree = degrees()[row];
       STATS_CheckDegree_HW(kv_, degree);
       checkedSize(kv_, rowStride, 0);
       directions_.require(row, rowStride, degree);
-      written = degree > n ? degree : n;
+      written = std::max(n, degree);
     }
     out_.require(row, n, written);
   }
@@ -295,7 +296,7 @@ STATS_ENTRY(STATS_QRStreamGenBinaryMatrix_HW) {
 STATS_ENTRY(STATS_QRStreamGenBinaryMatrixRow_HW) {
   const Arguments arg(kv, args);
   const int row = checkedSize(kv, arg.integer(2), 1) - 1;
-  const int n = checkedSize(kv, arg.integer(3), 1);
+  const int n = checkedSize(kv, arg.integer(3), std::numeric_limits<int>::min());
   const V_INT stride = arg.integer(4);
   const MatrixTables tables(kv, arg[1], arg[5], arg[6], arg[7], V_INT{row} + 1);
   tables.check(row, n, stride);
