@@ -591,6 +591,11 @@ TEST_F(ArraysTest, MessagesToTheLetter) {
        [&] {
          ordered(integers({1, 4, 2}), true);
        }},
+      {"invalid rank: %1",
+       [&] {
+         const vexel::Value noColumns = eval("Array(1..2, 1..0, order = row);");
+         call("STATS_VexelOrder_HW", noColumns, noColumns, true, false, integers({1, 3}));
+       }},
       {"duplicate rank: %1",
        [&] {
          ordered(integers({1, 1, 2}), false);

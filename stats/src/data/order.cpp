@@ -110,7 +110,7 @@ STATS_ENTRY(STATS_VexelOrder_HW) {
     VexelRaiseError1(kv, "only one-dimensional rtabled can be uniquified", nullptr);
   }
 
-  if (elements > 0) {
+  if (shape.rows > 0) {
     const auto* const from = static_cast<const char*>(RTableDataBlock(kv, source));
     const auto* const ranks = static_cast<const std::uint32_t*>(RTableDataBlock(kv, rankArray));
     const Layout in(sourceSettings, shape);

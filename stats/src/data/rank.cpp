@@ -55,7 +55,9 @@ void placeRows(VKernelVector kv, const char* source, std::ptrdiff_t sourceStep, 
       VexelRaiseError1(kv, "invalid rank: %1", ToVexelInteger(kv, rank));
     }
     const V_INT position = forward ? k : nRows - 1 - k;
-    std::memcpy(target + position * targetStep, source, bytes);
+    if (bytes > 0) {  // rows without columns have ranks all the same
+      std::memcpy(target + position * targetStep, source, bytes);
+    }
     if (used != nullptr) {
       if (checkDuplicates && used[position] == 1) {
         VexelRaiseError1(kv, "duplicate rank: %1", ToVexelInteger(kv, rank));
