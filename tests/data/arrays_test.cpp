@@ -591,6 +591,12 @@ TEST_F(ArraysTest, MessagesToTheLetter) {
        [&] {
          ordered(integers({1, 4, 2}), true);
        }},
+      {"there are no %1 indices from %2",
+       [&] {
+         const vexel::Value last = eval("Array(9223372036854775806..9223372036854775807);");
+         call("STATS_VexelOrder_HW", objects({last, last, last}), last, true, false,
+              integers({1, 2, 3}));
+       }},
       {"invalid rank: %1",
        [&] {
          const vexel::Value noColumns = eval("Array(1..2, 1..0, order = row);");

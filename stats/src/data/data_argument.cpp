@@ -27,14 +27,24 @@ ALGEB STATS_DenseArray_HW(VKernelVector kv, ALGEB array) {
   return RTableCopy(kv, &settings, array);
 }
 
+STATS_Bounds_HW STATS_BoundsFrom_HW(VKernelVector kv, V_INT lower, V_INT count) {
+  if (count == 0 && lower == std::numeric_limits<V_INT>::min()) {
+    lower = 1;  // there is no bound below it
+  }
+  V_INT upper = 0;
+  if (__builtin_add_overflow(lower, count - 1, &upper)) {
+    VexelRaiseError2(kv, "there are no %1 indices from %2", ToVexelInteger(kv, count),
+                     ToVexelInteger(kv, lower));
+  }
+  return {lower, upper};
+}
+
 ALGEB STATS_CreateLike_HW(VKernelVector kv, const RTableSettings& like, V_INT lower, V_INT count,
                           const void* data) {
   RTableSettings settings = like;
   settings.num_dimensions = 1;
-  if (count == 0 && lower == std::numeric_limits<V_INT>::min()) {
-    lower = 1;  // there is no bound below it
-  }
-  const V_INT bounds[] = {lower, lower + (count - 1)};
+  const STATS_Bounds_HW indices = STATS_BoundsFrom_HW(kv, lower, count);
+  const V_INT bounds[] = {indices.lower, indices.upper};
   return RTableCreate(kv, &settings, count > 0 ? data : nullptr, bounds);
 }
 

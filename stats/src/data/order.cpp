@@ -128,12 +128,13 @@ STATS_ENTRY(STATS_VexelOrder_HW) {
       unique ? dropUnused(output.data(), shape.rows, elementSize, used.data()) : shape.rows;
 
   settings.num_dimensions = static_cast<std::int32_t>(shape.dimensions);
-  V_INT bounds[4] = {};
-  bounds[0] = RTableLowerBound(kv, target, 1);
-  bounds[1] = bounds[0] + (rows - 1);
+  const STATS_Bounds_HW first = STATS_BoundsFrom_HW(kv, RTableLowerBound(kv, target, 1), rows);
+  V_INT bounds[] = {first.lower, first.upper, 0, 0};
   if (shape.dimensions == 2) {
-    bounds[2] = RTableLowerBound(kv, target, 2);
-    bounds[3] = bounds[2] + (shape.columns - 1);
+    const STATS_Bounds_HW second =
+        STATS_BoundsFrom_HW(kv, RTableLowerBound(kv, target, 2), shape.columns);
+    bounds[2] = second.lower;
+    bounds[3] = second.upper;
   }
   return RTableCreate(kv, &settings, rows * shape.columns > 0 ? output.data() : nullptr, bounds);
 }
