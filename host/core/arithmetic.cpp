@@ -68,11 +68,52 @@ bool bothSmall(ALGEB a, ALGEB b, std::int64_t digits, SmallDecimal& x, SmallDeci
   return digits <= kSmallDigits && smallDecimalOf(a, x) && smallDecimalOf(b, y);
 }
 
+// A finite number as a quotient of integers; false when that would take very many digits.
+bool asQuotient(ALGEB x, BigInteger& n, BigInteger& d) {
+  constexpr std::int64_t kMostPlaces = 20'000;
+  mpz_set_ui(d.get(), 1);
+  if (!isFloat(x)) {
+    mpz_set(n.get(), IntegerView(numerator(x)).get());
+    mpz_set(d.get(), IntegerView(denominator(x)).get());
+    return true;
+  }
+  std::int64_t exponent = 0;
+  decimalOf(x, n, exponent);
+  if (std::abs(exponent) > kMostPlaces) {
+    return false;
+  }
+  scaleByTen(exponent >= 0 ? n.get() : d.get(), static_cast<std::uint64_t>(std::abs(exponent)));
+  return true;
+}
+
+// The sum of a float and a rational, which may cancel down to digits far behind those kept.
+bool quotientSum(ALGEB a, ALGEB b, bool minus, std::int64_t digits, Decimal& sum) {
+  BigInteger n;
+  BigInteger d;
+  BigInteger m;
+  BigInteger e;
+  if (!asQuotient(a, n, d) || !asQuotient(b, m, e)) {
+    return false;
+  }
+  mpz_mul(n.get(), n.get(), e.get());
+  mpz_mul(m.get(), m.get(), d.get());
+  minus ? mpz_sub(n.get(), n.get(), m.get()) : mpz_add(n.get(), n.get(), m.get());
+  mpz_mul(d.get(), d.get(), e.get());
+  if (mpz_sgn(n.get()) != 0) {
+    sum = divideToDecimal(n.get(), d.get(), digits);
+  }
+  return true;
+}
+
 ALGEB floatSum(State& state, ALGEB a, ALGEB b, bool minus) {
   if (isSpecial(a) || isSpecial(b)) {
     return newFloat(state, minus ? signature(a) - signature(b) : signature(a) + signature(b));
   }
   const int digits = state.digits();
+  Decimal exact;
+  if ((isRational(a) || isRational(b)) && quotientSum(a, b, minus, digits, exact)) {
+    return toFloat(state, exact);
+  }
   SmallDecimal small;
   SmallDecimal other;
   if (bothSmall(a, b, digits, small, other)) {
@@ -286,34 +327,42 @@ ALGEB absolute(State& state, ALGEB a) {
 
 namespace {
 
+// m^n 10^(e n) with its integers: right where the power lies half-way between two decimals.
+ALGEB shortPower(State& state, const Decimal& base, std::int64_t n) {
+  Decimal power;
+  mpz_pow_ui(power.mantissa.get(), base.mantissa.get(), static_cast<std::uint64_t>(std::abs(n)));
+  if (n < 0) {
+    if (mpz_sgn(power.mantissa.get()) < 0) {
+      mpz_neg(power.mantissa.get(), power.mantissa.get());
+      power = divideToDecimal(BigInteger(-1).get(), power.mantissa.get(), state.digits());
+    } else {
+      power = divideToDecimal(BigInteger(1).get(), power.mantissa.get(), state.digits());
+    }
+  } else {
+    roundDecimal(power, state.digits());
+  }
+  power.exponent += base.exponent * n;
+  return toFloat(state, power);
+}
+
 ALGEB floatPower(State& state, ALGEB a, ALGEB n) {
   if (isSpecial(a) || isZero(a)) {
     return newFloat(state, std::pow(doubleOf(a), toDouble(state, n)));
   }
-  // Exactly, and rounded once, where the digits are not too many.
-  constexpr std::int64_t kFewFactors = 64;
-  constexpr std::size_t kFewBits = 4096;
-  if (std::int64_t k = 0; fitsInt64(n, &k) && std::abs(k) <= kFewFactors) {
-    Decimal x = toDecimal(a, state.digits());
-    const auto factors = static_cast<unsigned long>(std::abs(k));
-    if (mpz_sizeinbase(x.mantissa.get(), 2) * factors <= kFewBits) {
-      mpz_pow_ui(x.mantissa.get(), x.mantissa.get(), factors);
-      const std::int64_t exponent = x.exponent * k;
-      if (k < 0) {
-        BigInteger one;
-        mpz_set_si(one.get(), mpz_sgn(x.mantissa.get()));
-        mpz_abs(x.mantissa.get(), x.mantissa.get());
-        x = divideToDecimal(one.get(), x.mantissa.get(), state.digits());
-        x.exponent += exponent;
-      } else {
-        x.exponent = exponent;
-        roundDecimal(x, state.digits());
-      }
-      return toFloat(state, x);
-    }
+  const Decimal base = decimalOfFloat(a);
+  const std::size_t bits = bitsOf(base.mantissa.get());
+  // A power of more bits has too many digits to lie half-way.
+  const std::size_t shortBits = 8 * static_cast<std::size_t>(state.digits()) + 64;
+  if (isImmediate(n) &&
+      std::abs(immediateValue(n)) <= static_cast<std::int64_t>(shortBits / bits)) {
+    return shortPower(state, base, immediateValue(n));
   }
-  constexpr int kSpareBits = 96;  // more than the bits of an exponent of 64 bits lose
-  RealNumber x(bitsForDigits(state, state.digits()) + kSpareBits);
+  // The exponent magnifies the base's rounding; where it has many more bits than the base, the
+  // power is beyond all range.
+  constexpr std::size_t kSpareBits = 64;
+  const std::size_t magnified = std::min(bitsOf(IntegerView(n).get()), bits + kSpareBits);
+  RealNumber x(bitsForDigits(state, state.digits()) +
+               static_cast<mpfr_prec_t>(magnified + kSpareBits));
   toMpfr(state, x.get(), a);
   mpfr_pow_z(x.get(), x.get(), IntegerView(n).get(), MPFR_RNDN);
   return fromMpfr(state, x.get(), state.digits());
