@@ -121,6 +121,10 @@ class Printer {
       case Tag::range:
         return kRange;
       case Tag::complex:
+        return operand(x, 1) != immediate(0)   ? kSum
+               : operand(x, 2) == immediate(1) ? kAtom  // I
+               : sign(operand(x, 2)) > 0       ? kProduct
+                                               : kSum;
       case Tag::sum:
         return kSum;
       case Tag::product:

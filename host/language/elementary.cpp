@@ -15,6 +15,7 @@
 #include "core/text.hpp"
 #include "language/algebra.hpp"
 #include "language/builtins.hpp"
+#include "language/complex_functions.hpp"
 
 namespace vexel {
 
@@ -201,6 +202,18 @@ mpfr_prec_t bitsBeforePoint(State& state, ALGEB x) {
   return large ? mpfr_get_exp(rounded.get()) : 0;
 }
 
+// Bits of the argument that a function may take away near a zero or a pole: a number is no nearer
+// to another whole one, or to a multiple of pi, than its digits allow.
+mpfr_prec_t bitsThatCancel(ALGEB x, bool never) {
+  if (never || isDoubleFloat(x) || isInteger(x)) {
+    return 0;
+  }
+  const auto bits = [](ALGEB integer) {
+    return static_cast<mpfr_prec_t>(mpz_sizeinbase(IntegerView(integer).get(), 2));
+  };
+  return isRational(x) ? 2 * bits(denominator(x)) : 2 * bits(operand(x, 1));
+}
+
 void requireReach(State& state, const ElementaryFunction& f, ALGEB x, int digits) {
   const bool slow = f.name == "gamma" || f.name == "lgamma" || f.name == "erf" || f.name == "erfc";
   if (digits > (slow ? kMostGammaDigits : kMostDigits) && f.name != "sqrt") {
@@ -224,15 +237,8 @@ ALGEB elementaryFloat(State& state, const ElementaryFunction& f, ALGEB x, int di
     return newComplex(state, immediate(0), elementaryFloat(state, f, negate(state, x), digits));
   }
   const bool isPeriodic = f.name == "sin" || f.name == "cos" || f.name == "tan";
-  const mpfr_prec_t extraBits = isPeriodic ? bitsBeforePoint(state, x) : 0;
-  if (isRational(x)) {
-    // The argument itself is rounded, which the function may magnify: double the precision.
-    return settled(state, digits, [&](mpfr_ptr r, mpfr_prec_t bits) {
-      RealNumber argument(2 * bits + 64 + extraBits);
-      toMpfr(state, argument.get(), x);
-      f.real(r, argument.get(), MPFR_RNDN);
-    });
-  }
+  const mpfr_prec_t extraBits =
+      (isPeriodic ? bitsBeforePoint(state, x) : 0) + bitsThatCancel(x, f.name == "sqrt");
   return settled(state, digits, [&](mpfr_ptr r, mpfr_prec_t bits) {
     RealNumber argument(2 * bits + 64 + extraBits);
     toMpfr(state, argument.get(), x);
@@ -243,6 +249,11 @@ ALGEB elementaryFloat(State& state, const ElementaryFunction& f, ALGEB x, int di
 ALGEB applyElementary(State& state, const ElementaryFunction& f, ALGEB x) {
   if (isFloat(x)) {
     return elementaryFloat(state, f, x, state.digits());
+  }
+  if (isComplexFloat(x)) {
+    if (const ALGEB value = complexElementary(state, f.name, x, state.digits())) {
+      return value;
+    }
   }
   if (isExact(x)) {
     if (const ALGEB value = exactValue(state, f.name, x)) {
@@ -260,13 +271,25 @@ ALGEB applyElementary(State& state, const ElementaryFunction& f, ALGEB x) {
   return applicationOf(state, std::string(f.name).c_str(), x);
 }
 
+// An exponent of more bits than this, beyond those of the base, gives a power out of all range.
+constexpr mpfr_prec_t kMostExponentBits = 128;
+
 ALGEB powerFloat(State& state, ALGEB base, ALGEB exponent, int digits) {
   if (isInteger(exponent) && !isFloat(base)) {
     return roundToDigits(state, integerPower(state, base, exponent), digits);
   }
+  // The exponent magnifies the rounding of the base, most where the base is near 1.
+  RealNumber rounded(64);
+  toMpfr(state, rounded.get(), exponent);
+  const mpfr_prec_t magnified =
+      mpfr_regular_p(rounded.get()) == 0
+          ? 0
+          : std::clamp<mpfr_prec_t>(mpfr_get_exp(rounded.get()), 0,
+                                    bitsThatCancel(base, false) + kMostExponentBits);
+  const mpfr_prec_t extraBits = magnified + bitsThatCancel(base, false);
   return settled(state, digits, [&](mpfr_ptr r, mpfr_prec_t bits) {
-    RealNumber b(2 * bits + 64);
-    RealNumber e(2 * bits + 64);
+    RealNumber b(2 * bits + 64 + extraBits);
+    RealNumber e(2 * bits + 64 + extraBits);
     toMpfr(state, b.get(), base);
     toMpfr(state, e.get(), exponent);
     mpfr_pow(r, b.get(), e.get(), MPFR_RNDN);
@@ -278,6 +301,9 @@ ALGEB numberPower(State& state, ALGEB base, ALGEB exponent) {
     return integerPower(state, base, exponent);
   }
   if (isComplex(base) || isComplex(exponent)) {
+    if (isComplexFloat(base) || isFloat(base) || isComplexFloat(exponent) || isFloat(exponent)) {
+      return complexPowerFloat(state, base, exponent, state.digits());
+    }
     return newPower(state, base, exponent);
   }
   if (isFloat(base) || isFloat(exponent)) {

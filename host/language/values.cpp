@@ -201,6 +201,21 @@ ALGEB roundedPartsOf(State& state, KnownParts& known, ALGEB x, int digits) {
   }
 }
 
+// now, or zero where it is a real number that lies very far below what it was before; so the parts
+// of a complex number.
+ALGEB withoutShrinking(State& state, ALGEB now, ALGEB before) {
+  if (isComplex(now)) {
+    const ALGEB re = withoutShrinking(state, operand(now, 1), realPart(before));
+    return newComplex(state, re, withoutShrinking(state, operand(now, 2), imaginaryPart(before)));
+  }
+  if (!isReal(now) || !isReal(before)) {
+    return now;
+  }
+  const ALGEB limit = absolute(state, multiply(state, before, newFloat(state, 1e-50)));
+  const bool shrunk = compare(state, absolute(state, now), limit) == std::partial_ordering::less;
+  return shrunk ? newFloat(state, 0.0) : now;
+}
+
 // True when a name in an expression has a value, so that evaluating it may change it.  Parts that
 // were looked at before are not looked at again, and depth costs no stack.
 bool mentionsValues(State& state, ALGEB x) {
@@ -304,7 +319,7 @@ ALGEB evalf(State& state, ALGEB x, int digits) {
     return roundedParts(state, inFloats(state, x), digits);
   }
   // Cancellation eats guard digits: more of them until the rounded value stays the same.  A value
-  // of zero in disguise never does; what is left of it then is returned.
+  // of zero in disguise, or a part of a complex one, never does: it shrinks with every attempt.
   ALGEB previous = nullptr;
   for (int guard = kGuardDigits;; guard *= 3) {
     ALGEB value = nullptr;
@@ -314,8 +329,11 @@ ALGEB evalf(State& state, ALGEB x, int digits) {
     }
     value = roundedParts(state, value, digits);
     const bool settled = value == previous && !(isNumber(value) && isZero(value));
-    if (settled || guard > kMostGuardDigits) {
+    if (settled) {
       return value;
+    }
+    if (guard > kMostGuardDigits) {
+      return withoutShrinking(state, value, previous);
     }
     previous = value;
   }

@@ -48,7 +48,26 @@ TEST_F(LanguageTest, PrintsWhatReadsBack) {
       {"Digits := 5: 1.0/3", "0.33333"},
       {"Digits := 8: p := 5.55^3: Digits := 2: [p, 0.2^(-3)]", "[170.95388, 120.0]"},
       {"1/0.0", "Float(infinity)"},
+      // complex floats
+      {"[exp(1.0*I), sqrt(Complex(3.0, 4)), 2.0^I]",
+       "[0.54030230586814 + 0.841470984807897*I, 2.0 + 1.0*I, "
+       "0.769238901363972 + 0.638961276313635*I]"},
+      {"evalf(exp(Complex(1, 2)), 20)", "-1.1312043837568136384 + 2.4717266720048189276*I"},
+      {"evalf(sin(sqrt(-2)))", "0.0 + 1.93506682217436*I"},
+      {"evalf(exp(I*Pi))", "-1.0 + 0.0*I"},
+      {"[arcsin(Complex(2.0, 0.0)), arcsin(Complex(2.0, -0.0))]",  // either side of the cut
+       "[1.5707963267949 + 1.31695789692482*I, 1.5707963267949 - 1.31695789692482*I]"},
+      {"tan(Complex(1.0, 1e30))", "0.0 + 1.0*I"},
+      {"exp(I*Pi)", "exp(I*Pi)"},
+      {"evalf(sqrt(2)*sqrt(3) - sqrt(6))", "0.0"},
       {"[sin(1e400), cos(1e400)]", "[-0.998538231983098, -0.0540499701023906]"},
+      // near a zero, where all of a long argument counts
+      {"evalf(ln(1 + 1/10^200), 5)", "1e-200"},
+      {"evalf(arccosh(1 + 1/10^200), 5)", "1.4142e-100"},
+      {"evalf(gamma(1/10^200 - 1), 5)", "-1e+200"},
+      {"log10(1 - 10.0^(-12))", "-4.34294481903469e-13"},
+      {"t := evalf(Pi, 300): sin(t)", "3.72458700660632e-300"},
+      {"t := evalf(1 + 1/10^100, 120): t^(10^100 + 1/2)", "2.71828182845905"},
       {"undefined", "Float(undefined)"},
       {"-infinity", "-Float(infinity)"},
       // symbolic
