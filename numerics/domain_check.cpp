@@ -18,6 +18,9 @@ bool DomainCheck::reject(const char* what, const char* constraint, double value)
   char text[NAG2_MESSAGE_LENGTH];
   std::snprintf(text, sizeof text, "on entry, %s must be %s, received: %.17g", what, constraint,
                 value);
+  if (std::isnan(value)) {  // "nan" whatever its sign bit
+    std::snprintf(text, sizeof text, "on entry, %s must be %s, received: nan", what, constraint);
+  }
   // The shortest digits that give the value back: 0.1, not 0.10000000000000001.
   for (int digits = 1; digits < 17; ++digits) {
     char number[40];

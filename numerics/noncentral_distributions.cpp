@@ -103,7 +103,7 @@ double poissonMixture(const Family& family, double mean, double tolerance, int m
     const double rise = mean / (top + 1.0);  // of the weights
     const double fall = rise * std::min(1.0, family.tailFall(top));
     const double bound = weight * std::min(startTail, tailBound(family, top, decrement));
-    if (fall < 1.0 && bound * (fall / (1.0 - fall)) < stop * largest) {
+    if (fall < 1.0 && bound * (fall / (1.0 - fall)) <= stop * largest) {
       break;
     }
     if (top - start >= limit || !(bound >= 0.0)) {
@@ -124,7 +124,7 @@ double poissonMixture(const Family& family, double mean, double tolerance, int m
     sum += term;
     if (j < start) {
       const double fall = (j / mean) * std::min(1.0, 1.0 + decrement / tail);
-      if (fall < 0.5 ? term * 2.0 * fall < stop * sum : term * j < stop * sum) {
+      if (fall < 0.5 ? term * 2.0 * fall <= stop * sum : term * j <= stop * sum) {
         break;
       }
       if (start - j >= limit) {
@@ -154,7 +154,20 @@ class ChiIntegral {
     return static_cast<double>(std::exp(0.5L * nu_ * excess(2.0L * u))) * normalLower(z);
   }
 
-  // Its logarithm, good to a few digits where the normal tail underflows.
+  // Ternary search on the logarithm, which has one maximum.
+  double peak() const {
+    double low = -700.0;
+    double high = 30.0;
+    for (int i = 0; i < 90; ++i) {
+      const double third = (high - low) / 3.0;
+      const bool rises = logAt(low + third) < logAt(high - third);
+      (rises ? low : high) += rises ? third : -third;
+    }
+    return 0.5 * (low + high);
+  }
+
+ private:
+  // The logarithm, good to a few digits where the normal tail underflows.
   double logAt(double u) const {
     const double z = x_ * std::exp(u) - delta_;
     const double logTail =
@@ -162,7 +175,6 @@ class ChiIntegral {
     return 0.5 * nu_ * static_cast<double>(excess(2.0L * u)) + logTail;
   }
 
- private:
   // w - (exp(w) - 1), without cancellation near w = 0.
   static long double excess(long double w) {
     if (std::fabs(w) >= 0.2L) {
@@ -181,21 +193,49 @@ class ChiIntegral {
   double scale_;
 };
 
-// Peak of the integrand: ternary search on its logarithm, which has one maximum.
-double integrandPeak(const ChiIntegral& f) {
-  double low = -700.0;
-  double high = 30.0;
-  for (int i = 0; i < 90; ++i) {
-    const double third = (high - low) / 3.0;
-    (f.logAt(low + third) < f.logAt(high - third) ? low : high) +=
-        f.logAt(low + third) < f.logAt(high - third) ? third : -third;
+// The same probability over the normal variable z, for a noncentrality of x's sign and an |x| so
+// large that the chi variable S spreads it over many units: density of z times P(S >= (z + d)/x),
+// or for x < 0 (z turned) times P(S <= (z + d)/|x|), d = |delta|.
+class NormalIntegral {
+ public:
+  NormalIntegral(double x, double nu, double delta)
+      : upper_(x > 0.0), x_(std::fabs(x)), nu_(nu), delta_(std::fabs(delta)) {}
+
+  static bool serves(double x, double nu, double delta) {
+    return x * delta > 0.0 && std::fabs(delta) >= 20.0 && x * x >= 32.0 * nu;
   }
-  return 0.5 * (low + high);
-}
+
+  static double scale() { return 0.39894228040143267794; }
+
+  double at(double z) const {
+    const double w = (z + delta_) / x_;
+    const double square = 0.5 * nu_ * w * w;
+    const double tail = w <= 0.0 ? (upper_ ? 1.0 : 0.0)
+                        : upper_ ? gammaUpper(0.5 * nu_, square)
+                                 : gammaLower(0.5 * nu_, square);
+    return std::exp(-0.5 * z * z) * tail;
+  }
+
+  // Near enough: of exp(-z^2/2) where S has its bulk, else with S's exponential tail or power.
+  double peak() const {
+    if (upper_ == (delta_ <= x_)) {
+      return 0.0;
+    }
+    return upper_ ? -delta_ * (nu_ / (x_ * x_ + nu_))
+                  : 2.0 * nu_ / (delta_ + std::sqrt(delta_ * delta_ + 4.0 * nu_));
+  }
+
+ private:
+  bool upper_;
+  double x_;
+  double nu_;
+  double delta_;
+};
 
 // The trapezoidal rule with step h around the peak; nodes counts the evaluations.  A NaN where the
 // integrand has not faded within limit nodes to a side.
-double trapezoid(const ChiIntegral& f, double peak, double spread, double h, double limit,
+template <typename Integral>
+double trapezoid(const Integral& f, double peak, double spread, double h, double limit,
                  double* nodes) {
   // v = 0 is the peak; u = peak + spread * (v - (exp(-v) - 1) / 8): slow left tails are cut short.
   const auto node = [&](double v) {
@@ -220,10 +260,9 @@ double trapezoid(const ChiIntegral& f, double peak, double spread, double h, dou
 }
 
 // Probability with the integral, refined until two rules agree.
-double studentLower(double x, double nu, double delta, double tolerance, int maxIter,
-                    DomainCheck& check) {
-  const ChiIntegral f(x, nu, delta);
-  const double peak = integrandPeak(f);
+template <typename Integral>
+double studentLower(const Integral& f, double tolerance, int maxIter, DomainCheck& check) {
+  const double peak = f.peak();
   const double top = f.at(peak);
   if (!(top > 0.0)) {
     return 0.0;
@@ -280,7 +319,9 @@ double nag2_noncentral_t_probability(double x, double nu, double delta, double t
   if (nu > 1e17) {
     return normalLower(x - delta);
   }
-  return studentLower(x, nu, delta, tolerance, max_iter, check);
+  return NormalIntegral::serves(x, nu, delta)
+             ? studentLower(NormalIntegral(x, nu, delta), tolerance, max_iter, check)
+             : studentLower(ChiIntegral(x, nu, delta), tolerance, max_iter, check);
 }
 
 double nag2_noncentral_chi_square_probability(double x, double nu, double delta, double tolerance,

@@ -103,6 +103,10 @@ TEST_F(CommandTest, JsonHasOneLineForEveryValueAndError) {
             "2.0\n{\"float\": \"undefined\"}\n{\"expr\": \"1/3\"}\n");
   EXPECT_EQ(json.errors, "");
   EXPECT_EQ(json.status, 1);
+  // The numerical library's failures are raised like the others that have nothing to fill in.
+  EXPECT_NE(
+      run("--json -e 'STATS_VexelChiSquareProbability_HW(1, -1)'").out.find("\"args\": [null]"),
+      std::string::npos);
 }
 
 TEST_F(CommandTest, ThePromptExplainsNamesAndTakesStatementsOfSeveralLines) {

@@ -20,6 +20,20 @@ TEST(DistributionValues, NoncentralTBelowZeroKeepsItsDigits) {
   EXPECT_EQ(fail.code, NAG2_OK);
 }
 
+// A noncentrality of hundreds makes a sharp edge in the chi variable; values by quadrature.
+TEST(DistributionValues, NoncentralTWithALargeNoncentralityConverges) {
+  NagError fail{};
+  EXPECT_NEAR(nag2_noncentral_t_probability(600, 7, 500, 1e-13, 100, &fail), 0.67690521621190518,
+              1e-15);
+  EXPECT_NEAR(
+      nag2_noncentral_t_probability(-400, 30, -300, 1e-13, 100, &fail) / 0.025982510463037948, 1.0,
+      3e-15);
+  EXPECT_NEAR(
+      nag2_noncentral_t_probability(20, 0.5, 150, 1e-13, 100, &fail) / 2.87881899486532302e-8, 1.0,
+      3e-15);
+  EXPECT_EQ(fail.code, NAG2_OK) << fail.message;
+}
+
 // Weights and tails of the mixture run over many hundred orders of magnitude against each other.
 TEST(DistributionValues, DeepTailsOfMixturesSumEveryTermThatMatters) {
   NagError fail{};
@@ -34,7 +48,9 @@ TEST(DistributionValues, DeepTailsOfMixturesSumEveryTermThatMatters) {
   EXPECT_NEAR(nag2_noncentral_f_probability(3, 8, 200, 1000, 1e-16, 100, &fail) /
                   1.771524622570254629541915e-150,
               1.0, 8e-13);
-  EXPECT_EQ(fail.code, NAG2_OK);
+  // A subnormal value is no failure: searches meet it on their way.
+  EXPECT_LT(nag2_noncentral_chi_square_probability(9.1e-6, 96.7, 2.6, 1e-15, 100, &fail), 1e-310);
+  EXPECT_EQ(fail.code, NAG2_OK) << fail.message;
 }
 
 TEST(DistributionValues, LargeShapesKeepTheMedian) {
@@ -199,6 +215,10 @@ TEST(DistributionValues, FailuresNameParameterValueAndConstraint) {
   EXPECT_EQ(fail.code, NAG2_DOMAIN);
   EXPECT_STREQ(fail.message,
                "on entry, the degrees of freedom nu must be greater than 0, received: -1");
+  for (const double sign : {1.0, -1.0}) {
+    nag2_normal_probability(Nag_LowerTail, std::copysign(NAN, sign), &fail);
+    EXPECT_STREQ(fail.message, "on entry, x must be a number, received: nan");
+  }
   fail = NagError{};
   EXPECT_TRUE(std::isnan(nag2_noncentral_chi_square_probability(5000, 3, 5000, 1e-14, 2, &fail)));
   EXPECT_EQ(fail.code, NAG2_NO_CONVERGENCE);

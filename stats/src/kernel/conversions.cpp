@@ -220,6 +220,6 @@ NagError STATS_NagError_HW() { return NagError{}; }
 
 void STATS_RaiseNagError_HW(VKernelVector kv, const NagError& fail) {
   if (fail.code != NAG2_OK) {
-    VexelRaiseError(kv, fail.message);
+    VexelRaiseError1(kv, fail.message, ToVexelNULL(kv));
   }
 }
