@@ -5,6 +5,7 @@
 #include <csignal>
 #include <cstdlib>
 #include <exception>
+#include <filesystem>
 #include <fstream>
 #include <iostream>
 #include <iterator>
@@ -27,7 +28,7 @@ std::optional<std::string> readAll(const std::string& path) {
     return std::string(std::istreambuf_iterator<char>(std::cin), {});
   }
   std::ifstream in(path, std::ios::binary);
-  if (!in) {
+  if (!in || std::filesystem::is_directory(path)) {
     return std::nullopt;
   }
   std::string text(std::istreambuf_iterator<char>(in), {});

@@ -4,7 +4,11 @@
 #include "options.hpp"
 
 #include <CLI/CLI.hpp>
+#include <charconv>
 #include <cstddef>
+#include <cstdint>
+#include <iostream>
+#include <string_view>
 
 namespace {
 
@@ -24,6 +28,17 @@ std::vector<Input> inOrder(const CLI::App& app, const CLI::Option* filesOption,
   return inputs;
 }
 
+// A seed, signed or not, as the 64 bits that it has.
+std::optional<std::uint64_t> seedFromText(std::string_view text) {
+  const auto read = [&](auto value) -> std::optional<std::uint64_t> {
+    const char* last = text.data() + text.size();
+    const auto [end, error] = std::from_chars(text.data(), last, value);
+    return error == std::errc() && end == last ? std::optional(static_cast<std::uint64_t>(value))
+                                               : std::nullopt;
+  };
+  return text.starts_with('-') ? read(std::int64_t{}) : read(std::uint64_t{});
+}
+
 }  // namespace
 
 std::optional<int> readCommandLine(int argc, char** argv, Options& options) {
@@ -36,7 +51,7 @@ std::optional<int> readCommandLine(int argc, char** argv, Options& options) {
 
   std::vector<std::string> files;
   std::vector<std::string> texts;
-  std::uint64_t seed = 0;
+  std::string seed;
   const CLI::Option* filesOption =
       app.add_option("FILE", files, "script files, run in order; - is standard input")
           ->type_name("");
@@ -59,7 +74,11 @@ std::optional<int> readCommandLine(int argc, char** argv, Options& options) {
   }
   options.inputs = inOrder(app, filesOption, textsOption);
   if (seedOption->count() > 0) {
-    options.seed = seed;
+    options.seed = seedFromText(seed);
+    if (!options.seed) {
+      std::cerr << "vexel: --seed takes an integer of 64 bits, received: " << seed << '\n';
+      return kBadUsage;
+    }
   }
   return std::nullopt;
 }

@@ -37,19 +37,55 @@ std::int64_t smallInteger(State& s, ALGEB x, const char* message) {
   return i;
 }
 
+// An array of x's shape, of host objects: f of every element.
+template <typename F>
+ALGEB mapArray(State& s, ALGEB x, F f) {
+  RTableSettings settings = settingsOf(x);
+  settings.data_type = RTABLE_DAG;
+  settings.storage = RTABLE_RECTANGULAR;
+  const ArrayObject& array = arrayOf(x);
+  std::vector<V_INT> bounds;
+  for (int d = 0; d < array.dimensions; ++d) {
+    bounds.push_back(array.lower(d));
+    bounds.push_back(array.upper(d));
+  }
+  const ALGEB result = newArray(s, settings, nullptr, bounds.data());
+  for (std::int64_t i = 0; i < array.count; ++i) {
+    RTableData e{};
+    e.dag = f(elementToObject(s, array.type, elementAt(x, i)));
+    setElementAt(result, i, e);
+  }
+  return result;
+}
+
+// evalf of every element of an array; an array of machine floats is returned itself.
+ALGEB evalfOrMap(State& s, ALGEB x, int digits) {
+  if (!isArray(x)) {
+    return evalf(s, x, digits);
+  }
+  const int type = arrayOf(x).type;
+  if (type == RTABLE_FLOAT64 || type == RTABLE_FLOAT32 || type == RTABLE_COMPLEX) {
+    return x;
+  }
+  return mapArray(s, x, [&](ALGEB e) {
+    lookAtInterrupt();
+    return evalf(s, e, digits);
+  });
+}
+
 ALGEB callEvalf(State& s, ALGEB args) {
   if (isNull(args)) {
     return args;
   }
   if (argumentCount(args) == 1) {
-    return evalf(s, args, s.digits());
+    return evalfOrMap(s, args, s.digits());
   }
   // evalf of a sequence of results has more than two elements or no digits at its end.
   requireCount(s, args, 2, "evalf expects one or two arguments, received: %1");
   const std::int64_t digits =
       smallInteger(s, argument(s, args, 2), "expected a number of digits, received: %1");
   checkDigits(s, digits);
-  return evalf(s, argument(s, args, 1), static_cast<int>(digits));
+  return evalfOrMap(s, argument(s, args, 1), static_cast<int>(digits));
 }
 
 ALGEB count(State& s, ALGEB x) {  // several arguments are a sequence
@@ -87,23 +123,7 @@ ALGEB map(State& s, ALGEB args) {
     return apply(s, f, single);
   };
   if (isArray(x)) {
-    // The same shape, of host objects.
-    RTableSettings settings = settingsOf(x);
-    settings.data_type = RTABLE_DAG;
-    settings.storage = RTABLE_RECTANGULAR;
-    const ArrayObject& array = arrayOf(x);
-    std::vector<V_INT> bounds;
-    for (int d = 0; d < array.dimensions; ++d) {
-      bounds.push_back(array.lower(d));
-      bounds.push_back(array.upper(d));
-    }
-    const ALGEB result = newArray(s, settings, nullptr, bounds.data());
-    for (std::int64_t i = 0; i < array.count; ++i) {
-      RTableData e{};
-      e.dag = applied(elementToObject(s, array.type, elementAt(x, i)));
-      setElementAt(result, i, e);
-    }
-    return result;
+    return mapArray(s, x, applied);
   }
   Handles elements(s);
   if (isList(x) || isSequence(x)) {

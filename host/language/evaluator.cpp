@@ -266,7 +266,11 @@ ALGEB Evaluator::assign(const Node& target, ALGEB v) {
       raise(state_, "unable to assign to %1", target.value);
     }
     if (target.value == state_.digitsName) {
-      checkDigits(state_, indexValue(state_, v));
+      std::int64_t digits = 0;
+      if (!isInteger(v) || !fitsInt64(v, &digits)) {
+        raise(state_, "number of digits out of range, received %1", v);
+      }
+      checkDigits(state_, digits);
     }
     setNameValue(target.value, v == target.value ? nullptr : v);
   } else {

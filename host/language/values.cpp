@@ -171,7 +171,10 @@ ALGEB roundedPartsOf(State& state, KnownParts& known, ALGEB x, int digits) {
                               : sequenceOf(state, elements.span());
     }
     case Tag::equation:
-    case Tag::range: {
+    case Tag::range:
+    case Tag::less:
+    case Tag::lessEqual:
+    case Tag::unequal: {
       const ALGEB a = roundedParts(state, known, operand(x, 1), digits);
       return newPair(state, tag(x), a, roundedParts(state, known, operand(x, 2), digits));
     }

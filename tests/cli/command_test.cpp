@@ -134,6 +134,8 @@ TEST_F(CommandTest, QuitEndsTheRunWithSuccess) {
 TEST_F(CommandTest, BadUsageIsStatusTwo) {
   EXPECT_EQ(run("--no-such-option").status, 2);
   EXPECT_EQ(run("--seed many").status, 2);
+  EXPECT_EQ(run("--seed 18446744073709551616 -e 1").status, 2);
+  EXPECT_EQ(run("/").errors, "vexel: cannot read /\n");
   EXPECT_EQ(run("/no/such/file").status, 2);
   EXPECT_EQ(run("/tmp").status, 2);
   EXPECT_EQ(run("--library /no/such/library.so -e 1").status, 2);

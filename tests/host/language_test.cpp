@@ -60,6 +60,8 @@ TEST_F(LanguageTest, PrintsWhatReadsBack) {
       {"tan(Complex(1.0, 1e30))", "0.0 + 1.0*I"},
       {"exp(I*Pi)", "exp(I*Pi)"},
       {"evalf(sqrt(2)*sqrt(3) - sqrt(6))", "0.0"},
+      {"evalf(Array([1/3, x]), 3)", "Array(1..2, [0.333, x])"},
+      {"evalf(x < 1/3, 3)", "x < 0.333"},
       {"[sin(1e400), cos(1e400)]", "[-0.998538231983098, -0.0540499701023906]"},
       // near a zero, where all of a long argument counts
       {"evalf(ln(1 + 1/10^200), 5)", "1e-200"},
@@ -129,6 +131,7 @@ TEST_F(LanguageTest, RefusesWhatHasNoValue) {
       {"sin(1e100000000)", "too large an angle"},
       {"1e999999999999", "exponent of a float out of range"},
       {"Digits := 10^7", "number of digits out of range"},
+      {"Digits := 1.5", "number of digits out of range, received 1.5"},
       {"evalf(Pi, 10^9)", "number of digits out of range"},
       {"[1, 2][3]", "index out of range: 3"},
       {"error(\"%1 is not %2\", 1, [2])", "1 is not [2]"},
