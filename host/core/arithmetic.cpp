@@ -109,6 +109,10 @@ ALGEB floatSum(State& state, ALGEB a, ALGEB b, bool minus) {
   if (isSpecial(a) || isSpecial(b)) {
     return newFloat(state, minus ? signature(a) - signature(b) : signature(a) + signature(b));
   }
+  // The exact 0 leaves a zero its sign.
+  if (isZero(a) && isZero(b) && (isInteger(a) || isInteger(b))) {
+    return isInteger(b) ? a : minus ? newFloat(state, -doubleOf(b)) : b;
+  }
   const int digits = state.digits();
   Decimal exact;
   if ((isRational(a) || isRational(b)) && quotientSum(a, b, minus, digits, exact)) {
@@ -213,6 +217,14 @@ ALGEB complexOrReal(State& state, ALGEB re, ALGEB im) {
   return im == immediate(0) ? re : newComplex(state, re, im);
 }
 
+// Products and quotients of parts of complex numbers: an exact 0 stays one.
+ALGEB partProduct(State& state, ALGEB a, ALGEB b) {
+  return a == immediate(0) || b == immediate(0) ? immediate(0) : multiply(state, a, b);
+}
+ALGEB partQuotient(State& state, ALGEB a, ALGEB b) {
+  return a == immediate(0) && !isZero(b) ? a : divide(state, a, b);
+}
+
 void checkNumbers(State& state, ALGEB a, ALGEB b) {
   for (ALGEB x : {a, b}) {
     if (!isNumber(x)) {
@@ -269,10 +281,10 @@ ALGEB subtract(State& state, ALGEB a, ALGEB b) { return sumOrDifference(state, a
 ALGEB multiply(State& state, ALGEB a, ALGEB b) {
   checkNumbers(state, a, b);
   if (isComplex(a) || isComplex(b)) {
-    ALGEB re = subtract(state, multiply(state, realPart(a), realPart(b)),
-                        multiply(state, imaginaryPart(a), imaginaryPart(b)));
-    ALGEB im = add(state, multiply(state, realPart(a), imaginaryPart(b)),
-                   multiply(state, imaginaryPart(a), realPart(b)));
+    ALGEB re = subtract(state, partProduct(state, realPart(a), realPart(b)),
+                        partProduct(state, imaginaryPart(a), imaginaryPart(b)));
+    ALGEB im = add(state, partProduct(state, realPart(a), imaginaryPart(b)),
+                   partProduct(state, imaginaryPart(a), realPart(b)));
     return complexOrReal(state, re, im);
   }
   if (isFloat(a) || isFloat(b)) {
@@ -291,13 +303,13 @@ ALGEB divide(State& state, ALGEB a, ALGEB b) {
   if (isComplex(b)) {
     // a conj(b) / |b|^2
     ALGEB conjugate = newComplex(state, realPart(b), negate(state, imaginaryPart(b)));
-    ALGEB norm = add(state, multiply(state, realPart(b), realPart(b)),
-                     multiply(state, imaginaryPart(b), imaginaryPart(b)));
+    ALGEB norm = add(state, partProduct(state, realPart(b), realPart(b)),
+                     partProduct(state, imaginaryPart(b), imaginaryPart(b)));
     return divide(state, multiply(state, a, conjugate), norm);
   }
   if (isComplex(a)) {
-    ALGEB re = divide(state, realPart(a), b);
-    return complexOrReal(state, re, divide(state, imaginaryPart(a), b));
+    ALGEB re = partQuotient(state, realPart(a), b);
+    return complexOrReal(state, re, partQuotient(state, imaginaryPart(a), b));
   }
   if (b == immediate(0)) {
     raise(state, "division by zero");

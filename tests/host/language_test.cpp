@@ -59,6 +59,10 @@ TEST_F(LanguageTest, PrintsWhatReadsBack) {
        "[1.5707963267949 + 1.31695789692482*I, 1.5707963267949 - 1.31695789692482*I]"},
       {"tan(Complex(1.0, 1e30))", "0.0 + 1.0*I"},
       {"exp(I*Pi)", "exp(I*Pi)"},
+      // an exact 0 stays one, so that parts of all kinds read back
+      {"[1.5*I, infinity*I, (2.0*I)^2, I/2.0]", "[1.5*I, Float(infinity)*I, -4.0, 0.5*I]"},
+      {"istrue(1 + Float(infinity)*I = Complex(1, infinity))", "true"},
+      {"-0.0 - 2*I", "-0.0 - 2*I"},
       {"evalf(sqrt(2)*sqrt(3) - sqrt(6))", "0.0"},
       {"evalf(Array([1/3, x]), 3)", "Array(1..2, [0.333, x])"},
       {"evalf(x < 1/3, 3)", "x < 0.333"},
