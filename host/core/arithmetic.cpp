@@ -68,41 +68,72 @@ bool bothSmall(ALGEB a, ALGEB b, std::int64_t digits, SmallDecimal& x, SmallDeci
   return digits <= kSmallDigits && smallDecimalOf(a, x) && smallDecimalOf(b, y);
 }
 
-// A finite number as a quotient of integers; false when that would take very many digits.
-bool asQuotient(ALGEB x, BigInteger& n, BigInteger& d) {
-  constexpr std::int64_t kMostPlaces = 20'000;
-  mpz_set_ui(d.get(), 1);
-  if (!isFloat(x)) {
-    mpz_set(n.get(), IntegerView(numerator(x)).get());
-    mpz_set(d.get(), IntegerView(denominator(x)).get());
-    return true;
+// A finite number as n/d times a power of ten.
+struct Quotient {
+  explicit Quotient(ALGEB x) : d(1) {
+    if (isFloat(x)) {
+      decimalOf(x, n, exponent);
+    } else {
+      mpz_set(n.get(), IntegerView(numerator(x)).get());
+      mpz_set(d.get(), IntegerView(denominator(x)).get());
+    }
   }
-  std::int64_t exponent = 0;
-  decimalOf(x, n, exponent);
-  if (std::abs(exponent) > kMostPlaces) {
-    return false;
-  }
-  scaleByTen(exponent >= 0 ? n.get() : d.get(), static_cast<std::uint64_t>(std::abs(exponent)));
-  return true;
-}
-
-// The sum of a float and a rational, which may cancel down to digits far behind those kept.
-bool quotientSum(ALGEB a, ALGEB b, bool minus, std::int64_t digits, Decimal& sum) {
   BigInteger n;
   BigInteger d;
-  BigInteger m;
-  BigInteger e;
-  if (!asQuotient(a, n, d) || !asQuotient(b, m, e)) {
-    return false;
+  std::int64_t exponent = 0;
+};
+
+// n/d 10^exponent rounded once.
+ALGEB roundedQuotient(State& state, const Quotient& q) {
+  Decimal result;
+  if (mpz_sgn(q.n.get()) != 0) {
+    result = divideToDecimal(q.n.get(), q.d.get(), state.digits());
+    result.exponent += q.exponent;
   }
-  mpz_mul(n.get(), n.get(), e.get());
-  mpz_mul(m.get(), m.get(), d.get());
-  minus ? mpz_sub(n.get(), n.get(), m.get()) : mpz_add(n.get(), n.get(), m.get());
-  mpz_mul(d.get(), d.get(), e.get());
-  if (mpz_sgn(n.get()) != 0) {
-    sum = divideToDecimal(n.get(), d.get(), digits);
+  return toFloat(state, result);
+}
+
+// The sum of a float and a rational, which may cancel down to digits far behind those kept; null
+// when it would take very many digits.
+ALGEB sumWithRational(State& state, ALGEB a, ALGEB b, bool minus) {
+  constexpr std::int64_t kMostPlaces = 20'000;
+  Quotient x(a);
+  Quotient y(b);
+  for (Quotient* q : {&x, &y}) {
+    if (std::abs(q->exponent) > kMostPlaces) {
+      return nullptr;
+    }
+    scaleByTen(q->exponent >= 0 ? q->n.get() : q->d.get(),
+               static_cast<std::uint64_t>(std::abs(q->exponent)));
+    q->exponent = 0;
   }
-  return true;
+  mpz_mul(x.n.get(), x.n.get(), y.d.get());
+  mpz_mul(y.n.get(), y.n.get(), x.d.get());
+  minus ? mpz_sub(x.n.get(), x.n.get(), y.n.get()) : mpz_add(x.n.get(), x.n.get(), y.n.get());
+  mpz_mul(x.d.get(), x.d.get(), y.d.get());
+  return roundedQuotient(state, x);
+}
+
+ALGEB productWithRational(State& state, ALGEB a, ALGEB b) {
+  Quotient x(a);
+  const Quotient y(b);
+  mpz_mul(x.n.get(), x.n.get(), y.n.get());
+  mpz_mul(x.d.get(), x.d.get(), y.d.get());
+  x.exponent += y.exponent;
+  return roundedQuotient(state, x);
+}
+
+ALGEB quotientWithRational(State& state, ALGEB a, ALGEB b) {
+  Quotient x(a);
+  const Quotient y(b);
+  mpz_mul(x.n.get(), x.n.get(), y.d.get());
+  mpz_mul(x.d.get(), x.d.get(), y.n.get());
+  if (mpz_sgn(x.d.get()) < 0) {
+    mpz_neg(x.n.get(), x.n.get());
+    mpz_neg(x.d.get(), x.d.get());
+  }
+  x.exponent -= y.exponent;
+  return roundedQuotient(state, x);
 }
 
 ALGEB floatSum(State& state, ALGEB a, ALGEB b, bool minus) {
@@ -114,9 +145,10 @@ ALGEB floatSum(State& state, ALGEB a, ALGEB b, bool minus) {
     return isInteger(b) ? a : minus ? newFloat(state, -doubleOf(b)) : b;
   }
   const int digits = state.digits();
-  Decimal exact;
-  if ((isRational(a) || isRational(b)) && quotientSum(a, b, minus, digits, exact)) {
-    return toFloat(state, exact);
+  if (isRational(a) || isRational(b)) {
+    if (const ALGEB sum = sumWithRational(state, a, b, minus)) {
+      return sum;
+    }
   }
   SmallDecimal small;
   SmallDecimal other;
@@ -140,6 +172,9 @@ ALGEB floatProduct(State& state, ALGEB a, ALGEB b) {
   if (rule == 0.0 || !std::isfinite(rule)) {
     return newFloat(state, rule);
   }
+  if (isRational(a) || isRational(b)) {
+    return productWithRational(state, a, b);
+  }
   const int digits = state.digits();
   SmallDecimal small;
   SmallDecimal other;
@@ -159,6 +194,9 @@ ALGEB floatQuotient(State& state, ALGEB a, ALGEB b) {
   const double rule = signature(a) / signature(b);
   if (rule == 0.0 || !std::isfinite(rule)) {
     return newFloat(state, rule);
+  }
+  if (isRational(a) || isRational(b)) {
+    return quotientWithRational(state, a, b);
   }
   const int digits = state.digits();
   SmallDecimal small;
@@ -363,8 +401,8 @@ ALGEB floatPower(State& state, ALGEB a, ALGEB n) {
   }
   const Decimal base = decimalOfFloat(a);
   const std::size_t bits = bitsOf(base.mantissa.get());
-  // A power of more bits has too many digits to lie half-way.
-  const std::size_t shortBits = 8 * static_cast<std::size_t>(state.digits()) + 64;
+  // A power of more bits has too many digits to lie half-way, or so near that it matters.
+  const std::size_t shortBits = 8 * static_cast<std::size_t>(state.digits()) + 8192;
   if (isImmediate(n) &&
       std::abs(immediateValue(n)) <= static_cast<std::int64_t>(shortBits / bits)) {
     return shortPower(state, base, immediateValue(n));
