@@ -6,8 +6,10 @@
 
 #include <cmath>
 #include <cstdint>
+#include <functional>
 #include <limits>
 #include <string>
+#include <utility>
 #include <vector>
 #include <vexel/kernel.hpp>
 
@@ -61,6 +63,13 @@ class KernelTest : public testing::Test {
       return e.what();
     }
     return "no error";
+  }
+  // Calls that must fail, each with the unfilled message of its error.
+  using Refusals = std::vector<std::pair<std::string, std::function<void()>>>;
+  static void expectRefusals(const Refusals& refusals) {
+    for (const auto& [message, f] : refusals) {
+      EXPECT_EQ(hostError(f), message);
+    }
   }
 
   // --- random draws ---
