@@ -14,7 +14,7 @@
 namespace vexel {
 
 Kernel::Impl::Impl(Kernel& k) : kernel(k) {
-  state.heap.addRoots([this](Marker& marker) { roots.mark(marker); });
+  state.heap.addRoots([this](Marker& marker) { roots->mark(marker); });
 }
 
 // Libraries end while everything of theirs is alive; their code stays until the heap, whose
@@ -102,6 +102,15 @@ Value Kernel::list(std::span<const Value> elements) {
     pushHandles(handles, elements);
     return Value(*this, newList(impl_->state, handles.span()));
   });
+}
+
+Value Kernel::list(std::span<const double> elements) {
+  std::vector<Value> values;
+  values.reserve(elements.size());
+  for (const double x : elements) {
+    values.push_back(real(x));
+  }
+  return list(values);
 }
 
 Value Kernel::sequence(std::span<const Value> elements) {
@@ -226,6 +235,7 @@ void Kernel::loadLibrary(const std::string& path) {
     loaded.terminate =
         reinterpret_cast<ALGEB (*)(VKernelVector)>(dlsym(library, "STATS_StatsTerminate_HW"));
     impl_->libraries.push_back(loaded);
+    const std::size_t before = impl_->entryPoints.size();
     for (const std::string& symbol : exportedFunctions(library)) {
       // The one entry point with C++ linkage goes by its source name.
       constexpr std::string_view kTally = "VexelTallySorted";
@@ -240,6 +250,9 @@ void Kernel::loadLibrary(const std::string& path) {
       ALGEB function = newFunction(state, std::move(f));
       setNameFunction(vexel::name(state, entryName), function);
       impl_->entryPoints.push_back(entryName);
+    }
+    if (impl_->entryPoints.size() == before) {
+      raise(state, "the library %1 has no entry points", vexel::string(state, path));
     }
     if (auto* initialise = reinterpret_cast<ALGEB (*)(VKernelVector)>(
             dlsym(library, "STATS_StatsInitialize_HW"))) {

@@ -1,7 +1,9 @@
 // What lies behind vexel::Kernel: the kernel's state, the roots of its Values, loaded libraries.
 #pragma once
 
+#include <cstddef>
 #include <deque>
+#include <memory>
 #include <new>
 #include <string>
 #include <vector>
@@ -13,17 +15,23 @@
 namespace vexel {
 
 // Slots that hold the handles of live Values; taking and releasing one is a few instructions.
+//
+// The pool outlives its kernel until the last Value is dropped: an Error carries Values, and where
+// it is caught the kernel may be gone.
 class RootPool {
  public:
+  // The pool of a root that take has returned.
+  static RootPool& of(void* root) { return *static_cast<Slot*>(root)->pool; }
+
   void* take(ALGEB x) {
     if (free_ == nullptr) {
-      slots_.emplace_back();
-      slots_.back().next = nullptr;
+      slots_.push_back({nullptr, nullptr, this});
       free_ = &slots_.back();
     }
     Slot* slot = free_;
     free_ = slot->next;
     slot->handle = x;
+    ++live_;
     return slot;
   }
   void release(void* root) noexcept {
@@ -31,6 +39,9 @@ class RootPool {
     slot->handle = nullptr;
     slot->next = free_;
     free_ = slot;
+    if (--live_ == 0 && orphaned_) {
+      delete this;
+    }
   }
   void mark(Marker& marker) const {
     for (const Slot& slot : slots_) {
@@ -38,13 +49,31 @@ class RootPool {
     }
   }
 
+  // The kernel is gone, and the handles with it.
+  void orphan() noexcept {
+    orphaned_ = true;
+    if (live_ == 0) {
+      delete this;
+    }
+  }
+  bool orphaned() const { return orphaned_; }
+
  private:
+  ~RootPool() = default;  // by orphan or release
+
   struct Slot {
-    ALGEB handle = nullptr;
-    Slot* next = nullptr;
+    ALGEB handle;
+    Slot* next;
+    RootPool* pool;
   };
   std::deque<Slot> slots_;
   Slot* free_ = nullptr;
+  std::size_t live_ = 0;
+  bool orphaned_ = false;
+};
+
+struct OrphanPool {
+  void operator()(RootPool* pool) const noexcept { pool->orphan(); }
 };
 
 // A shared object whose entry points the kernel calls.
@@ -73,7 +102,7 @@ struct Kernel::Impl {
   [[noreturn]] void throwError();
 
   Kernel& kernel;
-  RootPool roots;
+  std::unique_ptr<RootPool, OrphanPool> roots{new RootPool};
   std::vector<LoadedLibrary> libraries;
   std::vector<std::string> entryPoints;
   State state;

@@ -32,11 +32,11 @@ Interrupted::Interrupted() : std::runtime_error("interrupted") {}
 Interrupted::~Interrupted() = default;
 
 Value::Value(Kernel& kernel, ALGEB handle)
-    : kernel_(&kernel), handle_(handle), root_(kernel.impl().roots.take(handle)) {}
+    : kernel_(&kernel), handle_(handle), root_(kernel.impl().roots->take(handle)) {}
 
 Value::Value(const Value& other) : kernel_(other.kernel_), handle_(other.handle_) {
-  if (kernel_ != nullptr) {
-    root_ = kernel_->impl().roots.take(handle_);
+  if (other.root_ != nullptr) {
+    root_ = RootPool::of(other.root_).take(handle_);
   }
 }
 
@@ -54,15 +54,19 @@ Value& Value::operator=(Value other) noexcept {
 
 Value::~Value() {
   if (root_ != nullptr) {
-    kernel_->impl().roots.release(root_);
+    RootPool::of(root_).release(root_);
   }
 }
 
-bool Value::isNull() const { return vexel::isNull(handle_); }
-bool Value::isNumeric() const { return isReal(handle_); }
-bool Value::isInteger() const { return vexel::isInteger(handle_); }
-bool Value::isArray() const { return vexel::isArray(handle_); }
-bool Value::isList() const { return vexel::isList(handle_); }
+Kernel* Value::kernel() const {
+  return root_ != nullptr && RootPool::of(root_).orphaned() ? nullptr : kernel_;
+}
+
+bool Value::isNull() const { return kernel() == nullptr || vexel::isNull(handle_); }
+bool Value::isNumeric() const { return kernel() != nullptr && isReal(handle_); }
+bool Value::isInteger() const { return kernel() != nullptr && vexel::isInteger(handle_); }
+bool Value::isArray() const { return kernel() != nullptr && vexel::isArray(handle_); }
+bool Value::isList() const { return kernel() != nullptr && vexel::isList(handle_); }
 
 double Value::number() const {
   State& state = stateOf(*this);
@@ -93,21 +97,24 @@ std::string Value::text() const {
   if (kernel_ == nullptr) {
     return "NULL";
   }
-  return kernel_->impl().run([&] { return plainText(stateOf(*this), handle_); });
+  State& state = stateOf(*this);
+  return kernel_->impl().run([&] { return plainText(state, handle_); });
 }
 
 std::string Value::source() const {
   if (kernel_ == nullptr) {
     return "NULL";
   }
-  return kernel_->impl().run([&] { return sourceText(stateOf(*this), handle_); });
+  State& state = stateOf(*this);
+  return kernel_->impl().run([&] { return sourceText(state, handle_); });
 }
 
 std::string Value::json() const {
   if (kernel_ == nullptr) {
     return "null";
   }
-  return kernel_->impl().run([&] { return jsonText(stateOf(*this), handle_); });
+  State& state = stateOf(*this);
+  return kernel_->impl().run([&] { return jsonText(state, handle_); });
 }
 
 std::vector<double> Value::numbers() const {
@@ -141,6 +148,9 @@ std::vector<double> Value::numbers() const {
 }
 
 std::size_t Value::size() const {
+  if (kernel() == nullptr) {
+    return 0;
+  }
   return vexel::isArray(handle_) ? static_cast<std::size_t>(arrayOf(handle_).count)
                                  : countOf(handle_);
 }

@@ -250,6 +250,29 @@ TEST_F(CoreErrorsTest, SequencesAreNotFlattened) {
   EXPECT_EQ(EvalhfVexelProc(&state, twice.handle(), 1, args), 3);
 }
 
+TEST(ValueTest, MayBeDroppedAndAskedAfterItsKernelIsGone) {
+  Value left;
+  std::vector<Value> copies;
+  try {
+    Kernel kernel;
+    left = kernel.array({1, 2});
+    kernel.call("sin", left);
+  } catch (const Error& e) {
+    EXPECT_STREQ(e.what(),
+                 "expected a number or an expression, received: Array(1..2, [1.0, 2.0], datatype = "
+                 "float[8])");
+    copies = e.arguments();
+    EXPECT_EQ(copies.size(), 1);
+  }
+  const Value copy = left;
+  EXPECT_EQ(copy.kernel(), nullptr);
+  EXPECT_FALSE(copy.isArray());
+  EXPECT_EQ(copy.size(), 0);
+  EXPECT_THROW(copy.number(), Error);
+  EXPECT_THROW(copy.text(), Error);
+  EXPECT_THROW(copy[0], Error);
+}
+
 TEST_F(CoreErrorsTest, RandomStreamHasKnownValues) {
   // From an independent program in Python integers.
   static constexpr struct {

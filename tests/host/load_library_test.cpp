@@ -11,6 +11,7 @@ TEST(LoadLibraryTest, WhatCannotBeLoadedIsAHostErrorWithTheReason) {
   } cases[] = {
       {INCOMPLETE_LIBRARY_PATH, "undefined symbol: nag2_not_in_any_library"},
       {"/nowhere/libstats_hw.so", "cannot open shared object file"},
+      {"libm.so.6", "the library \"libm.so.6\" has no entry points"},
   };
   for (const auto& [path, reason] : cases) {
     vexel::Kernel kernel;

@@ -3,13 +3,18 @@
 //   vexel::Kernel kernel;
 //   kernel.loadLibrary("libstats_hw.so");
 //   std::vector<double> x = {3, 1, 2};
-//   vexel::Value mean = kernel.call("STATS_VexelMean_HW", kernel.wrap(x), kernel.eval("Array([],
-//   datatype = float[8])"), false, 0); double m = mean.number();
+//   vexel::Value mean =
+//       kernel.call("STATS_VexelMean_HW", kernel.wrap(x), kernel.array({}), false, 0);
+//   double m = mean.number();
 //
 // One kernel per process is in use at a time, on one thread.  A Value is a rooted handle: it keeps
-// its object alive, may be copied freely, and must not outlive its kernel.  Every function that can
-// fail throws vexel::Error and leaves the kernel usable.
+// its object alive and may be copied freely; one that outlives its kernel can only be dropped.
+// Every function that can fail throws vexel::Error and leaves the kernel usable.
 #pragma once
+
+#if __cplusplus < 202002L
+#error "vexel/kernel.hpp needs C++20 (-std=c++20)"
+#endif
 
 #include <vexelc/vexelc.h>
 
@@ -40,7 +45,7 @@ class Value {
   ~Value();
 
   ALGEB handle() const { return handle_; }
-  Kernel* kernel() const { return kernel_; }
+  Kernel* kernel() const;  // nullptr for none, or when it is gone
 
   // What it is.
   bool isNull() const;
@@ -108,6 +113,10 @@ class Kernel {
   Value string(std::string_view text);
   Value name(std::string_view text);
   Value list(std::span<const Value> elements);
+  Value list(std::span<const double> elements);
+  Value list(std::initializer_list<double> elements) {
+    return list(std::span<const double>(elements.begin(), elements.size()));
+  }
   Value sequence(std::span<const Value> elements);  // one element: the element itself
   Value range(const Value& lower, const Value& upper);
 
@@ -135,7 +144,7 @@ class Kernel {
   std::vector<std::string> entryPoints() const;
 
   // Calls an entry point, built-in function or procedure by name.  Arguments: Values, bool,
-  // integers, doubles, spans of doubles (copied).
+  // integers, doubles, texts, vectors and spans of doubles (copied to an array).
   template <typename... Args>
   Value call(std::string_view name, Args&&... args) {
     const Value values[] = {toValue(std::forward<Args>(args))..., Value()};
@@ -177,7 +186,9 @@ class Kernel {
   }
   Value toValue(double d) { return real(d); }
   Value toValue(const char* text) { return string(text); }
+  Value toValue(const std::string& text) { return string(text); }
   Value toValue(const std::vector<double>& x) { return array(std::span<const double>(x)); }
+  Value toValue(std::span<const double> x) { return array(x); }
 
   struct Impl;
   Impl& impl() { return *impl_; }
