@@ -28,17 +28,21 @@ bool Runner::printValue(vexel::Outcome& outcome) const {
 
 namespace {
 
-// Says what an unknown function may have been meant to be: its call has come back as it was.
-void printHint(vexel::Kernel& kernel, const vexel::Value& value) {
+// The function of a call that has come back as it was; empty for any other value.
+std::string unknownFunction(vexel::Kernel& kernel, const vexel::Value& value) {
   try {
-    if (kernel.call("typeof", value).text() != "call") {
-      return;
+    if (kernel.call("typeof", value).text() == "call") {
+      const std::string source = vexel::shortened(value);
+      return source.substr(0, source.find('('));
     }
   } catch (const std::runtime_error&) {  // the session has a typeof of its own
-    return;
   }
-  const std::string source = vexel::shortened(value);
-  const std::string function = source.substr(0, source.find('('));
+  return "";
+}
+
+// Says at the prompt what an unknown function may have been meant to be.
+void printHint(vexel::Kernel& kernel, const vexel::Value& value) {
+  const std::string function = unknownFunction(kernel, value);
   const std::string similar = similarName(function);
   if (!similar.empty() && similar != function) {
     std::cout << "  " << function << " is not defined; ?" << similar << " explains " << similar
@@ -68,6 +72,20 @@ void printPlaces(const vexel::Outcome& outcome, const std::string& source) {
 
 }  // namespace
 
+// A script that misspells an entry point would go on with the call itself as its value.
+void Runner::warnOfMisspelling(const vexel::Outcome& outcome, const std::string& source) {
+  const std::string function = unknownFunction(kernel_, outcome.value);
+  if (!function.starts_with("STATS_") && !function.starts_with("Vexel")) {
+    return;
+  }
+  const std::string similar = similarName(function);
+  if (!similar.empty() && similar != function) {
+    std::cout.flush();
+    std::cerr << "Warning, " << function << " is not defined; " << similar << " is\n";
+    printPlace("at", source, outcome.line, outcome.column);
+  }
+}
+
 void Runner::reportError(const vexel::Outcome& outcome, const std::string& source) {
   failed_ = true;
   if (options_.json) {
@@ -89,6 +107,9 @@ void Runner::run(const std::string& text, const std::string& source) {
   for (progress.atLine(script.line()); script.next(outcome); progress.atLine(script.line())) {
     progress.clear();
     if (outcome.kind == vexel::Outcome::Kind::value) {
+      if (!options_.quiet && !options_.json && !source.empty()) {
+        warnOfMisspelling(outcome, source);
+      }
       if (!outcome.printed) {
         continue;
       }

@@ -26,6 +26,7 @@ class Runner {
  private:
   // False when the value cannot be printed (it is nested too deep); the outcome tells then.
   bool printValue(vexel::Outcome& outcome) const;
+  void warnOfMisspelling(const vexel::Outcome& outcome, const std::string& source);
   void reportError(const vexel::Outcome& outcome, const std::string& source);
 
   vexel::Kernel& kernel_;

@@ -91,6 +91,14 @@ TEST_F(CommandTest, AnErrorNamesFileAndLineAndEndsTheRun) {
   EXPECT_THAT(run("-e '[1, gamma(0)];'").errors, HasSubstr("at -e, line 1, column 5\n"));
   EXPECT_THAT(run("-e '1 + * 2;'").errors, HasSubstr("-e, line 1, column 5\n1 + * 2;\n    ^\n"));
 
+  // A name that is none is a call without a value, not an error; but a likely slip is told.
+  const Outcome slip = run("-e 'm := STATS_VexelMeen_HW(1): f(1): 2;'");
+  EXPECT_EQ(slip.errors,
+            "Warning, STATS_VexelMeen_HW is not defined; STATS_VexelMean_HW is\n"
+            "  at -e, line 1, column 1\n");
+  EXPECT_EQ(slip.status, 0);
+  EXPECT_EQ(run("--quiet -e 'STATS_VexelMeen_HW(1):'").errors, "");
+
   const Outcome kept = run("-k " + script + " -e '3;'");
   EXPECT_EQ(kept.out, "1\n2\n3\n");
   EXPECT_EQ(kept.status, 1);
