@@ -13,10 +13,10 @@
 #include <vector>
 #include <vexel/kernel.hpp>
 
-#include "distributions/uniform_source.hpp"
 #include "generators/alias_urn.hpp"
 #include "generators/envelope_generator.hpp"
 #include "generators/inverse_distribution.hpp"
+#include "kernel/uniform_source.hpp"
 
 namespace {
 

@@ -7,8 +7,8 @@
 #include <string>
 #include <vector>
 
-#include "distributions/uniform_source.hpp"
 #include "kernel/conversions.hpp"
+#include "kernel/uniform_source.hpp"
 #include "kernel_test.hpp"
 
 class GeneratorTest : public KernelTest {

@@ -10,8 +10,8 @@
 
 #include "data/data_argument.hpp"
 #include "data/element_types.hpp"
-#include "distributions/uniform_source.hpp"
 #include "kernel/entry_frame.hpp"
+#include "kernel/uniform_source.hpp"
 
 namespace {
 

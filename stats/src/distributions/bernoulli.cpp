@@ -2,7 +2,7 @@
 
 #include "distributions/bernoulli.hpp"
 
-#include "distributions/uniform_source.hpp"
+#include "kernel/uniform_source.hpp"
 
 double STATS_BernoulliProbability_HW(VKernelVector, std::int32_t x, double p) {
   if (x == 0) {

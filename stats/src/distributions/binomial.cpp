@@ -8,7 +8,7 @@
 #include "distributions/normal.hpp"
 #include "distributions/probability_adapter.hpp"
 #include "distributions/searched_sample.hpp"
-#include "distributions/uniform_source.hpp"
+#include "kernel/uniform_source.hpp"
 #include "rootfinding/discrete_interpolation.hpp"
 
 double STATS_BinomialProbability_HW(VKernelVector kv, double x, std::int32_t n, double p) {

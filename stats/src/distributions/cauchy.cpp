@@ -9,7 +9,7 @@
 #include <cmath>
 
 #include "distributions/nag_call.hpp"
-#include "distributions/uniform_source.hpp"
+#include "kernel/uniform_source.hpp"
 
 // atan(z)/pi + 1/2 as one angle in (0, pi), which keeps the digits far to the left.
 double STATS_CauchyProbability_HW(VKernelVector kv, double x, double a, double b) {

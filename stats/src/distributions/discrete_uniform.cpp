@@ -4,8 +4,8 @@
 
 #include <cmath>
 
-#include "distributions/uniform_source.hpp"
 #include "kernel/conversions.hpp"
+#include "kernel/uniform_source.hpp"
 
 double STATS_DiscreteUniformProbability_HW(VKernelVector, double x, std::int32_t a,
                                            std::int32_t b) {

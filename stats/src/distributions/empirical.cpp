@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "descriptive/quantiles.hpp"
-#include "distributions/uniform_source.hpp"
+#include "kernel/uniform_source.hpp"
 
 double STATS_EmpiricalDeviate_HW(VKernelVector, double u, int n, double* points, double* weights) {
   double result = 0.0;

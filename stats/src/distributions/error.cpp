@@ -12,8 +12,8 @@
 #include "distributions/gamma.hpp"
 #include "distributions/laplace.hpp"
 #include "distributions/normal.hpp"
-#include "distributions/uniform_source.hpp"
 #include "kernel/conversions.hpp"
+#include "kernel/uniform_source.hpp"
 #include "rootfinding/newton_raphson.hpp"
 
 // The sign's uniform is drawn before the gamma variate.  A NaN or negative shape gives NaN without

@@ -11,7 +11,7 @@
 #include "distributions/exponential.hpp"
 #include "distributions/nag_call.hpp"
 #include "distributions/normal.hpp"
-#include "distributions/uniform_source.hpp"
+#include "kernel/uniform_source.hpp"
 
 double STATS_GammaProbability_HW(VKernelVector kv, double x, double b, double c) {
   return STATS_CallNag_HW(kv, [&](NagError* fail) {

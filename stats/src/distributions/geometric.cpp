@@ -4,8 +4,8 @@
 
 #include <cmath>
 
-#include "distributions/uniform_source.hpp"
 #include "kernel/conversions.hpp"
+#include "kernel/uniform_source.hpp"
 
 // 1 - (1 - p)^(floor(x) + 1); from p = 1 on, and for p = 0, the logarithm is of no use.
 double STATS_GeometricProbability_HW(VKernelVector, double x, double p) {

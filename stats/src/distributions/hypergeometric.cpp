@@ -8,7 +8,7 @@
 #include "distributions/nag_call.hpp"
 #include "distributions/probability_adapter.hpp"
 #include "distributions/searched_sample.hpp"
-#include "distributions/uniform_source.hpp"
+#include "kernel/uniform_source.hpp"
 #include "rootfinding/discrete_interpolation.hpp"
 
 double STATS_HypergeometricProbability_HW(VKernelVector kv, double x, std::int32_t n,

@@ -8,7 +8,7 @@
 #include <cmath>
 
 #include "distributions/chi_square.hpp"
-#include "distributions/uniform_source.hpp"
+#include "kernel/uniform_source.hpp"
 
 // A chi-square variate, then one uniform that chooses between the two roots.
 double STATS_InverseGaussianRandomVariate_HW(VKernelVector kv, double mu, double lambda) {

@@ -8,10 +8,8 @@
 #include "distributions/error.hpp"
 #include "distributions/exponential.hpp"
 #include "distributions/geometric.hpp"
-#include "distributions/non_central_chi_square.hpp"
 #include "distributions/normal.hpp"
 #include "distributions/normal_approximations.hpp"
-#include "generators/envelope_sample.hpp"
 #include "kernel/callback_adapters.hpp"
 #include "kernel/data_sample.hpp"
 
@@ -40,29 +38,6 @@ STATS_ENTRY(STATS_VexelGeometricRandomSample_HW) {
   const double logFailure = std::log1p(-p) + 0.0;  // +0 for either zero p
   for (std::int32_t k = 0; k < n; ++k) {
     data[k] = std::floor(-STATS_ExponentialRandomVariate_HW(kv, 1.0) / logFailure);
-  }
-  return sample;
-}
-
-// (n, nu, delta, squares) draws each variate by itself; (n, nu, delta, f, df, ddf) draws them from
-// an envelope of the density.
-STATS_ENTRY(STATS_VexelNonCentralChiSquareRandomSample_HW) {
-  const Arguments arg(kv, args);
-  if (arg.count() != 4 && arg.count() != 6) {
-    VexelRaiseError1(
-        kv, "VexelNonCentralChiSquareRandomSample expects 4 or 6 arguments, received: %1", args);
-  }
-  const std::int32_t n = arg.integer32(1);
-  const double nu = arg.real(2);
-  const double delta = arg.real(3);
-  const ALGEB sample = STATS_CreateRandomSample_HW(kv, n, ToVexelNULL(kv));
-  if (arg.count() == 6) {
-    return STATS_NonCentralChiSquareEnvelopeSample_HW(kv, args, n, nu, delta, sample);
-  }
-  double* const data = STATS_FloatBlock_HW(kv, sample);
-  const int method = arg.boolean(4) ? 1 : 0;
-  for (std::int32_t k = 0; k < n; ++k) {
-    data[k] = STATS_NonCentralChiSquareRandomVariate_HW(kv, nu, delta, method);
   }
   return sample;
 }

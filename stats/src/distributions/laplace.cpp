@@ -8,7 +8,7 @@
 
 #include <cmath>
 
-#include "distributions/uniform_source.hpp"
+#include "kernel/uniform_source.hpp"
 
 double STATS_LaplaceProbability_HW(VKernelVector, double x, double a, double b) {
   if (x >= a) {

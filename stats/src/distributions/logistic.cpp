@@ -8,7 +8,7 @@
 
 #include <cmath>
 
-#include "distributions/uniform_source.hpp"
+#include "kernel/uniform_source.hpp"
 
 // 1 / (1 + exp(-z)); below zero the equal exp(z) / (1 + exp(z)), which does not overflow.
 double STATS_LogisticProbability_HW(VKernelVector, double x, double a, double b) {

@@ -6,7 +6,7 @@
 
 #include <cmath>
 
-#include "distributions/uniform_source.hpp"
+#include "kernel/uniform_source.hpp"
 
 // Draws: one uniform, pairs until one lies in the quarter disc (1.27 pairs), one uniform.
 double STATS_MaxwellRandomVariate_HW(VKernelVector, double a) {

@@ -7,7 +7,7 @@
 #include <cmath>
 
 #include "distributions/nag_call.hpp"
-#include "distributions/uniform_source.hpp"
+#include "kernel/uniform_source.hpp"
 
 // Two uniforms per trial, the angle's first; 2.9 trials per variate.
 double STATS_MoyalRandomVariate_HW(VKernelVector kv, double a, double b) {

@@ -10,8 +10,8 @@
 #include "distributions/beta.hpp"
 #include "distributions/probability_adapter.hpp"
 #include "distributions/searched_sample.hpp"
-#include "distributions/uniform_source.hpp"
 #include "kernel/conversions.hpp"
+#include "kernel/uniform_source.hpp"
 #include "rootfinding/discrete_interpolation.hpp"
 
 double STATS_NegativeBinomialProbability_HW(VKernelVector kv, double x, double n, double p) {

@@ -10,7 +10,7 @@
 #include "distributions/nag_call.hpp"
 #include "distributions/normal.hpp"
 #include "distributions/probability_adapter.hpp"
-#include "distributions/uniform_source.hpp"
+#include "kernel/uniform_source.hpp"
 #include "rootfinding/brent.hpp"
 
 double STATS_NonCentralChiSquareProbability_HW(VKernelVector kv, double x, double nu, double delta,

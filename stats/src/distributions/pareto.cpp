@@ -8,7 +8,7 @@
 
 #include <cmath>
 
-#include "distributions/uniform_source.hpp"
+#include "kernel/uniform_source.hpp"
 
 // 1 - (a/x)^c.  Near a, log(x/a) comes from the exact difference x - a.  The power itself serves
 // what has no logarithm.

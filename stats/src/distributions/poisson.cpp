@@ -7,7 +7,7 @@
 #include "distributions/nag_call.hpp"
 #include "distributions/probability_adapter.hpp"
 #include "distributions/searched_sample.hpp"
-#include "distributions/uniform_source.hpp"
+#include "kernel/uniform_source.hpp"
 #include "rootfinding/discrete_interpolation.hpp"
 
 // x is truncated, not floored: -0.5 counts as 0.

@@ -9,7 +9,7 @@
 #include <cmath>
 
 #include "distributions/inverse_power.hpp"
-#include "distributions/uniform_source.hpp"
+#include "kernel/uniform_source.hpp"
 
 double STATS_PowerProbability_HW(VKernelVector, double x, double b, double c) {
   if (x < 0.0) {

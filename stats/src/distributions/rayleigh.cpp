@@ -8,7 +8,7 @@
 
 #include <cmath>
 
-#include "distributions/uniform_source.hpp"
+#include "kernel/uniform_source.hpp"
 
 // 1 - exp(-x^2 / (2 sigma^2)).
 double STATS_RayleighProbability_HW(VKernelVector, double x, double sigma) {

@@ -13,8 +13,8 @@
 #include <utility>
 #include <vector>
 
-#include "distributions/uniform_source.hpp"
 #include "kernel/callback_adapters.hpp"
+#include "kernel/uniform_source.hpp"
 
 // The size of the tables for a sample of n, as a power of two: short ones are not worth large
 // tables.

@@ -3,7 +3,7 @@
 #include "distributions/student_t.hpp"
 
 #include "distributions/nag_call.hpp"
-#include "distributions/uniform_source.hpp"
+#include "kernel/uniform_source.hpp"
 
 double STATS_StudentTProbability_HW(VKernelVector kv, double x, double nu) {
   return STATS_CallNag_HW(kv, [&](NagError* fail) {

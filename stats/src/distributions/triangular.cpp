@@ -8,7 +8,7 @@
 
 #include <cmath>
 
-#include "distributions/uniform_source.hpp"
+#include "kernel/uniform_source.hpp"
 
 // Right of the mode the area left of c and the rest are added, all terms positive, instead of
 // subtracting the upper tail from 1: with the mode at the lower end nothing cancels.

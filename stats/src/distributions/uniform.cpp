@@ -2,7 +2,7 @@
 
 #include "distributions/uniform.hpp"
 
-#include "distributions/uniform_source.hpp"
+#include "kernel/uniform_source.hpp"
 
 double STATS_UniformProbability_HW(VKernelVector, double x, double a, double b) {
   if (x <= a) {

@@ -9,7 +9,7 @@
 #include <cmath>
 
 #include "distributions/inverse_power.hpp"
-#include "distributions/uniform_source.hpp"
+#include "kernel/uniform_source.hpp"
 
 // 1 - exp(-(x/b)^c).  expm1 keeps the digits that the difference would cancel.
 double STATS_WeibullProbability_HW(VKernelVector, double x, double b, double c) {

@@ -8,9 +8,9 @@
 #include <cmath>
 #include <cstdint>
 
-#include "distributions/uniform_source.hpp"
 #include "distributions/ziggurat_tables.hpp"
 #include "kernel/conversions.hpp"
+#include "kernel/uniform_source.hpp"
 
 class STATS_ZigguratExpGenerator_HW {
  public:

@@ -6,9 +6,9 @@
 
 #include <cstdint>
 
-#include "distributions/uniform_source.hpp"
 #include "distributions/ziggurat_tables.hpp"
 #include "kernel/conversions.hpp"
+#include "kernel/uniform_source.hpp"
 
 class STATS_ZigguratNormalGenerator_HW {
  public:

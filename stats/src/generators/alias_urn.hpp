@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "distributions/uniform_source.hpp"
+#include "kernel/uniform_source.hpp"
 
 // An urn of m cells for n <= m weights; cells beyond the n-th are padding of weight 0.
 //

@@ -4,12 +4,12 @@
 #include <cstdint>
 #include <limits>
 
-#include "distributions/uniform_source.hpp"
 #include "generators/alias_urn.hpp"
 #include "kernel/conversions.hpp"
 #include "kernel/data_sample.hpp"
 #include "kernel/entry_frame.hpp"
 #include "kernel/host_arrays.hpp"
+#include "kernel/uniform_source.hpp"
 
 namespace {
 

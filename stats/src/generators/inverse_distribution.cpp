@@ -7,9 +7,9 @@
 #include <vector>
 
 #include "distributions/random_sample.hpp"
-#include "distributions/uniform_source.hpp"
 #include "kernel/conversions.hpp"
 #include "kernel/entry_frame.hpp"
+#include "kernel/uniform_source.hpp"
 
 namespace {
 

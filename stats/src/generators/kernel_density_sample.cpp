@@ -7,10 +7,10 @@
 #include <vector>
 
 #include "distributions/random_sample.hpp"
-#include "distributions/uniform_source.hpp"
 #include "kernel/callback_adapters.hpp"
 #include "kernel/conversions.hpp"
 #include "kernel/entry_frame.hpp"
+#include "kernel/uniform_source.hpp"
 #include "rootfinding/discrete_interpolation.hpp"
 
 namespace {

@@ -4,10 +4,10 @@
 // only: the adapters and utilities keep their kernel vector, and the next start sets all of them
 // again.
 
-#include "distributions/uniform_source.hpp"
 #include "kernel/callback_adapters.hpp"
 #include "kernel/conversions.hpp"
 #include "kernel/entry_frame.hpp"
+#include "kernel/uniform_source.hpp"
 
 namespace {
 

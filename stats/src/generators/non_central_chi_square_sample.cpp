@@ -1,16 +1,16 @@
-// The non-central chi-square sample from an envelope: base points at far quantiles, the mode and
-// the density's points of inflection.
-
-#include "generators/envelope_sample.hpp"
+// The sample of a non-central chi-square distribution: variate by variate, or from an envelope of
+// the density with base points at far quantiles, the mode and the points of inflection.
 
 #include <algorithm>
 #include <cmath>
 
 #include "distributions/non_central_chi_square.hpp"
+#include "distributions/random_sample.hpp"
 #include "generators/envelope_generator.hpp"
 #include "kernel/callback_adapters.hpp"
 #include "kernel/conversions.hpp"
 #include "kernel/entry_frame.hpp"
+#include "kernel/host_arrays.hpp"
 #include "rootfinding/brent.hpp"
 
 namespace {
@@ -46,11 +46,10 @@ ALGEB basePoints(VKernelVector kv, STATS_VexelProcAdapter_HW& firstDerivative,
   return points;
 }
 
-}  // namespace
-
-ALGEB STATS_NonCentralChiSquareEnvelopeSample_HW(VKernelVector kv, ALGEB args, std::int32_t n,
-                                                 double nu, double delta, ALGEB sample) {
-  const Arguments arg(kv, args);
+// Fills sample, n doubles.  The last three of the six arguments are procedures: the density, its
+// first and its second derivative, which place the envelope's base points.
+void fillFromEnvelope(VKernelVector kv, const Arguments& arg, std::int32_t n, double nu,
+                      double delta, double* sample) {
   const ALGEB density = requireProcedure(
       kv, arg, 4,
       "procedure expected as fourth parameter to VexelNonCentralChiSquareRandomSample, received: "
@@ -75,21 +74,45 @@ ALGEB STATS_NonCentralChiSquareEnvelopeSample_HW(VKernelVector kv, ALGEB args, s
   constexpr std::int32_t kVariatesPerElement = 10000;
   constexpr std::int32_t kElementsAtLeast = 100;
   const ALGEB points = basePoints(kv, firstDerivative, secondDerivative, xLow, xHigh, tol);
-  const ALGEB spec = VexelListAlloc(kv, 5);
-  VexelListAssign(kv, spec, 1, density);
-  VexelListAssign(kv, spec, 2, first);
-  VexelListAssign(kv, spec, 3, points);
-  VexelListAssign(kv, spec, 4,
+  const ALGEB setup = VexelListAlloc(kv, 5);
+  VexelListAssign(kv, setup, 1, density);
+  VexelListAssign(kv, setup, 2, first);
+  VexelListAssign(kv, setup, 3, points);
+  VexelListAssign(kv, setup, 4,
                   ToVexelInteger(kv, std::max(n / kVariatesPerElement, kElementsAtLeast)));
-  VexelListAssign(kv, spec, 5, ToVexelBoolean(kv, 0));
+  VexelListAssign(kv, setup, 5, ToVexelBoolean(kv, 0));
 
   STATS_EnvelopeGenerator_HW generator(kv);
-  if (!generator.initialize(kv, spec)) {
+  if (!generator.initialize(kv, setup)) {
     VexelRaiseError1(kv, "unable to initialize random variate generator", ToVexelNULL(kv));
   }
-  auto* out = static_cast<double*>(RTableDataBlock(kv, sample));
   for (std::int32_t k = 0; k < n; ++k) {
-    out[k] = generator.next(kv);
+    sample[k] = generator.next(kv);
+  }
+}
+
+}  // namespace
+
+// (n, nu, delta, squares) draws each variate by itself; (n, nu, delta, f, df, ddf) draws them from
+// an envelope of the density.
+STATS_ENTRY(STATS_VexelNonCentralChiSquareRandomSample_HW) {
+  const Arguments arg(kv, args);
+  if (arg.count() != 4 && arg.count() != 6) {
+    VexelRaiseError1(
+        kv, "VexelNonCentralChiSquareRandomSample expects 4 or 6 arguments, received: %1", args);
+  }
+  const std::int32_t n = arg.integer32(1);
+  const double nu = arg.real(2);
+  const double delta = arg.real(3);
+  const ALGEB sample = STATS_CreateRandomSample_HW(kv, n, ToVexelNULL(kv));
+  double* const data = STATS_FloatBlock_HW(kv, sample);
+  if (arg.count() == 6) {
+    fillFromEnvelope(kv, arg, n, nu, delta, data);
+    return sample;
+  }
+  const int method = arg.boolean(4) ? 1 : 0;
+  for (std::int32_t k = 0; k < n; ++k) {
+    data[k] = STATS_NonCentralChiSquareRandomVariate_HW(kv, nu, delta, method);
   }
   return sample;
 }

@@ -1,5 +1,5 @@
 // The kernel vector of the uniform source.
 
-#include "distributions/uniform_source.hpp"
+#include "kernel/uniform_source.hpp"
 
 VKernelVector STATS_VexelRandomStream_HW::gVKernelVector = nullptr;
