@@ -83,6 +83,7 @@ TEST_F(SortAndRankTest, HostObjectsSortByValueAndRankByIdentity) {
   const vexel::Value sorted = call("STATS_VexelSort_HW", data, true, false);
   EXPECT_EQ(sorted[2], two);
   EXPECT_EQ(sorted[3], real);
+  EXPECT_EQ(call("STATS_VexelSort_HW", data, 2, false)[0], two);  // only 1 is ascending
   EXPECT_EQ(call("STATS_VexelSort_HW", data, true, true).size(), 3U);
   const vexel::Value dense = call("STATS_VexelRankSort_HW", data, 0, true);
   EXPECT_EQ(entry(dense, half), kernel.integer(2));

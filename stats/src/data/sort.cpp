@@ -70,7 +70,8 @@ ALGEB denseRanks(VKernelVector kv, const ALGEB* sorted, V_INT n) {
 // STATS_VexelSort_HW(data, ascending, uniquify): the elements of a dense one-dimensional array in
 // sorted order, as a new array from 1.
 //
-// NaNs sort after every number.  With uniquify equal elements are merged, NaNs never.
+// NaNs sort after every number.  With uniquify equal elements are merged, NaNs never.  An integer
+// for ascending other than 1 sorts descending, as the ranking reads the flag.
 STATS_ENTRY(STATS_VexelSort_HW) {
   const Arguments arg(kv, args, 3, "expected 3 arguments, received: %1");
   const ALGEB data = arg[1];
@@ -83,7 +84,7 @@ STATS_ENTRY(STATS_VexelSort_HW) {
   const ALGEB sorted = STATS_CreateLike_HW(kv, settings, 1, n);
   auto* const block = static_cast<char*>(RTableDataBlock(kv, sorted));
   STATS_SortDataBlock_HW(kv, RTableDataBlock(kv, data), block, n, settings.data_type,
-                         arg.boolean(2) ? 1 : 0);
+                         VexelToV_BOOL(kv, arg[2]));
   if (!arg.boolean(3)) {
     return sorted;
   }
@@ -106,7 +107,7 @@ STATS_ENTRY(STATS_VexelRankSort_HW) {
   const ALGEB result = STATS_CreateLike_HW(kv, rankSettings, lower, n);
   auto* const ranks = static_cast<std::uint32_t*>(RTableDataBlock(kv, result));
   STATS_RankSortDataBlock_HW(kv, RTableDataBlock(kv, data), ranks, n, settings.data_type,
-                             arg.boolean(3) ? 1 : 0);
+                             VexelToV_BOOL(kv, arg[3]));
   if (arg.integer(2) != 0) {
     for (V_INT i = 0; i < n; ++i) {
       ++ranks[i];
