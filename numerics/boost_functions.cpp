@@ -11,6 +11,7 @@
 
 #include <boost/math/policies/policy.hpp>
 #include <boost/math/special_functions/beta.hpp>
+#include <boost/math/special_functions/digamma.hpp>
 #include <boost/math/special_functions/gamma.hpp>
 #include <exception>
 #include <limits>
@@ -49,6 +50,10 @@ double boostGammaP(double a, double x) {
 
 double boostGammaQ(double a, double x) {
   return guarded([=](auto policy) { return boost::math::gamma_q(a, x, policy); });
+}
+
+double boostDigamma(double x) {
+  return guarded([=](auto policy) { return boost::math::digamma(x, policy); });
 }
 
 double boostGammaPInverse(double a, double p) {

@@ -6,6 +6,7 @@ namespace nag2 {
 
 double boostGammaP(double a, double x);
 double boostGammaQ(double a, double x);
+double boostDigamma(double x);
 double boostGammaPInverse(double a, double p);
 double boostGammaQInverse(double a, double q);
 // Root x of I_x(a, b) = p, with 1 - x in *complement; the second for 1 - I_x(a, b) = q.

@@ -151,16 +151,16 @@ double hugeGammaInverse(double a, double target, bool upper) {
   return x;
 }
 
-// sum (1 - b)_n a x^n / (n! (a + n)); a NaN where it has not converged.
+// first + sum over n > 0 of (1 - b)_n a x^n / (n! (a + n)); a NaN where it has not converged.
 template <typename Real>
-Real betaSeriesSum(double a, double b, Real x) {
-  Real sum = 1.0;
+Real betaSeriesSum(double a, double b, Real x, Real first = 1.0) {
+  Real sum = first;
   Real term = 1.0;
   for (int n = 1; n < maxTerms; ++n) {
     term *= (n - static_cast<Real>(b)) / n * x;
     const Real part = term * (a / (static_cast<Real>(a) + n));
     sum += part;
-    if (std::fabs(part) < 0.25 * epsilon * std::fabs(sum)) {
+    if (std::fabs(part) <= 0.25 * epsilon * std::fabs(sum)) {
       return sum;
     }
     if (!std::isfinite(part)) {
@@ -228,11 +228,38 @@ double betaFraction(double a, double b, UnitPoint at) {
   return weight * (a / (a + b)) * b / f;
 }
 
+// log(Gamma(a + b) / (Gamma(b) Gamma(1 + a))) for a < 5e-4, to a relative error of epsilon.
+long double smallGammaQuotient(long double a, double b) {
+  // Gamma(1 + a), by its series in zeta(k) / k.
+  constexpr long double euler = 0.57721566490153286061L;
+  const long double own =
+      a * (-euler + a * (0.822467033424113218236L +
+                         a * (-0.400685634386531428467L +
+                              a * (0.270580808427784547879L - a * 0.207385551028673985266L))));
+  // The other quotient from the middle of its interval, at least 1: the next derivative's term is
+  // a correction of 1e-8.
+  const auto middle = static_cast<double>((b < 1.0 ? 1.0L + b : b) + 0.5L * a);
+  double second = 0.0;  // of the digamma function
+  double z = middle;
+  for (; z < 6.0; z += 1.0) {
+    second -= 2.0 / (z * z * z);
+  }
+  const double inverse = 1.0 / z;
+  second -= inverse * inverse * (1.0 + inverse * (1.0 + inverse * (0.5 - inverse * inverse / 6.0)));
+  const long double other = a * (boostDigamma(middle) + a * a * second / 24.0L);
+  return other - own - (b < 1.0 ? std::log1p(a / b) : 0.0L);
+}
+
 // 1 - I_x(a, b) for small a and small x: 1 - exp(L) S with L = log(x^a / (a B(a, b))) and S the
 // series' sum, both near their limits 0 and 1 and good to long double's rounding.
 double betaSeriesComplement(double a, double b, UnitPoint at) {
   const long double shape = a;
   const long double other = b;
+  if (a < 5e-4) {
+    const long double log = shape * std::log(at.x) + smallGammaQuotient(a, b);
+    const long double rest = betaSeriesSum(a, b, at.x, 0.0L);
+    return static_cast<double>(-std::expm1(log) - std::exp(log) * rest);
+  }
   const long double gammas = b > 10.0 ? (other - 0.5L) * std::log1p(shape / other) +
                                             shape * std::log(shape + other) - shape +
                                             stirlingError(a + b) - stirlingError(b)
@@ -287,7 +314,7 @@ Tails betaTails(double a, double b, UnitPoint at) {
   }
   const bool series = x <= 0.7 ? b * x <= 0.7 || b <= 1.0 : a <= 1.0 && b <= 1.0 && x <= 0.99;
   // Near x = 1 with a small b the fraction loses digits; the mirrored series has none to lose.
-  const bool mirrored = !series && b <= 1.0 && b > 1e-5 && (a <= 1.0 || a * at.y <= 0.7L);
+  const bool mirrored = !series && (a <= 1.0 ? b <= 1.0 : b < 0.5 && a * at.y <= 0.7L);
   const double direct = series     ? betaSeries(a, b, at)
                         : mirrored ? betaSeriesComplement(b, a, {at.y, at.x})
                                    : betaFraction(a, b, at);

@@ -160,6 +160,15 @@ TEST(DistributionValues, SmallDenominatorFreedomKeepsItsDigits) {
       1.0, 1e-14);
   EXPECT_NEAR(nag2_f_probability(Nag_LowerTail, 1.0, 722.0, 0.89, nullptr) / 0.30795840621278592931,
               1.0, 3e-15);
+  NagError fail{};
+  EXPECT_NEAR(nag2_f_probability(Nag_LowerTail, 1e9, 40, 2e-9, &fail) / 4.0894523454918918402e-8,
+              1.0, 1e-14);
+  EXPECT_NEAR(
+      nag2_beta_probability(0.999999999, 2.379, 1.9e-11, 0.0, &fail) / 3.7057647541068843163e-10,
+      1.0, 1e-14);
+  EXPECT_NEAR(nag2_student_t_probability(Nag_LowerTail, -2.5, 1e-12, &fail), 0.49999999999228752576,
+              1e-16);
+  EXPECT_EQ(fail.code, NAG2_OK) << fail.message;
 }
 
 // With b < 1 the mixture's central tails fall more slowly than their first decrements say.
