@@ -50,8 +50,12 @@ std::string fillMessage(State& state, std::string_view message, std::span<const 
   options.maxElements = 100;
   options.maxLength = 2000;
   options.raiseTooDeep = false;
+  constexpr std::size_t kLongest = std::size_t{1} << 24;
   std::string out;
   for (std::size_t i = 0; i < message.size(); ++i) {
+    if (out.size() > kLongest) {
+      return out + "...";
+    }
     const char next = i + 1 < message.size() ? message[i + 1] : '\0';
     const std::size_t which = static_cast<std::size_t>(next - '1');
     if (message[i] == '%' && next >= '1' && next <= '9' && which < args.size()) {

@@ -257,7 +257,18 @@ std::string jsonError(State& state, std::string_view filled, std::string_view me
   out += ", \"args\": [";
   for (std::size_t i = 0; i < arguments.size(); ++i) {
     out += i > 0 ? ", " : "";
-    appendJson(state, out, arguments[i]);
+    const std::size_t before = out.size();
+    try {
+      appendJson(state, out, arguments[i]);
+    } catch (const HostErrorToken&) {  // an array within itself: its text, cut off
+      TextOptions options;
+      options.maxLength = 2000;
+      options.raiseTooDeep = false;
+      out.resize(before);
+      out += "{\"expr\": ";
+      appendJsonString(out, sourceText(state, arguments[i], options));
+      out += '}';
+    }
   }
   return out + "]}";
 }

@@ -88,8 +88,10 @@ bool Script::next(Outcome& outcome) {
     }
     state.lastError = state.error;
     try {
-      outcome.error = pendingErrorText(state);
-      outcome.json = jsonError(state, outcome.error, state.error.message, state.error.arguments);
+      // What is raised here on the way takes the place of state.error, not of lastError.
+      const PendingError& error = state.lastError;
+      outcome.error = fillMessage(state, error.message, error.arguments);
+      outcome.json = jsonError(state, outcome.error, error.message, error.arguments);
     } catch (const InterruptToken&) {
       ended(Outcome::Kind::interrupted, "interrupted");
     }

@@ -286,6 +286,8 @@ TEST_F(LanguageScripts, NothingBreaksTheHost) {
       "Array(1..10^9, 1..10^9, 1..10^9)",
       "Array(-4611686018427387904 .. 4611686018427387903)",
       "error(\"%1%2%9\", 1)",
+      "A := Array(1..2): A[1] := A: A[2] := A: A + 1",  // the error names what has no end
+      "error(cat(seq(\"%1\", i = 1 .. 1000)), cat(seq(\"0123456789\", i = 1 .. 100000)))",
       "ReadCSV(\"/nowhere\")",
       "[1][2^70]",
       "part([1], 0)",
