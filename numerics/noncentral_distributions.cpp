@@ -291,7 +291,7 @@ double studentLower(const Integral& f, double tolerance, int maxIter, DomainChec
 }
 
 bool validLimits(DomainCheck& check, double tolerance, int maxIter) {
-  return check.positive("the tolerance", tolerance) &&
+  return check.nonNegative("the tolerance", tolerance) &&
          check.positiveLimit("the iteration limit", maxIter);
 }
 

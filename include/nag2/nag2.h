@@ -104,7 +104,7 @@ double nag2_beta_quantile(double p, double a, double b, double tolerance, NagErr
  */
 
 /*
- * tolerance > 0 is the relative size of what may be left out of the sum (values below machine
+ * tolerance >= 0 is the relative size of what may be left out of the sum (values below machine
  * precision mean machine precision).  max_iter limits the steps: one step is 16 terms of the
  * Poisson mixture on either side of its largest term, or for the t law 16 nodes of its integral,
  * the last halving of the nodes' distance carried through.  100 steps are enough for a

@@ -48,6 +48,9 @@ TEST(DistributionValues, DeepTailsOfMixturesSumEveryTermThatMatters) {
   EXPECT_NEAR(nag2_noncentral_f_probability(3, 8, 200, 1000, 1e-16, 100, &fail) /
                   1.771524622570254629541915e-150,
               1.0, 8e-13);
+  // 10^-Digits is 0 from 324 Digits on: machine precision, like all below it.
+  EXPECT_EQ(nag2_noncentral_chi_square_probability(3, 2, 1, 0.0, 100, &fail),
+            nag2_noncentral_chi_square_probability(3, 2, 1, 1e-30, 100, &fail));
   // A subnormal value is no failure: searches meet it on their way.
   EXPECT_LT(nag2_noncentral_chi_square_probability(9.1e-6, 96.7, 2.6, 1e-15, 100, &fail), 1e-310);
   EXPECT_EQ(fail.code, NAG2_OK) << fail.message;
