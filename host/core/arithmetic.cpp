@@ -454,6 +454,22 @@ ALGEB integerPower(State& state, ALGEB a, ALGEB n) {
     return mpz_even_p(IntegerView(n).get()) != 0 ? immediate(1) : a;
   }
   std::int64_t k = 0;
+  if (fitsInt64(n, &k) && k != INT64_MIN && isComplex(a) &&
+      (isFloat(operand(a, 1)) || isFloat(operand(a, 2)))) {
+    // Every product rounds, and the exponent magnifies that.
+    const int digits = state.digits();
+    const int magnified = static_cast<int>(decimalDigits(IntegerView(n).get()));
+    ALGEB power = nullptr;
+    {
+      const DigitsScope scope(state, std::min(digits + 2 * magnified + 10, kMaxDigits));
+      power = complexPower(state, a, k);
+    }
+    const auto rounded = [&](ALGEB part) {
+      return isFloat(part) ? roundToDigits(state, part, digits) : part;
+    };
+    const ALGEB re = rounded(realPart(power));
+    return complexOrReal(state, re, rounded(imaginaryPart(power)));
+  }
   if (!fitsInt64(n, &k) || std::abs(k / 2) >= static_cast<std::int64_t>(kMaxIntegerBits)) {
     raise(state, "integer too large");
   }

@@ -322,6 +322,12 @@ double toDouble(State&, ALGEB x) {
   return mpfr_get_d(rounded.get(), MPFR_RNDN);
 }
 
+DigitsScope::DigitsScope(State& state, int digits)
+    : state_(state), saved_(nameValue(state.digitsName)) {
+  setNameValue(state.digitsName, immediate(digits));
+}
+DigitsScope::~DigitsScope() { setNameValue(state_.digitsName, saved_); }
+
 void checkDigits(State& state, std::int64_t digits) {
   if (digits < 1 || digits > kMaxDigits) {
     raise(state, "number of digits out of range, received %1", newInteger(state, digits));

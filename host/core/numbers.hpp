@@ -153,6 +153,19 @@ ALGEB roundToDigits(State& state, ALGEB number, int digits);
 // The nearest double of a real number, whatever its kind: ties to even, beyond the range an
 // infinity.
 double toDouble(State& state, ALGEB real);
+// Sets Digits for as long as it lives.
+class DigitsScope {
+ public:
+  DigitsScope(State& state, int digits);
+  DigitsScope(const DigitsScope&) = delete;
+  DigitsScope& operator=(const DigitsScope&) = delete;
+  ~DigitsScope();
+
+ private:
+  State& state_;
+  ALGEB saved_;
+};
+
 // MPFR in and out.  toMpfr rounds to x's precision; fromMpfr to decimal digits, both to nearest.
 void toMpfr(State& state, mpfr_ptr result, ALGEB real);
 ALGEB fromMpfr(State& state, mpfr_srcptr x, int digits);

@@ -306,6 +306,12 @@ ALGEB numberPower(State& state, ALGEB base, ALGEB exponent) {
     }
     return newPower(state, base, exponent);
   }
+  if (isFloat(base) && sign(base) < 0 && isRational(exponent) &&
+      denominator(exponent) == immediate(2)) {
+    const ElementaryFunction& root = *elementaryFunction("sqrt");
+    return integerPower(state, elementaryFloat(state, root, base, state.digits() + 10),
+                        numerator(exponent));
+  }
   if (isFloat(base) || isFloat(exponent)) {
     return powerFloat(state, base, exponent, state.digits());
   }

@@ -29,21 +29,6 @@ ALGEB reapply(State& state, ALGEB function, std::span<const ALGEB> args) {
 constexpr int kGuardDigits = 10;
 constexpr int kMostGuardDigits = 200;
 
-// Sets Digits for as long as it lives.
-class DigitsScope {
- public:
-  DigitsScope(State& state, int digits) : state_(state), saved_(nameValue(state.digitsName)) {
-    setNameValue(state.digitsName, immediate(digits));
-  }
-  DigitsScope(const DigitsScope&) = delete;
-  DigitsScope& operator=(const DigitsScope&) = delete;
-  ~DigitsScope() { setNameValue(state_.digitsName, saved_); }
-
- private:
-  State& state_;
-  ALGEB saved_;
-};
-
 // A sum, product or power like x of other parts.
 ALGEB recombined(State& state, ALGEB x, std::span<const ALGEB> parts) {
   if (is(x, Tag::power)) {
@@ -94,9 +79,10 @@ ALGEB floatsOf(State& state, KnownParts& known, ALGEB x) {
     case Tag::power: {
       const ALGEB base = inFloats(state, known, operand(x, 1));
       const ALGEB exponent = operand(x, 2);
-      // A whole exponent stays exact.
-      return powerOf(state, base,
-                     isInteger(exponent) ? exponent : inFloats(state, known, exponent));
+      // A whole exponent stays exact, and so does that of a root.
+      const bool kept =
+          isInteger(exponent) || (isRational(exponent) && denominator(exponent) == immediate(2));
+      return powerOf(state, base, kept ? exponent : inFloats(state, known, exponent));
     }
     case Tag::application: {
       Handles args(state);

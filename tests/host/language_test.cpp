@@ -59,6 +59,9 @@ TEST_F(LanguageTest, PrintsWhatReadsBack) {
        "[1.5707963267949 + 1.31695789692482*I, 1.5707963267949 - 1.31695789692482*I]"},
       {"tan(Complex(1.0, 1e30))", "0.0 + 1.0*I"},
       {"exp(I*Pi)", "exp(I*Pi)"},
+      {"[(-2.0)^(1/2), evalf((-2)^(3/2)), 2.0^(1/2)]",
+       "[1.4142135623731*I, 0.0 - 2.82842712474619*I, 1.4142135623731]"},
+      {"(1.0 + 1e-10*I)^(10^10)", "0.540302305895155 + 0.84147098484997*I"},
       // an exact 0 stays one, so that parts of all kinds read back
       {"[1.5*I, infinity*I, (2.0*I)^2, I/2.0]", "[1.5*I, Float(infinity)*I, -4.0, 0.5*I]"},
       {"istrue(1 + Float(infinity)*I = Complex(1, infinity))", "true"},
