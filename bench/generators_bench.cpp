@@ -100,13 +100,13 @@ void envelope(benchmark::State& state, double (*h)(double), double (*h1)(double)
   for (const double x : basePoints) {
     points.push_back(kernel().real(x));
   }
-  const vexel::Value spec = kernel().list(
+  const vexel::Value setup = kernel().list(
       std::vector<vexel::Value>{counted("h", h), counted("h1", h1), kernel().list(points),
                                 kernel().integer(400), kernel().boolean(true)});
   evaluations = 0;
   for (auto _ : state) {
     STATS_EnvelopeGenerator_HW generator(kernel().vector());
-    generator.initialize(kernel().vector(), spec.handle());
+    generator.initialize(kernel().vector(), setup.handle());
     for (int i = 0; i < kVariates; ++i) {
       benchmark::DoNotOptimize(generator.next(kernel().vector()));
     }

@@ -41,7 +41,7 @@ class EnvelopeTest : public GeneratorTest {
  protected:
   VKernelVector kv = kernel.vector();
 
-  vexel::Value spec(const Density& d, int maximum, bool hardware = true) {
+  vexel::Value setup(const Density& d, int maximum, bool hardware = true) {
     return list({counted("h", d.h), counted("h1", d.h1), floats(d.basePoints),
                  kernel.integer(maximum), kernel.boolean(hardware)});
   }
@@ -61,7 +61,7 @@ class EnvelopeTest : public GeneratorTest {
 TEST_F(EnvelopeTest, BoundsBoundRefinementSavesAndSamplesFit) {
   for (const Density& d : kDensities) {
     SCOPED_TRACE(d.name);
-    const vexel::Value s = spec(d, 200);
+    const vexel::Value s = setup(d, 200);
     STATS_EnvelopeGenerator_HW generator(kv);
     ASSERT_EQ(generator.initialize(kv, s.handle()), 1);
     EXPECT_EQ(generator.envelope().size(), d.basePoints.size() - 1);
@@ -91,7 +91,7 @@ TEST_F(EnvelopeTest, BoundsBoundRefinementSavesAndSamplesFit) {
 TEST_F(EnvelopeTest, DrawsPickAnElementThenAPointThenATest) {
   // One element of the parabola: xm = 0, tangents meet at 2; areas 1, 2 | 1, 2.
   const Density& d = kDensities[3];
-  const vexel::Value s = spec(d, 1, false);
+  const vexel::Value s = setup(d, 1, false);
   STATS_EnvelopeGenerator_HW generator(kv);
   generator.initialize(kv, s.handle());
   const auto& e = generator.envelope().elementAt(0);
@@ -113,7 +113,7 @@ TEST_F(EnvelopeTest, DrawsPickAnElementThenAPointThenATest) {
   EXPECT_EQ(calls, 2);  // the maximum is reached: no refinement, no derivative
 }
 
-TEST_F(EnvelopeTest, UnusableSpecificationsAreNamed) {
+TEST_F(EnvelopeTest, UnusableSetupsAreNamed) {
   const vexel::Value h = counted("h", kDensities[0].h);
   const vexel::Value points = floats({0, 1});
   const vexel::Value no = kernel.boolean(false);
@@ -162,7 +162,7 @@ TEST_F(EnvelopeTest, ImpossibleEnvelopesEndInErrorsOrCanBeInterrupted) {
 }
 
 TEST_F(EnvelopeTest, AnErrorAtAnyEvaluationPassesThrough) {
-  const vexel::Value s = spec(kDensities[1], 40, false);
+  const vexel::Value s = setup(kDensities[1], 40, false);
   for (const long k : {1, 2, 3, 4, 5, 9, 17, 30, 45}) {
     calls = 0;
     failAt = k;

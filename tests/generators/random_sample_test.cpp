@@ -100,7 +100,7 @@ TEST_F(RandomSampleTest, FailuresHaveTheirTexts) {
   const vexel::Value good = list({builtIn(31, {0, 1})});
   const vexel::Value x = kernel.real(1.5);
   const vexel::Value zero = kernel.integer(0);
-  const auto one = [&](const vexel::Value& spec) { return list({list({zero, spec})}); };
+  const auto one = [&](const vexel::Value& setup) { return list({list({zero, setup})}); };
   const std::string unusable = "unable to initialize random variate generator with parameters %1";
   EXPECT_EQ(error(none, x), "expected: vexel list, received: %1");
   EXPECT_EQ(error(x, good), "expected: vexel procedure, received: %1");

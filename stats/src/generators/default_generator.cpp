@@ -95,18 +95,18 @@ STATS_DefaultGenerator_HW::Sample sampleOf(V_BOOL code) {
 
 }  // namespace
 
-int STATS_DefaultGenerator_HW::initialize(VKernelVector kv, ALGEB spec) {
-  if (!IsVexelList(kv, spec)) {
-    VexelRaiseError1(kv, "expected: list, received: %1", spec);
+int STATS_DefaultGenerator_HW::initialize(VKernelVector kv, ALGEB setup) {
+  if (!IsVexelList(kv, setup)) {
+    VexelRaiseError1(kv, "expected: list, received: %1", setup);
   }
-  if (VexelNumArgs(kv, spec) != 2) {
-    VexelRaiseError1(kv, "expected: list of size 2, received: %1", spec);
+  if (VexelNumArgs(kv, setup) != 2) {
+    VexelRaiseError1(kv, "expected: list of size 2, received: %1", setup);
   }
-  const ALGEB type = VexelListSelect(kv, spec, 1);
+  const ALGEB type = VexelListSelect(kv, setup, 1);
   if (!IsVexelInteger8(kv, type)) {
     VexelRaiseError1(kv, "invalid random variate type, expected: integer, received: %1", type);
   }
-  const ALGEB coefficients = VexelListSelect(kv, spec, 2);
+  const ALGEB coefficients = VexelListSelect(kv, setup, 2);
   if (!IsVexelList(kv, coefficients)) {
     VexelRaiseError1(kv, "expected: list of coefficients, received: %1", coefficients);
   }

@@ -13,9 +13,9 @@ class STATS_DefaultGenerator_HW : public STATS_RandomVariateGenerator_HW {
 
   explicit STATS_DefaultGenerator_HW(VKernelVector kv) : STATS_RandomVariateGenerator_HW(kv) {}
 
-  // spec: [type code, [parameters]], at most five parameters.  Their number is not compared with
+  // setup: [type code, [parameters]], at most five parameters.  Their number is not compared with
   // what the distribution needs; missing ones are 0.  0 for a code without a distribution.
-  int initialize(VKernelVector kv, ALGEB spec) override;
+  int initialize(VKernelVector kv, ALGEB setup) override;
 
   double next(VKernelVector kv) override { return variate_(kv, parameters_.data()); }
   void fill(VKernelVector kv, double* out, V_INT n) override;

@@ -88,22 +88,22 @@ double STATS_EnvelopeGenerator_HW::Callback::operator()(double x) const {
   return STATS_VexelUtils_HW::EvalfVexelProc(&call);
 }
 
-int STATS_EnvelopeGenerator_HW::initialize(VKernelVector kv, ALGEB spec) {
-  if (!IsVexelList(kv, spec) || VexelNumArgs(kv, spec) != 5) {
-    VexelRaiseError1(kv, "expected: list of size 5, received: %1", spec);
+int STATS_EnvelopeGenerator_HW::initialize(VKernelVector kv, ALGEB setup) {
+  if (!IsVexelList(kv, setup) || VexelNumArgs(kv, setup) != 5) {
+    VexelRaiseError1(kv, "expected: list of size 5, received: %1", setup);
   }
-  const ALGEB maximum = VexelListSelect(kv, spec, 4);
+  const ALGEB maximum = VexelListSelect(kv, setup, 4);
   if (!IsVexelInteger32(kv, maximum)) {
     VexelRaiseError1(
         kv, "invalid maximum number of envelope elements, expected: positive integer, received %1",
         maximum);
   }
-  const int useEvalhf = VexelToV_BOOL(kv, VexelListSelect(kv, spec, 5));
-  const ALGEB basePoints = VexelListSelect(kv, spec, 3);
+  const int useEvalhf = VexelToV_BOOL(kv, VexelListSelect(kv, setup, 5));
+  const ALGEB basePoints = VexelListSelect(kv, setup, 3);
   requireBasePoints(kv, basePoints);
 
-  h_ = {VexelListSelect(kv, spec, 1), useEvalhf};
-  h1_ = {VexelListSelect(kv, spec, 2), useEvalhf};
+  h_ = {VexelListSelect(kv, setup, 1), useEvalhf};
+  h1_ = {VexelListSelect(kv, setup, 2), useEvalhf};
   maxElements_ = VexelToInteger32(kv, maximum);
   constexpr int kReservedAtMost = 1 << 16;  // a huge maximum is a way of saying "no limit"
   envelope_ = STATS_RejectionEnvelope_HW(

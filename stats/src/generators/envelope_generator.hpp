@@ -21,8 +21,8 @@ class STATS_EnvelopeGenerator_HW : public STATS_RandomVariateGenerator_HW {
 
   explicit STATS_EnvelopeGenerator_HW(VKernelVector kv) : STATS_RandomVariateGenerator_HW(kv) {}
 
-  // spec: [density, derivative, base points, maximum number of elements, try hardware first].
-  int initialize(VKernelVector kv, ALGEB spec) override;
+  // setup: [density, derivative, base points, maximum number of elements, try hardware first].
+  int initialize(VKernelVector kv, ALGEB setup) override;
 
   // One variate.  Splits the element it came from where its bounds are loose, until there are as
   // many elements as allowed.  Endless for a density that is zero below its envelope; interrupts

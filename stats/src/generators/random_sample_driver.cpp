@@ -23,7 +23,7 @@ void requireFloatBlock(VKernelVector kv, ALGEB output) {
   }
 }
 
-// One generator for each description [kind, spec]; kind 1 is an envelope.
+// One generator for each description [kind, setup]; kind 1 is an envelope.
 Generators makeGenerators(VKernelVector kv, ALGEB descriptions) {
   constexpr V_INT kEnvelope = 1;
   Generators generators;

@@ -11,9 +11,9 @@ class STATS_RandomVariateGenerator_HW {
   STATS_RandomVariateGenerator_HW(const STATS_RandomVariateGenerator_HW&) = delete;
   STATS_RandomVariateGenerator_HW& operator=(const STATS_RandomVariateGenerator_HW&) = delete;
 
-  // Nonzero when spec makes a usable generator, 0 when it does not; a malformed spec raises.  Host
-  // procedures in spec must stay reachable while the generator is used.
-  virtual int initialize(VKernelVector kv, ALGEB spec) = 0;
+  // Nonzero when setup makes a usable generator, 0 when it does not; a malformed setup raises. Host
+  // procedures in setup must stay reachable while the generator is used.
+  virtual int initialize(VKernelVector kv, ALGEB setup) = 0;
 
   // One variate.
   virtual double next(VKernelVector kv) = 0;
