@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "host_call.hpp"
 #include "kernel/conversions.hpp"
 #include "kernel/uniform_source.hpp"
 #include "kernel_test.hpp"
@@ -19,15 +20,7 @@ class GeneratorTest : public KernelTest {
     kernel.seed(20240611);
   }
 
-  // Runs f inside the host, so that its host errors leave as vexel::Error.
-  void inHost(const std::function<void()>& f) {
-    kernel.apply(kernel.function("run",
-                                 [&](vexel::Kernel& k, std::span<const vexel::Value>) {
-                                   f();
-                                   return k.null();
-                                 }),
-                 {});
-  }
+  void inHost(const std::function<void()>& f) { ::inHost(kernel, f); }
 
   vexel::Value list(const std::vector<vexel::Value>& elements) { return kernel.list(elements); }
   vexel::Value floats(const std::vector<double>& x) {

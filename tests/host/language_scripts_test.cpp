@@ -140,6 +140,7 @@ TEST_F(LanguageScripts, JsonFormOfEveryKind) {
       {"[2.0, 1e20, undefined, -infinity]",
        R"([2.0, 1e+20, {"float": "undefined"}, {"float": "-infinity"}])"},
       {"1 + I/2", R"({"complex": [1, {"expr": "1/2"}]})"},
+      {"[1, [Complex(1, 2.5)]]", R"([1, [{"complex": [1, 2.5]}]])"},
       {"true, NULL, \"a\\\"\\n\"", R"({"seq": [true, null, "a\"\n"]})"},
       {"0 .. x", R"({"range": [0, {"expr": "x"}]})"},
       {"x = 1", R"({"eq": [{"expr": "x"}, 1]})"},
@@ -192,11 +193,16 @@ TEST_F(LanguageScripts, HardwareEvaluationAgreesWithSoftware) {
       "steps := proc(x) if x < 0 then -1 elif x = 0 then 0 else 1 end end:"
       "reuse := proc(x) local a, b; a := x; b := a; a := b - a*b - b; a := if(a < b, a - b, b)*a; "
       "a end: nested := x -> sin(cos(x) + max(x, 1/3, x^2))*beta(x, exp(x)):"
+      "bell := x -> sin(x)*exp(-x^2/2)/(1 + x^2): clamped := x -> if(x > 1, sqrt(x), -x) - min(x, "
+      "2):"
+      "either := x -> if(x < 0 or x > 2 and not x = 3, x + 1, x*2):"
       "shadow := proc(a, b) local i; for i from a to b do a := a + i; i := 100 end; a - i end:");
   for (const char* call :
-       {"poly(5/2)", "choose(3)", "choose(6)", "choose(7)", "halve(11)", "total(20)", "fib(15)",
-        "scaled(2)", "reuse(3)", "nested(2)", "shadow(1, 3)", "steps(-3)", "steps(0)", "2^0.5",
-        "gamma(5) + beta(2, 3)", "min(3, 1, 2)", "floor(-2.5)"}) {
+       {"poly(5/2)",    "choose(3)",   "choose(6)", "choose(7)",    "halve(11)",
+        "total(20)",    "fib(15)",     "scaled(2)", "reuse(3)",     "nested(2)",
+        "shadow(1, 3)", "steps(-3)",   "steps(0)",  "2^0.5",        "bell(-3/2)",
+        "either(-1)",   "either(5/2)", "either(3)", "clamped(1/4)", "gamma(5) + beta(2, 3)",
+        "min(3, 1, 2)", "floor(-2.5)"}) {
     SCOPED_TRACE(call);
     const double software = kernel.eval(std::string("evalf(") + call + ", 20)").number();
     const double hardware = kernel.eval(std::string("evalhf(") + call + ")").number();
@@ -265,6 +271,10 @@ TEST_F(LanguageScripts, NothingBreaksTheHost) {
       "1" + repeated("+1", kMany),
       "1" + repeated("^1", kMany),
       repeated("-", kMany) + "1",
+      repeated("not ", kMany) + "true",
+      repeated("f(", kMany) + repeated(")", kMany),
+      "a" + repeated("[1]", kMany),
+      repeated("proc() ", kMany),
       repeated("x->", kMany) + "1",
       "f" + repeated("(1)", kMany),
       repeated("if 1<2 then ", kMany),
@@ -273,6 +283,7 @@ TEST_F(LanguageScripts, NothingBreaksTheHost) {
       "f := x -> f(x + 1): f(1)",
       "f := x -> f(x + 1): evalhf(f(1))",
       "L := 1: for i from 1 to 200000 do L := [L] end: L",
+      "L := q: for i from 1 to 20000 do L := sin(L) end: evalf(L)",
       "L := [1]: L[1] := L: evalf(L)",
       "T := table(): T[1] := T: T",
       "g := q: for i from 1 to 60 do g := sin(g) end: evalf(diff(g, q))",

@@ -1,4 +1,5 @@
-// The language from the outside: scripts and the text or JSON that their last statement prints.
+// The host's mathematics from the outside: what expressions become, what has no value, and
+// expressions that share their parts.
 
 #include <string>
 
@@ -22,32 +23,11 @@ class LanguageTest : public KernelTest {
   }
 };
 
-TEST_F(LanguageTest, PrintsWhatReadsBack) {
+TEST_F(LanguageTest, ExpressionsBecomeTheirValues) {
   static constexpr Case kCases[] = {
-      // exact arithmetic
-      {"2^100", "1267650600228229401496703205376"},
-      {"1/3 + 1/6", "1/2"},
-      {"-2^2", "-4"},
-      {"2^3^2", "512"},
-      {"2^(-2)", "1/4"},
-      {"(-8)/(-12)", "2/3"},
-      {"7 - 2 - 1", "4"},
-      {"12/2/3", "2"},
       // decimal floats
-      {"0.1 + 0.2", "0.3"},
-      {"1e-3", "0.001"},
-      {"1.5e400", "1.5e+400"},
-      {"2.", "2.0"},
-      {".5", "0.5"},
-      {"0.1234567890123456789012345", "0.1234567890123456789012345"},
-      {"evalf(1/3, 5)", "0.33333"},
-      {"evalf(Pi, 30)", "3.14159265358979323846264338328"},
-      {"evalf(exp(1), 25)", "2.718281828459045235360287"},
       {"evalf(sqrt(2) + Pi)", "4.55580621596289"},
-      {"1.0/3", "0.333333333333333"},
-      {"Digits := 5: 1.0/3", "0.33333"},
       {"Digits := 8: p := 5.55^3: Digits := 2: [p, 0.2^(-3)]", "[170.95388, 120.0]"},
-      {"1/0.0", "Float(infinity)"},
       // complex floats
       {"[exp(1.0*I), sqrt(Complex(3.0, 4)), 2.0^I]",
        "[0.54030230586814 + 0.841470984807897*I, 2.0 + 1.0*I, "
@@ -77,58 +57,25 @@ TEST_F(LanguageTest, PrintsWhatReadsBack) {
       {"log10(1 - 10.0^(-12))", "-4.34294481903469e-13"},
       {"t := evalf(Pi, 300): sin(t)", "3.72458700660632e-300"},
       {"t := evalf(1 + 1/10^100, 120): t^(10^100 + 1/2)", "2.71828182845905"},
-      {"undefined", "Float(undefined)"},
-      {"-infinity", "-Float(infinity)"},
       // symbolic
       {"x + y - x", "y"},
       {"x*x/x^3", "x^(-1)"},
-      {"sqrt(2)*sqrt(2)", "2"},
-      {"sqrt(9/4)", "3/2"},
-      {"2*x + 3*x", "5*x"},
       {"b := a + 1: a := 2: b", "3"},
-      {"diff(x^3 - 2*x, x)", "3*x^2 - 2"},
       {"diff(sin(x)*exp(2*x), x)", "cos(x)*exp(2*x) + 2*exp(2*x)*sin(x)"},
       // logic
-      {"1 < 2 and not 2 < 1", "true"},
-      {"sqrt(2) < Pi", "true"},
-      {"istrue(1 = 1.0)", "true"},
       {"if(1 = 1.0, \"same\", \"other\")", "\"same\""},
       {"undefined = undefined", "Float(undefined) = Float(undefined)"},
-      {"istrue(undefined = undefined)", "false"},
       // structures
-      {"[1, NULL, 2]", "[1, NULL, 2]"},
-      {"[seq(i^2, i = 1 .. 4)]", "[1, 4, 9, 16]"},
-      {"sum(i, i = 1 .. 100)", "5050"},
-      {"map(x -> x^2, [1, 2, 3])", "[1, 4, 9]"},
       {"T := table([1 = 2]): T[3] := 4: T[1] + T[3]", "6"},
-      {"A := Array(1..2, 1..2, [[1, 2], [3, 4]]): A[2, 1]", "3"},
-      {"count([1, 2, 3])", "3"},
       {"part(1 .. 5, 2)", "5"},
       {"typeof(1/2)", "\"rational\""},
       // procedures
-      {"f := proc(n) local s, i; s := 0; for i from 1 to n do s := s + i end; s end: f(10)", "55"},
-      {"g := a -> b -> a + b: h := g(3): h(4)", "7"},
-      {"fib := n -> if(n < 2, n, fib(n - 1) + fib(n - 2)): fib(15)", "610"},
-      {"x -> x^2 + 1", "x -> x^2 + 1"},
-      {"k := 0: while k < 5 do k := k + 1 end", "5"},
-      {"evalhf(sin(1) + Pi)", "3.983063638397690"},
       {"u := unapply(diff(x^2, x), x): u(3)", "6"},
   };
   for (const auto& [script, expected] : kCases) {
     SCOPED_TRACE(script);
     vexel::Kernel fresh;
-    std::string text;
-    try {
-      text = fresh.eval(script).source();
-    } catch (const vexel::Error& e) {
-      text = std::string("Error, ") + e.what();
-    }
-    // Values of floating-point functions are compared as far as both forms go.
-    if (std::string(script).rfind("evalhf", 0) == 0) {
-      EXPECT_NEAR(std::stod(text), std::stod(expected), 1e-14);
-    } else {
-      EXPECT_EQ(text, expected);
-    }
+    EXPECT_EQ(fresh.eval(script).source(), expected);
   }
 }
 
@@ -156,28 +103,6 @@ TEST_F(LanguageTest, RefusesWhatHasNoValue) {
     EXPECT_NE(text.find(expected), std::string::npos) << script << ": " << text;
   }
   EXPECT_EQ(source("1 + 1"), "2");  // still usable
-}
-
-// Deep nesting in any direction gives a value or an error, never a crash.
-TEST_F(LanguageTest, SurvivesDeepNesting) {
-  kernel.stress(false);  // a collection at every allocation of all this would take hours
-  const int depth = 200000;
-  auto repeated = [&](const char* s) {
-    std::string text;
-    for (int i = 0; i < depth; ++i) {
-      text += s;
-    }
-    return text;
-  };
-  for (const std::string& script :
-       {repeated("("), repeated("[") + repeated("]"), repeated("-") + "1",
-        repeated("not ") + "true", repeated("x -> "), repeated("if (") + "1", repeated("1+") + "1",
-        repeated("f(") + repeated(")"), "1" + repeated("^1"), "a" + repeated("[1]"),
-        repeated("proc() "), std::string("t := 1: for i from 1 to 20000 do t := [t] end: t;"),
-        std::string("t := x: for i from 1 to 20000 do t := sin(t) end: evalf(t);")}) {
-    source(script);
-  }
-  EXPECT_EQ(source("1 + 1"), "2");
 }
 
 // Expressions share their parts, here 2^60 leaves when written out, and sums grow in loops: walking
@@ -209,58 +134,6 @@ TEST_F(LanguageTest, ExpressionsSurviveCollectionWhileTheyAreWalked) {
   EXPECT_EQ(source("b := 1/2: g := c + b + 1 + d - c + 2*d + a - 3*d + 0.25: a := 1: g"), "2.75");
   EXPECT_EQ(source("clear(b): max([seq(evalf(sqrt(i)), i = 1 .. 9)])"), "3.0");
   kernel.stress(false);
-}
-
-// Hardware and software evaluation of one procedure agree.
-TEST_F(LanguageTest, HardwareAgreesWithSoftware) {
-  for (const char* body :
-       {"x^3 - 2*x - 5", "if(x > 1, sqrt(x), -x)", "sin(x)*exp(-x^2/2)/(1 + x^2)",
-        "if(x < 0 or x > 2 and not x = 3, x + 1, x*2)", "max(x, 1) - min(x, 2)"}) {
-    kernel.eval(std::string("f := x -> ") + body + ":");
-    const vexel::Value f = kernel.eval("f");
-    for (const double x : {-1.5, 0.25, 1.0, 2.5, 3.0}) {
-      double args[] = {0.0, x};
-      const double hardware = EvalhfVexelProc(kernel.vector(), f.handle(), 1, args);
-      const vexel::Value argument = kernel.real(x);
-      const double software =
-          kernel.call("evalf", kernel.apply(f, std::span<const vexel::Value>(&argument, 1)))
-              .number();
-      EXPECT_NEAR(hardware, software, 1e-13 * (1 + std::fabs(software))) << body << " at " << x;
-    }
-  }
-}
-
-TEST_F(LanguageTest, JsonTellsEveryKindOfValue) {
-  static constexpr Case kCases[] = {
-      {"42", "42"},
-      {"123456789012345678901234567890", "123456789012345678901234567890"},
-      {"1/3", R"({"expr": "1/3"})"},
-      {"x + 1", R"({"expr": "x + 1"})"},
-      {"2.0", "2.0"},
-      {"1e20", "1e+20"},
-      {"undefined", R"({"float": "undefined"})"},
-      {"-infinity", R"({"float": "-infinity"})"},
-      {"Complex(1, 2.5)", R"({"complex": [1, 2.5]})"},
-      {"true", "true"},
-      {"NULL", "null"},
-      {"\"a\\n\\\"b\"", R"("a\n\"b")"},
-      {"[1, [2.5]]", "[1, [2.5]]"},
-      {"1, 2", R"({"seq": [1, 2]})"},
-      {"1 .. 2.5", R"({"range": [1, 2.5]})"},
-      {"x = 1", R"({"eq": [{"expr": "x"}, 1]})"},
-      {"Array([1.0, 2.0], datatype = float[8])",
-       R"({"array": [1.0, 2.0], "bounds": [[1, 2]], "datatype": "float[8]", "order": "column", "storage": "rectangular"})"},
-      {"Array(1..2, 0..1, [[1, 2], [3, 4]], datatype = integer[4], order = row)",
-       R"({"array": [[1, 2], [3, 4]], "bounds": [[1, 2], [0, 1]], "datatype": "integer[4]", "order": "row", "storage": "rectangular"})"},
-      {"Array(3..2, storage = sparse)",
-       R"({"array": [], "bounds": [[3, 2]], "datatype": "anything", "order": "column", "storage": "sparse"})"},
-      {"table([2 = 1, x = 3, 1/2 = 0, undefined = 5])",
-       R"({"table": [[{"expr": "1/2"}, 0], [2, 1], [{"float": "undefined"}, 5], [{"expr": "x"}, 3]]})"},
-      {"x -> x^2", R"({"procedure": "x -> x^2"})"},
-  };
-  for (const auto& [script, expected] : kCases) {
-    EXPECT_EQ(kernel.eval(script).json(), expected) << script;
-  }
 }
 
 }  // namespace
