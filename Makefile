@@ -66,4 +66,4 @@ install: build
 	@cmake --install build --prefix $(PREFIX)
 
 clean:
-	@rm -rf build build-asan build-bench build-clang build-debug
+	@rm -rf build build-asan build-bench build-clang build-debug build-fuzz

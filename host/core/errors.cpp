@@ -2,8 +2,6 @@
 
 #include "core/errors.hpp"
 
-#include <exception>
-#include <new>
 
 #include "core/kernel_state.hpp"
 #include "core/text.hpp"
@@ -70,18 +68,6 @@ std::string fillMessage(State& state, std::string_view message, std::span<const 
 
 std::string pendingErrorText(State& state) {
   return fillMessage(state, state.error.message, state.error.arguments);
-}
-
-ALGEB guardStandardExceptions(State& state, const std::function<ALGEB()>& f) {
-  try {
-    return f();
-  } catch (const std::bad_alloc&) {
-    raiseNoMemory(state);
-  } catch (const std::length_error&) {
-    raiseNoMemory(state);
-  } catch (const std::exception& e) {
-    raise(state, e.what());
-  }
 }
 
 }  // namespace vexel

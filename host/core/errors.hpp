@@ -6,7 +6,6 @@
 #pragma once
 
 #include <cstdint>
-#include <functional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -44,9 +43,6 @@ std::string fillMessage(State& state, std::string_view message, std::span<const 
 
 // The pending error's whole text; valid in a handler of HostErrorToken.
 std::string pendingErrorText(State& state);
-
-// Runs f; standard exceptions that leave it become host errors (bad_alloc: "not enough memory").
-ALGEB guardStandardExceptions(State& state, const std::function<ALGEB()>& f);
 
 // The lowest address that the calling thread's stack may reach; the highest there is before the
 // thread has asked.  One word of the static TLS block, so that reading it costs no call.

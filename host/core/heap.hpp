@@ -3,7 +3,7 @@
 // The collector may run at any allocation.  It knows the layout of every object; the machine stack,
 // the registers and VexelAlloc blocks it reads conservatively, so a handle in a local variable is
 // safe.  A handle in the ordinary heap (a std::vector, a lambda's capture, a class member) is not:
-// keep it in a Handles or a Root, or in a Foreign that marks it.
+// keep it in a Handles, or in a Foreign that marks it.
 #pragma once
 
 #include <cstddef>
@@ -58,11 +58,6 @@ class Handles {
   Handles& operator=(const Handles&) = delete;
 
   void push(ALGEB x) { items_.push_back(x); }
-  ALGEB pop() {
-    ALGEB x = items_.back();
-    items_.pop_back();
-    return x;
-  }
   void resize(std::size_t n) { items_.resize(n); }
   void clear() { items_.clear(); }
   std::size_t size() const { return items_.size(); }
@@ -80,17 +75,6 @@ class Handles {
   Handles* next_;
   Handles* previous_;
   std::vector<ALGEB> items_;
-};
-
-// One rooted handle in the ordinary heap.
-class Root {
- public:
-  Root(State& state, ALGEB x) : handles_(state) { handles_.push(x); }
-  ALGEB get() const { return handles_[0]; }
-  void set(ALGEB x) { handles_[0] = x; }
-
- private:
-  Handles handles_;
 };
 
 class Heap {

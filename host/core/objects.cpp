@@ -183,7 +183,7 @@ ALGEB callee(State& state, ALGEB f) {
   return f;
 }
 
-// f(); standard exceptions that leave it become host errors.
+// f(); standard exceptions that leave it become host errors, bad_alloc "not enough memory".
 template <typename F>
 auto guarded(State& state, F f) {
   try {

@@ -237,11 +237,12 @@ void disposeTracked(ALGEB x) {
 }
 
 // An object with hooks around a list; the handle does not stay on the stack.
-__attribute__((noinline)) void makeTracked(State& state, Root& root, int* marks, int* disposals) {
-  const Root list(state, newList(state, 5));
-  auto* t = new Tracked{&state, list.get(), marks, disposals};
+__attribute__((noinline)) void makeTracked(State& state, Handles& root, int* marks,
+                                           int* disposals) {
+  const ALGEB list = newList(state, 5);
+  auto* t = new Tracked{&state, list, marks, disposals};
   ALGEB x = ToVexelPointer(&state, t, 77);
-  root.set(x);
+  root.push(x);
   VexelPointerSetMarkFunction(&state, x, markTracked);
   VexelPointerSetDisposeFunction(&state, x, disposeTracked);
 }
@@ -255,15 +256,15 @@ TEST(CorePointerTest, MarkRunsWhileReachableAndDisposeOnce) {
     State& state = *kernel.vector();
     hookVector = &state;
     kernel.stress(true);
-    Root root(state, nullptr);
-    Root kept(state, nullptr);
+    Handles root(state);
+    Handles kept(state);
     makeTracked(state, root, &marks, &disposals);
     scrubStack();
     kernel.collect();
     EXPECT_GE(marks, 1);
-    EXPECT_TRUE(is(tracked(&state, root.get()).held, Tag::list));
+    EXPECT_TRUE(is(tracked(&state, root[0]).held, Tag::list));
     makeTracked(state, kept, &marks, &atTheEnd);
-    root.set(nullptr);
+    root[0] = nullptr;
     scrubStack();
     kernel.collect();
     kernel.collect();

@@ -17,7 +17,6 @@ class STATS_ZigguratExpGenerator_HW {
   static constexpr double gD = 7.69711747013105;      // right edge r of the base layer
   static constexpr double gV = 0.003949659822581557;  // area of every layer
   static constexpr double gM = 2147483648.0;          // 2^31
-  static constexpr double gH = -0.5;                  // of no use here
 
   // Builds the tables unless they were built for at least as many digits; returns the digits.
   static int Reset() {

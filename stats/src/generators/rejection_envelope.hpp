@@ -32,7 +32,6 @@ class STATS_RejectionEnvelope_HW {
   explicit STATS_RejectionEnvelope_HW(std::uint32_t capacity = 0) { elements_.reserve(capacity); }
 
   std::uint32_t size() const { return static_cast<std::uint32_t>(elements_.size()); }
-  std::uint32_t curCapacity() const { return static_cast<std::uint32_t>(elements_.capacity()); }
   Element& elementAt(std::uint32_t i) { return elements_[i]; }
   const Element& elementAt(std::uint32_t i) const { return elements_[i]; }
 
