@@ -31,6 +31,12 @@ TEST(DistributionValues, NoncentralTWithALargeNoncentralityConverges) {
   EXPECT_NEAR(
       nag2_noncentral_t_probability(20, 0.5, 150, 1e-13, 100, &fail) / 2.87881899486532302e-8, 1.0,
       3e-15);
+  // deep in the tail, and where the value is no normal number
+  EXPECT_NEAR(nag2_noncentral_t_probability(-578.8737227794396, 3851.8383074308804,
+                                            -484.2978691836638, 1e-13, 100, &fail) /
+                  1.81738574129765e-48,
+              1.0, 1e-12);
+  EXPECT_LT(nag2_noncentral_t_probability(-37.42, 0.035, 37.94, 1e-13, 100, &fail), 1e-300);
   EXPECT_EQ(fail.code, NAG2_OK) << fail.message;
 }
 
