@@ -1,4 +1,4 @@
-// Arithmetic and order of numbers of any kinds.
+// Arithmetic of numbers of any kinds.
 //
 // Exact with exact stays exact; a float makes the result a float rounded once to "Digits" decimal
 // digits.  Infinities and undefined follow the rules of IEEE doubles.
@@ -24,20 +24,12 @@ void checkBits(State& state, std::size_t bits) {
   }
 }
 
-bool isSpecial(ALGEB x) { return isDoubleFloat(x) && !std::isfinite(doubleOf(x)); }
-
 // A real number as a double of the same sign and finiteness, for the rules of infinities.
 double signature(ALGEB x) {
   if (isSpecial(x) || (isDoubleFloat(x) && doubleOf(x) == 0.0)) {
     return doubleOf(x);
   }
   return static_cast<double>(sign(x));
-}
-
-Decimal decimalOfFloat(ALGEB x) {
-  Decimal d;
-  decimalOf(x, d.mantissa, d.exponent);
-  return d;
 }
 
 // A finite real number as a decimal: floats and integers exactly, rationals to spare digits.
@@ -292,26 +284,6 @@ ALGEB sumOrDifference(State& state, ALGEB a, ALGEB b, bool minus) {
 
 }  // namespace
 
-int sign(ALGEB x) {
-  if (isImmediate(x)) {
-    const std::int64_t i = immediateValue(x);
-    return i > 0 ? 1 : i < 0 ? -1 : 0;
-  }
-  if (isDoubleFloat(x)) {
-    const double d = doubleOf(x);
-    return d > 0 ? 1 : d < 0 ? -1 : 0;
-  }
-  // Big integers, and rationals and floats by their first operand.
-  return mpz_sgn(IntegerView(isInteger(x) ? x : operand(x, 1)).get());
-}
-
-bool isZero(ALGEB x) {
-  const auto zero = [](ALGEB r) {
-    return r == immediate(0) || (isDoubleFloat(r) && doubleOf(r) == 0.0);
-  };
-  return isComplex(x) ? zero(operand(x, 1)) && zero(operand(x, 2)) : zero(x);
-}
-
 ALGEB add(State& state, ALGEB a, ALGEB b) { return sumOrDifference(state, a, b, false); }
 
 ALGEB subtract(State& state, ALGEB a, ALGEB b) { return sumOrDifference(state, a, b, true); }
@@ -487,182 +459,6 @@ ALGEB integerPower(State& state, ALGEB a, ALGEB n) {
   mpz_pow_ui(bottom.get(), q.get(), e);
   return k < 0 ? newRational(state, bottom.get(), top.get())
                : newRational(state, top.get(), bottom.get());
-}
-
-// ---- order
-
-namespace {
-
-// A decimal against a rational: the decimal exponents decide when they differ much, otherwise
-// m 10^e q is compared with p.
-int compareWithExact(const Decimal& d, ALGEB exact) {
-  const IntegerView p(numerator(exact));
-  const IntegerView q(denominator(exact));
-  const int signD = mpz_sgn(d.mantissa.get());
-  const int signP = mpz_sgn(p.get());
-  if (signD != signP || signD == 0) {
-    return signD - signP;
-  }
-  const std::int64_t leadD = d.exponent + decimalDigits(d.mantissa.get());
-  const std::int64_t leadE = decimalDigits(p.get()) - decimalDigits(q.get());
-  if (leadD > leadE + 2 || leadD < leadE - 2) {
-    return leadD > leadE ? signD : -signD;
-  }
-  BigInteger left = d.mantissa;
-  BigInteger right;
-  mpz_set(right.get(), p.get());
-  mpz_mul(left.get(), left.get(), q.get());
-  scaleByTen(d.exponent >= 0 ? left.get() : right.get(),
-             static_cast<std::uint64_t>(std::abs(d.exponent)));
-  return mpz_cmp(left.get(), right.get());
-}
-
-int compareFinite(State& state, ALGEB a, ALGEB b) {
-  if (isImmediate(a) && isImmediate(b)) {
-    return immediateValue(a) < immediateValue(b) ? -1 : immediateValue(a) > immediateValue(b);
-  }
-  if (isFloat(a) && isFloat(b)) {
-    return compareDecimals(decimalOfFloat(a), decimalOfFloat(b));
-  }
-  if (isFloat(a)) {
-    return compareWithExact(decimalOfFloat(a), b);
-  }
-  if (isFloat(b)) {
-    return -compareWithExact(decimalOfFloat(b), a);
-  }
-  if (isInteger(a) && isInteger(b)) {
-    return mpz_cmp(IntegerView(a).get(), IntegerView(b).get());
-  }
-  return sign(exactSum(state, a, b, true));
-}
-
-}  // namespace
-
-std::partial_ordering compare(State& state, ALGEB a, ALGEB b) {
-  if (isUndefined(state, a) || isUndefined(state, b)) {
-    return std::partial_ordering::unordered;
-  }
-  if (a == b) {
-    return std::partial_ordering::equivalent;
-  }
-  // Distinct doubles have distinct shortest decimals, in the same order; and below
-  // 2^53 an integer is the shortest decimal of its double.
-  constexpr std::int64_t kExact = std::int64_t{1} << 53;
-  const auto asDouble = [](ALGEB x, double& d) {
-    const bool small = isImmediate(x) && std::abs(immediateValue(x)) < kExact;
-    d = small ? static_cast<double>(immediateValue(x)) : isDoubleFloat(x) ? doubleOf(x) : 0.0;
-    return small || isDoubleFloat(x);
-  };
-  double x = 0;
-  double y = 0;
-  if (asDouble(a, x) && asDouble(b, y)) {
-    return x <=> y;
-  }
-  if (isSpecial(a) || isSpecial(b)) {
-    return (isSpecial(a) ? doubleOf(a) : 0.0) <=> (isSpecial(b) ? doubleOf(b) : 0.0);
-  }
-  const int c = compareFinite(state, a, b);
-  return c < 0   ? std::partial_ordering::less
-         : c > 0 ? std::partial_ordering::greater
-                 : std::partial_ordering::equivalent;
-}
-
-bool equal(State& state, ALGEB a, ALGEB b) {
-  if (isComplex(a) || isComplex(b)) {
-    return equal(state, realPart(a), realPart(b)) &&
-           equal(state, imaginaryPart(a), imaginaryPart(b));
-  }
-  return compare(state, a, b) == std::partial_ordering::equivalent;
-}
-
-// ---- integers of other numbers
-
-namespace {
-
-using Divide = void (*)(mpz_ptr, mpz_srcptr, mpz_srcptr);
-
-// n/d rounded; d > 0.
-void divideRounded(mpz_ptr result, mpz_srcptr n, mpz_srcptr d, Rounding r) {
-  switch (r) {
-    case Rounding::floor:
-      mpz_fdiv_q(result, n, d);
-      return;
-    case Rounding::ceiling:
-      mpz_cdiv_q(result, n, d);
-      return;
-    case Rounding::truncate:
-      mpz_tdiv_q(result, n, d);
-      return;
-    case Rounding::nearest: {
-      // (2|n| + d) / 2d, with n's sign
-      BigInteger twice;
-      BigInteger divisor;
-      mpz_abs(twice.get(), n);
-      mpz_mul_2exp(twice.get(), twice.get(), 1);
-      mpz_add(twice.get(), twice.get(), d);
-      mpz_mul_2exp(divisor.get(), d, 1);
-      const int s = mpz_sgn(n);
-      mpz_fdiv_q(result, twice.get(), divisor.get());
-      if (s < 0) {
-        mpz_neg(result, result);
-      }
-      return;
-    }
-  }
-}
-
-}  // namespace
-
-ALGEB toInteger(State& state, ALGEB x, Rounding r) {
-  if (isInteger(x) || isSpecial(x)) {
-    return x;
-  }
-  BigInteger n;
-  BigInteger d(1);
-  if (isRational(x)) {
-    mpz_set(n.get(), IntegerView(operand(x, 1)).get());
-    mpz_set(d.get(), IntegerView(operand(x, 2)).get());
-  } else {
-    std::int64_t exponent = 0;
-    decimalOf(x, n, exponent);
-    constexpr std::int64_t kLargest = static_cast<std::int64_t>(kMaxIntegerBits) * 3 / 10;
-    if (exponent > kLargest) {
-      raise(state, "integer too large");
-    }
-    // Far below 1/2 only the sign matters.
-    const std::int64_t digits = decimalDigits(n.get());
-    if (exponent < -digits - 2) {
-      mpz_set_si(n.get(), mpz_sgn(n.get()));
-      exponent = -2;
-    }
-    scaleByTen(exponent >= 0 ? n.get() : d.get(), static_cast<std::uint64_t>(std::abs(exponent)));
-  }
-  divideRounded(n.get(), n.get(), d.get(), r);
-  return newInteger(state, n.get());
-}
-
-ALGEB integerQuotient(State& state, ALGEB a, ALGEB b) {
-  if (b == immediate(0)) {
-    raise(state, "division by zero");
-  }
-  BigInteger q;
-  mpz_fdiv_q(q.get(), IntegerView(a).get(), IntegerView(b).get());
-  return newInteger(state, q.get());
-}
-
-ALGEB integerRemainder(State& state, ALGEB a, ALGEB b) {
-  if (b == immediate(0)) {
-    raise(state, "division by zero");
-  }
-  BigInteger q;
-  mpz_fdiv_r(q.get(), IntegerView(a).get(), IntegerView(b).get());
-  return newInteger(state, q.get());
-}
-
-ALGEB gcd(State& state, ALGEB a, ALGEB b) {
-  BigInteger g;
-  mpz_gcd(g.get(), IntegerView(a).get(), IntegerView(b).get());
-  return newInteger(state, g.get());
 }
 
 ALGEB roundToDigits(State& state, ALGEB x, int digits) {

@@ -12,6 +12,13 @@ struct Decimal {
   std::int64_t exponent = 0;
 };
 
+// A finite float, exactly.
+inline Decimal decimalOfFloat(ALGEB x) {
+  Decimal d;
+  decimalOf(x, d.mantissa, d.exponent);
+  return d;
+}
+
 // Digits of |z|; 1 for zero.
 std::int64_t decimalDigits(mpz_srcptr z);
 

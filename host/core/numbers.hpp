@@ -89,6 +89,8 @@ inline bool isComplex(ALGEB x) { return is(x, Tag::complex); }
 inline bool isNumber(ALGEB x) { return isReal(x) || isComplex(x); }
 inline bool isDoubleFloat(ALGEB x) { return isFloat(x) && length(x) == 2; }
 inline double doubleOf(ALGEB doubleFloat) { return std::bit_cast<double>(words(doubleFloat)[1]); }
+// An infinity or undefined.
+inline bool isSpecial(ALGEB x) { return isDoubleFloat(x) && !std::isfinite(doubleOf(x)); }
 inline bool isUndefined(State& state, ALGEB x) { return x == state.undefined; }
 inline bool isInfinite(State& state, ALGEB x) {
   return x == state.infinity || x == state.minusInfinity;
