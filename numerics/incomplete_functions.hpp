@@ -21,9 +21,4 @@ double betaUpper(double a, double b, UnitPoint at);
 // The point where I_x(a, b) = p; upperTail: where the complement is p.
 UnitPoint betaInverse(double a, double b, double p, bool upperTail);
 
-// Standard normal lower tail and quantile.
-double normalLower(double x);
-double normalLower(long double x);  // of an argument that no double holds
-double normalInverse(double p);
-
 }  // namespace nag2

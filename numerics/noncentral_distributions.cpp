@@ -18,6 +18,7 @@
 #include "deviance.hpp"
 #include "domain_check.hpp"
 #include "incomplete_functions.hpp"
+#include "normal_functions.hpp"
 
 using namespace nag2;
 
