@@ -207,7 +207,29 @@ ALGEB sumOf(State& state, std::span<const ALGEB> parts) {
   return operands.size() == 1 ? operands[0] : newExpression(state, Tag::sum, operands.span());
 }
 
+void RunningSum::addExact(ALGEB term) {
+  exact_.push(term);
+  for (std::size_t n = ++exactCount_; n % 2 == 0; n /= 2) {
+    const ALGEB last = exact_.back();
+    const ALGEB sum = vexel::add(state_, exact_[exact_.size() - 2], last);
+    exact_.pop();
+    exact_.back() = sum;
+  }
+}
+
+void RunningSum::flushExact() {
+  for (exactCount_ = 0; !exact_.empty(); exact_.pop()) {
+    total_ = vexel::add(state_, total_, exact_.back());
+  }
+}
+
 void RunningSum::add(ALGEB term) {
+  if (isExact(total_) && pending_.empty() && isExact(term) &&
+      (isRational(term) || !exact_.empty())) {
+    addExact(term);
+    return;
+  }
+  flushExact();
   if (pending_.empty() && isNumber(total_) && isNumber(term)) {
     total_ = vexel::add(state_, total_, term);
     return;
@@ -222,6 +244,7 @@ void RunningSum::add(ALGEB term) {
 }
 
 void RunningSum::subtract(ALGEB term) {
+  flushExact();
   if (pending_.empty() && isNumber(total_) && isNumber(term)) {
     total_ = vexel::subtract(state_, total_, term);
   } else if (!isSymbolic(term) || !isSymbolic(total_)) {
@@ -232,6 +255,7 @@ void RunningSum::subtract(ALGEB term) {
 }
 
 ALGEB RunningSum::value() {
+  flushExact();
   if (!pending_.empty()) {
     Handles parts(state_);
     parts.push(total_);

@@ -20,19 +20,26 @@ ALGEB powerOf(State& state, ALGEB base, ALGEB exponent);
 ALGEB negativeOf(State& state, ALGEB a);
 
 // A sum of many terms.  Symbolic ones are collected and added in batches, so that a long sum costs
-// little more than sorting it.
+// little more than sorting it; fractions are added in pairs, then pairs of pairs and so on, so that
+// few additions are of long ones.
 class RunningSum {
  public:
-  RunningSum(State& state, ALGEB first) : state_(state), total_(first), pending_(state) {}
+  RunningSum(State& state, ALGEB first)
+      : state_(state), total_(first), pending_(state), exact_(state) {}
   void add(ALGEB term);
   void subtract(ALGEB term);
   ALGEB value();
 
  private:
+  void addExact(ALGEB term);
+  void flushExact();
+
   static constexpr std::size_t kBatch = 1000;
   State& state_;
   ALGEB total_;
   Handles pending_;
+  Handles exact_;               // sums of 2^k exact terms, not yet in the total: a binary counter
+  std::size_t exactCount_ = 0;  // of terms in them
 };
 
 // f(args) by the name of f, kept as it is.
