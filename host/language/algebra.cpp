@@ -210,17 +210,18 @@ ALGEB sumOf(State& state, std::span<const ALGEB> parts) {
 void RunningSum::addExact(ALGEB term) {
   exact_.push(term);
   for (std::size_t n = ++exactCount_; n % 2 == 0; n /= 2) {
-    const ALGEB last = exact_.back();
-    const ALGEB sum = vexel::add(state_, exact_[exact_.size() - 2], last);
-    exact_.pop();
-    exact_.back() = sum;
+    const std::size_t last = exact_.size() - 1;
+    exact_[last - 1] = vexel::add(state_, exact_[last - 1], exact_[last]);
+    exact_.resize(last);
   }
 }
 
 void RunningSum::flushExact() {
-  for (exactCount_ = 0; !exact_.empty(); exact_.pop()) {
-    total_ = vexel::add(state_, total_, exact_.back());
+  for (std::size_t i = exact_.size(); i > 0; --i) {
+    total_ = vexel::add(state_, total_, exact_[i - 1]);
   }
+  exact_.clear();
+  exactCount_ = 0;
 }
 
 void RunningSum::add(ALGEB term) {
