@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <numbers>
 
 #include "deviance.hpp"
 #include "domain_check.hpp"
@@ -17,7 +18,7 @@ namespace {
 
 constexpr double notANumber = std::numeric_limits<double>::quiet_NaN();
 constexpr double infinity = std::numeric_limits<double>::infinity();
-constexpr double inverseRootTwoPi = 0.39894228040143267794;
+constexpr double rootHalf = std::numbers::sqrt2 / 2.0;
 // From here on the t and F laws equal their limits (normal, chi-square) to the last bit; F's
 // other degrees of freedom times that many.
 constexpr double hugeFreedom = 1e17;
@@ -41,7 +42,7 @@ double studentUpper(double x, double nu) {
 // P(|T| <= |x|).
 double studentCentral(double x, double nu) {
   if (nu >= hugeFreedom) {
-    return std::erf(std::fabs(x) * 0.70710678118654752440);
+    return std::erf(std::fabs(x) * rootHalf);
   }
   const long double square = static_cast<long double>(x) * x;
   if (std::isinf(square)) {
@@ -59,7 +60,8 @@ double studentQuantileByHalley(double q, double nu) {
   const double a = 1.0 / (nu - 0.5);
   const double b = 48.0 / (a * a);
   double c = ((20700.0 * a / b - 98.0) * a - 16.0) * a + 96.36;
-  const double d = ((94.5 / (b + c) - 3.0) / b + 1.0) * std::sqrt(a * 1.57079632679489662) * nu;
+  const double d =
+      ((94.5 / (b + c) - 3.0) / b + 1.0) * std::sqrt(a * (std::numbers::pi / 2.0)) * nu;
   double y = std::pow(d * p, 2.0 / nu);
   if (y > 0.05 + a) {
     const double z = normalInverse(q);
@@ -119,9 +121,9 @@ double studentPositiveQuantile(double q, double nu) {
                                 : betaInverse(0.5, 0.5 * nu, 2.0 * q, true);
   if (at.y < 1e-250L) {
     // y itself may underflow where its root does not: 2 q = y^a / (a B(a, 1/2)) to first order.
+    constexpr long double logRootPi = 0.5723649429247000870717L;  // log Gamma(1/2)
     const long double a = 0.5L * nu;
-    const long double logScaledBeta =
-        std::lgamma(a + 1.0L) + 0.5723649429247000870717L - std::lgamma(a + 0.5L);
+    const long double logScaledBeta = std::lgamma(a + 1.0L) + logRootPi - std::lgamma(a + 0.5L);
     const long double logY = (std::log(2.0L * q) + logScaledBeta) / a;
     return static_cast<double>(std::sqrt(static_cast<long double>(nu)) * std::exp(-0.5L * logY));
   }
@@ -174,9 +176,9 @@ double nag2_normal_probability(Nag_TailProbability tail, double x, NagError* fai
     case Nag_UpperTail:
       return normalLower(-x);
     case Nag_TwoTailSignif:
-      return std::erfc(std::fabs(x) * 0.70710678118654752440);
+      return std::erfc(std::fabs(x) * rootHalf);
     default:
-      return std::erf(std::fabs(x) * 0.70710678118654752440);
+      return std::erf(std::fabs(x) * rootHalf);
   }
 }
 

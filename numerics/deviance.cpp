@@ -4,11 +4,12 @@
 
 #include <cmath>
 
+#include "normal_functions.hpp"
+
 namespace nag2 {
 
 namespace {
 
-constexpr double inverseRootTwoPi = 0.39894228040143267794;
 // Below this exponent plain doubles are exact enough: their rounding then costs some 1e-15.
 constexpr double plainExponent = 5.0;
 

@@ -171,8 +171,9 @@ class ChiIntegral {
   // The logarithm, good to a few digits where the normal tail underflows.
   double logAt(double u) const {
     const double z = x_ * std::exp(u) - delta_;
+    constexpr double logRootTwoPi = 0.9189385332046727;
     const double logTail =
-        z > -30.0 ? std::log(normalLower(z)) : -0.5 * z * z - std::log(-z) - 0.9189385332046727;
+        z > -30.0 ? std::log(normalLower(z)) : -0.5 * z * z - std::log(-z) - logRootTwoPi;
     return 0.5 * nu_ * static_cast<double>(excess(2.0L * u)) + logTail;
   }
 
@@ -206,7 +207,7 @@ class NormalIntegral {
     return x * delta > 0.0 && std::fabs(delta) >= 9.0 && x * x >= 32.0 * nu;
   }
 
-  static double scale() { return 0.39894228040143267794; }
+  static double scale() { return inverseRootTwoPi; }
 
   double at(double z) const {
     const double w = (z + delta_) / x_;

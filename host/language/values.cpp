@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <numbers>
 #include <unordered_set>
 
 #include "core/arrays.hpp"
@@ -341,7 +342,7 @@ double evaluateHardware(State& state, ALGEB x) {
   switch (tag(x)) {
     case Tag::name: {
       if (x == state.piName) {
-        return 3.14159265358979323846;
+        return std::numbers::pi;
       }
       const ALGEB v = nameValue(x);
       return v == nullptr || v == x ? refuse() : evaluateHardware(state, v);

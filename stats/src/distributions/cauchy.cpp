@@ -2,7 +2,8 @@
 //
 // Closed forms: Johnson, Kotz and Balakrishnan, Continuous Univariate Distributions, volume 1, 2nd
 // edition (1994), chapter 16.  Variates: Ahrens and Dieter, Efficient Table-Free Sampling Methods
-// for the Exponential, Cauchy, and Normal Distributions, Communications of the ACM 31, 1988.
+// for the Exponential, Cauchy, and Normal Distributions, Communications of the ACM 31, 1988, with
+// their constants.
 
 #include "distributions/cauchy.hpp"
 
