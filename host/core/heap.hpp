@@ -58,6 +58,7 @@ class Handles {
   Handles& operator=(const Handles&) = delete;
 
   void push(ALGEB x) { items_.push_back(x); }
+  void pop() { items_.pop_back(); }
   void resize(std::size_t n) { items_.resize(n); }
   void clear() { items_.clear(); }
   std::size_t size() const { return items_.size(); }
