@@ -1,3 +1,5 @@
+// Where the statistics library is, from where the command is.
+
 #include "library_path.hpp"
 
 #include <filesystem>

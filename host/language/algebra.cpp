@@ -10,6 +10,7 @@
 #include "core/errors.hpp"
 #include "core/numbers.hpp"
 #include "core/objects.hpp"
+#include "core/text.hpp"
 #include "language/elementary.hpp"
 
 namespace vexel {
@@ -49,7 +50,7 @@ int order(State& state, ALGEB a, ALGEB b) {
         return c == std::partial_ordering::less ? -1 : 1;
       }
     }
-    return sourceTextOf(state, a).compare(sourceTextOf(state, b));
+    return sourceText(state, a).compare(sourceText(state, b));
   }
   if (kind(a) == 1) {
     return text(a).compare(text(b));

@@ -312,6 +312,13 @@ void elementsOf(State& s, ALGEB x, Handles& out) {
   }
 }
 
+ALGEB oneArgument(State& state, ALGEB args, const char* message) {
+  if (argumentCount(args) != 1 || isNull(args)) {
+    raise(state, message, args);
+  }
+  return argument(state, args, 1);
+}
+
 void defineStructuralFunctions(State& state) {
   defineFunction(state, "evalf", callEvalf);
   defineFunction(

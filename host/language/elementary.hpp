@@ -3,7 +3,6 @@
 
 #include <mpfr.h>
 
-#include <string>
 #include <string_view>
 
 #include "core/kernel_state.hpp"
@@ -35,9 +34,7 @@ ALGEB powerFloat(State& state, ALGEB base, ALGEB exponent, int digits);
 // pi, correctly rounded.
 ALGEB piFloat(State& state, int digits);
 
-std::string sourceTextOf(State& state, ALGEB x);
-
-// Defines sin, cos, ..., floor, round, min, max, beta and their like as built-in functions.
+// Defines sin, cos, ..., gamma, beta and their like as built-in functions.
 void defineElementaryFunctions(State& state);
 
 }  // namespace vexel

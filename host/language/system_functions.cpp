@@ -115,6 +115,7 @@ void initialiseLanguage(State& state) {
     };
   }
   defineElementaryFunctions(state);
+  defineNumberFunctions(state);
   defineStructuralFunctions(state);
   defineArrayFunction(state);
   defineSystemFunctions(state);
