@@ -209,25 +209,28 @@ ALGEB sumOf(State& state, std::span<const ALGEB> parts) {
 }
 
 void RunningSum::addExact(ALGEB term) {
-  exact_.push(term);
+  pending_.push(term);
   for (std::size_t n = ++exactCount_; n % 2 == 0; n /= 2) {
-    const std::size_t last = exact_.size() - 1;
-    exact_[last - 1] = vexel::add(state_, exact_[last - 1], exact_[last]);
-    exact_.resize(last);
+    const std::size_t last = pending_.size() - 1;
+    pending_[last - 1] = vexel::add(state_, pending_[last - 1], pending_[last]);
+    pending_.resize(last);
   }
 }
 
 void RunningSum::flushExact() {
-  for (std::size_t i = exact_.size(); i > 0; --i) {
-    total_ = vexel::add(state_, total_, exact_[i - 1]);
+  if (exactCount_ == 0) {
+    return;
   }
-  exact_.clear();
+  for (std::size_t i = pending_.size(); i > 0; --i) {
+    total_ = vexel::add(state_, total_, pending_[i - 1]);
+  }
+  pending_.clear();
   exactCount_ = 0;
 }
 
 void RunningSum::add(ALGEB term) {
-  if (isExact(total_) && pending_.empty() && isExact(term) &&
-      (isRational(term) || !exact_.empty())) {
+  const bool counting = exactCount_ != 0;
+  if (isExact(term) && (counting || (isRational(term) && isExact(total_) && pending_.empty()))) {
     addExact(term);
     return;
   }

@@ -24,8 +24,7 @@ ALGEB negativeOf(State& state, ALGEB a);
 // few additions are of long ones.
 class RunningSum {
  public:
-  RunningSum(State& state, ALGEB first)
-      : state_(state), total_(first), pending_(state), exact_(state) {}
+  RunningSum(State& state, ALGEB first) : state_(state), total_(first), pending_(state) {}
   void add(ALGEB term);
   void subtract(ALGEB term);
   ALGEB value();
@@ -37,9 +36,8 @@ class RunningSum {
   static constexpr std::size_t kBatch = 1000;
   State& state_;
   ALGEB total_;
-  Handles pending_;
-  Handles exact_;               // sums of 2^k exact terms, not yet in the total: a binary counter
-  std::size_t exactCount_ = 0;  // of terms in them
+  Handles pending_;  // symbolic terms; or, in a binary counter, sums of 2^k exact terms each
+  std::size_t exactCount_ = 0;  // of exact terms in pending_; 0 for symbolic ones
 };
 
 // f(args) by the name of f, kept as it is.
