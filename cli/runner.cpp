@@ -4,6 +4,7 @@
 
 #include <iostream>
 #include <stdexcept>
+#include <utility>
 #include <vexel/session.hpp>
 
 #include "progress.hpp"
@@ -42,6 +43,12 @@ std::string unknownFunction(vexel::Kernel& kernel, const vexel::Value& value) {
 
 // Says at the prompt what an unknown function may have been meant to be.
 void printHint(vexel::Kernel& kernel, const vexel::Value& value) {
+  for (const auto& [name, hint] : {std::pair("help", "? says what there is, ?name explains one"),
+                                   std::pair("exit", "quit leaves")}) {
+    if (value == kernel.name(name)) {
+      std::cout << "  " << hint << std::endl;
+    }
+  }
   const std::string function = unknownFunction(kernel, value);
   const std::string similar = similarName(function);
   if (!similar.empty() && similar != function) {
