@@ -11,6 +11,7 @@
 #include <iterator>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vexel/kernel.hpp>
 
 #include "library_path.hpp"
@@ -34,6 +35,10 @@ std::optional<std::string> readAll(const std::string& path) {
   std::string text(std::istreambuf_iterator<char>(in), {});
   if (in.bad()) {
     return std::nullopt;
+  }
+  constexpr std::string_view kByteOrderMark = "\xef\xbb\xbf";
+  if (text.starts_with(kByteOrderMark)) {
+    text.erase(0, kByteOrderMark.size());
   }
   return text;
 }

@@ -206,7 +206,7 @@ ALGEB Evaluator::callValue(const Node& node) {
   }
   if (!isProcedure(function) && !is(function, Tag::name)) {
     if (isNumber(function)) {
-      return function;  // a constant is a function of any arguments
+      raise(state_, "unable to call the number %1 (a product is written with *)", function);
     }
     raise(state_, "unable to call %1", function);
   }

@@ -144,6 +144,11 @@ TEST_F(CommandTest, BadUsageIsStatusTwo) {
   EXPECT_EQ(run("--seed many").status, 2);
   EXPECT_EQ(run("--seed 18446744073709551616 -e 1").status, 2);
   EXPECT_EQ(run("/").errors, "vexel: cannot read /\n");
+  EXPECT_EQ(run(file("marked.vexel",
+                     "\xef\xbb\xbf"
+                     "1 + 1;"))
+                .out,
+            "2\n");
   EXPECT_EQ(run("/no/such/file").status, 2);
   EXPECT_EQ(run("/tmp").status, 2);
   EXPECT_EQ(run("--library /no/such/library.so -e 1").status, 2);

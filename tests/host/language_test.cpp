@@ -95,6 +95,7 @@ TEST_F(LanguageTest, RefusesWhatHasNoValue) {
       {"evalf(gamma(1/3), 20000)", "too many digits for gamma"},  // would take minutes
       {"sin(1e4000000)", "too large an angle"},
       {"(x -> x)(1, 2)", "expects 1 argument"},
+      {"2(x + 1)", "unable to call the number 2"},
       {"r := x -> r(x): r(1)", "too many levels of recursion"},
   };
   for (const auto& [script, expected] : kCases) {
