@@ -7,9 +7,9 @@
 //       kernel.call("STATS_VexelMean_HW", kernel.wrap(x), kernel.array({}), false, 0);
 //   double m = mean.number();
 //
-// One kernel per process is in use at a time, on one thread.  A Value is a rooted handle: it keeps
-// its object alive and may be copied freely; one that outlives its kernel can only be dropped.
-// Every function that can fail throws vexel::Error and leaves the kernel usable.
+// One kernel per process is in use at a time, by one thread at a time.  A Value is a rooted handle:
+// it keeps its object alive and may be copied freely; one that outlives its kernel can only be
+// dropped. Every function that can fail throws vexel::Error and leaves the kernel usable.
 #pragma once
 
 #if __cplusplus < 202002L
