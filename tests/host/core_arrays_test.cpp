@@ -1,33 +1,24 @@
 // Arrays of the host: every element type, order, storage and lower bound.
 
-#include <gtest/gtest.h>
-
 #include <cmath>
 #include <cstring>
 #include <limits>
 #include <string>
 #include <vector>
-#include <vexel/kernel.hpp>
 
 #include "core/arrays.hpp"
-#include "core/errors.hpp"
 #include "core/numbers.hpp"
 #include "core/objects.hpp"
 #include "core/text.hpp"
+#include "core_test.hpp"
 
 namespace vexel {
 namespace {
 
 constexpr int kTypes = 9;
 
-class CoreArraysTest : public testing::Test {
+class CoreArraysTest : public CoreTest {
  protected:
-  CoreArraysTest() {
-    if (std::getenv("VEXEL_STRESS") != nullptr) {
-      kernel.stress(true);
-    }
-  }
-
   static RTableSettings settings(int type, int storage = RTABLE_RECTANGULAR,
                                  int order = RTABLE_COLUMN_MAJOR, int dimensions = 1) {
     return {type, storage, order, dimensions, 0};
@@ -41,18 +32,6 @@ class CoreArraysTest : public testing::Test {
   ALGEB objects(std::vector<ALGEB> elements) {
     return create(settings(RTABLE_DAG), {1, static_cast<V_INT>(elements.size())}, elements.data());
   }
-
-  std::string error(const std::function<void()>& f) {
-    try {
-      f();
-    } catch (const HostErrorToken&) {
-      return pendingErrorText(state);
-    }
-    return "no error";
-  }
-
-  Kernel kernel;
-  State& state = *kernel.vector();
 };
 
 // Element (i, j) is 10 i + j, written and read by index; a copy into each type, order and storage

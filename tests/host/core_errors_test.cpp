@@ -1,31 +1,21 @@
 // Host errors, traps, interrupts and the embedding API's view of them.
 
-#include <gtest/gtest.h>
-
-#include <functional>
 #include <new>
 #include <stdexcept>
 #include <string>
 #include <vector>
-#include <vexel/kernel.hpp>
 
-#include "core/errors.hpp"
 #include "core/kernel_impl.hpp"
 #include "core/numbers.hpp"
 #include "core/objects.hpp"
 #include "core/text.hpp"
+#include "core_test.hpp"
 
 namespace vexel {
 namespace {
 
-class CoreErrorsTest : public testing::Test {
+class CoreErrorsTest : public CoreTest {
  public:
-  CoreErrorsTest() {
-    if (std::getenv("VEXEL_STRESS") != nullptr) {
-      kernel.stress(true);
-    }
-  }
-
   // Runs f under VexelTrapError; whether it raised.
   bool trapped(const std::function<void()>& f) {
     V_BOOL failed = 7;
@@ -52,9 +42,6 @@ class CoreErrorsTest : public testing::Test {
     }
     return "no error";
   }
-
-  Kernel kernel;
-  State& state = *kernel.vector();
 };
 
 TEST_F(CoreErrorsTest, MessagesAreFilledWithPrintedArguments) {
