@@ -2,7 +2,6 @@
 
 #include "core/errors.hpp"
 
-
 #include "core/kernel_state.hpp"
 #include "core/text.hpp"
 
