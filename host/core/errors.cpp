@@ -3,7 +3,6 @@
 #include "core/errors.hpp"
 
 #include "core/kernel_state.hpp"
-#include "core/text.hpp"
 
 namespace vexel {
 
@@ -42,21 +41,23 @@ void raise(State& state, std::string_view message, ALGEB a, ALGEB b) {
 
 void raiseNoMemory(State& state) { raise(state, "not enough memory"); }
 
-std::string fillMessage(State& state, std::string_view message, std::span<const ALGEB> args) {
-  TextOptions options;
-  options.maxElements = 100;
-  options.maxLength = 2000;
-  options.raiseTooDeep = false;
-  constexpr std::size_t kLongest = std::size_t{1} << 24;
+std::string fillMessage(State& state, std::string_view message, std::span<const ALGEB> args,
+                        const TextOptions& options) {
   std::string out;
   for (std::size_t i = 0; i < message.size(); ++i) {
-    if (out.size() > kLongest) {
+    if (out.size() > kWholeArguments.maxLength) {
       return out + "...";
     }
     const char next = i + 1 < message.size() ? message[i + 1] : '\0';
     const std::size_t which = static_cast<std::size_t>(next - '1');
     if (message[i] == '%' && next >= '1' && next <= '9' && which < args.size()) {
-      appendSource(state, out, args[which], options);
+      const std::size_t before = out.size();
+      try {
+        appendSource(state, out, args[which], options);
+      } catch (const HostErrorToken&) {
+        out.resize(before);
+        appendSource(state, out, args[which], kShortArguments);
+      }
       ++i;
     } else {
       out += message[i];
@@ -66,7 +67,7 @@ std::string fillMessage(State& state, std::string_view message, std::span<const 
 }
 
 std::string pendingErrorText(State& state) {
-  return fillMessage(state, state.error.message, state.error.arguments);
+  return fillMessage(state, state.error.message, state.error.arguments, kShortArguments);
 }
 
 }  // namespace vexel

@@ -11,6 +11,7 @@
 #include <string_view>
 
 #include "core/handle.hpp"
+#include "core/text.hpp"
 
 namespace vexel {
 
@@ -37,11 +38,18 @@ inline void lookAtInterrupt() {
   }
 }
 
-// Message with %1, %2, ... replaced by the printed form of the arguments (shortened where it is
-// long or nested beyond printing; raises nothing but memory exhaustion).
-std::string fillMessage(State& state, std::string_view message, std::span<const ALGEB> args);
+// How arguments print within a message: whole, up to what is no message any more (one nested
+// beyond printing, perhaps within itself, is shortened all the same), or shortened for a reader.
+inline constexpr TextOptions kWholeArguments{.maxLength = std::size_t{1} << 24};
+inline constexpr TextOptions kShortArguments{
+    .maxElements = 100, .maxLength = 2000, .raiseTooDeep = false};
 
-// The pending error's whole text; valid in a handler of HostErrorToken.
+// Message with %1, %2, ... replaced by the printed form of the arguments; raises nothing but
+// memory exhaustion.
+std::string fillMessage(State& state, std::string_view message, std::span<const ALGEB> args,
+                        const TextOptions& options);
+
+// The pending error's text, its arguments shortened; valid in a handler of HostErrorToken.
 std::string pendingErrorText(State& state);
 
 // The lowest address that the calling thread's stack may reach; the highest there is before the

@@ -261,12 +261,9 @@ std::string jsonError(State& state, std::string_view filled, std::string_view me
     try {
       appendJson(state, out, arguments[i]);
     } catch (const HostErrorToken&) {  // an array within itself: its text, cut off
-      TextOptions options;
-      options.maxLength = 2000;
-      options.raiseTooDeep = false;
       out.resize(before);
       out += "{\"expr\": ";
-      appendJsonString(out, sourceText(state, arguments[i], options));
+      appendJsonString(out, sourceText(state, arguments[i], kShortArguments));
       out += '}';
     }
   }

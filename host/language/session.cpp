@@ -71,7 +71,7 @@ bool Script::next(Outcome& outcome) {
   }
   const auto ended = [&](Outcome::Kind kind, const char* text) {
     outcome.kind = kind;
-    outcome.error = text;
+    outcome.error = outcome.shortError = text;
     outcome.json = jsonError(state, outcome.error, outcome.error, {});
   };
   const auto failed = [&] {
@@ -90,7 +90,8 @@ bool Script::next(Outcome& outcome) {
     try {
       // What is raised here on the way takes the place of state.error, not of lastError.
       const PendingError& error = state.lastError;
-      outcome.error = fillMessage(state, error.message, error.arguments);
+      outcome.error = fillMessage(state, error.message, error.arguments, kWholeArguments);
+      outcome.shortError = fillMessage(state, error.message, error.arguments, kShortArguments);
       outcome.json = jsonError(state, outcome.error, error.message, error.arguments);
     } catch (const InterruptToken&) {
       ended(Outcome::Kind::interrupted, "interrupted");
@@ -102,7 +103,7 @@ bool Script::next(Outcome& outcome) {
       program = impl_->parser.next();
     } catch (const SyntaxError& e) {
       outcome.kind = e.incomplete ? Outcome::Kind::incomplete : Outcome::Kind::syntax;
-      outcome.error = e.message;
+      outcome.error = outcome.shortError = e.message;
       outcome.line = e.position.line;
       outcome.column = e.position.column;
       outcome.source = pointedOut(impl_->text, e.position);

@@ -78,7 +78,8 @@ void defineSystemFunctions(State& state) {
   defineFunction(state, "last_error", [](State& s, ALGEB) {
     return s.lastError.message.empty()
                ? s.null
-               : string(s, fillMessage(s, s.lastError.message, s.lastError.arguments));
+               : string(s, fillMessage(s, s.lastError.message, s.lastError.arguments,
+                                       kWholeArguments));
   });
   defineFunction(state, "time", [](State& s, ALGEB) {
     const auto now = std::chrono::steady_clock::now().time_since_epoch();

@@ -111,6 +111,15 @@ TEST_F(CommandTest, JsonHasOneLineForEveryValueAndError) {
             "2.0\n{\"float\": \"undefined\"}\n{\"expr\": \"1/3\"}\n");
   EXPECT_EQ(json.errors, "");
   EXPECT_EQ(json.status, 1);
+  // An error's text is whole, but at the prompt, and but for an argument within itself.
+  const std::string wide = "error(\"wide: %1 end\", Array(1 .. 300, datatype = integer[4]))";
+  EXPECT_THAT(run("--json -e '" + wide + "'").out,
+              HasSubstr("0, 0, 0], datatype = integer[4]) end"));
+  EXPECT_THAT(run("-e '" + wide + "'").errors, HasSubstr("0, 0, 0], datatype = integer[4]) end"));
+  EXPECT_THAT(run("-i --quiet", wide + ";").errors,
+              HasSubstr(", ...], datatype = integer[4]) end"));
+  EXPECT_LT(run("--json -e 'A := Array(1..2): A[1] := A: A[2] := A: error(\"%1\", A)'").out.size(),
+            10000U);
   // The numerical library's failures are raised like the others that have nothing to fill in.
   EXPECT_NE(
       run("--json -e 'STATS_VexelChiSquareProbability_HW(1, -1)'").out.find("\"args\": [null]"),

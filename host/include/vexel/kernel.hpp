@@ -76,7 +76,7 @@ class Value {
   void* root_ = nullptr;
 };
 
-// A host error: what() is the whole text, filled.
+// A host error: what() is its text, filled, with long arguments shortened.
 class __attribute__((visibility("default"))) Error : public std::runtime_error {
  public:
   Error(std::string filled, std::string message, std::vector<Value> arguments);
