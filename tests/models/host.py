@@ -1,0 +1,249 @@
+"""What the models share: the host's values and random stream, calls and what they must give.
+
+A model computes the result of an entry point a second time, as plainly as it can be said, with the
+same order of draws and operations.  Its program makes random calls, gives them to the command and
+compares every bit of what comes back:
+
+    python3 tests/models/NAME.py build/bin/vexel [--count N] [--seed S]
+"""
+
+import argparse
+import json
+import math
+import random
+import struct
+import subprocess
+import sys
+from fractions import Fraction
+
+NAN = math.nan
+INFINITY = math.inf
+M64 = 2**64 - 1
+
+
+class Name(str):
+    """A host expression by its text, which stands for itself: an unassigned name, sqrt(2), ..."""
+
+
+class Raised(Exception):
+    """The host error that a call must raise; values are the error's arguments."""
+
+    def __init__(self, message, *values):
+        super().__init__(message)
+        self.message = message
+        self.values = values
+
+    def json(self):
+        return {"message": self.message, "args": [to_json(v) for v in self.values or (None,)]}
+
+
+class Range(tuple):
+    """lo .. hi"""
+
+
+class Equation(tuple):
+    """lhs = rhs"""
+
+
+class Sequence(list):
+    """An expression sequence."""
+
+
+class Array:
+    """An array of the host; elements are in index order, the last index fastest.
+
+    Elements are floats for float types, ints for integer types, complex for complex[8], any host
+    value for anything, pairs of host values for complex.
+    """
+
+    def __init__(self, datatype, bounds, elements, order="column", storage="rectangular"):
+        self.datatype = datatype
+        self.bounds = [tuple(b) for b in bounds]
+        self.elements = list(elements)
+        self.order = order
+        self.storage = storage
+
+    def nested(self, encode):
+        def level(elements, bounds):
+            if len(bounds) == 1:
+                return [encode(e) for e in elements]
+            extent = bounds[0][1] - bounds[0][0] + 1
+            step = len(elements) // extent if extent > 0 else 0
+            return [level(elements[i * step:(i + 1) * step], bounds[1:]) for i in range(extent)]
+        return level(self.elements, self.bounds) if self.elements else []
+
+    def text(self):
+        def brackets(x):
+            return "[" + ", ".join(map(brackets, x)) + "]" if isinstance(x, list) else x
+
+        def pair(e):
+            return f"Complex({to_text(e[0])}, {to_text(e[1])})" if isinstance(e, tuple) else to_text(e)
+        bounds = ", ".join(f"{lo}..{hi}" for lo, hi in self.bounds)
+        values = ", " + brackets(self.nested(pair)) if self.elements else ""
+        return (f"Array({bounds}{values}, datatype = {self.datatype}, order = {self.order}, "
+                f"storage = {self.storage})")
+
+    def json(self):
+        def encode(e):
+            if isinstance(e, tuple):
+                return {"complex": [to_json(e[0]), to_json(e[1])]}
+            return to_json(e)
+        return {"array": self.nested(encode), "bounds": [list(b) for b in self.bounds],
+                "datatype": self.datatype, "order": self.order, "storage": self.storage}
+
+
+def vector(values, first=1, datatype="float[8]", **options):
+    values = list(values)
+    return Array(datatype, [(first, first + len(values) - 1)], values, **options)
+
+
+def float32(x):
+    """x rounded to 32 bits."""
+    try:
+        return struct.unpack("f", struct.pack("f", x))[0]
+    except OverflowError:
+        return math.copysign(INFINITY, x)
+
+
+def to_text(value):
+    """The source text of a value, safe as an operand."""
+    if value is None:
+        return "NULL"
+    if isinstance(value, bool):
+        return "true" if value else "false"
+    if isinstance(value, float):
+        if math.isnan(value):
+            return "undefined"
+        text = repr(value).replace("inf", "infinity")
+        return f"({text})" if text[0] == "-" else text
+    if isinstance(value, complex):
+        return f"Complex({to_text(value.real)}, {to_text(value.imag)})"
+    if isinstance(value, Name):
+        return str(value)
+    if isinstance(value, str):
+        return json.dumps(value)
+    if isinstance(value, (Array,)):
+        return value.text()
+    if isinstance(value, Range):
+        return f"{to_text(value[0])} .. {to_text(value[1])}"
+    if isinstance(value, Equation):
+        return f"({to_text(value[0])} = {to_text(value[1])})"
+    if isinstance(value, Sequence):
+        return "(" + ", ".join(map(to_text, value)) + ")"
+    if isinstance(value, list):
+        return "[" + ", ".join(map(to_text, value)) + "]"
+    text = str(value)  # int, Fraction
+    return f"({text})" if text[0] == "-" else text
+
+
+def to_json(value):
+    """What json.loads makes of a value's line."""
+    if isinstance(value, float) and not math.isfinite(value):
+        return {"float": "undefined" if math.isnan(value) else to_text(value).strip("()")}
+    if isinstance(value, complex):
+        return {"complex": [to_json(value.real), to_json(value.imag)]}
+    if isinstance(value, (Name, Fraction)):
+        return {"expr": str(value)}
+    if isinstance(value, (Array, Raised)):
+        return value.json()
+    if isinstance(value, Range):
+        return {"range": [to_json(v) for v in value]}
+    if isinstance(value, Equation):
+        return {"eq": [to_json(v) for v in value]}
+    if isinstance(value, Sequence):
+        return {"seq": [to_json(v) for v in value]}
+    if isinstance(value, list):
+        return [to_json(v) for v in value]
+    return value  # None, bool, int, float, str
+
+
+def same(a, b):
+    """Equal to the last bit; 2 is not 2.0 and 0.0 is not -0.0."""
+    if type(a) is not type(b):
+        return False
+    if isinstance(a, dict):
+        return a.keys() == b.keys() and all(same(a[k], b[k]) for k in a)
+    if isinstance(a, list):
+        return len(a) == len(b) and all(map(same, a, b))
+    if isinstance(a, float):
+        return struct.pack("d", a) == struct.pack("d", b)
+    return a == b
+
+
+def call(name, *arguments):
+    """The text of a call; Sequence arguments are handed over as they are."""
+    return f"{name}({', '.join(map(to_text, arguments))})"
+
+
+def expected(function, *arguments):
+    """The model's result, or the error it raises."""
+    try:
+        return function(*arguments)
+    except Raised as error:
+        return error
+
+
+class RandomStream:
+    """The host's uniform source: xoshiro256++, seeded through SplitMix64."""
+
+    def __init__(self, seed=0):
+        self.state = []
+        for _ in range(4):
+            seed = (seed + 0x9E3779B97F4A7C15) & M64
+            z = seed
+            z = ((z ^ (z >> 30)) * 0xBF58476D1CE4E5B9) & M64
+            z = ((z ^ (z >> 27)) * 0x94D049BB133111EB) & M64
+            self.state.append(z ^ (z >> 31))
+
+    def _next(self):
+        def rotated(x, k):
+            return ((x << k) | (x >> (64 - k))) & M64
+        a, b, c, d = self.state
+        result = (rotated((a + d) & M64, 23) + a) & M64
+        c ^= a
+        d ^= b
+        self.state = [a ^ d, b ^ c, c ^ ((b << 17) & M64), rotated(d, 45)]
+        return result
+
+    def int32(self):
+        r = self._next() >> 32
+        return r - 2**32 if r >= 2**31 else r
+
+    def double01(self):
+        return ((self._next() >> 12) + 0.5) * 2.0**-52
+
+
+def run(command, statements):
+    """The JSON value of each statement's one line; statements end with a semicolon of ours."""
+    script = "".join(s + ";\n" for s in statements)
+    result = subprocess.run([command, "--quiet", "--json", "-"], input=script, text=True,
+                            capture_output=True, timeout=600)
+    lines = result.stdout.splitlines()
+    if result.returncode not in (0, 1) or len(lines) != len(statements):
+        sys.exit(f"{len(lines)} lines for {len(statements)} statements, status {result.returncode}:"
+                 f"\n{result.stderr}")
+    return [json.loads(line) for line in lines]
+
+
+def main(calls):
+    """Compares; calls(random) yields pairs of a statement and the value it must have, for ever.
+
+    A statement may hold others before it, ended by colons; it is followed by a semicolon.
+    """
+    parser = argparse.ArgumentParser()
+    parser.add_argument("command")
+    parser.add_argument("--count", type=int, default=2000)
+    parser.add_argument("--seed", type=int, default=1)
+    options = parser.parse_args()
+    source = calls(random.Random(options.seed))
+    pairs = [next(source) for _ in range(options.count)]
+    wrong = 0
+    for (statement, value), got in zip(pairs, run(options.command, [p[0] for p in pairs])):
+        got.pop("error", None) if isinstance(got, dict) else None
+        if not same(to_json(value), got):
+            wrong += 1
+            if wrong <= 5:
+                print(f"{statement};\n  must give {json.dumps(to_json(value))}\n"
+                      f"  but gives {json.dumps(got)}")
+    print(f"{len(pairs)} calls, {wrong} wrong")
+    sys.exit(1 if wrong > 0 else 0)
