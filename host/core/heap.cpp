@@ -86,8 +86,9 @@ void Heap::setStress(bool on) {
   resetLimit();
 }
 
-void Heap::failAllocation(std::int64_t n) {
+void Heap::failAllocation(std::int64_t n, bool lasting) {
   failCountdown_ = n;
+  failuresLast_ = lasting;
   resetLimit();
 }
 
@@ -96,10 +97,12 @@ void Heap::beforeAllocation(std::size_t bytes) {
   if (collecting_) {
     return;
   }
-  if (failCountdown_ >= 0 && failCountdown_-- == 0) {
+  if (failCountdown_ == 0) {
+    failCountdown_ = failuresLast_ ? 0 : -1;
     resetLimit();
     raiseNoMemory(state_);
   }
+  failCountdown_ -= failCountdown_ > 0 ? 1 : 0;
   // The system would promise more than there is, and end the process when it is used.
   if (bytes + bytesOutside_ > physicalMemory()) {
     collect();

@@ -114,7 +114,7 @@ class Heap {
   void collect();
   void setStress(bool on);
   bool stress() const { return stress_; }
-  void failAllocation(std::int64_t n);
+  void failAllocation(std::int64_t n, bool lasting);
   std::size_t liveObjects() const { return liveAfterCollection_ + allocatedObjects_; }
 
   // Counted protection.
@@ -203,6 +203,7 @@ class Heap {
   std::size_t liveBytes_ = 0;
   std::size_t bytesOutside_ = 0;
   std::int64_t failCountdown_ = -1;
+  bool failuresLast_ = false;
   bool stress_ = false;
   bool collecting_ = false;
   std::uint32_t collections_ = 0;

@@ -21,7 +21,7 @@ Kernel::Impl::Impl(Kernel& k) : kernel(k) {
 // objects may have dispose functions in it, is gone.
 Kernel::Impl::~Impl() {
   state.heap.setStress(false);
-  state.heap.failAllocation(-1);
+  state.heap.failAllocation(-1, false);
   for (const LoadedLibrary& library : libraries) {
     if (library.terminate != nullptr) {
       try {
@@ -310,6 +310,8 @@ void Kernel::clearInterrupt() noexcept { vexel::clearInterrupt(); }
 void Kernel::collect() { impl_->state.heap.collect(); }
 void Kernel::stress(bool on) { impl_->state.heap.setStress(on); }
 std::size_t Kernel::liveObjects() const { return impl_->state.heap.liveObjects(); }
-void Kernel::failAllocation(std::int64_t n) { impl_->state.heap.failAllocation(n); }
+void Kernel::failAllocation(std::int64_t n, bool lasting) {
+  impl_->state.heap.failAllocation(n, lasting);
+}
 
 }  // namespace vexel

@@ -1,5 +1,5 @@
-// Faults injected into the valid call of every entry point: the host raises at its k-th operation
-// (and from then on), or its k-th allocation fails.  After each the host works, its state is what
+// Faults injected into the valid call of every entry point: the host raises at its k-th operation,
+// or its k-th allocation fails, once or from then on.  After each the host works, its state is what
 // it was and nothing is kept.
 //
 // The host's functions are intercepted: this program's definitions come before the shared
@@ -137,7 +137,10 @@ ALGEB ToVexelExpressionSequence(VKernelVector kv, V_INT n, ...) {
 
 namespace {
 
-enum class Fault { raisesOnce, raisesFromThenOn, allocation };
+struct Fault {
+  bool allocation;  // else the host raises
+  bool lasting;
+};
 
 class InjectedFaults : public KernelTest {
  protected:
@@ -152,22 +155,30 @@ class InjectedFaults : public KernelTest {
     kernel.eval("Digits := 15:");  // root finders leave it raised when the procedure fails
   }
 
+  void plan(Fault kind, std::int64_t k) {
+    if (kind.allocation) {
+      kernel.failAllocation(k, kind.lasting);
+    } else {
+      fault = {k, kind.lasting, false};
+    }
+  }
+
+  void planNone() {
+    kernel.failAllocation(-1);
+    fault = {};
+  }
+
   Outcome run(const ValidCall& call, Fault kind, std::int64_t k) {
     prepare();
     Outcome outcome;
-    if (kind == Fault::allocation) {
-      kernel.failAllocation(k);
-    } else {
-      fault = {k, kind == Fault::raisesFromThenOn, false};
-    }
+    plan(kind, k);
     try {
       kernel.eval(call.text);
     } catch (const vexel::Error& e) {
       outcome.error = e.what();
     }
-    outcome.injected = kind == Fault::allocation ? !outcome.error.empty() : fault.raised;
-    kernel.failAllocation(-1);
-    fault = {};
+    outcome.injected = kind.allocation ? !outcome.error.empty() : fault.raised;
+    planNone();
     return outcome;
   }
 
@@ -202,7 +213,7 @@ class InjectedFaults : public KernelTest {
   std::int64_t sweep(const ValidCall& call, Fault kind, std::int64_t most) {
     constexpr std::int64_t kNever = std::int64_t{1} << 60;
     constexpr int kRepeats = 8;
-    const char* message = kind == Fault::allocation ? "not enough memory" : "injected fault";
+    const char* message = kind.allocation ? "not enough memory" : "injected fault";
     // Streams and copies of some arrays belong to the script from a successful call on.
     const std::int64_t keptBySuccess =
         std::max(std::int64_t{0}, kept(call, kind, kNever, kRepeats));
@@ -213,7 +224,7 @@ class InjectedFaults : public KernelTest {
       const Outcome outcome = run(call, kind, k);
       // A failed allocation inside a trap may go unseen; three such runs mean the end of the call.
       notInjected = outcome.injected ? 0 : notInjected + 1;
-      if (notInjected == (kind == Fault::allocation ? 3 : 1)) {
+      if (notInjected == (kind.allocation ? 3 : 1)) {
         return k + 1 - notInjected;
       }
       // A trap may turn a fault into a message of the library's own.
@@ -249,9 +260,12 @@ class InjectedFaults : public KernelTest {
   const ValidCalls calls_ = readValidCalls(TEST_DATA_DIR "/valid_calls.txt");
 };
 
-TEST_F(InjectedFaults, HostRaisesOnce) { sweepAll(Fault::raisesOnce); }
-TEST_F(InjectedFaults, HostRaisesFromThenOn) { sweepAll(Fault::raisesFromThenOn); }
-TEST_F(InjectedFaults, AllocationFails) { sweepAll(Fault::allocation); }
+TEST_F(InjectedFaults, HostRaisesOnce) { sweepAll({.allocation = false, .lasting = false}); }
+TEST_F(InjectedFaults, HostRaisesFromThenOn) { sweepAll({.allocation = false, .lasting = true}); }
+TEST_F(InjectedFaults, AllocationFails) { sweepAll({.allocation = true, .lasting = false}); }
+TEST_F(InjectedFaults, AllocationFailsFromThenOn) {
+  sweepAll({.allocation = true, .lasting = true});
+}
 
 // Calls with arguments of all kinds, a fault somewhere on their way.
 TEST_F(InjectedFaults, InRandomCalls) {
@@ -267,18 +281,13 @@ TEST_F(InjectedFaults, InRandomCalls) {
     ByteSource source(bytes.data(), bytes.size());
     const Watchdog watchdog(2);
     const auto k = static_cast<std::int64_t>(random() % kLatest);
-    if (random() % 2 == 0) {
-      kernel.failAllocation(k);
-    } else {
-      fault = {k, random() % 2 == 0, false};
-    }
+    plan({.allocation = random() % 2 == 0, .lasting = random() % 2 == 0}, k);
     try {
       made += grammar.run(source);
     } catch (const vexel::Error&) {
       ++made;  // the fault came while the arguments were made
     }
-    kernel.failAllocation(-1);
-    fault = {};
+    planNone();
     if (random() % 16 == 0) {
       expectUnharmed("random calls up to " + std::to_string(made));
     }

@@ -175,8 +175,9 @@ class Kernel {
   void collect();
   void stress(bool on);             // collect at every allocation
   std::size_t liveObjects() const;  // after the last collection, plus what was made since
-  // Lets the n-th host allocation from now (0: the next) raise "not enough memory"; -1: none.
-  void failAllocation(std::int64_t n);
+  // Lets the n-th host allocation from now (0: the next), and if lasting every later one, raise
+  // "not enough memory"; -1: none.
+  void failAllocation(std::int64_t n, bool lasting = false);
 
   Value toValue(const Value& v) { return v; }
   Value toValue(bool b) { return boolean(b); }
