@@ -34,7 +34,7 @@ class Raised(Exception):
         self.values = values
 
     def json(self):
-        return {"message": self.message, "args": [to_json(v) for v in self.values or (None,)]}
+        return {"message": self.message, "args": [to_json(v) for v in self.values]}
 
 
 class Range(tuple):
@@ -47,6 +47,19 @@ class Equation(tuple):
 
 class Sequence(list):
     """An expression sequence."""
+
+
+class Table(dict):
+    """A table, with its keys in the order in which the host prints them; a result only."""
+
+
+class Near(float):
+    """A float that a result may miss by the tolerance, in a place of its own or in an array."""
+
+    def __new__(cls, value, tolerance):
+        near = super().__new__(cls, value)
+        near.tolerance = tolerance
+        return near
 
 
 class Array:
@@ -146,6 +159,8 @@ def to_json(value):
         return {"expr": str(value)}
     if isinstance(value, (Array, Raised)):
         return value.json()
+    if isinstance(value, Table):
+        return {"table": [[to_json(k), to_json(v)] for k, v in value.items()]}
     if isinstance(value, Range):
         return {"range": [to_json(v) for v in value]}
     if isinstance(value, Equation):
@@ -158,7 +173,9 @@ def to_json(value):
 
 
 def same(a, b):
-    """Equal to the last bit; 2 is not 2.0 and 0.0 is not -0.0."""
+    """b is a to the last bit, but for what is Near; 2 is not 2.0 and 0.0 is not -0.0."""
+    if isinstance(a, Near):
+        return type(b) is float and abs(a - b) <= a.tolerance
     if type(a) is not type(b):
         return False
     if isinstance(a, dict):
@@ -173,6 +190,33 @@ def same(a, b):
 def call(name, *arguments):
     """The text of a call; Sequence arguments are handed over as they are."""
     return f"{name}({', '.join(map(to_text, arguments))})"
+
+
+def real(value):
+    """An argument as the library's entry points convert it to a double."""
+    constants = {"Pi": math.pi, "sqrt(2)": math.sqrt(2.0)}
+    if value in constants and isinstance(value, Name):
+        return constants[value]
+    if isinstance(value, bool) or not isinstance(value, (int, float, Fraction)):
+        raise Raised("unable to evaluate %1 to floating-point", value)
+    try:
+        return float(value)
+    except OverflowError:
+        return math.copysign(INFINITY, value)
+
+
+def integer32(value):
+    """An argument as the host converts it to a 32-bit integer."""
+    if type(value) is not int or not -2**31 <= value < 2**31:
+        raise Raised("an integer of 32 bits expected, received %1", value)
+    return value
+
+
+def boolean(value):
+    """An argument as the host converts it to a boolean; 32-bit integers count as well."""
+    if not isinstance(value, int) or not -2**31 <= value < 2**31:
+        raise Raised("true or false expected, received %1", value)
+    return bool(value)
 
 
 def expected(function, *arguments):
