@@ -269,14 +269,14 @@ def run(command, statements):
     return [json.loads(line) for line in lines]
 
 
-def main(calls):
+def main(calls, count=2000):
     """Compares; calls(random) yields pairs of a statement and the value it must have, for ever.
 
     A statement may hold others before it, ended by colons; it is followed by a semicolon.
     """
     parser = argparse.ArgumentParser()
     parser.add_argument("command")
-    parser.add_argument("--count", type=int, default=2000)
+    parser.add_argument("--count", type=int, default=count)
     parser.add_argument("--seed", type=int, default=1)
     options = parser.parse_args()
     source = calls(random.Random(options.seed))

@@ -1,0 +1,115 @@
+"""What the models of the distributions share: conversions of arguments, and random arguments."""
+
+import math
+from fractions import Fraction
+
+from host import INFINITY, NAN, Name, Raised, Range, Sequence
+from libm import truncated
+
+CONSTANTS = {"Pi": math.pi, "sqrt(2)": math.sqrt(2.0)}
+UNKNOWN = Name("unknown")
+# The last two: exact 0 and a float that has no double but 0.
+ODD_NUMBERS = [INFINITY, -INFINITY, NAN, 0.0, -0.0, 1e308, 5e-324, Fraction(1, 3), Fraction(-1, 2),
+               Name("Pi"), Name("sqrt(2)"), 10**30, 1, 0]
+NO_NUMBERS = [UNKNOWN, None, True, "a", [1.0, 2.0], complex(1.0, 2.0), Range((1, 2))]
+IRREGULAR_COUNTS = {
+    "UniformProbability": "VexelUniformRandomVariate expects 3 arguments, received: %1",
+    "UniformDeviate": "VexelUniformRandomVariate expects 3 arguments, received: %1",
+    "MoyalRandomVariate": "VexelMoyalRandomVariate expects 2 argument, received: %1",
+    "InverseGaussianRandomVariate":
+        "VexelInverseGaussianRandomVariate expects 2 argument, received: %1",
+    "NormalDeviateApprox": "VexelNormalDeviateApprox expects 1 arguments, received: %1",
+    "NormalWApprox": "VexelNormalDeviateApprox expects 1 arguments, received: %1",
+    "ErrorRandomSample": "expected 4 arguments, received: %1",
+    "ErrorRandomVariate": "expected 3 arguments, received: %1",
+    "NonCentralChiSquareRandomSample":
+        "VexelNonCentralChiSquareRandomSample expects 4 or 6 arguments, received: %1",
+}
+
+
+def check_count(operation, arguments, expected):
+    """Raises the operation's message unless there are as many arguments as expected.
+
+    A call with one argument hands over that argument itself: NULL counts as none, a list by its
+    elements.
+    """
+    received = arguments[0] if len(arguments) == 1 else Sequence(arguments) if arguments else None
+    count = len(received) if isinstance(received, list) else 0 if received is None else 1
+    if count != expected:
+        plural = "argument" if expected == 1 else "arguments"
+        raise Raised(IRREGULAR_COUNTS.get(
+            operation, f"Vexel{operation} expects {expected} {plural}, received: %1"), received)
+
+
+def real(value):
+    if isinstance(value, Name) and value in CONSTANTS:
+        return CONSTANTS[value]
+    if isinstance(value, bool) or not isinstance(value, (int, float, Fraction)):
+        raise Raised("unable to evaluate %1 to floating-point", value)
+    return float(value)
+
+
+def whole(value):
+    return truncated(real(value))
+
+
+def boolean(value):
+    if not isinstance(value, bool):
+        raise Raised("true or false expected, received %1", value)
+    return value
+
+
+def integer32(value):
+    if type(value) is not int or not -2**31 <= value < 2**31:
+        raise Raised("an integer of 32 bits expected, received %1", value)
+    return value
+
+
+def _probability(random):
+    return random.choice([0.0, 1.0, 0.25, 0.5, 0.75, 1e-10, 1.0 - 1e-10, -0.5, 1.5, 0.3, 0.1, 0.9,
+                          random.random(), random.random(), random.random(), random.random()])
+
+
+def _positive(random):
+    """A scale or a shape."""
+    return random.choice([1.0, 2.0, 0.5, 0.25, 3.0, 1.5, 10.0, 0.1, 1e-3, 50.0, 51.0, -1.0, -0.5,
+                          1.0 + 2.0**-52, 1.0 - 2.0**-53, 1e-17, 0.0] +
+                         [math.exp(random.gauss(0.0, 1.5)) for _ in range(17)])
+
+
+def _location(random):
+    return random.choice([0.0, 1.0, -1.0, 0.5, 2.25, 100.0, 1e6] +
+                         [random.gauss(0.0, 3.0) for _ in range(5)])
+
+
+def _count(random):
+    return random.choice([0, 1, 2, 5, 10, 20, 100, 101, 2.5, 101.5, -1, -0.5,
+                          random.randint(1, 300), random.randint(1, 20), random.randint(1, 20)])
+
+
+KINDS = {"p": _probability, "s": _positive, "x": _location, "n": _count}
+
+
+def random_arguments(random, kinds, odd=0.12):
+    """An argument for each letter of kinds, some odd numbers, few no numbers or of a wrong count.
+
+    p: a probability, s: a scale or shape, x: a location or abscissa, n: a whole number, b: true or
+    false.
+    """
+    arguments = []
+    for kind in kinds:
+        choice = random.random()
+        if kind == "b":
+            arguments.append(random.random() < 0.5)
+        elif choice < odd:
+            arguments.append(random.choice(ODD_NUMBERS))
+        else:
+            arguments.append(KINDS[kind](random))
+    choice = random.random()
+    if choice < 0.03 and arguments:
+        arguments[random.randrange(len(arguments))] = random.choice(NO_NUMBERS)
+    elif choice < 0.05:
+        arguments.pop(random.randrange(len(arguments)))
+    elif choice < 0.06:
+        arguments.append(0.5)
+    return arguments
