@@ -3,8 +3,8 @@
 import math
 
 import libm
-from distributions import check_count, random_arguments, real, whole
-from host import INFINITY, Raised, call, expected, main
+from distributions import check_count, random_arguments, whole
+from host import INFINITY, Raised, call, expected, main, real
 from libm import divide
 
 

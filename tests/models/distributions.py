@@ -1,17 +1,14 @@
-"""What the models of the distributions share: conversions of arguments, and random arguments."""
+"""What the models of the distributions share: counts of arguments, and random arguments."""
 
 import math
 from fractions import Fraction
 
-from host import INFINITY, NAN, Name, Raised, Range, Sequence
+from host import INFINITY, NAN, Name, Raised, Range, Sequence, real
 from libm import truncated
 
-CONSTANTS = {"Pi": math.pi, "sqrt(2)": math.sqrt(2.0)}
-UNKNOWN = Name("unknown")
-# The last two: exact 0 and a float that has no double but 0.
 ODD_NUMBERS = [INFINITY, -INFINITY, NAN, 0.0, -0.0, 1e308, 5e-324, Fraction(1, 3), Fraction(-1, 2),
                Name("Pi"), Name("sqrt(2)"), 10**30, 1, 0]
-NO_NUMBERS = [UNKNOWN, None, True, "a", [1.0, 2.0], complex(1.0, 2.0), Range((1, 2))]
+NO_NUMBERS = [Name("unknown"), None, True, "a", [1.0, 2.0], complex(1.0, 2.0), Range((1, 2))]
 IRREGULAR_COUNTS = {
     "UniformProbability": "VexelUniformRandomVariate expects 3 arguments, received: %1",
     "UniformDeviate": "VexelUniformRandomVariate expects 3 arguments, received: %1",
@@ -41,28 +38,8 @@ def check_count(operation, arguments, expected):
             operation, f"Vexel{operation} expects {expected} {plural}, received: %1"), received)
 
 
-def real(value):
-    if isinstance(value, Name) and value in CONSTANTS:
-        return CONSTANTS[value]
-    if isinstance(value, bool) or not isinstance(value, (int, float, Fraction)):
-        raise Raised("unable to evaluate %1 to floating-point", value)
-    return float(value)
-
-
 def whole(value):
     return truncated(real(value))
-
-
-def boolean(value):
-    if not isinstance(value, bool):
-        raise Raised("true or false expected, received %1", value)
-    return value
-
-
-def integer32(value):
-    if type(value) is not int or not -2**31 <= value < 2**31:
-        raise Raised("an integer of 32 bits expected, received %1", value)
-    return value
 
 
 def _probability(random):

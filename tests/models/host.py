@@ -195,7 +195,7 @@ def call(name, *arguments):
 def real(value):
     """An argument as the library's entry points convert it to a double."""
     constants = {"Pi": math.pi, "sqrt(2)": math.sqrt(2.0)}
-    if value in constants and isinstance(value, Name):
+    if isinstance(value, Name) and value in constants:
         return constants[value]
     if isinstance(value, bool) or not isinstance(value, (int, float, Fraction)):
         raise Raised("unable to evaluate %1 to floating-point", value)
