@@ -25,6 +25,10 @@ class Name(str):
     """A host expression by its text, which stands for itself: an unassigned name, sqrt(2), ..."""
 
 
+class Procedure(Name):
+    """A procedure by its text."""
+
+
 class Raised(Exception):
     """The host error that a call must raise; values are the error's arguments."""
 
@@ -89,19 +93,13 @@ class Array:
         def brackets(x):
             return "[" + ", ".join(map(brackets, x)) + "]" if isinstance(x, list) else x
 
-        def pair(e):
-            return f"Complex({to_text(e[0])}, {to_text(e[1])})" if isinstance(e, tuple) else to_text(e)
         bounds = ", ".join(f"{lo}..{hi}" for lo, hi in self.bounds)
-        values = ", " + brackets(self.nested(pair)) if self.elements else ""
+        values = ", " + brackets(self.nested(to_text)) if self.elements else ""
         return (f"Array({bounds}{values}, datatype = {self.datatype}, order = {self.order}, "
                 f"storage = {self.storage})")
 
     def json(self):
-        def encode(e):
-            if isinstance(e, tuple):
-                return {"complex": [to_json(e[0]), to_json(e[1])]}
-            return to_json(e)
-        return {"array": self.nested(encode), "bounds": [list(b) for b in self.bounds],
+        return {"array": self.nested(to_json), "bounds": [list(b) for b in self.bounds],
                 "datatype": self.datatype, "order": self.order, "storage": self.storage}
 
 
@@ -145,6 +143,8 @@ def to_text(value):
         return "(" + ", ".join(map(to_text, value)) + ")"
     if isinstance(value, list):
         return "[" + ", ".join(map(to_text, value)) + "]"
+    if isinstance(value, tuple):
+        return f"Complex({to_text(value[0])}, {to_text(value[1])})"
     text = str(value)  # int, Fraction
     return f"({text})" if text[0] == "-" else text
 
@@ -155,6 +155,8 @@ def to_json(value):
         return {"float": "undefined" if math.isnan(value) else to_text(value).strip("()")}
     if isinstance(value, complex):
         return {"complex": [to_json(value.real), to_json(value.imag)]}
+    if isinstance(value, Procedure):
+        return {"procedure": str(value)}
     if isinstance(value, (Name, Fraction)):
         return {"expr": str(value)}
     if isinstance(value, (Array, Raised)):
@@ -169,6 +171,8 @@ def to_json(value):
         return {"seq": [to_json(v) for v in value]}
     if isinstance(value, list):
         return [to_json(v) for v in value]
+    if isinstance(value, tuple):  # a complex number of two host values
+        return {"complex": [to_json(v) for v in value]}
     return value  # None, bool, int, float, str
 
 
@@ -209,6 +213,13 @@ def integer32(value):
     """An argument as the host converts it to a 32-bit integer."""
     if type(value) is not int or not -2**31 <= value < 2**31:
         raise Raised("an integer of 32 bits expected, received %1", value)
+    return value
+
+
+def integer64(value):
+    """An argument as the host converts it to a 64-bit integer."""
+    if type(value) is not int or not -2**63 <= value < 2**63:
+        raise Raised("an integer of 64 bits expected, received %1", value)
     return value
 
 
