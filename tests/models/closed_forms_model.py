@@ -3,7 +3,7 @@
 import math
 
 import libm
-from distributions import check_count, random_arguments, whole
+from distributions import converted, counted, random_arguments, whole
 from host import INFINITY, Raised, call, expected, main, real
 from libm import divide
 
@@ -220,10 +220,7 @@ for name, probability, quantile, kinds in [
 
 def evaluate(operation, arguments):
     function, conversions, _ = FORMS[operation]
-    check_count(operation, arguments, len(conversions))
-    if len(arguments) == 1 and isinstance(arguments[0], list):
-        arguments = arguments[0]
-    return function(*[convert(a) for convert, a in zip(conversions, arguments)])
+    return function(*converted(conversions, counted(operation, arguments, len(conversions))))
 
 
 def move_to_branches(random, operation, arguments):

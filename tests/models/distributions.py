@@ -24,18 +24,23 @@ IRREGULAR_COUNTS = {
 }
 
 
-def check_count(operation, arguments, expected):
-    """Raises the operation's message unless there are as many arguments as expected.
+def counted(operation, arguments, expected):
+    """The arguments as received; raises the operation's message unless there are as many.
 
     A call with one argument hands over that argument itself: NULL counts as none, a list by its
     elements.
     """
     received = arguments[0] if len(arguments) == 1 else Sequence(arguments) if arguments else None
-    count = len(received) if isinstance(received, list) else 0 if received is None else 1
-    if count != expected:
+    parts = received if isinstance(received, list) else [] if received is None else [received]
+    if len(parts) != expected:
         plural = "argument" if expected == 1 else "arguments"
         raise Raised(IRREGULAR_COUNTS.get(
             operation, f"Vexel{operation} expects {expected} {plural}, received: %1"), received)
+    return parts
+
+
+def converted(conversions, arguments):
+    return [convert(argument) for convert, argument in zip(conversions, arguments)]
 
 
 def whole(value):
