@@ -68,6 +68,11 @@ def after(x, y):
     return y == y if x != x else x > y
 
 
+def in_order(x):
+    """Sorted, what is missing last."""
+    return sorted(v for v in x if v == v) + [v for v in x if v != v]
+
+
 def _split(a, p, i, j, exchange):
     while True:
         i += 1

@@ -1,4 +1,4 @@
-"""Means, cut means, moments, deviations, expected values and covariance sums."""
+"""Means, cut means, moments, deviations, and expected values."""
 
 import math
 from fractions import Fraction
@@ -7,7 +7,7 @@ import host
 from host import INFINITY, NAN, Name, Procedure, Raised, integer64, real
 from kernels import mean_of, quotient, select, sort, total
 from samples import (calls_of, random_boolean, random_data, random_floats, random_integer,
-                     random_size, random_weights, sample, vector)
+                     random_size, random_weights, sample)
 
 
 def mean(data, weights, ignore, kind):
@@ -143,23 +143,6 @@ def expected_value(data, weights, procedure, ignore):
     return average(PROCEDURES[procedure], x, w)
 
 
-def covariance(data, partners, weights, ignore):
-    x, y, w = vector(data), vector(partners), vector(weights)
-    if len(x) != len(y):
-        raise Raised("data samples are expected to have the same size", None)
-    skip = integer64(ignore) == 1
-    if w and len(w) != len(x):
-        raise Raised("array of weights is expected to be of the same size as both data samples",
-                     None)
-    triples = [t for t in zip(x, y, w or [1.0] * len(x)) if not (skip and any(map(math.isnan, t)))]
-    whole = total(w for _, _, w in triples)
-    x_mean = quotient(total(w * x for x, _, w in triples), whole)
-    y_mean = quotient(total(w * y for _, y, w in triples), whole)
-    centred = [(x - x_mean, y - y_mean, w) for x, y, w in triples]
-    return [total(x * y * w for x, y, w in centred), total(x * x * w for x, _, w in centred),
-            total(y * y * w for _, y, w in centred), whole]
-
-
 def calls(random):
     def data_and_weights():
         n = random_size(random)
@@ -198,13 +181,6 @@ def calls(random):
     def procedure():
         return Procedure(random.choice(list(PROCEDURES)))
 
-    def pairs():
-        n = random_size(random)
-        m = n + 1 if random.random() < 0.05 else n
-        return [random_data(random, random_floats(random, n)),
-                random_data(random, random_floats(random, m)), random_weights(random, n),
-                random_integer(random, [0, 1, 1, 2, -1])]
-
     def with_sample(*rest):
         return lambda: [*data_and_weights(), *(argument() for argument in rest)]
 
@@ -220,7 +196,6 @@ def calls(random):
          "VexelAbsoluteDeviation expects 4 arguments, received: %1"),
         ("STATS_VexelExpectedValue_HW", expected_value, with_sample(procedure, flag),
          "VexelExpectedValue expects 4 arguments, received: %1"),
-        ("STATS_VexelCovariance_HW", covariance, pairs, "expected 4 arguments, received: %1"),
     ])
 
 

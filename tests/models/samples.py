@@ -64,6 +64,8 @@ def random_floats(random, n, kinds=("ties", "plain", "positive", "missing", "inf
             return NAN
         if kind == "infinite" and random.random() < 0.2:
             return random.choice([INFINITY, -INFINITY, NAN, 0.0, 1e308])
+        if kind == "zeros":
+            return random.choice([0.0, -0.0, 1.0, -1.0])
         if kind == "large":
             return random.choice([1, -1]) * 10.0**random.randint(-300, 300)
         return random.gauss(0, 3)
@@ -82,7 +84,7 @@ def random_elements(random, datatype, floats):
         return [random.choice([-most, most - 1]) if random.random() < 0.05
                 else random.randint(-4, 9) for _ in floats]
     if datatype == "float[4]":
-        return [float32(v) for v in floats]
+        return [float32(v) + 0.0 for v in floats]  # no zeros with a sign by underflow
     if datatype == "complex[8]":
         return [complex(v, 0.0) for v in floats]
     if datatype == "complex":
@@ -189,5 +191,5 @@ def calls_of(random, entries):
             if isinstance(value, Raised) or random.random() < 0.9:
                 yield call(name, *arguments), value
             else:  # the data stay as they are
-                yield (f"d := {to_text(arguments[0])}: [{call(name, Name('d'), *arguments[1:])}, d]",
-                       [value, arguments[0]])
+                again = call(name, Name("d"), *arguments[1:])
+                yield f"d := {to_text(arguments[0])}: [{again}, d]", [value, arguments[0]]
