@@ -53,8 +53,22 @@ class Sequence(list):
     """An expression sequence."""
 
 
-class Table(dict):
-    """A table, with its keys in the order in which the host prints them; a result only."""
+class Table:
+    """A table; keys are one when they print alike, as 2 and 2 but not 2 and 2.0 do."""
+
+    def __init__(self, entries=()):
+        self.entries = {}
+        for key, value in dict(entries).items():
+            self[key] = value
+
+    def __setitem__(self, key, value):
+        self.entries[json.dumps(to_json(key))] = (key, value)
+
+    def get(self, key):
+        return self.entries.get(json.dumps(to_json(key)), (key, None))[1]
+
+    def json(self):
+        return {"table": [to_json(list(entry)) for entry in self.entries.values()]}
 
 
 class Near(float):
@@ -159,10 +173,8 @@ def to_json(value):
         return {"procedure": str(value)}
     if isinstance(value, (Name, Fraction)):
         return {"expr": str(value)}
-    if isinstance(value, (Array, Raised)):
+    if isinstance(value, (Array, Raised, Table)):
         return value.json()
-    if isinstance(value, Table):
-        return {"table": [[to_json(k), to_json(v)] for k, v in value.items()]}
     if isinstance(value, Range):
         return {"range": [to_json(v) for v in value]}
     if isinstance(value, Equation):
@@ -177,12 +189,17 @@ def to_json(value):
 
 
 def same(a, b):
-    """b is a to the last bit, but for what is Near; 2 is not 2.0 and 0.0 is not -0.0."""
+    """b is a to the last bit, but for what is Near; 2 is not 2.0 and 0.0 is not -0.0.
+
+    The entries of a table have no order.
+    """
     if isinstance(a, Near):
         return type(b) is float and abs(a - b) <= a.tolerance
     if type(a) is not type(b):
         return False
     if isinstance(a, dict):
+        if "table" in a and "table" in b:
+            a, b = ({json.dumps(k): v for k, v in table["table"]} for table in (a, b))
         return a.keys() == b.keys() and all(same(a[k], b[k]) for k in a)
     if isinstance(a, list):
         return len(a) == len(b) and all(map(same, a, b))
@@ -224,10 +241,10 @@ def integer64(value):
 
 
 def boolean(value):
-    """An argument as the host converts it to a boolean; 32-bit integers count as well."""
+    """An argument as the host converts it to a boolean; 32-bit integers stay what they are."""
     if not isinstance(value, int) or not -2**31 <= value < 2**31:
         raise Raised("true or false expected, received %1", value)
-    return bool(value)
+    return int(value)
 
 
 def expected(function, *arguments):
