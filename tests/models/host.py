@@ -103,6 +103,20 @@ class Array:
             return [level(elements[i * step:(i + 1) * step], bounds[1:]) for i in range(extent)]
         return level(self.elements, self.bounds) if self.elements else []
 
+    def block(self):
+        """The elements as they lie in memory, of two dimensions at most."""
+        if self.order == "row" or len(self.bounds) == 1 or not self.elements:
+            return list(self.elements)
+        step = len(self.elements) // (self.bounds[0][1] - self.bounds[0][0] + 1)
+        return [x for j in range(step) for x in self.elements[j::step]]
+
+    def set_block(self, block):
+        """Takes the elements as they are to lie in memory."""
+        if self.order == "column" and len(self.bounds) == 2:
+            rows = self.bounds[0][1] - self.bounds[0][0] + 1
+            block = [x for i in range(rows) for x in block[i::rows]]
+        self.elements = list(block)
+
     def text(self):
         def brackets(x):
             return "[" + ", ".join(map(brackets, x)) + "]" if isinstance(x, list) else x

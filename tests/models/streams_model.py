@@ -76,7 +76,7 @@ class Sobol(Stream):
         super().__init__(dimension)
         self.codes, self.directions, self.precision = codes, directions, precision
         stride = len(directions.elements) // (directions.bounds[0][1] - directions.bounds[0][0] + 1)
-        block = to_block(directions)
+        block = directions.block()
         self.numbers = []
         for j in range(dimension):
             s, code = (degrees.elements[j], codes.elements[j]) if j > 0 else (1, 0)
@@ -88,7 +88,7 @@ class Sobol(Stream):
                 m.append(signed(term, 64))
             self.numbers.append([signed(x << (precision - 1 - k), 64) for k, x in enumerate(m)])
             block[j * stride:j * stride + precision] = self.numbers[-1]
-        from_block(directions, block)
+        directions.set_block(block)
 
     def point(self):
         gray = self.index ^ (self.index >> 1)
@@ -136,30 +136,15 @@ class Faure(Stream):
         self.index = (self.index + max(count, 0)) % (self.period * self.base)
 
 
-def to_block(array):
-    """The elements as they lie in memory."""
-    if array.order == "row" or len(array.bounds) == 1:
-        return list(array.elements)
-    columns = array.bounds[1][1] - array.bounds[1][0] + 1
-    return [x for j in range(columns) for x in array.elements[j::columns]]
-
-
-def from_block(array, block):
-    if array.order == "column" and len(array.bounds) == 2:
-        rows = array.bounds[0][1] - array.bounds[0][0] + 1
-        block = [x for i in range(rows) for x in block[i::rows]]
-    array.elements = list(block)
-
-
 def written(stream, count, out):
     """What STATS_QRStreamNext_HW leaves in out, and whether the stream has run out."""
-    block = to_block(out)
+    block = out.block()
     points = stream.draw(count)
     for i, point in enumerate(points):
         for j, x in enumerate(point):
             block[i * len(point) + j if out.order == "column" else i + j * count] = x
     result = Array(out.datatype, out.bounds, [], out.order)
-    from_block(result, block)
+    result.set_block(block)
     return result, len(points) < count
 
 
@@ -189,7 +174,7 @@ def sobol_tables(random, dimension, precision):
         degrees, codes = [], []  # nothing is read of them
     order = random.choice(["row", "column"])
     directions = integers(random, [0] * len(block), 64, columns, order=order)
-    from_block(directions, block)
+    directions.set_block(block)
     return integers(random, degrees), integers(random, codes), directions, precision
 
 
