@@ -91,4 +91,6 @@ class Source:
         """An array, now and then none or one of other dimensions."""
         if self.chance(0.03):
             return self.choice([3, Name("x"), "text", 1.5])
-        return self.array(**options, dimensions=self.choice([2, 3]) if self.chance(0.03) else 1)
+        if self.chance(0.03):
+            return self.array(**{**options, "wrong": 0.0, "dimensions": self.choice([2, 3])})
+        return self.array(**options)

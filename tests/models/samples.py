@@ -166,6 +166,8 @@ def random_integer(random, choices):
 # Calls.
 
 def check_count(arguments, valid, message):
+    if not valid and isinstance(message, Raised):
+        raise message
     if not valid:
         raise Raised(message, arguments[0] if len(arguments) == 1 else
                      Sequence(arguments) if arguments else None)
@@ -175,7 +177,7 @@ def calls_of(random, entries):
     """For ever calls of each entry point and what they must give.
 
     An entry is its name, its model, a function that makes arguments, and the message for any other
-    number of them.
+    number of them, or the error if the arguments are none of its values.
     """
     def checked(model, message, count, arguments):
         check_count(arguments, len(arguments) == count, message)
