@@ -4,7 +4,7 @@ import math
 from fractions import Fraction
 
 from host import INFINITY, NAN, Array, Name, Raised, expected, float32, real
-from samples import random_size
+from samples import random_size, random_weights
 
 INTEGER_BITS = {"integer[1]": 8, "integer[2]": 16, "integer[4]": 32, "integer[8]": 64}
 REAL_TYPES = ["anything", *INTEGER_BITS, "float[8]", "float[4]"]
@@ -29,6 +29,8 @@ def require_vector(value, message="invalid data sample, expected: one-dimensiona
 
 
 def extents(array):
+    if not isinstance(array, Array):
+        return [3]  # as good as any
     return [max(0, upper - lower + 1) for lower, upper in array.bounds]
 
 
@@ -94,3 +96,8 @@ class Source:
         if self.chance(0.03):
             return self.array(**{**options, "wrong": 0.0, "dimensions": self.choice([2, 3])})
         return self.array(**options)
+
+    def sample(self, **options):
+        """Data and weights."""
+        data = self.data(**options)
+        return [data, random_weights(self.random, extents(data)[0])]

@@ -6,7 +6,7 @@ from math import isinf
 from arrays import REAL_TYPES, Source, require_vector
 from host import (INFINITY, NAN, Array, Equation, Name, Raised, Range, Sequence, Table, integer64,
                   main, real, same, to_json)
-from samples import calls_of, random_boolean, random_integer, random_weights, sample, vector
+from samples import calls_of, random_boolean, random_integer, sample, vector
 
 DIGITS = decimal.Context(prec=15, traps=[])  # of the host's addition
 
@@ -123,21 +123,17 @@ def frequency_data(data, weights, ignore, bins, m):
 def calls(random):
     source = Source(random)
 
-    def with_weights(data):
-        n = data.bounds[0][1] - data.bounds[0][0] + 1 if isinstance(data, Array) else 3
-        return [data, random_weights(random, max(n, 0))]
-
     def tally_arguments():
-        data = source.data(wrong=0.3)
-        if source.chance(0.3) and isinstance(data, Array):  # values far from others
+        data, weights = source.sample(wrong=0.3)
+        if source.chance(0.3) and isinstance(data, Array):
             data.elements = [random.choice(data.elements) for _ in data.elements]
-        return with_weights(data)
+        return [data, weights]
 
     def tally_sorted_arguments():
-        data = source.data(wrong=0.1)
-        if isinstance(data, Array) and source.chance(0.8):
+        data, weights = source.sample(wrong=0.1)
+        if source.chance(0.8) and isinstance(data, Array):
             data.elements.sort(key=lambda e: str(to_json(e)))
-        return with_weights(data)
+        return [data, weights]
 
     def bins():
         low = source.choice([0.0, 0, -3, 1.0, -2.5, Name("sqrt(2)"), 2.5, -1e308])
@@ -154,9 +150,8 @@ def calls(random):
         return random_integer(random, [1, 2, 3, 4, 5, 7, 10, 100, 0, -1])
 
     def binned(which):
-        data = source.data(wrong=source.choice([0.0] * 6 + [0.1]))
-        ignore = random_boolean(random)
-        return [*with_weights(data), ignore, which, count()]
+        data = source.sample(wrong=source.choice([0.0] * 6 + [0.1]))
+        return [*data, random_boolean(random), which, count()]
 
     def tally_into_arguments():
         ranges = [bins() for _ in range(source.choice([0, 1, 1, 2, 3]))]
