@@ -73,7 +73,7 @@ KINDS = {"p": _probability, "s": _positive, "x": _location, "n": _count}
 
 
 def random_arguments(random, kinds, odd=0.12):
-    """An argument for each letter of kinds, some odd numbers, few no numbers or of a wrong count.
+    """An argument for each letter of kinds, some odd numbers.
 
     p: a probability, s: a scale or shape, x: a location or abscissa, n: a whole number, b: true or
     false.
@@ -87,6 +87,11 @@ def random_arguments(random, kinds, odd=0.12):
             arguments.append(random.choice(ODD_NUMBERS))
         else:
             arguments.append(KINDS[kind](random))
+    return spoiled(random, arguments)
+
+
+def spoiled(random, arguments):
+    """The arguments; few of them no numbers or of a wrong count."""
     choice = random.random()
     if choice < 0.03 and arguments:
         arguments[random.randrange(len(arguments))] = random.choice(NO_NUMBERS)
