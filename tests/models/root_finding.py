@@ -56,7 +56,7 @@ class Calls:
         function = function_of(self.bodies[name])
 
         def recorded(x):
-            count = len(self.record) + 1
+            count = len(self.record.entries) + 1
             self.record[count] = [name, float(x), self.digits]
             if count == self.fails_at:
                 raise Raised("stop %1", float(x))
