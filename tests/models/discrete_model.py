@@ -5,12 +5,9 @@ import math
 
 import libm
 from distributions import converted, counted, spoiled, whole
-from host import (Array, Near, Raised, RandomStream, call, expected, integer32, main, real)
+from host import Array, Near, RandomStream, call, expected, integer32, main, real
+from interpolation_model import discrete, discrete_left
 from ziggurats import normal
-
-NOT_CONVERGED = "DiscreteInterpolationHybrid was not able to converge to the specified root."
-EXHAUSTED = "maximum number of iterations exceeded in discrete root finding."
-
 
 @functools.lru_cache(None)
 def poisson(k, mean):
@@ -42,64 +39,23 @@ def negative_binomial(k, n, p):
     return math.fsum([term] + [term := term * (n + j) / (j + 1) * (1.0 - p) for j in range(k)])
 
 
-def bisect(u, F, low, high, limit):
-    if F(low) > u:
-        return low
-    if F(high) < u:
-        raise Raised("root must be bracketed by left and right barriers.")
-    if limit < 1:
-        raise Raised(EXHAUSTED)
-    steps = 0
-    while high - low > 1:
-        middle = (low + high) // 2
-        low, high = (low, middle) if u <= F(middle) else (middle, high)
-        steps += 1
-        if steps == limit:
-            raise Raised(EXHAUSTED)
-    return high
-
-
-def search_from(start, u, F, limit):
-    """Secant steps toward 1 from 0 and the start until F reaches u, then bisection."""
-    if start <= 0:
-        raise Raised("the specified initial point must be greater than the left barrier.")
-    if u < 0.0 or u > 1.0:
-        raise Raised("the specified approximation point must be between function bounds.")
-    before, now = 0, start
-    if limit < 1:
-        raise Raised(NOT_CONVERGED)
-    steps = 0
-    while F(now) < u:
-        slope = (F(now) - F(before)) / (now - before)
-        following = libm.truncated(libm.floor(
-            libm.divide(1.0 - (F(before) - before * slope), slope)))
-        following = now + 1 if following == now else following
-        if following < now or F(following) < F(now):
-            raise Raised("specified function is not a nondecreasing function.")
-        steps += 1
-        if F(following) == F(now) or steps == limit:
-            raise Raised(NOT_CONVERGED)
-        before, now = now, following
-    return bisect(u, F, before, now, limit - steps)
-
-
 def poisson_quantile(limit, u, mean):
-    return search_from(int(mean) or 1, u, lambda k: poisson(k, mean), limit)
+    return discrete_left(u, lambda k: poisson(k, mean), 0.0, 1.0, 0, int(mean) or 1, limit)
 
 
 def binomial_quantile(limit, u, n, p):
-    return bisect(u, lambda k: binomial(k, n, p), 0, n, limit)
+    return discrete(u, lambda k: binomial(k, n, p), 0, n, limit)
 
 
 def hypergeometric_quantile(limit, u, n, drawn, marked):
     if u >= 1.0:
         return float(min(drawn, marked))
-    return float(bisect(u, lambda k: hypergeometric(k, n, drawn, marked), 0, drawn, limit))
+    return float(discrete(u, lambda k: hypergeometric(k, n, drawn, marked), 0, drawn, limit))
 
 
 def negative_binomial_quantile(_, u, n, p):
     """The limit is 100, whatever the host's is."""
-    return search_from(int(n), u, lambda k: negative_binomial(k, n, p), 100)
+    return discrete_left(u, lambda k: negative_binomial(k, n, p), 0.0, 1.0, 0, int(n), 100)
 
 
 def binomial_variate(limit, stream, n, p):

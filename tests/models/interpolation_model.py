@@ -138,4 +138,5 @@ def problem(random, finder):
     return (f, "0"), [p, Name("f"), *values, low, high, limit]
 
 
-main(lambda random: root_calls(random, FINDERS, problem))
+if __name__ == "__main__":
+    main(lambda random: root_calls(random, FINDERS, problem))

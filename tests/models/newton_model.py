@@ -150,4 +150,5 @@ def problem(random, finder):
                          p.limit]
 
 
-main(lambda random: root_calls(random, FINDERS, problem))
+if __name__ == "__main__":
+    main(lambda random: root_calls(random, FINDERS, problem))
