@@ -176,7 +176,7 @@ def root_calls(random, finders, problem):
     """Calls of the finders on problem(random, name): procedures' bodies and all the arguments."""
     for finder in itertools.cycle(finders):
         bodies, arguments = problem(random, finder)
-        if random.random() < 0.06:
+        for _ in range(random.choice([0] * 12 + [1, 2])):
             arguments[random.randrange(len(arguments))] = odd_value(random)
         if random.random() < 0.02:
             arguments = [1.5, "text"] * random.randint(1, 6)
