@@ -37,7 +37,10 @@ TEST_F(LanguageTest, ExpressionsBecomeTheirValues) {
       {"evalf(exp(I*Pi))", "-1.0 + 0.0*I"},
       {"[arcsin(Complex(2.0, 0.0)), arcsin(Complex(2.0, -0.0))]",  // either side of the cut
        "[1.5707963267949 + 1.31695789692482*I, 1.5707963267949 - 1.31695789692482*I]"},
-      {"tan(Complex(1.0, 1e30))", "0.0 + 1.0*I"},
+      {"[tan(Complex(1.0, 1e30)), tanh(Complex(-1e7, 1.0))]",  // far from the axis
+       "[0.0 + 1.0*I, -1.0 + 4.18476352065845e-8685890*I]"},
+      {"[arctan(Complex(2.5, -infinity)), sqrt(Complex(1.0, infinity))]",
+       "[1.5707963267949 - 0.0*I, Float(infinity) + Float(infinity)*I]"},
       {"exp(I*Pi)", "exp(I*Pi)"},
       {"[(-2.0)^(1/2), evalf((-2)^(3/2)), 2.0^(1/2)]",
        "[1.4142135623731*I, 0.0 - 2.82842712474619*I, 1.4142135623731]"},
