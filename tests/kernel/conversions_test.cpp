@@ -5,10 +5,13 @@
 #include <gmock/gmock.h>
 
 #include <limits>
+#include <new>
+#include <stdexcept>
 #include <utility>
 
 #include "host_call.hpp"
 #include "kernel/callback_adapters.hpp"
+#include "kernel/entry_frame.hpp"
 #include "kernel_test.hpp"
 
 extern "C" ALGEB STATS_StatsInitialize_HW(VKernelVector kv);
@@ -107,6 +110,18 @@ TEST_F(ConversionsTest, HostVariablesSetTheLimits) {
   EXPECT_EQ(STATS_IterationLimit_HW(kernel.vector()), 7);
   EXPECT_EQ(STATS_HostDigits_HW(kernel.vector()), 20);
   EXPECT_EQ(STATS_GetVexelDigits_HW(), 15);
+}
+
+TEST_F(ConversionsTest, StandardExceptionsBecomeHostErrors) {
+  const auto error = [&](const auto& exception) {
+    return hostError([&] {
+      inHost(kernel,
+             [&] { STATS_RunEntry_HW(kernel.vector(), [&]() -> ALGEB { throw exception; }); });
+    });
+  };
+  EXPECT_EQ(error(std::length_error("too long")), "too long");
+  EXPECT_EQ(error(std::runtime_error(std::string(300, 'x'))), std::string(255, 'x'));
+  EXPECT_EQ(error(std::bad_alloc()), "not enough memory");
 }
 
 TEST_F(ConversionsTest, StartAndStopMayRepeat) {

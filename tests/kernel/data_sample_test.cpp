@@ -78,6 +78,27 @@ TEST_F(DataSampleTest, DenseFloatsAreUsedInPlaceAndOthersCopied) {
   EXPECT_THAT(numbers(integers), ElementsAre(1.0, 2.0));
 }
 
+TEST_F(DataSampleTest, AnotherArrayReplacesTheCopy) {
+  const vexel::Value integers = eval("Array([1, 2], datatype = integer[4])");
+  STATS_Vector_HW vector(kernel.vector(), integers.handle());
+  const auto liveAfter = [&](const vexel::Value& array) {
+    STATS_Vector_HW::SetData(kernel.vector(), &vector, array.handle());
+    kernel.collect();
+    EXPECT_THAT(Doubles(vector.data(), vector.data() + 2), ElementsAre(1.0, 2.0));
+    return kernel.liveObjects();
+  };
+  const std::size_t live = liveAfter(integers);
+  EXPECT_EQ(liveAfter(integers), live);
+  // Host objects are copied by the host, or one at a time where one is no number as it stands.
+  const vexel::Value later = eval("later := Array([1, b]): b := 2: later");
+  liveAfter(later);
+  EXPECT_EQ(liveAfter(later), liveAfter(later));
+  const vexel::Value floats = array({1.0, 2.0});
+  liveAfter(floats);
+  liveAfter(integers);
+  EXPECT_THAT(numbers(floats), ElementsAre(1.0, 2.0));
+}
+
 TEST_F(DataSampleTest, ElementsAreEvaluatedWhereTheHostDoesNotCopyThem) {
   EXPECT_THAT(view("later := Array([1, b, 1/2]): b := 5: later"), ElementsAre(1.0, 5.0, 0.5));
   EXPECT_EQ(hostErrorText([&] { inHost(kernel, [&] { view("Array([1, unset])"); }); }),
