@@ -102,37 +102,6 @@ TEST_F(DiscreteTest, EmpiricalQuantilesComeFromTheSample) {
             (std::vector<double>{1.0, 4.0, 2.0}));
 }
 
-TEST_F(DiscreteTest, EmpiricalArgumentsAreTakenInTheirOrder) {
-  const vexel::Value name = kernel.name("flag");
-  EXPECT_EQ(hostError([&] { call("STATS_VexelEmpiricalDeviate_HW", 0.5, 7, none(), name); }),
-            "invalid data sample, expected: rtable, received %1");
-  EXPECT_EQ(hostError([&] { call("STATS_VexelEmpiricalRandomVariate_HW", none(), 7, name); }),
-            "invalid data sample, expected: rtable, received %1");
-  EXPECT_EQ(hostError([&] { call("STATS_VexelEmpiricalRandomSample_HW", name, 7, 7, name); }),
-            "an integer of 32 bits expected, received %1");
-}
-
-// A sample looks many uniforms up at once.
-TEST_F(DiscreteTest, EmpiricalSamplesAreTheirVariates) {
-  const std::vector<double> points = {3.0, 1.0, kNaN, 2.0, 4.0, 2.0, -kInf};
-  for (const auto& weights : {std::vector<double>{}, {0.1, 0.2, 0.7, 0.3, 0.0, 0.4, 0.5}}) {
-    for (const bool copy : {true, false}) {
-      constexpr int kSize = 9000;  // more than are looked up at once
-      kernel.seed(3);
-      const std::vector<double> sample = numbers(
-          call("STATS_VexelEmpiricalRandomSample_HW", kSize, array(points), array(weights), copy));
-      kernel.seed(3);
-      const vexel::Value data = array(points);
-      const vexel::Value w = array(weights);
-      ASSERT_EQ(sample.size(), static_cast<std::size_t>(kSize));
-      for (const double x : sample) {
-        const double one = number(call("STATS_VexelEmpiricalRandomVariate_HW", data, w, copy));
-        ASSERT_TRUE(one == x || (std::isnan(one) && std::isnan(x))) << one << ' ' << x;
-      }
-    }
-  }
-}
-
 TEST_F(DiscreteTest, NormalApproximationsKeepTheirCoefficients) {
   // mpmath; the handbook's own coefficients would give 1.96039491692535.
   const double upper = number(call("STATS_VexelNormalDeviateApprox_HW", 0.975));
