@@ -132,6 +132,8 @@ FUNCTIONS = [
     ("if(x < {b}, x - 1, x + 1)", "1", -10.0, 10.0), ("floor(4*x)/4", "1", -40.0, 40.0),
     ("if(x < -1, 0, if(x > 2, 1, (x + 1)/3))", "if(x < -1, 0, if(x > 2, 0, 1/3))", 0.0, 1.0),
     ("if(x < -1, 0, if(x > 2, 1, (x + 1)/3))", "1/3", 0.0, 1.0), ("floor(x)", "0", -40.0, 40.0),
+    ("if(x < {b}, x - 1, x)", "1", -10.0, 10.0), ("if(x > {b}, x + 1, x)", "1", -10.0, 10.0),
+    ("if(abs(x - {b}) < {a}, undefined, x)", "if(abs(x - {b}) < {a}, 0, 1)", -9.0, 9.0),
     ("if(x > {a}, undefined, x)", "1", -9.0, 9.0), ("if(x < {b}, undefined, x)", "1", -9.0, 9.0),
     ("if(x > {a}, infinity, x)", "1", -9.0, 9.0), ("if(x < {b}, -infinity, x)", "1", -9.0, 9.0),
     ("if(x < {b}, x*x*x, 9*x)", "if(x < {b}, 3*x*x, 9)", -1000.0, 1000.0)]
@@ -160,7 +162,7 @@ class Problem:
             self.target = round(self.target, 1)
         if random.random() < 0.15:
             at = random.choice([self.left, self.right, self.between])
-            self.target = random.choice([least, greatest, function_of(self.f)(at)])
+            self.target = random.choice([least, greatest, at, function_of(self.f)(at)])
         self.values = random.choice([(least, greatest)] * 5 + [
             (-INFINITY, INFINITY), (least, INFINITY), (-INFINITY, greatest), (0.0, 1.0)])
         self.factor = random.choice([1, 1, 10, 100, 10**7, 10**9, 2 * 10**9, 0, -1])
