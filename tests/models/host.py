@@ -261,10 +261,10 @@ def boolean(value):
     return int(value)
 
 
-def expected(function, *arguments):
+def expected(function, *arguments, **options):
     """The model's result, or the error it raises."""
     try:
-        return function(*arguments)
+        return function(*arguments, **options)
     except Raised as error:
         return error
 

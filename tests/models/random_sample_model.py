@@ -58,7 +58,7 @@ def finite(value):
     return value
 
 
-def random_sample(stream, *arguments):
+def random_sample(stream, *arguments, make=generator_of):
     if len(arguments) != 4:
         raise Raised("expected 4 arguments, received: %1", Sequence(arguments))
     output, procedure, descriptions, hardware = arguments
@@ -72,7 +72,7 @@ def random_sample(stream, *arguments):
         raise Raised("output rtable has invalid storage type %1", output)
     if output.datatype != "float[8]":
         raise Raised("output rtable has invalid data type %1", output)
-    generators = [generator_of(description) for description in descriptions]
+    generators = [make(description) for description in descriptions]
     if procedure is None:
         values = [generators[0](stream) for _ in output.elements]
     else:
