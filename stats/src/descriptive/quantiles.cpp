@@ -179,7 +179,7 @@ bool STATS_QuantileReading_HW(double* result, const double* x, int size, const d
 void STATS_WeightedQuantile_HW(double* result, double* x, double* w, const double* probs, int n,
                                int m, STATS_QUANTILE_TYPE_HW type) {
   if (n <= 0) {
-    std::fill_n(result, std::max(m, 0), kNaN);
+    std::fill_n(result, m, kNaN);
     return;
   }
   const QuantileParameters q(type);

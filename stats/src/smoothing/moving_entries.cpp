@@ -161,9 +161,5 @@ STATS_ENTRY(STATS_VexelMovingMedian_HW) {
                                   window.offset, recursive, STATS_AllocDoubles_HW(kv, window.size),
                                   STATS_AllocDoubles_HW(kv, window.size), out);
   }
-  // A recursive offset of leading values may itself have been written over.
-  if (recursive) {
-    std::copy_n(series.values, series.results, block);
-  }
   return result;
 }
