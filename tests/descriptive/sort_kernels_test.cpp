@@ -17,6 +17,8 @@
 #include <string>
 #include <vector>
 
+#include "descriptive/partition.hpp"
+
 namespace {
 
 using Doubles = std::vector<double>;
@@ -239,6 +241,26 @@ TEST(SortKernels, HeapSortMovesPartnersAlong) {
   STATS_HeapSort_HW(a.data(), w.data(), 2);
   EXPECT_EQ(a[1], 1);
   EXPECT_EQ(w, (Doubles{10, 20}));
+}
+
+// Orders made to defeat the partitioning are nearly sorted where the heap takes over.
+TEST(SortKernels, SortAnyRangeByAHeap) {
+  std::mt19937 random(13);
+  for (int round = 0; round < 300; ++round) {
+    const Pairs given = randomPairs(random, round);
+    const int lo = size(given.a) / 5;
+    const int hi = size(given.a) - 1 - size(given.a) / 7;
+    Doubles sorted = given.a;
+    std::sort(sorted.begin() + lo, sorted.begin() + hi + 1,
+              [](double x, double y) { return after(y, x); });
+    Pairs x = given;
+    heapSortRange<true>(PairedArray{x.a.data(), x.w.data()}, lo, hi);
+    ASSERT_EQ(bits(x.a), bits(sorted));
+    for (int i = 0; i < size(given.a); ++i) {
+      const auto partner = static_cast<std::size_t>(x.w[static_cast<std::size_t>(i)]);
+      ASSERT_EQ(bits({x.at(i)}), bits({given.a[partner]})) << "place " << i;
+    }
+  }
 }
 
 // McIlroy, A Killer Adversary for Quicksort, Software Practice and Experience 29, 1999: values are

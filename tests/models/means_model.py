@@ -161,11 +161,10 @@ def calls(random):
     def percentile_pair():
         one = random.choice([0, 5, 10, 20, 25, 50, random.uniform(0, 100), Fraction(100, 3)])
         two = random.choice([100 - one, random.randint(0, 100), random.uniform(0, 100), 100, one])
-        if random.random() < 0.05:
+        if random.random() < 0.06:
             two = random.choice([-1, 100.5, NAN, Name("z"), None, -1e-9])
-        elif random.random() < 0.9:
-            one, two = sorted([one, two])
-        return (one, two) if random.random() < 0.97 else (two, one)
+            return random.choice([(one, two), (two, one)])
+        return (one, two) if random.random() < 0.05 else sorted([one, two])
 
     def cut():
         data, weights = data_and_weights()

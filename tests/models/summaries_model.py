@@ -87,7 +87,7 @@ def calls(random):
         return [random_data(random, floats), random_weights(random, n), random_boolean(random)]
 
     def five_point_arguments():
-        return [random_data(random, random_floats(random, random_size(random))),
+        return [random_data(random, random_floats(random, random.randint(0, 30))),
                 random_boolean(random)]
 
     def covariance_arguments():
