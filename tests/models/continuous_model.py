@@ -182,7 +182,8 @@ def calls(random):
         digits = random.choice([4, 7, 10])
         arguments = PROBABILITIES["NonCentralBeta"][1](random)
         rounded = call("STATS_VexelNonCentralBetaProbability_HW", *arguments)
-        yield (f"Digits := {digits}: p := {rounded}: Digits := 15: [p, istrue(p = evalf(p, {digits}))]",
+        yield (f"Digits := {digits}: p := {rounded}: Digits := 15: "
+               f"[p, istrue(p = evalf(p, {digits}))]",
                [Near(non_central_beta(*arguments), 2.0 * 10.0**-digits), True])
 
 

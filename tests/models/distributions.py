@@ -1,9 +1,9 @@
-"""What the models of the distributions share: counts of arguments, and random arguments."""
+"""What the models of the distributions share: counts of arguments, random arguments and outputs."""
 
 import math
 from fractions import Fraction
 
-from host import INFINITY, NAN, Name, Raised, Range, Sequence, real
+from host import INFINITY, NAN, Array, Name, Raised, Range, Sequence, real
 from libm import truncated
 
 ODD_NUMBERS = [INFINITY, -INFINITY, NAN, 0.0, -0.0, 1e308, 5e-324, Fraction(1, 3), Fraction(-1, 2),
@@ -100,3 +100,29 @@ def spoiled(random, arguments):
     elif choice < 0.06:
         arguments.append(0.5)
     return arguments
+
+
+def random_output(random):
+    """An array of zeros for a sample; few are of another kind, or no array."""
+    rows = random.choice([0, 1, 2, 5, 8])
+    columns = random.choice([1, 3])
+    bounds = [(1, rows), (-1, columns - 2)] if random.random() < 0.3 else [(rows, 2 * rows - 1)]
+    if rows == 0:
+        bounds = [(1, 0)]
+    elements = [0.0] * rows * (columns if len(bounds) == 2 else 1)
+    choice = random.random()
+    if choice < 0.02:
+        return Array("float[8]", bounds, elements, storage="sparse")
+    if choice < 0.04:
+        return Array("float[4]", bounds, elements)
+    if choice < 0.05:
+        return Name("unknown")
+    return Array("float[8]", bounds, elements, random.choice(["row", "column"]))
+
+
+def filled(output, values):
+    """The output with the values in the order of its storage."""
+    if len(output.bounds) == 2 and output.order == "column":
+        rows = output.bounds[0][1] - output.bounds[0][0] + 1
+        values = [v for row in range(rows) for v in values[row::rows]]
+    return Array("float[8]", output.bounds, values, output.order)

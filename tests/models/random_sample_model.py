@@ -3,7 +3,7 @@
 import math
 
 from discrete_model import DISTRIBUTIONS, possible_parameters
-from distributions import converted, random_arguments
+from distributions import converted, filled, random_arguments, random_output
 from host import (INFINITY, Array, Name, Procedure, Raised, RandomStream, Sequence, boolean, call,
                   expected, integer64, main, real)
 from variates_model import VARIATES
@@ -81,10 +81,7 @@ def random_sample(stream, *arguments, make=generator_of):
             raise Raised("expected: vexel procedure, received: %1", procedure)
         combine = PROCEDURES[procedure][1]
         values = [finite(combine(*[g(stream) for g in generators])) for _ in output.elements]
-    if len(output.bounds) == 2 and output.order == "column":
-        rows = output.bounds[0][1] - output.bounds[0][0] + 1
-        values = [v for row in range(rows) for v in values[row::rows]]
-    return [Array("float[8]", output.bounds, values, output.order), stream.int32()]
+    return [filled(output, values), stream.int32()]
 
 
 def random_description(random, odd):
@@ -107,23 +104,6 @@ def random_description(random, odd):
     if 0.04 < choice < 0.06:
         setup = random.choice([7, [code], [code, parameters, 1], parameters])
     return [random.choice([0, 0, 2, -1] + [Name("unknown")] * (choice > 0.99)), setup]
-
-
-def random_output(random):
-    rows = random.choice([0, 1, 2, 5, 8])
-    columns = random.choice([1, 3])
-    bounds = [(1, rows), (-1, columns - 2)] if random.random() < 0.3 else [(rows, 2 * rows - 1)]
-    if rows == 0:
-        bounds = [(1, 0)]
-    elements = [0.0] * rows * (columns if len(bounds) == 2 else 1)
-    choice = random.random()
-    if choice < 0.02:
-        return Array("float[8]", bounds, elements, storage="sparse")
-    if choice < 0.04:
-        return Array("float[4]", bounds, elements)
-    if choice < 0.05:
-        return 7
-    return Array("float[8]", bounds, elements, random.choice(["row", "column"]))
 
 
 def calls(random):

@@ -4,7 +4,7 @@ import math
 
 import closed_forms_model as closed_forms
 import libm
-from distributions import converted, counted, random_arguments, whole
+from distributions import converted, counted, filled, random_arguments, random_output, whole
 from host import (NAN, Array, Raised, RandomStream, boolean, call, expected, integer32, main, real)
 from libm import divide
 from ziggurats import exponential, normal
@@ -181,11 +181,24 @@ def random_variate(stream, name, arguments):
     return variate(stream, *converted(conversions, arguments))
 
 
+def normal_sample(stream, output, mu, sigma):
+    """Of a size, or into an array; parameters come first."""
+    mu, sigma = real(mu), real(sigma)
+    if not isinstance(output, Array):
+        n = integer32(output)
+        output = Array("float[8]", [(1, n)], [0.0] * n)
+    if output.storage != "rectangular":
+        raise Raised("output array must have rectangular storage, received: %1", output)
+    if output.datatype != "float[8]":
+        raise Raised("output array must have float[8] or sfloat data type, received: %1", output)
+    return filled(output, [normal(stream, mu, sigma) for _ in output.elements])
+
+
 def random_sample(stream, name, arguments):
     variate, conversions, _ = VARIATES[name]
     arguments = counted(name + "RandomSample", arguments, len(conversions) + 1)
     if name == "Normal":
-        converted(conversions, arguments[1:])
+        return normal_sample(stream, *arguments)
     n = integer32(arguments[0])
     parameters = converted(conversions, arguments[1:])
     if name == "Geometric":
@@ -203,6 +216,8 @@ def calls(random):
             operation = random.choice(["RandomVariate", "RandomSample"])
             if operation == "RandomSample":
                 arguments.insert(0, random.choice([0, -3, 1, 2, 3, 5, 8, 30, 2.0, 2**31]))
+                if name == "Normal" and random.random() < 0.7:
+                    arguments[0] = random_output(random)
             seed = random.randrange(2**64)
             stream = RandomStream(seed)
             function = random_variate if operation == "RandomVariate" else random_sample
