@@ -12,6 +12,7 @@
 #include "host_call.hpp"
 #include "kernel/callback_adapters.hpp"
 #include "kernel/entry_frame.hpp"
+#include "kernel/interrupt.hpp"
 #include "kernel_test.hpp"
 
 extern "C" ALGEB STATS_StatsInitialize_HW(VKernelVector kv);
@@ -122,6 +123,28 @@ TEST_F(ConversionsTest, StandardExceptionsBecomeHostErrors) {
   EXPECT_EQ(error(std::length_error("too long")), "too long");
   EXPECT_EQ(error(std::runtime_error(std::string(300, 'x'))), std::string(255, 'x'));
   EXPECT_EQ(error(std::bad_alloc()), "not enough memory");
+}
+
+TEST_F(ConversionsTest, InterruptsAreLookedForOnceInTenMillionOperations) {
+  STATS_InterruptLookout_HW lookout(kernel.vector());
+  const auto isInterrupted = [&](std::int64_t operations) {
+    try {
+      inHost(kernel, [&] {
+        vexel::Kernel::interrupt();
+        lookout.done(operations);
+        vexel::Kernel::clearInterrupt();
+      });
+    } catch (const vexel::Interrupted&) {
+      return true;
+    }
+    return false;
+  };
+  for (int round = 0; round < 2; ++round) {
+    EXPECT_FALSE(isInterrupted(5000000));
+    EXPECT_FALSE(isInterrupted(4999999));
+    EXPECT_TRUE(isInterrupted(1));
+  }
+  STATS_InterruptLookout_HW(nullptr).done(20000000);  // nobody to ask
 }
 
 TEST_F(ConversionsTest, StartAndStopMayRepeat) {
