@@ -1,26 +1,20 @@
-// Linear binning.
+// Linear binning: its grid's ends, interrupts and messages.  Its values are compared with the
+// models.
+
+#include "nag/discretize.hpp"
 
 #include <cmath>
 #include <string>
 #include <utility>
 #include <vector>
 
+#include "host_call.hpp"
 #include "kernel_test.hpp"
 
 namespace {
 
 using DiscretizeTest = KernelTest;
 using Numbers = std::vector<double>;
-
-TEST_F(DiscretizeTest, SharesWeightsBetweenNeighbours) {
-  const auto bins = [&](const Numbers& x, const vexel::Value& weights, double c) {
-    return numbers(call("STATS_VexelDiscretize_HW", array(x), 5, 0.0, 4.0, c, true, weights));
-  };
-  EXPECT_EQ(bins({1.5}, none(), 1.0), (Numbers{0, 0.5, 0.5, 0, 0}));
-  EXPECT_EQ(bins({0.0, 4.0, 2.25, 9.0, -1.0, kNaN}, none(), 3.0), (Numbers{1, 0, 0.75, 0.25, 1}));
-  EXPECT_EQ(bins({1.0, 3.0}, array({kNaN, 3.0}), 4.0), (Numbers{0, 1, 0, 3, 0}));
-  EXPECT_EQ(bins({2.0}, none(), 0.0), (Numbers{0, 0, 1.25, 0, 0}));  // M / (b - a)
-}
 
 TEST_F(DiscretizeTest, NeverLeavesItsGrid) {
   // Positions that rounding, subnormal widths and overflowing widths push past the ends.
@@ -35,6 +29,20 @@ TEST_F(DiscretizeTest, NeverLeavesItsGrid) {
       }
     }
   }
+}
+
+TEST_F(DiscretizeTest, ManyDataCanBeInterrupted) {
+  const Numbers x(1000000);
+  const auto discretize = [&](V_INT n) {
+    inHost(kernel, [&] {
+      double grid[3] = {};
+      vexel::Kernel::interrupt();
+      STATS_Discretize_HW(kernel.vector(), 3, 0.0, 1.0, 0.0, true, n, x.data(), nullptr, grid);
+      vexel::Kernel::clearInterrupt();
+    });
+  };
+  discretize(1000);
+  EXPECT_THROW(discretize(1000000), vexel::Interrupted);
 }
 
 TEST_F(DiscretizeTest, TellsOfMissingDataUnlessQuiet) {
