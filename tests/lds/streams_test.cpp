@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "kernel_test.hpp"
+#include "lds/FaureQRStream.hpp"
 #include "lds/HaltonQRStream.hpp"
 
 namespace {
@@ -221,6 +222,26 @@ TEST_F(StreamTest, FaureFirstPointsAndBases) {
        {std::pair{3, 3}, {4, 5}, {5, 5}, {6, 7}, {8, 11}, {11, 11}, {12, 13}, {24, 29}}) {
     const Points point = draw(stream(kFaure, dimension), 1);
     EXPECT_EQ(point[0], std::vector<double>(dimension, 1.0 / base));
+  }
+}
+
+TEST_F(StreamTest, FaureStartsBehindAPowerOfItsBase) {
+  const vexel::Value fresh = stream(kFaure, 3);
+  skip(fresh, 8);
+  const Points expected = draw(fresh, 3);
+  FaureQRStream behind(kernel.vector(), 3, 2);
+  for (int round = 0; round < 2; ++round) {
+    for (std::vector<double> point(3); const auto& x : expected) {
+      ASSERT_EQ(behind.next(kernel.vector(), point.data(), 3, 1, 1), 1);
+      EXPECT_EQ(point, x);
+    }
+    behind.reset(kernel.vector());
+  }
+  for (const int digits : {30, 31}) {  // base 2 has 30
+    FaureQRStream none(kernel.vector(), 2, digits);
+    double point[2];
+    EXPECT_EQ(none.skip(kernel.vector(), 5), 1);
+    EXPECT_EQ(none.next(kernel.vector(), point, 2, 1, 1), 0);
   }
 }
 

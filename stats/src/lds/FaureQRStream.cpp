@@ -37,11 +37,6 @@ FaureQRStream::FaureQRStream(VKernelVector kv, int dimension, int startExponent)
   initialize(kv, dimension, startExponent);
 }
 
-std::int64_t FaureQRStream::tableCells(int dimension) {
-  const std::int64_t m = digitCount(smallestPrimeFrom(dimension));
-  return dimension * (m * (m + 1) / 2);
-}
-
 int FaureQRStream::initialize(VKernelVector /*kv*/, int d, int startExponent) {
   assert(d >= 2);
   dimension_ = d;
@@ -163,7 +158,7 @@ void FaureQRStream::addGenerator(int j) {
     std::int32_t* const y = &y_[static_cast<std::size_t>(i) * d];
     const std::int32_t weight = weights_[static_cast<std::size_t>(i)];
     for (std::size_t k = 0; k < d; ++k) {
-      const std::int32_t sum = y[k] + c[k];  // below 2^30: the tables bound the base
+      const std::int32_t sum = y[k] + c[k];  // below 2^30: the dimension bounds the base
       const std::int32_t digit = sum - (sum >= b ? b : 0);
       x[k] += (digit - y[k]) * weight;
       y[k] = digit;

@@ -13,16 +13,13 @@
 
 class FaureQRStream : public VexelQRStream {
  public:
-  // Cells of the largest tables that a stream may have (each cell is 32 bits).
-  static constexpr std::int64_t kMaxCells = std::int64_t{1} << 28;
+  // Tables of a gigabyte: a base from 46341 on has one digit, and one row to each of its tables.
+  static constexpr int kMaxDimension = 1 << 28;
 
-  // A stream that starts behind the point of index b^startExponent - 1.  dimension >= 2 and small
-  // enough for tableCells.  A start exponent beyond the digits of the base makes a stream that is
-  // exhausted from the start.
+  // A stream that starts behind the point of index b^startExponent - 1, 2 <= dimension <=
+  // kMaxDimension.  A start exponent beyond the digits of the base makes a stream that is exhausted
+  // from the start.
   FaureQRStream(VKernelVector kv, int dimension, int startExponent);
-
-  // Cells of the generator matrices for a dimension >= 2.
-  static std::int64_t tableCells(int dimension);
 
   int reset(VKernelVector kv) override;
 

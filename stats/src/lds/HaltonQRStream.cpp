@@ -123,7 +123,6 @@ HaltonQRStream::HaltonQRStream(VKernelVector kv, int dimension) {
     generate_primes(kv, ownedPrimes_.data(), dimension);
     primes_ = ownedPrimes_.data();
   }
-  HaltonQRStream::reset(kv);
 }
 
 void HaltonQRStream::generate_primes(VKernelVector kv, int* out, int nn) {

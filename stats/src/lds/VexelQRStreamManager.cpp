@@ -63,16 +63,6 @@ std::unique_ptr<VexelQRStream> makeSobol(VKernelVector kv, const Arguments& arg,
                                          directions, columns, arg[4], arg[3], precision);
 }
 
-std::unique_ptr<VexelQRStream> makeFaure(VKernelVector kv, V_INT dimension) {
-  // One row of generators is the least that there is, which bounds the base too.
-  const int d = checkedDimension(kv, dimension, 2, static_cast<int>(FaureQRStream::kMaxCells));
-  if (FaureQRStream::tableCells(d) > FaureQRStream::kMaxCells) {
-    VexelRaiseError1(kv, "the tables of a stream of dimension %1 are too large",
-                     ToVexelInteger(kv, d));
-  }
-  return std::make_unique<FaureQRStream>(kv, d, 0);
-}
-
 std::unique_ptr<VexelQRStream> makeStream(VKernelVector kv, const Arguments& arg) {
   const V_INT dimension = arg.integer(1);
   const V_INT kind = arg.integer(2);
@@ -83,7 +73,8 @@ std::unique_ptr<VexelQRStream> makeStream(VKernelVector kv, const Arguments& arg
       return std::make_unique<HaltonQRStream>(
           kv, checkedDimension(kv, dimension, 1, HaltonQRStream::kMaxDimension));
     case kFaure:
-      return makeFaure(kv, dimension);
+      return std::make_unique<FaureQRStream>(
+          kv, checkedDimension(kv, dimension, 2, FaureQRStream::kMaxDimension), 0);
     default:
       VexelRaiseError1(kv,
                        "invalid quasi-random stream kind, expected: 0 (Sobol), 1 (Halton) or 2 "
