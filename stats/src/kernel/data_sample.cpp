@@ -67,7 +67,7 @@ double elementToDouble(VKernelVector kv, const RTableData& element, int dataType
   }
 }
 
-// Element i of a dense block of the given type.
+// Element i of a dense block of the given type, other than 64-bit floats, which stay in place.
 RTableData blockElement(const void* block, int dataType, int i) {
   RTableData element{};
   switch (dataType) {
@@ -89,9 +89,6 @@ RTableData blockElement(const void* block, int dataType, int i) {
       break;
     case RTABLE_INTEGER64:
       element.int64 = static_cast<const std::int64_t*>(block)[i];
-      break;
-    case RTABLE_FLOAT64:
-      element.float64 = static_cast<const double*>(block)[i];
       break;
     case RTABLE_COMPLEX:
       element.complexf64.re = static_cast<const double*>(block)[2 * std::int64_t{i}];
@@ -166,7 +163,7 @@ int STATS_Vector_HW::size() const {
     return 0;
   }
   const std::uint64_t n = static_cast<std::uint64_t>(upper) - static_cast<std::uint64_t>(lower) + 1;
-  if (n == 0 || n > std::uint64_t{std::numeric_limits<int>::max()}) {
+  if (n > std::uint64_t{std::numeric_limits<int>::max()}) {
     VexelRaiseError(kv_, "the data sample has more than 2147483647 elements");
   }
   return static_cast<int>(n);

@@ -11,23 +11,13 @@
 #include "kernel/entry_frame.hpp"
 #include "kernel/host_arrays.hpp"
 
-namespace {
-
-void raiseFailure(VKernelVector kv, const NagError& fail) {
-  if (fail.code != NAG2_OK) {
-    VexelRaiseError1(kv, fail.message, ToVexelNULL(kv));
-  }
-}
-
-}  // namespace
-
 void STATS_ShapiroWilk_HW(VKernelVector kv, long n, double* x, double* W, double* p) {
   NagError fail = STATS_NagError_HW();
   q43352(x, static_cast<std::size_t>(n), Nag_Ascending, &fail);
-  raiseFailure(kv, fail);
+  STATS_RaiseNagError_HW(kv, fail);
   double* coefficients = STATS_AllocDoubles_HW(kv, n);
   q32554(static_cast<int>(n), x, 1, coefficients, W, p, &fail);
-  raiseFailure(kv, fail);
+  STATS_RaiseNagError_HW(kv, fail);
 }
 
 // STATS_VexelShapiroWilk_HW(data, weights, flag): the list [W, p], p the significance level.
