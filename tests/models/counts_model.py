@@ -95,8 +95,7 @@ def calls(random):
         n = extents(sampled[0])[0]
         output = source.array(size=0)
         if source.chance(0.6):
-            output = source.array("float[8]", size=n + source.choice([0, 0, 1, 3]),
-                                  storage="rectangular")
+            output = source.array("float[8]", size=n + source.choice([0, 0, 1, 3]))
         elif source.chance(0.3):
             output = source.data(size=n)
         elif source.chance(0.2) and n > 0:

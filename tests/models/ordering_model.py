@@ -149,7 +149,7 @@ def calls(random):
 
     def data():
         datatype = source.choice(REAL_TYPES if source.chance(0.95) else TYPES)
-        return source.data(datatype=datatype, wrong=source.choice([0.0, 0.0, 0.0, 0.0, 0.1]),
+        return source.data(datatype=datatype, wrong=source.choice([0.0, 0.0, 0.0, 0.1]),
                            storage="rectangular" if source.chance(0.8) else "sparse")
 
     def flag():
@@ -171,7 +171,7 @@ def calls(random):
         unique = flag() if dimensions == 1 or source.chance(0.1) else False
         arguments = [rows, target, flag(), unique, ranks]
         if source.chance(0.06):
-            arguments[source.choice([0, 1, 4])] = source.data()
+            arguments[source.choice([0, 1, 4])] = source.choice([3, Name("x"), source.data()])
         return arguments
 
     def shuffle_arguments():

@@ -1,0 +1,62 @@
+// Arrays in their own element type, where random calls do not reach: limits of indices, arrays that
+// change meanwhile, large tables, comparators by themselves.
+
+#include <algorithm>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "data/element_types.hpp"
+#include "kernel_test.hpp"
+
+namespace {
+
+using ArraysTest = KernelTest;
+
+TEST_F(ArraysTest, ComparatorsPutNaNsLastAndNeverEqual) {
+  const double x[] = {1.0, kNaN, kInf, -0.0, 0.0};
+  const auto at = [&](int i) { return reinterpret_cast<const char*>(&x[i]); };
+  EXPECT_EQ(STATS_NumericCompareFLOAT64_HW(at(1), at(1)), 1);
+  EXPECT_EQ(STATS_NumericCompareFLOAT64_HW(at(1), at(2)), 1);
+  EXPECT_EQ(STATS_NumericCompareFLOAT64_HW(at(2), at(1)), -1);
+  EXPECT_EQ(STATS_NumericCompareFLOAT64_HW(at(3), at(4)), 0);
+  const int sizes[] = {8, 16, 1, 2, 4, 8, 8, 16, 4, 8};
+  for (int type = 0; type < 10; ++type) {
+    EXPECT_EQ(STATS_RTableDataSize_HW(kernel.vector(), type), sizes[type]);
+  }
+}
+
+TEST_F(ArraysTest, OrderedRowsNeedIndices) {
+  const vexel::Value last = eval("Array(9223372036854775806..9223372036854775807);");
+  const vexel::Value ranks = eval("Array([1, 2, 3]);");
+  EXPECT_EQ(hostError([&] { call("STATS_VexelOrder_HW", ranks, last, true, false, ranks); }),
+            "there are no %1 indices from %2");
+}
+
+TEST_F(ArraysTest, PredicatesSeeElementsAsTheyAreWhenTested) {
+  const vexel::Value data = array({1, 2, 3, 4});
+  const vexel::Value writer =
+      kernel.function("w", [&](vexel::Kernel& k, std::span<const vexel::Value>) {
+        std::fill_n(static_cast<double*>(RTableDataBlock(k.vector(), data.handle())), 4, 9.0);
+        return k.boolean(true);
+      });
+  EXPECT_EQ(numbers(call("STATS_VexelSelectRemove_HW", data, writer, 1)),
+            (std::vector<double>{1, 9, 9, 9}));
+  const vexel::Value failing = eval("x -> error(\"stop\");");
+  EXPECT_EQ(hostError([&] { call("STATS_VexelSelectRemove_HW", data, failing, 1); }), "stop");
+}
+
+TEST_F(ArraysTest, ManyDistinctValuesAreTallied) {
+  std::vector<double> x(20000);
+  for (std::size_t i = 0; i < x.size(); ++i) {
+    x[i] = static_cast<double>(i % 5000) * 4096.0;
+  }
+  const vexel::Value table = call("STATS_VexelTally_HW", array(x), none());
+  for (int i = 0; i < 5000; i += 499) {
+    EXPECT_EQ(vexel::Value(kernel, VexelTableSelect(kernel.vector(), table.handle(),
+                                                    kernel.real(i * 4096.0).handle())),
+              kernel.integer(4));
+  }
+}
+
+}  // namespace
