@@ -77,54 +77,6 @@ TEST_F(RandomSampleTest, EveryCodeDrawsFromItsDistribution) {
   }
 }
 
-TEST_F(RandomSampleTest, GeneratorsAreDrawnInTurnForEachElement) {
-  const vexel::Value two = list({builtIn(31, {0, 1}), builtIn(31, {10, 20})});
-  const vexel::Value difference =
-      kernel.function("difference", [this](vexel::Kernel& k, std::span<const vexel::Value> a) {
-        if (++calls == failAt) {
-          throw vexel::Error("planned", "planned", {});
-        }
-        return k.real(a[1].number() - a[0].number());
-      });
-  const std::vector<double> u = {0.25, 0.5, 0.5, 0.75, 0.125, 0.25};
-  for (const bool hardware : {false, true}) {
-    scriptUniforms(u);
-    EXPECT_EQ(draw(difference, two, hardware), (std::vector<double>{14.75, 17, 12.375}));
-  }
-  scriptUniforms(u);  // without a procedure only the first generator draws
-  EXPECT_EQ(draw(kernel.null(), two), (std::vector<double>{0.25, 0.5, 0.5}));
-}
-
-TEST_F(RandomSampleTest, FailuresHaveTheirTexts) {
-  const vexel::Value none = kernel.null();
-  const vexel::Value good = list({builtIn(31, {0, 1})});
-  const vexel::Value x = kernel.real(1.5);
-  const vexel::Value zero = kernel.integer(0);
-  const auto one = [&](const vexel::Value& setup) { return list({list({zero, setup})}); };
-  const std::string unusable = "unable to initialize random variate generator with parameters %1";
-  EXPECT_EQ(error(none, x), "expected: vexel list, received: %1");
-  EXPECT_EQ(error(x, good), "expected: vexel procedure, received: %1");
-  for (const int code : {-1, 0, 7, 32, 34, 127}) {
-    EXPECT_EQ(error(none, list({builtIn(code, {1})})), unusable) << code;
-  }
-  EXPECT_EQ(error(none, one(x)), "expected: list, received: %1");
-  EXPECT_EQ(error(none, one(list({zero}))), "expected: list of size 2, received: %1");
-  EXPECT_EQ(error(none, one(list({x, x}))),
-            "invalid random variate type, expected: integer, received: %1");
-  EXPECT_EQ(error(none, one(list({zero, x}))), "expected: list of coefficients, received: %1");
-  EXPECT_EQ(error(none, list({builtIn(31, {1, 2, 3, 4, 5, 6})})),
-            "invalid number of parameters: %1");
-  EXPECT_EQ(error(none, list({list({kernel.integer(1), x})})),
-            "expected: list of size 5, received: %1");
-  const vexel::Value integers = kernel.array(std::vector<std::int32_t>{1, 2});
-  EXPECT_EQ(hostError([&] { call("STATS_VexelRandomSample_HW", integers, none, good, false); }),
-            "output rtable has invalid data type %1");
-  EXPECT_EQ(hostError([&] { call("STATS_VexelRandomSample_HW", integers); }),
-            "expected 4 arguments, received: %1");
-  // An empty list leaves anything as it is.
-  EXPECT_EQ(call("STATS_VexelRandomSample_HW", integers, none, list({}), false), integers);
-}
-
 TEST_F(RandomSampleTest, ManyCallsLeaveNoMemoryBehindHoweverTheyEnd) {
   const vexel::Value h = counted("h", [](double x) { return std::exp(-x * x / 2); });
   const vexel::Value h1 = counted("h1", [](double x) { return -x * std::exp(-x * x / 2); });
@@ -194,27 +146,6 @@ TEST_F(RandomSampleTest, NonCentralChiSquareEnvelopeFits) {
                return number(call("STATS_VexelNonCentralChiSquareProbability_HW", x, 4.0, kDelta));
              }),
       5);
-  const vexel::Value h = counted("h", series(0));
-  const struct {
-    vexel::Value a, b, c;
-    const char* text;
-  } cases[] = {
-      {kernel.real(1), h, h,
-       "procedure expected as fourth parameter to VexelNonCentralChiSquareRandomSample, "
-       "received: %1"},
-      {h, kernel.real(1), h,
-       "procedure expected as fifth parameter to VexelNonCentralChiSquareRandomSample, "
-       "received: %1"},
-      {h, h, kernel.real(1),
-       "procedure expected as sixth parameter to VexelNonCentralChiSquareRandomSample, "
-       "received: %1"},
-  };
-  for (const auto& c : cases) {
-    EXPECT_EQ(hostError([&] {
-                call("STATS_VexelNonCentralChiSquareRandomSample_HW", 9, 4.0, 2.0, c.a, c.b, c.c);
-              }),
-              c.text);
-  }
 }
 
 }  // namespace

@@ -81,14 +81,18 @@ def check_sobol(dimension, arguments):
         require_degree(degree)
 
 
+def no_stream(handle):
+    return Raised("expected VexelPointer containing quasi-random number generator, received %1",
+                  handle)
+
+
 def drawn(dimension, *arguments):
     """The output of a new stream whose handle is the first argument, or what is refused."""
     if len(arguments) != 3:
         raise Raised("expected 3 arguments, received: %1", Sequence(arguments))
     handle, count, out = arguments
     if handle != "h":
-        raise Raised("expected VexelPointer containing quasi-random number generator, received %1",
-                     handle)
+        raise no_stream(handle)
     count = integer64(count)
     if (not isinstance(out, Array) or out.datatype != "float[8]"
             or out.storage != "rectangular"):
@@ -208,6 +212,16 @@ def draws(random):
                + host.call("STATS_QRStreamNext_HW", *arguments), value)
 
 
+def handles(random):
+    handle = random.choice([v for v in ODD_VALUES if not isinstance(v, list)])
+    entry = random.choice(["ResetQRStream", "TerminateQRStream", "QRStreamSkip",
+                           "QRStreamGetDimension", "QRStreamGetOptions"])
+    arguments = [handle]
+    if entry.startswith("QR"):  # not the sequence itself
+        arguments.append(1)
+    yield host.call(f"STATS_{entry}_HW", *arguments), no_stream(handle)
+
+
 def matrices(random):
     """The tables after a call stand in O, which is sometimes one of the others as well."""
     rows = random.randint(1, 6)
@@ -249,7 +263,7 @@ def matrices(random):
 
 def calls(random):
     while True:
-        for part in new_streams, new_streams, draws, matrices, matrices:
+        for part in new_streams, new_streams, draws, matrices, matrices, handles:
             yield from part(random)
 
 
