@@ -2,10 +2,13 @@
 
 #include "descriptive/select_reading.hpp"
 
-#include <algorithm>
-#include <random>
+#include <gtest/gtest.h>
 
-#include "kernel_test.hpp"
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <random>
+#include <vector>
 
 namespace {
 
@@ -84,44 +87,6 @@ TEST(SelectReading, LeavesWhatACopyDoesBetter) {
   EXPECT_FALSE(STATS_SelectReading_HW(x.data(), 100000, ranks.data(), 25, got.data()));
   EXPECT_FALSE(STATS_SelectReading_HW(x.data(), 100, ranks.data(), 0, got.data()));
   EXPECT_FALSE(STATS_SelectReading_HW(x.data(), 19999, ranks.data(), 1, got.data()));
-}
-
-using LargeSampleTest = KernelTest;
-
-// Given away, a sample is rearranged, otherwise it is read: the results are the same.
-TEST_F(LargeSampleTest, QuantilesDoNotDependOnTheWayTheyAreFound) {
-  eval(
-      "randomize(1): none := Array([], datatype = float[8]):"
-      "x := STATS_VexelNormalRandomSample_HW(50001, 0, 1):"
-      "copy := () -> STATS_VexelEvaluateToFloat_HW(x):"
-      "holed := copy(): for i from 1 to 50001 do if holed[i] > 1 then holed[i] := undefined end "
-      "end:"
-      "kept := STATS_VexelSelectRemoveNonNumeric_HW(holed, true, true, false)[2]:");
-  const auto same = [&](const std::string& a, const std::string& b) {
-    EXPECT_EQ(numbers(eval("[" + a + ", " + b + "]")).front(),
-              numbers(eval("[" + a + ", " + b + "]")).back())
-        << a;
-  };
-  for (int type = 1; type <= 8; ++type) {
-    for (const char* p : {"0", "1/1000", "1/3", "1/2", "0.975", "1"}) {
-      const std::string end = ", " + std::to_string(type) + ", ";
-      const std::string quantile = "STATS_VexelQuantile_HW(";
-      same(quantile + "x, " + p + ", none, false" + end + "false)",
-           quantile + "copy(), " + p + ", none, false" + end + "true)");
-      same(quantile + "holed, " + p + ", none, true" + end + "false)",
-           quantile + "kept, " + p + ", none, false" + end + "true)");
-    }
-  }
-  same("STATS_VexelMedian_HW(x, none, false, false)",
-       "STATS_VexelMedian_HW(copy(), none, false, true)");
-  same("STATS_VexelMedian_HW(holed, none, true, false)",
-       "STATS_VexelMedian_HW(kept, none, false, true)");
-  same("STATS_VexelOrderStatistic_HW(x, 777, none, false)",
-       "STATS_VexelSort_HW(copy(), true, false)[777]");
-  same("STATS_VexelOrderStatistic_HW(holed, count(kept), none, true)",
-       "STATS_VexelKernelBounds_HW(kept)[2]");
-  EXPECT_EQ(hostErrorText([&] { eval("STATS_VexelOrderStatistic_HW(holed, 50001, none, true)"); }),
-            "index out of range: 50001");
 }
 
 }  // namespace
