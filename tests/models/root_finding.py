@@ -134,6 +134,7 @@ FUNCTIONS = [
     ("if(x < -1, 0, if(x > 2, 1, (x + 1)/3))", "1/3", 0.0, 1.0), ("floor(x)", "0", -40.0, 40.0),
     ("if(x < {b}, x - 1, x)", "1", -10.0, 10.0), ("if(x > {b}, x + 1, x)", "1", -10.0, 10.0),
     ("if(abs(x - {b}) < {a}, undefined, x)", "if(abs(x - {b}) < {a}, 0, 1)", -9.0, 9.0),
+    ("if(x < {b}, 0, x*1e-20)", "if(x < {b}, 0, 1e-20)", 0.0, 1.0),
     ("if(x > {a}, undefined, x)", "1", -9.0, 9.0), ("if(x < {b}, undefined, x)", "1", -9.0, 9.0),
     ("if(x > {a}, infinity, x)", "1", -9.0, 9.0), ("if(x < {b}, -infinity, x)", "1", -9.0, 9.0),
     ("if(x < {b}, x*x*x, 9*x)", "if(x < {b}, 3*x*x, 9)", -1000.0, 1000.0)]
@@ -146,7 +147,7 @@ class Problem:
         a, b = random.choice([0.5, 1.0, 2.0, 3.0]), random.choice([-2.0, -0.5, 0.0, 0.3, 1.5])
         f, df, least, greatest = random.choice(FUNCTIONS)
         self.f, self.df = f.format(a=a, b=b), df.format(a=a, b=b)
-        if random.random() < 0.1:
+        if random.random() < 0.15:
             self.df = random.choice(["0", "-1", "x", "if(abs(x) < 1, 0, 2)", "if(x > 0, 0, 1)",
                                      "undefined", "infinity"])
         points = [round(random.uniform(-4, 4), random.choice([0, 1, 1, 2, 17])) for _ in range(5)]
@@ -156,7 +157,8 @@ class Problem:
         self.between = random.choice([self.left, self.right, points[2],
                                       self.left + (self.right - self.left) * random.random(),
                                       self.left + (self.right - self.left) * 0.5])
-        root = random.choice([points[3], self.left + (self.right - self.left) * random.random()])
+        root = random.choice([points[3], self.left + (self.right - self.left) * random.random(),
+                              (self.left + self.right) * 0.5])
         self.target = function_of(self.f)(root)
         if random.random() < 0.3 and math.isfinite(self.target):
             self.target = round(self.target, 1)
