@@ -1,5 +1,7 @@
 """Samples by alias urn, bootstrap and tabulated density, from the same draws as the library's."""
 
+from functools import partial
+
 import host
 import samples
 from host import Array, Name, Procedure, Raised, RandomStream, integer32, integer64, real
@@ -97,7 +99,7 @@ def float_vector(length, elements):
     return Array("float[8]", [(1, length)], elements)
 
 
-def bootstrap_statistic(stream, log, value, *arguments):
+def bootstrap_statistic(log, value, stream, *arguments):
     """Puts the resamples into log; value is the statistic's."""
     check_count(arguments, len(arguments) == 5, "expected 5 arguments, received: %1")
     data, weights, _, size, replications = arguments
@@ -114,7 +116,7 @@ def bootstrap_statistic(stream, log, value, *arguments):
     return float_vector(m, values)
 
 
-def bootstrap_statistic_of_variates(stream, log, *arguments):
+def bootstrap_statistic_of_variates(log, stream, *arguments):
     check_count(arguments, len(arguments) == 4, "expected 4 arguments, received: %1")
     _, _, size, replications = arguments
     m = integer64(replications)
@@ -205,22 +207,21 @@ def bootstrap_call(random):
 def statistic_call(random):
     n = random.choice([1, 1, 2, 3, 4, 5, 7, 8, 9, 16, 17, 0])
     size = samples.random_integer(random, [n, n, n, n - 1, n + 1, 3])
-    value = "X[count(X)]" if isinstance(size, int) and size > 0 and random.random() < 0.8 else \
-        random.choice([2, Name("Pi"), Name("z")])
+    value = random.choice([2, Name("Pi"), Name("z")])
+    if isinstance(size, int) and size > 0 and random.random() < 0.8:
+        value = "X[count(X)]"
     statistic = Procedure(f"proc(X) L := [L, tolist(X)]; {value} end")
     data = samples.random_data(random, samples.random_floats(random, n))
     arguments = [data, samples.random_weights(random, n), statistic, size, counts(random)]
     log = []
-    return "BootstrapStatistic", lambda stream, *a: bootstrap_statistic(stream, log, value, *a), \
-        arguments, log
+    return "BootstrapStatistic", partial(bootstrap_statistic, log, value), arguments, log
 
 
 def variates_call(random):
     arguments = [Procedure("n -> [n, RandomInt32(), RandomDouble01()]"),
                  Procedure("proc(s) L := [L, s]; part(s, 3) end"), counts(random), counts(random)]
     log = []
-    return "BootstrapStatisticRV", \
-        lambda stream, *a: bootstrap_statistic_of_variates(stream, log, *a), arguments, log
+    return ("BootstrapStatisticRV", partial(bootstrap_statistic_of_variates, log), arguments, log)
 
 
 def density_call(random):
