@@ -3,7 +3,7 @@
 import math
 
 import libm
-from distributions import converted, counted, random_arguments, whole
+from distributions import converted, counted, miscounts, random_arguments, whole
 from host import INFINITY, Raised, call, expected, main, real
 from libm import divide
 
@@ -234,6 +234,8 @@ def move_to_branches(random, operation, arguments):
 
 
 def calls(random):
+    for operation, (_, conversions, _) in FORMS.items():
+        yield from miscounts(operation, len(conversions))
     while True:
         for operation in FORMS:
             arguments = random_arguments(random, FORMS[operation][2])

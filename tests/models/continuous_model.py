@@ -7,7 +7,7 @@ the quantiles.
 import math
 
 from discrete_model import binomial, poisson
-from distributions import converted, counted, spoiled
+from distributions import converted, counted, miscounts, spoiled
 from host import Name, Near, Raised, RandomStream, call, expected, integer32, main, real, vector
 from libm import divide
 from variates_model import chi_square as chi_square_variate
@@ -160,6 +160,14 @@ def misuse(random, name, operation, size, first=real):
 
 
 def calls(random):
+    for name, (_, point) in PROBABILITIES.items():
+        size = len(point(random))
+        yield from miscounts(name + "Probability", size)
+        if name != "NonCentralStudentT":
+            yield from miscounts(name + "Deviate", size)
+    for name, size in [("StudentT", 1), ("NonCentralFRatio", 3)]:
+        yield from miscounts(name + "RandomVariate", size)
+        yield from miscounts(name + "RandomSample", size + 1)
     while True:
         for name, (_, point) in PROBABILITIES.items():
             arguments = spoiled(random, point(random))

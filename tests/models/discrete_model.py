@@ -4,7 +4,7 @@ import functools
 import math
 
 import libm
-from distributions import converted, counted, spoiled, whole
+from distributions import converted, counted, miscounts, spoiled, whole
 from host import Array, Near, RandomStream, call, expected, integer32, main, real
 from interpolation_model import discrete, discrete_left
 from ziggurats import normal
@@ -80,6 +80,11 @@ DISTRIBUTIONS = {
                          by_inversion(negative_binomial_quantile), [real, real]),
 }
 
+# So long that most uniforms are not searched for, some with more values than are remembered.
+LONG_SAMPLES = [("Poisson", [0.3]), ("Poisson", [10.0]), ("Poisson", [1e6]),
+                ("Binomial", [99, 0.3]), ("Binomial", [2**31 - 1, 2e-9]),
+                ("Hypergeometric", [50, 20, 17]), ("NegativeBinomial", [3.5, 0.4])]
+
 
 def probability(name, arguments):
     """Poisson truncates the abscissa and others round it down, so there is a P(X <= -0.5)."""
@@ -125,6 +130,15 @@ def possible_parameters(random, name):
 
 
 def calls(random):
+    for name, (_, _, _, conversions) in DISTRIBUTIONS.items():
+        for operation, more in [("Probability", 1), ("Deviate", 1), ("RandomVariate", 0),
+                                ("RandomSample", 1)]:
+            yield from miscounts(name + operation, len(conversions) + more)
+    for name, parameters in LONG_SAMPLES:
+        sample = call(f"STATS_Vexel{name}RandomSample_HW", 3000, *parameters)
+        variate = call(f"STATS_Vexel{name}RandomVariate_HW", *parameters)
+        yield (f"randomize(11): x := tolist({sample}): randomize(11): "
+               f"istrue(x = [seq({variate}, i = 1 .. 3000)])", True)
     while True:
         for name in DISTRIBUTIONS:
             parameters = possible_parameters(random, name)

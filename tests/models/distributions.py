@@ -3,7 +3,7 @@
 import math
 from fractions import Fraction
 
-from host import INFINITY, NAN, Array, Name, Raised, Range, Sequence, real
+from host import INFINITY, NAN, Array, Name, Raised, Range, Sequence, call, expected, real
 from libm import truncated
 
 ODD_NUMBERS = [INFINITY, -INFINITY, NAN, 0.0, -0.0, 1e308, 5e-324, Fraction(1, 3), Fraction(-1, 2),
@@ -24,7 +24,7 @@ IRREGULAR_COUNTS = {
 }
 
 
-def counted(operation, arguments, expected):
+def counted(operation, arguments, size):
     """The arguments as received; raises the operation's message unless there are as many.
 
     A call with one argument hands over that argument itself: NULL counts as none, a list by its
@@ -32,11 +32,19 @@ def counted(operation, arguments, expected):
     """
     received = arguments[0] if len(arguments) == 1 else Sequence(arguments) if arguments else None
     parts = received if isinstance(received, list) else [] if received is None else [received]
-    if len(parts) != expected:
-        plural = "argument" if expected == 1 else "arguments"
+    if len(parts) != size:
+        plural = "argument" if size == 1 else "arguments"
         raise Raised(IRREGULAR_COUNTS.get(
-            operation, f"Vexel{operation} expects {expected} {plural}, received: %1"), received)
+            operation, f"Vexel{operation} expects {size} {plural}, received: %1"), received)
     return parts
+
+
+def miscounts(operation, size):
+    """Calls with an argument too few and one too many; none has a value to convert."""
+    for count in (size - 1, size + 1):
+        arguments = [Name("unknown")] * count
+        yield (call(f"STATS_Vexel{operation}_HW", *arguments),
+               expected(counted, operation, arguments, size))
 
 
 def converted(conversions, arguments):

@@ -1,6 +1,6 @@
 """The empirical distribution: quantiles of the first type, and samples by their inversion."""
 
-from distributions import counted
+from distributions import counted, miscounts
 from host import Array, RandomStream, call, expected, integer32, main, real
 from quantiles_model import quantiles_of
 from samples import random_boolean, random_data, random_floats, random_size, random_weights, sample
@@ -28,6 +28,8 @@ def random_sample(stream, *arguments):
 
 
 def calls(random):
+    for operation, size in [("Deviate", 4), ("RandomVariate", 3), ("RandomSample", 4)]:
+        yield from miscounts("Empirical" + operation, size)
     while True:
         size = random_size(random)
         data = random_data(random, random_floats(random, size))

@@ -1,6 +1,6 @@
 """The quantile of the error distribution, a Newton-Raphson root of host procedures."""
 
-from distributions import counted
+from distributions import counted, miscounts
 from host import Name, Raised, call, expected, main, real
 from libm import tan
 from newton_model import newton
@@ -23,6 +23,7 @@ def error_quantile(arguments, calls, digits, limit):
 
 
 def calls(random):
+    yield from miscounts("ErrorDeviate", 6)
     while True:
         problem = Problem(random)
         p = random.choice([0.0, 1.0, 0.5, random.random(), problem.target])
