@@ -22,61 +22,6 @@ class RandomSampleTest : public GeneratorTest {
   }
 };
 
-TEST_F(RandomSampleTest, EveryCodeDrawsFromItsDistribution) {
-  const struct {
-    int code;
-    const char* distribution;
-    std::vector<double> parameters;
-  } cases[] = {
-      {1, "Bernoulli", {0.3}},
-      {2, "Beta", {2, 3}},
-      {3, "Binomial", {9, 0.4}},
-      {4, "Cauchy", {0, 1}},
-      {5, "ChiSquare", {4}},
-      {6, "DiscreteUniform", {2, 9}},
-      {8, "Error", {0, 1, 1.5}},
-      {9, "Exponential", {2}},
-      {10, "FRatio", {3, 5}},
-      {11, "Gamma", {2, 3}},
-      {12, "Geometric", {0.3}},
-      {13, "Gumbel", {1, 2}},
-      {14, "Hypergeometric", {20, 8, 6}},
-      {15, "InverseGaussian", {1, 2}},
-      {16, "Laplace", {0, 1}},
-      {17, "Logistic", {0, 1}},
-      {18, "LogNormal", {0, 1}},
-      {19, "Maxwell", {2}},
-      {20, "Moyal", {0, 1}},
-      {21, "NegativeBinomial", {3, 0.4}},
-      {22, "NonCentralBeta", {4, 3, 1}},
-      {23, "NonCentralStudentT", {5, 1}},
-      {24, "Normal", {1, 2}},
-      {25, "Pareto", {1, 3}},
-      {26, "Poisson", {4}},
-      {27, "Power", {1, 2}},
-      {28, "Rayleigh", {2}},
-      {29, "StudentT", {5}},
-      {30, "Triangular", {0, 2, 1}},
-      {31, "Uniform", {2, 5}},
-      {33, "Weibull", {2, 1.5}},
-  };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.distribution);
-    kernel.seed(7);
-    const std::vector<double> sample = draw(kernel.null(), list({builtIn(c.code, c.parameters)}));
-    kernel.seed(7);
-    std::vector<vexel::Value> arguments;
-    for (const double p : c.parameters) {
-      arguments.push_back(kernel.real(p));
-    }
-    for (const double x : sample) {
-      EXPECT_EQ(x,
-                number(kernel.callValues(
-                    "STATS_Vexel" + std::string(c.distribution) + "RandomVariate_HW", arguments)));
-    }
-  }
-}
-
 TEST_F(RandomSampleTest, ManyCallsLeaveNoMemoryBehindHoweverTheyEnd) {
   const vexel::Value h = counted("h", [](double x) { return std::exp(-x * x / 2); });
   const vexel::Value h1 = counted("h1", [](double x) { return -x * std::exp(-x * x / 2); });

@@ -29,7 +29,8 @@ PROCEDURES = {
 def generator_of(description):
     """The function from a stream to a variate."""
     kind, setup = description
-    integer64(kind)
+    if integer64(kind) == 1:  # an envelope, whose setup is another
+        raise Raised("expected: list of size 5, received: %1", setup)
     if not isinstance(setup, list):
         raise Raised("expected: list, received: %1", setup)
     if len(setup) != 2:
@@ -103,7 +104,7 @@ def random_description(random, odd):
     setup = [code, parameters]
     if 0.04 < choice < 0.06:
         setup = random.choice([7, [code], [code, parameters, 1], parameters])
-    return [random.choice([0, 0, 2, -1] + [Name("unknown")] * (choice > 0.99)), setup]
+    return [random.choice([0, 2, -1] + [1, Name("unknown")] * (choice > 0.98)), setup]
 
 
 def calls(random):
