@@ -7,8 +7,10 @@
 #include <string>
 #include <vector>
 
+#include "host_call.hpp"
 #include "kernel_test.hpp"
 #include "lds/FaureQRStream.hpp"
+#include "lds/HaltonQRStream.hpp"
 
 namespace {
 
@@ -175,6 +177,25 @@ TEST_F(StreamTest, SkippingEqualsDrawingAndBothOrdersGiveTheSameArray) {
       terminate(skipped);
     }
   }
+}
+
+TEST_F(StreamTest, ManyPointsAndManyBasesCanBeInterrupted) {
+  const auto interrupted = [&](const auto& work) {
+    EXPECT_THROW(inHost(kernel,
+                        [&] {
+                          vexel::Kernel::interrupt();
+                          work();
+                        }),
+                 vexel::Interrupted);
+  };
+  for (const Kind kind : {kSobol, kHalton, kFaure}) {
+    const vexel::Value handle = stream(kind, 5);
+    auto* const points =
+        static_cast<VexelQRStream*>(VexelToPointer(kernel.vector(), handle.handle()));
+    std::vector<double> out(5 * 5000);
+    interrupted([&] { points->next(kernel.vector(), out.data(), 5, 1, 5000); });
+  }
+  interrupted([&] { HaltonQRStream(kernel.vector(), 5000); });
 }
 
 TEST_F(StreamTest, HandlesOutliveVariablesUntilTerminated) {
