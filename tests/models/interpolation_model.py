@@ -111,6 +111,9 @@ FUNCTIONS = [
     ("(x - {c})/(1 + abs(x - {c}))/2 + 0.5", 0.0, 1.0), ("x*x*x + x/10", -1e6, 1e6),
     ("floor(x/3)", -1000.0, 1000.0), ("if(x < {c}, x/100, x)", -1e4, 1e4), ("-x", -100.0, 100.0),
     ("x/2147483648", -1.0, 1.0), ("x*1000", -1e6, 1e6), ("x*x", 0.0, 1e4), ("0.5", 0.0, 1.0),
+    ("if(x > {c}, -5, x/{s})", -9.0, 9.0), ("if(x < {c}, 5, x/{s})", -9.0, 9.0),
+    ("if(x < {c}, 0, 1 - 1/(abs(x - {c}) + 10))", 0.0, 1.0),
+    ("if(x < {c}, 1/(abs(x - {c}) + 10), 1)", 0.0, 1.0), ("x - {c}", -1.0, 1.0),
     ("if(x < {c}, undefined, x)", -99.0, 99.0), ("if(x > {c}, undefined, x)", -99.0, 99.0),
     ("if(x > {c}, infinity, x)", -99.0, 99.0), ("if(x < {c}, x - 1, x + 1)", -99.0, 99.0)]
 
@@ -119,7 +122,7 @@ def problem(random, finder):
     c, s = random.randint(-20, 20), random.choice([1, 3, 10, 40, 1000])
     text, least, greatest = random.choice(FUNCTIONS)
     f = text.format(c=f"({c})", s=s)
-    low = random.choice([c, 0]) + random.randint(-20, 20)
+    low = random.choice([c, 0]) + random.choice([random.randint(-20, 20), random.randint(-2, 1)])
     high = low + random.choice([0, 1, 1, 2, 3, 5, 10, 50, 1000])
     if random.random() < 0.08:
         low, high = random.choice([
@@ -127,10 +130,12 @@ def problem(random, finder):
             (10**9, 2 * 10**9), (2.9, 7.9), (-2.9, -0.5), (-INFINITY, 3), (0, NAN), (0, 2.0**31)])
     elif random.random() < 0.15:
         low, high = high, low
-    root = random.choice([random.randint(-80, 80), (point(low) + point(high)) // 2])
+    root = random.choice([random.randint(-80, 80), point(high) + random.randint(1, 40),
+                          (point(low) + point(high)) // 2])
     p = function_of(f)(float(root)) + random.choice([0, 0, 0, 1e-9, 0.25])
-    if random.random() < 0.3:
-        p = random.choice([0.5, least, greatest, round(p, 2) if math.isfinite(p) else p])
+    if random.random() < 0.4:
+        p = random.choice([0.5, least, greatest, random.uniform(least, greatest),
+                           round(p, 2) if math.isfinite(p) else p])
     values = random.choice([(least, greatest)] * 5 + [
         (-INFINITY, INFINITY), (least, INFINITY), (-INFINITY, greatest), (0.0, 1.0)])
     limit = random.choice([100, 100, 100, random.randint(-1, 12)])
