@@ -3,11 +3,12 @@
 #include "distributions/empirical.hpp"
 
 #include <algorithm>
-#include <cstring>
+#include <cmath>
+#include <numeric>
 #include <vector>
 
 #include "descriptive/quantiles.hpp"
-#include "descriptive/sort_kernels.hpp"
+#include "distributions/tied_points.hpp"
 #include "kernel/uniform_source.hpp"
 
 double STATS_EmpiricalDeviate_HW(VKernelVector, double u, int n, double* points, double* weights) {
@@ -23,13 +24,30 @@ double STATS_EmpiricalRandomVariate_HW(VKernelVector kv, int n, double* points, 
 
 namespace {
 
-// Whether one more sort of sorted points would exchange tied ones: the sort is not stable.
-bool sortingMoves(const double* points, const double* weights, int n) {
-  std::vector<double> x(points, points + n);
-  std::vector<double> w(weights, weights + n);
-  STATS_SortData_HW(x.data(), w.data(), n);
-  const std::size_t bytes = x.size() * sizeof(double);
-  return std::memcmp(x.data(), points, bytes) != 0 || std::memcmp(w.data(), weights, bytes) != 0;
+bool finite(const double* x, int n) {
+  return std::all_of(x, x + n, [](double value) { return std::isfinite(value); });
+}
+
+// The variates after the first, where sorting once more moves something.
+void sampleTied(VKernelVector kv, double* result, std::int32_t size, const RepeatedSort& sort,
+                int n, double* points, double* weights) {
+  const double total = std::accumulate(weights, weights + n, 0.0);
+  if (sort.movesPoints() || !finite(points, n) || !std::isfinite(total) ||
+      *std::min_element(weights, weights + n) < 0.0) {
+    for (std::int32_t i = 1; i < size; ++i) {
+      result[i] = STATS_EmpiricalRandomVariate_HW(kv, n, points, weights);
+    }
+    return;
+  }
+  const TiedPoints tied(points, weights, n, sort);
+  for (std::int32_t i = 1; i < size; ++i) {
+    const double u = STATS_VexelRandomStream_HW::NextDouble();
+    if (!tied.quantile(u, i, result[i])) {
+      sort.weightsAfter(i - 1, weights);
+      result[i] = STATS_EmpiricalDeviate_HW(kv, u, n, points, weights);
+    }
+  }
+  sort.weightsAfter(size - 1, weights);
 }
 
 }  // namespace
@@ -45,11 +63,12 @@ void STATS_EmpiricalRandomSample_HW(VKernelVector kv, double* result, std::int32
     return;
   }
   result[0] = STATS_EmpiricalRandomVariate_HW(kv, n, points, weights);
-  if (n > 0 && weights != nullptr && weights != points && sortingMoves(points, weights, n)) {
-    for (std::int32_t i = 1; i < size; ++i) {
-      result[i] = STATS_EmpiricalRandomVariate_HW(kv, n, points, weights);
+  if (n > 0 && weights != nullptr && weights != points) {
+    const RepeatedSort sort(points, weights, n);
+    if (sort.movesPoints() || sort.movesWeights()) {
+      sampleTied(kv, result, size, sort, n, points, weights);
+      return;
     }
-    return;
   }
   std::vector<double> uniforms(static_cast<std::size_t>(std::clamp(n, kFewest, kMost)));
   const auto most = static_cast<std::int32_t>(uniforms.size());

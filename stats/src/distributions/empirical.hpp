@@ -14,7 +14,7 @@ double STATS_EmpiricalDeviate_HW(VKernelVector kv, double u, int n, double* poin
 double STATS_EmpiricalRandomVariate_HW(VKernelVector kv, int n, double* points, double* weights);
 
 // The next size variates.  Uniforms are drawn by thousands and looked up together, so a sample as
-// long as its data costs little more than sorting them; with weights that differ between tied
-// points it costs a sort for each variate.
+// long as its data costs little more than sorting them, unless equal points are infinite, zeros of
+// both signs, or have negative weights: then each variate costs a sort.
 void STATS_EmpiricalRandomSample_HW(VKernelVector kv, double* result, std::int32_t size, int n,
                                     double* points, double* weights);
