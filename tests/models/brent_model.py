@@ -106,7 +106,7 @@ FINDERS = [
 def problem(random, finder):
     p = Problem(random)
     points = [p.left, p.right]
-    if finder.worker is brent_unbound and random.random() < 0.5:
+    if random.random() < (0.5 if finder.worker in (brent, brent_unbound) else 0.05):
         points.reverse()
     values = [] if finder.worker is brent else [*p.values]
     return (p.f, p.df), [p.target, Name("f"), *values, *points, p.factor, p.limit]
