@@ -2,6 +2,7 @@
 
 #include "generators/alias_urn.hpp"
 
+#include <algorithm>
 #include <bit>
 
 #include "kernel/conversions.hpp"
@@ -41,8 +42,8 @@ void pairCells(std::vector<Cell>& cells, std::vector<std::int32_t>& worklist, st
 }  // namespace
 
 void STATS_AliasUrnGenerator_HW::Reset(int m, int n, const double* weights) {
-  m_ = m;
-  n_ = n;
+  m_ = std::max(m, 0);
+  n_ = std::clamp(n, 0, m_);
   const auto cells = static_cast<std::size_t>(m_);
   cells_.assign(cells, {0.0, 0});
   if (m_ == 0) {

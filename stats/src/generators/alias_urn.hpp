@@ -17,8 +17,7 @@ class STATS_AliasUrnGenerator_HW {
   STATS_AliasUrnGenerator_HW() = default;
   STATS_AliasUrnGenerator_HW(int m, int n, const double* weights) { Reset(m, n, weights); }
 
-  // Builds the tables anew from n weights, 0 <= n <= m, which are not kept.  m = 0 leaves the urn
-  // without cells.
+  // Builds the tables anew from n weights, which are not kept.  m = 0 leaves the urn without cells.
   void Reset(int m, int n, const double* weights);
 
   // One index.  Draws integers until one is a cell, then a uniform unless the cell is padding.  An

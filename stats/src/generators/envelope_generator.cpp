@@ -105,6 +105,9 @@ int STATS_EnvelopeGenerator_HW::initialize(VKernelVector kv, ALGEB setup) {
   h_ = {VexelListSelect(kv, setup, 1), useEvalhf};
   h1_ = {VexelListSelect(kv, setup, 2), useEvalhf};
   maxElements_ = VexelToInteger32(kv, maximum);
+  constexpr int kReservedAtMost = 1 << 16;  // a huge maximum is a way of saying "no limit"
+  envelope_ = STATS_RejectionEnvelope_HW(
+      static_cast<std::uint32_t>(std::clamp(maxElements_, 0, kReservedAtMost)));
   return reset(kv, basePoints);
 }
 
@@ -137,6 +140,9 @@ int STATS_EnvelopeGenerator_HW::UpdateEnvelopeElement(Element& e, double x0, dou
     return 0;
   }
   const double ym = h_(xm);
+  if (std::isnan(ym)) {
+    return 0;
+  }
   const double sL = (ym - y0) / (xm - x0);
   const bool tangentUpper = d0 > sL;
   const double u = y0 + (xm - x0) * (tangentUpper ? d0 : sL);  // the upper bound at xm

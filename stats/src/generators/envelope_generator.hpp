@@ -33,8 +33,8 @@ class STATS_EnvelopeGenerator_HW : public STATS_RandomVariateGenerator_HW {
   // their order, unset ones left out).  0 when one of them cannot be built.
   int reset(VKernelVector kv, ALGEB basePoints);
 
-  // Makes e the element on [x0, x1] from end values and slopes.  0, with e unchanged, when there is
-  // no split point.
+  // Makes e the element on [x0, x1] from end values and slopes.  0, with e unchanged, when the
+  // split point or the density there cannot be had.
   int UpdateEnvelopeElement(Element& e, double x0, double x1, double y0, double y1, double d0,
                             double d1);
 
@@ -54,11 +54,11 @@ class STATS_EnvelopeGenerator_HW : public STATS_RandomVariateGenerator_HW {
   const STATS_RejectionEnvelope_HW& envelope() const { return envelope_; }
 
  private:
-  // A host procedure of one double.
+  // A host procedure of one double with room for its argument.
   struct Callback {
     ALGEB proc = nullptr;
     int useEvalhf = 0;
-    double operator()(double x) const;  // finite; anything else raises
+    double operator()(double x) const;
   };
 
   int maxElements_ = 0;

@@ -1,6 +1,8 @@
 // The elements of a piecewise linear envelope and the array that holds them.
 #pragma once
 
+#include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <vector>
 
@@ -27,12 +29,25 @@ class STATS_RejectionEnvelope_HW {
  public:
   using Element = STATS_RejectionEnvelopeElement_HW;
 
+  explicit STATS_RejectionEnvelope_HW(std::uint32_t capacity = 0) { elements_.reserve(capacity); }
+
   std::uint32_t size() const { return static_cast<std::uint32_t>(elements_.size()); }
   Element& elementAt(std::uint32_t i) { return elements_[i]; }
   const Element& elementAt(std::uint32_t i) const { return elements_[i]; }
 
-  void addElement(const Element& e) { elements_.push_back(e); }
+  void addElement(const Element& e) {
+    ensureExtraCapacity(1);
+    elements_.push_back(e);
+  }
   void removeAllElements() { elements_.clear(); }
+
+  // Makes room for k more elements, a quarter more than now at least.
+  void ensureExtraCapacity(std::uint32_t k) {
+    const std::size_t needed = elements_.size() + k;
+    if (needed >= elements_.capacity()) {
+      elements_.reserve(std::max(needed, elements_.size() + elements_.size() / 4));
+    }
+  }
 
  private:
   std::vector<Element> elements_;

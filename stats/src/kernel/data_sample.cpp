@@ -163,7 +163,7 @@ int STATS_Vector_HW::size() const {
     return 0;
   }
   const std::uint64_t n = static_cast<std::uint64_t>(upper) - static_cast<std::uint64_t>(lower) + 1;
-  if (n > std::uint64_t{std::numeric_limits<int>::max()}) {
+  if (n == 0 || n > std::uint64_t{std::numeric_limits<int>::max()}) {  // 0: 2^64
     VexelRaiseError(kv_, "the data sample has more than 2147483647 elements");
   }
   return static_cast<int>(n);

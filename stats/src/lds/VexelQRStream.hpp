@@ -16,7 +16,7 @@ class VexelQRStream {
   virtual void GcMark(VKernelVector /*kv*/) {}
 
   // Back to the start.
-  virtual int reset(VKernelVector kv) = 0;
+  virtual int reset(VKernelVector /*kv*/) { return 1; }
 
   // Writes count points: coordinate j of point i goes to out[i * pointStride + j * coordStride].
   // A count below 1 writes nothing.  0: the stream ran out; points before that are written.
