@@ -1,7 +1,7 @@
 """The linear filter and moving statistics."""
 
 import host
-from host import (NAN, Array, Name, Procedure, Raised, boolean, expected, call, integer64)
+from host import NAN, Array, Name, Procedure, Raised, boolean, call, expected, integer64
 from kernels import mean_of, total
 from quantiles_model import median_of
 from samples import (calls_of, check_count, random_boolean, random_data, random_floats,
@@ -19,16 +19,16 @@ def linear_filter(data, coefficients, initial, recursive, ignore):
     if len(x) < len(c):
         raise Raised("the size of the filter cannot exceed the size of the data set")
     series = present(x, boolean(ignore))
+    recursive = boolean(recursive)
     places = max(len(c) - 1, 0)
     history = (history + [0.0] * places)[:places]
     inputs = history[::-1] + series
     y = []
     for i in range(len(series)):
         y.append(total(v * u for v, u in zip(inputs[i:], c[::-1])))
-        if boolean(recursive) and c:
+        if recursive and c:
             inputs[i + places] = y[-1]
     first = data.bounds[0][0]
-    boolean(recursive)
     return Array("float[8]", [(first, first + len(y) - 1)], y, data.order)
 
 
@@ -78,13 +78,12 @@ def moving_median(data, size, offset, weights, ignore, recursive):
     return moving_statistic(data, size, offset, weights, ignore, recursive, lambda: median_of)
 
 
-# Procedures of a window and more arguments, by the window's bounds: the parameters' names and the
-# body, and what it gives.
+# Procedures of a window x by the text of their body, and what they give.
 PROCEDURES = [
-    (lambda lo, hi: f"x[{lo}]", lambda window, more: window[0]),
-    (lambda lo, hi: f"[x[{hi}], x[{lo}]]", lambda window, more: [window[-1], window[0]]),
-    (lambda lo, hi: "tolist(x)", lambda window, more: window),
-    (lambda lo, hi: "NULL", lambda window, more: None),
+    ("x[{lo}]", lambda window: window[0]),
+    ("[x[{hi}], x[{lo}]]", lambda window: [window[-1], window[0]]),
+    ("tolist(x)", list),
+    ("NULL", lambda window: None),
 ]
 
 
@@ -106,16 +105,15 @@ def moving(*arguments):
 def window_procedure(random, data, size, more):
     """A procedure of a window and of more arguments, which knows what it gives."""
     first = data.bounds[0][0] if isinstance(data, Array) else 1
-    parameters = ["x"] + [f"a{i}" for i in range(len(more))]
+    last = first + size - 1 if type(size) is int else first
     body, of = random.choice(PROCEDURES)
-    text = body(first, first + (size if type(size) is int else 1) - 1)
-    if more and random.random() < 0.5:
-        text = "[" + ", ".join([text] + parameters[1:]) + "]"
-        procedure = Procedure(f"({', '.join(parameters)}) -> {text}")
-        procedure.of = lambda window, given: [of(window, given), *given]
-    else:
-        procedure = Procedure(f"({', '.join(parameters)}) -> {text}")
-        procedure.of = of
+    body = body.format(lo=first, hi=last)
+    names = [f"a{i}" for i in range(len(more))]
+    repeats = random.random() < 0.5
+    if repeats:
+        body = "[" + ", ".join([body] + names) + "]"
+    procedure = Procedure(f"({', '.join(['x'] + names)}) -> {body}")
+    procedure.of = lambda window, given: [of(window), *given] if repeats else of(window)
     return procedure
 
 
