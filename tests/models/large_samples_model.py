@@ -1,9 +1,12 @@
-"""Quantiles, order statistics and medians of samples that are so large that they are only read."""
+"""Quantiles, order statistics and medians of samples that are so large that they are only read.
+
+Weighted samples are not: as many points with weights are copied and sorted.
+"""
 
 import host
 from host import NAN, Array, Name, Raised, call
-from kernels import in_order
-from quantiles_model import plain_quantile
+from kernels import in_order, sort
+from quantiles_model import plain_quantile, weighted_quantile
 
 SIZE = 24000
 PRIME = 20011
@@ -19,12 +22,15 @@ SAMPLES = {
     "tailed": ("2/(2*i - 47999)", lambda i: 2 / (2 * i - 47999)),
     "missing": ("undefined", lambda i: NAN),
 }
+WEIGHTS = Name("weights")
 EMPTY = Array("float[8]", [(1, 0)], [])
 
 
 def definitions():
+    elements = [(name, element) for name, (element, _) in SAMPLES.items()]
+    elements.append((WEIGHTS, "i - 5*floor(i/5)"))
     return "".join(f"{name} := Array([seq({element}, i = 1 .. {SIZE})], datatype = float[8]): "
-                   for name, (element, _) in SAMPLES.items())
+                   for name, element in elements)
 
 
 def order_statistics(ordered, ranks):
@@ -45,6 +51,9 @@ def calls(random):
         everything = in_order([value_of(i) for i in range(1, SIZE + 1)])
         ordered[name, False] = everything
         ordered[name, True] = [v for v in everything if v == v]
+    points = [SAMPLES["mixed"][1](i) for i in range(1, SIZE + 1)]
+    weights = [float(i % 5) for i in range(1, SIZE + 1)]
+    sort(points, weights)
 
     def probability():
         return random.choice([0, 1, 0.5, 0.999, random.random(), random.random()**4])
@@ -63,6 +72,12 @@ def calls(random):
         yield (call("STATS_VexelOrderStatistic_HW", Name(name), ranks, EMPTY, ignore),
                order_statistics(values, ranks))
         yield call("STATS_VexelMedian_HW", Name(name), EMPTY, ignore, False), median(values)
+        if random.random() < 0.1:
+            p = random.random()
+            yield (call("STATS_VexelQuantile_HW", Name("mixed"), p, WEIGHTS, False, kind, False),
+                   weighted_quantile(points, weights, sum(weights), p, kind))
+            yield (call("STATS_VexelMedian_HW", Name("mixed"), WEIGHTS, True, False),
+                   weighted_quantile(points, weights, sum(weights), 0.5, 1))
 
 
 if __name__ == "__main__":

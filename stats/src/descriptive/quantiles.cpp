@@ -259,7 +259,7 @@ bool STATS_MedianReading_HW(double* result, const double* x, int size, int n) {
   const int middle[] = {(n - 1) / 2, n / 2};  // the same for an odd n
   values.want(middle[0]);
   values.want(middle[1]);
-  if (n <= 0 || !values.read(x, size)) {
+  if (!values.read(x, size)) {
     return false;
   }
   *result = n % 2 != 0 ? values[middle[0]] : (values[middle[0]] + values[middle[1]]) * 0.5;
