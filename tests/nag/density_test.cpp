@@ -80,6 +80,10 @@ TEST_F(DensityTest, ShapiroWilkLeavesProtectedArraysAlone) {
   EXPECT_NEAR(result.at(0), 0.788814694835387, 1e-14);
   EXPECT_NEAR(result.at(1), 0.006703814056502847, 1e-15);
   EXPECT_EQ(numbers(kept), x);
+  EXPECT_EQ(hostError([&] {
+              call("STATS_VexelShapiroWilk_HW", readOnlyArray({1, 2, kNaN, 4}), none(), true);
+            }),
+            "the Shapiro-Wilk test takes no missing or infinite elements");
 }
 
 }  // namespace
