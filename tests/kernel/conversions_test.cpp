@@ -105,6 +105,23 @@ TEST_F(ConversionsTest, AdaptersCallProceduresAndFunctions) {
   EXPECT_EQ(STATS_VexelStaticProcAdapter_HW::Call(6.0), 2.0);
 }
 
+TEST_F(ConversionsTest, TheStaticProcedureIsHeldUntilTheOutermostCallEnds) {
+  const auto liveAfterCalls = [&](int calls) {
+    for (int i = 0; i < calls; ++i) {
+      inHost(kernel, [&] {
+        const STATS_StaticProcScope_HW outer(kernel.vector(), eval("x -> 2*x").handle());
+        { const STATS_StaticProcScope_HW inner(kernel.vector(), eval("x -> 3*x").handle()); }
+        kernel.collect();
+        EXPECT_EQ(STATS_VexelStaticProcAdapter_HW::Call(2.0), 6.0);
+      });
+    }
+    kernel.collect();
+    return kernel.liveObjects();
+  };
+  const std::size_t live = liveAfterCalls(10);
+  EXPECT_LT(liveAfterCalls(100), live + 100);
+}
+
 TEST_F(ConversionsTest, HostVariablesSetTheLimits) {
   EXPECT_EQ(STATS_IterationLimit_HW(kernel.vector()), 100);
   eval("_EnvStatisticsIterations := 7: Digits := 20:");

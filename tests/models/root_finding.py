@@ -6,7 +6,7 @@ statement that shows this record, and Digits as the call left it.
 
 import itertools
 import math
-from decimal import Context
+from decimal import Context, Decimal
 from fractions import Fraction
 
 from host import (INFINITY, NAN, Name, Raised, Sequence, Table, boolean, call, expected, integer32,
@@ -37,19 +37,28 @@ def function_of(body):
     return eval(f"lambda x: float({body.replace('if(', 'choose(')})", names)
 
 
-class Calls:
-    """The two procedures: makes their definitions and evaluates them; keeps the record."""
+# What a procedure may do once instead of giving a float of the hardware.
+FAILURE = 'error("stop %1", x)'
+ODD_VALUES = [FAILURE, FAILURE, "1/3", "sqrt(2)", "10.0^400", "2^60", "y", "[x]"]
 
-    def __init__(self, f, df, digits, fails_at):
+
+class Calls:
+    """The two procedures: makes their definitions and evaluates them; keeps the record.
+
+    The call of the number odd_at, from 1, gives the odd value.
+    """
+
+    def __init__(self, f, df, digits, odd_at, odd=FAILURE):
         self.bodies = {"f": f, "df": df}
         self.digits = digits
-        self.fails_at = fails_at
+        self.odd_at = odd_at
+        self.odd = odd
         self.record = Table()
 
     def definitions(self):
         return "n := 0: T := table(): " + "".join(
             f'{name} := proc(x) n := n + 1; T[n] := ["{name}", x, Digits]; '
-            f'if n = {self.fails_at} then error("stop %1", x) end; evalhf({body}) end: '
+            f'if n = {self.odd_at} then {self.odd} else evalhf({body}) end end: '
             for name, body in self.bodies.items())
 
     def procedure(self, name):
@@ -58,10 +67,19 @@ class Calls:
         def recorded(x):
             count = len(self.record.entries) + 1
             self.record[count] = [name, float(x), self.digits]
-            if count == self.fails_at:
-                raise Raised("stop %1", float(x))
-            return function(float(x))
+            return self._odd_value(float(x)) if count == self.odd_at else function(float(x))
         return recorded
+
+    def _odd_value(self, x):
+        """A value of the odd kind as the library takes it, in software floats."""
+        if self.odd == FAILURE:
+            raise Raised("stop %1", x)
+        if self.odd in ("y", "[x]"):
+            value = Name("y") if self.odd == "y" else [rounded(x, self.digits)]
+            raise Raised("a number expected, received %1", value)
+        if self.odd == "sqrt(2)":
+            return float(Decimal(2).sqrt(Context(prec=self.digits)))
+        return {"1/3": 1 / 3, "10.0^400": INFINITY, "2^60": 2.0**60}[self.odd]
 
 
 class Finder:
@@ -187,7 +205,8 @@ def root_calls(random, finders, problem):
             arguments = [1.5, "text"] * random.randint(1, 6)
             arguments = arguments[:-1] if len(arguments) == finder.size() else arguments
         digits = random.choice([15, 15, 15, 15, 3, 5, 10, 17, 20])
-        calls = Calls(*bodies, digits, random.randint(1, 9) if random.random() < 0.04 else 0)
+        calls = Calls(*bodies, digits, random.randint(1, 9) if random.random() < 0.1 else 0,
+                      random.choice(ODD_VALUES))
         value = expected(finder.result, arguments, calls, digits)
         yield (f"Digits := {digits}: {calls.definitions()}"
                + call(f"STATS_Vexel{finder.name}_HW", *arguments)), value
