@@ -171,6 +171,13 @@ TEST_F(ConversionsTest, StartAndStopMayRepeat) {
   EXPECT_EQ(STATS_StatsTerminate_HW(kv), ToVexelBoolean(kv, 1));
   EXPECT_EQ(STATS_StatsInitialize_HW(kv), ToVexelBoolean(kv, 1));
   EXPECT_EQ(Utils::VexelDAGToDouble(eval("1/4").handle()), 0.25);
+
+  vexel::Kernel other;
+  STATS_StatsInitialize_HW(other.vector());
+  EXPECT_EQ(Utils::gVKernelVector, kv) << "started while it was started";
+  STATS_StatsTerminate_HW(kv);
+  STATS_StatsInitialize_HW(other.vector());
+  EXPECT_EQ(Utils::gVKernelVector, other.vector());
 }
 
 TEST(MachineNumbers, ConvertWithoutSurprises) {

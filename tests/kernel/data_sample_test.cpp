@@ -94,6 +94,12 @@ TEST_F(DataSampleTest, AnotherArrayReplacesTheCopy) {
   const vexel::Value later = eval("later := Array([1, b]): b := 2: later");
   liveAfter(later);
   EXPECT_EQ(liveAfter(later), liveAfter(later));
+  const STATS_VexelDataSample_HW sample(kernel.vector(), later.handle());
+  eval("seq(Array([i, i], datatype = float[8]), i = 1 .. 1000):");
+  kernel.collect();
+  eval("seq(Array([i, i], datatype = float[8]), i = 1 .. 1000):");
+  EXPECT_THAT(Doubles(sample.points(), sample.points() + 2), ElementsAre(1.0, 2.0));
+
   const vexel::Value floats = array({1.0, 2.0});
   liveAfter(floats);
   liveAfter(integers);
