@@ -5,6 +5,7 @@
 #include <cmath>
 #include <vector>
 
+#include "descriptive/one_or_list.hpp"
 #include "descriptive/sample_view.hpp"
 #include "kernel/callback_adapters.hpp"
 #include "kernel/entry_frame.hpp"
@@ -99,16 +100,13 @@ namespace {
 
 // One positive integer, or a list of them.
 std::vector<int> momentOrders(VKernelVector kv, ALGEB given) {
-  const bool isList = IsVexelList(kv, given) != 0;
-  const V_INT m = isList ? VexelNumArgs(kv, given) : 1;
   std::vector<int> orders;
-  for (V_INT j = 1; j <= m; ++j) {
-    const ALGEB order = isList ? VexelListSelect(kv, given, j) : given;
+  STATS_ForEachGiven_HW(kv, given, [&](ALGEB order) {
     if (!IsVexelInteger32(kv, order) || VexelToInteger32(kv, order) < 1) {
       VexelRaiseError1(kv, "expected: list of positive integers, received %1", given);
     }
     orders.push_back(VexelToInteger32(kv, order));
-  }
+  });
   return orders;
 }
 
@@ -128,9 +126,7 @@ STATS_ENTRY(STATS_VexelMoment_HW) {
   std::vector<double> moments(orders.size());
   STATS_Moment_HW(moments.data(), view.points, view.weights, view.size, orders.data(),
                   static_cast<int>(orders.size()), origin);
-  return IsVexelList(kv, arg[3])
-             ? STATS_FloatList_HW(kv, moments.data(), static_cast<V_INT>(moments.size()))
-             : STATS_DoubleToVexelFloat_HW(kv, moments.front());
+  return STATS_InFormOf_HW(kv, arg[3], moments);
 }
 
 // STATS_VexelAbsoluteDeviation_HW(data, weights, origin, ignore): mean absolute deviation about the

@@ -6,36 +6,29 @@
 #include <cmath>
 #include <vector>
 
+#include "descriptive/one_or_list.hpp"
 #include "descriptive/quantiles.hpp"
 #include "descriptive/sample_view.hpp"
 #include "kernel/entry_frame.hpp"
 
 namespace {
 
-// One value as a float, or several as a list, in the form in which they were asked for.
-ALGEB pack(VKernelVector kv, const std::vector<double>& values, bool asList) {
-  return asList ? STATS_FloatList_HW(kv, values.data(), static_cast<V_INT>(values.size()))
-                : STATS_DoubleToVexelFloat_HW(kv, values.front());
-}
-
 // A number in [0, 1] or a list of them.
 std::vector<double> probabilities(VKernelVector kv, ALGEB given) {
-  const bool isList = IsVexelList(kv, given) != 0;
-  const V_INT m = isList ? VexelNumArgs(kv, given) : 1;
   std::vector<double> probs;
-  for (V_INT j = 1; j <= m; ++j) {
-    const ALGEB element = isList ? VexelListSelect(kv, given, j) : given;
+  STATS_ForEachGiven_HW(kv, given, [&](ALGEB element) {
     const double p =
         IsVexelNumeric(kv, element) ? STATS_VexelUtils_HW::VexelDAGToDouble(element) : -1.0;
     if (!(p >= 0.0 && p <= 1.0)) {
       VexelRaiseError1(kv,
-                       isList ? "expected: list of numeric constants between 0 and 1, received %1"
-                              : "expected: numeric constant or a list of numeric constants between "
-                                "0 and 1, received %1",
+                       IsVexelList(kv, given)
+                           ? "expected: list of numeric constants between 0 and 1, received %1"
+                           : "expected: numeric constant or a list of numeric constants between "
+                             "0 and 1, received %1",
                        given);
     }
     probs.push_back(p);
-  }
+  });
   return probs;
 }
 
@@ -54,11 +47,9 @@ void* convertToInteger(void* conversion) {
 
 // An integer of 64 bits or a list of them.
 std::vector<V_INT> integers(VKernelVector kv, ALGEB given) {
-  const bool isList = IsVexelList(kv, given) != 0;
-  const V_INT m = isList ? VexelNumArgs(kv, given) : 1;
   std::vector<V_INT> values;
-  for (V_INT j = 1; j <= m; ++j) {
-    Conversion c{kv, isList ? VexelListSelect(kv, given, j) : given, 0};
+  STATS_ForEachGiven_HW(kv, given, [&](ALGEB element) {
+    Conversion c{kv, element, 0};
     V_BOOL failed = 0;
     if (IsVexelInteger32(kv, c.element)) {
       c.value = VexelToInteger32(kv, c.element);
@@ -69,7 +60,7 @@ std::vector<V_INT> integers(VKernelVector kv, ALGEB given) {
       VexelRaiseError1(kv, "expected: integer or list of integers, received %1", given);
     }
     values.push_back(c.value);
-  }
+  });
   return values;
 }
 
@@ -98,19 +89,18 @@ STATS_ENTRY(STATS_VexelQuantile_HW) {
   const STATS_QUANTILE_TYPE_HW type = STATS_ToQuantileType_HW(arg.integer(5));
   const bool inPlace = arg.boolean(6) && !ignoreMissing;
   const auto m = static_cast<int>(probs.size());
-  const bool asList = IsVexelList(kv, arg[2]) != 0;
   std::vector<double> values(probs.size(), STATS_FloatUndefined_HW(kv));
   if (!inPlace && !sample.weighted() &&
       STATS_QuantileReading_HW(values.data(), sample.points(), sample.size(), probs.data(),
                                pointsTaken(sample, ignoreMissing), m, type)) {
-    return pack(kv, values, asList);
+    return STATS_InFormOf_HW(kv, arg[2], values);
   }
   const SampleView view =
       SampleView::forReordering(kv, sample, arg[1], arg[3], ignoreMissing, inPlace);
   if (view.size > 0) {
     STATS_Quantile_HW(values.data(), view.points, view.weights, probs.data(), view.size, m, type);
   }
-  return pack(kv, values, asList);
+  return STATS_InFormOf_HW(kv, arg[2], values);
 }
 
 // STATS_VexelOrderStatistic_HW(data, ranks, weights, ignore): the values of the given ranks,
@@ -136,7 +126,7 @@ STATS_ENTRY(STATS_VexelOrderStatistic_HW) {
     const SampleView view = SampleView::copied(kv, sample, ignoreMissing);
     STATS_OrderStatistic_HW(values.data(), view.points, view.weights, ranks.data(), n, m);
   }
-  return pack(kv, values, IsVexelList(kv, arg[2]) != 0);
+  return STATS_InFormOf_HW(kv, arg[2], values);
 }
 
 // STATS_VexelMedian_HW(data, weights, ignore, inplace)
