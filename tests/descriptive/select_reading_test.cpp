@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
 #include <limits>
 #include <random>
 #include <vector>
@@ -74,6 +75,28 @@ TEST(SelectReading, GivesWhatSortingGives) {
         }
       }
     }
+  }
+}
+
+// The places that the sample is taken from hold nothing like the rest, which lies between two
+// values of the sample, or below all of them.
+TEST(SelectReading, NoticesThatTheSampleDeceives) {
+  constexpr int n = 24000;
+  constexpr int rank = n / 2;
+  std::mt19937_64 random(3);
+  for (const double scale : {1e-3, -1.0}) {
+    Doubles x(n);
+    std::generate(x.begin(), x.end(), [&] { return 0.5 + scale * (1.0 + uniform(random)); });
+    const auto size = static_cast<int>(std::pow(n, 2.0 / 3.0));
+    std::uint32_t state = 1;
+    for (int i = 0; i < size; ++i) {
+      const int begin = i * n / size;
+      const int end = (i + 1) * n / size;
+      state = state * 1664525U + 1013904223U;
+      x[begin + (state >> 8U) % static_cast<unsigned>(end - begin)] = uniform(random);
+    }
+    double got = 0.0;
+    EXPECT_FALSE(STATS_SelectReading_HW(x.data(), n, &rank, 1, &got)) << scale;
   }
 }
 
