@@ -197,7 +197,7 @@ void placeEnds(const std::vector<Bracket>& brackets, std::vector<double>& sample
 }  // namespace
 
 bool STATS_SelectReading_HW(const double* x, int n, const int* ranks, int m, double* values) {
-  if (n < kSmallestSize || m < 1) {
+  if (n < kSmallestSize) {
     return false;
   }
   std::vector<double> sample = sampleOf(x, n);
