@@ -78,7 +78,7 @@ ALGEB keepWanted(VKernelVector kv, const STATS_ElementReader_HW& data, Test want
     count += wanted(x[i]) ? 1 : 0;
   }
   const ALGEB result = STATS_CreateLike_HW(kv, data.settings(), data.lower(), count);
-  T* const out = count > 0 ? static_cast<T*>(RTableDataBlock(kv, result)) : nullptr;
+  T* const out = static_cast<T*>(RTableDataBlock(kv, result));
   V_INT kept = 0;
   for (V_INT i = 0; kept < count; ++i) {
     out[kept] = x[i];

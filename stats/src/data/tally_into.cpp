@@ -24,7 +24,7 @@ class BinnedSample {
         size_(sample_.size()),
         points_(sample_.points()),
         weights_(sample_.weights()) {
-    if (arg.boolean(3) && size_ > 0) {
+    if (arg.boolean(3)) {
       const auto n = static_cast<std::size_t>(size_);
       copiedPoints_.resize(n);
       copiedWeights_.resize(sample_.weighted() ? n : 0);
