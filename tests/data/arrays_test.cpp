@@ -46,6 +46,13 @@ TEST_F(ArraysTest, PredicatesSeeElementsAsTheyAreWhenTested) {
   EXPECT_EQ(hostError([&] { call("STATS_VexelSelectRemove_HW", data, failing, 1); }), "stop");
 }
 
+TEST_F(ArraysTest, ElementsTakenOutlastTheArray) {
+  kernel.stress(true);
+  const vexel::Value result = eval(
+      "A := Array([f(1), 2, 3]): STATS_VexelSelectRemove_HW(A, proc(e) A[1] := 0; true end, 1);");
+  EXPECT_EQ(result[0].text(), "f(1)");
+}
+
 TEST_F(ArraysTest, ManyDistinctValuesAreTallied) {
   std::vector<double> x(20000);
   for (std::size_t i = 0; i < x.size(); ++i) {

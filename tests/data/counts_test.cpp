@@ -19,4 +19,11 @@ TEST_F(CountsTest, CumulativeValuesFillTheArrayGiven) {
             "output array is read-only: %1");
 }
 
+TEST_F(CountsTest, DoublesOfReadOnlyDataAreTheCallersOwn) {
+  const auto copy = call("STATS_VexelEvaluateToFloat_HW", readOnlyArray({1.0}));
+  RTableSettings settings;
+  RTableGetSettings(kernel.vector(), &settings, copy.handle());
+  EXPECT_EQ(settings.read_only, 0);
+}
+
 }  // namespace

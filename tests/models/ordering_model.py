@@ -148,7 +148,7 @@ def calls(random):
     source = Source(random)
 
     def data():
-        datatype = source.choice(REAL_TYPES if source.chance(0.95) else TYPES)
+        datatype = source.choice(REAL_TYPES if source.chance(0.8) else TYPES)
         return source.data(datatype=datatype, wrong=source.choice([0.0, 0.0, 0.0, 0.1]),
                            storage="rectangular" if source.chance(0.8) else "sparse")
 
