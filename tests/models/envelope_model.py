@@ -11,8 +11,9 @@ DENSITIES = [
     ("x-0.5", "1"), ("exp(-abs(x))", "if(x<0,exp(x),-exp(-x))"), ("2*x-x*x", "2-2*x"),
     ("if(x<0.25,x,0.5-x/2)", "if(x<0.25,1,-0.5)"), ("if(x<0.5,1,0.25)", "0"),
     ("if(x<0.7,1,undefined)", "0"), ("1", "if(x<0.6,1,undefined)"),
-    ("x*x", "if(x<0.5,1e9*x,3e8)"), ("1+x", "1e8*(x-0.5)"), ("1+x", "1e8*(x-0.7)"),
-    ("1+x", "1e9*(x+1)"), ("2-x", "-1e8*x*x*x*x-4e7"), ("exp(-x)", "-exp(-x)")]
+    ("x*x", "if(x<0.5,1e9*x,3e8)"), ("1+x", "1e9*(x-0.5)"), ("1+x", "1e9*(x-0.7)"),
+    ("1+x", "1e9*(x-1.2)"), ("1+x", "1e9*(x+1)"), ("2-x", "-1e8*x*x*x*x-4e7"),
+    ("exp(-x)", "-exp(-x)")]
 ODD = [7, -1, 1.5, Name("z"), True, None, [], [0], [0, 1], Array("integer[4]", [(1, 2)], [0, 1]),
        Array("float[8]", [(1, 1), (1, 2)], [0.0, 1.0]), Array("anything", [(1, 2)], [0, Name("z")])]
 
@@ -26,7 +27,7 @@ def odd(random, values, share, first=0):
 
 def envelope(random, record):
     h, h1 = random.choice([d for d in DENSITIES if record.kept or "undefined" not in "".join(d)])
-    n = random.choice([2, 2, 3, 3, 4, 5, 6, random.randint(0, 1)])
+    n = random.choice([2, 2, 2, 3, 3, 3, 4, 5, 6] * 2 + [0, 1])
     kind = random.random()
     values = [random.choice([random.random() * 2, random.random(), float(random.randint(0, 3))])
               if kind < 0.6 else random.uniform(-3, 3) for _ in range(n)]
