@@ -9,6 +9,7 @@ from host import Array, Near, RandomStream, call, expected, integer32, main, rea
 from interpolation_model import discrete, discrete_left
 from ziggurats import normal
 
+
 @functools.lru_cache(None)
 def poisson(k, mean):
     term = math.exp(-mean)
@@ -139,6 +140,11 @@ def calls(random):
         variate = call(f"STATS_Vexel{name}RandomVariate_HW", *parameters)
         yield (f"randomize(11): x := tolist({sample}): randomize(11): "
                f"istrue(x = [seq({variate}, i = 1 .. 3000)])", True)
+    for p in (0.1, 0.9):  # rounded normals, some of them beyond 0 or n
+        arguments = [3000, 101, p]
+        statement = call("STATS_VexelBinomialRandomSample_HW", *arguments)
+        yield (f"randomize(11): [{statement}, RandomInt32()]",
+               random_sample(100, RandomStream(11), "Binomial", arguments))
     while True:
         for name in DISTRIBUTIONS:
             parameters = possible_parameters(random, name)
