@@ -38,16 +38,14 @@ double STATS_CauchyRandomVariate_HW(VKernelVector, double a, double b) {
   if (t > 0.0) {
     return u * (0.6366197723675813 / t + 0.5972997593539963) * b + a;
   }
-  double x = 0.0;
-  double w = 0.0;
-  do {
+  for (;;) {
     u = STATS_VexelRandomStream_HW::NextDouble() - 0.5;
     t = 0.25 - u * u;
-    x = u * (0.6380631366077802 / t + 0.595948606052907);
-    w = STATS_VexelRandomStream_HW::NextDouble();
-  } while (
-      t * t * ((x * x + 1.0) * (0.0214949004570452 * w + 4.9125013953033205) - 0.9339962957603656) +
-          t >
-      0.5);
-  return x * b + a;
+    const double x = u * (0.6380631366077802 / t + 0.595948606052907);
+    const double w = STATS_VexelRandomStream_HW::NextDouble();
+    const double score = (x * x + 1.0) * (0.0214949004570452 * w + 4.9125013953033205);
+    if (t * t * (score - 0.9339962957603656) + t <= 0.5) {
+      return x * b + a;
+    }
+  }
 }

@@ -11,15 +11,14 @@
 // Draws: one uniform, pairs until one lies in the quarter disc (1.27 pairs), one uniform.
 double STATS_MaxwellRandomVariate_HW(VKernelVector, double a) {
   const double e = std::log(STATS_VexelRandomStream_HW::NextDouble());
-  double v2 = 0.0;
-  double s = 0.0;
-  do {
+  for (;;) {
     const double v = STATS_VexelRandomStream_HW::NextDouble();
     const double w = STATS_VexelRandomStream_HW::NextDouble();
-    v2 = v * v;
-    s = v2 + w * w;
-  } while (!(s <= 1.0));
-  const double l = std::log(STATS_VexelRandomStream_HW::NextDouble());
-  const double y = -e - l * (v2 / s);
-  return std::sqrt(2.0 * y) * a;
+    const double s = v * v + w * w;
+    if (s <= 1.0) {
+      const double l = std::log(STATS_VexelRandomStream_HW::NextDouble());
+      const double y = -e - l * (v * v / s);
+      return std::sqrt(2.0 * y) * a;
+    }
+  }
 }

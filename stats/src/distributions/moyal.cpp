@@ -13,15 +13,14 @@
 double STATS_MoyalRandomVariate_HW(VKernelVector kv, double a, double b) {
   const double pi = STATS_HostPi_HW(kv);
   const double k = std::sqrt(2.0 * pi);
-  double x = 0.0;
-  double g = 0.0;
-  double w = 0.0;
-  do {
+  for (;;) {
     const double theta = STATS_VexelRandomStream_HW::NextDouble() * pi - 0.5 * pi;
-    w = STATS_VexelRandomStream_HW::NextDouble();
-    x = std::tan(theta);
+    const double w = STATS_VexelRandomStream_HW::NextDouble();
+    const double x = std::tan(theta);
     const double cosine = std::cos(theta);
-    g = std::exp(-0.5 * (std::exp(-x) + x)) * (1.0 / k) / (cosine * cosine);
-  } while (!(g >= 0.912 * w));
-  return x * b + a;
+    const double g = std::exp(-0.5 * (std::exp(-x) + x)) * (1.0 / k) / (cosine * cosine);
+    if (g >= 0.912 * w) {
+      return x * b + a;
+    }
+  }
 }

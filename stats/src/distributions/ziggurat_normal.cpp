@@ -14,13 +14,13 @@ double density(double x) { return std::exp(STATS_ZigguratNormalGenerator_HW::gH 
 // Beyond the last edge r: Marsaglia (1964), with the uniform for x drawn before the one for y.
 double normalTail(bool negative) {
   constexpr double r = STATS_ZigguratNormalGenerator_HW::gD;
-  double x = 0.0;
-  double y = 0.0;
-  do {
-    x = -std::log(STATS_VexelRandomStream_HW::NextDouble()) / r;
-    y = -std::log(STATS_VexelRandomStream_HW::NextDouble());
-  } while (x * x > 2.0 * y);
-  return negative ? -r - x : r + x;
+  for (;;) {
+    const double x = -std::log(STATS_VexelRandomStream_HW::NextDouble()) / r;
+    const double y = -std::log(STATS_VexelRandomStream_HW::NextDouble());
+    if (x * x <= 2.0 * y) {
+      return negative ? -r - x : r + x;
+    }
+  }
 }
 
 }  // namespace
