@@ -5,6 +5,7 @@
 #include <gmock/gmock.h>
 
 #include <limits>
+#include <memory>
 
 #include "host_call.hpp"
 #include "kernel_test.hpp"
@@ -79,30 +80,28 @@ TEST_F(DataSampleTest, DenseFloatsAreUsedInPlaceAndOthersCopied) {
   EXPECT_THAT(numbers(integers), ElementsAre(1.0, 2.0));
 }
 
-TEST_F(DataSampleTest, AnotherArrayReplacesTheCopy) {
+TEST_F(DataSampleTest, CopiesLiveUntilAnotherArrayReplacesThem) {
   const vexel::Value integers = eval("Array([1, 2], datatype = integer[4])");
-  STATS_Vector_HW vector(kernel.vector(), integers.handle());
-  const auto liveAfter = [&](const vexel::Value& array) {
-    STATS_Vector_HW::SetData(kernel.vector(), &vector, array.handle());
+  const auto heldOnHeap = std::make_unique<STATS_Vector_HW>(kernel.vector(), integers.handle());
+  const auto liveAfter = [&](const vexel::Value& array, bool refused) {
+    kernel.failAllocation(refused ? 0 : -1);  // then elements are copied one at a time
+    STATS_Vector_HW::SetData(kernel.vector(), heldOnHeap.get(), array.handle());
+    kernel.failAllocation(-1);
     kernel.collect();
-    EXPECT_THAT(Doubles(vector.data(), vector.data() + 2), ElementsAre(1.0, 2.0));
+    eval("seq(Array([i, i], datatype = float[8]), i = 1 .. 1000):");  // takes what has become free
+    kernel.collect();
+    EXPECT_THAT(Doubles(heldOnHeap->data(), heldOnHeap->data() + 2), ElementsAre(1.0, 2.0));
     return kernel.liveObjects();
   };
-  const std::size_t live = liveAfter(integers);
-  EXPECT_EQ(liveAfter(integers), live);
-  // Host objects are copied by the host, or one at a time where one is no number as it stands.
-  const vexel::Value later = eval("later := Array([1, b]): b := 2: later");
-  liveAfter(later);
-  EXPECT_EQ(liveAfter(later), liveAfter(later));
-  const STATS_VexelDataSample_HW sample(kernel.vector(), later.handle());
-  eval("seq(Array([i, i], datatype = float[8]), i = 1 .. 1000):");
-  kernel.collect();
-  eval("seq(Array([i, i], datatype = float[8]), i = 1 .. 1000):");
-  EXPECT_THAT(Doubles(sample.points(), sample.points() + 2), ElementsAre(1.0, 2.0));
-
+  for (const bool refused : {false, true}) {
+    const std::size_t live = liveAfter(integers, refused);
+    for (int i = 0; i < 20; ++i) {
+      EXPECT_LT(liveAfter(integers, refused), live + 10);
+    }
+  }
   const vexel::Value floats = array({1.0, 2.0});
-  liveAfter(floats);
-  liveAfter(integers);
+  liveAfter(floats, false);
+  liveAfter(integers, false);
   EXPECT_THAT(numbers(floats), ElementsAre(1.0, 2.0));
 }
 

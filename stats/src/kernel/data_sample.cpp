@@ -226,7 +226,7 @@ STATS_VexelDataSample_HW::STATS_VexelDataSample_HW(VKernelVector kv, ALGEB data,
 
 int STATS_CopySimpleData_HW(const double* src, double* dst, int n, int skipMissing) {
   if (!skipMissing) {
-    std::copy_n(src, std::max(n, 0), dst);
+    std::copy_n(src, n, dst);
     return n;
   }
   int kept = 0;
@@ -240,8 +240,8 @@ int STATS_CopySimpleData_HW(const double* src, double* dst, int n, int skipMissi
 int STATS_CopyWeightedData_HW(const double* points, const double* weights, double* dstPoints,
                               double* dstWeights, int n, int skipMissing) {
   if (!skipMissing) {
-    std::copy_n(points, std::max(n, 0), dstPoints);
-    std::copy_n(weights, std::max(n, 0), dstWeights);
+    std::copy_n(points, n, dstPoints);
+    std::copy_n(weights, n, dstWeights);
     return n;
   }
   int kept = 0;
