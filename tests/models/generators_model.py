@@ -5,6 +5,7 @@ from functools import partial
 import host
 import samples
 from host import Array, Name, Procedure, Raised, RandomStream, integer32, integer64, real
+from interpolation_model import discrete
 from libm import divide, sqrt
 from samples import check_count
 
@@ -129,19 +130,6 @@ def bootstrap_statistic_of_variates(log, stream, *arguments):
     return float_vector(m, values)
 
 
-def cell(u, masses):
-    """The first cell whose mass, together with those before it, reaches u, found by bisection."""
-    low, high = 0, len(masses) - 1
-    if masses[low] > u:
-        return low
-    if masses[high] < u:
-        raise Raised("root must be bracketed by left and right barriers.")
-    while high - low > 1:
-        middle = (low + high) // 2
-        low, high = (low, middle) if u <= masses[middle] else (middle, high)
-    return high
-
-
 def kernel_density_sample(stream, *arguments):
     check_count(arguments, len(arguments) <= 4, "expected 4 arguments, received: %1")
     values = []
@@ -163,7 +151,7 @@ def kernel_density_sample(stream, *arguments):
     values = []
     for _ in range(n):
         u = stream.double01() * masses[-1]
-        k = cell(u, masses)
+        k = discrete(u, masses.__getitem__, 0, len(d), 100)  # by bisection, which matters for NaN
         if k == 0:
             x = h - sqrt(divide(2.0 * h * u, d[0]))
         else:
