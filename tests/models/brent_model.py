@@ -3,8 +3,9 @@
 import itertools
 
 from host import Name, Raised, integer32, main, real
+from libm import divide
 from root_finding import (DISTINCT, FALLING, NOT_GREATER, NOT_LESS, OUT_OF_RANGE, Finder, Problem,
-                          quotient, root_calls)
+                          root_calls)
 
 SPENT = "maximum number of iterations exceeded in Brent root finding."
 FAILED = "BrentMethodHybrid was not able to converge on the specified root."
@@ -33,12 +34,12 @@ def brent(target, f, a, b, tol, limit):
             if a == z:
                 p, q = 2 * xm * s, 1 - s
             else:
-                q, r = quotient(fa, fz), quotient(fb, fz)
+                q, r = divide(fa, fz), divide(fb, fz)
                 p = s * (2 * xm * q * (q - r) - (b - a) * (r - 1))
                 q = (q - 1) * (r - 1) * (s - 1)
             q = -q if p > 0 else q
             if 2 * abs(p) < min(3 * xm * q - abs(tol1 * q), abs(e * q)):
-                step = quotient(abs(p), q)
+                step = divide(abs(p), q)
         d, e = (xm, xm) if step is None else (step, d)
         a, fa = b, fb
         b += d if abs(d) > tol1 else -tol1 if xm < 0 else tol1
@@ -60,8 +61,8 @@ def brent_search(target, f, least, greatest, barrier, x0, tol, limit, side):
         return brent(target, f, *sorted((barrier, x0)), tol, limit)
     for used in itertools.count(1):
         (x0, f0), (x1, f1) = [(barrier, near), (x, value)][::side]
-        slope = quotient(f1 - f0, x1 - x0)
-        new = quotient(far - (f0 - x0 * slope), slope)
+        slope = divide(f1 - f0, x1 - x0)
+        new = divide(far - (f0 - x0 * slope), slope)
         if new * side < x * side:
             raise Raised(FALLING)
         reached = f(new)

@@ -5,7 +5,7 @@ from fractions import Fraction
 from statistics import NormalDist
 
 from counts_model import discretize
-from host import (INFINITY, NAN, Array, Name, Near, Raised, Sequence, boolean, call, expected,
+from host import (INFINITY, NAN, Name, Near, Raised, Sequence, boolean, call, expected,
                   integer32, main, real, to_text, vector as floats)
 from samples import (calls_of, random_array, random_boolean, random_data, random_floats,
                      random_integer, random_size, random_weights, sample, vector)

@@ -4,21 +4,16 @@ import itertools
 import math
 
 from host import INFINITY, NAN, Name, Raised, integer32, main, real
-from root_finding import (DISTINCT, FALLING, NOT_GREATER, NOT_LESS, OUT_OF_RANGE, Finder, floor,
-                          function_of, quotient, root_calls)
+from libm import divide, floor, truncated
+from root_finding import (DISTINCT, FALLING, NOT_GREATER, NOT_LESS, OUT_OF_RANGE, Finder,
+                          function_of, root_calls)
 
 SPENT = "maximum number of iterations exceeded in discrete root finding."
 FAILED = "DiscreteInterpolationHybrid was not able to converge to the specified root."
 
 
-def to_integer(x):
-    """x without its fraction, or the least 32-bit integer if that is no 32-bit integer."""
-    whole = math.trunc(x) if math.isfinite(x) else 2**31
-    return whole if -2**31 <= whole < 2**31 else -2**31
-
-
 def point(value):
-    return to_integer(real(value))
+    return truncated(real(value))
 
 
 def discrete(p, f, low, high, limit):
@@ -54,9 +49,9 @@ def discrete_search(p, f, least, greatest, low, high, limit, side):
         return discrete(p, f, low, high, limit)
     for used in itertools.count(1):
         (x0, f0), (x1, f1) = points
-        slope = quotient(f1 - f0, float(x1 - x0))
+        slope = divide(f1 - f0, float(x1 - x0))
         end = greatest if side > 0 else least
-        new = to_integer(floor(quotient(end - (f0 - x0 * slope), slope)))
+        new = truncated(floor(divide(end - (f0 - x0 * slope), slope)))
         x, value = points[1] if side > 0 else points[0]
         if new == x:
             new = max(-2**31, min(2**31 - 1, x + side))
@@ -114,6 +109,8 @@ FUNCTIONS = [
     ("if(x > {c}, -5, x/{s})", -9.0, 9.0), ("if(x < {c}, 5, x/{s})", -9.0, 9.0),
     ("if(x < {c}, 0, 1 - 1/(abs(x - {c}) + 10))", 0.0, 1.0),
     ("if(x < {c}, 1/(abs(x - {c}) + 10), 1)", 0.0, 1.0), ("x - {c}", -1.0, 1.0),
+    ("if(x < {c}, (x - {c})/{s} + 0.4, 0.4)", 0.0, 1.0),
+    ("if(x < {c}, 0.6, (x - {c})/{s} + 0.6)", 0.0, 1.0),
     ("if(x < {c}, undefined, x)", -99.0, 99.0), ("if(x > {c}, undefined, x)", -99.0, 99.0),
     ("if(x > {c}, infinity, x)", -99.0, 99.0), ("if(x < {c}, x - 1, x + 1)", -99.0, 99.0)]
 

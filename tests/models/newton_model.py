@@ -3,7 +3,8 @@
 import itertools
 
 from host import Name, Raised, integer32, main, real
-from root_finding import FALLING, Finder, Problem, quotient, root_calls
+from libm import divide
+from root_finding import FALLING, Finder, Problem, root_calls
 
 NOT_BETWEEN = "the specified initial point must be between the specified barriers"
 FAILED = "%s root-finding method failed to converge."
@@ -11,7 +12,7 @@ FAILED = "%s root-finding method failed to converge."
 
 def newton(target, f, df, x0, left, right, tol, limit):
     def relative(x, y):
-        return quotient(abs(x - y), abs(y) + abs(x))
+        return divide(abs(x - y), abs(y) + abs(x))
 
     if left is not None and x0 < left or right is not None and x0 > right:
         raise Raised(NOT_BETWEEN)
@@ -27,7 +28,7 @@ def newton(target, f, df, x0, left, right, tol, limit):
             if d == 0:
                 raise Raised(FAILED % "NewtonRaphson")
             gx = f(x)
-        new = x - quotient(gx, d)
+        new = x - divide(gx, d)
         if left is not None and new < left:
             new = (left + x) * 0.5
         if right is not None and new > right:

@@ -9,25 +9,14 @@ import math
 from decimal import Context, Decimal
 from fractions import Fraction
 
-from host import (INFINITY, NAN, Name, Raised, Sequence, Table, boolean, call, expected, integer32,
-                  real)
+from host import INFINITY, NAN, Name, Raised, Sequence, Table, boolean, call, expected, real
+from libm import floor
 
 NOT_LESS = "the specified initial point must be less than the right barrier."
 NOT_GREATER = "the specified initial point must be greater than the left barrier."
 OUT_OF_RANGE = "the specified approximation point must be between function bounds."
 FALLING = "specified function is not a nondecreasing function."
 DISTINCT = "%s requires distinct initial points (InitPoint1 != InitPoint2)."
-
-
-def quotient(a, b):
-    """a / b, with infinities and NaNs where Python has exceptions."""
-    if b != 0:
-        return a / b
-    return NAN if a == 0 or math.isnan(a) else math.copysign(INFINITY, a) * math.copysign(1, b)
-
-
-def floor(x):
-    return float(math.floor(x)) if math.isfinite(x) and x != 0 else x
 
 
 def function_of(body):

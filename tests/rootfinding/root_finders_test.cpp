@@ -4,6 +4,7 @@
 #include <cmath>
 #include <limits>
 
+#include "host_call.hpp"
 #include "kernel_test.hpp"
 #include "rootfinding/discrete_interpolation.hpp"
 

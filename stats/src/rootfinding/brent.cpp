@@ -187,8 +187,7 @@ double STATS_BrentMethodHybridUnbound_HW(VKernelVector kv, double target,
         kv,
         "BrentMethodHybridUnbound requires distinct initial points (InitPoint1 != InitPoint2).");
   }
-  const double lo = initPoint1 < initPoint2 ? initPoint1 : initPoint2;
-  const double hi = initPoint1 < initPoint2 ? initPoint2 : initPoint1;
+  const auto [lo, hi] = std::minmax(initPoint2, initPoint1);  // in this order for a NaN
   const double flo = f.Call(lo);
   const double fhi = f.Call(hi);
   if (flo == target) {
