@@ -62,11 +62,27 @@ TEST_F(RootTest, HardFunctionsHaveTheirRoots) {
 
 TEST_F(RootTest, TheEndsOfThe32BitRangeAreSafe) {
   using Limits = std::numeric_limits<std::int32_t>;
-  STATS_VexelCFuncAdapter_HW wide(kernel.vector(), [](double x) { return x / 0x1p32 + 0.5; });
-  for (const double p : {0.25, 0.75}) {
-    EXPECT_EQ(
-        STATS_DiscreteInterpolation_HW(kernel.vector(), p, wide, Limits::min(), Limits::max(), 100),
-        (p - 0.5) * 0x1p32);
+  const VKernelVector kv = kernel.vector();
+  STATS_VexelCFuncAdapter_HW line(kv, [](double x) { return x / 0x1p31; });
+  for (const double p : {-0.5, 0.5}) {
+    EXPECT_EQ(STATS_DiscreteInterpolation_HW(kv, p, line, Limits::min(), Limits::max(), 100),
+              p * 0x1p31);
+  }
+  // A step onto the end stays there, where the value repeats.
+  const double nearOne = 1 - 0x1p-32;
+  const std::function<void()> searches[] = {
+      [&] {
+        STATS_DiscreteInterpolationHybridLeft_HW(kv, nearOne, line, 0, nearOne, Limits::max() - 1,
+                                                 Limits::max(), 9);
+      },
+      [&] {
+        STATS_DiscreteInterpolationHybridRight_HW(kv, 0, line, -1, 1, Limits::min(),
+                                                  Limits::min() + 1, 9);
+      },
+  };
+  for (const auto& search : searches) {
+    EXPECT_EQ(hostError([&] { inHost(kernel, search); }),
+              "DiscreteInterpolationHybrid was not able to converge to the specified root.");
   }
 }
 
