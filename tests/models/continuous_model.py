@@ -150,6 +150,23 @@ def inverted_call(random, name):
             f"[[{values}], {stream.int32()}])")
 
 
+def log_normal_quantile_call(random):
+    """The quantile's distance, in units of its last place, from exp(mu + z) at 40 digits."""
+    p, mu, sigma = random.random(), random.randint(-9999, 9999) / 16.0, random.uniform(0.1, 2.0)
+    z, y = quantile("Normal", p, 0, sigma), quantile("LogNormal", p, mu, sigma)
+    return (f"Digits := 40: z := {z}: y := {y}: x := abs(y/exp(z + {mu}) - 1)*2.0^53: "
+            "Digits := 15: evalf(x)"), Near(0.0, 4.0)
+
+
+def quantile_outside(random, name):
+    """A quantile at no probability."""
+    error = "the specified approximation point must be between function bounds."
+    if name == "NonCentralBeta":
+        error = "root must be bracketed by lower and upper boundaries."
+    parameters = PROBABILITIES[name][1](random)[1:]
+    return quantile(name, random.choice([-0.5, 1.5]), *parameters), Raised(error)
+
+
 def misuse(random, name, operation, size, first=real):
     """A call of wrong arguments, with its error; None if they happen to be right."""
     arguments = spoiled(random, [1] * size)
@@ -182,11 +199,14 @@ def calls(random):
                        expected(probability_of_quantile, name, size, arguments))
         for name in INVERTED:
             yield inverted_call(random, name), True
+            if name != "StudentT":
+                yield quantile_outside(random, name)
         wrong = [misuse(random, "StudentT", "RandomVariate", 1),
                  misuse(random, "StudentT", "RandomSample", 2, integer32),
                  misuse(random, "NonCentralFRatio", "RandomVariate", 3),
                  misuse(random, "NonCentralFRatio", "RandomSample", 4, integer32)]
         yield from [w for w in wrong if w is not None]
+        yield log_normal_quantile_call(random)
         digits = random.choice([4, 7, 10])
         arguments = PROBABILITIES["NonCentralBeta"][1](random)
         rounded = call("STATS_VexelNonCentralBetaProbability_HW", *arguments)

@@ -1,7 +1,8 @@
 """The empirical distribution: quantiles of the first type, and samples by their inversion."""
 
 from distributions import counted, miscounts
-from host import Array, RandomStream, call, expected, integer32, main, real
+from host import (Array, Name, RandomStream, call, expected, integer32, main, real, to_text,
+                  vector)
 from quantiles_model import quantiles_of
 from samples import random_boolean, random_data, random_floats, random_size, random_weights, sample
 
@@ -27,10 +28,27 @@ def random_sample(stream, *arguments):
     return [Array("float[8]", [(1, n)], values), stream.int32()]
 
 
+def sample_in_place(random):
+    """A sample of tied points with weights, and how it leaves them."""
+    size = random.randint(6, 40)
+    x = [float(random.randint(-2, 3)) for _ in range(size)]
+    w = random.choice([[random.uniform(0.0, 2.0) for _ in x], [float(i % 4) for i in range(size)],
+                       [10.0**random.randint(-3, 17) for _ in x]])
+    n, seed = random.choice([0, 1, 2, 3, 30]), random.randrange(2**64)
+    text = call("STATS_VexelEmpiricalRandomSample_HW", n, Name("d"), Name("w"), False)
+    arrays = f"d := {to_text(vector(x))}: w := {to_text(vector(w))}: "
+    stream = RandomStream(seed)
+    values = [quantiles_of(x, w, [stream.double01()], 1)[0] for _ in range(n)]
+    return (f"{arrays}randomize({seed}): [{text}, d, w, RandomInt32()]",
+            [vector(values), vector(x), vector(w), stream.int32()])
+
+
 def calls(random):
     for operation, size in [("Deviate", 4), ("RandomVariate", 3), ("RandomSample", 4)]:
         yield from miscounts("Empirical" + operation, size)
     while True:
+        if random.random() < 0.1:
+            yield sample_in_place(random)
         size = random_size(random)
         data = random_data(random, random_floats(random, size))
         arguments = [data, random_weights(random, size), random_boolean(random)]
