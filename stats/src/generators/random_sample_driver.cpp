@@ -36,7 +36,6 @@ Generators makeGenerators(VKernelVector kv, ALGEB descriptions) {
       generators.push_back(std::make_unique<STATS_DefaultGenerator_HW>(kv));
     }
     if (!generators.back()->initialize(kv, VexelExpseqSelect(kv, description, 2))) {
-      generators.clear();
       VexelRaiseError1(kv, "unable to initialize random variate generator with parameters %1",
                        description);
     }
