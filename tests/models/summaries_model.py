@@ -6,8 +6,8 @@ from fractions import Fraction
 import host
 from host import NAN, Array, Near, Raised, integer64, vector as array_of
 from kernels import in_order, quotient, total
-from samples import (calls_of, random_boolean, random_data, random_floats, random_integer,
-                     random_size, random_weights, sample, vector)
+from samples import (DATATYPES, calls_of, random_boolean, random_data, random_floats,
+                     random_integer, random_size, random_weights, sample, vector)
 
 
 def five_point_summary(data, ignore):
@@ -44,7 +44,9 @@ def statistic_summary(data, weights, ignore):
     if any(map(math.isnan, x)):
         return array_of([NAN] * 7)
 
-    points = [Fraction(v) for v, _ in cases]
+    reach = max(abs(v) for v, _ in cases)
+    unit = 2.0**math.frexp(reach)[1]  # in which no power of a value is too large or too small
+    points = [Fraction(v / unit) for v, _ in cases]
     shares = [Fraction(u) for _, u in cases]
     whole = sum(shares)
     mean = sum(u * v for v, u in zip(points, shares)) / whole
@@ -53,14 +55,15 @@ def statistic_summary(data, weights, ignore):
     def central(order):
         return float(sum(u * (v - mean)**order for v, u in zip(points, shares)) / divisor)
     deviation = math.sqrt(central(2))
-    reach = float(max(map(abs, points)))
 
     def near(value):
-        return Near(value, 1e-12 * (1 + abs(value) + reach / deviation))
+        return Near(value, 1e-12 * (1 + abs(value) + 1 / deviation))
     shape = ([near(central(3) / deviation**3), near(central(4) / deviation**4 - 3)]
              if deviation > 0 else [NAN, NAN])
-    return array_of([Near(float(mean), 1e-14 * reach), Near(deviation, 1e-13 * reach), *shape,
-                     float(min(points)), float(max(points)), Near(float(whole), 1e-13 * whole)])
+    return array_of([Near(float(mean) * unit, 1e-14 * reach),
+                     Near(deviation * unit, 1e-13 * reach), *shape,
+                     min(v for v, _ in cases), max(v for v, _ in cases),
+                     Near(float(whole), 1e-13 * whole)])
 
 
 def covariance(data, partners, weights, ignore):
@@ -83,8 +86,14 @@ def covariance(data, partners, weights, ignore):
 def calls(random):
     def summary_arguments():
         n = random_size(random)
-        floats = random_floats(random, n, ("ties", "plain", "positive", "missing"))
-        return [random_data(random, floats), random_weights(random, n), random_boolean(random)]
+        scale = random.choice([1.0, 1.0, 2.0**900, 2.0**-900])
+        floats = [v * scale
+                  for v in random_floats(random, n, ("ties", "plain", "positive", "missing"))]
+        data = random_data(random, floats, datatypes=DATATYPES if scale == 1.0 else ["float[8]"])
+        weights = random_weights(random, n)
+        if random.random() < 0.05:
+            weights = array_of([0.0] * n)
+        return [data, weights, random_boolean(random)]
 
     def five_point_arguments():
         return [random_data(random, random_floats(random, random.randint(0, 30))),
