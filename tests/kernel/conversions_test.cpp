@@ -115,7 +115,7 @@ TEST_F(ConversionsTest, TheStaticProcedureIsHeldUntilTheOutermostCallEnds) {
     const STATS_StaticProcScope_HW outer(kernel.vector(), eval("x -> 2*x").handle());
     useTripling(kernel);
     kernel.collect();
-    eval("seq(proc(x) i end, i = 1 .. 1000):");  // takes what has become free
+    eval("seq(proc(x) i end, i = 1 .. 300):");  // takes what has become free
     EXPECT_EQ(STATS_VexelStaticProcAdapter_HW::Call(2.0), 6.0);
   });
 }

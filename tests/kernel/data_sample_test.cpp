@@ -88,15 +88,15 @@ TEST_F(DataSampleTest, CopiesLiveUntilAnotherArrayReplacesThem) {
     STATS_Vector_HW::SetData(kernel.vector(), heldOnHeap.get(), array.handle());
     kernel.failAllocation(-1);
     kernel.collect();
-    eval("seq(Array([i, i], datatype = float[8]), i = 1 .. 1000):");  // takes what has become free
+    eval("seq(Array([i, i], datatype = float[8]), i = 1 .. 300):");  // takes what has become free
     kernel.collect();
     EXPECT_THAT(Doubles(heldOnHeap->data(), heldOnHeap->data() + 2), ElementsAre(1.0, 2.0));
     return kernel.liveObjects();
   };
   for (const bool refused : {false, true}) {
     const std::size_t live = liveAfter(integers, refused);
-    for (int i = 0; i < 20; ++i) {
-      EXPECT_LT(liveAfter(integers, refused), live + 10);
+    for (int i = 0; i < 8; ++i) {
+      EXPECT_LT(liveAfter(integers, refused), live + 5);
     }
   }
   const vexel::Value floats = array({1.0, 2.0});
