@@ -11,14 +11,14 @@
 // x[k] + (x[k+1] - x[k]) (c + d (h - k)) with k = floor(h).  Weighted samples have their total
 // weight in place of n.
 enum STATS_QUANTILE_TYPE_HW : int {
-  STATS_QUANTILE_NEXT_HW = 1,         // c = 1: the next value; also for any value not listed
-  STATS_QUANTILE_NEAREST_HW,          // a = 1/2
-  STATS_QUANTILE_LINEAR_HW,           // d = 1
-  STATS_QUANTILE_HAZEN_HW,            // a = 1/2, d = 1
-  STATS_QUANTILE_WEIBULL_HW,          // b = 1, d = 1
-  STATS_QUANTILE_GUMBEL_HW,           // a = 1, b = -1, d = 1
-  STATS_QUANTILE_MEDIAN_UNBIASED_HW,  // a = b = 1/3, d = 1
-  STATS_QUANTILE_BLOM_HW,             // a = 3/8, b = 1/4, d = 1
+  STATS_QUANTILE_NEXT_HW = 1,             // c = 1: the next value; also for any value not listed
+  STATS_QUANTILE_NEAREST_HW = 2,          // a = 1/2
+  STATS_QUANTILE_LINEAR_HW = 3,           // d = 1
+  STATS_QUANTILE_HAZEN_HW = 4,            // a = 1/2, d = 1
+  STATS_QUANTILE_WEIBULL_HW = 5,          // b = 1, d = 1
+  STATS_QUANTILE_GUMBEL_HW = 6,           // a = 1, b = -1, d = 1
+  STATS_QUANTILE_MEDIAN_UNBIASED_HW = 7,  // a = b = 1/3, d = 1
+  STATS_QUANTILE_BLOM_HW = 8,             // a = 3/8, b = 1/4, d = 1
 };
 
 // The definition for an integer of the user's, of any size.
