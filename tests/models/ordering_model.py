@@ -148,8 +148,9 @@ def calls(random):
     source = Source(random)
 
     def data():
-        datatype = source.choice(REAL_TYPES if source.chance(0.8) else TYPES)
-        return source.data(datatype=datatype, wrong=source.choice([0.0, 0.0, 0.0, 0.1]),
+        datatype = source.choice(REAL_TYPES if source.chance(0.7) else TYPES)
+        return source.data(datatype=datatype, size=0 if source.chance(0.05) else None,
+                           wrong=source.choice([0.0, 0.0, 0.0, 0.1]),
                            storage="rectangular" if source.chance(0.8) else "sparse")
 
     def flag():
@@ -166,7 +167,8 @@ def calls(random):
         size = source.randint(0, 4) if dimensions == 2 else None
         rows = source.array(size=size, dimensions=3 if source.chance(0.02) else dimensions)
         target = source.array(rows.datatype, size=source.randint(0, 2),
-                              dimensions=dimensions if source.chance(0.95) else 1)
+                              dimensions=dimensions if source.chance(0.9)
+                              else source.choice([1, 2, 3]))
         ranks = random_ranks(source, extents(rows)[0])
         unique = flag() if dimensions == 1 or source.chance(0.1) else False
         arguments = [rows, target, flag(), unique, ranks]
