@@ -45,13 +45,17 @@ void STATS_AliasUrnGenerator_HW::Reset(int m, int n, const double* weights) {
   m_ = std::max(m, 0);
   n_ = std::clamp(n, 0, m_);
   const auto cells = static_cast<std::size_t>(m_);
-  cells_.resize(cells);
+  cells_.assign(cells, {0.0, 0});
   if (m_ == 0) {
     return;
   }
   // One bit more than the last cell needs, so that a quarter to a half of the integers are used.
   // The width decides which integers are skipped, and with it every stored sample.
   shift_ = 31 - static_cast<int>(std::bit_width(static_cast<std::uint32_t>(m_ - 1)));
+  if (m_ == 1) {
+    cells_[0].cutoff = 1.0;
+    return;
+  }
   const auto weighted = static_cast<std::size_t>(n_);
   double total = 0.0;
   for (std::size_t i = 0; i < weighted; ++i) {
