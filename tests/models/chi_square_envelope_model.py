@@ -1,4 +1,4 @@
-"""Non-central chi-square samples from an envelope, against the same made of other entry points."""
+"""Non-central chi-square samples, from an envelope and by inversion, against other entry points."""
 
 import host
 from host import Procedure, RandomStream, Raised, Sequence, integer32, real
@@ -64,6 +64,12 @@ def calls(random):
                 yield host.call(f"STATS_{NAME}_HW", *wrong), value
             continue
         seed = random.getrandbits(40)
+        if random.random() < 0.1:
+            nu, delta = arguments[1:3]
+            quantile = f"STATS_VexelNonCentralChiSquareDeviate_HW(RandomDouble01(), {nu}, {delta})"
+            yield (f"randomize({seed}): S := STATS_{NAME}_HW(2, {nu}, {delta}, false): "
+                   f"randomize({seed}): istrue(tolist(S) = [{quantile}, {quantile}])", True)
+            continue
         limit = random.choice([100, 200])
         call = host.call(f"STATS_{NAME}_HW", *arguments)
         if random.random() < 0.03:

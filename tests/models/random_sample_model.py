@@ -98,7 +98,7 @@ def random_description(random, odd):
     if choice < 0.02:
         code = random.choice(NO_CODES)
     elif choice < 0.03:
-        parameters += [1.0] * 5
+        parameters += [1.0] * random.choice([5, 5 - len(parameters)])
     elif choice < 0.04:
         parameters = random.choice([1.5, None])
     setup = [code, parameters]
