@@ -172,7 +172,7 @@ TEST_F(StreamTest, SkippingEqualsDrawingAndBothOrdersGiveTheSameArray) {
         draw(drawn, k);
       }
       skip(skipped, k);
-      EXPECT_EQ(draw(drawn, 1500), draw(skipped, 1500, RTABLE_ROW_MAJOR)) << kind << ": " << k;
+      EXPECT_EQ(draw(drawn, 5000), draw(skipped, 5000, RTABLE_ROW_MAJOR)) << kind << ": " << k;
       terminate(drawn);
       terminate(skipped);
     }

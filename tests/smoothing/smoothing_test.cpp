@@ -41,6 +41,14 @@ TEST_F(SmoothingTest, BoundsEndWhereIntegersDo) {
             "not enough memory");
 }
 
+TEST_F(SmoothingTest, ResultsOfReadOnlyDataCanBeWritten) {
+  const auto mean =
+      call("STATS_VexelMovingMean_HW", readOnlyArray({1.0, 2.0}), 1, 0, none(), false, 0, false);
+  RTableSettings settings;
+  RTableGetSettings(kernel.vector(), &settings, mean.handle());
+  EXPECT_EQ(settings.read_only, 0);
+}
+
 TEST_F(SmoothingTest, AnErrorOfTheProcedureIsTheErrorOfTheCall) {
   EXPECT_EQ(hostErrorText([&] {
               eval("STATS_VexelMoving_HW(A([1, 2]), 1, proc(x) error(\"no %1\", x[1]) end)");
