@@ -1,11 +1,11 @@
 # make install: headers, the three shared objects, the command, a CMake package and a pkg-config file.
 include(CMakePackageConfigHelpers)
 
-install(TARGETS vexel_interfaces vexelc EXPORT vexelTargets
+install(TARGETS vexel_interfaces vexelc functions EXPORT vexelTargets
         LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
 install(TARGETS nag2 stats_hw LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
 install(TARGETS vexel RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
-install(DIRECTORY include/vexelc include/nag2 host/include/vexel
+install(DIRECTORY include/vexelc include/nag2 include/vexel
         DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 install(EXPORT vexelTargets NAMESPACE vexel:: DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/vexel)
 configure_package_config_file(cmake/vexelConfig.cmake.in ${CMAKE_BINARY_DIR}/vexelConfig.cmake

@@ -28,9 +28,6 @@ Error::Error(std::string filled, std::string message, std::vector<Value> argumen
       arguments_(std::move(arguments)) {}
 Error::~Error() = default;
 
-Interrupted::Interrupted() : std::runtime_error("interrupted") {}
-Interrupted::~Interrupted() = default;
-
 Value::Value(Kernel& kernel, ALGEB handle)
     : kernel_(&kernel), handle_(handle), root_(kernel.impl().roots->take(handle)) {}
 

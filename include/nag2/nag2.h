@@ -21,6 +21,9 @@
 #include <stddef.h>
 #include <stdint.h>
 
+#if defined(__GNUC__)
+#pragma GCC visibility push(default)
+#endif
 #if defined(__cplusplus)
 extern "C" {
 #endif
@@ -223,6 +226,9 @@ void q32554(int n, const double *x, int compute_coefficients, double *a, double 
 
 #if defined(__cplusplus)
 } /* extern "C" */
+#endif
+#if defined(__GNUC__)
+#pragma GCC visibility pop
 #endif
 
 #endif /* NAG2_NAG2_H */

@@ -29,6 +29,7 @@
 #include <string_view>
 #include <utility>
 #include <vector>
+#include <vexel/interruption.hpp>
 
 namespace vexel {
 
@@ -77,7 +78,7 @@ class Value {
 };
 
 // A host error: what() is its text, filled, with long arguments shortened.
-class __attribute__((visibility("default"))) Error : public std::runtime_error {
+class VEXEL_API Error : public std::runtime_error {
  public:
   Error(std::string filled, std::string message, std::vector<Value> arguments);
   ~Error() override;
@@ -87,13 +88,6 @@ class __attribute__((visibility("default"))) Error : public std::runtime_error {
  private:
   std::string message_;
   std::vector<Value> arguments_;
-};
-
-// The running computation was interrupted (Kernel::interrupt).
-class __attribute__((visibility("default"))) Interrupted : public std::runtime_error {
- public:
-  Interrupted();
-  ~Interrupted() override;
 };
 
 class Kernel {
