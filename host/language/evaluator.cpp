@@ -5,15 +5,15 @@
 
 #include <alloca.h>
 
-#include "core/arrays.hpp"
-#include "core/errors.hpp"
-#include "core/evaluation.hpp"
-#include "core/numbers.hpp"
-#include "core/objects.hpp"
-#include "core/text.hpp"
-#include "language/algebra.hpp"
 #include "language/hardware.hpp"
 #include "language/procedure.hpp"
+#include "mathematics/algebra.hpp"
+#include "values/arrays.hpp"
+#include "values/errors.hpp"
+#include "values/evaluation.hpp"
+#include "values/numbers.hpp"
+#include "values/objects.hpp"
+#include "values/text.hpp"
 
 namespace vexel {
 

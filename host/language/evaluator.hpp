@@ -6,8 +6,8 @@
 #include <span>
 #include <unordered_set>
 
-#include "core/kernel_state.hpp"
 #include "language/syntax.hpp"
+#include "values/kernel_state.hpp"
 
 namespace vexel {
 

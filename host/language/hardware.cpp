@@ -8,11 +8,11 @@
 #include <cmath>
 #include <unordered_set>
 
-#include "core/errors.hpp"
-#include "core/evaluation.hpp"
-#include "core/numbers.hpp"
-#include "core/objects.hpp"
 #include "language/procedure.hpp"
+#include "values/errors.hpp"
+#include "values/evaluation.hpp"
+#include "values/numbers.hpp"
+#include "values/objects.hpp"
 
 namespace vexel {
 

@@ -7,8 +7,8 @@
 #include <optional>
 #include <vector>
 
-#include "core/kernel_state.hpp"
 #include "language/syntax.hpp"
+#include "values/kernel_state.hpp"
 
 namespace vexel {
 

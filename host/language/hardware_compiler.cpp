@@ -8,10 +8,10 @@
 #include <bit>
 #include <cmath>
 
-#include "core/errors.hpp"
-#include "core/numbers.hpp"
-#include "core/objects.hpp"
 #include "language/hardware.hpp"
+#include "values/errors.hpp"
+#include "values/numbers.hpp"
+#include "values/objects.hpp"
 
 namespace vexel {
 

@@ -5,10 +5,10 @@
 
 #include <algorithm>
 
-#include "core/errors.hpp"
-#include "core/numbers.hpp"
-#include "core/objects.hpp"
-#include "language/json.hpp"
+#include "builtins/json.hpp"
+#include "values/errors.hpp"
+#include "values/numbers.hpp"
+#include "values/objects.hpp"
 
 namespace vexel {
 

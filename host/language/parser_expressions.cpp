@@ -1,9 +1,9 @@
 // Expressions: by recursive descent, one function for each level of binding; procedures and calls.
 
-#include "core/errors.hpp"
-#include "core/numbers.hpp"
-#include "core/objects.hpp"
 #include "language/parser.hpp"
+#include "values/errors.hpp"
+#include "values/numbers.hpp"
+#include "values/objects.hpp"
 
 namespace vexel {
 

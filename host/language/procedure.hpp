@@ -5,9 +5,9 @@
 #include <string>
 #include <vector>
 
-#include "core/heap.hpp"
 #include "language/hardware.hpp"
 #include "language/syntax.hpp"
+#include "memory/heap.hpp"
 
 namespace vexel {
 

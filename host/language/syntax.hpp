@@ -11,7 +11,7 @@
 #include <string>
 #include <vector>
 
-#include "core/heap.hpp"
+#include "memory/heap.hpp"
 
 namespace vexel {
 

@@ -6,11 +6,11 @@
 #include <string>
 #include <vector>
 
-#include "core/arrays.hpp"
-#include "core/numbers.hpp"
-#include "core/objects.hpp"
-#include "core/text.hpp"
 #include "core_test.hpp"
+#include "values/arrays.hpp"
+#include "values/numbers.hpp"
+#include "values/objects.hpp"
+#include "values/text.hpp"
 
 namespace vexel {
 namespace {

@@ -9,10 +9,10 @@
 #include <vector>
 #include <vexel/kernel.hpp>
 
-#include "core/errors.hpp"
-#include "core/numbers.hpp"
-#include "core/objects.hpp"
-#include "core/text.hpp"
+#include "values/errors.hpp"
+#include "values/numbers.hpp"
+#include "values/objects.hpp"
+#include "values/text.hpp"
 
 namespace vexel {
 namespace {

@@ -5,11 +5,11 @@
 #include <string>
 #include <vector>
 
-#include "core/kernel_impl.hpp"
-#include "core/numbers.hpp"
-#include "core/objects.hpp"
-#include "core/text.hpp"
 #include "core_test.hpp"
+#include "embedding/kernel_impl.hpp"
+#include "values/numbers.hpp"
+#include "values/objects.hpp"
+#include "values/text.hpp"
 
 namespace vexel {
 namespace {

@@ -3,11 +3,11 @@
 #include <limits>
 #include <string>
 
-#include "core/evaluation.hpp"
-#include "core/numbers.hpp"
-#include "core/objects.hpp"
-#include "core/text.hpp"
 #include "core_test.hpp"
+#include "values/evaluation.hpp"
+#include "values/numbers.hpp"
+#include "values/objects.hpp"
+#include "values/text.hpp"
 
 namespace vexel {
 namespace {

@@ -8,7 +8,7 @@
 #include <string>
 #include <vexel/kernel.hpp>
 
-#include "core/errors.hpp"
+#include "values/errors.hpp"
 
 namespace vexel {
 

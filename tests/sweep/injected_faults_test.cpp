@@ -14,7 +14,7 @@
 #include <random>
 
 #include "call_grammar.hpp"
-#include "core/kernel_impl.hpp"
+#include "embedding/kernel_impl.hpp"
 #include "kernel_test.hpp"
 #include "valid_calls.hpp"
 #include "watchdog.hpp"

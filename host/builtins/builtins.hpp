@@ -1,0 +1,24 @@
+// Built-in functions, by the file that defines them.
+#pragma once
+
+#include "memory/heap.hpp"
+#include "values/kernel_state.hpp"
+
+namespace vexel {
+
+// Elements of a list, sequence or array (in the order of its indices, the last one fastest), table
+// entries as equations, operands of an expression, ends of a range; a number or name is its own.
+void elementsOf(State& state, ALGEB x, Handles& out);
+
+// The only argument of a function; raises message, with all of them for its %1, unless there is
+// one.
+ALGEB oneArgument(State& state, ALGEB args, const char* message);
+
+void defineStructuralFunctions(State& state);  // count, part, map, tolist, typeof, table, ...
+void defineNumberFunctions(State& state);      // floor, round, abs, min, max, ...
+void defineArrayFunction(State& state);        // Array
+void defineSystemFunctions(State& state);      // print, error, time, random numbers, gc, ...
+void defineTextFunctions(State& state);        // printf, cat, WriteText
+void defineCsvFunctions(State& state);         // ReadCSV, WriteCSV
+
+}  // namespace vexel

@@ -1,0 +1,273 @@
+// Values as JSON, one line each: numbers keep every digit, and what JSON has no form for is an
+// object that says what it is.
+
+#include "builtins/json.hpp"
+
+#include <algorithm>
+#include <string>
+#include <vector>
+
+#include "values/arrays.hpp"
+#include "values/errors.hpp"
+#include "values/evaluation.hpp"
+#include "values/numbers.hpp"
+#include "values/objects.hpp"
+#include "values/text.hpp"
+
+namespace vexel {
+
+namespace {
+
+void appendJson(State& state, std::string& out, ALGEB x);
+
+void appendFloat(State& state, std::string& out, ALGEB x) {
+  if (isUndefined(state, x)) {
+    out += R"({"float": "undefined"})";
+  } else if (isInfinite(state, x)) {
+    out += x == state.infinity ? R"({"float": "infinity"})" : R"({"float": "-infinity"})";
+  } else {
+    out += floatText(x);
+  }
+}
+
+void appendTagged(State& state, std::string& out, const char* tagName, ALGEB x) {
+  out += std::string("{\"") + tagName + "\": ";
+  appendJsonString(out, sourceText(state, x));
+  out += '}';
+}
+
+void appendElements(State& state, std::string& out, ALGEB x) {
+  out += '[';
+  for (std::size_t i = 1; i <= countOf(x); ++i) {
+    out += i > 1 ? ", " : "";
+    appendJson(state, out, element(state, x, i));
+  }
+  out += ']';
+}
+
+void appendPair(State& state, std::string& out, const char* tagName, ALGEB a, ALGEB b) {
+  out += std::string("{\"") + tagName + "\": [";
+  appendJson(state, out, a);
+  out += ", ";
+  appendJson(state, out, b);
+  out += "]}";
+}
+
+// An element of a complex array is a complex number whatever its imaginary part.
+void appendArrayElement(State& state, std::string& out, ALGEB x, const ArrayObject& array) {
+  if (array.type == RTABLE_COMPLEX_DAG || array.type == RTABLE_COMPLEX) {
+    appendPair(state, out, "complex", realPart(x), imaginaryPart(x));
+  } else {
+    appendJson(state, out, x == nullptr ? state.null : x);
+  }
+}
+
+// The elements as nested lists, the first index outermost.
+void appendArrayLevel(State& state, std::string& out, ALGEB x, int dim, std::vector<V_INT>& index) {
+  const ArrayObject& array = arrayOf(x);
+  out += '[';
+  for (V_INT i = array.lower(dim), n = 0; n < array.extent(dim); ++i, ++n) {
+    lookAtInterrupt();
+    out += n > 0 ? ", " : "";
+    index[static_cast<std::size_t>(dim)] = i;
+    if (dim + 1 == array.dimensions) {
+      appendArrayElement(state, out, arraySelect(state, x, index), array);
+    } else {
+      appendArrayLevel(state, out, x, dim + 1, index);
+    }
+  }
+  out += ']';
+}
+
+void appendArray(State& state, std::string& out, ALGEB x) {
+  const ArrayObject& array = arrayOf(x);
+  out += "{\"array\": ";
+  if (array.count == 0 || array.dimensions == 0) {
+    out += "[]";
+  } else {
+    std::vector<V_INT> index(array.dimensions);
+    appendArrayLevel(state, out, x, 0, index);
+  }
+  out += ", \"bounds\": [";
+  for (int d = 0; d < array.dimensions; ++d) {
+    out += std::string(d > 0 ? ", " : "") + "[" + std::to_string(array.lower(d)) + ", " +
+           std::to_string(array.upper(d)) + "]";
+  }
+  out += "], \"datatype\": \"" + std::string(typeName(array.type)) + "\", \"order\": \"" +
+         (array.order == RTABLE_COLUMN_MAJOR ? "column" : "row") + "\", \"storage\": \"" +
+         (array.storage == RTABLE_RECTANGULAR ? "rectangular" : "sparse") + "\"}";
+}
+
+// Numbers ascending, then undefined, then the rest by their text.
+void appendTable(State& state, std::string& out, ALGEB x) {
+  struct Entry {
+    ALGEB key;
+    ALGEB value;
+    std::string text;
+    int group;
+  };
+  std::vector<Entry> entries;
+  for (const auto& [key, value] : table(x).entries()) {
+    const int group = !isReal(key) ? 2 : isUndefined(state, key) ? 1 : 0;
+    entries.push_back({key, value, group == 2 ? sourceText(state, key) : std::string(), group});
+  }
+  std::stable_sort(entries.begin(), entries.end(), [&](const Entry& a, const Entry& b) {
+    if (a.group != b.group) {
+      return a.group < b.group;
+    }
+    return a.group == 0 ? compare(state, a.key, b.key) == std::partial_ordering::less
+                        : a.text < b.text;
+  });
+  out += "{\"table\": [";
+  for (std::size_t i = 0; i < entries.size(); ++i) {
+    out += i > 0 ? ", [" : "[";
+    appendJson(state, out, entries[i].key);
+    out += ", ";
+    appendJson(state, out, entries[i].value);
+    out += ']';
+  }
+  out += "]}";
+}
+
+void appendJson(State& state, std::string& out, ALGEB x) {
+  checkStack(state);
+  if (isNull(x)) {
+    out += "null";
+    return;
+  }
+  if (isInteger(x)) {
+    out += sourceText(state, x);
+    return;
+  }
+  switch (tag(x)) {
+    case Tag::softwareFloat:
+      appendFloat(state, out, x);
+      break;
+    case Tag::complex:
+      appendPair(state, out, "complex", operand(x, 1), operand(x, 2));
+      break;
+    case Tag::boolean:
+      out += x == state.trueValue ? "true" : "false";
+      break;
+    case Tag::string:
+      appendJsonString(out, text(x));
+      break;
+    case Tag::list:
+      appendElements(state, out, x);
+      break;
+    case Tag::sequence:
+      out += "{\"seq\": ";
+      appendElements(state, out, x);
+      out += '}';
+      break;
+    case Tag::range:
+      appendPair(state, out, "range", operand(x, 1), operand(x, 2));
+      break;
+    case Tag::equation:
+      appendPair(state, out, "eq", operand(x, 1), operand(x, 2));
+      break;
+    case Tag::array:
+      appendArray(state, out, x);
+      break;
+    case Tag::table:
+      appendTable(state, out, x);
+      break;
+    case Tag::procedure:
+    case Tag::function:
+      appendTagged(state, out, "procedure", x);
+      break;
+    case Tag::pointer:
+      appendTagged(state, out, "pointer", x);
+      break;
+    default:
+      appendTagged(state, out, "expr", x);
+      break;
+  }
+}
+
+}  // namespace
+
+void appendJsonString(std::string& out, std::string_view text) {
+  static constexpr char kHex[] = "0123456789abcdef";
+  out += '"';
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    const auto c = static_cast<unsigned char>(text[i]);
+    switch (c) {
+      case '"':
+        out += "\\\"";
+        break;
+      case '\\':
+        out += "\\\\";
+        break;
+      case '\n':
+        out += "\\n";
+        break;
+      case '\t':
+        out += "\\t";
+        break;
+      case '\r':
+        out += "\\r";
+        break;
+      default:
+        if (c < 0x20 || c == 0x7F) {
+          out += std::string("\\u00") + kHex[c >> 4U] + kHex[c & 15U];
+        } else if (c < 0x80) {
+          out += text[i];
+        } else if (const std::size_t n = utf8Length(text.substr(i)); n > 0) {
+          out += text.substr(i, n);
+          i += n - 1;
+        } else {
+          out += "\\ufffd";
+        }
+    }
+  }
+  out += '"';
+}
+
+std::size_t utf8Length(std::string_view text) {
+  const auto byte = [&](std::size_t i) { return static_cast<unsigned char>(text[i]); };
+  const unsigned lead = byte(0);
+  const std::size_t n = lead < 0xC2 ? 0 : lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : lead < 0xF5 ? 4 : 0;
+  if (n == 0 || text.size() < n) {
+    return 0;
+  }
+  for (std::size_t i = 1; i < n; ++i) {
+    if ((byte(i) & 0xC0U) != 0x80U) {
+      return 0;
+    }
+  }
+  const unsigned second = byte(1);
+  const bool overlong = (lead == 0xE0 && second < 0xA0) || (lead == 0xF0 && second < 0x90);
+  const bool invalid = (lead == 0xED && second >= 0xA0) || (lead == 0xF4 && second >= 0x90);
+  return overlong || invalid ? 0 : n;
+}
+
+std::string jsonText(State& state, ALGEB x) {
+  std::string out;
+  appendJson(state, out, x);
+  return out;
+}
+
+std::string jsonError(State& state, std::string_view filled, std::string_view message,
+                      std::span<const ALGEB> arguments) {
+  std::string out = "{\"error\": ";
+  appendJsonString(out, filled);
+  out += ", \"message\": ";
+  appendJsonString(out, message);
+  out += ", \"args\": [";
+  for (std::size_t i = 0; i < arguments.size(); ++i) {
+    out += i > 0 ? ", " : "";
+    const std::size_t before = out.size();
+    try {
+      appendJson(state, out, arguments[i]);
+    } catch (const HostErrorToken&) {  // an array within itself: its text, cut off
+      out.resize(before);
+      out += "{\"expr\": ";
+      appendJsonString(out, sourceText(state, arguments[i], kShortArguments));
+      out += '}';
+    }
+  }
+  return out + "]}";
+}
+
+}  // namespace vexel

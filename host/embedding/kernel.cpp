@@ -1,0 +1,317 @@
+// vexel::Kernel: the embedding API over the core.
+
+#include <dlfcn.h>
+
+#include <cstdlib>
+
+#include "embedding/exported_symbols.hpp"
+#include "embedding/kernel_impl.hpp"
+#include "values/arrays.hpp"
+#include "values/evaluation.hpp"
+#include "values/numbers.hpp"
+#include "values/objects.hpp"
+
+namespace vexel {
+
+Kernel::Impl::Impl(Kernel& k) : kernel(k) {
+  state.heap.addRoots([this](Marker& marker) { roots->mark(marker); });
+}
+
+// Libraries end while everything of theirs is alive; their code stays until the heap, whose
+// objects may have dispose functions in it, is gone.
+Kernel::Impl::~Impl() {
+  state.heap.setStress(false);
+  state.heap.failAllocation(-1, false);
+  for (const LoadedLibrary& library : libraries) {
+    if (library.terminate != nullptr) {
+      try {
+        library.terminate(&state);
+      } catch (const HostErrorToken&) {  // nobody to tell
+      }
+    }
+  }
+}
+
+void Kernel::Impl::throwError() {
+  const std::string message = state.error.message;
+  std::vector<Value> arguments;
+  for (ALGEB x : state.error.arguments) {
+    arguments.emplace_back(kernel, x);
+  }
+  std::string filled;
+  try {
+    filled = pendingErrorText(state);
+  } catch (const HostErrorToken&) {
+    filled = message;  // an argument that cannot be printed
+  }
+  throw Error(std::move(filled), message, std::move(arguments));
+}
+
+Kernel::Kernel() {
+  impl_ = std::make_unique<Impl>(*this);
+  impl_->run([&] { initialiseLanguage(impl_->state); });
+}
+
+Kernel::~Kernel() {
+  std::vector<LoadedLibrary> libraries = impl_->libraries;
+  // Objects that are finalised may release Values, which ask for impl().
+  Impl* impl = impl_.get();
+  delete impl;
+  (void)impl_.release();
+  for (const LoadedLibrary& library : libraries) {
+    dlclose(library.handle);
+  }
+}
+
+VKernelVector Kernel::vector() { return &impl_->state; }
+
+// ---- values
+
+Value Kernel::null() { return {*this, impl_->state.null}; }
+Value Kernel::boolean(bool b) { return {*this, vexel::boolean(impl_->state, b)}; }
+
+Value Kernel::integer(std::int64_t i) {
+  return impl_->run([&] { return Value(*this, newInteger(impl_->state, i)); });
+}
+
+Value Kernel::real(double d) {
+  return impl_->run([&] { return Value(*this, newFloat(impl_->state, d)); });
+}
+
+Value Kernel::string(std::string_view text) {
+  return impl_->run([&] { return Value(*this, vexel::string(impl_->state, text)); });
+}
+
+Value Kernel::name(std::string_view text) {
+  return impl_->run([&] { return Value(*this, vexel::name(impl_->state, text)); });
+}
+
+namespace {
+
+void pushHandles(Handles& handles, std::span<const Value> values) {
+  for (const Value& v : values) {
+    handles.push(v.handle());
+  }
+}
+
+}  // namespace
+
+Value Kernel::list(std::span<const Value> elements) {
+  return impl_->run([&] {
+    Handles handles(impl_->state);
+    pushHandles(handles, elements);
+    return Value(*this, newList(impl_->state, handles.span()));
+  });
+}
+
+Value Kernel::list(std::span<const double> elements) {
+  std::vector<Value> values;
+  values.reserve(elements.size());
+  for (const double x : elements) {
+    values.push_back(real(x));
+  }
+  return list(values);
+}
+
+Value Kernel::sequence(std::span<const Value> elements) {
+  return impl_->run([&] {
+    Handles handles(impl_->state);
+    pushHandles(handles, elements);
+    return Value(*this, sequenceOf(impl_->state, handles.span()));
+  });
+}
+
+Value Kernel::range(const Value& lower, const Value& upper) {
+  return impl_->run([&] {
+    return Value(*this, newPair(impl_->state, Tag::range, lower.handle(), upper.handle()));
+  });
+}
+
+Value Kernel::array(const RTableSettings& s, const void* data, std::span<const V_INT> bounds) {
+  return impl_->run([&] {
+    if (s.num_dimensions < 0 || bounds.size() < 2 * static_cast<std::size_t>(s.num_dimensions)) {
+      raise(impl_->state, "two bounds a dimension expected");
+    }
+    return Value(*this, newArray(impl_->state, s, data, bounds.data()));
+  });
+}
+
+Value Kernel::array(std::span<const double> x) {
+  const RTableSettings s{RTABLE_FLOAT64, RTABLE_RECTANGULAR, RTABLE_COLUMN_MAJOR, 1, 0};
+  const V_INT bounds[] = {1, static_cast<V_INT>(x.size())};
+  return array(s, x.empty() ? nullptr : x.data(), bounds);
+}
+
+Value Kernel::array(std::initializer_list<double> x) {
+  return array(std::span<const double>(x.begin(), x.size()));
+}
+
+Value Kernel::array(std::span<const std::int32_t> x) {
+  const RTableSettings s{RTABLE_INTEGER32, RTABLE_RECTANGULAR, RTABLE_COLUMN_MAJOR, 1, 0};
+  const V_INT bounds[] = {1, static_cast<V_INT>(x.size())};
+  return array(s, x.empty() ? nullptr : x.data(), bounds);
+}
+
+Value Kernel::wrap(std::span<double> x) {
+  return impl_->run([&] { return Value(*this, wrapArray(impl_->state, x)); });
+}
+
+// ---- functions of the embedding program
+
+namespace {
+
+using ValueFunction = std::function<Value(Kernel&, std::span<const Value>)>;
+
+// Calls f as a host procedure: its exceptions become host errors with their arguments.
+ALGEB callEmbedded(Kernel& kernel, State& state, const ValueFunction& f, ALGEB args) {
+  std::vector<Value> values;
+  for (std::size_t i = 1; i <= (isNull(args) ? 0 : argumentCount(args)); ++i) {
+    values.emplace_back(kernel, argument(state, args, i));
+  }
+  try {
+    const Value result = f(kernel, values);
+    return result.handle() == nullptr ? state.null : result.handle();
+  } catch (const Error& e) {
+    Handles arguments(state);
+    pushHandles(arguments, e.arguments());
+    raise(state, e.message(), arguments.span());
+  } catch (const Interrupted&) {
+    throwInterrupt();
+  }
+}
+
+}  // namespace
+
+Value Kernel::function(std::string_view functionName, ValueFunction f) {
+  return impl_->run([&] {
+    State& state = impl_->state;
+    auto machine = std::make_unique<MachineFunction>();
+    machine->name = functionName;
+    machine->call = [this, f = std::move(f)](State& s, ALGEB args) {
+      return callEmbedded(*this, s, f, args);
+    };
+    Value value(*this, newFunction(state, std::move(machine)));
+    if (!functionName.empty()) {
+      setNameFunction(vexel::name(state, functionName), value.handle());
+    }
+    return value;
+  });
+}
+
+Value Kernel::function(std::string_view functionName, std::function<double(double)> f) {
+  Value value = function(functionName, [f](Kernel& kernel, std::span<const Value> args) {
+    if (args.size() != 1) {
+      throw Error("one argument expected", "one argument expected", {});
+    }
+    State& state = *kernel.vector();
+    return kernel.real(f(kernel.impl().run([&] { return VexelEvalhf(&state, args[0].handle()); })));
+  });
+  machineFunction(value.handle()).hardware = [f](State& state, int n, const double* args) {
+    if (n != 1) {
+      raise(state, "one argument expected");
+    }
+    return f(args[1]);
+  };
+  return value;
+}
+
+// ---- running
+
+Value Kernel::eval(std::string_view text) {
+  return impl_->run([&] { return Value(*this, runStatements(impl_->state, text)); });
+}
+
+void Kernel::loadLibrary(const std::string& path) {
+  impl_->run([&] {
+    State& state = impl_->state;
+    // RTLD_NOW: a function that a replaced numerical library lacks is an error here, with its name.
+    // Found at the first call, it would end the process.
+    void* library = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
+    if (library == nullptr) {
+      const char* reason = dlerror();
+      raise(state, reason != nullptr ? reason : "library not found");
+    }
+    LoadedLibrary loaded{library, nullptr};
+    loaded.terminate =
+        reinterpret_cast<ALGEB (*)(VKernelVector)>(dlsym(library, "STATS_StatsTerminate_HW"));
+    impl_->libraries.push_back(loaded);
+    const std::size_t before = impl_->entryPoints.size();
+    for (const std::string& symbol : exportedFunctions(library)) {
+      // The one entry point with C++ linkage goes by its source name.
+      constexpr std::string_view kTally = "VexelTallySorted";
+      const bool isTally = symbol.starts_with("_Z16VexelTallySorted");
+      if (!isTally && !(symbol.starts_with("STATS_") && symbol.ends_with("_HW"))) {
+        continue;
+      }
+      auto f = std::make_unique<MachineFunction>();
+      f->name = isTally ? std::string(kTally) : symbol;
+      f->entry = reinterpret_cast<MachineFunction::Entry>(dlsym(library, symbol.c_str()));
+      const std::string entryName = f->name;
+      ALGEB function = newFunction(state, std::move(f));
+      setNameFunction(vexel::name(state, entryName), function);
+      impl_->entryPoints.push_back(entryName);
+    }
+    if (impl_->entryPoints.size() == before) {
+      raise(state, "the library %1 has no entry points", vexel::string(state, path));
+    }
+    if (auto* initialise = reinterpret_cast<ALGEB (*)(VKernelVector)>(
+            dlsym(library, "STATS_StatsInitialize_HW"))) {
+      initialise(&state);
+    }
+  });
+}
+
+std::vector<std::string> Kernel::entryPoints() const { return impl_->entryPoints; }
+
+Value Kernel::callValues(std::string_view functionName, std::span<const Value> args) {
+  return impl_->run([&] {
+    State& state = impl_->state;
+    ALGEB n = vexel::name(state, functionName);
+    if (nameFunction(n) == nullptr && nameValue(n) == nullptr) {
+      raise(state, "no function %1", n);
+    }
+    Handles handles(state);
+    pushHandles(handles, args);
+    return Value(*this, vexel::apply(state, n, handles.span()));
+  });
+}
+
+Value Kernel::apply(const Value& procedure, std::span<const Value> args) {
+  return impl_->run([&] {
+    Handles handles(impl_->state);
+    pushHandles(handles, args);
+    return Value(*this, vexel::apply(impl_->state, procedure.handle(), handles.span()));
+  });
+}
+
+// ---- host state
+
+void Kernel::seed(std::uint64_t seed) { impl_->state.random.seed(seed); }
+
+void Kernel::scriptRandom(std::span<const std::int32_t> integers, std::span<const double> doubles) {
+  impl_->state.random.script(integers, doubles);
+}
+
+void Kernel::unscriptRandom() { impl_->state.random.unscript(); }
+std::uint64_t Kernel::drawsTaken() const { return impl_->state.random.drawsTaken(); }
+
+void Kernel::onUserInfo(
+    std::function<void(int level, const std::string& channel, const std::string& text)> f) {
+  impl_->state.userInfo = std::move(f);
+}
+
+void Kernel::infoLevel(std::string_view channel, int level) {
+  impl_->state.infoLevels[std::string(channel)] = level;
+}
+
+void Kernel::interrupt() noexcept { requestInterrupt(); }
+void Kernel::clearInterrupt() noexcept { vexel::clearInterrupt(); }
+
+void Kernel::collect() { impl_->state.heap.collect(); }
+void Kernel::stress(bool on) { impl_->state.heap.setStress(on); }
+std::size_t Kernel::liveObjects() const { return impl_->state.heap.liveObjects(); }
+void Kernel::failAllocation(std::int64_t n, bool lasting) {
+  impl_->state.heap.failAllocation(n, lasting);
+}
+
+}  // namespace vexel

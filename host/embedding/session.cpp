@@ -1,0 +1,203 @@
+// Statement-wise running of texts, for the command, the prompt and Kernel::eval.
+
+#include <vexel/session.hpp>
+
+#include "builtins/json.hpp"
+#include "embedding/kernel_impl.hpp"
+#include "language/evaluator.hpp"
+#include "language/parser.hpp"
+#include "values/errors.hpp"
+#include "values/evaluation.hpp"
+#include "values/numbers.hpp"
+#include "values/objects.hpp"
+#include "values/text.hpp"
+
+namespace vexel {
+
+namespace {
+
+std::string lineOf(std::string_view text, int line) {
+  std::size_t from = 0;
+  for (int i = 1; i < line && from != std::string_view::npos; ++i) {
+    from = text.find('\n', from);
+    from = from == std::string_view::npos ? from : from + 1;
+  }
+  if (from == std::string_view::npos) {
+    return "";
+  }
+  return std::string(text.substr(from, text.find('\n', from) - from));
+}
+
+// The line with a caret below the column; long lines are cut around it.
+std::string pointedOut(std::string_view text, Position at) {
+  std::string line = lineOf(text, at.line);
+  auto column = static_cast<std::size_t>(at.column - 1);
+  if (line.size() > 100 && column > 60) {
+    const std::size_t cut = column - 60;
+    line = "..." + line.substr(cut < line.size() ? cut : line.size());
+    column = 63;
+  }
+  line = line.substr(0, 120);
+  std::string caret;
+  for (std::size_t i = 0; i < column && i < 120; ++i) {
+    caret += i < line.size() && line[i] == '\t' ? '\t' : ' ';
+  }
+  return line + "\n" + caret + "^";
+}
+
+}  // namespace
+
+struct Script::Impl {
+  Impl(Kernel& k, std::string t, const std::string& name)
+      : kernel(k),
+        state(*k.vector()),
+        text(std::move(t)),
+        parser(state, text, name.empty() ? nullptr : std::make_shared<const std::string>(name)) {}
+  Kernel& kernel;
+  State& state;
+  std::string text;
+  Parser parser;
+};
+
+Script::Script(Kernel& kernel, std::string text, const std::string& name)
+    : impl_(std::make_unique<Impl>(kernel, std::move(text), name)) {}
+Script::~Script() = default;
+
+bool Script::next(Outcome& outcome) {
+  State& state = impl_->state;
+  outcome = Outcome();
+  if (language(state).quit) {
+    return false;
+  }
+  const auto ended = [&](Outcome::Kind kind, const char* text) {
+    outcome.kind = kind;
+    outcome.error = outcome.shortError = text;
+    outcome.json = jsonError(state, outcome.error, outcome.error, {});
+  };
+  const auto failed = [&] {
+    outcome.kind = Outcome::Kind::error;
+    if (const TextPlace& raised = state.error.raised; raised.text != nullptr) {
+      outcome.raisedIn = *raised.text;
+      outcome.raisedLine = raised.line;
+      outcome.raisedColumn = raised.column;
+    }
+    outcome.inProcedure = state.error.inProcedure;
+    if (state.error.line > 0) {
+      outcome.line = state.error.line;
+      outcome.column = state.error.column;
+    }
+    state.lastError = state.error;
+    try {
+      // What is raised here on the way takes the place of state.error, not of lastError.
+      const PendingError& error = state.lastError;
+      outcome.error = fillMessage(state, error.message, error.arguments, kWholeArguments);
+      outcome.shortError = fillMessage(state, error.message, error.arguments, kShortArguments);
+      outcome.json = jsonError(state, outcome.error, error.message, error.arguments);
+    } catch (const InterruptToken&) {
+      ended(Outcome::Kind::interrupted, "interrupted");
+    }
+  };
+  try {
+    std::shared_ptr<Program> program;
+    try {
+      program = impl_->parser.next();
+    } catch (const SyntaxError& e) {
+      outcome.kind = e.incomplete ? Outcome::Kind::incomplete : Outcome::Kind::syntax;
+      outcome.error = outcome.shortError = e.message;
+      outcome.line = e.position.line;
+      outcome.column = e.position.column;
+      outcome.source = pointedOut(impl_->text, e.position);
+      outcome.json = jsonError(state, e.message, e.message, {});
+      impl_->parser.recover();
+      return true;
+    } catch (const HostErrorToken&) {
+      failed();
+      impl_->parser.recover();
+      return true;
+    }
+    if (program == nullptr) {
+      return false;
+    }
+    outcome.line = program->start.line;
+    outcome.column = program->start.column;
+    outcome.printed = program->printed;
+    outcome.value = Value(impl_->kernel, runProgram(state, program));
+    if (language(state).quit) {
+      outcome.printed = false;
+    }
+  } catch (const HostErrorToken&) {
+    failed();
+  } catch (const InterruptToken&) {
+    ended(Outcome::Kind::interrupted, "interrupted");
+  } catch (const std::bad_alloc&) {
+    ended(Outcome::Kind::error, "not enough memory");
+  }
+  return true;
+}
+
+int Script::line() const { return impl_->parser.line(); }
+
+bool isIncomplete(Kernel& kernel, std::string_view text) {
+  State& state = *kernel.vector();
+  return kernel.impl().run([&] {
+    Parser parser(state, text);
+    try {
+      while (parser.next() != nullptr) {
+      }
+    } catch (const SyntaxError& e) {
+      return e.incomplete;
+    } catch (const HostErrorToken&) {
+      return false;  // running it tells
+    }
+    return false;
+  });
+}
+
+bool quitRequested(Kernel& kernel) { return language(*kernel.vector()).quit; }
+
+std::string shortened(const Value& value) {
+  TextOptions options;
+  options.maxElements = 12;
+  options.maxLength = 2000;
+  options.raiseTooDeep = false;
+  if (value.kernel() == nullptr || value.handle() == nullptr) {
+    return "NULL";
+  }
+  return value.kernel()->impl().run(
+      [&] { return sourceText(*value.kernel()->vector(), value.handle(), options); });
+}
+
+std::vector<std::string> knownNames(Kernel& kernel) {
+  std::vector<std::string> names;
+  kernel.vector()->interned.forEachName([&](ALGEB n) {
+    if (nameValue(n) != nullptr || nameFunction(n) != nullptr) {
+      names.emplace_back(text(n));
+    }
+  });
+  return names;
+}
+
+ALGEB runStatements(State& state, std::string_view source) {
+  const std::string owned(source);
+  Parser parser(state, owned);
+  ALGEB result = state.null;
+  for (;;) {
+    std::shared_ptr<Program> program;
+    std::string problem;
+    try {
+      program = parser.next();
+    } catch (const SyntaxError& e) {
+      problem = "syntax error at line " + std::to_string(e.position.line) + ", column " +
+                std::to_string(e.position.column) + ": " + e.message;
+    }
+    if (!problem.empty()) {
+      raise(state, problem);
+    }
+    if (program == nullptr || language(state).quit) {
+      return result;
+    }
+    result = runProgram(state, program);
+  }
+}
+
+}  // namespace vexel

@@ -1,0 +1,463 @@
+// Evaluation of objects: names and symbolic expressions anew, in software and in hardware floats,
+// and comparison.
+
+#include "values/evaluation.hpp"
+
+#include <algorithm>
+#include <cmath>
+#include <numbers>
+#include <unordered_set>
+
+#include "language/evaluator.hpp"
+#include "mathematics/algebra.hpp"
+#include "mathematics/elementary.hpp"
+#include "mathematics/known_parts.hpp"
+#include "values/arrays.hpp"
+#include "values/errors.hpp"
+#include "values/numbers.hpp"
+#include "values/objects.hpp"
+
+namespace vexel {
+
+namespace {
+
+// Calls f on an application by its name: the value or function of that name, or the application
+// again.
+ALGEB reapply(State& state, ALGEB function, std::span<const ALGEB> args) {
+  return apply(state, function, args);
+}
+
+// Digits that a computation carries beyond those asked for.
+constexpr int kGuardDigits = 10;
+constexpr int kMostGuardDigits = 200;
+
+// A sum, product or power like x of other parts.
+ALGEB recombined(State& state, ALGEB x, std::span<const ALGEB> parts) {
+  if (is(x, Tag::power)) {
+    return powerOf(state, parts[0], parts[1]);
+  }
+  if (is(x, Tag::sum)) {
+    return sumOf(state, parts);
+  }
+  ALGEB total = parts[0];
+  for (const ALGEB part : parts.subspan(1)) {
+    total = productOf(state, total, part);
+  }
+  return total;
+}
+
+ALGEB floatsOf(State& state, KnownParts& known, ALGEB x);
+
+// x in floats of Digits digits, parts without a value left alone.
+ALGEB inFloats(State& state, KnownParts& known, ALGEB x) {
+  checkStack(state);
+  return known.value(x, [&] { return floatsOf(state, known, x); });
+}
+ALGEB inFloats(State& state, ALGEB x) {
+  KnownParts known(state);
+  return inFloats(state, known, x);
+}
+
+ALGEB floatsOf(State& state, KnownParts& known, ALGEB x) {
+  if (isNumber(x)) {
+    return isDoubleFloat(x) ? x : roundToDigits(state, x, state.digits());
+  }
+  switch (tag(x)) {
+    case Tag::name: {
+      if (x == state.piName) {
+        return piFloat(state, state.digits());
+      }
+      const ALGEB v = nameValue(x);
+      return v == nullptr || v == x ? x : inFloats(state, known, v);
+    }
+    case Tag::sum:
+    case Tag::product: {
+      Handles parts(state);
+      for (std::size_t i = 1; i <= operandCount(x); ++i) {
+        parts.push(inFloats(state, known, operand(x, i)));
+      }
+      return recombined(state, x, parts.span());
+    }
+    case Tag::power: {
+      const ALGEB base = inFloats(state, known, operand(x, 1));
+      const ALGEB exponent = operand(x, 2);
+      // A whole exponent stays exact, and so does that of a root.
+      const bool kept =
+          isInteger(exponent) || (isRational(exponent) && denominator(exponent) == immediate(2));
+      return powerOf(state, base, kept ? exponent : inFloats(state, known, exponent));
+    }
+    case Tag::application: {
+      Handles args(state);
+      for (std::size_t i = 2; i <= operandCount(x); ++i) {
+        args.push(inFloats(state, known, operand(x, i)));
+      }
+      const ALGEB function = operand(x, 1);
+      if (args.size() == 1 && is(function, Tag::name) && isReal(args[0])) {
+        if (const ElementaryFunction* f = elementaryFunction(text(function))) {
+          return elementaryFloat(state, *f, args[0], state.digits());
+        }
+      }
+      return reapply(state, function, args.span());
+    }
+    case Tag::list: {
+      Handles elements(state);
+      for (std::size_t i = 1; i <= countOf(x); ++i) {
+        elements.push(inFloats(state, known, element(state, x, i)));
+      }
+      return newList(state, elements.span());
+    }
+    case Tag::sequence: {
+      if (isNull(x)) {
+        return x;
+      }
+      Handles elements(state);
+      for (std::size_t i = 1; i <= countOf(x); ++i) {
+        elements.push(inFloats(state, known, element(state, x, i)));
+      }
+      return sequenceOf(state, elements.span());
+    }
+    case Tag::equation:
+    case Tag::range:
+    case Tag::less:
+    case Tag::lessEqual:
+    case Tag::unequal: {
+      const ALGEB a = inFloats(state, known, operand(x, 1));
+      return newPair(state, tag(x), a, inFloats(state, known, operand(x, 2)));
+    }
+    default:
+      return x;
+  }
+}
+
+ALGEB roundedPartsOf(State& state, KnownParts& known, ALGEB x, int digits);
+
+// x with its numbers rounded to that many digits.
+ALGEB roundedParts(State& state, KnownParts& known, ALGEB x, int digits) {
+  checkStack(state);
+  return known.value(x, [&] { return roundedPartsOf(state, known, x, digits); });
+}
+ALGEB roundedParts(State& state, ALGEB x, int digits) {
+  KnownParts known(state);
+  return roundedParts(state, known, x, digits);
+}
+
+ALGEB roundedPartsOf(State& state, KnownParts& known, ALGEB x, int digits) {
+  if (isNumber(x)) {
+    return roundToDigits(state, x, digits);
+  }
+  switch (isImmediate(x) ? Tag::integer : tag(x)) {
+    case Tag::list:
+    case Tag::sequence: {
+      if (isNull(x)) {
+        return x;
+      }
+      Handles elements(state);
+      for (std::size_t i = 1; i <= countOf(x); ++i) {
+        elements.push(roundedParts(state, known, element(state, x, i), digits));
+      }
+      return is(x, Tag::list) ? newList(state, elements.span())
+                              : sequenceOf(state, elements.span());
+    }
+    case Tag::equation:
+    case Tag::range:
+    case Tag::less:
+    case Tag::lessEqual:
+    case Tag::unequal: {
+      const ALGEB a = roundedParts(state, known, operand(x, 1), digits);
+      return newPair(state, tag(x), a, roundedParts(state, known, operand(x, 2), digits));
+    }
+    case Tag::sum:
+    case Tag::product: {
+      Handles parts(state);
+      for (std::size_t i = 1; i <= operandCount(x); ++i) {
+        parts.push(roundedParts(state, known, operand(x, i), digits));
+      }
+      return recombined(state, x, parts.span());
+    }
+    case Tag::power: {
+      const ALGEB base = roundedParts(state, known, operand(x, 1), digits);
+      const ALGEB exponent = operand(x, 2);
+      return powerOf(state, base,
+                     isInteger(exponent) ? exponent : roundedParts(state, known, exponent, digits));
+    }
+    case Tag::application: {
+      Handles args(state);
+      for (std::size_t i = 2; i <= operandCount(x); ++i) {
+        args.push(roundedParts(state, known, operand(x, i), digits));
+      }
+      return newApplication(state, operand(x, 1), args.span());
+    }
+    default:
+      return x;
+  }
+}
+
+// now, or zero where it is a real number that lies very far below what it was before; so the parts
+// of a complex number.
+ALGEB withoutShrinking(State& state, ALGEB now, ALGEB before) {
+  if (isComplex(now)) {
+    const ALGEB re = withoutShrinking(state, operand(now, 1), realPart(before));
+    return newComplex(state, re, withoutShrinking(state, operand(now, 2), imaginaryPart(before)));
+  }
+  if (!isReal(now) || !isReal(before)) {
+    return now;
+  }
+  const ALGEB limit = absolute(state, multiply(state, before, newFloat(state, 1e-50)));
+  const bool shrunk = compare(state, absolute(state, now), limit) == std::partial_ordering::less;
+  return shrunk ? newFloat(state, 0.0) : now;
+}
+
+// True when a name in an expression has a value, so that evaluating it may change it.  Parts that
+// were looked at before are not looked at again, and depth costs no stack.
+bool mentionsValues(State& state, ALGEB x) {
+  Language& l = language(state);
+  if (l.settledAt != namesGivenValues) {
+    l.settled.clear();
+    l.settledAt = namesGivenValues;
+  }
+  if (l.settled.contains(x)) {
+    return false;
+  }
+  std::vector<ALGEB> open = {x};
+  std::unordered_set<ALGEB> seen;
+  while (!open.empty()) {
+    lookAtInterrupt();
+    const ALGEB part = open.back();
+    open.pop_back();
+    if (is(part, Tag::name)) {
+      if (nameValue(part) != nullptr) {
+        return true;
+      }
+    } else if (isExpression(part) && !l.settled.contains(part) && seen.insert(part).second) {
+      for (std::size_t i = 1; i <= operandCount(part); ++i) {
+        open.push_back(operand(part, i));
+      }
+    }
+  }
+  l.settled.merge(seen);
+  return false;
+}
+
+ALGEB anew(State& state, KnownParts& known, ALGEB x);
+
+// An expression anew from the values of its names.
+ALGEB evaluatedParts(State& state, KnownParts& known, ALGEB x) {
+  if (!isExpression(x)) {
+    return evaluate(state, x);
+  }
+  checkStack(state);
+  return known.value(x, [&] { return anew(state, known, x); });
+}
+
+ALGEB anew(State& state, KnownParts& known, ALGEB x) {
+  const bool application = is(x, Tag::application);
+  Handles parts(state);
+  bool same = true;
+  for (std::size_t i = application ? 2 : 1; i <= operandCount(x); ++i) {
+    parts.push(evaluatedParts(state, known, operand(x, i)));
+    same = same && parts.back() == operand(x, i);
+  }
+  if (application) {
+    const ALGEB function = operand(x, 1);
+    const bool valueless = is(function, Tag::name) && nameValue(function) == nullptr;
+    return same && valueless ? x : reapply(state, function, parts.span());
+  }
+  return same ? x : recombined(state, x, parts.span());
+}
+
+}  // namespace
+
+ALGEB evaluate(State& state, ALGEB x) {
+  if (isImmediate(x)) {
+    return x;
+  }
+  if (is(x, Tag::name)) {
+    checkStack(state);
+    const ALGEB v = nameValue(x);
+    return v == nullptr || v == x ? x : evaluate(state, v);
+  }
+  if (!isExpression(x) || !mentionsValues(state, x)) {
+    return x;
+  }
+  KnownParts known(state);
+  return evaluatedParts(state, known, x);
+}
+
+ALGEB evalf(State& state, ALGEB x, int digits) {
+  checkDigits(state, digits);
+  if (isNumber(x)) {
+    return roundToDigits(state, x, digits);
+  }
+  if (x == state.piName) {
+    return piFloat(state, digits);
+  }
+  if (is(x, Tag::application) && operandCount(x) == 2 && is(operand(x, 1), Tag::name) &&
+      isReal(operand(x, 2))) {
+    if (const ElementaryFunction* f = elementaryFunction(text(operand(x, 1)))) {
+      return elementaryFloat(state, *f, operand(x, 2), digits);
+    }
+  }
+  if (isList(x) || (isSequence(x) && !isNull(x))) {
+    checkStack(state);
+    Handles elements(state);
+    for (std::size_t i = 1; i <= countOf(x); ++i) {
+      elements.push(evalf(state, element(state, x, i), digits));
+    }
+    return isList(x) ? newList(state, elements.span()) : sequenceOf(state, elements.span());
+  }
+  if (!isExpression(x)) {
+    const DigitsScope scope(state, digits + kGuardDigits);
+    return roundedParts(state, inFloats(state, x), digits);
+  }
+  // Cancellation eats guard digits: more of them until the rounded value stays the same.  A value
+  // of zero in disguise, or a part of a complex one, never does: it shrinks with every attempt.
+  ALGEB previous = nullptr;
+  for (int guard = kGuardDigits;; guard *= 3) {
+    ALGEB value = nullptr;
+    {
+      const DigitsScope scope(state, std::min(digits + guard, kMaxDigits));
+      value = inFloats(state, x);
+    }
+    value = roundedParts(state, value, digits);
+    const bool settled = value == previous && !(isNumber(value) && isZero(value));
+    if (settled) {
+      return value;
+    }
+    if (guard > kMostGuardDigits) {
+      return withoutShrinking(state, value, previous);
+    }
+    previous = value;
+  }
+}
+
+double evaluateHardware(State& state, ALGEB x) {
+  checkStack(state);
+  auto refuse = [&]() -> double { raise(state, "no hardware floating-point value: %1", x); };
+  if (isReal(x)) {
+    const double d = toDouble(state, x);
+    return std::isinf(d) && !isInfinite(state, x) ? refuse() : d;
+  }
+  if (x == nullptr || isImmediate(x)) {
+    return refuse();
+  }
+  switch (tag(x)) {
+    case Tag::name: {
+      if (x == state.piName) {
+        return std::numbers::pi;
+      }
+      const ALGEB v = nameValue(x);
+      return v == nullptr || v == x ? refuse() : evaluateHardware(state, v);
+    }
+    case Tag::sum:
+    case Tag::product: {
+      double total = evaluateHardware(state, operand(x, 1));
+      for (std::size_t i = 2; i <= operandCount(x); ++i) {
+        const double part = evaluateHardware(state, operand(x, i));
+        total = is(x, Tag::sum) ? total + part : total * part;
+      }
+      return total;
+    }
+    case Tag::power: {
+      const double base = evaluateHardware(state, operand(x, 1));
+      return std::pow(base, evaluateHardware(state, operand(x, 2)));
+    }
+    case Tag::application: {
+      lookAtInterrupt();
+      std::vector<double> args(operandCount(x), 0.0);
+      for (std::size_t i = 2; i <= operandCount(x); ++i) {
+        args[i - 1] = evaluateHardware(state, operand(x, i));
+      }
+      const ALGEB f = operand(x, 1);
+      if (is(f, Tag::name) && nameValue(f) == nullptr && nameFunction(f) == nullptr) {
+        return refuse();
+      }
+      return applyHardware(state, f, static_cast<int>(args.size()) - 1, args.data());
+    }
+    default:
+      return refuse();
+  }
+}
+
+std::optional<bool> comparison(State& state, CompareOp op, ALGEB a, ALGEB b) {
+  auto constant = [&](ALGEB x) -> ALGEB {
+    if (isReal(x)) {
+      return x;
+    }
+    if (is(x, Tag::name) || isExpression(x)) {
+      const ALGEB v = evalf(state, x, state.digits() + 10);
+      return isReal(v) ? v : nullptr;
+    }
+    return nullptr;
+  };
+  const bool equality = op == CompareOp::equal || op == CompareOp::unequal;
+  if (a == b && equality && !(isReal(a) && isUndefined(state, a))) {
+    return op == CompareOp::equal;
+  }
+  const ALGEB x = constant(a);
+  const ALGEB y = constant(b);
+  if (x != nullptr && y != nullptr) {
+    const std::partial_ordering c = compare(state, x, y);
+    switch (op) {
+      case CompareOp::equal:
+        return c == 0;
+      case CompareOp::unequal:
+        return c != 0;
+      case CompareOp::less:
+        return c < 0;
+      case CompareOp::lessEqual:
+        return c <= 0;
+      case CompareOp::greater:
+        return c > 0;
+      default:
+        return c >= 0;
+    }
+  }
+  if (!equality) {
+    return std::nullopt;
+  }
+  if (isNumber(a) && isNumber(b)) {
+    return equal(state, a, b) == (op == CompareOp::equal);
+  }
+  // Lists, sequences, ranges and equations are equal when their parts are.
+  if (!isImmediate(a) && !isImmediate(b) && tag(a) == tag(b) && length(a) == length(b) &&
+      (is(a, Tag::list) || is(a, Tag::sequence) || is(a, Tag::range) || is(a, Tag::equation))) {
+    checkStack(state);
+    for (std::size_t i = 1; i < length(a); ++i) {
+      const ALGEB p = operand(a, i) == nullptr ? state.null : operand(a, i);
+      const ALGEB q = operand(b, i) == nullptr ? state.null : operand(b, i);
+      const auto same = comparison(state, CompareOp::equal, p, q);
+      if (same && !*same) {
+        return op == CompareOp::unequal;
+      }
+      if (!same) {
+        return std::nullopt;
+      }
+    }
+    return op == CompareOp::equal;
+  }
+  const bool open = is(a, Tag::name) || isExpression(a) || is(b, Tag::name) || isExpression(b);
+  if (open && (isNumber(a) || is(a, Tag::name) || isExpression(a)) &&
+      (isNumber(b) || is(b, Tag::name) || isExpression(b))) {
+    // Different expressions: as objects they differ.
+    return op == CompareOp::unequal;
+  }
+  return op == CompareOp::unequal;
+}
+
+bool truth(State& state, ALGEB x) {
+  if (isBoolean(state, x)) {
+    return x == state.trueValue;
+  }
+  if (isRelation(x)) {
+    const CompareOp op = is(x, Tag::equation)  ? CompareOp::equal
+                         : is(x, Tag::unequal) ? CompareOp::unequal
+                         : is(x, Tag::less)    ? CompareOp::less
+                                               : CompareOp::lessEqual;
+    if (const auto result = comparison(state, op, operand(x, 1), operand(x, 2))) {
+      return *result;
+    }
+  }
+  raise(state, "expected true or false, received: %1", x);
+}
+
+}  // namespace vexel

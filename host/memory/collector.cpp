@@ -1,0 +1,415 @@
+// The mark-sweep collector: precise in the heap, conservative on the stack and in blocks.
+//
+// Marking keeps its own stack, so that deep structures cost no machine stack; sweeping visits every
+// cell and rebuilds the free lists in address order.
+
+#include <algorithm>
+#include <string>
+
+#include "memory/guards.hpp"
+#include "memory/heap_chunk.hpp"
+#include "memory/stack_bounds.hpp"
+#include "values/arrays.hpp"
+#include "values/errors.hpp"
+#include "values/kernel_state.hpp"
+#include "values/objects.hpp"
+
+namespace vexel {
+
+namespace {
+
+// Collections that a freed cell sits out in stress mode.
+constexpr std::uint32_t kQuarantine = 64;
+
+bool isMarked(ALGEB x) { return (words(x)[0] & kMarkBit) != 0; }
+
+// The bytes behind those that VexelAlloc handed out, to the end of the block.
+bool isBlockIntact(ALGEB x) {
+  const std::size_t size = words(x)[1];
+  return isGuardIntact(reinterpret_cast<const char*>(words(x) + 2) + size,
+                       (length(x) - 2) * sizeof(Word) - size);
+}
+
+std::size_t dataBytes(const ArrayObject& array) {
+  return static_cast<std::size_t>(array.count) * elementSize(array.type);
+}
+
+bool ownsData(const ArrayObject& array) { return array.ownsData != 0 && array.data != nullptr; }
+
+bool isDataIntact(const ArrayObject& array) {
+  const auto* data = static_cast<const char*>(array.data);
+  return isGuardIntact(data - kGuardBytes) && isGuardIntact(data + dataBytes(array));
+}
+
+// Ends the process when the guards of an object are damaged.
+void checkGuards(ALGEB x) {
+  if (tag(x) == Tag::block && !isBlockIntact(x)) {
+    reportDamage("memory was written past the end of a block");
+  }
+  if (tag(x) == Tag::array && ownsData(arrayOf(x)) && !isDataIntact(arrayOf(x))) {
+    reportDamage("memory was written outside the elements of an array");
+  }
+}
+
+}  // namespace
+
+// ---- marking
+
+void Heap::collect() {
+  if (collecting_) {
+    return;
+  }
+  collecting_ = true;
+  collections_ += collections_ == UINT32_MAX ? 2 : 1;  // never 0
+  limit_ = 0;
+  marking_ = &marker_;
+  buildExtents();
+  markRoots();
+  markStack();
+  drain();
+  marking_ = nullptr;
+  dispose(false);
+  state_.interned.dropUnmarked();
+  sweep(false);
+  extents_.clear();
+  collecting_ = false;
+  sinceCollection_ = 0;
+  threshold_ = std::max(kMinimalThreshold, liveBytes_ + bytesOutside_);
+  resetLimit();
+}
+
+void Heap::markRoots() {
+  for (Handles* h = handles_; h != nullptr; h = h->next_) {
+    for (ALGEB x : h->items_) {
+      marker_.mark(x);
+    }
+  }
+  for (const auto& [x, count] : protected_) {
+    marker_.mark(x);
+  }
+  state_.markRoots(marker_);
+  state_.interned.markNames(marker_);
+  for (const auto& source : rootSources_) {
+    source(marker_);
+  }
+}
+
+// Callee-saved registers are put into this frame before the scan, which runs in a deeper one.
+__attribute__((noinline)) void Heap::markStack() {
+  __builtin_unwind_init();
+  const Word here = 0;
+  const Word* from =
+      reinterpret_cast<const Word*>(reinterpret_cast<Word>(__builtin_frame_address(0)) & ~Word{7});
+  from = std::min(from, &here);
+  markConservatively(from, reinterpret_cast<const Word*>(stackBounds().high));
+}
+
+__attribute__((noinline, no_sanitize("address"))) void Heap::markConservatively(const Word* from,
+                                                                                const Word* to) {
+  for (const Word* p = from; p < to; ++p) {
+    const Word candidate = *p;
+    // A quick look that rejects most words.
+    if (candidate - lowestChunk_ < highestChunk_ - lowestChunk_ || !extents_.empty()) {
+      markCandidate(candidate);
+    }
+  }
+}
+
+void Heap::markCandidate(Word candidate) {
+  if (ALGEB x = objectAt(candidate)) {
+    marker_.mark(x);
+  }
+}
+
+// The object that an address, not necessarily its first, belongs to; null for none.
+ALGEB Heap::objectAt(Word address) const {
+  if (address - lowestChunk_ < highestChunk_ - lowestChunk_) {
+    const auto found = chunkAt_.find(address / kChunkBytes);
+    if (found != chunkAt_.end()) {
+      Chunk* chunk = found->second;
+      const Word first = reinterpret_cast<Word>(chunk->first());
+      if (address >= first && address < reinterpret_cast<Word>(chunk->next)) {
+        const Word cell = first + (address - first) / chunk->cellBytes * chunk->cellBytes;
+        ALGEB x = reinterpret_cast<ALGEB>(cell);
+        return tag(x) == Tag::free ? nullptr : x;
+      }
+      return nullptr;
+    }
+  }
+  if (extents_.empty() || address < extents_.front().first) {
+    return nullptr;
+  }
+  const auto after = std::upper_bound(extents_.begin(), extents_.end(), address,
+                                      [](Word a, const Extent& e) { return a < e.first; });
+  const Extent& e = *(after - 1);
+  return address <= e.last ? e.object : nullptr;
+}
+
+void Heap::buildExtents() {
+  extents_.clear();
+  for (ALGEB x : large_) {
+    const Word first = reinterpret_cast<Word>(x);
+    extents_.push_back({first, first + length(x) * sizeof(Word), x});
+  }
+  for (ALGEB x : arrays_) {
+    const ArrayObject& array = arrayOf(x);
+    const Word first = reinterpret_cast<Word>(array.data);
+    extents_.push_back(
+        {first, first + static_cast<Word>(array.count) * elementSize(array.type), x});
+  }
+  std::sort(extents_.begin(), extents_.end(),
+            [](const Extent& a, const Extent& b) { return a.first < b.first; });
+}
+
+void Heap::drain() {
+  while (!marker_.pending_.empty()) {
+    ALGEB x = marker_.pending_.back();
+    marker_.pending_.pop_back();
+    markOperands(x);
+  }
+}
+
+void Heap::markOperands(ALGEB x) {
+  switch (tag(x)) {
+    case Tag::integer:
+    case Tag::string:
+    case Tag::boolean:
+    case Tag::free:
+      return;
+    case Tag::softwareFloat:
+      if (length(x) == 3) {
+        marker_.mark(operand(x, 1));
+      }
+      return;
+    case Tag::name:
+      marker_.mark(nameValue(x));
+      marker_.mark(nameFunction(x));
+      return;
+    case Tag::procedure:
+    case Tag::function:
+    case Tag::table:
+    case Tag::foreign:
+      if (foreign(x) != nullptr) {
+        foreign(x)->mark(marker_);
+      }
+      return;
+    case Tag::array:
+      markArray(x);
+      return;
+    case Tag::pointer:
+      if (auto* mark = reinterpret_cast<void (*)(ALGEB)>(words(x)[3])) {
+        mark(x);
+      }
+      return;
+    case Tag::block:
+      markConservatively(words(x) + 2, words(x) + length(x));
+      return;
+    default:
+      for (std::size_t i = 1; i < length(x); ++i) {
+        marker_.mark(operand(x, i));
+      }
+  }
+}
+
+void Heap::markArray(ALGEB x) {
+  const ArrayObject& array = arrayOf(x);
+  if (array.type != RTABLE_DAG && array.type != RTABLE_COMPLEX_DAG) {
+    return;
+  }
+  const bool pairs = array.type == RTABLE_COMPLEX_DAG;
+  if (array.data != nullptr) {
+    const auto* elements = static_cast<const ALGEB*>(array.data);
+    const std::int64_t n = pairs ? 2 * array.count : array.count;
+    for (std::int64_t i = 0; i < n; ++i) {
+      marker_.mark(elements[i]);
+    }
+  }
+  if (array.sparse != nullptr) {
+    for (const auto& [position, e] : *array.sparse) {
+      marker_.mark(e.complexdag.re);
+      if (pairs) {
+        marker_.mark(e.complexdag.im);
+      }
+    }
+  }
+}
+
+// ---- sweeping
+
+// Runs the dispose functions of unreachable pointers, each once.
+void Heap::dispose(bool everything) {
+  std::vector<ALGEB> due;
+  std::erase_if(disposable_, [&](ALGEB x) {
+    const bool dead = everything || !isMarked(x);
+    if (dead) {
+      due.push_back(x);
+    }
+    return dead;
+  });
+  for (ALGEB x : due) {
+    auto* function = reinterpret_cast<void (*)(ALGEB)>(words(x)[4]);
+    words(x)[4] = 0;
+    if (function != nullptr) {
+      try {
+        function(x);
+      } catch (const HostErrorToken&) {  // nobody to tell; the object goes all the same
+      } catch (const std::exception&) {
+      }
+    }
+  }
+}
+
+void Heap::finalise(ALGEB x) noexcept {
+  switch (tag(x)) {
+    case Tag::procedure:
+    case Tag::function:
+    case Tag::table:
+    case Tag::foreign:
+      delete foreign(x);
+      break;
+    case Tag::array: {
+      ArrayObject& array = arrayOf(x);
+      if (ownsData(array)) {
+        releaseBytes(array.data, dataBytes(array));
+      }
+      delete array.sparse;
+      break;
+    }
+    default:
+      break;
+  }
+}
+
+void Heap::sweep(bool everything) {
+  std::erase_if(arrays_, [&](ALGEB x) { return everything || !isMarked(x); });
+  liveAfterCollection_ = 0;
+  allocatedObjects_ = 0;
+  liveBytes_ = 0;
+  sweepLarge(everything);
+  Cell** tails[kClasses];
+  for (std::size_t c = 0; c < kClasses; ++c) {
+    freeCells_[c] = nullptr;
+    tails[c] = &freeCells_[c];
+  }
+  std::erase_if(chunks_, [&](Chunk* chunk) {
+    Cell**& tail = tails[chunk->sizeClass];
+    Cell** const before = tail;
+    const Swept swept = sweepChunk(*chunk, tail, everything);
+    liveAfterCollection_ += swept.live;
+    liveBytes_ += swept.live * chunk->cellBytes;
+    const bool isEmpty = swept.live == 0 && swept.held == 0;
+    if (isEmpty) {
+      tail = before;
+      *tail = nullptr;
+      retireChunk(chunk);
+    }
+    return isEmpty;
+  });
+}
+
+void Heap::sweepLarge(bool everything) {
+  std::erase_if(large_, [&](ALGEB x) {
+    if (stress_) {
+      checkGuards(x);
+    }
+    if (!everything && isMarked(x)) {
+      words(x)[0] &= ~kMarkBit;
+      ++liveAfterCollection_;
+      return false;
+    }
+    const std::size_t bytes = length(x) * sizeof(Word);
+    finalise(x);
+    freeMemory(x, bytes);
+    bytesOutside_ -= bytes;
+    return true;
+  });
+}
+
+// Frees the unmarked cells of a chunk onto the list that ends at tail.
+//
+// In stress mode a freed cell is poisoned and sits out some collections: the upper half of its
+// header says since when.
+Heap::Swept Heap::sweepChunk(Chunk& chunk, Cell**& tail, bool everything) {
+  Swept swept;
+  for (char* p = chunk.first(); p != chunk.next; p += chunk.cellBytes) {
+    Cell* cell = reinterpret_cast<Cell*>(p);
+    ALGEB x = reinterpret_cast<ALGEB>(p);
+    const bool isFree = tag(x) == Tag::free;
+    if (stress_ && !isFree) {
+      checkGuards(x);
+    }
+    if ((cell->header & kMarkBit) != 0 && !everything) {
+      cell->header &= ~kMarkBit;
+      ++swept.live;
+      continue;
+    }
+    if (!isFree) {
+      finalise(x);
+      if (stress_) {
+        poison(p + sizeof(Word), chunk.cellBytes - sizeof(Word));
+      }
+      cell->header = stress_ ? Word{collections_} << 32 : 0;
+    }
+    if (const auto since = static_cast<std::uint32_t>(cell->header >> 32); since != 0) {
+      if (stress_ && !everything && collections_ - since < kQuarantine) {
+        ++swept.held;
+        continue;
+      }
+      if (!isPoisonIntact(p + sizeof(Word), chunk.cellBytes - sizeof(Word))) {
+        reportDamage("an object was written after it was collected");
+      }
+      cell->header = 0;
+    }
+    *tail = cell;
+    tail = &cell->next;
+  }
+  *tail = nullptr;
+  return swept;
+}
+
+// ---- checking
+
+std::string Heap::check() {
+  buildExtents();
+  std::string fault;
+  const auto valid = [&](ALGEB x) {
+    return x == nullptr || isImmediate(x) || objectAt(reinterpret_cast<Word>(x)) == x;
+  };
+  const auto inspect = [&](ALGEB x, std::size_t room) {
+    if (isMarked(x)) {
+      fault = "an object is marked outside a collection";
+    } else if (length(x) == 0 || length(x) * sizeof(Word) > room) {
+      fault = "an object is longer than its cell";
+    }
+    const Tag t = tag(x);
+    if (t == Tag::block && !isBlockIntact(x)) {
+      fault = "memory was written past the end of a block";
+    } else if (t == Tag::array && ownsData(arrayOf(x)) && !isDataIntact(arrayOf(x))) {
+      fault = "memory was written outside the elements of an array";
+    }
+    const bool holdsHandles = t == Tag::rational || t == Tag::complex || t == Tag::list ||
+                              t == Tag::sequence || t == Tag::sum || t == Tag::product ||
+                              t == Tag::power || t == Tag::application || t == Tag::range ||
+                              isRelation(x);
+    for (std::size_t i = 1; fault.empty() && holdsHandles && i < length(x); ++i) {
+      if (!valid(operand(x, i))) {
+        fault = "an operand is no object";
+      }
+    }
+  };
+  for (Chunk* chunk : chunks_) {
+    for (char* p = chunk->first(); p != chunk->next && fault.empty(); p += chunk->cellBytes) {
+      ALGEB x = reinterpret_cast<ALGEB>(p);
+      if (tag(x) != Tag::free) {
+        inspect(x, chunk->cellBytes);
+      }
+    }
+  }
+  for (ALGEB x : large_) {
+    inspect(x, length(x) * sizeof(Word));
+  }
+  extents_.clear();
+  return fault;
+}
+
+}  // namespace vexel

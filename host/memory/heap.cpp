@@ -1,0 +1,266 @@
+// Allocation.
+//
+// Small objects live in cells of equal size inside aligned chunks; a free list a size makes
+// allocation a pop.  Larger objects come from malloc one by one.
+
+#include "memory/heap.hpp"
+
+#include <sys/mman.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdlib>
+
+#include "memory/guards.hpp"
+#include "memory/heap_chunk.hpp"
+#include "values/errors.hpp"
+#include "values/kernel_state.hpp"
+
+namespace vexel {
+
+namespace {
+
+constexpr std::size_t kEmptyChunksKept = 64;
+
+std::size_t physicalMemory() {
+  static const std::size_t bytes = static_cast<std::size_t>(sysconf(_SC_PHYS_PAGES)) *
+                                   static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
+  return bytes;
+}
+
+// Large blocks in pages of 2 MiB where the system has them to give: most of the time that a block's
+// first writing takes is page faults.  A hint: nothing depends on it.
+void adviseHugePages([[maybe_unused]] void* p, [[maybe_unused]] std::size_t bytes) {
+#ifdef MADV_HUGEPAGE
+  constexpr std::uintptr_t kHugePage = std::uintptr_t{1} << 21;
+  const auto begin = reinterpret_cast<std::uintptr_t>(p);
+  const std::uintptr_t first = (begin + kHugePage - 1) & ~(kHugePage - 1);
+  const std::uintptr_t last = (begin + bytes) & ~(kHugePage - 1);
+  if (bytes >= 4 * kHugePage && last > first) {
+    madvise(reinterpret_cast<void*>(first), last - first, MADV_HUGEPAGE);
+  }
+#endif
+}
+
+}  // namespace
+
+void Foreign::print(State&, std::string& out) const { out += "object"; }
+
+Handles::Handles(State& state) : heap_(state.heap), next_(heap_.handles_), previous_(nullptr) {
+  if (next_ != nullptr) {
+    next_->previous_ = this;
+  }
+  heap_.handles_ = this;
+}
+
+Handles::~Handles() {
+  (previous_ != nullptr ? previous_->next_ : heap_.handles_) = next_;
+  if (next_ != nullptr) {
+    next_->previous_ = previous_;
+  }
+}
+
+Heap::Heap(State& state) : state_(state), threshold_(kMinimalThreshold) { resetLimit(); }
+
+Heap::~Heap() {
+  collecting_ = true;
+  limit_ = 0;
+  dispose(true);
+  sweep(true);
+  for (Chunk* chunk : chunks_) {
+    munmap(chunk, kChunkBytes);
+  }
+  for (Chunk* chunk : emptyChunks_) {
+    munmap(chunk, kChunkBytes);
+  }
+}
+
+std::size_t Heap::classBytes(std::size_t c) {
+  return c < 8 ? (c + 1) * 16 : (std::size_t{128} << ((c - 8) / 4)) / 4 * (5 + (c - 8) % 4);
+}
+
+void Heap::resetLimit() { limit_ = stress_ || collecting_ || failCountdown_ >= 0 ? 0 : threshold_; }
+
+void Heap::setStress(bool on) {
+  stress_ = on;
+  resetLimit();
+}
+
+void Heap::failAllocation(std::int64_t n, bool lasting) {
+  failCountdown_ = n;
+  failuresLast_ = lasting;
+  resetLimit();
+}
+
+// What precedes every allocation off the fast path: injected failures, and a collection when due.
+void Heap::beforeAllocation(std::size_t bytes) {
+  if (collecting_) {
+    return;
+  }
+  if (failCountdown_ == 0) {
+    failCountdown_ = failuresLast_ ? 0 : -1;
+    resetLimit();
+    raiseNoMemory(state_);
+  }
+  failCountdown_ -= failCountdown_ > 0 ? 1 : 0;
+  // The system would promise more than there is, and end the process when it is used.
+  if (bytes + bytesOutside_ > physicalMemory()) {
+    collect();
+    if (bytes + bytesOutside_ > physicalMemory()) {
+      raiseNoMemory(state_);
+    }
+  }
+  if (stress_ || sinceCollection_ >= threshold_) {
+    collect();
+  }
+}
+
+ALGEB Heap::allocateSlowly(Tag t, std::size_t lengthInWords) {
+  if (lengthInWords >= (std::size_t{1} << 32)) {
+    raiseNoMemory(state_);
+  }
+  const std::size_t bytes = lengthInWords * sizeof(Word);
+  beforeAllocation(bytes);
+  sinceCollection_ += bytes;
+  ALGEB x = nullptr;
+  if (bytes <= kSmall) {
+    const std::size_t c = classOf(bytes);
+    if (freeCells_[c] == nullptr) {
+      refill(c);
+    }
+    Cell* cell = freeCells_[c];
+    freeCells_[c] = cell->next;
+    x = initialise(cell, t, lengthInWords);
+  } else {
+    // The extra word lets a pointer to the end of the object belong to nothing else.
+    large_.reserve(large_.size() + 1 > large_.capacity() ? 2 * large_.size() + 16 : 0);
+    void* memory = std::calloc(bytes + sizeof(Word), 1);
+    if (memory == nullptr && !collecting_) {
+      collect();
+      memory = std::calloc(bytes + sizeof(Word), 1);
+    }
+    if (memory == nullptr) {
+      raiseNoMemory(state_);
+    }
+    x = static_cast<ALGEB>(memory);
+    words(x)[0] = (static_cast<Word>(lengthInWords) << 32) | (static_cast<Word>(t) << 26);
+    large_.push_back(x);
+    bytesOutside_ += bytes;
+    ++allocatedObjects_;
+  }
+  if (collecting_) {
+    words(x)[0] |= kMarkBit;  // made by a dispose function: survives the sweep to come
+  }
+  return x;
+}
+
+Heap::Chunk* Heap::newChunk(std::size_t c) {
+  Chunk* chunk = nullptr;
+  if (!emptyChunks_.empty()) {
+    chunk = emptyChunks_.back();
+    emptyChunks_.pop_back();
+  } else {
+    // Twice the size is mapped and trimmed to an aligned chunk.
+    void* raw =
+        mmap(nullptr, 2 * kChunkBytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    if (raw == MAP_FAILED) {
+      raiseNoMemory(state_);
+    }
+    const Word base = reinterpret_cast<Word>(raw);
+    const Word aligned = (base + kChunkBytes - 1) & ~(kChunkBytes - 1);
+    if (aligned > base) {
+      munmap(raw, aligned - base);
+    }
+    if (aligned < base + kChunkBytes) {
+      munmap(reinterpret_cast<void*>(aligned + kChunkBytes), base + kChunkBytes - aligned);
+    }
+    chunk = reinterpret_cast<Chunk*>(aligned);
+  }
+  chunk->sizeClass = c;
+  chunk->cellBytes = classBytes(c);
+  chunk->next = chunk->first();
+  const std::size_t cells = (kChunkBytes - 64) / chunk->cellBytes;
+  chunk->end = chunk->first() + cells * chunk->cellBytes;
+  const Word address = reinterpret_cast<Word>(chunk);
+  chunkAt_[address / kChunkBytes] = chunk;
+  chunks_.push_back(chunk);
+  lowestChunk_ = std::min(lowestChunk_, address);
+  highestChunk_ = std::max(highestChunk_, address + kChunkBytes);
+  return chunk;
+}
+
+void Heap::retireChunk(Chunk* chunk) {
+  chunkAt_.erase(reinterpret_cast<Word>(chunk) / kChunkBytes);
+  if (bumpChunks_[chunk->sizeClass] == chunk) {
+    bumpChunks_[chunk->sizeClass] = nullptr;
+  }
+  if (emptyChunks_.size() < kEmptyChunksKept) {
+    emptyChunks_.push_back(chunk);
+  } else {
+    munmap(chunk, kChunkBytes);
+  }
+}
+
+// Puts a batch of cells that were never used on an empty free list.
+void Heap::refill(std::size_t c) {
+  Chunk* chunk = bumpChunks_[c];
+  if (chunk == nullptr || chunk->next == chunk->end) {
+    chunk = bumpChunks_[c] = newChunk(c);
+  }
+  Cell** tail = &freeCells_[c];
+  for (int i = 0; i < 64 && chunk->next != chunk->end; ++i, chunk->next += chunk->cellBytes) {
+    Cell* cell = reinterpret_cast<Cell*>(chunk->next);
+    cell->header = 0;
+    *tail = cell;
+    tail = &cell->next;
+  }
+  *tail = nullptr;
+}
+
+void* Heap::allocateBytes(std::size_t bytes) {
+  const std::size_t total = bytes + 2 * kGuardBytes;
+  beforeAllocation(total);
+  auto* p = static_cast<char*>(std::calloc(total, 1));
+  if (p == nullptr) {
+    collect();
+    p = static_cast<char*>(std::calloc(total, 1));
+  }
+  if (p == nullptr) {
+    raiseNoMemory(state_);
+  }
+  sinceCollection_ += bytes;
+  bytesOutside_ += bytes;
+  adviseHugePages(p, total);
+  setGuard(p);
+  setGuard(p + kGuardBytes + bytes);
+  return p + kGuardBytes;
+}
+
+void Heap::releaseBytes(void* p, std::size_t bytes) noexcept {
+  freeMemory(static_cast<char*>(p) - kGuardBytes, bytes + 2 * kGuardBytes);
+  bytesOutside_ -= bytes;
+}
+
+// Gives memory back to malloc, at once or through the quarantine.
+void Heap::freeMemory(void* memory, std::size_t bytes) noexcept {
+  if (stress_) {
+    quarantine_.hold(memory, bytes);
+  } else {
+    std::free(memory);
+  }
+}
+
+void Heap::protect(ALGEB x) {
+  if (x != nullptr && !isImmediate(x)) {
+    ++protected_[x];
+  }
+}
+
+void Heap::allow(ALGEB x) {
+  const auto entry = protected_.find(x);
+  if (entry != protected_.end() && --entry->second == 0) {
+    protected_.erase(entry);
+  }
+}
+
+}  // namespace vexel

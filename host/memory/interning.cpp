@@ -1,0 +1,174 @@
+// The tables of interned objects: open addressing with linear probing, at most half full.  Entries
+// that the collector removes leave a mark that searches skip; the next growth drops them.
+
+#include "memory/interning.hpp"
+
+#include <algorithm>
+#include <bit>
+#include <cstring>
+#include <functional>
+
+#include "values/kernel_state.hpp"
+#include "values/objects.hpp"
+
+namespace vexel {
+
+namespace {
+
+constexpr std::size_t kSmallestTable = 1024;
+const ALGEB kRemoved = reinterpret_cast<ALGEB>(Word{2});  // never the address of an object
+
+std::uint64_t mix(std::uint64_t h) {
+  h *= 0x9E3779B97F4A7C15U;  // 2^64 divided by the golden ratio
+  return h ^ (h >> 32);
+}
+
+std::uint64_t hashWords(Tag t, const Word* payload, std::size_t n) {
+  std::uint64_t h = static_cast<std::uint64_t>(t) + 64 * n;
+  for (std::size_t i = 0; i < n; ++i) {
+    h = mix(h ^ payload[i]) + i;
+  }
+  return mix(h);
+}
+
+std::uint64_t hashText(std::string_view s) { return mix(std::hash<std::string_view>{}(s)); }
+
+}  // namespace
+
+std::uint64_t InternTables::hashOf(ALGEB x) {
+  switch (tag(x)) {
+    case Tag::string:
+    case Tag::name:
+      return hashText(text(x));
+    case Tag::softwareFloat:
+      if (length(x) == 2) {
+        return mix(vexel::words(x)[1]);
+      }
+      [[fallthrough]];
+    default:
+      return hashWords(tag(x), vexel::words(x) + 1, length(x) - 1U);
+  }
+}
+
+template <typename Equal>
+ALGEB InternTables::find(const Table& table, std::uint64_t hash, Equal equal) {
+  if (table.slots.empty()) {
+    return nullptr;
+  }
+  const std::size_t mask = table.slots.size() - 1;
+  for (std::size_t i = hash & mask;; i = (i + 1) & mask) {
+    ALGEB x = table.slots[i];
+    if (x == nullptr || (x != kRemoved && equal(x))) {
+      return x;
+    }
+  }
+}
+
+void InternTables::insert(Table& table, ALGEB x, std::uint64_t hash) {
+  if (2 * (table.used + 1) > table.slots.size() || table.removed > table.used / 2) {
+    grow(table);
+  }
+  const std::size_t mask = table.slots.size() - 1;
+  std::size_t i = hash & mask;
+  while (table.slots[i] != nullptr) {
+    i = (i + 1) & mask;
+  }
+  table.slots[i] = x;
+  ++table.used;
+}
+
+void InternTables::grow(Table& table) {
+  const std::size_t live = table.used - table.removed;
+  const std::size_t capacity =
+      std::max({kSmallestTable, std::bit_ceil(4 * (live + 1)), table.slots.size() / 2});
+  std::vector<ALGEB> fresh(capacity, nullptr);
+  for (ALGEB x : table.slots) {
+    if (x == nullptr || x == kRemoved) {
+      continue;
+    }
+    std::size_t i = hashOf(x) & (capacity - 1);
+    while (fresh[i] != nullptr) {
+      i = (i + 1) & (capacity - 1);
+    }
+    fresh[i] = x;
+  }
+  table.slots = std::move(fresh);
+  table.used = live;
+  table.removed = 0;
+}
+
+ALGEB InternTables::real(State& state, double d) {
+  const Word bits = std::bit_cast<Word>(d);
+  const std::uint64_t hash = mix(bits);
+  const auto sameBits = [bits](ALGEB x) { return vexel::words(x)[1] == bits; };
+  if (ALGEB x = find(reals_, hash, sameBits)) {
+    return x;
+  }
+  ALGEB x = state.heap.allocate(Tag::softwareFloat, 2);
+  vexel::words(x)[1] = bits;
+  insert(reals_, x, hash);
+  return x;
+}
+
+ALGEB InternTables::words(State& state, Tag t, const Word* payload, std::size_t n) {
+  const std::uint64_t hash = hashWords(t, payload, n);
+  const auto same = [&](ALGEB x) {
+    return tag(x) == t && length(x) == n + 1 &&
+           std::equal(payload, payload + n, vexel::words(x) + 1);
+  };
+  if (ALGEB x = find(values_, hash, same)) {
+    return x;
+  }
+  ALGEB x = state.heap.allocate(t, n + 1);
+  std::copy_n(payload, n, vexel::words(x) + 1);
+  insert(values_, x, hash);
+  return x;
+}
+
+ALGEB InternTables::string(State& state, std::string_view s) {
+  const std::uint64_t hash = hashText(s);
+  const auto same = [&](ALGEB x) { return tag(x) == Tag::string && text(x) == s; };
+  if (ALGEB x = find(values_, hash, same)) {
+    return x;
+  }
+  ALGEB x = state.heap.allocate(Tag::string, 2 + s.size() / sizeof(Word) + 1);
+  vexel::words(x)[1] = s.size();
+  std::memcpy(vexel::words(x) + 2, s.data(), s.size());
+  insert(values_, x, hash);
+  return x;
+}
+
+ALGEB InternTables::name(State& state, std::string_view s) {
+  const std::uint64_t hash = hashText(s);
+  if (ALGEB x = find(names_, hash, [&](ALGEB n) { return text(n) == s; })) {
+    return x;
+  }
+  ALGEB x = state.heap.allocate(Tag::name, 4 + s.size() / sizeof(Word) + 1);
+  vexel::words(x)[3] = s.size();
+  std::memcpy(vexel::words(x) + 4, s.data(), s.size());
+  insert(names_, x, hash);
+  return x;
+}
+
+void InternTables::markNames(Marker& marker) {
+  forEachName([&](ALGEB n) {
+    if (nameValue(n) != nullptr || nameFunction(n) != nullptr) {
+      marker.mark(n);
+    }
+  });
+}
+
+bool InternTables::isEntry(ALGEB slot) { return slot != nullptr && slot != kRemoved; }
+
+void InternTables::dropUnmarked() {
+  for (Table* table : {&reals_, &values_, &names_}) {
+    for (ALGEB& slot : table->slots) {
+      if (isEntry(slot) && (vexel::words(slot)[0] & 1U) == 0) {
+        slot = kRemoved;
+        ++table->removed;
+      }
+    }
+  }
+}
+
+}  // namespace vexel

@@ -1,0 +1,66 @@
+// Arrays: nine element types, dense (rectangular) or sparse, column- or row-major, any bounds.
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <string_view>
+#include <unordered_map>
+
+#include "memory/handle.hpp"
+#include "values/kernel_state.hpp"
+
+namespace vexel {
+
+// Elements that a sparse array holds, by position in its order.
+using SparseElements = std::unordered_map<std::int64_t, RTableData>;
+
+// What lies behind an array's handle.  bounds goes on for two words a dimension.
+struct ArrayObject {
+  Word header;
+  void* data;              // null for sparse storage
+  SparseElements* sparse;  // null for rectangular storage
+  std::int64_t count;      // elements
+  std::uint8_t type;       // RTABLE_DAG ...
+  std::uint8_t storage;
+  std::uint8_t order;
+  std::uint8_t readOnly;
+  std::uint8_t ownsData;
+  std::uint8_t dimensions;
+  std::uint16_t unused;
+  V_INT bounds[];  // lower and upper of each dimension
+
+  V_INT lower(int dim) const { return bounds[2 * dim]; }  // dim from 0
+  V_INT upper(int dim) const { return bounds[2 * dim + 1]; }
+  // Elements along a dimension; 0 for upper < lower.
+  V_INT extent(int dim) const { return upper(dim) < lower(dim) ? 0 : upper(dim) - lower(dim) + 1; }
+};
+
+inline bool isArray(ALGEB x) { return is(x, Tag::array); }
+inline ArrayObject& arrayOf(ALGEB x) { return *reinterpret_cast<ArrayObject*>(x); }
+
+std::size_t elementSize(int type);
+// "float[8]" and so on; the code of such a text, -1 for none.
+std::string_view typeName(int type);
+int typeOfName(std::string_view text);
+
+ALGEB newArray(State& state, const RTableSettings& s, const void* data, const V_INT* bounds);
+// A float[8] array 1..n over memory of somebody else.
+ALGEB wrapArray(State& state, std::span<double> memory);
+ALGEB copyArray(State& state, const RTableSettings& s, ALGEB x);
+RTableSettings settingsOf(ALGEB array);
+
+// Where index lies in an array's own order; raises out of bounds.
+std::int64_t position(State& state, ALGEB array, const V_INT* index);
+RTableData elementAt(ALGEB array, std::int64_t position);
+void setElementAt(ALGEB array, std::int64_t position, RTableData value);
+
+// An element as a host object (complex types give complex numbers), and back: raises
+// "unable to store %1 in an array of %2" when x cannot be converted to the array's type.
+ALGEB elementToObject(State& state, int type, RTableData element);
+RTableData objectToElement(State& state, int type, ALGEB x);
+
+// Element by index as objects.
+ALGEB arraySelect(State& state, ALGEB array, std::span<const V_INT> index);
+void arrayAssign(State& state, ALGEB array, std::span<const V_INT> index, ALGEB value);
+
+}  // namespace vexel

@@ -1,0 +1,73 @@
+// Raising host errors, filling their messages, and the interrupt flag.
+
+#include "values/errors.hpp"
+
+#include "values/kernel_state.hpp"
+
+namespace vexel {
+
+volatile int interruptRequested = 0;
+
+void requestInterrupt() noexcept { interruptRequested = 1; }
+void clearInterrupt() noexcept { interruptRequested = 0; }
+
+void throwInterrupt() {
+  interruptRequested = 0;
+  throw InterruptToken{};
+}
+
+void raise(State& state, std::string_view message, std::span<const ALGEB> args) {
+  state.error.message.assign(message);
+  state.error.arguments.assign(args.begin(), args.end());
+  state.error.line = 0;
+  state.error.raised = state.language != nullptr ? state.language->where() : TextPlace();
+  state.error.inProcedure = false;
+  throw HostErrorToken{};
+}
+
+void raise(State& state, std::string_view message) {
+  raise(state, message, std::span<const ALGEB>());
+}
+
+void raise(State& state, std::string_view message, ALGEB a) {
+  const ALGEB args[] = {a};
+  raise(state, message, args);
+}
+
+void raise(State& state, std::string_view message, ALGEB a, ALGEB b) {
+  const ALGEB args[] = {a, b};
+  raise(state, message, args);
+}
+
+void raiseNoMemory(State& state) { raise(state, "not enough memory"); }
+
+std::string fillMessage(State& state, std::string_view message, std::span<const ALGEB> args,
+                        const TextOptions& options) {
+  std::string out;
+  for (std::size_t i = 0; i < message.size(); ++i) {
+    if (out.size() > kWholeArguments.maxLength) {
+      return out + "...";
+    }
+    const char next = i + 1 < message.size() ? message[i + 1] : '\0';
+    const std::size_t which = static_cast<std::size_t>(next - '1');
+    if (message[i] == '%' && next >= '1' && next <= '9' && which < args.size()) {
+      const std::size_t before = out.size();
+      try {
+        appendSource(state, out, args[which], options);
+      } catch (const HostErrorToken&) {
+        out.resize(before);
+        appendSource(state, out, args[which], kShortArguments);
+      }
+      ++i;
+    } else {
+      out += message[i];
+    }
+  }
+  return out;
+}
+
+std::string pendingErrorText(State& state) {
+  return fillMessage(state, state.error.message, state.error.arguments, kShortArguments);
+}
+
+}  // namespace vexel

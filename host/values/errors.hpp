@@ -1,0 +1,68 @@
+// Host errors and interrupts.
+//
+// An error's message and arguments are kept in the kernel's pending-error slot, where the collector
+// sees them; what is thrown is a token without content.  The tokens do not derive from
+// std::exception, so that no catch of standard exceptions takes a host error for one.
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <string>
+#include <string_view>
+
+#include "memory/handle.hpp"
+#include "values/text.hpp"
+
+namespace vexel {
+
+struct __attribute__((visibility("default"))) HostErrorToken {};
+struct __attribute__((visibility("default"))) InterruptToken {};
+
+// Raise a host error: message with %1, %2, ... standing for the printed arguments.
+[[noreturn]] void raise(State& state, std::string_view message);
+[[noreturn]] void raise(State& state, std::string_view message, ALGEB a);
+[[noreturn]] void raise(State& state, std::string_view message, ALGEB a, ALGEB b);
+[[noreturn]] void raise(State& state, std::string_view message, std::span<const ALGEB> args);
+[[noreturn]] void raiseNoMemory(State& state);
+
+// Sets the flag that lookAtInterrupt looks at; safe in a signal handler.
+void requestInterrupt() noexcept;
+void clearInterrupt() noexcept;
+extern volatile int interruptRequested;
+[[noreturn]] void throwInterrupt();
+
+// Every loop that may run long looks here: an interrupt asked for leaves as InterruptToken.
+inline void lookAtInterrupt() {
+  if (interruptRequested != 0) [[unlikely]] {
+    throwInterrupt();
+  }
+}
+
+// How arguments print within a message: whole, up to what is no message any more (one nested
+// beyond printing, perhaps within itself, is shortened all the same), or shortened for a reader.
+inline constexpr TextOptions kWholeArguments{.maxLength = std::size_t{1} << 24};
+inline constexpr TextOptions kShortArguments{
+    .maxElements = 100, .maxLength = 2000, .raiseTooDeep = false};
+
+// Message with %1, %2, ... replaced by the printed form of the arguments; raises nothing but
+// memory exhaustion.
+std::string fillMessage(State& state, std::string_view message, std::span<const ALGEB> args,
+                        const TextOptions& options);
+
+// The pending error's text, its arguments shortened; valid in a handler of HostErrorToken.
+std::string pendingErrorText(State& state);
+
+// The lowest address that the calling thread's stack may reach; the highest there is before the
+// thread has asked.  One word of the static TLS block, so that reading it costs no call.
+extern constinit thread_local std::uintptr_t stackLimit __attribute__((tls_model("initial-exec")));
+void checkStackSlowly(State& state);
+
+// Guards against running out of machine stack: raises "too many levels of recursion" when less
+// than a safe reserve is left.  Every recursive walk calls it.
+inline void checkStack(State& state) {
+  if (reinterpret_cast<std::uintptr_t>(__builtin_frame_address(0)) < stackLimit) [[unlikely]] {
+    checkStackSlowly(state);
+  }
+}
+
+}  // namespace vexel

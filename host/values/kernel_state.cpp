@@ -1,0 +1,46 @@
+// Making a kernel's state and telling the collector what it holds.
+
+#include "values/kernel_state.hpp"
+
+#include <limits>
+
+#include "values/numbers.hpp"
+#include "values/objects.hpp"
+
+_VKernelVectorDesc::_VKernelVectorDesc() : heap(*this) {
+  using vexel::Tag;
+  null = heap.allocate(Tag::sequence, 1);
+  trueValue = heap.allocate(Tag::boolean, 2);
+  vexel::words(trueValue)[1] = 1;
+  falseValue = heap.allocate(Tag::boolean, 2);
+  undefined = interned.real(*this, std::numeric_limits<double>::quiet_NaN());
+  infinity = interned.real(*this, std::numeric_limits<double>::infinity());
+  minusInfinity = interned.real(*this, -std::numeric_limits<double>::infinity());
+  digitsName = interned.name(*this, "Digits");
+  vexel::setNameValue(digitsName, vexel::immediate(15));
+  piName = interned.name(*this, "Pi");
+}
+
+_VKernelVectorDesc::~_VKernelVectorDesc() = default;
+
+void _VKernelVectorDesc::markRoots(vexel::Marker& marker) {
+  for (ALGEB x :
+       {null, trueValue, falseValue, undefined, infinity, minusInfinity, digitsName, piName}) {
+    marker.mark(x);
+  }
+  for (const vexel::PendingError* e : {&error, &lastError}) {
+    for (ALGEB x : e->arguments) {
+      marker.mark(x);
+    }
+  }
+}
+
+int _VKernelVectorDesc::digits() const {
+  constexpr int kDefault = 15;
+  ALGEB value = vexel::nameValue(digitsName);
+  if (value == nullptr || !vexel::isImmediate(value)) {
+    return kDefault;
+  }
+  const std::int64_t n = vexel::immediateValue(value);
+  return n < 1 ? kDefault : n > vexel::kMaxDigits ? vexel::kMaxDigits : static_cast<int>(n);
+}

@@ -1,0 +1,77 @@
+// Everything one kernel knows: the record behind a kernel vector.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include "memory/handle.hpp"
+#include "memory/heap.hpp"
+#include "memory/interning.hpp"
+#include "values/random_stream.hpp"
+
+namespace vexel {
+
+// A place in a text that is run; line 0 when it is unknown.
+struct TextPlace {
+  std::shared_ptr<const std::string> text;  // the text's name: a file
+  int line = 0;
+  int column = 0;
+};
+
+// The host error that is being raised or was caught last.
+struct PendingError {
+  std::string message;           // with %1, %2 unfilled
+  std::vector<ALGEB> arguments;  // roots
+  int line = 0;                  // of the statement in the running text, 0 when unknown; the
+  int column = 0;                // language fills them
+  TextPlace raised;              // of the innermost statement or call, in whatever text
+  bool inProcedure = false;      // it left a procedure of the language
+};
+
+// Whatever the language keeps per kernel; it derives from this.
+struct LanguageState {
+  virtual ~LanguageState() = default;
+  virtual TextPlace where() const { return {}; }  // what is being run
+};
+
+}  // namespace vexel
+
+struct _VKernelVectorDesc {
+  _VKernelVectorDesc();
+  ~_VKernelVectorDesc();
+  _VKernelVectorDesc(const _VKernelVectorDesc&) = delete;
+  _VKernelVectorDesc& operator=(const _VKernelVectorDesc&) = delete;
+
+  vexel::Heap heap;
+  vexel::InternTables interned;
+  vexel::RandomStream random;
+  vexel::PendingError error;
+  vexel::PendingError lastError;  // what last_error() tells
+  std::unique_ptr<vexel::LanguageState> language;
+
+  // Objects that exist once.
+  ALGEB null = nullptr;  // the empty sequence
+  ALGEB trueValue = nullptr;
+  ALGEB falseValue = nullptr;
+  ALGEB undefined = nullptr;  // the one NaN
+  ALGEB infinity = nullptr;
+  ALGEB minusInfinity = nullptr;
+  ALGEB digitsName = nullptr;
+  ALGEB piName = nullptr;
+
+  // Information channels.
+  std::unordered_map<std::string, int> infoLevels;
+  std::function<void(int, const std::string&, const std::string&)> userInfo;
+
+  // Where print and the like write; standard output unless replaced.
+  std::function<void(std::string_view)> output;
+
+  void markRoots(vexel::Marker& marker);
+
+  // The value of "Digits", at least 1.
+  int digits() const;
+};

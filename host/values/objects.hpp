@@ -1,0 +1,145 @@
+// Constructors and accessors of every kind of object except numbers (numbers.hpp) and arrays
+// (arrays.hpp).  Constructors may collect; accessors never do.
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <span>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <utility>
+#include <vector>
+
+#include "memory/handle.hpp"
+#include "memory/heap.hpp"
+#include "values/kernel_state.hpp"
+
+namespace vexel {
+
+// --- booleans, strings, names ---
+inline ALGEB boolean(State& state, bool b) { return b ? state.trueValue : state.falseValue; }
+inline bool isBoolean(State& state, ALGEB x) {
+  return x == state.trueValue || x == state.falseValue;
+}
+inline ALGEB string(State& state, std::string_view text) {
+  return state.interned.string(state, text);
+}
+inline ALGEB name(State& state, std::string_view text) { return state.interned.name(state, text); }
+
+// The bytes of a string or a name; valid while it lives.
+std::string_view text(ALGEB stringOrName);
+
+// A name's value, null when it has none; and the function known under it, null for none.
+inline ALGEB nameValue(ALGEB n) { return operand(n, 1); }
+inline std::uint64_t namesGivenValues = 0;  // how often a name without a value got one
+inline void setNameValue(ALGEB n, ALGEB value) {
+  namesGivenValues += nameValue(n) == nullptr ? 1U : 0U;
+  setOperand(n, 1, value);
+}
+inline ALGEB nameFunction(ALGEB n) { return operand(n, 2); }
+inline void setNameFunction(ALGEB n, ALGEB function) { setOperand(n, 2, function); }
+
+// --- lists and sequences: elements from 1 ---
+inline bool isList(ALGEB x) { return is(x, Tag::list); }
+inline bool isSequence(ALGEB x) { return is(x, Tag::sequence); }
+inline bool isNull(ALGEB x) { return x == nullptr || (is(x, Tag::sequence) && length(x) == 1); }
+ALGEB newList(State& state, std::size_t n);  // unset elements
+ALGEB newList(State& state, std::span<const ALGEB> elements);
+ALGEB newSequence(State& state, std::size_t n);  // a sequence object of n unset elements; 0: NULL
+// What n values stand for as an expression: NULL, the value itself, or a sequence.  Not flattened.
+ALGEB sequenceOf(State& state, std::span<const ALGEB> elements);
+// Elements of a list or sequence; 0 for NULL, 1 for any other object.
+inline std::size_t countOf(ALGEB x) {
+  return x == nullptr ? 0 : isSequence(x) || isList(x) ? length(x) - 1U : 1U;
+}
+// Element i from 1 of a list or sequence; unset ones read as NULL.  i must be in range.
+inline ALGEB element(State& state, ALGEB x, std::size_t i) {
+  ALGEB e = operand(x, i);
+  return e == nullptr ? state.null : e;
+}
+
+// --- argument sequences (what a function is called with) ---
+// 0: NULL; 1: the argument itself; else a sequence.
+inline ALGEB argumentsFrom(State& state, std::span<const ALGEB> args) {
+  return sequenceOf(state, args);
+}
+// The arguments in an argument sequence: elements of a sequence, else the object itself.
+inline std::size_t argumentCount(ALGEB args) { return isSequence(args) ? length(args) - 1U : 1U; }
+// NULL, the sequence without elements, is also the one argument of a call f(NULL).
+inline ALGEB argument(State& state, ALGEB args, std::size_t i) {
+  return isSequence(args) && length(args) > 1 ? element(state, args, i) : args;
+}
+
+// --- relations and ranges: operands are words 1 and 2 ---
+ALGEB newPair(State& state, Tag t, ALGEB left, ALGEB right);  // range, equation, less, ...
+inline bool isRange(ALGEB x) { return is(x, Tag::range); }
+inline bool isEquation(ALGEB x) { return is(x, Tag::equation); }
+inline bool isRelation(ALGEB x) {
+  return is(x, Tag::equation) || is(x, Tag::less) || is(x, Tag::lessEqual) || is(x, Tag::unequal);
+}
+
+// --- symbolic expressions: interned, operands as given (no simplification here) ---
+ALGEB newExpression(State& state, Tag t, std::span<const ALGEB> operands);  // sum, product
+ALGEB newPower(State& state, ALGEB base, ALGEB exponent);
+ALGEB newApplication(State& state, ALGEB function, std::span<const ALGEB> args);
+inline bool isExpression(ALGEB x) {
+  return is(x, Tag::sum) || is(x, Tag::product) || is(x, Tag::power) || is(x, Tag::application);
+}
+inline std::size_t operandCount(ALGEB x) { return length(x) - 1U; }
+
+// --- objects of C++ ---
+// Takes over f; extraBytes is what it holds in the ordinary heap, for the collector's pace.
+ALGEB newForeign(State& state, Tag t, std::unique_ptr<Foreign> f, std::size_t extraBytes = 0);
+inline Foreign* foreign(ALGEB x) { return reinterpret_cast<Foreign*>(words(x)[1]); }
+
+// --- tables ---
+class Table : public Foreign {
+ public:
+  ALGEB find(ALGEB key) const;  // null when missing
+  void assign(ALGEB key, ALGEB value);
+  void erase(ALGEB key);
+  std::size_t size() const { return index_.size(); }
+  // In order of first assignment.
+  std::vector<std::pair<ALGEB, ALGEB>> entries() const;
+  void mark(Marker& marker) override;
+
+ private:
+  std::vector<std::pair<ALGEB, ALGEB>> entries_;  // null key: erased
+  std::unordered_map<ALGEB, std::size_t> index_;
+};
+ALGEB newTable(State& state);
+inline Table& table(ALGEB x) { return static_cast<Table&>(*foreign(x)); }
+
+// --- functions ---
+// A built-in function, an entry point of a library, or a function of the embedding program.
+struct MachineFunction : Foreign {
+  using Entry = ALGEB (*)(VKernelVector, ALGEB);
+  std::string name;
+  Entry entry = nullptr;                                              // either this
+  std::function<ALGEB(State&, ALGEB args)> call;                      // or this
+  std::function<double(State&, int n, const double* args)> hardware;  // args from 1; may be empty
+  void print(State& state, std::string& out) const override;
+};
+ALGEB newFunction(State& state, std::unique_ptr<MachineFunction> f);
+// Makes a function known under its name, for calls and for EvalVexelProcedure.
+void defineFunction(State& state, std::string_view functionName,
+                    std::function<ALGEB(State&, ALGEB args)> call,
+                    std::function<double(State&, int, const double*)> hardware = {});
+inline MachineFunction& machineFunction(ALGEB x) {
+  return static_cast<MachineFunction&>(*foreign(x));
+}
+inline bool isProcedure(ALGEB x) { return is(x, Tag::procedure) || is(x, Tag::function); }
+
+// Calls whatever can be called: a machine function, a procedure of the language, or a name by its
+// value or by the function known under it; an unassigned name gives a symbolic application.
+// Standard exceptions that leave a machine function become host errors.
+ALGEB apply(State& state, ALGEB function, ALGEB args);
+ALGEB apply(State& state, ALGEB function, std::span<const ALGEB> args);
+// The same in hardware floating point, on args[1] ... args[n].
+double applyHardware(State& state, ALGEB function, int n, const double* args);
+
+// --- pointers ---
+ALGEB newPointer(State& state, void* address, V_INT type);
+
+}  // namespace vexel
