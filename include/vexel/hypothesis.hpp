@@ -1,0 +1,65 @@
+// Hypothesis tests: a statistic and the probability of one at least as far out.
+//
+//   auto [statistic, pvalue] = vexel::t_test(x, y);
+//   double p = vexel::ks_test(x, vexel::Normal({.mean = 0, .sd = 1})).pvalue;
+//
+// Nothing to test (too few values, no spread) gives NaN.
+#pragma once
+
+#include <concepts>
+#include <type_traits>
+#include <vexel/data.hpp>
+#include <vexel/export.hpp>
+
+namespace vexel {
+
+struct TestResult {
+  double statistic;
+  double pvalue;
+};
+
+struct TestOptions {
+  Missing missing = Missing::propagate;
+};
+
+// Shapiro-Wilk W of 3 to 5000 values (Royston 1995, algorithm R94).
+VEXEL_API TestResult shapiro(Data x, const TestOptions& options = {});
+
+// Kolmogorov-Smirnov: the largest distance between the empirical and a given distribution function,
+// two-sided.  The distribution is any object with cdf(double), or a function.
+VEXEL_API TestResult ks_test(Data x, double (*cdf)(const void* law, double t), const void* law,
+                             const TestOptions& options = {});
+template <typename Law>
+requires requires(const Law& law, double t) {
+  { law.cdf(t) } -> std::convertible_to<double>;
+}
+TestResult ks_test(Data x, const Law& law, const TestOptions& options = {}) {
+  return ks_test(
+      x, [](const void* d, double t) -> double { return static_cast<const Law*>(d)->cdf(t); }, &law,
+      options);
+}
+template <typename Function>
+requires std::is_invocable_r_v<double, const Function&, double> TestResult
+ks_test(Data x, const Function& cdf, const TestOptions& options = {}) {
+  return ks_test(
+      x, [](const void* f, double t) -> double { return (*static_cast<const Function*>(f))(t); },
+      &cdf, options);
+}
+
+struct ChiSquareTestOptions {
+  double ddof = 0;  // parameters estimated from the data; degrees of freedom are cells - 1 - ddof
+  Missing missing = Missing::propagate;
+};
+// Pearson's statistic of counts; without expected ones all cells are equally likely.
+VEXEL_API TestResult chi_square_test(Data observed, Data expected = {},
+                                     const ChiSquareTestOptions& options = {});
+
+struct TTestOptions {
+  bool equal_var = false;  // two samples: false is Welch's test
+  Missing missing = Missing::propagate;
+};
+// Student's t, two-sided: of one sample against a mean, of two against each other.
+VEXEL_API TestResult t_test(Data x, double mean = 0, const TTestOptions& options = {});
+VEXEL_API TestResult t_test(Data x, Data y, const TTestOptions& options = {});
+
+}  // namespace vexel
