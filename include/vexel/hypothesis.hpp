@@ -30,20 +30,23 @@ VEXEL_API TestResult shapiro(Data x, const TestOptions& options = {});
 VEXEL_API TestResult ks_test(Data x, double (*cdf)(const void* law, double t), const void* law,
                              const TestOptions& options = {});
 template <typename Law>
-requires requires(const Law& law, double t) {
+concept HasCdf = requires(const Law& law, double t) {
   { law.cdf(t) } -> std::convertible_to<double>;
-}
+};
+template <HasCdf Law>
 TestResult ks_test(Data x, const Law& law, const TestOptions& options = {}) {
-  return ks_test(
-      x, [](const void* d, double t) -> double { return static_cast<const Law*>(d)->cdf(t); }, &law,
-      options);
+  const auto cdf = [](const void* d, double t) -> double {
+    return static_cast<const Law*>(d)->cdf(t);
+  };
+  return ks_test(x, cdf, &law, options);
 }
 template <typename Function>
-requires std::is_invocable_r_v<double, const Function&, double> TestResult
-ks_test(Data x, const Function& cdf, const TestOptions& options = {}) {
-  return ks_test(
-      x, [](const void* f, double t) -> double { return (*static_cast<const Function*>(f))(t); },
-      &cdf, options);
+requires(!HasCdf<Function> && std::is_invocable_r_v<double, const Function&, double>) TestResult
+    ks_test(Data x, const Function& function, const TestOptions& options = {}) {
+  const auto cdf = [](const void* f, double t) -> double {
+    return (*static_cast<const Function*>(f))(t);
+  };
+  return ks_test(x, cdf, &function, options);
 }
 
 struct ChiSquareTestOptions {
