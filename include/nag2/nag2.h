@@ -28,8 +28,7 @@
 extern "C" {
 #endif
 
-/* ---- failure record ---------------------------------------------------------------------------
- */
+/* ---- failure record ---- */
 
 #define NAG2_MESSAGE_LENGTH 512 /* characters, the terminating zero included */
 
@@ -67,8 +66,7 @@ typedef enum Nag_TailProbability {
   Nag_TwoTailConfid = 1332  /* P(|X| <= |x|), symmetric distributions */
 } Nag_TailProbability;
 
-/* ---- continuous distributions ------------------------------------------------------------------
- */
+/* ---- continuous distributions ---- */
 
 /*
  * Probabilities return P in [0, 1]; quantiles return the x at which the lower tail is p, 0 <= p <=
@@ -103,8 +101,7 @@ double nag2_gamma_quantile(double p, double shape, double scale, double toleranc
 double nag2_beta_probability(double x, double a, double b, double tolerance, NagError *fail);
 double nag2_beta_quantile(double p, double a, double b, double tolerance, NagError *fail);
 
-/* ---- non-central distributions, lower tails ----------------------------------------------------
- */
+/* ---- non-central distributions, lower tails ---- */
 
 /*
  * tolerance >= 0 is the relative size of what may be left out of the sum (values below machine
@@ -124,8 +121,7 @@ double nag2_noncentral_f_probability(double x, double nu1, double nu2, double de
 double nag2_noncentral_beta_probability(double x, double a, double b, double delta,
                                         double tolerance, int max_iter, NagError *fail);
 
-/* ---- discrete distributions --------------------------------------------------------------------
- */
+/* ---- discrete distributions ---- */
 
 /*
  * Each writes *le = P(X <= k), *gt = P(X > k), *eq = P(X = k).  k below the support gives 0, 1, 0
@@ -141,8 +137,7 @@ void nag2_binomial(int64_t n, double p, int64_t k, double *le, double *gt, doubl
 void nag2_hypergeometric(int64_t n, int64_t l, int64_t m, int64_t k, double *le, double *gt,
                          double *eq, NagError *fail);
 
-/* ---- sorting and ranking -----------------------------------------------------------------------
- */
+/* ---- sorting and ranking ---- */
 
 /* Sorts x[0..n-1] in place; NaNs go last in ascending order, first in descending order.  Without
  * memory for it x is left in no particular state. */
@@ -178,8 +173,7 @@ void nag2_rank_typed(const void *data, size_t n, int kind, int order, uint32_t *
  * order, and so do NaNs). */
 void nag2_sort_typed(const void *data, size_t n, int kind, int order, void *out, NagError *fail);
 
-/* ---- summaries ---------------------------------------------------------------------------------
- */
+/* ---- summaries ---- */
 
 /* Minimum, lower hinge, median, upper hinge, maximum of x[0..n-1] into out[0..4]; hinges are the
  * medians of the lower and upper halves, the median counted in both when n is odd. */
@@ -196,8 +190,7 @@ void q15220(int n, const double *x, const double *w, int *n_valid, double *mean,
             double *skewness, double *kurtosis, double *minimum, double *maximum,
             double *total_weight, NagError *fail);
 
-/* ---- Fourier transforms: *ifail is set to 0 or a nonzero code
- * ------------------------------------ */
+/* ---- Fourier transforms: *ifail is set to 0 or a nonzero code ---- */
 
 /*
  * Real discrete Fourier transform of x[0..*m-1] in place, scaled by 1/sqrt(*m):
@@ -213,8 +206,7 @@ void q33150(double *x, const int *m, int *ifail);
  * with the same scaling, so that q64883, q33150, q42899 together are the identity. */
 void q42899(double *x, const int *m, double *work, int *ifail);
 
-/* ---- Shapiro-Wilk ------------------------------------------------------------------------------
- */
+/* ---- Shapiro-Wilk ---- */
 
 /*
  * W and its significance level for x[0..n-1] in ascending order, 3 <= n <= 5000 (Royston 1995,

@@ -35,7 +35,7 @@ extern "C" {
 #define VEXELC_NORETURN _Noreturn
 #endif
 
-/* ---- types ---------------------------------------------------------------------------------- */
+/* ---- types ---- */
 
 /* Handle of a host object. */
 typedef struct VexelObject *ALGEB;
@@ -105,7 +105,7 @@ typedef union {
   float float32;
 } RTableData;
 
-/* ---- arguments and sequences ----------------------------------------------------------------- */
+/* ---- arguments and sequences ---- */
 
 /*
  * The number of elements of a sequence or a list; 0 for NULL (the empty sequence); 1 for any other
@@ -132,8 +132,7 @@ void VexelExpseqAssign(VKernelVector kv, ALGEB seq, V_INT i, ALGEB value);
 /* A sequence of the n objects that follow (each an ALGEB): n = 0 gives NULL, n = 1 the object. */
 ALGEB ToVexelExpressionSequence(VKernelVector kv, V_INT n, ...);
 
-/* ---- type tests: raise nothing, do not collect -------------------------------------------------
- */
+/* ---- type tests: raise nothing, do not collect ---- */
 
 V_BOOL IsVexelNumeric(VKernelVector kv, ALGEB x); /* integer, rational or float, undefined and
                                                      infinities included; complex is not numeric */
@@ -148,8 +147,7 @@ V_BOOL IsVexelInteger8(VKernelVector kv, ALGEB x);  /* an integer that fits 8 si
 V_BOOL IsVexelUnnamedZero(VKernelVector kv, ALGEB x);  /* the integer 0 or a float zero */
 V_BOOL IsVexelAssignedName(VKernelVector kv, ALGEB x); /* a name that has a value */
 
-/* ---- conversions from host objects --------------------------------------------------------------
- */
+/* ---- conversions from host objects ---- */
 
 /*
  * The nearest double of a number: ties to even; a float beyond the double range gives an infinity,
@@ -164,8 +162,7 @@ V_INT VexelToV_INT(VKernelVector kv, ALGEB x);
 /* true and false give 1 and 0, an integer that fits 32 bits its value.  Raises for the rest. */
 V_BOOL VexelToV_BOOL(VKernelVector kv, ALGEB x);
 
-/* ---- conversions to host objects: equal numbers, names and strings have equal handles
- * ------------- */
+/* ---- conversions to host objects: equal numbers, names and strings have equal handles ---- */
 
 ALGEB ToVexelFloat(VKernelVector kv, double d); /* all 53 bits; a NaN gives the one undefined */
 ALGEB ToVexelInteger(VKernelVector kv, V_INT i);
@@ -181,8 +178,7 @@ ALGEB ToVexelName(VKernelVector kv, const char *text, V_BOOL is_global);
 /* A relation lhs op rhs; op is "=", "<", "<=", "<>".  Raises for another op. */
 ALGEB ToVexelRelation(VKernelVector kv, const char *op, ALGEB lhs, ALGEB rhs);
 
-/* ---- arrays
- * -------------------------------------------------------------------------------------- */
+/* ---- arrays ---- */
 
 /* Fills *s with the host's defaults: host objects, rectangular, column-major, no dimensions. */
 void RTableGetDefaults(VKernelVector kv, RTableSettings *s);
@@ -225,8 +221,7 @@ RTableData RTableSelect(VKernelVector kv, ALGEB x, const V_INT *index);
 /* Sets that element.  Raises out of bounds and for a read-only array. */
 void RTableAssign(VKernelVector kv, ALGEB x, const V_INT *index, RTableData value);
 
-/* ---- lists, tables, objects
- * ---------------------------------------------------------------------- */
+/* ---- lists, tables, objects ---- */
 
 /* A list of n elements, unset (NULL) until assigned.  n < 0 raises. */
 ALGEB VexelListAlloc(VKernelVector kv, V_INT n);
@@ -248,8 +243,7 @@ ALGEB VexelNew(VKernelVector kv, V_INT type_id, V_INT length);
 /* The sum of two numbers, exact if both are exact.  Raises for anything else. */
 ALGEB VexelNumericAdd(VKernelVector kv, ALGEB a, ALGEB b);
 
-/* ---- evaluation: may raise whatever is evaluated raises, and an interrupt
- * ---------------------------- */
+/* ---- evaluation: may raise whatever is evaluated raises, and an interrupt ---- */
 
 /* x evaluated: a name gives its value (itself when it has none). */
 ALGEB VexelEval(VKernelVector kv, ALGEB x);
@@ -292,8 +286,7 @@ ALGEB VexelAssign(VKernelVector kv, ALGEB name, ALGEB value);
  */
 void *VexelTrapError(VKernelVector kv, void *(*fn)(void *data), void *data, V_BOOL *failed);
 
-/* ---- errors and output
- * ------------------------------------------------------------------------------- */
+/* ---- errors and output ---- */
 
 /*
  * Raise a host error whose text is message with %1 and %2 replaced by the printed form of the
@@ -307,8 +300,7 @@ VEXELC_NORETURN void VexelRaiseError2(VKernelVector kv, const char *message, ALG
 /* Shows text to the user when the channel's level is at least level.  Raises nothing. */
 void VexelUserInfo(VKernelVector kv, int level, const char *channel, const char *text);
 
-/* ---- memory and collection
- * --------------------------------------------------------------------------- */
+/* ---- memory and collection ---- */
 
 /*
  * size bytes, aligned for any type and cleared, scanned by the collector and freed by it when no
@@ -336,8 +328,7 @@ V_INT VexelPointerType(VKernelVector kv, ALGEB x); /* raises when x is no pointe
 void VexelPointerSetMarkFunction(VKernelVector kv, ALGEB x, void (*mark)(ALGEB x));
 void VexelPointerSetDisposeFunction(VKernelVector kv, ALGEB x, void (*dispose)(ALGEB x));
 
-/* ---- random numbers: one draw of the host's stream each; may raise an interrupt
- * ------------------------ */
+/* ---- random numbers: one draw of the host's stream each; may raise an interrupt ---- */
 
 int32_t VexelRandomInt32(VKernelVector kv);   /* uniform over all 32-bit integers */
 double VexelRandomDouble01(VKernelVector kv); /* uniform in the unit interval */

@@ -1,6 +1,6 @@
-// Probabilities and quantiles against the high-precision values of tests/data/accuracy.txt:
-// relative errors within 1e-14 max(1, k) and 1e-14 max(1, 1/k), k the condition number of the
-// point.
+// Probabilities and quantiles against the high-precision values of
+// tests/reference/data/accuracy.txt: relative errors within 1e-14 max(1, k) and 1e-14 max(1, 1/k),
+// k the condition number of the point.
 
 #include <gtest/gtest.h>
 #include <nag2/nag2.h>

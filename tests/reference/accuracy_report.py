@@ -1,4 +1,4 @@
-"""Errors of libnag2's probabilities and quantiles at the points of tests/data/accuracy.txt, beside R,
+"""Errors of libnag2's probabilities and quantiles at the points of tests/reference/data/accuracy.txt, beside R,
 SciPy and Boost where they are installed; --markdown writes the page docs/accuracy.md.  With the
 command, also the quantiles that the statistics library finds by searches on these probabilities.
 

@@ -1,4 +1,4 @@
-"""Reference values for the accuracy tests: writes tests/data/accuracy.txt.
+"""Reference values for the accuracy tests: writes tests/reference/data/accuracy.txt.
 
 Each line: distribution, tail (L or U), parameters, x, the tail probability as high + low part (two
 doubles, together good to 30 digits), the density or point probability at x.

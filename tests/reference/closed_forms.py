@@ -1,4 +1,4 @@
-"""Writes tests/data/closed_forms.txt: references of the distributions with closed formulas.
+"""Writes tests/reference/data/closed_forms.txt: references of the distributions with closed formulas.
 
 Each line: entry point, arguments (hexadecimal, so exactly the doubles meant), value to 25 digits,
 condition number of the value in its first argument.  mpmath at 60 digits.
@@ -82,7 +82,7 @@ def line(out, name, args, f):
                                  mp.nstr(kappa, 3)))
 
 
-with open("tests/data/closed_forms.txt", "w", encoding="ascii") as out:
+with open("tests/reference/data/closed_forms.txt", "w", encoding="ascii") as out:
     out.write("# written by tests/reference/closed_forms.py\n")
     for name, (sets, probability, quantile, points) in FAMILIES.items():
         for params in sets:

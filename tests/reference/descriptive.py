@@ -1,11 +1,11 @@
 #!/usr/bin/env python3
-"""Writes tests/data/descriptive.txt: statistics of small samples, exact where they are rational.
+"""Writes tests/reference/data/descriptive.txt: statistics of small samples, exact where they are rational.
 
 Every line is a call in the host's language, a tab, and the expected numbers.  Samples are dyadic
 fractions, so that the doubles hold them exactly; results are computed as fractions (roots, logarithms
 and powers with mpmath at 50 digits) from the definitions, on sorted copies, and rounded once.
 
-    python3 tests/reference/descriptive.py > tests/data/descriptive.txt
+    python3 tests/reference/descriptive.py > tests/reference/data/descriptive.txt
 """
 
 import random

@@ -1,5 +1,5 @@
 #!/usr/bin/env Rscript
-# Values of R's own functions on R's own data sets: Rscript tests/reference/r_values.R > tests/data/r_values.txt
+# Values of R's own functions on R's own data sets: Rscript tests/reference/r_values.R > tests/reference/data/r_values.txt
 #
 # The values kept are R 4.2.2's.
 # A line is a statement of the language, or a call, a tab and the numbers that it gives.  "# relative" and

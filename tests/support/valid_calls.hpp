@@ -1,4 +1,4 @@
-// The calls of tests/data/valid_calls.txt: at least one of every exported entry point.
+// The calls of tests/reference/data/valid_calls.txt: at least one of every exported entry point.
 #pragma once
 
 #include <fstream>

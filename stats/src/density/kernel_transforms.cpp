@@ -5,7 +5,7 @@
 // 3 j1(x)/x and 15 j2(x)/x^2.  Near 0 the closed forms of the last two are small differences of
 // large terms, so their power series stand in there (M. Abramowitz and I. Stegun, 1964, 10.1.2).
 
-#include "nag/kernel_transforms.hpp"
+#include "density/kernel_transforms.hpp"
 
 #include <cmath>
 #include <cstddef>

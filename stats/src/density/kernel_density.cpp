@@ -7,13 +7,13 @@
 
 #include <cstdint>
 
+#include "density/discretize.hpp"
+#include "density/kernel_transforms.hpp"
 #include "kernel/conversions.hpp"
 #include "kernel/data_sample.hpp"
 #include "kernel/entry_frame.hpp"
 #include "kernel/host_arrays.hpp"
 #include "kernel/interrupt.hpp"
-#include "nag/discretize.hpp"
-#include "nag/kernel_transforms.hpp"
 
 namespace {
 

@@ -1,4 +1,4 @@
-// The fixture of the tests of the host's core: a kernel without a library, and its state.
+// The fixture of the tests of the values: a kernel without a library, and its state.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -12,8 +12,8 @@
 
 namespace vexel {
 
-struct CoreTest : testing::Test {
-  CoreTest() {
+struct StateTest : testing::Test {
+  StateTest() {
     if (std::getenv("VEXEL_STRESS") != nullptr) {
       kernel.stress(true);
     }

@@ -1,13 +1,14 @@
 // Arrays of the host: every element type, order, storage and lower bound.
 
+#include "values/arrays.hpp"
+
 #include <cmath>
 #include <cstring>
 #include <limits>
 #include <string>
 #include <vector>
 
-#include "core_test.hpp"
-#include "values/arrays.hpp"
+#include "state_test.hpp"
 #include "values/numbers.hpp"
 #include "values/objects.hpp"
 #include "values/text.hpp"
@@ -17,7 +18,7 @@ namespace {
 
 constexpr int kTypes = 9;
 
-class CoreArraysTest : public CoreTest {
+class CoreArraysTest : public StateTest {
  protected:
   static RTableSettings settings(int type, int storage = RTABLE_RECTANGULAR,
                                  int order = RTABLE_COLUMN_MAJOR, int dimensions = 1) {

@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
-#include "core_test.hpp"
 #include "embedding/kernel_impl.hpp"
+#include "state_test.hpp"
 #include "values/numbers.hpp"
 #include "values/objects.hpp"
 #include "values/text.hpp"
@@ -14,7 +14,7 @@
 namespace vexel {
 namespace {
 
-class CoreErrorsTest : public CoreTest {
+class CoreErrorsTest : public StateTest {
  public:
   // Runs f under VexelTrapError; whether it raised.
   bool trapped(const std::function<void()>& f) {

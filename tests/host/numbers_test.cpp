@@ -1,18 +1,19 @@
 // Numbers of the host: one object per value, exact and decimal arithmetic, conversion to doubles.
 
+#include "values/numbers.hpp"
+
 #include <limits>
 #include <string>
 
-#include "core_test.hpp"
+#include "state_test.hpp"
 #include "values/evaluation.hpp"
-#include "values/numbers.hpp"
 #include "values/objects.hpp"
 #include "values/text.hpp"
 
 namespace vexel {
 namespace {
 
-class CoreNumbersTest : public CoreTest {
+class CoreNumbersTest : public StateTest {
  protected:
   // A number from "12", "-1/3", "1.5e400", "inf", "-inf", "nan", "2+3i".
   ALGEB number(std::string_view s) {

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Writes valid_calls.txt: at least one call that succeeds of every exported entry point.
+"""Writes tests/reference/data/valid_calls.txt: at least one call that succeeds of every exported entry point.
 
 The sweeps (failed allocations, raising callbacks, fuzzing) start from these calls.  A line that starts
 with '!' is preparation, run before each call; one that starts with '?' is of an entry point all of whose
@@ -164,7 +164,7 @@ VexelKernelBounds(N)
 VexelShapiroWilk(A, E, true)
 """
 
-with open("valid_calls.txt", "w", encoding="ascii") as out:
+with open("tests/reference/data/valid_calls.txt", "w", encoding="ascii") as out:
     for line in PREPARATION.strip().splitlines():
         out.write(f"! {line}:\n")
     for name, (parameters, x, p, operations) in sorted(DISTRIBUTIONS.items()):

@@ -1,7 +1,7 @@
 // Linear binning: M. C. Jones and H. W. Lotwick, 1984, A remark on algorithm AS 176, Applied
 // Statistics 33, 120-122.  One pass over the data, nothing allocated.
 
-#include "nag/discretize.hpp"
+#include "density/discretize.hpp"
 
 #include <cmath>
 #include <cstddef>

@@ -1,6 +1,6 @@
 // The Shapiro-Wilk test of normality, computed by the numerical library.
 
-#include "nag/shapiro_wilk.hpp"
+#include "density/shapiro_wilk.hpp"
 
 #include <nag2/nag2.h>
 #include <vexelc/vexelc.h>

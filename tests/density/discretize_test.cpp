@@ -1,7 +1,7 @@
 // Linear binning: its grid's ends, interrupts and messages.  Its values are compared with the
 // models.
 
-#include "nag/discretize.hpp"
+#include "density/discretize.hpp"
 
 #include <cmath>
 #include <string>

@@ -4,8 +4,8 @@
 #include <numeric>
 #include <vector>
 
+#include "density/kernel_transforms.hpp"
 #include "kernel_test.hpp"
-#include "nag/kernel_transforms.hpp"
 
 namespace {
 
