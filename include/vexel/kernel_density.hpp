@@ -11,7 +11,7 @@
 #include <vector>
 #include <vexel/data.hpp>
 #include <vexel/export.hpp>
-#include <vexel/ordering.hpp>
+#include <vexel/interval.hpp>
 
 namespace vexel {
 
@@ -48,7 +48,7 @@ struct KdeOptions {
   Bandwidth bandwidth = BandwidthRule::silverman;
   DensityKernel kernel = DensityKernel::gaussian;
   std::size_t points = 512;
-  std::optional<Bounds> bounds = {};  // left out: three bandwidths beyond the data
+  std::optional<Interval> bounds = {};  // left out: three bandwidths beyond the data
   Missing missing = Missing::propagate;
 };
 

@@ -19,6 +19,7 @@
 #include <vector>
 #include <vexel/data.hpp>
 #include <vexel/export.hpp>
+#include <vexel/interval.hpp>
 
 namespace vexel {
 
@@ -31,11 +32,6 @@ concept Numbers = requires(const R& x) {
 };
 template <Numbers R>
 using ElementOf = std::remove_cvref_t<decltype(*std::data(std::declval<const R&>()))>;
-
-struct Bounds {
-  double lower;
-  double upper;
-};
 
 // ---- sorting and ranks
 
@@ -130,7 +126,7 @@ class Bins {
 
 struct HistogramOptions {
   Data weights = {};
-  std::optional<Bounds> range = {};      // of equal bins; the data's extremes where it is left out
+  std::optional<Interval> range = {};    // of equal bins; the data's extremes where it is left out
   bool density = false;                  // counts / (total in the bins * width)
   Missing missing = Missing::propagate;  // propagate and omit: left out and counted
 };
