@@ -1,0 +1,316 @@
+#include "calls.hpp"
+
+#include <algorithm>
+#include <chrono>
+#include <cstring>
+#include <limits>
+#include <vector>
+
+namespace vexel::python {
+
+namespace {
+
+constexpr std::size_t lockedElements = 10000;
+constexpr auto patience = std::chrono::milliseconds(50);
+
+// Looks at Python's signals and tells the progress; what they raise leaves the library's function.
+bool ask(PyObject* progress, double done) {
+  const py::gil_scoped_acquire lock;
+  if (PyErr_CheckSignals() != 0) {
+    throw py::error_already_set();
+  }
+  if (progress != nullptr) {
+    const py::handle tell(progress);
+    tell(py::float_(done));
+  }
+  return true;
+}
+
+}  // namespace
+
+Work::Work(std::size_t elements, py::handle progress) {
+  const bool reports = progress && !progress.is_none();
+  if (elements <= lockedElements && !reports) {
+    return;
+  }
+  watch_.emplace([progress = reports ? progress.ptr() : nullptr,
+                  last = std::chrono::steady_clock::now()](double done) mutable {
+    const auto now = std::chrono::steady_clock::now();
+    if (now - last < patience) {
+      return true;
+    }
+    last = now;
+    return ask(progress, done);
+  });
+  if (elements != keepLock) {
+    released_.emplace();
+  }
+}
+
+namespace {
+
+// One axis, counted from the front.
+int readAxis(py::handle axis, int dimensions) {
+  const long given =
+      PyLong_AsLong(py::reinterpret_steal<py::object>(PyNumber_Index(axis.ptr())).ptr());
+  if (PyErr_Occurred() != nullptr) {
+    throw py::error_already_set();
+  }
+  const long found = given < 0 ? given + dimensions : given;
+  if (found < 0 || found >= dimensions) {
+    throw py::value_error("axis: from " + std::to_string(-dimensions) + " to " +
+                          std::to_string(dimensions - 1) + " is allowed for an array of " +
+                          std::to_string(dimensions) + " dimensions, " + std::to_string(given) +
+                          " came");
+  }
+  return static_cast<int>(found);
+}
+
+// The lanes of an array along an axis, in C order of the other axes.
+class Lanes {
+ public:
+  Lanes(const Input& x, int axis) : x_(x), axis_(axis) {
+    for (int i = 0; i < x.dimensions(); ++i) {
+      if (i != axis) {
+        const auto n = x.shape()[static_cast<std::size_t>(i)];
+        rest_.push_back(n);
+        strides_.push_back(x.byteStride(i));
+        count_ *= static_cast<std::size_t>(n);
+      }
+    }
+  }
+
+  std::size_t count() const { return count_; }
+  std::span<const py::ssize_t> rest() const { return rest_; }
+  Data operator[](std::size_t lane) const { return x_.lane(axis_, offset(lane, strides_)); }
+
+  // Where the lane begins in an array of the same shape and these strides of the other axes.
+  std::ptrdiff_t offset(std::size_t lane, const std::vector<py::ssize_t>& strides) const {
+    std::ptrdiff_t at = 0;
+    for (std::size_t i = rest_.size(); i-- > 0;) {
+      const auto n = static_cast<std::size_t>(rest_[i]);
+      at += static_cast<std::ptrdiff_t>(lane % n) * strides[i];
+      lane /= n;
+    }
+    return at;
+  }
+
+ private:
+  const Input& x_;
+  int axis_;
+  std::vector<py::ssize_t> rest_;
+  std::vector<py::ssize_t> strides_;
+  std::size_t count_ = 1;
+};
+
+// The weights of a lane: their own lane, or the same vector for all.
+class WeightLanes {
+ public:
+  WeightLanes(Input& weights, const Input& x, int axis) {
+    if (!weights.given()) {
+      return;
+    }
+    const auto shape = x.shape();
+    const auto came = weights.shape();
+    if (std::equal(came.begin(), came.end(), shape.begin(), shape.end())) {
+      lanes_.emplace(weights, axis);
+    } else if (came.size() == 1 && came[0] == shape[static_cast<std::size_t>(axis)]) {
+      same_ = weights.vector();
+    } else {
+      throw py::value_error("weights: the shape " + shapeText(shape) + " or (" +
+                            std::to_string(shape[static_cast<std::size_t>(axis)]) +
+                            ",) is allowed, " + shapeText(came) + " came");
+    }
+  }
+  Data operator[](std::size_t lane) const { return lanes_ ? (*lanes_)[lane] : same_; }
+
+ private:
+  std::optional<Lanes> lanes_;
+  Data same_;
+};
+
+// All weights in the order of all elements.
+Data flatWeights(Input& weights, const Input& x) {
+  if (weights.given() && !std::ranges::equal(weights.shape(), x.shape())) {
+    throw py::value_error("weights: the shape of the data, " + shapeText(x.shape()) +
+                          ", is allowed, " + shapeText(weights.shape()) + " came");
+  }
+  return weights.flat();
+}
+
+std::vector<py::ssize_t> joined(std::span<const py::ssize_t> a, std::span<const py::ssize_t> b) {
+  std::vector<py::ssize_t> shape(a.begin(), a.end());
+  shape.insert(shape.end(), b.begin(), b.end());
+  return shape;
+}
+
+std::size_t product(std::span<const py::ssize_t> shape) {
+  std::size_t n = 1;
+  for (const auto s : shape) {
+    n *= static_cast<std::size_t>(s);
+  }
+  return n;
+}
+
+// Result j of lane i goes to element j * lanes + i of the C-ordered result.
+py::object finish(const std::vector<double>& byElement, std::span<const py::ssize_t> shape,
+                  py::handle out) {
+  if (shape.empty() && out.is_none()) {
+    return py::float_(byElement[0]);
+  }
+  py::array result = outputArray(out, shape);
+  if (const auto place = contiguousDoubles(result); !place.empty()) {
+    std::ranges::copy(byElement, place.begin());
+  } else if (!byElement.empty()) {
+    Doubles values = makeDoubles(shape);
+    std::ranges::copy(byElement, values.mutable_data());
+    result[py::ellipsis()] = values;
+  }
+  return result;
+}
+
+py::object reduceAll(Input& x, Input& weights, const ReduceArguments& a,
+                     std::span<const py::ssize_t> leading, const Reduction& reduction) {
+  const Data data = x.flat();
+  const Data w = flatWeights(weights, x);
+  if (leading.empty() && a.out.is_none() && !a.keepdims) {
+    double result = 0;
+    {
+      const Work work(data.size(), a.progress);
+      reduction(data, w, &result);
+    }
+    return py::float_(result);
+  }
+  std::vector<double> results(product(leading));
+  {
+    const Work work(data.size(), a.progress);
+    reduction(data, w, results.data());
+  }
+  const std::vector<py::ssize_t> ones(a.keepdims ? x.shape().size() : 0, 1);
+  return finish(results, joined(leading, ones), a.out);
+}
+
+}  // namespace
+
+py::object reduce(Input& x, Input& weights, const ReduceArguments& a,
+                  std::span<const py::ssize_t> leading, const Reduction& reduction) {
+  if (a.axis.is_none()) {
+    return reduceAll(x, weights, a, leading, reduction);
+  }
+  const int axis = readAxis(a.axis, x.dimensions());
+  const Lanes lanes(x, axis);
+  const WeightLanes weightLanes(weights, x, axis);
+  const std::size_t k = product(leading);
+  std::vector<double> results(k * lanes.count());
+  {
+    const Work work(x.size(), a.progress);
+    std::vector<double> one(k);
+    for (std::size_t i = 0; i < lanes.count(); ++i) {
+      reduction(lanes[i], weightLanes[i], one.data());
+      for (std::size_t j = 0; j < k; ++j) {
+        results[j * lanes.count() + i] = one[j];
+      }
+    }
+  }
+  auto shape = joined(leading, lanes.rest());
+  if (a.keepdims) {
+    shape.insert(shape.begin() + static_cast<std::ptrdiff_t>(leading.size()) + axis, 1);
+  }
+  return finish(results, shape, a.out);
+}
+
+namespace {
+
+// The mapping of all elements as one dimension.
+py::array mapAll(Input& x, Input& weights, const MapArguments& a, const Mapping& mapping) {
+  const Data data = x.flat();
+  const Data w = x.dimensions() <= 1 ? weights.vector() : flatWeights(weights, x);
+  const py::ssize_t shape[] = {static_cast<py::ssize_t>(data.size())};
+  py::array result = outputArray(a.out, shape, a.element);
+  const bool direct = (result.flags() & py::array::c_style) != 0;
+  py::array place = direct ? result : makeArray(a.element, shape);
+  std::size_t written = 0;
+  {
+    void* const to = place.mutable_data();
+    const Work work(data.size(), a.progress);
+    written = mapping(data, w, to);
+  }
+  if (!direct) {
+    result[py::ellipsis()] = place;
+  }
+  if (written < data.size()) {
+    return result[py::slice(0, static_cast<py::ssize_t>(written), 1)];
+  }
+  return result;
+}
+
+void fillMissing(char* lane, Element element, std::size_t from, std::size_t to) {
+  for (std::size_t i = from; i < to; ++i) {
+    if (element == Element::float64) {
+      reinterpret_cast<double*>(lane)[i] = std::numeric_limits<double>::quiet_NaN();
+    } else if (element == Element::float32) {
+      reinterpret_cast<float*>(lane)[i] = std::numeric_limits<float>::quiet_NaN();
+    }
+  }
+}
+
+}  // namespace
+
+py::array map(Input& x, Input& weights, const MapArguments& a, const Mapping& mapping) {
+  if (a.axis.is_none() || x.dimensions() == 1) {
+    if (!a.axis.is_none()) {
+      readAxis(a.axis, 1);
+    }
+    return mapAll(x, weights, a, mapping);
+  }
+  if (x.dimensions() == 0) {
+    throw py::value_error(std::string(x.name()) + ": an array is allowed, one number came");
+  }
+  const int along = readAxis(a.axis, x.dimensions());
+  const Lanes lanes(x, along);
+  const WeightLanes weightLanes(weights, x, along);
+  py::array result = outputArray(a.out, x.shape(), a.element);
+  std::vector<py::ssize_t> strides(result.strides(), result.strides() + result.ndim());
+  const std::ptrdiff_t step = strides[static_cast<std::size_t>(along)];
+  strides.erase(strides.begin() + along);
+  char* const first = static_cast<char*>(result.mutable_data());
+  const std::size_t width = elementSize(a.element);
+  const auto n = static_cast<std::size_t>(x.shape()[static_cast<std::size_t>(along)]);
+  std::vector<char> one(n * width);
+  const Work work(x.size(), a.progress);
+  for (std::size_t i = 0; i < lanes.count(); ++i) {
+    fillMissing(one.data(), a.element, mapping(lanes[i], weightLanes[i], one.data()), n);
+    char* to = first + lanes.offset(i, strides);
+    for (const char* from = one.data(); from < one.data() + one.size(); from += width) {
+      std::memcpy(to, from, width);
+      to += step;
+    }
+  }
+  return result;
+}
+
+py::object pointwise(Input& x, py::handle out, const Pointwise& f) {
+  if (x.isNumber() && out.is_none()) {
+    double result = 0;
+    f(x.flat(), {&result, 1});
+    return py::float_(result);
+  }
+  py::array result = outputArray(out, x.shape());
+  const Data data = x.flat();
+  const auto place = contiguousDoubles(result);
+  if (place.size() == data.size()) {
+    const Work work(data.size());
+    f(data, place);
+    return result;
+  }
+  Doubles values = makeDoubles(x.shape());
+  {
+    const std::span<double> span(values.mutable_data(), data.size());
+    const Work work(data.size());
+    f(data, span);
+  }
+  result[py::ellipsis()] = values;
+  return result;
+}
+
+}  // namespace vexel::python

@@ -1,0 +1,64 @@
+// How a function of the library is run for Python: without the interpreter lock where there is much
+// to do, answering Ctrl-C, and along an axis.
+#pragma once
+
+#include <pybind11/pybind11.h>
+
+#include <functional>
+#include <optional>
+#include <vexel/interruption.hpp>
+
+#include "arrays.hpp"
+
+namespace vexel::python {
+
+// While it lives: with more than 10^4 elements the lock is released, and every 50 ms Python's
+// signals are looked at and `progress` (a callable of one float, or None) is told the share done.
+class Work {
+ public:
+  explicit Work(std::size_t elements, py::handle progress = py::none());
+  // Work that calls back into Python keeps the lock, but answers Ctrl-C.
+  static constexpr std::size_t keepLock = static_cast<std::size_t>(-1);
+  Work(const Work&) = delete;
+  Work& operator=(const Work&) = delete;
+
+ private:
+  std::optional<Watch> watch_;
+  std::optional<py::gil_scoped_release> released_;
+};
+
+// ---- along an axis ----
+
+// k numbers from the elements x and their weights w (not given where there are none).
+using Reduction = std::function<void(const Data& x, const Data& w, double* result)>;
+
+struct ReduceArguments {
+  py::handle axis;  // None: all elements; an integer; a tuple of them
+  bool keepdims = false;
+  py::handle out;
+  py::handle progress;
+};
+
+// The reduction of every lane.  Its k numbers per lane stand in a leading axis (or axes) of the
+// shape `leading`, as NumPy's quantile has them; nothing there: one number.  A float for one.
+py::object reduce(Input& x, Input& weights, const ReduceArguments& arguments,
+                  std::span<const py::ssize_t> leading, const Reduction& reduction);
+
+// n elements from n; returns how many it wrote, which is fewer only where missing ones go.
+using Mapping = std::function<std::size_t(const Data& x, const Data& w, void* result)>;
+
+struct MapArguments {
+  py::handle axis;  // None: of all elements, as one dimension
+  py::handle out = py::none();
+  py::handle progress = py::none();
+  Element element = Element::float64;  // of the result
+};
+
+// The mapping of every lane along the axis, in an array of the same shape.
+py::array map(Input& x, Input& weights, const MapArguments& arguments, const Mapping& mapping);
+
+// One number for each element; a float for one number.
+using Pointwise = std::function<void(const Data& x, std::span<double> result)>;
+py::object pointwise(Input& x, py::handle out, const Pointwise& f);
+
+}  // namespace vexel::python

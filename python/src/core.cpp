@@ -1,0 +1,43 @@
+// vexel._core: the functions for Python.  The package's modules give them their signatures,
+// documentation and types; here is what they call.
+#include <pybind11/pybind11.h>
+
+#include <exception>
+#include <vexel/interruption.hpp>
+
+#include "arrays.hpp"
+#include "module.hpp"
+
+namespace vexel::python {
+
+namespace {
+
+int fill(PyObject* object) noexcept {
+  try {
+    auto m = py::reinterpret_borrow<py::module_>(object);
+    py::options options;
+    options.disable_function_signatures();
+    py::register_exception_translator([](std::exception_ptr p) {
+      try {
+        if (p) {
+          std::rethrow_exception(p);
+        }
+      } catch (const Interrupted&) {
+        PyErr_SetNone(PyExc_KeyboardInterrupt);
+      }
+    });
+    bindArrays(m);
+    return 0;
+  } catch (py::error_already_set& e) {
+    e.restore();
+  } catch (const std::exception& e) {
+    PyErr_SetString(PyExc_ImportError, e.what());
+  }
+  return -1;
+}
+
+}  // namespace
+
+}  // namespace vexel::python
+
+VEXEL_PYTHON_MODULE(_core, vexel::python::fill)

@@ -1,0 +1,1 @@
+"""Statistics on NumPy arrays: descriptive, distributions, random numbers, tests and more."""

@@ -1,0 +1,105 @@
+"""What becomes an array of numbers, beyond what the extension reads itself."""
+
+from __future__ import annotations
+
+import sys
+from typing import Any
+
+import numpy as np
+
+_VIEWED = frozenset(np.dtype(t) for t in ("float64", "float32", "int32", "int64"))
+
+
+def ravel(array: np.ndarray) -> np.ndarray:
+    """All elements in C order, as one dimension."""
+    return np.ascontiguousarray(array).reshape(-1)
+
+
+def convert(x: Any, name: str) -> np.ndarray:
+    """`x` as a float64, float32, int32 or int64 array; missing values become NaN."""
+    if isinstance(x, np.ndarray):
+        return _of_ndarray(x, name)
+    module = type(x).__module__.partition(".")[0]
+    if module == "pandas":
+        return _of_pandas(x, name)
+    if hasattr(x, "__arrow_c_array__") or hasattr(x, "__arrow_c_stream__"):
+        from ._core import from_arrow
+
+        try:
+            return from_arrow(x)
+        except TypeError as e:
+            raise TypeError(f"{name}: {e}") from None
+    if not hasattr(x, "__array__") and hasattr(x, "__dlpack__"):
+        return _of_ndarray(np.from_dlpack(x), name)
+    if isinstance(x, (str, bytes, dict, set, frozenset)):
+        raise _refusal(x, name)
+    if not hasattr(x, "__len__") and not hasattr(x, "__array__") and hasattr(x, "__iter__"):
+        x = list(x)
+    try:
+        array = np.asarray(x)
+    except ValueError as e:
+        raise ValueError(f"{name}: {e}") from None
+    return _of_ndarray(array, name)
+
+
+def _refusal(x: Any, name: str) -> TypeError:
+    what = f"an array of {x.dtype}" if isinstance(x, np.ndarray) else f"a {type(x).__name__}"
+    return TypeError(f"{name}: numbers are expected, {what} came")
+
+
+def _of_ndarray(x: np.ndarray, name: str) -> np.ndarray:
+    masked = sys.modules.get("numpy.ma")
+    if masked is not None and isinstance(x, masked.MaskedArray):
+        mask = masked.getmask(x)
+        data = _of_ndarray(masked.getdata(x), name)
+        if mask is masked.nomask or not mask.any():
+            return data
+        return np.where(mask, np.nan, data)
+    x = x.view(np.ndarray)
+    kind = x.dtype.kind
+    if kind == "f" and x.dtype.itemsize == 2:
+        return x.astype(np.float32)
+    if kind == "f":
+        wanted = np.float32 if x.dtype.itemsize == 4 else np.float64
+    elif kind == "b" or (kind in "iu" and x.dtype.itemsize < 4):
+        return x.astype(np.int32)
+    elif kind == "i" or (kind == "u" and x.dtype.itemsize == 4):
+        wanted = np.int32 if x.dtype.itemsize == 4 and kind == "i" else np.int64
+    elif kind == "u":
+        wanted = np.int64 if x.size == 0 or int(x.max()) < 2**63 else np.float64
+    elif kind == "O":
+        return _of_objects(x, name)
+    else:
+        raise _refusal(x, name)
+    # In the machine's byte order, aligned, with strides that are whole elements.
+    return np.require(np.ascontiguousarray(x, wanted) if x.ndim else x.astype(wanted), requirements="A")
+
+
+def _number(value: Any) -> float:
+    if value is None or type(value).__name__ in ("NAType", "NaTType"):
+        return np.nan
+    if isinstance(value, (str, bytes)):
+        raise TypeError
+    return float(value)
+
+
+def _of_objects(x: np.ndarray, name: str) -> np.ndarray:
+    """Fractions, decimals, big integers, None: each as the nearest double."""
+    result = np.empty(x.shape)
+    try:
+        result.reshape(-1)[:] = [_number(v) for v in x.reshape(-1)]
+    except (TypeError, ValueError, OverflowError):
+        raise _refusal(x, name) from None
+    return result
+
+
+def _of_pandas(x: Any, name: str) -> np.ndarray:
+    if not hasattr(x, "to_numpy"):
+        raise _refusal(x, name)
+    dtype = getattr(x, "dtype", None)
+    if isinstance(dtype, np.dtype):
+        return _of_ndarray(x.to_numpy(), name)
+    try:
+        return _of_ndarray(x.to_numpy(dtype=np.float64, na_value=np.nan), name)
+    except (TypeError, ValueError):
+        raise TypeError(f"{name}: numbers are expected, a pandas {type(x).__name__} of {dtype} came") from None
