@@ -1,0 +1,241 @@
+// Urns, choices, permutations and shuffles.
+#include <algorithm>
+#include <bit>
+#include <cmath>
+#include <numeric>
+#include <stdexcept>
+#include <string>
+#include <unordered_map>
+
+#include "kernels/watch.hpp"
+#include "vexel/random.hpp"
+
+namespace vexel {
+
+namespace {
+
+// The weights divided by their total, which is added up in twice the working precision.
+std::vector<double> probabilities(const Data& weights) {
+  std::vector<double> p(weights.size());
+  double largest = 0;
+  for (std::size_t i = 0; i < p.size(); ++i) {
+    p[i] = weights[i];
+    if (!(p[i] >= 0) || std::isinf(p[i])) {
+      throw std::invalid_argument("weights must be finite and not negative; weight " +
+                                  std::to_string(i) + " is " + std::to_string(p[i]));
+    }
+    largest = std::max(largest, p[i]);
+  }
+  if (largest == 0) {
+    throw std::invalid_argument(p.empty() ? "weights must not be empty"
+                                          : "weights must not all be 0");
+  }
+  double sum = 0;
+  double lost = 0;
+  for (double& x : p) {
+    x /= largest;
+    const double next = sum + x;
+    const double part = next - sum;
+    lost += (sum - (next - part)) + (x - part);
+    sum = next;
+  }
+  for (double& x : p) {
+    x /= sum + lost;
+  }
+  return p;
+}
+
+// Above this many cells the 64 bits of one draw are too few for index and threshold.
+constexpr std::size_t oneDrawCells = 65536;
+
+__extension__ using Wide = unsigned __int128;
+
+}  // namespace
+
+// A. J. Walker's aliases (1977) by the linear construction of M. D. Vose, A linear algorithm for
+// generating random numbers with a given distribution, IEEE Transactions on Software Engineering
+// 17(9), 1991.
+Urn::Urn(Data weights) {
+  std::vector<double> p = probabilities(weights);
+  const std::size_t n = p.size();
+  cells_.resize(n);
+  std::vector<std::size_t> small;
+  std::vector<std::size_t> large;
+  for (std::size_t i = 0; i < n; ++i) {
+    p[i] *= static_cast<double>(n);
+    (p[i] < 1 ? small : large).push_back(i);
+  }
+  while (!small.empty() && !large.empty()) {
+    const std::size_t i = small.back();
+    const std::size_t other = large.back();
+    small.pop_back();
+    cells_[i] = {static_cast<std::uint64_t>(p[i] * 0x1p64), other};
+    p[other] -= 1 - p[i];
+    if (p[other] < 1) {
+      large.pop_back();
+      small.push_back(other);
+    }
+  }
+  // What rounding left over is full.
+  for (const std::size_t i : small) {
+    cells_[i] = {0, i};
+  }
+  for (const std::size_t i : large) {
+    cells_[i] = {0, i};
+  }
+}
+
+std::int64_t Urn::sample(Random& rng) const {
+  const auto product = static_cast<Wide>(rng.bits()) * cells_.size();
+  const auto index = static_cast<std::uint64_t>(product >> 64);
+  const std::uint64_t rest =
+      cells_.size() <= oneDrawCells ? static_cast<std::uint64_t>(product) : rng.bits();
+  const Cell& cell = cells_[index];
+  return static_cast<std::int64_t>(rest < cell.threshold ? index : cell.alias);
+}
+
+void Urn::sample(std::span<std::int64_t> out, Random& rng) const {
+  constexpr std::size_t piece = std::size_t{kernels::pollInterval};
+  for (std::size_t i = 0; i < out.size(); ++i) {
+    if (i % piece == 0) {
+      kernels::poll(static_cast<double>(i) / static_cast<double>(out.size()));
+    }
+    out[i] = sample(rng);
+  }
+}
+
+std::vector<std::int64_t> Urn::sample(std::size_t n, Random& rng) const {
+  std::vector<std::int64_t> out(n);
+  sample(out, rng);
+  return out;
+}
+
+namespace {
+
+// The first n places of a shuffle from the front.  Of many places only the moved ones are kept.
+std::vector<std::int64_t> withoutReplacement(std::size_t size, std::size_t n, Random& rng) {
+  std::vector<std::int64_t> chosen(n);
+  if (n < size / 16) {
+    std::unordered_map<std::uint64_t, std::uint64_t> moved;
+    for (std::uint64_t i = 0; i < n; ++i) {
+      const std::uint64_t j = i + rng.below(size - i);
+      const auto atI = moved.find(i);
+      const std::uint64_t first = atI == moved.end() ? i : atI->second;
+      const auto [atJ, fresh] = moved.try_emplace(j, j);
+      chosen[i] = static_cast<std::int64_t>(j == i ? first : atJ->second);
+      atJ->second = first;
+    }
+    return chosen;
+  }
+  std::vector<std::int64_t> all(size);
+  std::iota(all.begin(), all.end(), std::int64_t{0});
+  for (std::size_t i = 0; i < n; ++i) {
+    std::swap(all[i], all[i + rng.below(size - i)]);
+  }
+  std::copy_n(all.begin(), n, chosen.begin());
+  return chosen;
+}
+
+// Successive draws with probabilities proportional to the weights that are left are the order of
+// exponential arrival times with the weights as rates: P. S. Efraimidis and P. G. Spirakis,
+// Weighted random sampling with a reservoir, Information Processing Letters 97(5), 2006.
+std::vector<std::int64_t> weightedWithoutReplacement(const Data& weights, std::size_t n,
+                                                     Random& rng) {
+  struct Arrival {
+    double time;
+    std::int64_t index;
+    bool operator<(const Arrival& other) const {
+      return time < other.time || (time == other.time && index < other.index);
+    }
+  };
+  const std::vector<double> p = probabilities(weights);
+  std::vector<Arrival> arrivals;
+  for (std::size_t i = 0; i < p.size(); ++i) {
+    if (p[i] > 0) {
+      arrivals.push_back({rng.exponential() / p[i], static_cast<std::int64_t>(i)});
+    }
+  }
+  if (n > arrivals.size()) {
+    throw std::invalid_argument("n must be at most " + std::to_string(arrivals.size()) +
+                                ", the elements of positive weight, not " + std::to_string(n));
+  }
+  std::partial_sort(arrivals.begin(), arrivals.begin() + static_cast<std::ptrdiff_t>(n),
+                    arrivals.end());
+  std::vector<std::int64_t> chosen(n);
+  std::transform(arrivals.begin(), arrivals.begin() + static_cast<std::ptrdiff_t>(n),
+                 chosen.begin(), [](const Arrival& a) { return a.index; });
+  return chosen;
+}
+
+// Fisher and Yates, the places of a group of swaps asked for ahead of them: in a large array most
+// of the time would go by waiting for them.
+template <typename T>
+void shuffleAhead(std::span<T> x, Random& rng) {
+  constexpr std::size_t group = 32;
+  std::uint64_t places[group];
+  std::size_t left = x.size();
+  while (left > 1) {
+    const std::size_t count = std::min(group, left - 1);
+    for (std::size_t k = 0; k < count; ++k) {
+      places[k] = rng.below(left - k);
+      __builtin_prefetch(&x[places[k]], 1);
+    }
+    for (std::size_t k = 0; k < count; ++k) {
+      std::swap(x[left - 1 - k], x[places[k]]);
+    }
+    left -= count;
+    if (left % (std::size_t{1} << 18) < count) {
+      kernels::poll(1.0 - static_cast<double>(left) / static_cast<double>(x.size()));
+    }
+  }
+}
+
+}  // namespace
+
+std::vector<std::int64_t> choice(std::size_t size, std::size_t n, Random& rng,
+                                 const ChoiceOptions& options) {
+  if (options.weights.given() && options.weights.size() != size) {
+    throw std::invalid_argument("weights must be " + std::to_string(size) + ", not " +
+                                std::to_string(options.weights.size()));
+  }
+  if (!options.replace) {
+    if (n > size) {
+      throw std::invalid_argument("n must be at most " + std::to_string(size) +
+                                  " without replacement, not " + std::to_string(n));
+    }
+    return options.weights.given() ? weightedWithoutReplacement(options.weights, n, rng)
+                                   : withoutReplacement(size, n, rng);
+  }
+  if (n == 0) {
+    return {};
+  }
+  if (size == 0) {
+    throw std::invalid_argument("there must be something to choose from");
+  }
+  if (options.weights.given()) {
+    return Urn(options.weights).sample(n, rng);
+  }
+  return rng.integers(0, static_cast<std::int64_t>(size), n);
+}
+
+std::vector<double> choice(Data x, std::size_t n, Random& rng, const ChoiceOptions& options) {
+  const std::vector<std::int64_t> indices = choice(x.size(), n, rng, options);
+  std::vector<double> chosen(n);
+  std::transform(indices.begin(), indices.end(), chosen.begin(),
+                 [&](std::int64_t i) { return x[static_cast<std::size_t>(i)]; });
+  return chosen;
+}
+
+std::vector<std::int64_t> permutation(std::size_t n, Random& rng) {
+  std::vector<std::int64_t> order(n);
+  std::iota(order.begin(), order.end(), std::int64_t{0});
+  shuffle(std::span(order), rng);
+  return order;
+}
+
+void shuffle(std::span<double> x, Random& rng) { shuffleAhead(x, rng); }
+void shuffle(std::span<float> x, Random& rng) { shuffleAhead(x, rng); }
+void shuffle(std::span<std::int32_t> x, Random& rng) { shuffleAhead(x, rng); }
+void shuffle(std::span<std::int64_t> x, Random& rng) { shuffleAhead(x, rng); }
+
+}  // namespace vexel
