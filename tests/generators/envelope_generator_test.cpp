@@ -87,7 +87,7 @@ TEST_F(EnvelopeTest, BoundsBoundRefinementSavesAndSamplesFit) {
 TEST_F(EnvelopeTest, ADensityThatIsNowherePositiveCanBeInterrupted) {
   STATS_EnvelopeGenerator_HW generator(kv);
   const vexel::Value zero = counted("zero", [this](double) {
-    if (calls == 20000) {
+    if (calls == 2000) {
       vexel::Kernel::interrupt();
     }
     return 0.0;
@@ -96,6 +96,26 @@ TEST_F(EnvelopeTest, ADensityThatIsNowherePositiveCanBeInterrupted) {
       list({zero, zero, floats({0, 1}), kernel.integer(50), kernel.boolean(true)});
   ASSERT_EQ(generator.initialize(kv, s.handle()), 1);
   EXPECT_THROW(inHost([&] { generator.next(kv); }), vexel::Interrupted);
+}
+
+TEST_F(EnvelopeTest, ASearchUnderNoHatEndsWithAnError) {
+  const vexel::Value zero = counted("zero", [](double) { return 0.0; });
+  const vexel::Value falling = counted("falling", [](double x) { return 1.0 / x; });
+  const vexel::Value slope = counted("slope", [](double x) { return -1.0 / (x * x); });
+  const struct {
+    const vexel::Value& density;
+    const vexel::Value& derivative;
+    std::vector<double> points;
+  } cases[] = {{zero, zero, {0, 1}}, {falling, slope, {1, 1}}, {zero, zero, {2, 1, 3}}};
+  for (const auto& c : cases) {
+    STATS_EnvelopeGenerator_HW generator(kv);
+    ASSERT_EQ(generator.initialize(kv, list({c.density, c.derivative, floats(c.points),
+                                             kernel.integer(10), kernel.boolean(true)})
+                                           .handle()),
+              1);
+    EXPECT_EQ(hostErrorText([&] { inHost([&] { generator.next(kv); }); }),
+              "the base points make no envelope of the density: no variate in 10000 tries");
+  }
 }
 
 }  // namespace

@@ -147,20 +147,28 @@ TEST_F(StreamTest, FaureStartsBehindAPowerOfItsBase) {
   }
 }
 
-TEST_F(StreamTest, FaureRunsOutAndTheCallAfterGoesOn) {
+TEST_F(StreamTest, FaureStaysExhaustedUntilReset) {
   // Base 46349 has one digit only: 46348 points.
   const vexel::Value f = stream(kFaure, 46342);
   skip(f, 46346);
   EXPECT_EQ(draw(f, 1)[0][0], 46347.0 / 46349.0);
   const vexel::Value out = output(46342, 2, RTABLE_COLUMN_MAJOR);
+  const auto exhausted = [&](const vexel::Value& handle) {
+    return hostError([&] { call("STATS_QRStreamNext_HW", handle, 1, out); }) ==
+           "quasi-random stream is exhausted";
+  };
   EXPECT_EQ(hostError([&] { call("STATS_QRStreamNext_HW", f, 2, out); }),
             "quasi-random stream is exhausted");
   const V_INT firstCell[] = {1, 1};
   EXPECT_EQ(RTableSelect(kernel.vector(), out.handle(), firstCell).float64, 46348.0 / 46349.0);
-  EXPECT_EQ(draw(f, 1)[0][0], 0.0);  // one Gray digit goes on round its cycle
-  const vexel::Value g = stream(kFaure, 46342);
-  skip(g, 46349);
-  EXPECT_EQ(draw(g, 1)[0][0], 0.0);
+  for (const std::int64_t k : {std::int64_t{46348}, std::int64_t{46349}, INT64_MAX}) {
+    EXPECT_TRUE(exhausted(f));
+    reset(f);
+    EXPECT_EQ(draw(f, 1)[0][0], 1.0 / 46349.0);
+    skip(f, k);  // to the end at least
+    EXPECT_TRUE(exhausted(f));
+    skip(f, 3);
+  }
 }
 
 TEST_F(StreamTest, SkippingEqualsDrawingAndBothOrdersGiveTheSameArray) {

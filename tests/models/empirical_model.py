@@ -1,9 +1,9 @@
 """The empirical distribution: quantiles of the first type, and samples by their inversion."""
 
 from distributions import counted, miscounts
-from host import (Array, Name, RandomStream, call, expected, integer32, main, real, to_text,
+from host import (NAN, Array, Name, RandomStream, call, expected, integer32, main, real, to_text,
                   vector)
-from quantiles_model import quantiles_of
+from quantiles_model import quantiles_of, repeated_selection
 from samples import random_boolean, random_data, random_floats, random_size, random_weights, sample
 
 
@@ -28,6 +28,29 @@ def random_sample(stream, *arguments):
     return [Array("float[8]", [(1, n)], values), stream.int32()]
 
 
+def in_place(random):
+    """A quantile or a sample of points without weights, and how it leaves them."""
+    x = random_floats(random, random.randint(0, 40), ("ties", "plain", "missing", "zeros"))
+    seed, n = random.randrange(2**64), random.choice([0, 1, 2, 3, 30])
+    arrays = f"d := {to_text(vector(x))}: randomize({seed}): "
+    stream = RandomStream(seed)
+
+    def next_value(u):
+        return (repeated_selection(x, [u], 1) or [NAN])[0]
+
+    if random.random() < 0.4:
+        u = random.random()
+        text = call("STATS_VexelEmpiricalDeviate_HW", u, Name("d"), vector([]), False)
+        value = next_value(u)
+    elif random.random() < 0.4:
+        text = call("STATS_VexelEmpiricalRandomVariate_HW", Name("d"), vector([]), False)
+        value = next_value(stream.double01())
+    else:
+        text = call("STATS_VexelEmpiricalRandomSample_HW", n, Name("d"), vector([]), False)
+        value = vector([next_value(stream.double01()) for _ in range(n)])
+    return f"{arrays}[{text}, d, RandomInt32()]", [value, vector(x), stream.int32()]
+
+
 def sample_in_place(random):
     """A sample of tied points with weights, and how it leaves them."""
     size = random.randint(6, 40)
@@ -49,6 +72,8 @@ def calls(random):
     while True:
         if random.random() < 0.1:
             yield sample_in_place(random)
+        if random.random() < 0.1:
+            yield in_place(random)
         size = random_size(random)
         data = random_data(random, random_floats(random, size))
         arguments = [data, random_weights(random, size), random_boolean(random)]

@@ -134,13 +134,32 @@ def median_in_place(random):
     return f"{given}[{text}, d, w]", [value, array_of(x), array_of(w)]
 
 
+def repeated_selection(x, probabilities, kind):
+    """Quantiles by one selection after the other, each above the place of the one before."""
+    values, first, n = [], 0, len(x)
+    a, b, c, d = TYPES.get(kind, FIRST_TYPE)
+    for p in probabilities if n else []:
+        h = (n + b) * p + a
+        low, high = max(math.floor(h) - 1, 0), max(math.ceil(h) - 1, 0)
+        low = min(low, n - 1)
+        first = 0 if low < first else first
+        value = select(x, first, n - first, low - first)
+        first = low
+        if low != high and low < n - 1:
+            above = select(x, low + 1, n - low - 1, 0)
+            value += (above - value) * ((h - math.floor(h)) * d + c)
+        values.append(value)
+    return values or [NAN] * len(probabilities)
+
+
 def quantile_in_place(random):
-    """The order that this leaves is nobody's business."""
-    x = random_floats(random, random_size(random))
-    probabilities = [random.random() for _ in range(random.randint(1, 6))]
+    """Several probabilities, and how they leave the points."""
+    x = random_floats(random, random_size(random), KINDS + ("zeros",))
+    probabilities = [random.random() for _ in range(random.randint(0, 6))]
     kind = random.randint(1, 8)
-    return (call("STATS_VexelQuantile_HW", array_of(x), probabilities, array_of([]), False, kind,
-                 True), quantiles_of(x, None, probabilities, kind))
+    text = call("STATS_VexelQuantile_HW", Name("d"), probabilities, array_of([]), False, kind, True)
+    given = f"d := {to_text(array_of(x))}: "
+    return f"{given}[{text}, d]", [repeated_selection(x, probabilities, kind), array_of(x)]
 
 
 def calls(random):

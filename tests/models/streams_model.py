@@ -108,7 +108,7 @@ class Sobol(Stream):
 
 class Faure(Stream):
     """Coordinate k is the radical inverse, in the base b, of a power of Pascal's matrix times the
-    Gray digits of the index; indices have m digits, and one that takes part in the Gray code."""
+    Gray digits of the index.  An index has m digits; beyond the last one there are no points."""
 
     kind = 2
 
@@ -116,11 +116,11 @@ class Faure(Stream):
         super().__init__(dimension)
         self.base = next(p for p in PRIMES if p >= dimension)
         self.digits = int(math.log(MAX_INT) / math.log(self.base))
-        self.period = self.base**self.digits  # of the points; of the index times the base
+        self.period = self.base**self.digits
 
     def point(self):
         b, m = self.base, self.digits
-        if self.index % self.period == 0:
+        if self.index >= self.period:
             return None
         c = [self.index // b**j % b for j in range(m + 1)]
         gray = [(c[j] - c[j + 1]) % b for j in range(m)]
@@ -133,7 +133,7 @@ class Faure(Stream):
         return point
 
     def skip(self, count):
-        self.index = (self.index + max(count, 0)) % (self.period * self.base)
+        self.index += max(count, 0)
 
 
 def written(stream, count, out):
@@ -244,9 +244,9 @@ def uses(random):
 
 
 def end_of_faure(random):
-    """The last points of a stream, and those after its end: the index goes on."""
+    """The last points of a stream, and what follows."""
     stream = Faure(random.choice([2, 3, 4, 5, 7, 12]))
-    skipped = stream.period - random.randint(2, 12) + stream.period * random.choice([0, 0, 1])
+    skipped = stream.period - random.randint(2, 12)
     stream.skip(skipped)
     count = random.randint(12, 20)
     zeros = Array("float[8]", [(1, stream.dimension * count)], [0.0] * (stream.dimension * count))
@@ -254,8 +254,13 @@ def end_of_faure(random):
     yield (f"h := STATS_InitializeQRStream_HW({stream.dimension}, 2): "
            f"STATS_QRStreamSkip_HW(h, {skipped}): O := {zeros.text()}: "
            f"STATS_QRStreamNext_HW(h, {count}, O)", Raised("quasi-random stream is exhausted"))
+    yield "O", out
+    further = random.choice([0, 1, stream.period, 2**63 - 1])
+    yield (f"STATS_QRStreamSkip_HW(h, {further}): STATS_QRStreamNext_HW(h, 3, O)",
+           Raised("quasi-random stream is exhausted"))
+    stream.reset()
     after, _ = written(stream, 3, zeros)
-    yield f"[O, STATS_QRStreamNext_HW(h, 3, {zeros.text()})]", [out, after]
+    yield f"STATS_ResetQRStream_HW(h): STATS_QRStreamNext_HW(h, 3, {zeros.text()})", after
 
 
 def calls(random):

@@ -216,7 +216,12 @@ class CallGrammar {
          "Array([2^63 - 1, -2^63, 0], datatype = integer[8])",
          "Array([-128, 127, 0, 1], datatype = integer[1])", "Array([foo, 1, NULL, undefined, 1/2])",
          "Array([1, 2, 3, 4], datatype = anything)",
-         "Array(4611686018427387900..4611686018427387902, datatype = float[8])"});
+         "Array(4611686018427387900..4611686018427387902, datatype = float[8])",
+         "Array(2^63 - 3 .. 2^63 - 1, [3, 1, 2], datatype = float[8])",
+         "Array(2^63 - 3 .. 2^63 - 1, [3, 1, 2], storage = sparse)",
+         "Array(-2^63 .. 5 - 2^63, 1..0, datatype = float[8])",
+         "Array(2^63 - 2 .. 2^63 - 1, 2^63 - 2 .. 2^63 - 1, [[1, 2], [3, 4]], datatype = "
+         "integer[8])"});
   }
 
   vexel::Kernel& kernel_;

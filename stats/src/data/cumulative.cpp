@@ -20,8 +20,8 @@ ALGEB outputArray(VKernelVector kv, ALGEB given, ALGEB data, V_INT size) {
   }
   const V_INT elements = RTableNumElements(kv, given);
   if (elements == 0) {
-    const V_INT lower = RTableLowerBound(kv, data, 1);
-    return STATS_CreateVector_HW(kv, RTABLE_FLOAT64, lower, lower + size - 1);
+    const STATS_Bounds_HW indices = STATS_BoundsFrom_HW(kv, RTableLowerBound(kv, data, 1), size);
+    return STATS_CreateVector_HW(kv, RTABLE_FLOAT64, indices.lower, indices.upper);
   }
   if (elements < size) {
     VexelRaiseError1(kv, "output array has insufficient number of elements: %1", given);

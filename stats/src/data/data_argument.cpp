@@ -2,9 +2,8 @@
 
 #include "data/data_argument.hpp"
 
-#include <limits>
-
 #include "data/element_types.hpp"
+#include "kernel/host_arrays.hpp"
 
 void STATS_RequireVector_HW(VKernelVector kv, ALGEB x, const char* message) {
   if (IsVexelRTable(kv, x) == 0 || RTableNumDimensions(kv, x) != 1) {
@@ -25,18 +24,6 @@ ALGEB STATS_DenseArray_HW(VKernelVector kv, ALGEB array) {
   }
   settings.storage = RTABLE_RECTANGULAR;
   return RTableCopy(kv, &settings, array);
-}
-
-STATS_Bounds_HW STATS_BoundsFrom_HW(VKernelVector kv, V_INT lower, V_INT count) {
-  if (count == 0 && lower == std::numeric_limits<V_INT>::min()) {
-    lower = 1;  // there is no bound below it
-  }
-  V_INT upper = 0;
-  if (__builtin_add_overflow(lower, count - 1, &upper)) {
-    VexelRaiseError2(kv, "there are no %1 indices from %2", ToVexelInteger(kv, count),
-                     ToVexelInteger(kv, lower));
-  }
-  return {lower, upper};
 }
 
 ALGEB STATS_CreateLike_HW(VKernelVector kv, const RTableSettings& like, V_INT lower, V_INT count,

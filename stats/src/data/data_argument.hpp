@@ -19,14 +19,6 @@ RTableSettings STATS_SettingsOf_HW(VKernelVector kv, ALGEB array);
 // The array itself if it is dense, otherwise a dense copy.
 ALGEB STATS_DenseArray_HW(VKernelVector kv, ALGEB array);
 
-// The bounds of count indices from lower; of none from the lowest index there is, those from 1.
-// Raises when the indices end before count of them.
-struct STATS_Bounds_HW {
-  V_INT lower;
-  V_INT upper;
-};
-STATS_Bounds_HW STATS_BoundsFrom_HW(VKernelVector kv, V_INT lower, V_INT count);
-
 // A new one-dimensional array of count elements with these settings, indexed from lower; data,
 // unless null, is copied into it.
 ALGEB STATS_CreateLike_HW(VKernelVector kv, const RTableSettings& like, V_INT lower, V_INT count,

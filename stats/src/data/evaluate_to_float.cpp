@@ -19,8 +19,9 @@ STATS_ENTRY(STATS_VexelEvaluateToFloat_HW) {
   settings.storage = RTABLE_RECTANGULAR;
   settings.num_dimensions = 1;
   settings.read_only = 0;  // the copy is the caller's own
-  const V_INT lower = RTableLowerBound(kv, data, 1);
-  const V_INT bounds[] = {lower, lower + sample.size() - 1};
+  const STATS_Bounds_HW indices =
+      STATS_BoundsFrom_HW(kv, RTableLowerBound(kv, data, 1), sample.size());
+  const V_INT bounds[] = {indices.lower, indices.upper};
   const ALGEB result = RTableCreate(kv, &settings, nullptr, bounds);
   STATS_CopyData_HW(sample, STATS_FloatBlock_HW(kv, result));
   return result;

@@ -9,6 +9,7 @@
 #include "data/element_types.hpp"
 #include "data/rank.hpp"
 #include "kernel/entry_frame.hpp"
+#include "kernel/host_arrays.hpp"
 
 namespace {
 
@@ -19,17 +20,12 @@ struct Shape {
 };
 
 Shape shapeOf(VKernelVector kv, ALGEB source) {
-  const auto extent = [&](V_INT dim) {
-    const V_INT upper = RTableUpperBound(kv, source, dim);
-    const V_INT lower = RTableLowerBound(kv, source, dim);
-    return upper < lower ? 0 : upper - lower + 1;
-  };
   const V_INT dimensions = RTableNumDimensions(kv, source);
   if (dimensions == 1) {
     return {dimensions, RTableNumElements(kv, source), 1};
   }
   if (dimensions == 2) {
-    return {dimensions, extent(1), extent(2)};
+    return {dimensions, STATS_Extent_HW(kv, source, 1), STATS_Extent_HW(kv, source, 2)};
   }
   VexelRaiseError1(kv, "only 1- and 2- dimensional rtables can be ordered, received: %1", source);
 }

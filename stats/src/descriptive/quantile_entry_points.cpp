@@ -98,7 +98,9 @@ STATS_ENTRY(STATS_VexelQuantile_HW) {
   const SampleView view =
       SampleView::forReordering(kv, sample, arg[1], arg[3], ignoreMissing, inPlace);
   if (view.size > 0) {
-    STATS_Quantile_HW(values.data(), view.points, view.weights, probs.data(), view.size, m, type);
+    const auto quantile =
+        view.points == sample.points() ? STATS_Quantile_HW : STATS_QuantileOfCopy_HW;
+    quantile(values.data(), view.points, view.weights, probs.data(), view.size, m, type);
   }
   return STATS_InFormOf_HW(kv, arg[2], values);
 }
@@ -124,7 +126,7 @@ STATS_ENTRY(STATS_VexelOrderStatistic_HW) {
   if (n > 0 && !STATS_OrderStatisticReading_HW(values.data(), sample.points(), sample.size(),
                                                ranks.data(), n, m)) {
     const SampleView view = SampleView::copied(kv, sample, ignoreMissing);
-    STATS_OrderStatistic_HW(values.data(), view.points, view.weights, ranks.data(), n, m);
+    STATS_OrderStatisticOfCopy_HW(values.data(), view.points, ranks.data(), n, m);
   }
   return STATS_InFormOf_HW(kv, arg[2], values);
 }

@@ -1,6 +1,6 @@
 // Quantile, order statistic and median kernels.
 //
-// All ranks that a call needs are found in one go, so the sample is never sorted for a few
+// In a copy all ranks that a call needs are found in one go, so that it is never sorted for a few
 // probabilities.  The weighted quantile sorts once and walks the cumulative weight once.
 
 #include "descriptive/quantiles.hpp"
@@ -157,8 +157,32 @@ void STATS_SetQuantileType_HW(double& a, double& b, double& c, double& d,
   d = row.d;
 }
 
+// Selects in what the selection before left above its place, or in the whole when that is below.
 void STATS_SimpleQuantile_HW(double* result, double* x, const double* probs, int n, int m,
                              STATS_QUANTILE_TYPE_HW type) {
+  const QuantileParameters q(type);
+  int first = 0;  // nothing before it sorts after anything from it on
+  for (int j = 0; j < m; ++j) {
+    const Position at = positionOf(probs[j], n, q);
+    first = at.lo < first ? 0 : first;
+    double value = STATS_QuickSelect_HW(x + first, n - first, at.lo - first);
+    if (at.lo >= 0 && at.lo < n) {
+      first = at.lo;
+    }
+    if (at.between) {
+      const double next = STATS_QuickSelect_HW(x + at.lo + 1, n - at.lo - 1, 0);
+      value += (next - value) * (at.fraction * q.d + q.c);
+    }
+    result[j] = value;
+  }
+}
+
+void STATS_QuantileOfCopy_HW(double* result, double* x, double* w, const double* probs, int n,
+                             int m, STATS_QUANTILE_TYPE_HW type) {
+  if (w != nullptr) {
+    STATS_WeightedQuantile_HW(result, x, w, probs, n, m, type);
+    return;
+  }
   QuantilePlan plan(probs, n, m, type);
   plan.values.place(x, n);
   plan.evaluate(result);
@@ -223,6 +247,26 @@ void STATS_Quantile_HW(double* result, double* x, double* w, const double* probs
 }
 
 void STATS_SimpleOrderStatistic_HW(double* result, double* x, const int* ranks, int n, int m) {
+  int last = 0;  // rank of the selection before, none at first
+  for (int j = 0; j < m; ++j) {
+    const int rank = ranks[j];
+    if (!isRank(rank, n)) {
+      result[j] = kNaN;
+      continue;
+    }
+    if (last == 0) {
+      STATS_QuickSelect_HW(x, n, rank - 1);
+    } else if (rank < last) {
+      STATS_QuickSelect_HW(x, last - 1, rank - 1);
+    } else if (rank > last) {
+      STATS_QuickSelect_HW(x + last - 1, n - last + 1, rank - last);
+    }
+    result[j] = x[rank - 1];
+    last = rank;
+  }
+}
+
+void STATS_OrderStatisticOfCopy_HW(double* result, double* x, const int* ranks, int n, int m) {
   RankedValues values;
   wantAll(values, ranks, n, m);
   values.place(x, n);

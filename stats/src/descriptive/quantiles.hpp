@@ -31,7 +31,8 @@ void STATS_SetQuantileType_HW(double& a, double& b, double& c, double& d,
                               STATS_QUANTILE_TYPE_HW type);
 
 // result[j] is the quantile of x[0..n-1] at probs[j], 0 <= probs[j] <= 1, for j < m.  Reorders x,
-// and w along with it unless w is null.
+// and w along with it unless w is null; the order that the selections leave, one for each
+// probability in turn, is the caller's to see.
 void STATS_Quantile_HW(double* result, double* x, double* w, const double* probs, int n, int m,
                        STATS_QUANTILE_TYPE_HW type);
 void STATS_SimpleQuantile_HW(double* result, double* x, const double* probs, int n, int m,
@@ -39,9 +40,17 @@ void STATS_SimpleQuantile_HW(double* result, double* x, const double* probs, int
 void STATS_WeightedQuantile_HW(double* result, double* x, double* w, const double* probs, int n,
                                int m, STATS_QUANTILE_TYPE_HW type);
 
-// result[j] is the value of rank ranks[j], from 1, for j < m.  Reorders x; w is not looked at.
+// The same when nobody sees the order that x is left in: all ranks are found in one go.
+void STATS_QuantileOfCopy_HW(double* result, double* x, double* w, const double* probs, int n,
+                             int m, STATS_QUANTILE_TYPE_HW type);
+
+// result[j] is the value of rank ranks[j], from 1, for j < m.  Reorders x, by one selection after
+// the other; w is not looked at.
 void STATS_OrderStatistic_HW(double* result, double* x, double* w, const int* ranks, int n, int m);
 void STATS_SimpleOrderStatistic_HW(double* result, double* x, const int* ranks, int n, int m);
+
+// The same when nobody sees the order that x is left in.
+void STATS_OrderStatisticOfCopy_HW(double* result, double* x, const int* ranks, int n, int m);
 
 // The median; with weights, the weighted quantile of the first definition at 1/2.  Reorders x, and
 // w along with it unless w is null.

@@ -56,9 +56,10 @@ void sampleTied(VKernelVector kv, double* result, std::int32_t size, const Repea
 // in that order from then on.  Every variate sorts them again; where that changes nothing, as it
 // does unless tied points differ in their weights, the others are looked up together.
 void STATS_EmpiricalRandomSample_HW(VKernelVector kv, double* result, std::int32_t size, int n,
-                                    double* points, double* weights) {
+                                    double* points, double* weights, bool orderSeen) {
   constexpr int kFewest = 4096;
   constexpr int kMost = 1 << 20;
+  constexpr std::int64_t kMostSelecting = 1 << 26;  // about 0.1 s
   if (size < 1) {
     return;
   }
@@ -70,6 +71,12 @@ void STATS_EmpiricalRandomSample_HW(VKernelVector kv, double* result, std::int32
       return;
     }
   }
+  if (orderSeen && weights == nullptr && std::int64_t{size} * n <= kMostSelecting) {
+    for (std::int32_t i = 1; i < size; ++i) {
+      result[i] = STATS_EmpiricalRandomVariate_HW(kv, n, points, weights);
+    }
+    return;
+  }
   std::vector<double> uniforms(static_cast<std::size_t>(std::clamp(n, kFewest, kMost)));
   const auto most = static_cast<std::int32_t>(uniforms.size());
   for (std::int32_t done = 1; done < size;) {
@@ -77,8 +84,8 @@ void STATS_EmpiricalRandomSample_HW(VKernelVector kv, double* result, std::int32
     for (std::int32_t i = 0; i < count; ++i) {
       uniforms[static_cast<std::size_t>(i)] = STATS_VexelRandomStream_HW::NextDouble();
     }
-    STATS_Quantile_HW(result + done, points, weights, uniforms.data(), n, count,
-                      STATS_QUANTILE_NEXT_HW);
+    STATS_QuantileOfCopy_HW(result + done, points, weights, uniforms.data(), n, count,
+                            STATS_QUANTILE_NEXT_HW);
     done += count;
   }
 }

@@ -16,5 +16,8 @@ double STATS_EmpiricalRandomVariate_HW(VKernelVector kv, int n, double* points, 
 // The next size variates.  Uniforms are drawn by thousands and looked up together, so a sample as
 // long as its data costs little more than sorting them, unless equal points are infinite, zeros of
 // both signs, or have negative weights: then each variate costs a sort.
+//
+// orderSeen: the caller keeps the points.  Unweighted ones are then left as one selection for each
+// variate leaves them, as long as size times n is at most 2^26.
 void STATS_EmpiricalRandomSample_HW(VKernelVector kv, double* result, std::int32_t size, int n,
-                                    double* points, double* weights);
+                                    double* points, double* weights, bool orderSeen);

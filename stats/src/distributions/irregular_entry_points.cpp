@@ -57,6 +57,7 @@ struct EmpiricalData {
       points = STATS_AllocDoubles_HW(kv, sample.size());
       weights = sample.weighted() ? STATS_AllocDoubles_HW(kv, sample.size()) : nullptr;
       n = STATS_CopyData_HW(sample, points, weights, 1);
+      copied = true;
     }
   }
 
@@ -64,6 +65,7 @@ struct EmpiricalData {
   int n;
   double* points;
   double* weights;
+  bool copied = false;
 };
 
 }  // namespace
@@ -92,7 +94,7 @@ STATS_ENTRY(STATS_VexelEmpiricalRandomSample_HW) {
   const EmpiricalData data(kv, arg, 2);
   const ALGEB sample = STATS_CreateRandomSample_HW(kv, n, ToVexelNULL(kv));
   double* const result = STATS_FloatBlock_HW(kv, sample);
-  STATS_EmpiricalRandomSample_HW(kv, result, n, data.n, data.points, data.weights);
+  STATS_EmpiricalRandomSample_HW(kv, result, n, data.n, data.points, data.weights, !data.copied);
   return sample;
 }
 

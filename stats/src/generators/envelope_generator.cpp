@@ -198,7 +198,8 @@ void STATS_EnvelopeGenerator_HW::UpdateDispatcher() {
 
 double STATS_EnvelopeGenerator_HW::next(VKernelVector kv) {
   constexpr double kLoose = 0.9;  // a lower bound below this share of the density is worth a split
-  for (;;) {
+  for (int rejected = 0;; ++rejected) {
+    endSearch(kv, rejected);
     const int i = urn_.Next();
     const Element& e = envelope_.elementAt(static_cast<std::uint32_t>(i));
     const double x = NextFromEnvelopeElement(e);
@@ -217,6 +218,21 @@ double STATS_EnvelopeGenerator_HW::next(VKernelVector kv) {
     if (hx > t) {
       return x;
     }
+  }
+}
+
+// Points in descending order, or twice the same one, make areas that no hat has.
+bool STATS_EnvelopeGenerator_HW::isHat() const {
+  return std::all_of(areas_.begin(), areas_.end(),
+                     [](double area) { return area > 0.0 && std::isfinite(area); });
+}
+
+void STATS_EnvelopeGenerator_HW::endSearch(VKernelVector kv, int rejected) const {
+  constexpr int kMostWithoutHat = 10000;
+  constexpr int kMost = 10000000;
+  if (rejected == kMost || (rejected == kMostWithoutHat && !isHat())) {
+    VexelRaiseError1(kv, "the base points make no envelope of the density: no variate in %1 tries",
+                     ToVexelInteger(kv, rejected));
   }
 }
 

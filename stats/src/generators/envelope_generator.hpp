@@ -25,8 +25,8 @@ class STATS_EnvelopeGenerator_HW : public STATS_RandomVariateGenerator_HW {
   int initialize(VKernelVector kv, ALGEB setup) override;
 
   // One variate.  Splits the element it came from where its bounds are loose, until there are as
-  // many elements as allowed.  Endless for a density that is zero below its envelope; interrupts
-  // are seen at every evaluation and draw.
+  // many elements as allowed.  Raises after 10^7 rejections in a row, after 10^4 where the base
+  // points make no hat; interrupts are seen at every evaluation and draw.
   double next(VKernelVector kv) override;
 
   // Builds the first elements, one for each pair of consecutive base points (a list or an array, in
@@ -54,6 +54,9 @@ class STATS_EnvelopeGenerator_HW : public STATS_RandomVariateGenerator_HW {
   const STATS_RejectionEnvelope_HW& envelope() const { return envelope_; }
 
  private:
+  bool isHat() const;
+  void endSearch(VKernelVector kv, int rejected) const;
+
   // A host procedure of one double with room for its argument.
   struct Callback {
     ALGEB proc = nullptr;

@@ -15,6 +15,30 @@ RTableSettings STATS_VectorSettings_HW(VKernelVector kv, int dataType) {
   return settings;
 }
 
+STATS_Bounds_HW STATS_BoundsFrom_HW(VKernelVector kv, V_INT lower, V_INT count) {
+  if (count == 0 && lower == std::numeric_limits<V_INT>::min()) {
+    lower = 1;  // there is no bound below it
+  }
+  V_INT upper = 0;
+  if (__builtin_add_overflow(lower, count - 1, &upper)) {
+    VexelRaiseError2(kv, "there are no %1 indices from %2", ToVexelInteger(kv, count),
+                     ToVexelInteger(kv, lower));
+  }
+  return {lower, upper};
+}
+
+V_INT STATS_Extent_HW(VKernelVector kv, ALGEB array, V_INT dimension) {
+  constexpr V_INT kMost = std::numeric_limits<V_INT>::max();
+  const V_INT lower = RTableLowerBound(kv, array, dimension);
+  const V_INT upper = RTableUpperBound(kv, array, dimension);
+  V_INT distance = 0;
+  if (upper < lower) {
+    return 0;
+  }
+  return __builtin_sub_overflow(upper, lower, &distance) || distance == kMost ? kMost
+                                                                              : distance + 1;
+}
+
 ALGEB STATS_CreateVector_HW(VKernelVector kv, int dataType, V_INT lower, V_INT upper,
                             const void* data) {
   const RTableSettings settings = STATS_VectorSettings_HW(kv, dataType);

@@ -57,9 +57,9 @@ int FaureQRStream::initialize(VKernelVector /*kv*/, int d, int startExponent) {
   denominator_ = weights_[0] * base_;
   buildGenerators();
 
-  std::uint64_t start = 1;
+  std::int64_t start = 1;
   for (int i = 0; i < startExponent; ++i) {
-    start *= static_cast<std::uint64_t>(base_);
+    start *= base_;
   }
   moveTo(start - 1);
   return 1;
@@ -97,17 +97,16 @@ void FaureQRStream::buildGenerators() {
   }
 }
 
-// Sets the state that as many increments from 0 lead to.  Gray digit j is (c_j - c_(j+1)) mod b,
-// the overflow digit included.
-void FaureQRStream::moveTo(std::uint64_t target) {
-  const auto b = static_cast<std::uint64_t>(base_);
+// Sets the state that as many increments from 0 lead to.  Gray digit j is (c_j - c_(j+1)) mod b.
+void FaureQRStream::moveTo(std::int64_t target) {
   const auto d = static_cast<std::size_t>(dimension_);
   const auto m = static_cast<std::size_t>(digits_);
   counterDigits_.assign(m + 1, 0);
   for (int& digit : counterDigits_) {
-    digit = static_cast<int>(target % b);
-    target /= b;
+    digit = static_cast<int>(target % base_);
+    target /= base_;
   }
+  exhausted_ = false;
   y_.assign(m * d, 0);
   x_.assign(d, 0);
   for (int j = 0; j < digits_; ++j) {
@@ -128,10 +127,10 @@ void FaureQRStream::moveTo(std::uint64_t target) {
   }
 }
 
-std::uint64_t FaureQRStream::counter() const {
-  std::uint64_t value = 0;
+std::int64_t FaureQRStream::counter() const {
+  std::int64_t value = 0;
   for (auto digit = counterDigits_.rbegin(); digit != counterDigits_.rend(); ++digit) {
-    value = value * static_cast<std::uint64_t>(base_) + static_cast<std::uint64_t>(*digit);
+    value = value * base_ + *digit;
   }
   return value;
 }
@@ -171,13 +170,14 @@ int FaureQRStream::reset(VKernelVector kv) { return initialize(kv, dimension_, s
 int FaureQRStream::next(VKernelVector kv, double* out, int pointStride, int coordStride,
                         int count) {
   constexpr int kPointsBetweenLooks = 1024;
-  if (digits_ == 0) {
+  if (digits_ == 0 || exhausted_) {
     return 0;
   }
   const double denominator = denominator_;
   for (int i = 0; i < count; ++i) {
     const int j = increment();
     if (j == digits_) {
+      exhausted_ = true;
       return 0;
     }
     addGenerator(j);
@@ -200,13 +200,15 @@ int FaureQRStream::next(VKernelVector kv, double* out, int pointStride, int coor
 }
 
 int FaureQRStream::skip(VKernelVector /*kv*/, V_INT n) {
-  if (n < 1 || digits_ == 0) {
+  if (n < 1 || digits_ == 0 || exhausted_) {
     return 1;
   }
-  // The counter is cyclic with period b^(m+1) < 2^62.
-  const std::uint64_t period =
-      static_cast<std::uint64_t>(denominator_) * static_cast<std::uint64_t>(base_);
-  moveTo((counter() + static_cast<std::uint64_t>(n) % period) % period);
+  const std::int64_t index = counter();
+  if (n < denominator_ - index) {
+    moveTo(index + n);
+  } else {
+    exhausted_ = true;
+  }
   return 1;
 }
 

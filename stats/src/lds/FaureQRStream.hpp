@@ -23,27 +23,27 @@ class FaureQRStream : public VexelQRStream {
 
   int reset(VKernelVector kv) override;
 
-  // 0 once every index that the digits can hold has been used; the attempt itself counts as an
-  // index, and the call after it starts over from the Gray code reached.
+  // 0 once every index that the digits can hold has been used, and from then on until a reset.
   int next(VKernelVector kv, double* out, int pointStride, int coordStride, int count) override;
 
-  // Ignores exhaustion: exactly as many calls of next for one point.
+  // As many calls of next for one point: past the last one the stream is exhausted.
   int skip(VKernelVector kv, V_INT n) override;
   const char* getType(VKernelVector kv) const override;
 
  private:
   int initialize(VKernelVector kv, int dimension, int startExponent);
   void buildGenerators();
-  void moveTo(std::uint64_t counter);
-  std::uint64_t counter() const;
+  void moveTo(std::int64_t counter);
+  std::int64_t counter() const;
   int increment();
   void addGenerator(int j);
   std::size_t generator(int j, int i) const;
 
   int startExponent_ = 0;
   int base_ = 0;
-  int digits_ = 0;                     // m, digits of an index; 0: no tables
-  std::vector<int> counterDigits_;     // m + 1, least significant first; the last counts overflows
+  int digits_ = 0;  // m, digits of an index; 0: no tables
+  bool exhausted_ = false;
+  std::vector<int> counterDigits_;  // m + 1, least significant first; the last one ends the count
   std::vector<std::int32_t> weights_;  // b^(m-1-j), m of them
   std::int32_t denominator_ = 0;       // b^m
 

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "kernel/entry_frame.hpp"
+#include "kernel/host_arrays.hpp"
 #include "lds/FaureQRStream.hpp"
 #include "lds/HaltonQRStream.hpp"
 #include "lds/SobolQRStream.hpp"
@@ -56,8 +57,7 @@ std::unique_ptr<VexelQRStream> makeSobol(VKernelVector kv, const Arguments& arg,
                      directions);
   }
   assert(s.num_dimensions == 2);
-  const V_INT columns =
-      RTableUpperBound(kv, directions, 2) - RTableLowerBound(kv, directions, 2) + 1;
+  const V_INT columns = STATS_Extent_HW(kv, directions, 2);
   const V_INT precision = arg.integer(6);
   return std::make_unique<SobolQRStream>(kv, checkedDimension(kv, dimension, 1, kMaxInt),
                                          directions, columns, arg[4], arg[3], precision);

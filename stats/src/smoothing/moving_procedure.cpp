@@ -132,7 +132,7 @@ STATS_ENTRY(STATS_VexelMoving_HW) {
   if (elementWidth(settings.data_type) == 0) {
     return result;
   }
-  const ALGEB window = newArray(kv, settings, lower, lower + size - 1);
+  const ALGEB window = newArray(kv, settings, lower, lower + (size - 1));
   const ALGEB procedureArgs = procedureArguments(kv, arg, window);
   const WindowFiller filler(kv, data, window, settings, size);
 

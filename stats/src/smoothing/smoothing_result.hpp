@@ -3,9 +3,8 @@
 
 #include <vexelc/vexelc.h>
 
-#include <limits>
-
 #include "kernel/conversions.hpp"
+#include "kernel/host_arrays.hpp"
 
 // A new float[8] array of n values from index lower, otherwise with the settings of data.
 inline ALGEB STATS_SmoothingResult_HW(VKernelVector kv, ALGEB data, V_INT lower, V_INT n) {
@@ -15,9 +14,7 @@ inline ALGEB STATS_SmoothingResult_HW(VKernelVector kv, ALGEB data, V_INT lower,
   settings.storage = RTABLE_RECTANGULAR;
   settings.num_dimensions = 1;
   settings.read_only = 0;
-  if (n == 0 && lower == std::numeric_limits<V_INT>::min()) {
-    lower = 1;  // there is no bound below it
-  }
-  const V_INT bounds[] = {lower, lower + (n - 1)};
+  const STATS_Bounds_HW indices = STATS_BoundsFrom_HW(kv, lower, n);
+  const V_INT bounds[] = {indices.lower, indices.upper};
   return RTableCreate(kv, &settings, nullptr, bounds);
 }
