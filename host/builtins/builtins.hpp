@@ -10,9 +10,8 @@ namespace vexel {
 // entries as equations, operands of an expression, ends of a range; a number or name is its own.
 void elementsOf(State& state, ALGEB x, Handles& out);
 
-// The only argument of a function; raises message, with all of them for its %1, unless there is
-// one.
-ALGEB oneArgument(State& state, ALGEB args, const char* message);
+// Gives a new kernel its language: the interpreter, and all of the functions below.
+void initialiseLanguage(State& state);
 
 void defineStructuralFunctions(State& state);  // count, part, map, tolist, typeof, table, ...
 void defineNumberFunctions(State& state);      // floor, round, abs, min, max, ...

@@ -1,4 +1,4 @@
-// The parts of the JSON writer that others use; jsonText is in values/evaluation.hpp.
+// Objects and errors as JSON.
 #pragma once
 
 #include <span>
@@ -9,11 +9,11 @@
 
 namespace vexel {
 
+// One line of JSON.
+std::string jsonText(State& state, ALGEB x);
+
 // Text as a JSON string; bytes that are no UTF-8 become U+FFFD.
 void appendJsonString(std::string& out, std::string_view text);
-
-// Bytes of the UTF-8 character at the start of text, 0 when it is none (text not empty, not ASCII).
-std::size_t utf8Length(std::string_view text);
 
 // The line of an error: the filled text, the message and its arguments.
 std::string jsonError(State& state, std::string_view filled, std::string_view message,

@@ -6,9 +6,9 @@
 #include "builtins/builtins.hpp"
 #include "mathematics/algebra.hpp"
 #include "mathematics/elementary.hpp"
+#include "mathematics/evaluation.hpp"
 #include "values/arrays.hpp"
 #include "values/errors.hpp"
-#include "values/evaluation.hpp"
 #include "values/numbers.hpp"
 #include "values/objects.hpp"
 

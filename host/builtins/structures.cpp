@@ -1,12 +1,12 @@
 // Built-in functions on the structure of values, and evaluation to floating point.
 
 #include "builtins/builtins.hpp"
-#include "language/evaluator.hpp"
 #include "mathematics/algebra.hpp"
+#include "mathematics/comparison.hpp"
 #include "mathematics/elementary.hpp"
+#include "mathematics/evaluation.hpp"
 #include "values/arrays.hpp"
 #include "values/errors.hpp"
-#include "values/evaluation.hpp"
 #include "values/numbers.hpp"
 #include "values/objects.hpp"
 #include "values/text.hpp"
@@ -311,13 +311,6 @@ void elementsOf(State& s, ALGEB x, Handles& out) {
   }
 }
 
-ALGEB oneArgument(State& state, ALGEB args, const char* message) {
-  if (argumentCount(args) != 1 || isNull(args)) {
-    raise(state, message, args);
-  }
-  return argument(state, args, 1);
-}
-
 void defineStructuralFunctions(State& state) {
   defineFunction(state, "evalf", callEvalf);
   defineFunction(
@@ -373,7 +366,8 @@ void defineStructuralFunctions(State& state) {
       }
       parameters += (i > 2 ? ", " : "") + std::string(text(parameter));
     }
-    return runStatements(s, "(" + parameters + ") -> " + sourceText(s, argument(s, args, 1)) + ":");
+    return s.language->runStatements(
+        s, "(" + parameters + ") -> " + sourceText(s, argument(s, args, 1)) + ":");
   });
   defineFunction(state, "Complex", [](State& s, ALGEB args) {
     requireCount(s, args, 2, "Complex expects two real numbers, received: %1");

@@ -5,10 +5,9 @@
 #include <cstdio>
 
 #include "builtins/builtins.hpp"
-#include "language/evaluator.hpp"
+#include "language/interpreter.hpp"
 #include "mathematics/elementary.hpp"
 #include "values/errors.hpp"
-#include "values/evaluation.hpp"
 #include "values/numbers.hpp"
 #include "values/objects.hpp"
 #include "values/text.hpp"
@@ -101,14 +100,13 @@ void defineSystemFunctions(State& state) {
     return s.null;
   });
   defineFunction(state, "quit", [](State& s, ALGEB) {
-    language(s).quit = true;
+    interpreter(s).quit = true;
     return s.null;
   });
 }
 
 void initialiseLanguage(State& state) {
-  state.language = std::make_unique<Language>();
-  state.heap.addRoots([&state](Marker&) { language(state).settled.clear(); });
+  state.language = std::make_unique<Interpreter>();
   if (!state.output) {
     state.output = [](std::string_view text) {
       std::fwrite(text.data(), 1, text.size(), stdout);

@@ -4,8 +4,8 @@
 #include <string>
 
 #include "builtins/builtins.hpp"
+#include "mathematics/evaluation.hpp"
 #include "values/errors.hpp"
-#include "values/evaluation.hpp"
 #include "values/numbers.hpp"
 #include "values/objects.hpp"
 #include "values/text.hpp"

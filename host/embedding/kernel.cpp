@@ -4,10 +4,10 @@
 
 #include <cstdlib>
 
+#include "builtins/builtins.hpp"
 #include "embedding/exported_symbols.hpp"
 #include "embedding/kernel_impl.hpp"
 #include "values/arrays.hpp"
-#include "values/evaluation.hpp"
 #include "values/numbers.hpp"
 #include "values/objects.hpp"
 
@@ -218,7 +218,8 @@ Value Kernel::function(std::string_view functionName, std::function<double(doubl
 // ---- running
 
 Value Kernel::eval(std::string_view text) {
-  return impl_->run([&] { return Value(*this, runStatements(impl_->state, text)); });
+  return impl_->run(
+      [&] { return Value(*this, impl_->state.language->runStatements(impl_->state, text)); });
 }
 
 void Kernel::loadLibrary(const std::string& path) {

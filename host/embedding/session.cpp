@@ -5,9 +5,9 @@
 #include "builtins/json.hpp"
 #include "embedding/kernel_impl.hpp"
 #include "language/evaluator.hpp"
+#include "language/interpreter.hpp"
 #include "language/parser.hpp"
 #include "values/errors.hpp"
-#include "values/evaluation.hpp"
 #include "values/numbers.hpp"
 #include "values/objects.hpp"
 #include "values/text.hpp"
@@ -66,7 +66,7 @@ Script::~Script() = default;
 bool Script::next(Outcome& outcome) {
   State& state = impl_->state;
   outcome = Outcome();
-  if (language(state).quit) {
+  if (interpreter(state).quit) {
     return false;
   }
   const auto ended = [&](Outcome::Kind kind, const char* text) {
@@ -122,7 +122,7 @@ bool Script::next(Outcome& outcome) {
     outcome.column = program->start.column;
     outcome.printed = program->printed;
     outcome.value = Value(impl_->kernel, runProgram(state, program));
-    if (language(state).quit) {
+    if (interpreter(state).quit) {
       outcome.printed = false;
     }
   } catch (const HostErrorToken&) {
@@ -153,7 +153,7 @@ bool isIncomplete(Kernel& kernel, std::string_view text) {
   });
 }
 
-bool quitRequested(Kernel& kernel) { return language(*kernel.vector()).quit; }
+bool quitRequested(Kernel& kernel) { return interpreter(*kernel.vector()).quit; }
 
 std::string shortened(const Value& value) {
   TextOptions options;
@@ -175,29 +175,6 @@ std::vector<std::string> knownNames(Kernel& kernel) {
     }
   });
   return names;
-}
-
-ALGEB runStatements(State& state, std::string_view source) {
-  const std::string owned(source);
-  Parser parser(state, owned);
-  ALGEB result = state.null;
-  for (;;) {
-    std::shared_ptr<Program> program;
-    std::string problem;
-    try {
-      program = parser.next();
-    } catch (const SyntaxError& e) {
-      problem = "syntax error at line " + std::to_string(e.position.line) + ", column " +
-                std::to_string(e.position.column) + ": " + e.message;
-    }
-    if (!problem.empty()) {
-      raise(state, problem);
-    }
-    if (program == nullptr || language(state).quit) {
-      return result;
-    }
-    result = runProgram(state, program);
-  }
 }
 
 }  // namespace vexel

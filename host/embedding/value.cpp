@@ -2,9 +2,9 @@
 
 #include <utility>
 
+#include "builtins/json.hpp"
 #include "embedding/kernel_impl.hpp"
 #include "values/arrays.hpp"
-#include "values/evaluation.hpp"
 #include "values/numbers.hpp"
 #include "values/objects.hpp"
 #include "values/text.hpp"

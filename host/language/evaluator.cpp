@@ -5,12 +5,14 @@
 
 #include <alloca.h>
 
+#include "language/elements.hpp"
 #include "language/hardware.hpp"
+#include "language/interpreter.hpp"
 #include "language/procedure.hpp"
 #include "mathematics/algebra.hpp"
-#include "values/arrays.hpp"
+#include "mathematics/comparison.hpp"
+#include "mathematics/evaluation.hpp"
 #include "values/errors.hpp"
-#include "values/evaluation.hpp"
 #include "values/numbers.hpp"
 #include "values/objects.hpp"
 #include "values/text.hpp"
@@ -23,21 +25,21 @@ namespace {
 class PlaceScope {
  public:
   PlaceScope(State& state, const Program& program, const Node& node)
-      : language_(language(state)), program_(language_.program), node_(language_.node) {
+      : interpreter_(interpreter(state)), program_(interpreter_.program), node_(interpreter_.node) {
     if (program.text != nullptr) {
-      language_.program = &program;
-      language_.node = &node;
+      interpreter_.program = &program;
+      interpreter_.node = &node;
     }
   }
   PlaceScope(const PlaceScope&) = delete;
   PlaceScope& operator=(const PlaceScope&) = delete;
   ~PlaceScope() {
-    language_.program = program_;
-    language_.node = node_;
+    interpreter_.program = program_;
+    interpreter_.node = node_;
   }
 
  private:
-  Language& language_;
+  Interpreter& interpreter_;
   const Program* program_;
   const Node* node_;
 };
@@ -62,7 +64,7 @@ class Evaluator {
   // The statement or call that runs now.
   void note(const Node& node) {
     if (program_->text != nullptr) {
-      language(state_).node = &node;
+      interpreter(state_).node = &node;
     }
   }
 
@@ -70,54 +72,6 @@ class Evaluator {
   const std::shared_ptr<Program>& program_;
   ALGEB* slots_;
 };
-
-V_INT indexValue(State& state, ALGEB i) {
-  std::int64_t n = 0;
-  if (!isInteger(i) || !fitsInt64(i, &n)) {
-    raise(state, "expected an integer as index, received: %1", i);
-  }
-  return n;
-}
-
-// The key under which a table holds an index: lists and sequences that are equal element by element
-// are one key.
-ALGEB tableKey(State& state, ALGEB t, std::span<const ALGEB> index) {
-  const ALGEB key = sequenceOf(state, index);
-  if ((!isSequence(key) && !isList(key)) || isNull(key) || table(t).find(key) != nullptr) {
-    return key;
-  }
-  for (const auto& [known, value] : table(t).entries()) {
-    if ((isSequence(known) || isList(known)) &&
-        comparison(state, CompareOp::equal, known, key).value_or(false)) {
-      return known;
-    }
-  }
-  return key;
-}
-
-void assignIndexed(State& state, ALGEB what, std::span<const ALGEB> index, ALGEB v) {
-  if (is(what, Tag::table)) {
-    table(what).assign(tableKey(state, what, index), v);
-    return;
-  }
-  if (isArray(what)) {
-    std::vector<V_INT> at;
-    for (const ALGEB i : index) {
-      at.push_back(indexValue(state, i));
-    }
-    arrayAssign(state, what, at, v);
-    return;
-  }
-  if (isList(what) && index.size() == 1) {
-    const V_INT i = indexValue(state, index[0]);
-    if (i < 1 || i > static_cast<V_INT>(countOf(what))) {
-      raise(state, "index out of range: %1", index[0]);
-    }
-    setOperand(what, static_cast<std::size_t>(i), v);
-    return;
-  }
-  raise(state, "unable to assign an element of %1", what);
-}
 
 ALGEB Evaluator::global(ALGEB n) {
   const ALGEB v = nameValue(n);
@@ -210,10 +164,10 @@ ALGEB Evaluator::callValue(const Node& node) {
     }
     raise(state_, "unable to call %1", function);
   }
-  const Node* const outer = language(state_).node;
+  const Node* const outer = interpreter(state_).node;
   note(callee);
   const ALGEB result = apply(state_, function, std::span<const ALGEB>(args, n));
-  language(state_).node = outer;
+  interpreter(state_).node = outer;
   return result;
 }
 
@@ -272,7 +226,7 @@ ALGEB Evaluator::assign(const Node& target, ALGEB v) {
       }
       checkDigits(state_, digits);
     }
-    setNameValue(target.value, v == target.value ? nullptr : v);
+    setNameValue(state_, target.value, v == target.value ? nullptr : v);
   } else {
     const Node& base = *target.children[0];
     Handles index(state_);
@@ -379,7 +333,7 @@ ALGEB Evaluator::value(const Node& node) {
     case NodeKind::sumOver:
       return overRange(node);
     case NodeKind::clear:
-      setNameValue(node.value, nullptr);
+      setNameValue(state_, node.value, nullptr);
       return state_.null;
     case NodeKind::assign:
       return assign(*node.children[0], value(*node.children[1]));
@@ -404,7 +358,7 @@ ALGEB Evaluator::value(const Node& node) {
         lookAtInterrupt();
         assign(*node.children[0], i);
         result = value(*node.children[3]);
-        if (language(state_).quit) {
+        if (interpreter(state_).quit) {
           break;
         }
       }
@@ -415,7 +369,7 @@ ALGEB Evaluator::value(const Node& node) {
       while (condition(*node.children[0])) {
         lookAtInterrupt();
         result = value(*node.children[1]);
-        if (language(state_).quit) {
+        if (interpreter(state_).quit) {
           break;
         }
       }
@@ -425,7 +379,7 @@ ALGEB Evaluator::value(const Node& node) {
       ALGEB result = state_.null;
       for (const Node* child : node.children) {
         result = statement(*child);
-        if (language(state_).quit) {
+        if (interpreter(state_).quit) {
           break;
         }
       }
@@ -446,7 +400,7 @@ bool isQuit(const Node& statement) {
 ALGEB Evaluator::statement(const Node& node) {
   note(node);
   if (isQuit(node)) {
-    language(state_).quit = true;
+    interpreter(state_).quit = true;
     return state_.null;
   }
   try {
@@ -470,14 +424,14 @@ ALGEB runProgram(State& state, const std::shared_ptr<Program>& program) {
   }
   const Node& body = *program->top->body;
   if (isQuit(body)) {
-    language(state).quit = true;
+    interpreter(state).quit = true;
     return state.null;
   }
   const PlaceScope place(state, *program, body);
   return Evaluator(state, program, slots).value(body);
 }
 
-ALGEB callProcedure(State& state, ALGEB procedureObject, ALGEB args) {
+ALGEB Interpreter::callProcedure(State& state, ALGEB procedureObject, ALGEB args) {
   checkStack(state);
   lookAtInterrupt();
   // The object is on this frame, so program and captured values stay alive.
@@ -512,40 +466,6 @@ ALGEB callProcedure(State& state, ALGEB procedureObject, ALGEB args) {
     state.error.line = 0;  // a place in the procedure, which may come from another text
     throw;
   }
-}
-
-ALGEB indexed(State& state, ALGEB x, std::span<const ALGEB> index) {
-  if (is(x, Tag::table)) {
-    const ALGEB key = tableKey(state, x, index);
-    if (const ALGEB found = table(x).find(key)) {
-      return found;
-    }
-    raise(state, "the table has no entry %1", key);
-  }
-  if (isArray(x)) {
-    std::vector<V_INT> at;
-    for (const ALGEB i : index) {
-      at.push_back(indexValue(state, i));
-    }
-    const ALGEB found = arraySelect(state, x, at);
-    return found == nullptr ? state.null : found;
-  }
-  if ((isList(x) || isSequence(x)) && !index.empty()) {
-    const V_INT i = indexValue(state, index[0]);
-    if (i < 1 || i > static_cast<V_INT>(countOf(x))) {
-      raise(state, "index out of range: %1", index[0]);
-    }
-    const ALGEB found = element(state, x, static_cast<std::size_t>(i));
-    return index.size() == 1 ? found : indexed(state, found, index.subspan(1));
-  }
-  if (is(x, Tag::name) || is(x, Tag::function)) {
-    std::string subscripted = plainText(state, x) + "[";
-    for (std::size_t i = 0; i < index.size(); ++i) {
-      subscripted += (i > 0 ? ", " : "") + sourceText(state, index[i]);
-    }
-    return name(state, subscripted + "]");
-  }
-  raise(state, "unable to select an element of %1", x);
 }
 
 }  // namespace vexel

@@ -8,9 +8,10 @@
 #include <cmath>
 #include <unordered_set>
 
+#include "language/interpreter.hpp"
 #include "language/procedure.hpp"
+#include "mathematics/evaluation.hpp"
 #include "values/errors.hpp"
-#include "values/evaluation.hpp"
 #include "values/numbers.hpp"
 #include "values/objects.hpp"
 
@@ -70,7 +71,7 @@ double run(State& state, const HardwareCode& code, double* f) {
         f[i.to] = -f[i.x];
         break;
       case Op::global:
-        f[i.to] = evaluateHardware(state, code.objects[static_cast<std::size_t>(i.x)]);
+        f[i.to] = vexel::evaluateHardware(state, code.objects[static_cast<std::size_t>(i.x)]);
         break;
       case Op::call:
         f[i.to] = callByName(state, code.objects[static_cast<std::size_t>(i.y)], i.n, f + i.x);
@@ -161,12 +162,12 @@ std::optional<double> runHardware(State& state, const Node& expression, const AL
     if (!isReal(slots[slot])) {
       return std::nullopt;
     }
-    frame[static_cast<std::size_t>(slot)] = evaluateHardware(state, slots[slot]);
+    frame[static_cast<std::size_t>(slot)] = vexel::evaluateHardware(state, slots[slot]);
   }
   return run(state, *code, frame.data());
 }
 
-double callHardware(State& state, ALGEB procedureObject, int n, const double* args) {
+double Interpreter::callHardware(State& state, ALGEB procedureObject, int n, const double* args) {
   checkStack(state);
   auto& procedure = static_cast<LanguageProcedure&>(*foreign(procedureObject));
   const FunctionCode& function = *procedure.code;
@@ -181,7 +182,7 @@ double callHardware(State& state, ALGEB procedureObject, int n, const double* ar
     frame[i] = 0.0;
   }
   for (std::size_t i = 0; i < function.captures.size(); ++i) {
-    frame[function.captures[i].inner] = evaluateHardware(state, procedure.captured[i]);
+    frame[function.captures[i].inner] = vexel::evaluateHardware(state, procedure.captured[i]);
   }
   return run(state, code, frame);
 }

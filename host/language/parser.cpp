@@ -5,10 +5,10 @@
 
 #include <algorithm>
 
-#include "builtins/json.hpp"
 #include "values/errors.hpp"
 #include "values/numbers.hpp"
 #include "values/objects.hpp"
+#include "values/utf8.hpp"
 
 namespace vexel {
 

@@ -11,6 +11,7 @@
 #include <string>
 #include <vector>
 
+#include "mathematics/comparison.hpp"
 #include "memory/heap.hpp"
 
 namespace vexel {
@@ -49,8 +50,6 @@ enum class NodeKind : std::uint8_t {
   whileLoop,     // children: condition, body
   block,         // children: statements
 };
-
-enum class CompareOp : std::uint8_t { equal, unequal, less, lessEqual, greater, greaterEqual };
 
 struct FunctionCode;
 

@@ -7,12 +7,11 @@
 #include <array>
 #include <cmath>
 
-#include "builtins/builtins.hpp"
 #include "mathematics/algebra.hpp"
 #include "mathematics/complex_functions.hpp"
+#include "mathematics/evaluation.hpp"
 #include "values/arrays.hpp"
 #include "values/errors.hpp"
-#include "values/evaluation.hpp"
 #include "values/numbers.hpp"
 #include "values/objects.hpp"
 

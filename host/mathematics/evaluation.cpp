@@ -1,14 +1,12 @@
-// Evaluation of objects: names and symbolic expressions anew, in software and in hardware floats,
-// and comparison.
+// Evaluation of objects: names and symbolic expressions anew, in software and in hardware floats.
 
-#include "values/evaluation.hpp"
+#include "mathematics/evaluation.hpp"
 
 #include <algorithm>
 #include <cmath>
 #include <numbers>
 #include <unordered_set>
 
-#include "language/evaluator.hpp"
 #include "mathematics/algebra.hpp"
 #include "mathematics/elementary.hpp"
 #include "mathematics/known_parts.hpp"
@@ -20,12 +18,6 @@
 namespace vexel {
 
 namespace {
-
-// Calls f on an application by its name: the value or function of that name, or the application
-// again.
-ALGEB reapply(State& state, ALGEB function, std::span<const ALGEB> args) {
-  return apply(state, function, args);
-}
 
 // Digits that a computation carries beyond those asked for.
 constexpr int kGuardDigits = 10;
@@ -97,7 +89,7 @@ ALGEB floatsOf(State& state, KnownParts& known, ALGEB x) {
           return elementaryFloat(state, *f, args[0], state.digits());
         }
       }
-      return reapply(state, function, args.span());
+      return apply(state, function, args.span());
     }
     case Tag::list: {
       Handles elements(state);
@@ -210,12 +202,12 @@ ALGEB withoutShrinking(State& state, ALGEB now, ALGEB before) {
 // True when a name in an expression has a value, so that evaluating it may change it.  Parts that
 // were looked at before are not looked at again, and depth costs no stack.
 bool mentionsValues(State& state, ALGEB x) {
-  Language& l = language(state);
-  if (l.settledAt != namesGivenValues) {
-    l.settled.clear();
-    l.settledAt = namesGivenValues;
+  SettledExpressions& settled = state.settled;
+  if (settled.at != settled.namesGivenValues) {
+    settled.expressions.clear();
+    settled.at = settled.namesGivenValues;
   }
-  if (l.settled.contains(x)) {
+  if (settled.expressions.contains(x)) {
     return false;
   }
   std::vector<ALGEB> open = {x};
@@ -228,13 +220,14 @@ bool mentionsValues(State& state, ALGEB x) {
       if (nameValue(part) != nullptr) {
         return true;
       }
-    } else if (isExpression(part) && !l.settled.contains(part) && seen.insert(part).second) {
+    } else if (isExpression(part) && !settled.expressions.contains(part) &&
+               seen.insert(part).second) {
       for (std::size_t i = 1; i <= operandCount(part); ++i) {
         open.push_back(operand(part, i));
       }
     }
   }
-  l.settled.merge(seen);
+  settled.expressions.merge(seen);
   return false;
 }
 
@@ -260,7 +253,7 @@ ALGEB anew(State& state, KnownParts& known, ALGEB x) {
   if (application) {
     const ALGEB function = operand(x, 1);
     const bool valueless = is(function, Tag::name) && nameValue(function) == nullptr;
-    return same && valueless ? x : reapply(state, function, parts.span());
+    return same && valueless ? x : apply(state, function, parts.span());
   }
   return same ? x : recombined(state, x, parts.span());
 }
@@ -376,88 +369,6 @@ double evaluateHardware(State& state, ALGEB x) {
     default:
       return refuse();
   }
-}
-
-std::optional<bool> comparison(State& state, CompareOp op, ALGEB a, ALGEB b) {
-  auto constant = [&](ALGEB x) -> ALGEB {
-    if (isReal(x)) {
-      return x;
-    }
-    if (is(x, Tag::name) || isExpression(x)) {
-      const ALGEB v = evalf(state, x, state.digits() + 10);
-      return isReal(v) ? v : nullptr;
-    }
-    return nullptr;
-  };
-  const bool equality = op == CompareOp::equal || op == CompareOp::unequal;
-  if (a == b && equality && !(isReal(a) && isUndefined(state, a))) {
-    return op == CompareOp::equal;
-  }
-  const ALGEB x = constant(a);
-  const ALGEB y = constant(b);
-  if (x != nullptr && y != nullptr) {
-    const std::partial_ordering c = compare(state, x, y);
-    switch (op) {
-      case CompareOp::equal:
-        return c == 0;
-      case CompareOp::unequal:
-        return c != 0;
-      case CompareOp::less:
-        return c < 0;
-      case CompareOp::lessEqual:
-        return c <= 0;
-      case CompareOp::greater:
-        return c > 0;
-      default:
-        return c >= 0;
-    }
-  }
-  if (!equality) {
-    return std::nullopt;
-  }
-  if (isNumber(a) && isNumber(b)) {
-    return equal(state, a, b) == (op == CompareOp::equal);
-  }
-  // Lists, sequences, ranges and equations are equal when their parts are.
-  if (!isImmediate(a) && !isImmediate(b) && tag(a) == tag(b) && length(a) == length(b) &&
-      (is(a, Tag::list) || is(a, Tag::sequence) || is(a, Tag::range) || is(a, Tag::equation))) {
-    checkStack(state);
-    for (std::size_t i = 1; i < length(a); ++i) {
-      const ALGEB p = operand(a, i) == nullptr ? state.null : operand(a, i);
-      const ALGEB q = operand(b, i) == nullptr ? state.null : operand(b, i);
-      const auto same = comparison(state, CompareOp::equal, p, q);
-      if (same && !*same) {
-        return op == CompareOp::unequal;
-      }
-      if (!same) {
-        return std::nullopt;
-      }
-    }
-    return op == CompareOp::equal;
-  }
-  const bool open = is(a, Tag::name) || isExpression(a) || is(b, Tag::name) || isExpression(b);
-  if (open && (isNumber(a) || is(a, Tag::name) || isExpression(a)) &&
-      (isNumber(b) || is(b, Tag::name) || isExpression(b))) {
-    // Different expressions: as objects they differ.
-    return op == CompareOp::unequal;
-  }
-  return op == CompareOp::unequal;
-}
-
-bool truth(State& state, ALGEB x) {
-  if (isBoolean(state, x)) {
-    return x == state.trueValue;
-  }
-  if (isRelation(x)) {
-    const CompareOp op = is(x, Tag::equation)  ? CompareOp::equal
-                         : is(x, Tag::unequal) ? CompareOp::unequal
-                         : is(x, Tag::less)    ? CompareOp::less
-                                               : CompareOp::lessEqual;
-    if (const auto result = comparison(state, op, operand(x, 1), operand(x, 2))) {
-      return *result;
-    }
-  }
-  raise(state, "expected true or false, received: %1", x);
 }
 
 }  // namespace vexel

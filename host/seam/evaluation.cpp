@@ -1,7 +1,5 @@
 // The C interface: evaluation, errors, output, random numbers.
 
-#include "values/evaluation.hpp"
-
 #include <cmath>
 #include <cstdarg>
 #include <cstdio>
@@ -46,7 +44,7 @@ extern "C" {
 
 ALGEB VexelEval(VKernelVector kv, ALGEB x) {
   vexel::lookAtInterrupt();
-  return vexel::evaluate(*kv, x);
+  return kv->language->evaluate(*kv, x);
 }
 
 double VexelEvalhf(VKernelVector kv, ALGEB x) {
@@ -55,7 +53,7 @@ double VexelEvalhf(VKernelVector kv, ALGEB x) {
     return vexel::doubleOf(x);
   }
   if (!vexel::isReal(x)) {
-    return vexel::evaluateHardware(*kv, x);
+    return kv->language->evaluateHardware(*kv, x);
   }
   const double d = vexel::toDouble(*kv, x);
   if (!std::isfinite(d) || (d == 0.0 && !vexel::isZero(x))) {
@@ -84,7 +82,7 @@ ALGEB EvalVexelProcedure(VKernelVector kv, ALGEB proc, ALGEB args) {
 }
 
 ALGEB EvalVexelStatement(VKernelVector kv, const char* text) {
-  return vexel::runStatements(*kv, text);
+  return kv->language->runStatements(*kv, text);
 }
 
 ALGEB VexelAssign(VKernelVector kv, ALGEB name, ALGEB value) {
@@ -92,7 +90,7 @@ ALGEB VexelAssign(VKernelVector kv, ALGEB name, ALGEB value) {
     vexel::raise(*kv, "a name expected, received %1", name);
   }
   ALGEB old = vexel::nameValue(name);
-  vexel::setNameValue(name, value == name ? nullptr : value);
+  vexel::setNameValue(*kv, name, value == name ? nullptr : value);
   return old == nullptr ? name : old;
 }
 

@@ -5,7 +5,6 @@
 
 #include "values/arrays.hpp"
 #include "values/errors.hpp"
-#include "values/evaluation.hpp"
 #include "values/numbers.hpp"
 #include "values/objects.hpp"
 
@@ -27,7 +26,7 @@ ALGEB asNumber(State& state, int type, ALGEB x) {
   if (!is(x, Tag::name) && !isExpression(x)) {
     refuse(state, type, x);
   }
-  ALGEB value = evalf(state, x, kDigits);
+  ALGEB value = state.language->evalf(state, x, kDigits);
   if (!isNumber(value)) {
     refuse(state, type, x);
   }

@@ -17,13 +17,14 @@ _VKernelVectorDesc::_VKernelVectorDesc() : heap(*this) {
   infinity = interned.real(*this, std::numeric_limits<double>::infinity());
   minusInfinity = interned.real(*this, -std::numeric_limits<double>::infinity());
   digitsName = interned.name(*this, "Digits");
-  vexel::setNameValue(digitsName, vexel::immediate(15));
+  vexel::setNameValue(*this, digitsName, vexel::immediate(15));
   piName = interned.name(*this, "Pi");
 }
 
 _VKernelVectorDesc::~_VKernelVectorDesc() = default;
 
 void _VKernelVectorDesc::markRoots(vexel::Marker& marker) {
+  settled.expressions.clear();
   for (ALGEB x :
        {null, trueValue, falseValue, undefined, infinity, minusInfinity, digitsName, piName}) {
     marker.mark(x);

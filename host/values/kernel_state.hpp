@@ -6,21 +6,16 @@
 #include <memory>
 #include <string>
 #include <unordered_map>
+#include <unordered_set>
 #include <vector>
 
 #include "memory/handle.hpp"
 #include "memory/heap.hpp"
 #include "memory/interning.hpp"
+#include "values/language.hpp"
 #include "values/random_stream.hpp"
 
 namespace vexel {
-
-// A place in a text that is run; line 0 when it is unknown.
-struct TextPlace {
-  std::shared_ptr<const std::string> text;  // the text's name: a file
-  int line = 0;
-  int column = 0;
-};
 
 // The host error that is being raised or was caught last.
 struct PendingError {
@@ -32,10 +27,13 @@ struct PendingError {
   bool inProcedure = false;      // it left a procedure of the language
 };
 
-// Whatever the language keeps per kernel; it derives from this.
-struct LanguageState {
-  virtual ~LanguageState() = default;
-  virtual TextPlace where() const { return {}; }  // what is being run
+// Expressions that were found to mention no name with a value, so that evaluating them changes
+// nothing.  They stand until a name gets one; a collection, which may give their addresses to
+// others, forgets them.
+struct SettledExpressions {
+  std::unordered_set<ALGEB> expressions;
+  std::uint64_t at = 0;                // namesGivenValues when they were found
+  std::uint64_t namesGivenValues = 0;  // how often a name without a value got one
 };
 
 }  // namespace vexel
@@ -51,7 +49,8 @@ struct _VKernelVectorDesc {
   vexel::RandomStream random;
   vexel::PendingError error;
   vexel::PendingError lastError;  // what last_error() tells
-  std::unique_ptr<vexel::LanguageState> language;
+  vexel::SettledExpressions settled;
+  std::unique_ptr<vexel::Language> language;
 
   // Objects that exist once.
   ALGEB null = nullptr;  // the empty sequence

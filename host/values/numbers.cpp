@@ -324,9 +324,9 @@ double toDouble(State&, ALGEB x) {
 
 DigitsScope::DigitsScope(State& state, int digits)
     : state_(state), saved_(nameValue(state.digitsName)) {
-  setNameValue(state.digitsName, immediate(digits));
+  setNameValue(state, state.digitsName, immediate(digits));
 }
-DigitsScope::~DigitsScope() { setNameValue(state_.digitsName, saved_); }
+DigitsScope::~DigitsScope() { setNameValue(state_, state_.digitsName, saved_); }
 
 void checkDigits(State& state, std::int64_t digits) {
   if (digits < 1 || digits > kMaxDigits) {

@@ -6,7 +6,6 @@
 #include <stdexcept>
 
 #include "values/errors.hpp"
-#include "values/evaluation.hpp"
 
 namespace vexel {
 
@@ -49,6 +48,13 @@ ALGEB sequenceOf(State& state, std::span<const ALGEB> elements) {
     default:
       return newRow(state, Tag::sequence, elements);
   }
+}
+
+ALGEB oneArgument(State& state, ALGEB args, const char* message) {
+  if (argumentCount(args) != 1 || isNull(args)) {
+    raise(state, message, args);
+  }
+  return argument(state, args, 1);
 }
 
 ALGEB newPair(State& state, Tag t, ALGEB left, ALGEB right) {
@@ -215,7 +221,7 @@ ALGEB apply(State& state, ALGEB function, ALGEB args) {
     return result == nullptr ? state.null : result;
   }
   if (is(f, Tag::procedure)) {
-    return callProcedure(state, f, args);
+    return state.language->callProcedure(state, f, args);
   }
   if (is(f, Tag::name) || isExpression(f)) {
     Handles all(state);
@@ -242,7 +248,7 @@ double applyHardware(State& state, ALGEB function, int n, const double* args) {
     return guarded(state, [&] { return m.hardware(state, n, args); });
   }
   if (is(f, Tag::procedure)) {
-    return callHardware(state, f, n, args);
+    return state.language->callHardware(state, f, n, args);
   }
   raise(state, "%1 has no hardware floating-point form", f);
 }

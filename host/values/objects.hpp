@@ -32,9 +32,8 @@ std::string_view text(ALGEB stringOrName);
 
 // A name's value, null when it has none; and the function known under it, null for none.
 inline ALGEB nameValue(ALGEB n) { return operand(n, 1); }
-inline std::uint64_t namesGivenValues = 0;  // how often a name without a value got one
-inline void setNameValue(ALGEB n, ALGEB value) {
-  namesGivenValues += nameValue(n) == nullptr ? 1U : 0U;
+inline void setNameValue(State& state, ALGEB n, ALGEB value) {
+  state.settled.namesGivenValues += nameValue(n) == nullptr ? 1U : 0U;
   setOperand(n, 1, value);
 }
 inline ALGEB nameFunction(ALGEB n) { return operand(n, 2); }
@@ -70,6 +69,10 @@ inline std::size_t argumentCount(ALGEB args) { return isSequence(args) ? length(
 inline ALGEB argument(State& state, ALGEB args, std::size_t i) {
   return isSequence(args) && length(args) > 1 ? element(state, args, i) : args;
 }
+
+// The only argument of a function; raises message, with all of them for its %1, unless there is
+// one.
+ALGEB oneArgument(State& state, ALGEB args, const char* message);
 
 // --- relations and ranges: operands are words 1 and 2 ---
 ALGEB newPair(State& state, Tag t, ALGEB left, ALGEB right);  // range, equation, less, ...

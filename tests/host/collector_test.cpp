@@ -92,7 +92,7 @@ TEST_F(CoreCollectorTest, StressKeepsWhatIsReachable) {
     block[i - 1] = newFloat(state, i + 0.75);
     handles.push(newComplex(state, immediate(i), newFloat(state, i)));
     nested = newPair(state, Tag::equation, newFloat(state, -i), nested);
-    setNameValue(name(state, "v" + std::to_string(i)), newFloat(state, i + 0.0625));
+    setNameValue(state, name(state, "v" + std::to_string(i)), newFloat(state, i + 0.0625));
   }
   ASSERT_EQ(state.heap.check(), "");
   for (int i = n; i >= 1; --i) {

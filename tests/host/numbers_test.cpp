@@ -5,8 +5,8 @@
 #include <limits>
 #include <string>
 
+#include "mathematics/evaluation.hpp"
 #include "state_test.hpp"
-#include "values/evaluation.hpp"
 #include "values/objects.hpp"
 #include "values/text.hpp"
 
@@ -183,7 +183,7 @@ TEST_F(CoreNumbersTest, Arithmetic) {
 
 // 9999999999999999 lies between two doubles.
 TEST_F(CoreNumbersTest, TrailingZerosOfASumThatIsNoDouble) {
-  setNameValue(name(state, "Digits"), immediate(17));
+  setNameValue(state, name(state, "Digits"), immediate(17));
   EXPECT_EQ(show(subtract(state, number("1e16"), number("0.96"))), "9999999999999999.0");
 }
 
@@ -205,9 +205,9 @@ TEST_F(CoreNumbersTest, ShortAndLongArithmeticAgree) {
       if (isZero(b)) {
         continue;
       }
-      setNameValue(digits, immediate(40));
+      setNameValue(state, digits, immediate(40));
       ALGEB exact = operation(state, a, b);
-      setNameValue(digits, immediate(15));
+      setNameValue(state, digits, immediate(15));
       ASSERT_EQ(operation(state, a, b), roundToDigits(state, exact, 15))
           << show(a) << " " << show(b);
     }
