@@ -91,7 +91,9 @@ std::int64_t Urn::sample(Random& rng) const {
   const std::uint64_t rest =
       cells_.size() <= oneDrawCells ? static_cast<std::uint64_t>(product) : rng.bits();
   const Cell& cell = cells_[index];
-  return static_cast<std::int64_t>(rest < cell.threshold ? index : cell.alias);
+  // Without a branch: nobody could foretell it.
+  const std::uint64_t other = 0 - static_cast<std::uint64_t>(rest >= cell.threshold);
+  return static_cast<std::int64_t>(index ^ ((index ^ cell.alias) & other));
 }
 
 void Urn::sample(std::span<std::int64_t> out, Random& rng) const {

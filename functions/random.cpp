@@ -7,9 +7,9 @@
 #include <stdexcept>
 #include <string>
 
+#include "functions/pieces.hpp"
 #include "kernels/variates/lanes.hpp"
 #include "kernels/variates/ziggurat.hpp"
-#include "kernels/watch.hpp"
 
 namespace vexel {
 
@@ -19,16 +19,6 @@ std::uint64_t systemSeed() {
   std::random_device device;
   const std::uint64_t high = device();
   return high << 32 | device();
-}
-
-// Fills out in pieces of a few milliseconds, each followed by a report.
-template <typename T, typename Fill>
-void inPieces(std::span<T> out, Fill fill) {
-  constexpr std::size_t piece = std::size_t{kernels::pollInterval};
-  for (std::size_t i = 0; i < out.size(); i += piece) {
-    fill(out.subspan(i, std::min(piece, out.size() - i)));
-    kernels::poll(static_cast<double>(i) / static_cast<double>(out.size()));
-  }
 }
 
 // The bytes of a state: a mark and version, then words, all with the lowest byte first.
@@ -190,19 +180,47 @@ void Random::uniform(std::span<double> out) {
   });
 }
 
-std::int64_t Random::integers(std::int64_t low, std::int64_t high) {
+namespace {
+
+// The number of integers low <= k < high.
+std::uint64_t sizeOf(std::int64_t low, std::int64_t high) {
   if (!(low < high)) {
     throw std::invalid_argument("low must be below high, not " + std::to_string(low) + " and " +
                                 std::to_string(high));
   }
-  const auto first = static_cast<std::uint64_t>(low);
-  return static_cast<std::int64_t>(first + below(static_cast<std::uint64_t>(high) - first));
+  return static_cast<std::uint64_t>(high) - static_cast<std::uint64_t>(low);
+}
+
+}  // namespace
+
+std::int64_t Random::integers(std::int64_t low, std::int64_t high) {
+  return static_cast<std::int64_t>(static_cast<std::uint64_t>(low) + below(sizeOf(low, high)));
 }
 
 void Random::integers(std::int64_t low, std::int64_t high, std::span<std::int64_t> out) {
+  const std::uint64_t size = sizeOf(low, high);
   inPieces(out, [=, this](std::span<std::int64_t> piece) {
     for (std::int64_t& k : piece) {
-      k = integers(low, high);
+      k = static_cast<std::int64_t>(static_cast<std::uint64_t>(low) + below(size));
+    }
+  });
+}
+
+// The draws that vector instructions can answer go in runs, the rare others one by one.
+template <typename Accept, typename One>
+void Random::ziggurat(std::span<double> out, Accept accept, One one) {
+  inPieces(out, [=, this](std::span<double> piece) {
+    for (std::size_t i = 0; i < piece.size(); ++i) {
+      if (next_ == bufferSize) {
+        refill();
+      }
+      const std::size_t ahead = std::min<std::size_t>(bufferSize - next_, piece.size() - i);
+      const std::size_t run = accept(buffer_ + next_, piece.data() + i, ahead);
+      next_ += static_cast<std::uint32_t>(run);
+      i += run;
+      if (i < piece.size()) {
+        piece[i] = one(*this);
+      }
     }
   });
 }
@@ -210,21 +228,15 @@ void Random::integers(std::int64_t low, std::int64_t high, std::span<std::int64_
 double Random::normal() { return kernels::normalVariate(*this); }
 
 void Random::normal(std::span<double> out) {
-  inPieces(out, [this](std::span<double> piece) {
-    for (double& x : piece) {
-      x = kernels::normalVariate(*this);
-    }
-  });
+  ziggurat(out, kernels::acceptNormals,
+           [](Random& source) { return kernels::normalVariate(source); });
 }
 
 double Random::exponential() { return kernels::exponentialVariate(*this); }
 
 void Random::exponential(std::span<double> out) {
-  inPieces(out, [this](std::span<double> piece) {
-    for (double& x : piece) {
-      x = kernels::exponentialVariate(*this);
-    }
-  });
+  ziggurat(out, kernels::acceptExponentials,
+           [](Random& source) { return kernels::exponentialVariate(source); });
 }
 
 std::vector<double> Random::uniform(std::size_t n) {

@@ -49,7 +49,7 @@ class VEXEL_API Random {
   RandomState state() const;
   void jump();  // to the same place of the next block
 
-  // 288 bytes, version first; from_bytes throws std::invalid_argument for anything else.
+  // 280 bytes, version first; from_bytes throws std::invalid_argument for anything else.
   std::vector<std::byte> to_bytes() const;
   static Random from_bytes(std::span<const std::byte> bytes);
 
@@ -108,6 +108,8 @@ class VEXEL_API Random {
   static constexpr std::uint32_t bufferSize = 128;
 
   void refill();
+  template <typename Accept, typename One>
+  void ziggurat(std::span<double> out, Accept accept, One one);
 
   std::uint64_t lanes_[4][8];   // word w of lane l, after the buffered draws
   std::uint64_t before_[4][8];  // the same before them

@@ -25,4 +25,16 @@ void drawBits(Lanes& lanes, std::uint64_t* out, std::size_t rounds);
 // The same as uniforms on (0, 1).
 void drawUniforms(Lanes& lanes, double* out, std::size_t rounds);
 
+// Normal and exponential variates of as many of the n draws, from the first one on, as they wish,
+// but not of one that ziggurat.hpp would answer with another draw; their number.  May write all of
+// out.
+std::size_t acceptNormals(const std::uint64_t* bits, double* out, std::size_t n);
+std::size_t acceptExponentials(const std::uint64_t* bits, double* out, std::size_t n);
+
+// n doubles to out, which begins a cache line, without reading out's lines first: what is too long
+// for the caches takes a third of the time.
+void copyPastCaches(const double* from, double* out, std::size_t n);
+// Before another thread may read what was copied so.
+void finishCopies();
+
 }  // namespace vexel::kernels
