@@ -26,7 +26,9 @@ build: packages
 	@cmake --preset release >/dev/null
 	@cmake --build --preset release -j $(JOBS)
 
-demo: build
+demo: packages
+	@cmake --preset release >/dev/null
+	@cmake --build --preset release -j $(JOBS) --target vexel
 	@examples/demo build/bin/vexel
 
 check: build

@@ -1,9 +1,9 @@
-# make install: headers, the three shared objects, the command, a CMake package and a pkg-config file.
+# make install: headers, the shared objects, the command, a CMake package and pkg-config files.
 include(CMakePackageConfigHelpers)
 
-install(TARGETS vexel_interfaces vexelc functions EXPORT vexelTargets
+install(TARGETS vexel_interfaces vexelc nag2 functions EXPORT vexelTargets
         LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
-install(TARGETS nag2 stats_hw LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
+install(TARGETS stats_hw LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
 install(TARGETS vexel RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 install(DIRECTORY include/vexelc include/nag2 include/vexel
         DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
@@ -14,11 +14,15 @@ write_basic_package_version_file(${CMAKE_BINARY_DIR}/vexelConfigVersion.cmake
   COMPATIBILITY SameMajorVersion)
 install(FILES ${CMAKE_BINARY_DIR}/vexelConfig.cmake ${CMAKE_BINARY_DIR}/vexelConfigVersion.cmake
         DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/vexel)
-# The prefix is known only when installing, so the pkg-config file is written then.
-install(CODE "
-  set(PROJECT_DESCRIPTION \"${PROJECT_DESCRIPTION}\")
-  set(PROJECT_VERSION ${PROJECT_VERSION})
-  set(CMAKE_INSTALL_LIBDIR ${CMAKE_INSTALL_LIBDIR})
-  set(CMAKE_INSTALL_INCLUDEDIR ${CMAKE_INSTALL_INCLUDEDIR})
-  configure_file(${CMAKE_CURRENT_SOURCE_DIR}/cmake/vexel.pc.in ${CMAKE_BINARY_DIR}/vexel.pc @ONLY)")
-install(FILES ${CMAKE_BINARY_DIR}/vexel.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+
+# pkg-config files, by name: the functions, the embedded host, the numerical library.  They find the
+# prefix from where they lie.
+file(RELATIVE_PATH PREFIX_FROM_PKGCONFIG /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
+function(vexel_pkgconfig name library description variables)
+  configure_file(cmake/library.pc.in ${CMAKE_BINARY_DIR}/pkgconfig/${name}.pc @ONLY)
+  install(FILES ${CMAKE_BINARY_DIR}/pkgconfig/${name}.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+endfunction()
+vexel_pkgconfig(vexel vexel "Statistics, distributions, random and quasi-random numbers: functions on arrays" "")
+vexel_pkgconfig(vexelc vexelc "The embedded host of the statistics library"
+  "statistics_library=\${libdir}/libstats_hw.so")
+vexel_pkgconfig(nag2 nag2 "Distribution functions, ranking, sorting, summaries and transforms" "")
