@@ -4,15 +4,16 @@
 // cell and rebuilds the free lists in address order.
 
 #include <algorithm>
+#include <exception>
 #include <string>
+#include <utility>
 
 #include "memory/guards.hpp"
 #include "memory/heap_chunk.hpp"
+#include "memory/layout.hpp"
+#include "memory/memory.hpp"
 #include "memory/stack_bounds.hpp"
-#include "values/arrays.hpp"
-#include "values/errors.hpp"
-#include "values/kernel_state.hpp"
-#include "values/objects.hpp"
+#include "memory/unwinding.hpp"
 
 namespace vexel {
 
@@ -25,9 +26,9 @@ bool isMarked(ALGEB x) { return (words(x)[0] & kMarkBit) != 0; }
 
 // The bytes behind those that VexelAlloc handed out, to the end of the block.
 bool isBlockIntact(ALGEB x) {
-  const std::size_t size = words(x)[1];
-  return isGuardIntact(reinterpret_cast<const char*>(words(x) + 2) + size,
-                       (length(x) - 2) * sizeof(Word) - size);
+  const BlockObject& block = blockOf(x);
+  const std::size_t room = length(x) * sizeof(Word) - sizeof(BlockObject);
+  return isGuardIntact(block.bytes + block.size, room - block.size);
 }
 
 std::size_t dataBytes(const ArrayObject& array) {
@@ -69,7 +70,7 @@ void Heap::collect() {
   drain();
   marking_ = nullptr;
   dispose(false);
-  state_.interned.dropUnmarked();
+  memory_.interned.dropUnmarked();
   sweep(false);
   extents_.clear();
   collecting_ = false;
@@ -87,8 +88,8 @@ void Heap::markRoots() {
   for (const auto& [x, count] : protected_) {
     marker_.mark(x);
   }
-  state_.markRoots(marker_);
-  state_.interned.markNames(marker_);
+  memory_.markRoots(marker_);
+  memory_.interned.markNames(marker_);
   for (const auto& source : rootSources_) {
     source(marker_);
   }
@@ -177,8 +178,8 @@ void Heap::markOperands(ALGEB x) {
     case Tag::free:
       return;
     case Tag::softwareFloat:
-      if (length(x) == 3) {
-        marker_.mark(operand(x, 1));
+      if (!isDoubleObject(x)) {
+        marker_.mark(decimalObject(x).mantissa);
       }
       return;
     case Tag::name:
@@ -197,12 +198,12 @@ void Heap::markOperands(ALGEB x) {
       markArray(x);
       return;
     case Tag::pointer:
-      if (auto* mark = reinterpret_cast<void (*)(ALGEB)>(words(x)[3])) {
-        mark(x);
+      if (pointerOf(x).mark != nullptr) {
+        pointerOf(x).mark(x);
       }
       return;
     case Tag::block:
-      markConservatively(words(x) + 2, words(x) + length(x));
+      markConservatively(reinterpret_cast<const Word*>(blockOf(x).bytes), words(x) + length(x));
       return;
     default:
       for (std::size_t i = 1; i < length(x); ++i) {
@@ -247,12 +248,13 @@ void Heap::dispose(bool everything) {
     return dead;
   });
   for (ALGEB x : due) {
-    auto* function = reinterpret_cast<void (*)(ALGEB)>(words(x)[4]);
-    words(x)[4] = 0;
+    auto* function = std::exchange(pointerOf(x).dispose, nullptr);
     if (function != nullptr) {
       try {
         function(x);
       } catch (const HostErrorToken&) {  // nobody to tell; the object goes all the same
+      } catch (const InterruptToken&) {  // meant for what called the collector
+        requestInterrupt();
       } catch (const std::exception&) {
       }
     }

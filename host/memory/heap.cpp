@@ -13,8 +13,7 @@
 
 #include "memory/guards.hpp"
 #include "memory/heap_chunk.hpp"
-#include "values/errors.hpp"
-#include "values/kernel_state.hpp"
+#include "memory/memory.hpp"
 
 namespace vexel {
 
@@ -46,7 +45,7 @@ void adviseHugePages([[maybe_unused]] void* p, [[maybe_unused]] std::size_t byte
 
 void Foreign::print(State&, std::string& out) const { out += "object"; }
 
-Handles::Handles(State& state) : heap_(state.heap), next_(heap_.handles_), previous_(nullptr) {
+Handles::Handles(Memory& memory) : heap_(memory.heap), next_(heap_.handles_), previous_(nullptr) {
   if (next_ != nullptr) {
     next_->previous_ = this;
   }
@@ -60,13 +59,17 @@ Handles::~Handles() {
   }
 }
 
-Heap::Heap(State& state) : state_(state), threshold_(kMinimalThreshold) { resetLimit(); }
+Heap::Heap(Memory& memory) : memory_(memory), threshold_(kMinimalThreshold) { resetLimit(); }
 
-Heap::~Heap() {
+void Heap::clear() {
   collecting_ = true;
   limit_ = 0;
   dispose(true);
   sweep(true);
+}
+
+Heap::~Heap() {
+  clear();
   for (Chunk* chunk : chunks_) {
     munmap(chunk, kChunkBytes);
   }
@@ -100,14 +103,14 @@ void Heap::beforeAllocation(std::size_t bytes) {
   if (failCountdown_ == 0) {
     failCountdown_ = failuresLast_ ? 0 : -1;
     resetLimit();
-    raiseNoMemory(state_);
+    memory_.raiseNoMemory();
   }
   failCountdown_ -= failCountdown_ > 0 ? 1 : 0;
   // The system would promise more than there is, and end the process when it is used.
   if (bytes + bytesOutside_ > physicalMemory()) {
     collect();
     if (bytes + bytesOutside_ > physicalMemory()) {
-      raiseNoMemory(state_);
+      memory_.raiseNoMemory();
     }
   }
   if (stress_ || sinceCollection_ >= threshold_) {
@@ -117,7 +120,7 @@ void Heap::beforeAllocation(std::size_t bytes) {
 
 ALGEB Heap::allocateSlowly(Tag t, std::size_t lengthInWords) {
   if (lengthInWords >= (std::size_t{1} << 32)) {
-    raiseNoMemory(state_);
+    memory_.raiseNoMemory();
   }
   const std::size_t bytes = lengthInWords * sizeof(Word);
   beforeAllocation(bytes);
@@ -140,7 +143,7 @@ ALGEB Heap::allocateSlowly(Tag t, std::size_t lengthInWords) {
       memory = std::calloc(bytes + sizeof(Word), 1);
     }
     if (memory == nullptr) {
-      raiseNoMemory(state_);
+      memory_.raiseNoMemory();
     }
     x = static_cast<ALGEB>(memory);
     words(x)[0] = (static_cast<Word>(lengthInWords) << 32) | (static_cast<Word>(t) << 26);
@@ -164,7 +167,7 @@ Heap::Chunk* Heap::newChunk(std::size_t c) {
     void* raw =
         mmap(nullptr, 2 * kChunkBytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
     if (raw == MAP_FAILED) {
-      raiseNoMemory(state_);
+      memory_.raiseNoMemory();
     }
     const Word base = reinterpret_cast<Word>(raw);
     const Word aligned = (base + kChunkBytes - 1) & ~(kChunkBytes - 1);
@@ -179,7 +182,7 @@ Heap::Chunk* Heap::newChunk(std::size_t c) {
   chunk->sizeClass = c;
   chunk->cellBytes = classBytes(c);
   chunk->next = chunk->first();
-  const std::size_t cells = (kChunkBytes - 64) / chunk->cellBytes;
+  const std::size_t cells = (kChunkBytes - kChunkHeader) / chunk->cellBytes;
   chunk->end = chunk->first() + cells * chunk->cellBytes;
   const Word address = reinterpret_cast<Word>(chunk);
   chunkAt_[address / kChunkBytes] = chunk;
@@ -226,7 +229,7 @@ void* Heap::allocateBytes(std::size_t bytes) {
     p = static_cast<char*>(std::calloc(total, 1));
   }
   if (p == nullptr) {
-    raiseNoMemory(state_);
+    memory_.raiseNoMemory();
   }
   sinceCollection_ += bytes;
   bytesOutside_ += bytes;

@@ -47,12 +47,13 @@ class Foreign {
 };
 
 class Heap;
+class Memory;  // memory.hpp
 
 // A growable array of handles that are roots while it lives.  Not copyable; any storage duration.
 class Handles {
  public:
-  explicit Handles(State& state);
-  Handles(State& state, std::size_t n) : Handles(state) { items_.resize(n); }
+  explicit Handles(Memory& memory);
+  Handles(Memory& memory, std::size_t n) : Handles(memory) { items_.resize(n); }
   ~Handles();
   Handles(const Handles&) = delete;
   Handles& operator=(const Handles&) = delete;
@@ -80,7 +81,7 @@ class Handles {
 
 class Heap {
  public:
-  explicit Heap(State& state);
+  explicit Heap(Memory& memory);
   ~Heap();
   Heap(const Heap&) = delete;
   Heap& operator=(const Heap&) = delete;
@@ -112,6 +113,8 @@ class Heap {
   void countBytes(std::size_t bytes) { sinceCollection_ += bytes; }
 
   void collect();
+  // Ends every object: dispose functions run, memory is given back.
+  void clear();
   void setStress(bool on);
   bool stress() const { return stress_; }
   void failAllocation(std::int64_t n, bool lasting);
@@ -193,7 +196,7 @@ class Heap {
   void freeMemory(void* memory, std::size_t bytes) noexcept;
   void finalise(ALGEB x) noexcept;
 
-  State& state_;
+  Memory& memory_;
   Cell* freeCells_[kClasses] = {};
   std::size_t sinceCollection_ = 0;
   std::size_t limit_ = 0;

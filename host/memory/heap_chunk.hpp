@@ -10,6 +10,8 @@ constexpr std::size_t kChunkBytes = std::size_t{1} << 18;
 constexpr std::size_t kMinimalThreshold = std::size_t{4} << 20;
 constexpr Word kMarkBit = 1;
 
+constexpr std::size_t kChunkHeader = 64;  // keeps cells aligned to 16 bytes and to cache lines
+
 // A run of cells of one size.  Cells below next have been handed to the free list at least once.
 struct Heap::Chunk {
   std::size_t sizeClass;
@@ -17,7 +19,10 @@ struct Heap::Chunk {
   char* next;
   char* end;
 
-  char* first() { return reinterpret_cast<char*>(this) + 64; }
+  char* first() {
+    static_assert(sizeof(Chunk) <= kChunkHeader);
+    return reinterpret_cast<char*>(this) + kChunkHeader;
+  }
 };
 
 }  // namespace vexel

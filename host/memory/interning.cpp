@@ -8,8 +8,7 @@
 #include <cstring>
 #include <functional>
 
-#include "values/kernel_state.hpp"
-#include "values/objects.hpp"
+#include "memory/layout.hpp"
 
 namespace vexel {
 
@@ -41,7 +40,7 @@ std::uint64_t InternTables::hashOf(ALGEB x) {
     case Tag::name:
       return hashText(text(x));
     case Tag::softwareFloat:
-      if (length(x) == 2) {
+      if (isDoubleObject(x)) {
         return mix(vexel::words(x)[1]);
       }
       [[fallthrough]];
@@ -97,20 +96,20 @@ void InternTables::grow(Table& table) {
   table.removed = 0;
 }
 
-ALGEB InternTables::real(State& state, double d) {
+ALGEB InternTables::real(double d) {
   const Word bits = std::bit_cast<Word>(d);
   const std::uint64_t hash = mix(bits);
   const auto sameBits = [bits](ALGEB x) { return vexel::words(x)[1] == bits; };
   if (ALGEB x = find(reals_, hash, sameBits)) {
     return x;
   }
-  ALGEB x = state.heap.allocate(Tag::softwareFloat, 2);
+  ALGEB x = heap_.allocate(Tag::softwareFloat, 2);
   vexel::words(x)[1] = bits;
   insert(reals_, x, hash);
   return x;
 }
 
-ALGEB InternTables::words(State& state, Tag t, const Word* payload, std::size_t n) {
+ALGEB InternTables::words(Tag t, const Word* payload, std::size_t n) {
   const std::uint64_t hash = hashWords(t, payload, n);
   const auto same = [&](ALGEB x) {
     return tag(x) == t && length(x) == n + 1 &&
@@ -119,33 +118,36 @@ ALGEB InternTables::words(State& state, Tag t, const Word* payload, std::size_t 
   if (ALGEB x = find(values_, hash, same)) {
     return x;
   }
-  ALGEB x = state.heap.allocate(t, n + 1);
+  ALGEB x = heap_.allocate(t, n + 1);
   std::copy_n(payload, n, vexel::words(x) + 1);
   insert(values_, x, hash);
   return x;
 }
 
-ALGEB InternTables::string(State& state, std::string_view s) {
+ALGEB InternTables::string(std::string_view s) {
   const std::uint64_t hash = hashText(s);
   const auto same = [&](ALGEB x) { return tag(x) == Tag::string && text(x) == s; };
   if (ALGEB x = find(values_, hash, same)) {
     return x;
   }
-  ALGEB x = state.heap.allocate(Tag::string, 2 + s.size() / sizeof(Word) + 1);
-  vexel::words(x)[1] = s.size();
-  std::memcpy(vexel::words(x) + 2, s.data(), s.size());
+  ALGEB x = heap_.allocate(Tag::string,
+                           sizeof(StringObject) / sizeof(Word) + s.size() / sizeof(Word) + 1);
+  auto& object = *reinterpret_cast<StringObject*>(x);
+  object.size = s.size();
+  std::memcpy(object.bytes, s.data(), s.size());
   insert(values_, x, hash);
   return x;
 }
 
-ALGEB InternTables::name(State& state, std::string_view s) {
+ALGEB InternTables::name(std::string_view s) {
   const std::uint64_t hash = hashText(s);
   if (ALGEB x = find(names_, hash, [&](ALGEB n) { return text(n) == s; })) {
     return x;
   }
-  ALGEB x = state.heap.allocate(Tag::name, 4 + s.size() / sizeof(Word) + 1);
-  vexel::words(x)[3] = s.size();
-  std::memcpy(vexel::words(x) + 4, s.data(), s.size());
+  ALGEB x =
+      heap_.allocate(Tag::name, sizeof(NameObject) / sizeof(Word) + s.size() / sizeof(Word) + 1);
+  nameOf(x).size = s.size();
+  std::memcpy(nameOf(x).bytes, s.data(), s.size());
   insert(names_, x, hash);
   return x;
 }

@@ -17,16 +17,18 @@ namespace vexel {
 
 class InternTables {
  public:
+  explicit InternTables(Heap& heap) : heap_(heap) {}
+
   // The float object of a double.  d must not be a NaN other than the canonical one.
-  ALGEB real(State& state, double d);
+  ALGEB real(double d);
 
   // The object of kind t whose words 1 ... n are those given.  May collect; handles among the
   // words must be reachable otherwise (locals are).
-  ALGEB words(State& state, Tag t, const Word* payload, std::size_t n);
+  ALGEB words(Tag t, const Word* payload, std::size_t n);
 
   // The string or name of that text (name: unassigned when it is new).
-  ALGEB string(State& state, std::string_view text);
-  ALGEB name(State& state, std::string_view text);
+  ALGEB string(std::string_view text);
+  ALGEB name(std::string_view text);
 
   // For the collector: names that have a value or a function stay; entries of unmarked objects go.
   void markNames(Marker& marker);
@@ -56,6 +58,7 @@ class InternTables {
   static void grow(Table& table);
   static bool isEntry(ALGEB slot);  // neither empty nor removed
 
+  Heap& heap_;
   Table reals_;
   Table values_;  // all other interned kinds except names
   Table names_;

@@ -4,9 +4,7 @@
 
 #include <pthread.h>
 
-#include <cstdint>
-
-#include "values/errors.hpp"
+#include <cstddef>
 
 namespace vexel {
 
@@ -27,18 +25,6 @@ StackBounds findStackBounds() {
 const StackBounds& stackBounds() {
   thread_local const StackBounds bounds = findStackBounds();
   return bounds;
-}
-
-constinit thread_local std::uintptr_t stackLimit = UINTPTR_MAX;
-
-// Finds the limit, when it was not known, and looks again.
-void checkStackSlowly(State& state) {
-  // Room for unwinding, the formatting of the error and what a callback of the library needs.
-  constexpr std::uintptr_t kReserve = 192 * 1024;
-  stackLimit = reinterpret_cast<std::uintptr_t>(stackBounds().low) + kReserve;
-  if (reinterpret_cast<std::uintptr_t>(__builtin_frame_address(0)) < stackLimit) {
-    raise(state, "too many levels of recursion");
-  }
 }
 
 }  // namespace vexel

@@ -220,14 +220,14 @@ void* VexelAlloc(VKernelVector kv, V_INT size) {
   if (size < 0 || size > kLargest) {
     vexel::raiseNoMemory(*kv);
   }
-  // Two words in front keep the bytes aligned to 16; what follows them is a guard.
   const auto bytes = static_cast<std::size_t>(size);
-  const std::size_t wordsNeeded = 2 + (bytes + vexel::kGuardBytes + 7) / sizeof(vexel::Word);
-  ALGEB block = kv->heap.allocate(vexel::Tag::block, wordsNeeded);
-  vexel::words(block)[1] = static_cast<vexel::Word>(size);
-  auto* first = reinterpret_cast<char*>(vexel::words(block) + 2);
-  vexel::setGuard(first + bytes, (wordsNeeded - 2) * sizeof(vexel::Word) - bytes);
-  return first;
+  const std::size_t behind = (bytes + vexel::kGuardBytes + 7) / sizeof(vexel::Word);
+  ALGEB x = kv->heap.allocate(vexel::Tag::block,
+                              sizeof(vexel::BlockObject) / sizeof(vexel::Word) + behind);
+  vexel::BlockObject& block = vexel::blockOf(x);
+  block.size = bytes;
+  vexel::setGuard(block.bytes + bytes, behind * sizeof(vexel::Word) - bytes);
+  return block.bytes;
 }
 
 void VexelGcProtect(VKernelVector kv, ALGEB x) { kv->heap.protect(x); }
@@ -245,26 +245,27 @@ ALGEB ToVexelPointer(VKernelVector kv, void* address, V_INT type) {
 
 void* VexelToPointer(VKernelVector kv, ALGEB x) {
   checkKind(kv, x, Tag::pointer, kPointerExpected);
-  return reinterpret_cast<void*>(vexel::words(x)[1]);
+  return vexel::pointerOf(x).address;
 }
 
 V_INT VexelPointerType(VKernelVector kv, ALGEB x) {
   checkKind(kv, x, Tag::pointer, kPointerExpected);
-  return static_cast<V_INT>(vexel::words(x)[2]);
+  return vexel::pointerOf(x).type;
 }
 
 void VexelPointerSetMarkFunction(VKernelVector kv, ALGEB x, void (*mark)(ALGEB x)) {
   checkKind(kv, x, Tag::pointer, kPointerExpected);
-  vexel::words(x)[3] = reinterpret_cast<vexel::Word>(mark);
+  vexel::pointerOf(x).mark = mark;
 }
 
 void VexelPointerSetDisposeFunction(VKernelVector kv, ALGEB x, void (*dispose)(ALGEB x)) {
   checkKind(kv, x, Tag::pointer, kPointerExpected);
-  if (vexel::words(x)[5] == 0) {
+  vexel::PointerObject& pointer = vexel::pointerOf(x);
+  if (pointer.registered == 0) {
     kv->heap.registerDisposable(x);
-    vexel::words(x)[5] = 1;
+    pointer.registered = 1;
   }
-  vexel::words(x)[4] = reinterpret_cast<vexel::Word>(dispose);
+  pointer.dispose = dispose;
 }
 
 }  // extern "C"

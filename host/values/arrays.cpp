@@ -16,10 +16,6 @@ namespace vexel {
 
 namespace {
 
-constexpr std::array<std::size_t, 9> kElementSizes = {
-    sizeof(ALGEB),      2 * sizeof(ALGEB), 1, 2, 4, 8, sizeof(double),
-    2 * sizeof(double), sizeof(float)};
-
 constexpr std::array<std::string_view, 9> kTypeNames = {"anything",   "complex",    "integer[1]",
                                                         "integer[2]", "integer[4]", "integer[8]",
                                                         "float[8]",   "complex[8]", "float[4]"};
@@ -180,8 +176,6 @@ bool zeroIsKept(State& state, int from, int to) {
 }
 
 }  // namespace
-
-std::size_t elementSize(int type) { return kElementSizes[static_cast<std::size_t>(type)]; }
 
 std::string_view typeName(int type) { return kTypeNames[static_cast<std::size_t>(type)]; }
 

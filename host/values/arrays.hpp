@@ -4,41 +4,12 @@
 #include <cstdint>
 #include <span>
 #include <string_view>
-#include <unordered_map>
 
-#include "memory/handle.hpp"
+#include "memory/layout.hpp"
 #include "values/kernel_state.hpp"
 
 namespace vexel {
 
-// Elements that a sparse array holds, by position in its order.
-using SparseElements = std::unordered_map<std::int64_t, RTableData>;
-
-// What lies behind an array's handle.  bounds goes on for two words a dimension.
-struct ArrayObject {
-  Word header;
-  void* data;              // null for sparse storage
-  SparseElements* sparse;  // null for rectangular storage
-  std::int64_t count;      // elements
-  std::uint8_t type;       // RTABLE_DAG ...
-  std::uint8_t storage;
-  std::uint8_t order;
-  std::uint8_t readOnly;
-  std::uint8_t ownsData;
-  std::uint8_t dimensions;
-  std::uint16_t unused;
-  V_INT bounds[];  // lower and upper of each dimension
-
-  V_INT lower(int dim) const { return bounds[2 * dim]; }  // dim from 0
-  V_INT upper(int dim) const { return bounds[2 * dim + 1]; }
-  // Elements along a dimension; 0 for upper < lower.
-  V_INT extent(int dim) const { return upper(dim) < lower(dim) ? 0 : upper(dim) - lower(dim) + 1; }
-};
-
-inline bool isArray(ALGEB x) { return is(x, Tag::array); }
-inline ArrayObject& arrayOf(ALGEB x) { return *reinterpret_cast<ArrayObject*>(x); }
-
-std::size_t elementSize(int type);
 // "float[8]" and so on; the code of such a text, -1 for none.
 std::string_view typeName(int type);
 int typeOfName(std::string_view text);

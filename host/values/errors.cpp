@@ -1,20 +1,11 @@
-// Raising host errors, filling their messages, and the interrupt flag.
+// Raising host errors, filling their messages, and the guard of the machine stack.
 
 #include "values/errors.hpp"
 
+#include "memory/stack_bounds.hpp"
 #include "values/kernel_state.hpp"
 
 namespace vexel {
-
-volatile int interruptRequested = 0;
-
-void requestInterrupt() noexcept { interruptRequested = 1; }
-void clearInterrupt() noexcept { interruptRequested = 0; }
-
-void throwInterrupt() {
-  interruptRequested = 0;
-  throw InterruptToken{};
-}
 
 void raise(State& state, std::string_view message, std::span<const ALGEB> args) {
   state.error.message.assign(message);
@@ -68,6 +59,18 @@ std::string fillMessage(State& state, std::string_view message, std::span<const 
 
 std::string pendingErrorText(State& state) {
   return fillMessage(state, state.error.message, state.error.arguments, kShortArguments);
+}
+
+constinit thread_local std::uintptr_t stackLimit = UINTPTR_MAX;
+
+// Finds the limit, when it was not known, and looks again.
+void checkStackSlowly(State& state) {
+  // Room for unwinding, the formatting of the error and what a callback of the library needs.
+  constexpr std::uintptr_t kReserve = 192 * 1024;
+  stackLimit = reinterpret_cast<std::uintptr_t>(stackBounds().low) + kReserve;
+  if (reinterpret_cast<std::uintptr_t>(__builtin_frame_address(0)) < stackLimit) {
+    raise(state, "too many levels of recursion");
+  }
 }
 
 }  // namespace vexel

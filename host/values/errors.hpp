@@ -1,8 +1,5 @@
-// Host errors and interrupts.
-//
-// An error's message and arguments are kept in the kernel's pending-error slot, where the collector
-// sees them; what is thrown is a token without content.  The tokens do not derive from
-// std::exception, so that no catch of standard exceptions takes a host error for one.
+// Host errors: the message and arguments of one are kept in the kernel's pending-error slot, where
+// the collector sees them; what is thrown is a token without content.
 #pragma once
 
 #include <cstdint>
@@ -11,12 +8,10 @@
 #include <string_view>
 
 #include "memory/handle.hpp"
+#include "memory/unwinding.hpp"
 #include "values/text.hpp"
 
 namespace vexel {
-
-struct __attribute__((visibility("default"))) HostErrorToken {};
-struct __attribute__((visibility("default"))) InterruptToken {};
 
 // Raise a host error: message with %1, %2, ... standing for the printed arguments.
 [[noreturn]] void raise(State& state, std::string_view message);
@@ -24,19 +19,6 @@ struct __attribute__((visibility("default"))) InterruptToken {};
 [[noreturn]] void raise(State& state, std::string_view message, ALGEB a, ALGEB b);
 [[noreturn]] void raise(State& state, std::string_view message, std::span<const ALGEB> args);
 [[noreturn]] void raiseNoMemory(State& state);
-
-// Sets the flag that lookAtInterrupt looks at; safe in a signal handler.
-void requestInterrupt() noexcept;
-void clearInterrupt() noexcept;
-extern volatile int interruptRequested;
-[[noreturn]] void throwInterrupt();
-
-// Every loop that may run long looks here: an interrupt asked for leaves as InterruptToken.
-inline void lookAtInterrupt() {
-  if (interruptRequested != 0) [[unlikely]] {
-    throwInterrupt();
-  }
-}
 
 // How arguments print within a message: whole, up to what is no message any more (one nested
 // beyond printing, perhaps within itself, is shortened all the same), or shortened for a reader.

@@ -4,24 +4,28 @@
 
 #include <limits>
 
+#include "values/errors.hpp"
 #include "values/numbers.hpp"
 #include "values/objects.hpp"
 
-_VKernelVectorDesc::_VKernelVectorDesc() : heap(*this) {
+_VKernelVectorDesc::_VKernelVectorDesc() {
   using vexel::Tag;
   null = heap.allocate(Tag::sequence, 1);
   trueValue = heap.allocate(Tag::boolean, 2);
   vexel::words(trueValue)[1] = 1;
   falseValue = heap.allocate(Tag::boolean, 2);
-  undefined = interned.real(*this, std::numeric_limits<double>::quiet_NaN());
-  infinity = interned.real(*this, std::numeric_limits<double>::infinity());
-  minusInfinity = interned.real(*this, -std::numeric_limits<double>::infinity());
-  digitsName = interned.name(*this, "Digits");
+  undefined = interned.real(std::numeric_limits<double>::quiet_NaN());
+  infinity = interned.real(std::numeric_limits<double>::infinity());
+  minusInfinity = interned.real(-std::numeric_limits<double>::infinity());
+  digitsName = interned.name("Digits");
   vexel::setNameValue(*this, digitsName, vexel::immediate(15));
-  piName = interned.name(*this, "Pi");
+  piName = interned.name("Pi");
 }
 
-_VKernelVectorDesc::~_VKernelVectorDesc() = default;
+// Dispose functions of libraries run while the state is whole.
+_VKernelVectorDesc::~_VKernelVectorDesc() { heap.clear(); }
+
+void _VKernelVectorDesc::raiseNoMemory() { vexel::raiseNoMemory(*this); }
 
 void _VKernelVectorDesc::markRoots(vexel::Marker& marker) {
   settled.expressions.clear();

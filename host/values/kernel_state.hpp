@@ -10,8 +10,7 @@
 #include <vector>
 
 #include "memory/handle.hpp"
-#include "memory/heap.hpp"
-#include "memory/interning.hpp"
+#include "memory/memory.hpp"
 #include "values/language.hpp"
 #include "values/random_stream.hpp"
 
@@ -38,14 +37,12 @@ struct SettledExpressions {
 
 }  // namespace vexel
 
-struct _VKernelVectorDesc {
+struct _VKernelVectorDesc final : vexel::Memory {
   _VKernelVectorDesc();
-  ~_VKernelVectorDesc();
+  ~_VKernelVectorDesc() override;
   _VKernelVectorDesc(const _VKernelVectorDesc&) = delete;
   _VKernelVectorDesc& operator=(const _VKernelVectorDesc&) = delete;
 
-  vexel::Heap heap;
-  vexel::InternTables interned;
   vexel::RandomStream random;
   vexel::PendingError error;
   vexel::PendingError lastError;  // what last_error() tells
@@ -69,7 +66,8 @@ struct _VKernelVectorDesc {
   // Where print and the like write; standard output unless replaced.
   std::function<void(std::string_view)> output;
 
-  void markRoots(vexel::Marker& marker);
+  void markRoots(vexel::Marker& marker) override;
+  [[noreturn]] void raiseNoMemory() override;
 
   // The value of "Digits", at least 1.
   int digits() const;

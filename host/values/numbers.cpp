@@ -85,7 +85,7 @@ ALGEB newInteger(State& state, std::int64_t i) {
   const std::uint64_t magnitude =
       i < 0 ? 0 - static_cast<std::uint64_t>(i) : static_cast<std::uint64_t>(i);
   const Word payload[] = {static_cast<Word>(std::int64_t{i < 0 ? -1 : 1}), magnitude};
-  return state.interned.words(state, Tag::integer, payload, 2);
+  return state.interned.words(Tag::integer, payload, 2);
 }
 
 ALGEB newInteger(State& state, mpz_srcptr z) {
@@ -106,7 +106,7 @@ ALGEB newInteger(State& state, mpz_srcptr z) {
   payload[0] =
       static_cast<Word>(static_cast<std::int64_t>(mpz_sgn(z)) * static_cast<std::int64_t>(limbs));
   std::memcpy(payload + 1, mpz_limbs_read(z), limbs * sizeof(Word));
-  return state.interned.words(state, Tag::integer, payload, limbs + 1);
+  return state.interned.words(Tag::integer, payload, limbs + 1);
 }
 
 ALGEB newRational(State& state, mpz_srcptr numerator, mpz_srcptr denominator) {
@@ -126,17 +126,17 @@ ALGEB newRational(State& state, mpz_srcptr numerator, mpz_srcptr denominator) {
   ALGEB top = newInteger(state, n.get());
   ALGEB bottom = newInteger(state, d.get());
   const Word payload[] = {reinterpret_cast<Word>(top), reinterpret_cast<Word>(bottom)};
-  return state.interned.words(state, Tag::rational, payload, 2);
+  return state.interned.words(Tag::rational, payload, 2);
 }
 
 ALGEB newComplex(State& state, ALGEB re, ALGEB im) {
   const Word payload[] = {reinterpret_cast<Word>(re), reinterpret_cast<Word>(im)};
-  return state.interned.words(state, Tag::complex, payload, 2);
+  return state.interned.words(Tag::complex, payload, 2);
 }
 
 ALGEB newFloat(State& state, mpz_srcptr mantissa, std::int64_t exponent) {
   if (mpz_sgn(mantissa) == 0) {
-    return state.interned.real(state, 0.0);
+    return state.interned.real(0.0);
   }
   constexpr std::uint64_t kSeventeenDigits = 100'000'000'000'000'000;
   BigInteger stripped;
@@ -154,7 +154,7 @@ ALGEB newFloat(State& state, mpz_srcptr mantissa, std::int64_t exponent) {
     if (small < kSeventeenDigits) {
       const double d = doubleOfShortest(small, exponent, mpz_sgn(m) < 0);
       if (d == d) {
-        return state.interned.real(state, d);
+        return state.interned.real(d);
       }
     }
     const int sign = mpz_sgn(m);
@@ -167,7 +167,7 @@ ALGEB newFloat(State& state, mpz_srcptr mantissa, std::int64_t exponent) {
   checkExponent(state, exponent);
   ALGEB digits = newInteger(state, m);
   const Word payload[] = {reinterpret_cast<Word>(digits), static_cast<Word>(exponent)};
-  return state.interned.words(state, Tag::softwareFloat, payload, 2);
+  return state.interned.words(Tag::softwareFloat, payload, 2);
 }
 
 ALGEB newFloat(State& state, std::int64_t mantissa, std::int64_t exponent) {
@@ -180,7 +180,7 @@ ALGEB newFloat(State& state, std::int64_t mantissa, std::int64_t exponent) {
     }
     const double d = doubleOfShortest(m, stripped, negative);
     if (d == d) {
-      return state.interned.real(state, d);
+      return state.interned.real(d);
     }
   }
   return newFloat(state, BigInteger(mantissa).get(), exponent);
@@ -261,8 +261,8 @@ void decimalOf(ALGEB x, BigInteger& mantissa, std::int64_t& exponent) {
     mpz_set_si(mantissa.get(), static_cast<std::int64_t>(d.mantissa));
     exponent = d.exponent;
   } else {
-    mpz_set(mantissa.get(), IntegerView(operand(x, 1)).get());
-    exponent = static_cast<std::int64_t>(words(x)[2]);
+    mpz_set(mantissa.get(), IntegerView(decimalObject(x).mantissa).get());
+    exponent = decimalObject(x).exponent;
   }
 }
 
@@ -306,12 +306,11 @@ double toDouble(State&, ALGEB x) {
     return static_cast<double>(immediateValue(x));
   }
   if (isFloat(x)) {
-    if (length(x) == 2) {
+    if (isDoubleObject(x)) {
       return doubleOf(x);
     }
     const std::string s = decimalText(x);
-    const std::int64_t leading =
-        static_cast<std::int64_t>(words(x)[2]) + static_cast<std::int64_t>(s.find('e'));
+    const std::int64_t leading = decimalObject(x).exponent + static_cast<std::int64_t>(s.find('e'));
     return doubleFromText(s.data(), s.data() + s.size(), leading > 0);
   }
   if (isRational(x)) {

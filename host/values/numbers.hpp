@@ -20,7 +20,7 @@
 #include <string>
 #include <string_view>
 
-#include "memory/handle.hpp"
+#include "memory/layout.hpp"
 #include "values/kernel_state.hpp"
 
 namespace vexel {
@@ -87,8 +87,10 @@ inline bool isFloat(ALGEB x) { return is(x, Tag::softwareFloat); }
 inline bool isReal(ALGEB x) { return isExact(x) || isFloat(x); }  // "numeric"
 inline bool isComplex(ALGEB x) { return is(x, Tag::complex); }
 inline bool isNumber(ALGEB x) { return isReal(x) || isComplex(x); }
-inline bool isDoubleFloat(ALGEB x) { return isFloat(x) && length(x) == 2; }
-inline double doubleOf(ALGEB doubleFloat) { return std::bit_cast<double>(words(doubleFloat)[1]); }
+inline bool isDoubleFloat(ALGEB x) { return isFloat(x) && isDoubleObject(x); }
+inline double doubleOf(ALGEB doubleFloat) {
+  return reinterpret_cast<DoubleObject*>(doubleFloat)->value;
+}
 // An infinity or undefined.
 inline bool isSpecial(ALGEB x) { return isDoubleFloat(x) && !std::isfinite(doubleOf(x)); }
 inline bool isUndefined(State& state, ALGEB x) { return x == state.undefined; }
@@ -105,7 +107,7 @@ ALGEB newInteger(State& state, mpz_srcptr z);
 ALGEB newRational(State& state, mpz_srcptr numerator, mpz_srcptr denominator);  // reduces; not 0
 ALGEB newComplex(State& state, ALGEB re, ALGEB im);                             // also with im zero
 inline ALGEB newFloat(State& state, double d) {
-  return d == d ? state.interned.real(state, d) : state.undefined;
+  return d == d ? state.interned.real(d) : state.undefined;
 }
 // mantissa x 10^exponent with every digit of the mantissa.
 ALGEB newFloat(State& state, mpz_srcptr mantissa, std::int64_t exponent);

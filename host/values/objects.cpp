@@ -9,11 +9,6 @@
 
 namespace vexel {
 
-std::string_view text(ALGEB x) {
-  const std::size_t header = tag(x) == Tag::name ? 3 : 1;
-  return {reinterpret_cast<const char*>(words(x) + header + 1), words(x)[header]};
-}
-
 namespace {
 
 ALGEB newRow(State& state, Tag t, std::span<const ALGEB> elements) {
@@ -23,8 +18,7 @@ ALGEB newRow(State& state, Tag t, std::span<const ALGEB> elements) {
 }
 
 ALGEB internRow(State& state, Tag t, std::span<const ALGEB> elements) {
-  return state.interned.words(state, t, reinterpret_cast<const Word*>(elements.data()),
-                              elements.size());
+  return state.interned.words(t, reinterpret_cast<const Word*>(elements.data()), elements.size());
 }
 
 }  // namespace
@@ -83,17 +77,17 @@ ALGEB newApplication(State& state, ALGEB function, std::span<const ALGEB> args) 
 }
 
 ALGEB newForeign(State& state, Tag t, std::unique_ptr<Foreign> f, std::size_t extraBytes) {
-  ALGEB x = state.heap.allocate(t, 2);
-  words(x)[1] = reinterpret_cast<Word>(f.release());
-  state.heap.countBytes(extraBytes + 64);
+  constexpr std::size_t kUsualBytes = 64;  // of the object itself, about
+  ALGEB x = state.heap.allocate(t, sizeof(ForeignObject) / sizeof(Word));
+  reinterpret_cast<ForeignObject*>(x)->object = f.release();
+  state.heap.countBytes(extraBytes + kUsualBytes);
   return x;
 }
 
-// Words: address, type, mark function, dispose function, whether the collector knows of that.
 ALGEB newPointer(State& state, void* address, V_INT type) {
-  ALGEB x = state.heap.allocate(Tag::pointer, 6);
-  words(x)[1] = reinterpret_cast<Word>(address);
-  words(x)[2] = static_cast<Word>(type);
+  ALGEB x = state.heap.allocate(Tag::pointer, sizeof(PointerObject) / sizeof(Word));
+  pointerOf(x).address = address;
+  pointerOf(x).type = type;
   return x;
 }
 

@@ -1,5 +1,6 @@
 // Constructors and accessors of every kind of object except numbers (numbers.hpp) and arrays
-// (arrays.hpp).  Constructors may collect; accessors never do.
+// (arrays.hpp); what one is in memory is in memory/layout.hpp.  Constructors may collect; accessors
+// never do.
 #pragma once
 
 #include <functional>
@@ -13,6 +14,7 @@
 
 #include "memory/handle.hpp"
 #include "memory/heap.hpp"
+#include "memory/layout.hpp"
 #include "values/kernel_state.hpp"
 
 namespace vexel {
@@ -22,22 +24,14 @@ inline ALGEB boolean(State& state, bool b) { return b ? state.trueValue : state.
 inline bool isBoolean(State& state, ALGEB x) {
   return x == state.trueValue || x == state.falseValue;
 }
-inline ALGEB string(State& state, std::string_view text) {
-  return state.interned.string(state, text);
-}
-inline ALGEB name(State& state, std::string_view text) { return state.interned.name(state, text); }
+inline ALGEB string(State& state, std::string_view text) { return state.interned.string(text); }
+inline ALGEB name(State& state, std::string_view text) { return state.interned.name(text); }
 
-// The bytes of a string or a name; valid while it lives.
-std::string_view text(ALGEB stringOrName);
-
-// A name's value, null when it has none; and the function known under it, null for none.
-inline ALGEB nameValue(ALGEB n) { return operand(n, 1); }
 inline void setNameValue(State& state, ALGEB n, ALGEB value) {
   state.settled.namesGivenValues += nameValue(n) == nullptr ? 1U : 0U;
-  setOperand(n, 1, value);
+  nameOf(n).value = value;
 }
-inline ALGEB nameFunction(ALGEB n) { return operand(n, 2); }
-inline void setNameFunction(ALGEB n, ALGEB function) { setOperand(n, 2, function); }
+inline void setNameFunction(ALGEB n, ALGEB function) { nameOf(n).function = function; }
 
 // --- lists and sequences: elements from 1 ---
 inline bool isList(ALGEB x) { return is(x, Tag::list); }
@@ -78,23 +72,15 @@ ALGEB oneArgument(State& state, ALGEB args, const char* message);
 ALGEB newPair(State& state, Tag t, ALGEB left, ALGEB right);  // range, equation, less, ...
 inline bool isRange(ALGEB x) { return is(x, Tag::range); }
 inline bool isEquation(ALGEB x) { return is(x, Tag::equation); }
-inline bool isRelation(ALGEB x) {
-  return is(x, Tag::equation) || is(x, Tag::less) || is(x, Tag::lessEqual) || is(x, Tag::unequal);
-}
-
 // --- symbolic expressions: interned, operands as given (no simplification here) ---
 ALGEB newExpression(State& state, Tag t, std::span<const ALGEB> operands);  // sum, product
 ALGEB newPower(State& state, ALGEB base, ALGEB exponent);
 ALGEB newApplication(State& state, ALGEB function, std::span<const ALGEB> args);
-inline bool isExpression(ALGEB x) {
-  return is(x, Tag::sum) || is(x, Tag::product) || is(x, Tag::power) || is(x, Tag::application);
-}
 inline std::size_t operandCount(ALGEB x) { return length(x) - 1U; }
 
 // --- objects of C++ ---
 // Takes over f; extraBytes is what it holds in the ordinary heap, for the collector's pace.
 ALGEB newForeign(State& state, Tag t, std::unique_ptr<Foreign> f, std::size_t extraBytes = 0);
-inline Foreign* foreign(ALGEB x) { return reinterpret_cast<Foreign*>(words(x)[1]); }
 
 // --- tables ---
 class Table : public Foreign {

@@ -358,7 +358,9 @@ class Printer {
 
   void printPointer(ALGEB x) {
     char buffer[32];
-    const auto end = std::to_chars(buffer, buffer + sizeof buffer, words(x)[1], 16).ptr;
+    const auto end = std::to_chars(buffer, buffer + sizeof buffer,
+                                   reinterpret_cast<Word>(pointerOf(x).address), 16)
+                         .ptr;
     out_ += "pointer(0x";
     out_.append(buffer, end);
     out_ += ')';
