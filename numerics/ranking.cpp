@@ -1,5 +1,5 @@
 // Stable ranks: of anything by a comparison callback (merge sort of positions) and of machine
-// numbers by sorting words that hold key and position.
+// numbers by words (rank_words.hpp).
 //
 // The merge sort is our own because a comparison may be anything a user wrote: the library's sorts
 // may leave their range when answers contradict one another, this one cannot.
@@ -7,18 +7,14 @@
 #include <nag2/nag2.h>
 
 #include <algorithm>
-#include <bit>
 #include <cstdint>
-#include <memory>
 #include <new>
 #include <numeric>
 #include <span>
 #include <vector>
 
 #include "failure.hpp"
-#include "radix_sort.hpp"
-#include "sort_keys.hpp"
-#include "vector_sort.hpp"
+#include "rank_words.hpp"
 
 namespace {
 
@@ -90,95 +86,13 @@ std::vector<Position> sortedPositions(std::size_t n, Before before) {
   return from;
 }
 
-// Sorts words; scratch has as much room, or is null when vector instructions do the work.
-void sortWords(std::uint64_t* words, std::uint64_t* scratch, std::size_t n) {
-  if (scratch != nullptr) {
-    nag2::radixSortKeys(words, scratch, n);
-  } else if (nag2::vectorSortServes(n)) {
-    nag2::vectorSort(words, n, false);
-  } else {
-    std::sort(words, words + n);
-  }
-}
-
-// Numbers as words to sort: the key's distance from the smallest in the high bits, the position in
-// the low ones, which makes any sort stable.  Where the two need more than 64 bits the distance
-// loses its last bits, at most as many as a position has; they decide among the words that agree in
-// the rest.
-template <typename T>
-class RankWords {
- public:
-  using Key = nag2::KeyOf<T>;
-
-  RankWords(const T* x, std::size_t n, bool descending)
-      : x_(x), flip_(descending ? static_cast<Key>(~Key{0}) : Key{0}) {
-    positionBits_ = static_cast<int>(std::bit_width(n - 1));
-    int width = 8 * static_cast<int>(sizeof(Key));
-    if (width + positionBits_ > 64) {
-      Key largest = smallest_ = key(0);
-      for (std::size_t i = 1; i < n; ++i) {
-        smallest_ = std::min(smallest_, key(i));
-        largest = std::max(largest, key(i));
-      }
-      width = static_cast<int>(std::bit_width(static_cast<Key>(largest - smallest_)));
-    }
-    lostBits_ = std::max(0, width + positionBits_ - 64);
-  }
-
-  bool loseBits() const { return lostBits_ > 0; }
-  std::uint64_t word(std::size_t i) const {
-    return (distance(i) >> lostBits_) << positionBits_ | i;
-  }
-  std::size_t position(std::uint64_t word) const { return word & lowBits(positionBits_); }
-  bool agree(std::uint64_t a, std::uint64_t b) const { return (a ^ b) >> positionBits_ == 0; }
-  // The word that orders element i among those that agree with it.
-  std::uint64_t tieBreaker(std::size_t i) const {
-    return (distance(i) & lowBits(lostBits_)) << positionBits_ | i;
-  }
-
- private:
-  static std::uint64_t lowBits(int bits) { return (std::uint64_t{1} << bits) - 1; }
-  Key key(std::size_t i) const { return static_cast<Key>(nag2::ascendingKey(x_[i]) ^ flip_); }
-  std::uint64_t distance(std::size_t i) const { return static_cast<Key>(key(i) - smallest_); }
-
-  const T* x_;
-  Key flip_;
-  Key smallest_ = 0;
-  int positionBits_;
-  int lostBits_;
-};
-
 template <typename T>
 void rankNumbers(const T* x, std::size_t n, bool descending, Position* ranks) {
-  if (n == 0) {
-    return;
-  }
-  const RankWords<T> make(x, n, descending);
-  const auto words = std::make_unique_for_overwrite<std::uint64_t[]>(n);
-  const auto scratch =
-      nag2::vectorSortServes(n) ? nullptr : std::make_unique_for_overwrite<std::uint64_t[]>(n);
-  for (std::size_t i = 0; i < n; ++i) {
-    words[i] = make.word(i);
-  }
-  sortWords(words.get(), scratch.get(), n);
-  for (std::size_t begin = 0; make.loseBits() && begin < n;) {
-    std::size_t end = begin + 1;
-    while (end < n && make.agree(words[begin], words[end])) {
-      ++end;
+  nag2::visitSorted(x, n, descending, [=](std::size_t first, nag2::TiedPositions tied) {
+    for (std::size_t i = 0; i < tied.size(); ++i) {
+      ranks[tied[i]] = static_cast<Position>(first + i);
     }
-    if (end - begin > 1) {
-      std::uint64_t* const tied = words.get() + begin;
-      std::transform(tied, words.get() + end, tied,
-                     [&](std::uint64_t word) { return make.tieBreaker(make.position(word)); });
-      if (!std::is_sorted(tied, words.get() + end)) {
-        sortWords(tied, scratch.get(), end - begin);
-      }
-    }
-    begin = end;
-  }
-  for (std::size_t i = 0; i < n; ++i) {
-    ranks[make.position(words[i])] = static_cast<Position>(i);
-  }
+  });
 }
 
 }  // namespace
