@@ -1,0 +1,73 @@
+// How many equal bins a rule makes of data.
+//
+// Freedman and Diaconis (1981), On the histogram as a density estimator: width 2 IQR n^(-1/3).
+// Scott (1979), On optimal and data-based histograms: width (24 sqrt(pi) / n)^(1/3) sd.
+// Sturges (1926), The choice of a class interval: width range / (log2(n) + 1).
+#include <algorithm>
+#include <numbers>
+
+#include "functions/ordering/binning.hpp"
+#include "functions/spread.hpp"
+
+namespace vexel {
+
+namespace {
+
+constexpr double kMostBins = 0x1p27;
+
+struct Present {
+  std::vector<double> points;
+  std::vector<double> weights;
+};
+
+Present presentIn(Data x, Interval range, Data w) {
+  Present p;
+  for (std::size_t i = 0; i < x.size(); ++i) {
+    const double v = x[i];
+    const double weight = w.given() ? w[i] : 1;
+    if (weight > 0 && v >= range.low && v <= range.high) {
+      p.points.push_back(v);
+      if (w.given()) {
+        p.weights.push_back(weight);
+      }
+    }
+  }
+  return p;
+}
+
+}  // namespace
+
+std::size_t ruleBins(Data x, BinRule rule, Interval range, const HistogramOptions& options) {
+  const Present p = presentIn(x, range, options.weights);
+  if (p.points.empty()) {
+    return 1;
+  }
+  const Spread spread = spreadOf(p.points, p.weights);
+  const auto [smallest, largest] = std::minmax_element(p.points.begin(), p.points.end());
+  const double sturges = (*largest - *smallest) / (std::log2(spread.total) + 1);
+  const double fd = 2 * spread.iqr / std::cbrt(spread.total);
+  double width = sturges;
+  if (rule == BinRule::scott) {
+    width = std::cbrt(24 * std::sqrt(std::numbers::pi) / spread.total) * spread.sd;
+  } else if (rule == BinRule::fd) {
+    width = fd;
+  } else if (rule == BinRule::automatic) {
+    width = fd > 0 ? std::min(fd, sturges) : sturges;
+  }
+  if (!(width > 0)) {
+    return 1;
+  }
+  // Bins of integers hold at least one each.
+  if (x.element() == Element::int32 || x.element() == Element::int64) {
+    width = std::max(width, 1.0);
+  }
+  const Interval wide =
+      range.low == range.high ? Interval{range.low - 0.5, range.high + 0.5} : range;
+  const double bins = std::ceil((wide.high - wide.low) / width);
+  if (!(bins <= kMostBins)) {
+    throw std::length_error("bins: the rule makes more than 2^27 of them; give their number");
+  }
+  return static_cast<std::size_t>(std::max(bins, 1.0));
+}
+
+}  // namespace vexel

@@ -1,0 +1,142 @@
+#include "functions/ordering/binning.hpp"
+
+#include <algorithm>
+#include <array>
+#include <string>
+
+#include "kernels/watch.hpp"
+
+namespace vexel {
+
+std::vector<double> equalEdges(Interval range, std::size_t bins) {
+  std::vector<double> edges(bins + 1);
+  // Halves keep a range beyond the largest double finite.
+  const bool wide = std::isinf(range.high - range.low);
+  const double step = wide ? 2 * ((range.high / 2 - range.low / 2) / static_cast<double>(bins))
+                           : (range.high - range.low) / static_cast<double>(bins);
+  for (std::size_t i = 0; i < bins; ++i) {
+    edges[i] = range.low + static_cast<double>(i) * step;
+    if (std::isinf(edges[i])) {
+      edges[i] = (range.low / 4 + static_cast<double>(i) * (step / 4)) * 4;
+    }
+  }
+  edges[bins] = range.high;
+  return edges;
+}
+
+std::vector<double> checkedEdges(Data edges) {
+  std::vector<double> checked(edges.size());
+  for (std::size_t i = 0; i < checked.size(); ++i) {
+    checked[i] = edges[i];
+    if (isMissing(checked[i]) || (i > 0 && checked[i] < checked[i - 1])) {
+      throw std::invalid_argument(
+          expected("bins", "edges that do not fall",
+                   number(checked[i]) + " at position " + std::to_string(i)));
+    }
+  }
+  if (checked.size() < 2) {
+    throw std::length_error(expected("bins", "at least two edges", std::to_string(edges.size())));
+  }
+  return checked;
+}
+
+Binning::Binning(std::span<const double> edges, bool equal)
+    : edges_(edges), bins_(edges.size() - 1), equal_(equal) {
+  low_ = edges.front();
+  const double high = edges.back();
+  scale_ = static_cast<double>(bins_) / (high - low_);
+  equal_ = equal && std::isfinite(scale_) && scale_ > 0;
+  if (equal_) {
+    // The guess, the edges and a large integer's conversion are off by a few roundings each.
+    const double size = std::max(std::abs(low_), std::abs(high));
+    doubt_ = 8 * std::numeric_limits<double>::epsilon() *
+             (size * scale_ + static_cast<double>(bins_) + 1);
+  }
+}
+
+namespace {
+
+constexpr std::size_t kBlock = 512;
+
+// The bins of a block, and `bins` where the guess leaves doubt or is none.  Returns how many those
+// are.  Free of branches, for vector instructions.
+template <typename T>
+int guessBlock(const T* x, std::size_t n, double low, double scale, double doubt, int bins,
+               int* bin) {
+  int doubtful = 0;
+  const double most = bins;
+  for (std::size_t j = 0; j < n; ++j) {
+    double t = (static_cast<double>(x[j]) - low) * scale;
+    t = t > 0 ? t : 0;
+    t = t < most ? t : most;
+    const int whole = static_cast<int>(t);
+    const double part = t - static_cast<double>(whole);
+    const bool sure = (part > doubt) & (part < 1 - doubt);
+    bin[j] = sure ? whole : bins;
+    doubtful += static_cast<int>(!sure);
+  }
+  return doubtful;
+}
+
+}  // namespace
+
+// Four tables, since an increment waits for the one before it in its place.
+template <typename T>
+void Binning::count(std::span<const T> x, std::span<std::uint64_t> counts) const {
+  constexpr std::size_t kMostGuessed = std::size_t{1} << 20;
+  const bool guessed = equal_ && bins_ < kMostGuessed && doubt_ < 0.25 && x.size() >= bins_;
+  if (!guessed) {
+    for (std::size_t i = 0; i < x.size(); ++i) {
+      if (i % kernels::pollInterval == 0) {
+        kernels::poll(static_cast<double>(i) / static_cast<double>(x.size()));
+      }
+      const std::size_t bin = (*this)(x[i]);
+      if (bin != outside) {
+        ++counts[bin];
+      }
+    }
+    return;
+  }
+  const std::size_t cells = bins_ + 1;  // the last one for the doubtful
+  const std::size_t tables = cells <= 2048 ? 4 : 1;
+  std::vector<std::uint64_t> all(cells * tables);
+  std::array<std::uint64_t*, 4> table;
+  for (std::size_t t = 0; t < 4; ++t) {
+    table[t] = all.data() + (t % tables) * cells;
+  }
+  std::array<int, kBlock> bin;
+  for (std::size_t start = 0; start < x.size(); start += kBlock) {
+    if (start % kernels::pollInterval == 0) {
+      kernels::poll(static_cast<double>(start) / static_cast<double>(x.size()));
+    }
+    const std::size_t n = std::min(kBlock, x.size() - start);
+    const T* const block = x.data() + start;
+    const int doubtful =
+        guessBlock(block, n, low_, scale_, doubt_, static_cast<int>(bins_), bin.data());
+    std::fill(bin.begin() + static_cast<std::ptrdiff_t>(n), bin.end(), static_cast<int>(bins_));
+    for (std::size_t j = 0; j < kBlock; j += 4) {
+      for (std::size_t t = 0; t < 4; ++t) {
+        ++table[t][bin[j + t]];
+      }
+    }
+    for (std::size_t j = 0; doubtful > 0 && j < n; ++j) {
+      if (bin[j] == static_cast<int>(bins_)) {
+        const std::size_t exact = (*this)(block[j]);
+        if (exact != outside) {
+          ++table[0][exact];
+        }
+      }
+    }
+  }
+  for (std::size_t t = 0; t < tables; ++t) {
+    for (std::size_t b = 0; b < bins_; ++b) {
+      counts[b] += table[t][b];
+    }
+  }
+}
+template void Binning::count(std::span<const double>, std::span<std::uint64_t>) const;
+template void Binning::count(std::span<const float>, std::span<std::uint64_t>) const;
+template void Binning::count(std::span<const std::int32_t>, std::span<std::uint64_t>) const;
+template void Binning::count(std::span<const std::int64_t>, std::span<std::uint64_t>) const;
+
+}  // namespace vexel

@@ -1,0 +1,242 @@
+// Tallies: how often each distinct value occurs, or its total weight.
+//
+// Integers of a narrow range are counted by value; anything else in a hash table of ordered keys
+// while there are few levels, and by sorting where there are many.
+#include <algorithm>
+#include <array>
+#include <limits>
+
+#include "functions/elements.hpp"
+#include "functions/ordering/levels.hpp"
+#include "kernels/exact_totals.hpp"
+#include "kernels/watch.hpp"
+#include "numerics/rank_words.hpp"
+#include "vexel/ordering.hpp"
+
+namespace vexel {
+
+namespace {
+
+constexpr std::size_t kBlock = kernels::pollInterval;
+
+// f(begin, end) for blocks of 0 .. n-1, with a poll before each.
+template <typename F>
+void inBlocks(std::size_t n, F f) {
+  for (std::size_t begin = 0; begin < n; begin += kBlock) {
+    kernels::poll(static_cast<double>(begin) / static_cast<double>(n));
+    f(begin, std::min(n, begin + kBlock));
+  }
+}
+
+template <typename T>
+TallyResult<T> tallyBySorting(std::span<const T> x) {
+  std::vector<T> sorted(x.size());
+  TallyResult<T> result;
+  result.missing = x.size() - sort(Data(x), std::span<T>(sorted), {.missing = Missing::omit});
+  const auto end = sorted.end() - static_cast<std::ptrdiff_t>(result.missing);
+  for (auto run = sorted.begin(); run != end;) {
+    const auto next = std::find_if(run, end, [v = *run](T other) { return other != v; });
+    result.values.push_back(*run + T{0});
+    result.counts.push_back(static_cast<double>(next - run));
+    run = next;
+  }
+  return result;
+}
+
+// Integers with at most a few times as many values from smallest to largest as there are elements.
+// Neighbours count in tables of their own: an increment waits for the one before it in its place.
+template <typename T>
+bool tallyByValue(std::span<const T> x, TallyResult<T>& result) {
+  const auto [smallest, largest] = std::minmax_element(x.begin(), x.end());
+  const auto base = static_cast<std::uint64_t>(std::int64_t{*smallest});
+  const std::uint64_t range = static_cast<std::uint64_t>(std::int64_t{*largest}) - base;
+  if (range > 2 * x.size()) {
+    return false;
+  }
+  const auto cells = static_cast<std::size_t>(range) + 1;
+  const std::size_t tables = cells <= 4096 ? 4 : 1;
+  std::vector<std::uint64_t> counts(cells * tables);
+  std::array<std::uint64_t*, 4> table;
+  for (std::size_t t = 0; t < 4; ++t) {
+    table[t] = counts.data() + (t % tables) * cells;
+  }
+  const auto cell = [&](T v) {
+    return static_cast<std::size_t>(static_cast<std::uint64_t>(std::int64_t{v}) - base);
+  };
+  inBlocks(x.size(), [&](std::size_t begin, std::size_t end) {
+    std::size_t i = begin;
+    for (; i + 4 <= end; i += 4) {
+      ++table[0][cell(x[i])];
+      ++table[1][cell(x[i + 1])];
+      ++table[2][cell(x[i + 2])];
+      ++table[3][cell(x[i + 3])];
+    }
+    for (; i < end; ++i) {
+      ++table[0][cell(x[i])];
+    }
+  });
+  for (std::size_t c = 0; c < cells; ++c) {
+    std::uint64_t count = 0;
+    for (std::size_t t = 0; t < tables; ++t) {
+      count += table[t][c];
+    }
+    if (count > 0) {
+      result.values.push_back(static_cast<T>(static_cast<std::int64_t>(base + c)));
+      result.counts.push_back(static_cast<double>(count));
+    }
+  }
+  return true;
+}
+
+template <typename T>
+bool tallyByHash(std::span<const T> x, TallyResult<T>& result) {
+  Levels levels;
+  bool few = true;
+  inBlocks(x.size(), [&](std::size_t begin, std::size_t end) {
+    for (std::size_t i = begin; few && i < end; ++i) {
+      Levels::Slot* const slot = levels.find(nag2::ascendingKey(x[i]));
+      few = slot != nullptr;
+      if (few) {
+        ++slot->value;
+      }
+    }
+  });
+  if (!few) {
+    return false;
+  }
+  for (const Levels::Slot& slot : levels.ascending()) {
+    const auto key = static_cast<nag2::KeyOf<T>>(slot.key);
+    if (std::is_floating_point_v<T> && key == std::numeric_limits<nag2::KeyOf<T>>::max()) {
+      result.missing = slot.value;
+    } else {
+      result.values.push_back(nag2::fromAscendingKey<T>(key));
+      result.counts.push_back(static_cast<double>(slot.value));
+    }
+  }
+  return true;
+}
+
+template <typename T>
+TallyResult<T> tallyCounts(std::span<const T> x) {
+  TallyResult<T> result;
+  if (x.empty()) {
+    return result;
+  }
+  if constexpr (std::is_integral_v<T>) {
+    if (tallyByValue(x, result)) {
+      return result;
+    }
+  }
+  return tallyByHash(x, result) ? result : tallyBySorting(x);
+}
+
+// The pairs that are there: neither missing nor of weight 0.
+template <typename T>
+struct Pairs {
+  std::vector<T> points;
+  std::vector<double> weights;
+  std::size_t missing = 0;
+
+  Pairs(std::span<const T> x, Data w) {
+    points.reserve(x.size());
+    weights.reserve(x.size());
+    for (std::size_t i = 0; i < x.size(); ++i) {
+      const double weight = w[i];
+      if (weight == 0) {
+        continue;
+      }
+      if (isMissing(x[i]) || isMissing(weight)) {
+        ++missing;
+      } else {
+        points.push_back(x[i]);
+        weights.push_back(weight);
+      }
+    }
+  }
+};
+
+template <typename T>
+bool weighByHash(const Pairs<T>& pairs, TallyResult<T>& result) {
+  Levels levels;
+  kernels::ExactTotals totals;
+  for (std::size_t i = 0; i < pairs.points.size(); ++i) {
+    Levels::Slot* const slot = levels.find(nag2::ascendingKey(pairs.points[i]));
+    if (slot == nullptr) {
+      return false;
+    }
+    if (slot->value == 0) {
+      totals.resize(totals.size() + 1);
+      slot->value = totals.size();
+    }
+    totals.add(slot->value - 1, pairs.weights[i]);
+  }
+  for (const Levels::Slot& slot : levels.ascending()) {
+    result.values.push_back(nag2::fromAscendingKey<T>(static_cast<nag2::KeyOf<T>>(slot.key)));
+    result.counts.push_back(totals.total(slot.value - 1));
+  }
+  return true;
+}
+
+template <typename T>
+TallyResult<T> tallyWeights(std::span<const T> x, Data weights) {
+  const Pairs<T> pairs(x, weights);
+  TallyResult<T> result;
+  result.missing = pairs.missing;
+  if (weighByHash(pairs, result)) {
+    return result;
+  }
+  const std::vector<T>& points = pairs.points;
+  nag2::visitSorted(points.data(), points.size(), false,
+                    [&](std::size_t, nag2::TiedPositions tied) {
+                      kernels::ExactTotals total(1);
+                      for (std::size_t i = 0; i < tied.size(); ++i) {
+                        total.add(0, pairs.weights[tied[i]]);
+                      }
+                      result.values.push_back(points[tied[0]] + T{0});
+                      result.counts.push_back(total.total(0));
+                    });
+  return result;
+}
+
+}  // namespace
+
+template <DataElement T>
+TallyResult<T> tallyOf(Data x, const TallyOptions& options) {
+  requireElement<T>(x);
+  requireWeights(options.weights, x.size());
+  const auto elements = [&](std::span<const T> points) {
+    TallyResult<T> result =
+        options.weights.given() ? tallyWeights(points, options.weights) : tallyCounts(points);
+    if (options.missing == Missing::raise && result.missing > 0) {
+      throwMissing("x or weights");
+    }
+    return result;
+  };
+  return onElements(x, [&]<typename E>(std::span<const E> points) {
+    if constexpr (std::is_same_v<E, T>) {
+      return elements(points);
+    } else {
+      std::vector<T> converted(points.size());
+      std::transform(points.begin(), points.end(), converted.begin(),
+                     [](E v) { return static_cast<T>(v); });
+      return elements(std::span<const T>(converted));
+    }
+  });
+}
+template TallyResult<double> tallyOf(Data, const TallyOptions&);
+template TallyResult<float> tallyOf(Data, const TallyOptions&);
+template TallyResult<std::int32_t> tallyOf(Data, const TallyOptions&);
+template TallyResult<std::int64_t> tallyOf(Data, const TallyOptions&);
+
+double mode(Data x, const TallyOptions& options) {
+  return onElements(x, [&]<typename T>(std::span<const T> points) {
+    const TallyResult<T> t = tallyOf<T>(Data(points), options);
+    if (t.values.empty() || (options.missing == Missing::propagate && t.missing > 0)) {
+      return std::numeric_limits<double>::quiet_NaN();
+    }
+    const auto most = std::max_element(t.counts.begin(), t.counts.end()) - t.counts.begin();
+    return static_cast<double>(t.values[static_cast<std::size_t>(most)]);
+  });
+}
+
+}  // namespace vexel
