@@ -1,0 +1,73 @@
+// Checks of what a law is made of and asked for.
+#include "functions/distributions/checks.hpp"
+
+#include <charconv>
+#include <cmath>
+#include <stdexcept>
+#include <string>
+
+namespace vexel::detail {
+
+namespace {
+
+std::string text(double value) {
+  char digits[32];
+  const auto end = std::to_chars(digits, digits + sizeof digits, value);
+  return {digits, end.ptr};
+}
+
+}  // namespace
+
+void refuse(const char* law, const char* parameter, const char* allowed, double value) {
+  throw std::domain_error(std::string(law) + ": " + parameter + " must be " + allowed + ", got " +
+                          text(value));
+}
+
+void requireFinite(const char* law, const char* parameter, double value) {
+  if (!std::isfinite(value)) {
+    refuse(law, parameter, "finite", value);
+  }
+}
+
+void requirePositive(const char* law, const char* parameter, double value) {
+  if (!(value > 0.0) || std::isinf(value)) {
+    refuse(law, parameter, "positive and finite", value);
+  }
+}
+
+void requireNotNegative(const char* law, const char* parameter, double value) {
+  if (!(value >= 0.0) || std::isinf(value)) {
+    refuse(law, parameter, "at least 0 and finite", value);
+  }
+}
+
+void requireProbability(const char* law, const char* parameter, double value) {
+  if (!(value >= 0.0 && value <= 1.0)) {
+    refuse(law, parameter, "in [0, 1]", value);
+  }
+}
+
+void requireExact(const char* law, const char* parameter, std::int64_t value) {
+  constexpr std::int64_t most = std::int64_t{1} << 53;
+  if (value < -most || value > most) {
+    refuse(law, parameter, "from -2^53 to 2^53", static_cast<double>(value));
+  }
+}
+
+void requireBetween(const char* law, const char* parameter, std::int64_t value, std::int64_t low,
+                    std::int64_t high) {
+  if (value < low || value > high) {
+    throw std::domain_error(std::string(law) + ": " + parameter + " must be from " +
+                            std::to_string(low) + " to " + std::to_string(high) + ", got " +
+                            std::to_string(value));
+  }
+}
+
+void requireSize(const char* method, std::size_t out, std::size_t in) {
+  if (out != in) {
+    throw std::length_error(std::string(method) + ": out must have the size of the input, " +
+                            std::to_string(in) + ", got " + std::to_string(out));
+  }
+}
+
+}  // namespace vexel::detail

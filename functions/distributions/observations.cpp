@@ -1,0 +1,87 @@
+// Data that a law is fitted to: values that are there, with their weights.
+#include "functions/distributions/observations.hpp"
+
+#include <algorithm>
+#include <charconv>
+#include <numeric>
+#include <stdexcept>
+#include <string>
+
+#include "functions/distributions/checks.hpp"
+
+namespace vexel::detail {
+
+void requireWeightsSize(const char* function, const Data& weights, std::size_t size) {
+  if (weights.given() && weights.size() != size) {
+    throw std::length_error(std::string(function) + ": weights must have the size of the data, " +
+                            std::to_string(size) + ", got " + std::to_string(weights.size()));
+  }
+}
+
+void requireWeight(const char* function, double weight) {
+  if (!(weight >= 0.0) || std::isinf(weight)) {
+    char digits[32];
+    const auto end = std::to_chars(digits, digits + sizeof digits, weight);
+    throw std::invalid_argument(std::string(function) +
+                                ": weights must be at least 0 and finite, got " +
+                                std::string(digits, end.ptr));
+  }
+}
+
+void refuseMissing(const char* function, std::size_t index) {
+  throw std::invalid_argument(std::string(function) + ": x must have no missing values, element " +
+                              std::to_string(index) + " is missing");
+}
+
+double Observations::min() const { return *std::min_element(x.begin(), x.end()); }
+
+double Observations::max() const { return *std::max_element(x.begin(), x.end()); }
+
+void Observations::sortByValue() {
+  std::vector<std::size_t> order(x.size());
+  std::iota(order.begin(), order.end(), std::size_t{0});
+  std::sort(order.begin(), order.end(), [this](std::size_t a, std::size_t b) { return x[a] < x[b]; });
+  Observations sorted{std::vector<double>(x.size()), std::vector<double>(x.size()), total};
+  for (std::size_t i = 0; i < order.size(); ++i) {
+    sorted.x[i] = x[order[i]];
+    sorted.w[i] = w[order[i]];
+  }
+  *this = std::move(sorted);
+}
+
+double Observations::median() const {
+  Sum below;
+  for (std::size_t i = 0; i + 1 < x.size(); ++i) {
+    below.add(w[i]);
+    if (below.value() >= 0.5 * total) {
+      return below.value() > 0.5 * total ? x[i] : std::midpoint(x[i], x[i + 1]);
+    }
+  }
+  return x.back();
+}
+
+Observations observe(const char* law, const Data& x, const FitOptions& options, Interval allowed,
+                     bool whole) {
+  Observations result;
+  const std::string function = std::string(law) + ".fit";
+  const Missing missing = options.missing == Missing::omit ? Missing::omit : Missing::raise;
+  Sum total;
+  forEachPair(function.c_str(), x, options.weights, missing, [&](double value, double w) {
+    if (!(value >= allowed.low && value <= allowed.high) || std::isinf(value)) {
+      refuse(law, "a value of x", "in the law's support and finite", value);
+    }
+    if (whole && value != std::floor(value)) {
+      refuse(law, "a value of x", "whole", value);
+    }
+    result.x.push_back(value);
+    result.w.push_back(w);
+    total.add(w);
+  });
+  result.total = total.value();
+  if (result.x.empty()) {
+    throw std::invalid_argument(function + ": x must hold at least one value of positive weight");
+  }
+  return result;
+}
+
+}  // namespace vexel::detail
