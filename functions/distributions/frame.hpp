@@ -2,13 +2,18 @@
 // support, probabilities out of range, arrays.
 //
 // A law's file defines detail::Formulas<L>, a view of the law with functions of one argument, and
-// instantiates the frame by VEXEL_INSTANTIATE_LAW(L).  Of a continuous law Formulas has
+// instantiates the frame by VEXEL_CONTINUOUS_LAW(L) or VEXEL_DISCRETE_LAW(L).  Of a continuous law
+// Formulas has
 //   support mean var skewness kurtosis        skewness and kurtosis may be NaN or infinite
 //   pdf logpdf                                called at finite x of the closed support
 //   cdf sf logcdf logsf                       called inside the support
 //   quantile isf                              called at 0 < p < 1
-// and of a discrete one pmf, logpmf, cdf, sf, logcdf, logsf at values k of the support other than
-// its end, quantile and isf at 0 < p < 1.
+// and of a discrete one
+//   place                                     the argument at which a tail is taken, for any x
+//   holds                                     whether a finite x is in the support
+//   pmf logpmf                                called at values of the support
+//   cdf sf logcdf logsf                       called at places other than the ends
+//   quantile isf                              called at 0 < p < 1
 #pragma once
 
 #include <algorithm>
@@ -59,6 +64,9 @@ double tailAt(const Formulas<L>& formulas, double x, double below, double above,
   } else if (x <= support.low || x >= support.high) {
     return x <= support.low ? below : above;
   }
+  if constexpr (L::discrete) {
+    x = formulas.place(x);
+  }
   return f(x);
 }
 
@@ -80,6 +88,11 @@ template <typename L, typename F>
 double densityAt(const Formulas<L>& formulas, double x, double outside, F f) {
   if (std::isnan(x)) {
     return x;
+  }
+  if constexpr (L::discrete) {
+    if (!formulas.holds(x)) {
+      return outside;
+    }
   }
   const Interval support = formulas.support();
   return x < support.low || x > support.high || std::isinf(x) ? outside : f(x);
@@ -153,16 +166,16 @@ double DiscreteLaw<L>::logpmf(double k) const {
 }
 
 // The array forms.
-#define VEXEL_ARRAY_FORMS(Frame, method)                                   \
-  template <typename L>                                                    \
-  void Frame<L>::method(Data x, std::span<double> out) const {             \
+#define VEXEL_ARRAY_FORMS(Frame, method)                                      \
+  template <typename L>                                                       \
+  void Frame<L>::method(Data x, std::span<double> out) const {                \
     detail::mapInto(#method, x, out, [this](double t) { return method(t); }); \
-  }                                                                        \
-  template <typename L>                                                    \
-  std::vector<double> Frame<L>::method(Data x) const {                     \
-    std::vector<double> out(x.size());                                     \
-    method(x, out);                                                        \
-    return out;                                                            \
+  }                                                                           \
+  template <typename L>                                                       \
+  std::vector<double> Frame<L>::method(Data x) const {                        \
+    std::vector<double> out(x.size());                                        \
+    method(x, out);                                                           \
+    return out;                                                               \
   }
 
 VEXEL_ARRAY_FORMS(Law, cdf)
@@ -228,9 +241,12 @@ double Law<L>::log_likelihood(Data x, const LikelihoodOptions& options) const {
   });
 }
 
-// All members but sample, which functions/samples has.
-#define VEXEL_INSTANTIATE_LAW(L) \
-  template class Law<L>;         \
-  template class std::conditional_t<L::discrete, DiscreteLaw<L>, ContinuousLaw<L>>;
+// All members but sample, which has its own place.
+#define VEXEL_CONTINUOUS_LAW(L) \
+  template class Law<L>;        \
+  template class ContinuousLaw<L>;
+#define VEXEL_DISCRETE_LAW(L) \
+  template class Law<L>;      \
+  template class DiscreteLaw<L>;
 
 }  // namespace vexel

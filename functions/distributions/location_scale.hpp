@@ -7,9 +7,9 @@
 
 namespace vexel::detail {
 
-// S has the standard law's pdf, logpdf, the tails and quantiles as static functions, and its moments
-// as constants.
-template <typename L, typename S>
+// S has the standard law's pdf, logpdf, the tails and quantiles as static functions, and its
+// moments as constants; the member is the logarithm of the scale.
+template <typename L, typename S, double L::*logScale>
 struct LocationScale {
   const L& law;
 
@@ -27,10 +27,7 @@ struct LocationScale {
     const auto& [location, scale] = law.parameters();
     return S::pdf(z(t)) / scale;
   }
-  double logpdf(double t) const {
-    const auto& [location, scale] = law.parameters();
-    return S::logpdf(z(t)) - std::log(scale);
-  }
+  double logpdf(double t) const { return S::logpdf(z(t)) - law.*logScale; }
   double cdf(double t) const { return S::cdf(z(t)); }
   double sf(double t) const { return S::sf(z(t)); }
   double logcdf(double t) const { return S::logcdf(z(t)); }

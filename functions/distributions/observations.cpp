@@ -40,7 +40,8 @@ double Observations::max() const { return *std::max_element(x.begin(), x.end());
 void Observations::sortByValue() {
   std::vector<std::size_t> order(x.size());
   std::iota(order.begin(), order.end(), std::size_t{0});
-  std::sort(order.begin(), order.end(), [this](std::size_t a, std::size_t b) { return x[a] < x[b]; });
+  std::sort(order.begin(), order.end(),
+            [this](std::size_t a, std::size_t b) { return x[a] < x[b]; });
   Observations sorted{std::vector<double>(x.size()), std::vector<double>(x.size()), total};
   for (std::size_t i = 0; i < order.size(); ++i) {
     sorted.x[i] = x[order[i]];
@@ -63,7 +64,7 @@ double Observations::median() const {
 Observations observe(const char* law, const Data& x, const FitOptions& options, Interval allowed,
                      bool whole) {
   Observations result;
-  const std::string function = std::string(law) + ".fit";
+  const std::string function = law;
   const Missing missing = options.missing == Missing::omit ? Missing::omit : Missing::raise;
   Sum total;
   forEachPair(function.c_str(), x, options.weights, missing, [&](double value, double w) {

@@ -9,8 +9,8 @@
 
 namespace vexel::detail {
 
-// A sum with the rounding errors carried along (T. Ogita, S. Rump and S. Oishi, Accurate Sum and Dot
-// Product, 2005): as if added in twice the working precision.
+// A sum with the rounding errors carried along (T. Ogita, S. Rump and S. Oishi, Accurate Sum and
+// Dot Product, 2005): as if added in twice the working precision.
 class Sum {
  public:
   void add(double x) {
@@ -35,6 +35,8 @@ void requireWeightsSize(const char* function, const Data& weights, std::size_t s
 void requireWeight(const char* function, double weight);
 [[noreturn]] void refuseMissing(const char* function, std::size_t index);
 
+inline constexpr double leastPositive = std::numeric_limits<double>::denorm_min();
+
 struct Observations {
   std::vector<double> x;
   std::vector<double> w;  // 1 each where none are given
@@ -56,6 +58,10 @@ struct Observations {
   double mean() const {
     return mean([](double t) { return t; });
   }
+  // Root of the mean square of x - center.
+  double deviation(double center) const {
+    return std::sqrt(mean([=](double t) { return (t - center) * (t - center); }));
+  }
   double min() const;
   double max() const;
   void sortByValue();
@@ -64,8 +70,8 @@ struct Observations {
 };
 
 // f(value, weight) for each pair that is there and whose weight is not 0; false where a value is
-// missing and is to make the result missing.  std::invalid_argument for a missing value that may not
-// be, for a negative or infinite weight; std::length_error for weights of another size.
+// missing and is to make the result missing.  std::invalid_argument for a missing value that may
+// not be, for a negative or infinite weight; std::length_error for weights of another size.
 template <typename F>
 bool forEachPair(const char* function, const Data& x, const Data& weights, Missing missing, F f) {
   requireWeightsSize(function, weights, x.size());
@@ -99,9 +105,8 @@ Observations observe(const char* law, const Data& x, const FitOptions& options, 
 template <typename Log>
 double sumOfLogs(const Data& x, const LikelihoodOptions& options, Log log) {
   Sum sum;
-  const bool complete =
-      forEachPair("log_likelihood", x, options.weights, options.missing,
-                  [&](double value, double w) { sum.addProduct(w, log(value)); });
+  const bool complete = forEachPair("log_likelihood", x, options.weights, options.missing,
+                                    [&](double value, double w) { sum.addProduct(w, log(value)); });
   return complete ? sum.value() : std::numeric_limits<double>::quiet_NaN();
 }
 

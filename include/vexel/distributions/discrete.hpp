@@ -96,6 +96,8 @@ class VEXEL_API Geometric : public DiscreteLaw<Geometric> {
  private:
   friend struct detail::Formulas<Geometric>;
   Parameters parameters_;
+  double logP_;
+  double logFail_;  // log(1 - p)
 };
 
 // Failures before success number n: Gamma(n + k) / (Gamma(n) k!) p^n (1 - p)^k; n >= 0, whole or

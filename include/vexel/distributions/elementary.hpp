@@ -47,6 +47,7 @@ class VEXEL_API Exponential : public ContinuousLaw<Exponential> {
  private:
   friend struct detail::Formulas<Exponential>;
   Parameters parameters_;
+  double logScale_;
 };
 
 // 1 / (pi scale (1 + z^2)), z = (x - location) / scale; scale > 0.
@@ -70,6 +71,7 @@ class VEXEL_API Cauchy : public ContinuousLaw<Cauchy> {
  private:
   friend struct detail::Formulas<Cauchy>;
   Parameters parameters_;
+  double logScale_;
 };
 
 // exp(-|z|) / (2 scale), z = (x - location) / scale; scale > 0.
@@ -93,6 +95,7 @@ class VEXEL_API Laplace : public ContinuousLaw<Laplace> {
  private:
   friend struct detail::Formulas<Laplace>;
   Parameters parameters_;
+  double logScale_;
 };
 
 // exp(-z) / (scale (1 + exp(-z))^2), z = (x - location) / scale; scale > 0.
@@ -116,6 +119,7 @@ class VEXEL_API Logistic : public ContinuousLaw<Logistic> {
  private:
   friend struct detail::Formulas<Logistic>;
   Parameters parameters_;
+  double logScale_;
 };
 
 // exp(-z - exp(-z)) / scale, z = (x - location) / scale, the law of largest values; scale > 0.
@@ -139,6 +143,7 @@ class VEXEL_API Gumbel : public ContinuousLaw<Gumbel> {
  private:
   friend struct detail::Formulas<Gumbel>;
   Parameters parameters_;
+  double logScale_;
 };
 
 // (shape / scale) t^(shape - 1) exp(-t^shape), t = x / scale >= 0; shape > 0, scale > 0.
@@ -161,6 +166,7 @@ class VEXEL_API Weibull : public ContinuousLaw<Weibull> {
  private:
   friend struct detail::Formulas<Weibull>;
   Parameters parameters_;
+  double logRate_;  // log(shape / scale)
 };
 
 // shape minimum^shape / x^(shape + 1) on x >= minimum; shape > 0, minimum > 0.
@@ -183,6 +189,7 @@ class VEXEL_API Pareto : public ContinuousLaw<Pareto> {
  private:
   friend struct detail::Formulas<Pareto>;
   Parameters parameters_;
+  double logShape_;
 };
 
 // (shape / maximum) (x / maximum)^(shape - 1) on [0, maximum]; shape > 0, maximum > 0.
@@ -205,6 +212,7 @@ class VEXEL_API Power : public ContinuousLaw<Power> {
  private:
   friend struct detail::Formulas<Power>;
   Parameters parameters_;
+  double logRate_;  // log(shape / maximum)
 };
 
 // (x / scale^2) exp(-x^2 / (2 scale^2)) on x >= 0; scale > 0.
@@ -225,6 +233,7 @@ class VEXEL_API Rayleigh : public ContinuousLaw<Rayleigh> {
  private:
   friend struct detail::Formulas<Rayleigh>;
   Parameters parameters_;
+  double logScale_;
 };
 
 // Rises linearly from a to the mode and falls to b; a <= mode <= b, a < b.

@@ -35,6 +35,7 @@ class VEXEL_API Empirical : public DiscreteLaw<Empirical> {
   std::vector<double> weights_;
   std::vector<double> below_;  // share of the values up to this one
   std::vector<double> above_;  // share of those behind it
+  double total_ = 0.0;         // of the weights
 };
 
 }  // namespace vexel

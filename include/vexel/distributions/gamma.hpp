@@ -1,6 +1,7 @@
 // Laws of the gamma family: gamma, chi-square, exponential power.
 #pragma once
 
+#include <array>
 #include <tuple>
 
 #include "vexel/distributions/law.hpp"
@@ -27,6 +28,8 @@ class VEXEL_API Gamma : public ContinuousLaw<Gamma> {
  private:
   friend struct detail::Formulas<Gamma>;
   Parameters parameters_;
+  double logScale_;
+  std::array<double, 3> numbers_;
 };
 
 // The sum of df squared standard normal variables; df > 0, whole or not.
@@ -47,6 +50,7 @@ class VEXEL_API ChiSquare : public ContinuousLaw<ChiSquare> {
  private:
   friend struct detail::Formulas<ChiSquare>;
   Parameters parameters_;
+  std::array<double, 3> numbers_;
 };
 
 // exp(-|z|^(2 / shape) / 2) / (scale 2^(shape / 2 + 1) Gamma(shape / 2 + 1)), z = (x - location) /
@@ -73,6 +77,8 @@ class VEXEL_API ExponentialPower : public ContinuousLaw<ExponentialPower> {
  private:
   friend struct detail::Formulas<ExponentialPower>;
   Parameters parameters_;
+  double logFactor_;
+  std::array<double, 3> numbers_;
 };
 
 }  // namespace vexel

@@ -27,6 +27,7 @@ class VEXEL_API Normal : public ContinuousLaw<Normal> {
  private:
   friend struct detail::Formulas<Normal>;
   Parameters parameters_;
+  double logScale_;
 };
 
 // exp(Y) for a normal Y of mean mu and standard deviation sigma > 0.
@@ -49,6 +50,7 @@ class VEXEL_API LogNormal : public ContinuousLaw<LogNormal> {
  private:
   friend struct detail::Formulas<LogNormal>;
   Parameters parameters_;
+  double logScale_;
 };
 
 // sqrt(shape / (2 pi x^3)) exp(-shape (x - mean)^2 / (2 mean^2 x)) on x > 0; mean > 0, shape > 0.
@@ -91,6 +93,7 @@ class VEXEL_API Maxwell : public ContinuousLaw<Maxwell> {
  private:
   friend struct detail::Formulas<Maxwell>;
   Parameters parameters_;
+  double logScale_;
 };
 
 // exp(-(z + exp(-z)) / 2) / (scale sqrt(2 pi)), z = (x - location) / scale; scale > 0.
@@ -113,6 +116,7 @@ class VEXEL_API Moyal : public ContinuousLaw<Moyal> {
  private:
   friend struct detail::Formulas<Moyal>;
   Parameters parameters_;
+  double logScale_;
 };
 
 }  // namespace vexel

@@ -1,0 +1,55 @@
+// The uniform law on an interval.
+#include <numeric>
+
+#include "functions/distributions/frame.hpp"
+#include "functions/distributions/precise.hpp"
+#include "vexel/distributions/elementary.hpp"
+
+namespace vexel {
+
+namespace detail {
+
+template <>
+struct Formulas<Uniform> {
+  const Uniform& law;
+
+  double width() const { return law.parameters_.b - law.parameters_.a; }
+  Interval support() const { return {law.parameters_.a, law.parameters_.b}; }
+  double pdf(double) const { return 1.0 / width(); }
+  double logpdf(double) const { return -std::log(width()); }
+  double cdf(double x) const { return (x - law.parameters_.a) / width(); }
+  double sf(double x) const { return (law.parameters_.b - x) / width(); }
+  double logcdf(double x) const { return logOfTail(cdf(x), sf(x)); }
+  double logsf(double x) const { return logOfTail(sf(x), cdf(x)); }
+  // From the nearer end, so that no point lies beyond the other one.
+  double quantile(double p) const {
+    return p <= 0.5 ? law.parameters_.a + p * width() : law.parameters_.b - (1.0 - p) * width();
+  }
+  double isf(double q) const {
+    return q <= 0.5 ? law.parameters_.b - q * width() : law.parameters_.a + (1.0 - q) * width();
+  }
+  double mean() const { return std::midpoint(law.parameters_.a, law.parameters_.b); }
+  double var() const { return width() * width() / 12.0; }
+  double skewness() const { return 0.0; }
+  double kurtosis() const { return -1.2; }
+};
+
+}  // namespace detail
+
+Uniform::Uniform(const Parameters& parameters) : parameters_(parameters) {
+  detail::requireFinite(name, "a", parameters.a);
+  detail::requireFinite(name, "b", parameters.b);
+  if (!(parameters.a < parameters.b) || std::isinf(parameters.b - parameters.a)) {
+    detail::refuse(name, "b", "greater than a, at a finite distance", parameters.b);
+  }
+}
+
+Uniform Uniform::fit(Data x, const FitOptions& options) {
+  const detail::Observations data =
+      detail::observe(name, x, options, {-detail::infinity, detail::infinity});
+  return Uniform(data.min(), data.max());
+}
+
+VEXEL_CONTINUOUS_LAW(Uniform)
+
+}  // namespace vexel

@@ -1,0 +1,104 @@
+// The Weibull law.
+//
+// N. L. Johnson, S. Kotz and N. Balakrishnan, Continuous Univariate Distributions, volume 1, 2nd
+// edition (1994), chapter 21.
+#include <utility>
+
+#include "functions/distributions/frame.hpp"
+#include "functions/distributions/maximize.hpp"
+#include "functions/distributions/precise.hpp"
+#include "functions/distributions/weibull_moments.hpp"
+#include "vexel/distributions/elementary.hpp"
+
+namespace vexel {
+
+namespace detail {
+
+template <>
+struct Formulas<Weibull> {
+  const Weibull& law;
+
+  double shape() const { return law.parameters_.shape; }
+  double scale() const { return law.parameters_.scale; }
+  double power(double x) const { return std::pow(x / scale(), shape()); }
+  double logPower(double x) const { return shape() * logRatio(x, scale()); }
+
+  Interval support() const { return {0.0, infinity}; }
+  double pdf(double x) const {
+    const double c = shape();
+    if (x == 0.0) {
+      return c < 1.0 ? infinity : c > 1.0 ? 0.0 : 1.0 / scale();
+    }
+    const double w = power(x);
+    // shape - 1 would be rounded; the power itself underflows before the density does.
+    return w > 1e-290 ? w * std::exp(-w) / x * c : std::pow(x / scale(), c - 1.0) * (c / scale());
+  }
+  double logpdf(double x) const {
+    const double c = shape();
+    if (x == 0.0) {
+      return c < 1.0 ? infinity : c > 1.0 ? -infinity : law.logRate_;
+    }
+    return law.logRate_ + (c - 1.0) * logRatio(x, scale()) - power(x);
+  }
+  double cdf(double x) const { return -std::expm1(-power(x)); }
+  double sf(double x) const { return std::exp(-power(x)); }
+  double logcdf(double x) const { return logOneMinusExp(power(x), logPower(x)); }
+  double logsf(double x) const { return -power(x); }
+  double quantile(double p) const { return scale() * std::pow(-std::log1p(-p), 1.0 / shape()); }
+  double isf(double q) const { return scale() * std::pow(-std::log(q), 1.0 / shape()); }
+
+  double mean() const { return scale() * std::tgamma(1.0 + 1.0 / shape()); }
+  double var() const {
+    const double m = mean();
+    return m * m * weibullMoments(1.0 / shape()).second;
+  }
+  double skewness() const {
+    const WeibullMoments m = weibullMoments(1.0 / shape());
+    return m.third / (m.second * std::sqrt(m.second));
+  }
+  double kurtosis() const {
+    const WeibullMoments m = weibullMoments(1.0 / shape());
+    return m.fourth / (m.second * m.second) - 3.0;
+  }
+};
+
+}  // namespace detail
+
+Weibull::Weibull(const Parameters& parameters)
+    : parameters_(parameters), logRate_(std::log(parameters.shape / parameters.scale)) {
+  detail::requirePositive(name, "shape", parameters.shape);
+  detail::requirePositive(name, "scale", parameters.scale);
+}
+
+// With y = log x the shape c solves A(c) - 1 / c = mean(y), A the mean of y under the weights
+// exp(c y): the left side increases.
+Weibull Weibull::fit(Data x, const FitOptions& options) {
+  detail::Observations data =
+      detail::observe(name, x, options, {detail::leastPositive, detail::infinity});
+  const double largest = std::log(data.max());
+  for (double& value : data.x) {
+    value = std::log(value) - largest;
+  }
+  const double center = data.mean();
+  if (!(data.min() < 0.0)) {
+    detail::refuse(name, "x", "of more than one value; all are", std::exp(largest));
+  }
+  const auto equation = [&](double c) {
+    const double total = data.mean([=](double y) { return std::exp(c * y); });
+    const double tilted = data.mean([=](double y) { return y * std::exp(c * y); }) / total;
+    const double square =
+        data.mean([=](double y) { return (y - tilted) * (y - tilted) * std::exp(c * y); }) / total;
+    return std::pair(tilted - 1.0 / c - center, square + 1.0 / (c * c));
+  };
+  double high = -1.0 / center;
+  while (!(equation(high).first > 0.0)) {
+    high *= 2.0;
+  }
+  const double shape = detail::increasingRoot(equation, 0.0, high, high);
+  const double total = data.mean([=](double y) { return std::exp(shape * y); });
+  return Weibull(shape, std::exp(largest + std::log(total) / shape));
+}
+
+VEXEL_CONTINUOUS_LAW(Weibull)
+
+}  // namespace vexel
