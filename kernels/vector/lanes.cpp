@@ -10,10 +10,9 @@
 
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "kernels/vector/lanes.cpp"
-#include <hwy/foreach_target.h>
-// After it, as it wants:
+#include "kernels/vector/each_target.hpp"
+// After it:
 #include <hwy/cache_control.h>
-#include <hwy/highway.h>
 
 HWY_BEFORE_NAMESPACE();
 namespace vexel::kernels::HWY_NAMESPACE {
