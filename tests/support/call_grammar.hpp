@@ -4,8 +4,10 @@
 // small enough that no call takes long: the dictionary has no integers between 2^20 and 2^62.
 #pragma once
 
+#include <cctype>
 #include <cstddef>
 #include <cstdint>
+#include <sstream>
 #include <string>
 #include <vector>
 #include <vexel/kernel.hpp>
@@ -46,6 +48,25 @@ class CallGrammar {
       calls_.push_back({call.entry(), splitArguments(call.text)});
     }
     makeDictionary();
+  }
+
+  std::size_t size() const { return calls_.size(); }
+  const std::string& entry(std::size_t call) const { return calls_[call].entry; }
+  const std::string& preparation() const { return preparation_; }
+
+  // The text of a call like the given one: numbers, samples and truth values of it are others now
+  // and then, a whole argument rarely.
+  std::string variation(std::size_t call, ByteSource& source) const {
+    std::string text;
+    for (const std::string& argument : calls_[call].arguments) {
+      text += text.empty() ? "" : ", ";
+      text += source.below(20) == 0 ? dictionary_[source.below(dictionary_.size())]
+                                    : varied(argument, source);
+    }
+    if (source.below(40) == 0) {
+      text += (text.empty() ? "" : ", ") + dictionary_[source.below(dictionary_.size())];
+    }
+    return calls_[call].entry + "(" + text + ")";
   }
 
   // Makes up to 8 calls on one state of the host.  Errors and interrupts are fine; crashes, hangs
@@ -107,7 +128,7 @@ class CallGrammar {
       if (c == ',' && depth == 0) {
         arguments.push_back(current);
         current.clear();
-      } else {
+      } else if (c != ' ' || !current.empty()) {
         current += c;
       }
     }
@@ -115,6 +136,60 @@ class CallGrammar {
       arguments.push_back(current);
     }
     return arguments;
+  }
+
+  static std::string variedNumber(const std::string& number, ByteSource& source) {
+    static const double factors[] = {0.5, 2.0, 0.1, 10.0, 1.3, 0.01, 100.0, 1e-6, 0.75};
+    static const int steps[] = {1, -1, 2, 7, 40, 300, 3000};
+    static const char* const specials[] = {"0", "1", "0.0", "1.0", "-1", "undefined", "infinity"};
+    if (source.below(12) == 0) {
+      return specials[source.below(std::size(specials))];
+    }
+    if (number.find_first_of(".e") == std::string::npos) {
+      return std::to_string(std::stol(number) + steps[source.below(std::size(steps))]);
+    }
+    std::ostringstream out;
+    out << std::strtod(number.c_str(), nullptr) * factors[source.below(std::size(factors))];
+    return out.str();
+  }
+
+  static std::string variedWord(const std::string& word, ByteSource& source) {
+    static const char* const samples[] = {"A", "B", "W", "N", "E", "J", "S",  "G",
+                                          "R", "Z", "M", "D", "P", "Q", "P2", "Q2"};
+    if (word == "true" || word == "false") {
+      return word == "true" ? "false" : "true";
+    }
+    return word.size() == 1 && word != "x" && word != "y" && word != "w"
+               ? samples[source.below(std::size(samples))]
+               : word;
+  }
+
+  // A text with a third of its numbers, samples (names of one letter) and truth values replaced.
+  static std::string varied(const std::string& text, ByteSource& source) {
+    std::string result;
+    for (std::size_t i = 0; i < text.size();) {
+      const bool digit = std::isdigit(static_cast<unsigned char>(text[i])) != 0;
+      const bool letter = std::isalpha(static_cast<unsigned char>(text[i])) != 0;
+      std::size_t end = i + 1;
+      if (digit) {
+        while (end < text.size() &&
+               (std::isdigit(static_cast<unsigned char>(text[end])) != 0 || text[end] == 'e' ||
+                (text[end] == '.' && text.compare(end, 2, "..") != 0 && text[end - 1] != '.') ||
+                (text[end] == '-' && text[end - 1] == 'e'))) {
+          ++end;
+        }
+      } else if (letter) {
+        while (end < text.size() &&
+               (std::isalnum(static_cast<unsigned char>(text[end])) != 0 || text[end] == '_')) {
+          ++end;
+        }
+      }
+      const std::string token = text.substr(i, end - i);
+      const bool changed = (digit || letter) && source.below(3) == 0;
+      result += !changed ? token : digit ? variedNumber(token, source) : variedWord(token, source);
+      i = end;
+    }
+    return result;
   }
 
   vexel::Value other(ByteSource& source, const vexel::Value& last) {
