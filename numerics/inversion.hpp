@@ -1,0 +1,61 @@
+// Inverting a law's tail on logarithmic scales.
+#pragma once
+
+#include <algorithm>
+#include <cmath>
+
+namespace nag2 {
+
+// A tail T near the wanted p at x > 0: gap = log(T / p), slope = x T' / T, bend = 1 + x f' / f with
+// the density f.  A gap of -infinity is a tail that has underflowed.
+struct TailSlope {
+  double gap;
+  double slope;
+  double bend;
+};
+
+// log(tail / p) without loss where they are near each other.
+inline double logQuotient(double tail, double p) {
+  const double relative = (tail - p) / p;
+  return std::fabs(relative) < 0.5 ? std::log1p(relative) : std::log(tail) - std::log(p);
+}
+
+// x in (low, high) where at(x).gap is 0.  Halley's steps in log x, of third order, kept in the
+// bracket that the signs of the gaps give; each one that leaves it or finds no slope halves the
+// bracket in log x instead.
+template <typename At>
+double invertTail(At at, bool rising, double start, double low, double high) {
+  double x = start;
+  // Below this quotient of its ends a bracket is halved in x.
+  constexpr double narrow = 2.0;
+  for (int i = 0; i < 200; ++i) {
+    if (!(x > low && x < high)) {
+      x = high > narrow * low ? std::sqrt(low) * std::sqrt(high) : 0.5 * (low + high);
+      if (!(x > low && x < high)) {
+        return low;
+      }
+    }
+    const TailSlope s = at(x);
+    if (s.gap == 0.0) {
+      return x;
+    }
+    ((s.gap < 0.0) == rising ? low : high) = x;
+    const double newton = -s.gap / s.slope;
+    const double curve = 0.5 * (s.bend - s.slope);
+    const double step = newton / std::max(0.3, 1.0 + newton * curve);
+    if (!(std::fabs(step) < 600.0)) {
+      x = -1.0;
+      continue;
+    }
+    const double next = std::fabs(step) < 0.01 ? x + x * (step * (1.0 + step * (0.5 + step / 6.0)))
+                                               : x * std::exp(step);
+    const double size = std::fabs(step);
+    if (size * size * size * (1.0 + 4.0 * curve * curve) < 1e-17) {
+      return next;
+    }
+    x = next;
+  }
+  return x;
+}
+
+}  // namespace nag2
