@@ -1,0 +1,135 @@
+// Moving statistics: stretches of the series, one after the other.
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+#include "functions/elements.hpp"
+#include "functions/series/windows.hpp"
+#include "kernels/running_sum.hpp"
+#include "kernels/watch.hpp"
+
+namespace vexel {
+
+namespace {
+
+constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
+
+// compute(stretch, minCount, out) for every stretch.
+template <typename Compute>
+void overStretches(Data data, std::size_t window, std::span<double> out,
+                   const MovingOptions& options, Compute compute) {
+  requireSize("out", out.size(), data.size());
+  const WindowPlan plan(data.size(), window, options);
+  const Doubles x(data);
+  for (std::size_t first = 0; first < out.size(); first += plan.stretch()) {
+    kernels::poll(static_cast<double>(first) / static_cast<double>(out.size()));
+    const std::size_t last = std::min(out.size(), first + plan.stretch());
+    const Stretch stretch(plan, x.span(), first, last);
+    compute(stretch, options.min_count, out.data() + first);
+    for (std::size_t i = first; i < last; ++i) {
+      if (plan.leavesSeries(i)) {
+        out[i] = kNan;
+      }
+    }
+  }
+}
+
+// Skewness or kurtosis (excess) with the divisor n, of values in a scale of their own.
+double shape(std::span<const double> x, std::span<const double> weights, int order) {
+  const auto weight = [&](std::size_t i) { return weights.empty() ? 1 : weights[i]; };
+  double size = 0;
+  for (const double v : x) {
+    size = std::max(size, std::abs(v));
+  }
+  int exponent = 0;
+  std::frexp(size, &exponent);
+  const auto scaled = [&](std::size_t i) { return std::ldexp(x[i], -exponent); };
+  kernels::RunningSum sum;
+  kernels::RunningSum total;
+  for (std::size_t i = 0; i < x.size(); ++i) {
+    sum.addProduct(weight(i), scaled(i));
+    total.add(weight(i));
+  }
+  const double mean = sum.value() / total.value();
+  kernels::RunningSum squares;
+  kernels::RunningSum powers;
+  for (std::size_t i = 0; i < x.size(); ++i) {
+    const double d = scaled(i) - mean;
+    squares.addProduct(weight(i), d * d);
+    powers.addProduct(weight(i), order == 3 ? d * d * d : d * d * d * d);
+  }
+  const double variance = squares.value() / total.value();
+  const double power = powers.value() / total.value();
+  return order == 3 ? power / (variance * std::sqrt(variance)) : power / (variance * variance) - 3;
+}
+
+}  // namespace
+
+void moving(Data x, std::size_t window, Statistic statistic, std::span<double> out,
+            const MovingOptions& options) {
+  overStretches(x, window, out, options,
+                [&](const Stretch& s, std::size_t minCount, double* results) {
+                  switch (statistic) {
+                    case Statistic::mean:
+                    case Statistic::sum:
+                      return movingSums(s, statistic == Statistic::mean, minCount, results);
+                    case Statistic::var:
+                    case Statistic::std:
+                      return movingVariances(s, statistic == Statistic::std, minCount, results);
+                    case Statistic::min:
+                    case Statistic::max:
+                      return movingExtremes(s, statistic == Statistic::max, minCount, results);
+                    case Statistic::median:
+                      return movingQuantiles(s, 0.5, minCount, results);
+                    case Statistic::iqr: {
+                      std::vector<double> lower(s.results());
+                      movingQuantiles(s, 0.25, minCount, lower.data());
+                      movingQuantiles(s, 0.75, minCount, results);
+                      for (std::size_t i = 0; i < lower.size(); ++i) {
+                        results[i] -= lower[i];
+                      }
+                      return;
+                    }
+                    case Statistic::skewness:
+                    case Statistic::kurtosis:
+                      return movingDirect(
+                          s,
+                          [order = statistic == Statistic::skewness ? 3 : 4](
+                              auto values, auto weights) { return shape(values, weights, order); },
+                          minCount, results);
+                  }
+                });
+}
+
+void moving(Data x, std::size_t window, Quantile quantile, std::span<double> out,
+            const MovingOptions& options) {
+  if (quantile.q < 0 || quantile.q > 1) {
+    throw std::domain_error(expected("q", "a number from 0 to 1", number(quantile.q)));
+  }
+  overStretches(x, window, out, options,
+                [&](const Stretch& s, std::size_t minCount, double* results) {
+                  if (isMissing(quantile.q)) {
+                    std::fill_n(results, s.results(), kNan);
+                  } else {
+                    movingQuantiles(s, quantile.q, minCount, results);
+                  }
+                });
+}
+
+void moving(Data x, std::size_t window, const WindowStatistic& statistic, std::span<double> out,
+            const MovingOptions& options) {
+  if (options.weights.given()) {
+    throw std::invalid_argument("weights: a statistic of one's own takes none");
+  }
+  overStretches(x, window, out, options,
+                [&](const Stretch& s, std::size_t minCount, double* results) {
+                  movingDirect(
+                      s,
+                      [&](std::span<const double> values, std::span<const double>) {
+                        return statistic(values);
+                      },
+                      minCount, results);
+                });
+}
+
+}  // namespace vexel

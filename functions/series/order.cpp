@@ -1,0 +1,214 @@
+// Moving extremes and quantiles.
+//
+// Extremes: blocks as for the sums.  Quantiles: the elements of a stretch are ranked once; a window
+// is a set of bits, one for each rank, and a mark in it goes from one set bit to the next as the
+// window moves on.
+#include <algorithm>
+#include <bit>
+#include <cmath>
+#include <limits>
+
+#include "functions/series/windows.hpp"
+#include "numerics/rank_words.hpp"
+
+namespace vexel {
+
+namespace {
+
+constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
+
+template <bool kLargest>
+void extremes(const Stretch& s, std::size_t minCount, double* out) {
+  constexpr double none =
+      kLargest ? -std::numeric_limits<double>::infinity() : std::numeric_limits<double>::infinity();
+  const auto further = [](double a, double b) {
+    return kLargest ? (b > a ? b : a) : (b < a ? b : a);
+  };
+  const std::size_t w = s.window();
+  const double* const x = s.values().data();
+  WindowCounts counts(s);
+  std::vector<double> ends(w);
+  for (std::size_t block = 0; block < s.results(); block += w) {
+    double end = none;
+    for (std::size_t i = w; i-- > 0;) {
+      ends[i] = end = further(end, x[block + i]);
+    }
+    double beginning = none;
+    const std::size_t stop = std::min(w, s.results() - block);
+    for (std::size_t i = 0; i < stop; ++i) {
+      if (block + i > 0 && !s.plain()) {
+        counts.slide();
+      }
+      const bool some = counts.answers(minCount) && counts.present() > 0;
+      out[block + i] = some ? further(ends[i], beginning) : kNan;
+      if (i + 1 < stop) {
+        beginning = further(beginning, x[block + w + i]);
+      }
+    }
+  }
+}
+
+// A set of ranks with a mark that knows how many members lie below it.
+class MarkedSet {
+ public:
+  explicit MarkedSet(std::size_t ranks) : words_(ranks / 64 + 1) {}
+
+  void insert(std::uint32_t rank) {
+    words_[rank / 64] |= bit(rank);
+    below_ += static_cast<std::int64_t>(rank < mark_);
+  }
+  void remove(std::uint32_t rank) {
+    words_[rank / 64] &= ~bit(rank);
+    below_ -= static_cast<std::int64_t>(rank < mark_);
+  }
+  // The k-th smallest member, k from 0; there are more than k.
+  std::uint32_t select(std::int64_t k) {
+    while (below_ > k) {
+      mark_ = previous(mark_);
+      --below_;
+    }
+    mark_ = from(mark_);
+    while (below_ < k) {
+      mark_ = from(mark_ + 1);
+      ++below_;
+    }
+    return mark_;
+  }
+  // The first member at rank or above; there is one.
+  std::uint32_t from(std::uint32_t rank) const {
+    std::size_t i = rank / 64;
+    std::uint64_t word = words_[i] & (~std::uint64_t{0} << rank % 64);
+    while (word == 0) {
+      word = words_[++i];
+    }
+    return static_cast<std::uint32_t>(64 * i + static_cast<std::size_t>(std::countr_zero(word)));
+  }
+
+ private:
+  static std::uint64_t bit(std::uint32_t rank) { return std::uint64_t{1} << rank % 64; }
+  std::uint32_t previous(std::uint32_t rank) const {
+    std::size_t i = rank / 64;
+    std::uint64_t word = words_[i] & (bit(rank) - 1);
+    while (word == 0) {
+      word = words_[--i];
+    }
+    return static_cast<std::uint32_t>(64 * i + 63 -
+                                      static_cast<std::size_t>(std::countl_zero(word)));
+  }
+
+  std::vector<std::uint64_t> words_;
+  std::uint32_t mark_ = 0;
+  std::int64_t below_ = 0;
+};
+
+// The elements of a stretch in sorted order.
+struct Ranked {
+  std::vector<std::uint32_t> ranks;
+  std::vector<double> sorted;
+  explicit Ranked(const std::vector<double>& x) : ranks(x.size()), sorted(x.size()) {
+    nag2::visitSorted(x.data(), x.size(), false, [&](std::size_t first, nag2::TiedPositions tied) {
+      for (std::size_t i = 0; i < tied.size(); ++i) {
+        ranks[tied[i]] = static_cast<std::uint32_t>(first + i);
+        sorted[first + i] = x[tied[i]];
+      }
+    });
+  }
+};
+
+double between(double low, double high, double fraction) {
+  if (fraction == 0 || low == high) {
+    return low;
+  }
+  const double step = high - low;
+  return std::isinf(step) ? low * (1 - fraction) + high * fraction : low + fraction * step;
+}
+
+// From 0: the quantile lies fraction of the way from one order statistic to the next.
+struct Place {
+  std::int64_t k;
+  double fraction;
+  Place(double q, double count) {
+    const double h = std::max(0.0, q * (count - 1));
+    k = static_cast<std::int64_t>(h);
+    fraction = h - static_cast<double>(k);
+  }
+};
+
+// With weights: the members of the window in their order, until the weight is reached.
+double weightedQuantile(const Stretch& s, std::size_t j, double q,
+                        std::vector<std::pair<double, double>>& members) {
+  members.clear();
+  double total = 0;
+  for (std::size_t i = j; i < j + s.window(); ++i) {
+    if (s.kind(i) < Kind::absent) {
+      members.emplace_back(s.values()[i], s.weights()[i]);
+    }
+  }
+  std::sort(members.begin(), members.end());
+  for (const auto& [x, w] : members) {
+    total += w;
+  }
+  const Place place(q, total);
+  const auto statistic = [&](double k) {
+    double sum = 0;
+    for (const auto& [x, w] : members) {
+      sum += w;
+      if (sum >= k) {
+        return x;
+      }
+    }
+    return members.back().first;
+  };
+  const auto k = static_cast<double>(place.k);
+  return between(statistic(k + 1), statistic(k + 2), place.fraction);
+}
+
+}  // namespace
+
+void movingExtremes(const Stretch& s, bool largest, std::size_t minCount, double* out) {
+  largest ? extremes<true>(s, minCount, out) : extremes<false>(s, minCount, out);
+}
+
+void movingQuantiles(const Stretch& s, double q, std::size_t minCount, double* out) {
+  WindowCounts counts(s);
+  const bool weighted = !s.weights().empty();
+  const Ranked ranked(s.values());
+  MarkedSet window(ranked.ranks.size());
+  std::vector<std::pair<double, double>> members;
+  const auto member = [&](std::size_t i) { return s.kind(i) < Kind::absent; };
+  for (std::size_t i = 0; i + 1 < s.window(); ++i) {
+    if (member(i)) {
+      window.insert(ranked.ranks[i]);
+    }
+  }
+  Place place(q, static_cast<double>(s.window()));
+  for (std::size_t j = 0; j < s.results(); ++j) {
+    if (j > 0 && !s.plain()) {
+      counts.slide();
+    }
+    const std::size_t newest = j + s.window() - 1;
+    if (member(newest)) {
+      window.insert(ranked.ranks[newest]);
+    }
+    out[j] = kNan;
+    if (counts.answers(minCount) && counts.present() > 0) {
+      if (weighted) {
+        out[j] = weightedQuantile(s, j, q, members);
+      } else {
+        if (!s.plain()) {
+          place = Place(q, static_cast<double>(counts.present()));
+        }
+        const std::uint32_t at = window.select(place.k);
+        out[j] = ranked.sorted[at];
+        if (place.fraction > 0) {
+          out[j] = between(out[j], ranked.sorted[window.from(at + 1)], place.fraction);
+        }
+      }
+    }
+    if (member(j)) {
+      window.remove(ranked.ranks[j]);
+    }
+  }
+}
+
+}  // namespace vexel
