@@ -4,8 +4,10 @@
 #include <compare>
 
 #include "builtins/builtins.hpp"
+#include "builtins/collections.hpp"
 #include "mathematics/algebra.hpp"
 #include "mathematics/elementary.hpp"
+#include "mathematics/elementwise.hpp"
 #include "mathematics/evaluation.hpp"
 #include "values/arrays.hpp"
 #include "values/errors.hpp"
@@ -16,20 +18,45 @@ namespace vexel {
 
 namespace {
 
+ALGEB rounded(State& s, const char* functionName, Rounding rounding, double (*hardware)(double),
+              ALGEB x) {
+  if (isReal(x)) {
+    return toInteger(s, x, rounding);
+  }
+  if (isContainer(x)) {
+    return elementwiseFunction(s, x, hardware, [=, &s](ALGEB e) {
+      return rounded(s, functionName, rounding, hardware, e);
+    });
+  }
+  // A symbolic constant has a nearest float, which settles it unless it is very near a whole.
+  const ALGEB value = evalf(s, x, s.digits() + 10);
+  return isReal(value) ? toInteger(s, value, rounding) : applicationOf(s, functionName, x);
+}
+
 void defineRounding(State& state, const char* functionName, Rounding rounding,
                     double (*hardware)(double)) {
   defineFunction(
       state, functionName,
-      [rounding, functionName](State& s, ALGEB args) {
-        const ALGEB x = oneArgument(s, args, "expected one argument, received: %1");
-        if (isReal(x)) {
-          return toInteger(s, x, rounding);
-        }
-        // A symbolic constant has a nearest float, which settles it unless it is very near a whole.
-        const ALGEB value = evalf(s, x, s.digits() + 10);
-        return isReal(value) ? toInteger(s, value, rounding) : applicationOf(s, functionName, x);
+      [=](State& s, ALGEB args) {
+        return rounded(s, functionName, rounding, hardware,
+                       oneArgument(s, args, "expected one argument, received: %1"));
       },
       [hardware](State&, int, const double* a) { return hardware(a[1]); });
+}
+
+ALGEB absoluteValue(State& s, ALGEB x) {
+  if (isReal(x)) {
+    return absolute(s, x);
+  }
+  if (isContainer(x)) {
+    return elementwiseFunction(s, x, std::fabs, [&s](ALGEB e) { return absoluteValue(s, e); });
+  }
+  if (isComplex(x)) {
+    const ALGEB squares = add(s, multiply(s, operand(x, 1), operand(x, 1)),
+                              multiply(s, operand(x, 2), operand(x, 2)));
+    return applyElementary(s, *elementaryFunction("sqrt"), squares);
+  }
+  return applicationOf(s, "abs", x);
 }
 
 // What min and max compare: all arguments, or the elements of a single list or array.
@@ -51,6 +78,9 @@ void defineExtreme(State& state, const char* functionName, bool largest) {
   defineFunction(
       state, functionName,
       [functionName, largest](State& s, ALGEB args) -> ALGEB {
+        if (isMachineArray(args) && arrayOf(args).count > 0) {
+          return machineExtreme(s, args, largest);
+        }
         ALGEB best = nullptr;
         Handles all(s);
         compared(s, args, all);
@@ -106,16 +136,7 @@ void defineNumberFunctions(State& state) {
   defineFunction(
       state, "abs",
       [](State& s, ALGEB args) {
-        const ALGEB x = oneArgument(s, args, "expected one argument, received: %1");
-        if (isReal(x)) {
-          return absolute(s, x);
-        }
-        if (isComplex(x)) {
-          const ALGEB squares = add(s, multiply(s, operand(x, 1), operand(x, 1)),
-                                    multiply(s, operand(x, 2), operand(x, 2)));
-          return applyElementary(s, *elementaryFunction("sqrt"), squares);
-        }
-        return applicationOf(s, "abs", x);
+        return absoluteValue(s, oneArgument(s, args, "expected one argument, received: %1"));
       },
       [](State&, int, const double* a) { return std::fabs(a[1]); });
 }

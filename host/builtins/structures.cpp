@@ -1,9 +1,11 @@
 // Built-in functions on the structure of values, and evaluation to floating point.
 
 #include "builtins/builtins.hpp"
+#include "builtins/collections.hpp"
 #include "mathematics/algebra.hpp"
 #include "mathematics/comparison.hpp"
 #include "mathematics/elementary.hpp"
+#include "mathematics/elementwise.hpp"
 #include "mathematics/evaluation.hpp"
 #include "values/arrays.hpp"
 #include "values/errors.hpp"
@@ -238,8 +240,12 @@ ALGEB makeTable(State& s, ALGEB args) {
 }
 
 ALGEB sumOfElements(State& s, ALGEB args) {
+  const ALGEB x = only(s, args);
+  if (isMachineArray(x)) {
+    return machineSum(s, x);
+  }
   Handles all(s);
-  elementsOf(s, only(s, args), all);
+  elementsOf(s, x, all);
   RunningSum total(s, immediate(0));
   for (const ALGEB e : all.span()) {
     total.add(e);

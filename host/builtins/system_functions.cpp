@@ -114,6 +114,7 @@ void initialiseLanguage(State& state) {
     };
   }
   defineElementaryFunctions(state);
+  defineCollectionFunctions(state);
   defineNumberFunctions(state);
   defineStructuralFunctions(state);
   defineArrayFunction(state);

@@ -11,6 +11,7 @@
 #include "language/procedure.hpp"
 #include "mathematics/algebra.hpp"
 #include "mathematics/comparison.hpp"
+#include "mathematics/elementwise.hpp"
 #include "mathematics/evaluation.hpp"
 #include "values/errors.hpp"
 #include "values/numbers.hpp"
@@ -61,6 +62,8 @@ class Evaluator {
   ALGEB makeProcedure(const Node& node);
   ALGEB assign(const Node& target, ALGEB v);
   ALGEB compareValue(const Node& node);
+  ALGEB logicalValue(const Node& node);
+  ALGEB logicalOperand(const Node& node);
   // The statement or call that runs now.
   void note(const Node& node) {
     if (program_->text != nullptr) {
@@ -119,6 +122,11 @@ ALGEB Evaluator::compareValue(const Node& node) {
   if (node.op == CompareOp::equal) {
     return newPair(state_, Tag::equation, a, b);
   }
+  // Two lists or two arrays differ as wholes; everything else goes element by element.
+  if ((isContainer(a) || isContainer(b)) &&
+      (node.op != CompareOp::unequal || !isContainer(a) || !isContainer(b))) {
+    return elementwiseComparison(state_, node.op, a, b);
+  }
   if (const auto result = comparison(state_, node.op, a, b)) {
     return boolean(state_, *result);
   }
@@ -134,6 +142,38 @@ ALGEB Evaluator::compareValue(const Node& node) {
     default:
       return newPair(state_, Tag::lessEqual, b, a);
   }
+}
+
+// true or false, or a container of them; `=` compares here, as it does in a condition.
+ALGEB Evaluator::logicalOperand(const Node& node) {
+  if (node.kind == NodeKind::compare && node.op == CompareOp::equal) {
+    const ALGEB a = value(*node.children[0]);
+    const ALGEB b = value(*node.children[1]);
+    if (isContainer(a) != isContainer(b)) {
+      return elementwiseComparison(state_, node.op, a, b);
+    }
+    return boolean(state_, truth(state_, newPair(state_, Tag::equation, a, b)));
+  }
+  const ALGEB v = value(node);
+  return isContainer(v) ? v : boolean(state_, truth(state_, v));
+}
+
+ALGEB Evaluator::logicalValue(const Node& node) {
+  if (node.kind == NodeKind::logicalNot) {
+    const ALGEB v = logicalOperand(*node.children[0]);
+    return isContainer(v) ? elementwiseNot(state_, v) : boolean(state_, v == state_.falseValue);
+  }
+  const bool isAnd = node.kind == NodeKind::logicalAnd;
+  ALGEB result = boolean(state_, isAnd);
+  for (const Node* child : node.children) {
+    const ALGEB v = logicalOperand(*child);
+    if (isContainer(result) || isContainer(v)) {
+      result = elementwiseLogic(state_, isAnd, result, v);
+    } else if (v == boolean(state_, !isAnd)) {
+      return v;  // what follows is not evaluated
+    }
+  }
+  return result;
 }
 
 ALGEB Evaluator::callValue(const Node& node) {
@@ -288,7 +328,7 @@ ALGEB Evaluator::value(const Node& node) {
     case NodeKind::logicalAnd:
     case NodeKind::logicalOr:
     case NodeKind::logicalNot:
-      return boolean(state_, condition(node));
+      return logicalValue(node);
     case NodeKind::compare:
       return compareValue(node);
     case NodeKind::range: {

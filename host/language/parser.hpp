@@ -59,6 +59,8 @@ class Parser {
   Node* logical(int level);
   Node* comparison();
   Node* rangeExpression();
+  Node* indexExpression();
+  bool endsIndex() const;
   Node* sum();
   Node* product();
   Node* unary();
@@ -86,6 +88,7 @@ class Parser {
   std::vector<Token> tokens_;
   std::vector<std::size_t> firstComma_;  // of an opening bracket's token; 0: none
   std::size_t at_ = 0;
+  bool inIndex_ = false;  // a range may lack an end
   std::shared_ptr<Program> program_;
   struct Binding {
     std::string name;

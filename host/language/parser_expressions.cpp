@@ -93,7 +93,25 @@ Node* Parser::rangeExpression() {
     return left;
   }
   Node* node = make(NodeKind::range, take());
-  node->children = {left, sum()};
+  node->children = {left, inIndex_ && endsIndex() ? literal(state_.null, peek()) : sum()};
+  return node;
+}
+
+bool Parser::endsIndex() const { return isSymbol(",") || isSymbol("]"); }
+
+// An index: an expression, or a range whose ends may be left out.
+Node* Parser::indexExpression() {
+  const bool outer = inIndex_;
+  inIndex_ = true;
+  Node* node = nullptr;
+  if (isSymbol("..")) {
+    node = make(NodeKind::range, take());
+    node->children = {literal(state_.null, peek()),
+                      endsIndex() ? literal(state_.null, peek()) : sum()};
+  } else {
+    node = expression();
+  }
+  inIndex_ = outer;
   return node;
 }
 
@@ -169,7 +187,7 @@ Node* Parser::postfix() {
       Node* index = make(NodeKind::index, at);
       index->children.push_back(node);
       do {
-        index->children.push_back(expression());
+        index->children.push_back(indexExpression());
       } while (acceptSymbol(","));
       expectSymbol("]");
       node = index;

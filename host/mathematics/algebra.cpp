@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "mathematics/elementary.hpp"
+#include "mathematics/elementwise.hpp"
 #include "values/errors.hpp"
 #include "values/numbers.hpp"
 #include "values/objects.hpp"
@@ -173,6 +174,9 @@ ALGEB sumOf(State& state, ALGEB a, ALGEB b) {
   if (isNumber(a) && isNumber(b)) {
     return add(state, a, b);
   }
+  if (isContainer(a) || isContainer(b)) {
+    return elementwise(state, ArithmeticOp::add, a, b);
+  }
   const ALGEB both[] = {a, b};
   return sumOf(state, both);
 }
@@ -241,7 +245,7 @@ void RunningSum::add(ALGEB term) {
   }
   // Batches grow with the sum, so that all of them together cost no more than a few sorts.
   const std::size_t batch = std::max(kBatch, isExpression(total_) ? operandCount(total_) : 0);
-  if (pending_.size() >= batch || !isSymbolic(term)) {
+  if (pending_.size() >= batch || !isSymbolic(term) || isContainer(total_)) {
     total_ = sumOf(state_, value(), term);
     return;
   }
@@ -281,6 +285,9 @@ ALGEB differenceOf(State& state, ALGEB a, ALGEB b) {
   if (isNumber(a) && isNumber(b)) {
     return subtract(state, a, b);
   }
+  if (isContainer(a) || isContainer(b)) {
+    return elementwise(state, ArithmeticOp::subtract, a, b);
+  }
   requireSymbolic(state, "unable to subtract %2 from %1", a, b);
   return sumOf(state, a, negativeOf(state, b));
 }
@@ -288,6 +295,9 @@ ALGEB differenceOf(State& state, ALGEB a, ALGEB b) {
 ALGEB productOf(State& state, ALGEB a, ALGEB b) {
   if (isNumber(a) && isNumber(b)) {
     return multiply(state, a, b);
+  }
+  if (isContainer(a) || isContainer(b)) {
+    return elementwise(state, ArithmeticOp::multiply, a, b);
   }
   requireSymbolic(state, "unable to multiply %1 and %2", a, b);
   if (a == immediate(1)) {
@@ -350,11 +360,17 @@ ALGEB quotientOf(State& state, ALGEB a, ALGEB b) {
   if (isNumber(a) && isNumber(b)) {
     return divide(state, a, b);
   }
+  if (isContainer(a) || isContainer(b)) {
+    return elementwise(state, ArithmeticOp::divide, a, b);
+  }
   requireSymbolic(state, "unable to divide %1 by %2", a, b);
   return productOf(state, a, powerOf(state, b, immediate(-1)));
 }
 
 ALGEB powerOf(State& state, ALGEB base, ALGEB exponent) {
+  if (isContainer(base) || isContainer(exponent)) {
+    return elementwise(state, ArithmeticOp::power, base, exponent);
+  }
   requireSymbolic(state, "unable to raise %1 to the power %2", base, exponent);
   if (isNumber(base) && isNumber(exponent)) {
     return numberPower(state, base, exponent);

@@ -9,6 +9,7 @@
 
 #include "mathematics/algebra.hpp"
 #include "mathematics/complex_functions.hpp"
+#include "mathematics/elementwise.hpp"
 #include "mathematics/evaluation.hpp"
 #include "values/arrays.hpp"
 #include "values/errors.hpp"
@@ -247,6 +248,10 @@ ALGEB elementaryFloat(State& state, const ElementaryFunction& f, ALGEB x, int di
 ALGEB applyElementary(State& state, const ElementaryFunction& f, ALGEB x) {
   if (isFloat(x)) {
     return elementaryFloat(state, f, x, state.digits());
+  }
+  if (isContainer(x)) {
+    return elementwiseFunction(state, x, f.hardware,
+                               [&](ALGEB e) { return applyElementary(state, f, e); });
   }
   if (isComplexFloat(x)) {
     if (const ALGEB value = complexElementary(state, f.name, x, state.digits())) {
