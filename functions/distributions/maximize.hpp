@@ -131,7 +131,7 @@ std::array<double, N> maximize(const char* law, F f, std::array<double, N> at) {
     if (!climbed || (size < 1e-13 && damping < 1e-3)) {
       return at;
     }
-    if (std::any_of(at.begin(), at.end(), [](double v) { return !(std::fabs(v) < 1e4); })) {
+    if (std::any_of(at.begin(), at.end(), [](double v) { return !(std::fabs(v) < 60.0); })) {
       break;
     }
   }

@@ -20,7 +20,7 @@ import mpmath as mp
 import accuracy_table as sums
 
 mp.mp.dps = 60
-STEP = mp.mpf(10) ** -12
+STEP = mp.mpf(10) ** -20
 half, one, pi = mp.mpf(1) / 2, mp.mpf(1), mp.pi
 
 
@@ -481,7 +481,7 @@ def rows(name):
             if name not in DISCRETE and at[-1] == 0:
                 continue
             found.append(line(name, at))
-        except (sums.TooLong, ValueError, ZeroDivisionError, OverflowError, mp.libmp.NoConvergence):
+        except (sums.TooLong, ValueError, TypeError, ZeroDivisionError, OverflowError, mp.libmp.NoConvergence):
             continue
     print(name, len(found), file=sys.stderr, flush=True)
     return found

@@ -26,6 +26,7 @@ class VEXEL_API Beta : public ContinuousLaw<Beta> {
  private:
   friend struct detail::Formulas<Beta>;
   Parameters parameters_;
+  detail::Opaque<160> beta_;
 };
 
 // (1 + x^2 / df)^(-(df + 1) / 2) / (sqrt(df) B(df / 2, 1 / 2)); df > 0.
@@ -46,6 +47,7 @@ class VEXEL_API StudentT : public ContinuousLaw<StudentT> {
  private:
   friend struct detail::Formulas<StudentT>;
   Parameters parameters_;
+  detail::Opaque<192> t_;
 };
 
 // The ratio of two chi-square variables, each divided by its degrees of freedom; df1 > 0, df2 > 0.
@@ -68,6 +70,7 @@ class VEXEL_API FRatio : public ContinuousLaw<FRatio> {
  private:
   friend struct detail::Formulas<FRatio>;
   Parameters parameters_;
+  detail::Opaque<192> f_;
 };
 
 }  // namespace vexel

@@ -1,7 +1,6 @@
 // Laws of the gamma family: gamma, chi-square, exponential power.
 #pragma once
 
-#include <array>
 #include <tuple>
 
 #include "vexel/distributions/law.hpp"
@@ -29,7 +28,7 @@ class VEXEL_API Gamma : public ContinuousLaw<Gamma> {
   friend struct detail::Formulas<Gamma>;
   Parameters parameters_;
   double logScale_;
-  std::array<double, 3> numbers_;
+  detail::Opaque<64> gamma_;
 };
 
 // The sum of df squared standard normal variables; df > 0, whole or not.
@@ -50,7 +49,7 @@ class VEXEL_API ChiSquare : public ContinuousLaw<ChiSquare> {
  private:
   friend struct detail::Formulas<ChiSquare>;
   Parameters parameters_;
-  std::array<double, 3> numbers_;
+  detail::Opaque<64> gamma_;
 };
 
 // exp(-|z|^(2 / shape) / 2) / (scale 2^(shape / 2 + 1) Gamma(shape / 2 + 1)), z = (x - location) /
@@ -78,7 +77,7 @@ class VEXEL_API ExponentialPower : public ContinuousLaw<ExponentialPower> {
   friend struct detail::Formulas<ExponentialPower>;
   Parameters parameters_;
   double logFactor_;
-  std::array<double, 3> numbers_;
+  detail::Opaque<64> gamma_;
 };
 
 }  // namespace vexel

@@ -16,9 +16,12 @@
 #pragma once
 
 #include <cstddef>
+#include <cstring>
 #include <limits>
+#include <new>
 #include <span>
 #include <tuple>
+#include <type_traits>
 #include <vector>
 
 #include "vexel/data.hpp"
@@ -33,6 +36,24 @@ namespace detail {
 // A law's mathematics, where the library defines it.
 template <typename L>
 struct Formulas;
+
+// Room for what the library computes once for a law and keeps to itself.
+template <std::size_t bytes>
+class Opaque {
+ public:
+  template <typename T>
+  void set(const T& value) {
+    static_assert(sizeof(T) <= bytes && std::is_trivially_copyable_v<T>);
+    std::memcpy(room_, &value, sizeof value);
+  }
+  template <typename T>
+  const T& get() const {
+    return *std::launder(reinterpret_cast<const T*>(room_));
+  }
+
+ private:
+  alignas(double) unsigned char room_[bytes];
+};
 }  // namespace detail
 
 struct LikelihoodOptions {

@@ -1,0 +1,161 @@
+// The exponential power law.
+//
+// N. L. Johnson, S. Kotz and N. Balakrishnan, Continuous Univariate Distributions, volume 2, 2nd
+// edition (1995), chapter 24.
+#include <algorithm>
+#include <cstddef>
+#include <utility>
+
+#include "functions/distributions/frame.hpp"
+#include "functions/distributions/gamma_functions.hpp"
+#include "functions/distributions/maximize.hpp"
+#include "functions/distributions/precise.hpp"
+#include "numerics/gamma_law.hpp"
+#include "vexel/distributions/gamma.hpp"
+
+namespace vexel {
+
+namespace detail {
+
+// |z|^(2 / shape) / 2 has the gamma law of shape / 2.
+template <>
+struct Formulas<ExponentialPower> {
+  const ExponentialPower& law;
+
+  double scale() const { return law.parameters_.scale; }
+  double half() const { return 0.5 * law.parameters_.shape; }
+  const nag2::GammaLaw& gamma() const { return law.gamma_.get<nag2::GammaLaw>(); }
+  double z(double x) const { return (x - law.parameters_.location) / scale(); }
+  double power(double z) const { return 0.5 * std::pow(std::fabs(z), 1.0 / half()); }
+
+  Interval support() const { return {-infinity, infinity}; }
+  double pdf(double x) const { return std::exp(logpdf(x)); }
+  double logpdf(double x) const { return -power(z(x)) - law.logFactor_; }
+  double cdf(double x) const { return upper(-z(x)); }
+  double sf(double x) const { return upper(z(x)); }
+  double logcdf(double x) const { return logUpper(-z(x)); }
+  double logsf(double x) const { return logUpper(z(x)); }
+  double quantile(double p) const { return law.parameters_.location - scale() * upperQuantile(p); }
+  double isf(double q) const { return law.parameters_.location + scale() * upperQuantile(q); }
+
+  double mean() const { return law.parameters_.location; }
+  double var() const {
+    const double h = half();
+    return scale() * scale() / 3.0 *
+           std::exp(2.0 * h * logTwo + logGamma(1.0 + 3.0 * h) - logGamma(1.0 + h));
+  }
+  double skewness() const { return 0.0; }
+  double kurtosis() const {
+    const double h = half();
+    return 1.8 * std::exp(logGamma(1.0 + 5.0 * h) + logGamma(1.0 + h) -
+                          2.0 * logGamma(1.0 + 3.0 * h)) -
+           3.0;
+  }
+
+ private:
+  double upper(double at) const {
+    return at < 0.0 ? 0.5 + 0.5 * gamma().lower(power(at)) : 0.5 * gamma().upper(power(at));
+  }
+  double logUpper(double at) const {
+    return at < 0.0 ? std::log1p(-0.5 * gamma().upper(power(at)))
+                    : gamma().logTail(power(at), nag2::Tail::upper) - logTwo;
+  }
+  double upperQuantile(double q) const {
+    const double side = q < 0.5 ? 1.0 : -1.0;
+    const double middle = std::fabs(1.0 - 2.0 * q);  // P(|Z| < |z|)
+    const double t = middle < 0.5
+                         ? gamma().quantile(middle, nag2::Tail::lower)
+                         : gamma().quantile(2.0 * std::fmin(q, 1.0 - q), nag2::Tail::upper);
+    return side * std::pow(2.0 * t, half());
+  }
+};
+
+namespace {
+
+// The location of least mean |x - location|^r, r > 0, of sorted data.  From r = 1 on the sum is
+// convex; below, its minima are values of the sample, and the best of those around the median is
+// taken.
+double centerOfPower(const Observations& data, double r) {
+  const auto spread = [&](double at) {
+    return data.mean([=](double t) { return std::pow(std::fabs(t - at), r); });
+  };
+  if (r <= 1.0) {
+    const std::size_t n = data.x.size();
+    const std::size_t reach = 100;
+    const std::size_t middle = n / 2;
+    double best = data.median();
+    double least = spread(best);
+    for (std::size_t i = middle > reach ? middle - reach : 0; i < std::min(n, middle + reach);
+         ++i) {
+      if (const double value = spread(data.x[i]); value < least) {
+        least = value;
+        best = data.x[i];
+      }
+    }
+    return best;
+  }
+  const double middle = data.median();
+  const auto slope = [&](double at) {
+    const double first = data.mean([=](double t) {
+      const double d = at - middle - (t - middle);
+      return std::copysign(std::pow(std::fabs(d), r - 1.0), d);
+    });
+    return std::pair(first, nan);  // halving: the second derivative is infinite at the values
+  };
+  return increasingRoot(slope, data.x.front(), data.x.back(), middle);
+}
+
+}  // namespace
+
+}  // namespace detail
+
+ExponentialPower::ExponentialPower(const Parameters& parameters) : parameters_(parameters) {
+  detail::requireFinite(name, "location", parameters.location);
+  detail::requirePositive(name, "scale", parameters.scale);
+  detail::requirePositive(name, "shape", parameters.shape);
+  const double half = 0.5 * parameters.shape;
+  logFactor_ =
+      std::log(parameters.scale) + (half + 1.0) * detail::logTwo + detail::logGamma(half + 1.0);
+  gamma_.set(nag2::GammaLaw(half));
+}
+
+// The largest likelihood among shapes of 1/50 to 5; for ever larger ones it grows without bound at
+// each value.  Location and scale follow from the shape; the shape by a golden section of its
+// logarithm around the best of a grid.
+ExponentialPower ExponentialPower::fit(Data x, const FitOptions& options) {
+  detail::Observations data =
+      detail::observe(name, x, options, {-detail::infinity, detail::infinity});
+  data.sortByValue();
+  if (!(data.x.front() < data.x.back())) {
+    detail::refuse(name, "x", "of more than one value; all are", data.x.front());
+  }
+  const auto lawOf = [&](double logShape) {
+    const double shape = std::exp(logShape);
+    const double r = 2.0 / shape;
+    const double center = detail::centerOfPower(data, r);
+    const double unit = std::fmax(data.x.back() - center, center - data.x.front());
+    const double power =
+        data.mean([=](double t) { return std::pow(std::fabs(t - center) / unit, r); });
+    return ExponentialPower(center, unit * std::pow(0.5 * r * power, 1.0 / r), shape);
+  };
+  const auto likelihood = [&](double logShape) {
+    const ExponentialPower law = lawOf(logShape);
+    return data.mean([&](double t) { return law.logpdf(t); });
+  };
+  constexpr int grid = 24;
+  const double low = std::log(0.02);
+  const double step = (std::log(5.0) - low) / grid;
+  double best = low;
+  double highest = -detail::infinity;
+  for (int i = 0; i <= grid; ++i) {
+    if (const double value = likelihood(low + step * i); value > highest) {
+      highest = value;
+      best = low + step * i;
+    }
+  }
+  return lawOf(detail::goldenMaximum(likelihood, best - step, best + step));
+}
+
+VEXEL_CONTINUOUS_LAW(ExponentialPower)
+
+}  // namespace vexel

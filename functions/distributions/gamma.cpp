@@ -1,0 +1,88 @@
+// The gamma law.
+//
+// N. L. Johnson, S. Kotz and N. Balakrishnan, Continuous Univariate Distributions, volume 1, 2nd
+// edition (1994), chapter 17.
+#include "vexel/distributions/gamma.hpp"
+
+#include <utility>
+
+#include "functions/distributions/frame.hpp"
+#include "functions/distributions/gamma_functions.hpp"
+#include "functions/distributions/maximize.hpp"
+#include "numerics/gamma_law.hpp"
+#include "numerics/special.hpp"
+
+namespace vexel {
+
+namespace detail {
+
+template <>
+struct Formulas<Gamma> {
+  const Gamma& law;
+
+  double shape() const { return law.parameters_.shape; }
+  double scale() const { return law.parameters_.scale; }
+  const nag2::GammaLaw& standard() const { return law.gamma_.get<nag2::GammaLaw>(); }
+  double t(double x) const { return x / scale(); }
+
+  Interval support() const { return {0.0, infinity}; }
+  double pdf(double x) const {
+    if (x == 0.0) {
+      return shape() < 1.0 ? infinity : shape() > 1.0 ? 0.0 : 1.0 / scale();
+    }
+    return standard().density(t(x)) / scale();
+  }
+  double logpdf(double x) const {
+    if (x == 0.0) {
+      return shape() < 1.0 ? infinity : shape() > 1.0 ? -infinity : -law.logScale_;
+    }
+    return standard().logDensity(t(x)) - law.logScale_;
+  }
+  double cdf(double x) const { return standard().lower(t(x)); }
+  double sf(double x) const { return standard().upper(t(x)); }
+  double logcdf(double x) const { return standard().logTail(t(x), nag2::Tail::lower); }
+  double logsf(double x) const { return standard().logTail(t(x), nag2::Tail::upper); }
+  double quantile(double p) const { return scale() * standard().quantile(p, nag2::Tail::lower); }
+  double isf(double q) const { return scale() * standard().quantile(q, nag2::Tail::upper); }
+
+  double mean() const { return shape() * scale(); }
+  double var() const { return shape() * scale() * scale(); }
+  double skewness() const { return 2.0 / std::sqrt(shape()); }
+  double kurtosis() const { return 6.0 / shape(); }
+};
+
+}  // namespace detail
+
+Gamma::Gamma(const Parameters& parameters)
+    : parameters_(parameters), logScale_(std::log(parameters.scale)) {
+  detail::requirePositive(name, "shape", parameters.shape);
+  detail::requirePositive(name, "scale", parameters.scale);
+  gamma_.set(nag2::GammaLaw(parameters.shape));
+}
+
+// The shape solves log(shape) - digamma(shape) = log(mean) - mean(log x); the start is T. P.
+// Minka's (Estimating a gamma distribution, 2002).
+Gamma Gamma::fit(Data x, const FitOptions& options) {
+  const detail::Observations data =
+      detail::observe(name, x, options, {detail::leastPositive, detail::infinity});
+  const double center = data.mean();
+  // t - log(1 + t) of t = x / mean - 1: all terms are positive.
+  const double gap = data.mean([=](double value) {
+    const double t = (value - center) / center;
+    return std::fabs(t) < 0.4 ? nag2::minusLog1pmx(t) : t - std::log(value / center);
+  });
+  if (!(gap > 0.0)) {
+    detail::refuse(name, "x", "of more than one value; all are", center);
+  }
+  const auto equation = [=](double shape) {
+    return std::pair(gap - detail::logMinusDigamma(shape), detail::trigamma(shape) - 1.0 / shape);
+  };
+  const double start =
+      (3.0 - gap + std::sqrt((gap - 3.0) * (gap - 3.0) + 24.0 * gap)) / (12.0 * gap);
+  const double shape = detail::increasingRoot(equation, 0.0, 4.0 * start, start);
+  return Gamma(shape, center / shape);
+}
+
+VEXEL_CONTINUOUS_LAW(Gamma)
+
+}  // namespace vexel

@@ -1,0 +1,129 @@
+// The inverse Gaussian law.
+//
+// With a = (x - mean) / mean sqrt(shape / x) and b = a + 2 sqrt(shape / x), the distribution
+// function is Phi(a) + exp(2 shape / mean) Phi(-b), and the factor is phi(a) / phi(b): in Mills'
+// ratio R, phi(a) (R(-a) + R(b)) below the mean, and above it the upper tail is phi(a) (R(a) -
+// R(b)).
+//
+// N. L. Johnson, S. Kotz and N. Balakrishnan, Continuous Univariate Distributions, volume 1, 2nd
+// edition (1994), chapter 15.
+#include <cmath>
+
+#include "functions/distributions/frame.hpp"
+#include "functions/distributions/normal_tails.hpp"
+#include "functions/distributions/precise.hpp"
+#include "numerics/inversion.hpp"
+#include "numerics/normal_functions.hpp"
+#include "vexel/distributions/normal.hpp"
+
+namespace vexel {
+
+namespace detail {
+
+namespace {
+
+// R(a) - R(b) for 0 <= a <= b.  Near each other it is the integral of -R' = 1 - z R, by Gauss and
+// Legendre's rule of ten points.
+double millsDifference(double a, double b) {
+  if (b > 1.3 * a + 0.5) {
+    return mills(a).ratio - mills(b).ratio;
+  }
+  constexpr double nodes[] = {0.14887433898163121088, 0.43339539412924719080,
+                              0.67940956829902440623, 0.86506336668898451073,
+                              0.97390652851717172008};
+  constexpr double weights[] = {0.29552422471475287017, 0.26926671930999635509,
+                                0.21908636251598204400, 0.14945134915058059315,
+                                0.06667134430868813759};
+  const double middle = 0.5 * (a + b);
+  const double half = 0.5 * (b - a);
+  double sum = 0.0;
+  for (int i = 0; i < 5; ++i) {
+    sum +=
+        weights[i] * (mills(middle - half * nodes[i]).rest + mills(middle + half * nodes[i]).rest);
+  }
+  return half * sum;
+}
+
+}  // namespace
+
+template <>
+struct Formulas<InverseGaussian> {
+  const InverseGaussian& law;
+
+  double mu() const { return law.parameters_.mean; }
+  double shape() const { return law.parameters_.shape; }
+  double root(double x) const { return std::sqrt(shape() / x); }
+  double a(double x) const { return (x - mu()) / mu() * root(x); }
+
+  Interval support() const { return {0.0, infinity}; }
+  double pdf(double x) const { return std::exp(logpdf(x)); }
+  double logpdf(double x) const {
+    if (x == 0.0) {
+      return -infinity;
+    }
+    const double at = a(x);
+    return std::log(root(x)) - std::log(x) - logRootTwoPi - 0.5 * at * at;
+  }
+  double cdf(double x) const { return x < mu() ? std::exp(logSmaller(x)) : 1.0 - sf(x); }
+  double sf(double x) const {
+    return x < mu() ? 1.0 - cdf(x) : std::fmin(1.0, std::exp(logSmaller(x)));
+  }
+  double logcdf(double x) const { return x < mu() ? logSmaller(x) : std::log1p(-sf(x)); }
+  double logsf(double x) const { return x < mu() ? std::log1p(-cdf(x)) : logSmaller(x); }
+  double quantile(double p) const { return inverse(p, false); }
+  double isf(double q) const { return inverse(q, true); }
+
+  double mean() const { return mu(); }
+  double var() const { return mu() * mu() * (mu() / shape()); }
+  double skewness() const { return 3.0 * std::sqrt(mu() / shape()); }
+  double kurtosis() const { return 15.0 * (mu() / shape()); }
+
+ private:
+  // The logarithm of the tail on x's side of the mean.
+  double logSmaller(double x) const {
+    const double at = a(x);
+    const double b = std::fabs((x + mu()) / mu() * root(x));
+    const double factor = at < 0.0 ? mills(-at).ratio + mills(b).ratio : millsDifference(at, b);
+    return -0.5 * at * at - logRootTwoPi + std::log(factor);
+  }
+  double inverse(double p, bool upper) const {
+    // By the tail that is below the mean's, or above it.
+    const double below = cdf(mu());
+    const bool left = upper ? p >= 1.0 - below : p <= below;
+    const double target = left != upper ? p : 1.0 - p;
+    const auto at = [&](double x) {
+      const double log = logSmaller(x);
+      const double slope = x * std::exp(logpdf(x) - log);
+      const double bend = -0.5 + 0.5 * shape() * (1.0 / x - x / mu() / mu());
+      return nag2::TailSlope{log - std::log(target), left ? slope : -slope, bend};
+    };
+    const double z = (left ? 1.0 : -1.0) * nag2::normalInverse(target);
+    const double spread = std::sqrt(mu() / shape());
+    const double start = mu() * std::exp(spread * z / (1.0 + 0.5 * spread));
+    return left ? nag2::invertTail(at, true, start, 0.0, mu() * (1.0 + 1e-15))
+                : nag2::invertTail(at, false, start, mu() * (1.0 - 1e-15), infinity);
+  }
+};
+
+}  // namespace detail
+
+InverseGaussian::InverseGaussian(const Parameters& parameters) : parameters_(parameters) {
+  detail::requirePositive(name, "mean", parameters.mean);
+  detail::requirePositive(name, "shape", parameters.shape);
+}
+
+InverseGaussian InverseGaussian::fit(Data x, const FitOptions& options) {
+  const detail::Observations data =
+      detail::observe(name, x, options, {detail::leastPositive, detail::infinity});
+  const double center = data.mean();
+  // mean(1 / x) - 1 / center, of positive terms.
+  const double gap = data.mean([=](double t) {
+    const double d = (t - center) / center;
+    return d * d / t;
+  });
+  return InverseGaussian(center, 1.0 / gap);
+}
+
+VEXEL_CONTINUOUS_LAW(InverseGaussian)
+
+}  // namespace vexel

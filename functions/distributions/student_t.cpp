@@ -1,0 +1,91 @@
+// Student's t law.
+//
+// N. L. Johnson, S. Kotz and N. Balakrishnan, Continuous Univariate Distributions, volume 2, 2nd
+// edition (1995), chapter 28.
+#include <utility>
+
+#include "functions/distributions/frame.hpp"
+#include "functions/distributions/gamma_functions.hpp"
+#include "functions/distributions/maximize.hpp"
+#include "numerics/student_law.hpp"
+#include "vexel/distributions/beta.hpp"
+
+namespace vexel {
+
+namespace detail {
+
+template <>
+struct Formulas<StudentT> {
+  const StudentT& law;
+
+  double df() const { return law.parameters_.df; }
+  const nag2::StudentLaw& t() const { return law.t_.get<nag2::StudentLaw>(); }
+
+  Interval support() const { return {-infinity, infinity}; }
+  double pdf(double x) const { return t().density(x); }
+  double logpdf(double x) const { return t().logDensity(x); }
+  double cdf(double x) const { return t().tail(x, nag2::Tail::lower); }
+  double sf(double x) const { return t().tail(x, nag2::Tail::upper); }
+  double logcdf(double x) const { return t().logTail(x, nag2::Tail::lower); }
+  double logsf(double x) const { return t().logTail(x, nag2::Tail::upper); }
+  double quantile(double p) const { return t().quantile(p, nag2::Tail::lower); }
+  double isf(double q) const { return t().quantile(q, nag2::Tail::upper); }
+
+  double mean() const { return df() > 1.0 ? 0.0 : nan; }
+  double var() const { return df() > 2.0 ? df() / (df() - 2.0) : df() > 1.0 ? infinity : nan; }
+  double skewness() const { return df() > 3.0 ? 0.0 : nan; }
+  double kurtosis() const { return df() > 4.0 ? 6.0 / (df() - 4.0) : df() > 2.0 ? infinity : nan; }
+};
+
+}  // namespace detail
+
+StudentT::StudentT(const Parameters& parameters) : parameters_(parameters) {
+  detail::requirePositive(name, "df", parameters.df);
+  t_.set(nag2::StudentLaw(parameters.df));
+}
+
+// The largest likelihood of df from 1/1000 to 10^6, from a grid of its logarithm.
+StudentT StudentT::fit(Data x, const FitOptions& options) {
+  const detail::Observations data =
+      detail::observe(name, x, options, {-detail::infinity, detail::infinity});
+  const auto likelihood = [&](double logDf) {
+    const StudentT law(std::exp(logDf));
+    return data.mean([&](double t) { return law.logpdf(t); });
+  };
+  // Twice the derivative with respect to df.
+  const auto slope = [&](double df) {
+    const double half = 0.5 * df;
+    const double own = std::log1p(1.0 / df) - 1.0 / df + detail::logMinusDigamma(half) -
+                       detail::logMinusDigamma(half + 0.5);
+    return own + data.mean([=](double t) {
+      const double r = t / df * t;
+      return (1.0 + 1.0 / df) * (r / (1.0 + r)) - std::log1p(r);
+    });
+  };
+  constexpr int grid = 60;
+  const double low = std::log(1e-3);
+  const double step = (std::log(1e6) - low) / grid;
+  int best = 0;
+  double highest = -detail::infinity;
+  for (int i = 0; i <= grid; ++i) {
+    if (const double value = likelihood(low + step * i); value > highest) {
+      highest = value;
+      best = i;
+    }
+  }
+  if (best == 0 || best == grid) {
+    detail::refuse(name, "x",
+                   "of tails between those of 1/1000 and 10^6 degrees of freedom; the "
+                   "best of these is",
+                   std::exp(low + step * best));
+  }
+  const double df =
+      detail::increasingRoot([&](double t) { return std::pair(-slope(t), detail::nan); },
+                             std::exp(low + step * (best - 1)), std::exp(low + step * (best + 1)),
+                             std::exp(low + step * best));
+  return StudentT(df);
+}
+
+VEXEL_CONTINUOUS_LAW(StudentT)
+
+}  // namespace vexel
