@@ -27,7 +27,7 @@ double GammaLaw::start(double p, Tail which) const {
     const double z = lower ? normalInverse(p) : -normalInverse(p);
     const double c = 1.0 / (9.0 * a_);
     const double root = 1.0 - c + z * std::sqrt(c);
-    if (root > 0.4 && (a_ >= 1.5 || upperP > 1e-3)) {
+    if (root > 0.4 && z * z < 10.0 * a_ && (a_ >= 1.5 || upperP > 1e-3)) {
       return a_ * (root * root * root);
     }
   }

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 namespace nag2 {
 
@@ -29,8 +30,11 @@ double invertTail(At at, bool rising, double start, double low, double high) {
   // Below this quotient of its ends a bracket is halved in x.
   constexpr double narrow = 2.0;
   for (int i = 0; i < 200; ++i) {
-    if (!(x > low && x < high)) {
-      x = high > narrow * low ? std::sqrt(low) * std::sqrt(high) : 0.5 * (low + high);
+    // Where the steps have not settled by then, the bracket is narrowed first.
+    if (!(x > low && x < high) || (i >= 12 && high > 1.001 * low)) {
+      const double from = std::max(low, std::numeric_limits<double>::denorm_min());
+      const double to = std::min(high, std::numeric_limits<double>::max());
+      x = to > narrow * from ? std::sqrt(from) * std::sqrt(to) : 0.5 * from + 0.5 * to;
       if (!(x > low && x < high)) {
         return low;
       }

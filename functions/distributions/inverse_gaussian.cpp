@@ -22,11 +22,11 @@ namespace detail {
 
 namespace {
 
-// R(a) - R(b) for 0 <= a <= b.  Near each other it is the integral of -R' = 1 - z R, by Gauss and
-// Legendre's rule of ten points.
-double millsDifference(double a, double b) {
-  if (b > 1.3 * a + 0.5) {
-    return mills(a).ratio - mills(b).ratio;
+// R(a) - R(a + 2 half) for a, half >= 0.  Near each other it is the integral of -R' = 1 - z R, by
+// Gauss and Legendre's rule of ten points.
+double millsDifference(double a, double half) {
+  if (2.0 * half > 0.3 * a + 0.5) {
+    return mills(a).ratio - mills(a + 2.0 * half).ratio;
   }
   constexpr double nodes[] = {0.14887433898163121088, 0.43339539412924719080,
                               0.67940956829902440623, 0.86506336668898451073,
@@ -34,8 +34,7 @@ double millsDifference(double a, double b) {
   constexpr double weights[] = {0.29552422471475287017, 0.26926671930999635509,
                                 0.21908636251598204400, 0.14945134915058059315,
                                 0.06667134430868813759};
-  const double middle = 0.5 * (a + b);
-  const double half = 0.5 * (b - a);
+  const double middle = a + half;
   double sum = 0.0;
   for (int i = 0; i < 5; ++i) {
     sum +=
@@ -82,8 +81,8 @@ struct Formulas<InverseGaussian> {
   // The logarithm of the tail on x's side of the mean.
   double logSmaller(double x) const {
     const double at = a(x);
-    const double b = std::fabs((x + mu()) / mu() * root(x));
-    const double factor = at < 0.0 ? mills(-at).ratio + mills(b).ratio : millsDifference(at, b);
+    const double b = (x + mu()) / mu() * root(x);
+    const double factor = at < 0.0 ? mills(-at).ratio + mills(b).ratio : millsDifference(at, root(x));
     return -0.5 * at * at - logRootTwoPi + std::log(factor);
   }
   double inverse(double p, bool upper) const {
@@ -98,8 +97,10 @@ struct Formulas<InverseGaussian> {
       return nag2::TailSlope{log - std::log(target), left ? slope : -slope, bend};
     };
     const double z = (left ? 1.0 : -1.0) * nag2::normalInverse(target);
-    const double spread = std::sqrt(mu() / shape());
-    const double start = mu() * std::exp(spread * z / (1.0 + 0.5 * spread));
+    // The normal law's point, or where the exponent of the far tails is about that of the target.
+    const double far = 1.0 + z * z * (mu() / shape());
+    const double near = 1.0 + std::fabs(z) * std::sqrt(mu() / shape());
+    const double start = left ? mu() / far : mu() * std::fmin(near, far);
     return left ? nag2::invertTail(at, true, start, 0.0, mu() * (1.0 + 1e-15))
                 : nag2::invertTail(at, false, start, mu() * (1.0 - 1e-15), infinity);
   }

@@ -423,6 +423,17 @@ def points(name):
     return a, a + w, a + math.floor(w * random.choice([random.random(), wide(-9, 0)]))
 
 
+def hypergeometric_condition(at):
+    """Of the point probability with respect to the four numbers, by gamma functions of real ones."""
+    def log_point(n, m, d, k):
+        return (sums.log_choose(m, k) + sums.log_choose(n - m, d - k) - sums.log_choose(n, d))
+    found = mp.mpf(0)
+    for i, v in enumerate(at):
+        moved = [w + STEP * (j == i) for j, w in enumerate(at)]
+        found = max(found, abs(v * (log_point(*moved) - log_point(*at)) / STEP))
+    return found
+
+
 DISCRETE = {"Bernoulli": (0,), "Binomial": (1,), "Poisson": (0,), "Geometric": (0,),
             "NegativeBinomial": (0, 1), "Hypergeometric": (), "DiscreteUniform": ()}  # real parameters
 LAWS = ("Normal LogNormal Uniform Exponential Gamma Beta ChiSquare StudentT FRatio Cauchy Laplace Logistic "
@@ -462,6 +473,10 @@ def line(name, at):
             own = i == len(at) - 1
             quantile = max(quantile, abs((values[2] if own else change[2]) / slope))
             isf = max(isf, abs((values[3] if own else change[3]) / slope))
+    if name == "Hypergeometric":
+        own = hypergeometric_condition(exact) * values[0]
+        slopes = (own, own / values[0], own, own, own / values[2], own / values[3])
+        conditions = [abs(c / v) if v else c for c, v in zip(slopes, values)]
     words = [name, *(repr(float(v)).removesuffix(".0") for v in at)]
     for v, c in zip(values, conditions):
         words += [shown(v), f"{float(min(c, mp.mpf(10) ** 300)):.2g}"]
