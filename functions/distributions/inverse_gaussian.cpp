@@ -82,7 +82,8 @@ struct Formulas<InverseGaussian> {
   double logSmaller(double x) const {
     const double at = a(x);
     const double b = (x + mu()) / mu() * root(x);
-    const double factor = at < 0.0 ? mills(-at).ratio + mills(b).ratio : millsDifference(at, root(x));
+    const double factor =
+        at < 0.0 ? mills(-at).ratio + mills(b).ratio : millsDifference(at, root(x));
     return -0.5 * at * at - logRootTwoPi + std::log(factor);
   }
   double inverse(double p, bool upper) const {
