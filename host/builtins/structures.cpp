@@ -386,9 +386,14 @@ void defineStructuralFunctions(State& state) {
   });
   defineFunction(state, "Float", [](State& s, ALGEB args) -> ALGEB {
     // Float(undefined), Float(infinity); Float(m, e) is m*10^e
-    if (argumentCount(args) == 2) {
-      return multiply(s, roundToDigits(s, argument(s, args, 1), s.digits()),
-                      integerPower(s, immediate(10), argument(s, args, 2)));
+    if (!isNull(args) && argumentCount(args) == 2) {
+      const ALGEB mantissa = argument(s, args, 1);
+      const ALGEB exponent = argument(s, args, 2);
+      if (!isReal(mantissa) || !isInteger(exponent)) {
+        raise(s, "Float expects a number and an integer, received: %1", args);
+      }
+      return multiply(s, roundToDigits(s, mantissa, s.digits()),
+                      integerPower(s, immediate(10), exponent));
     }
     const ALGEB x = only(s, args);
     if (!isReal(x)) {

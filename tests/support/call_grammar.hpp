@@ -1,9 +1,11 @@
-// Calls of entry points made from bytes: valid calls with arguments replaced, dropped and added.
+// Calls made from bytes: valid calls of entry points with arguments replaced, dropped and added,
+// and statements that call built-in functions with arguments of any kind.
 //
 // Used by the fuzz target and, fed with pseudo-random bytes, by a test.  Sizes and counts stay
 // small enough that no call takes long: the dictionary has no integers between 2^20 and 2^62.
 #pragma once
 
+#include <algorithm>
 #include <cctype>
 #include <cstddef>
 #include <cstdint>
@@ -11,6 +13,7 @@
 #include <string>
 #include <vector>
 #include <vexel/kernel.hpp>
+#include <vexel/session.hpp>
 
 #include "valid_calls.hpp"
 
@@ -48,7 +51,19 @@ class CallGrammar {
       calls_.push_back({call.entry(), splitArguments(call.text)});
     }
     makeDictionary();
+    const std::vector<std::string> entries = kernel.entryPoints();
+    for (std::string& name : vexel::knownNames(kernel)) {
+      if (std::find(entries.begin(), entries.end(), name) == entries.end() && name != "quit") {
+        builtins_.push_back(std::move(name));
+      }
+    }
+    std::sort(builtins_.begin(), builtins_.end());
   }
+
+  // The built-in functions, all but the one that ends the session; and texts of values of every
+  // kind.
+  const std::vector<std::string>& builtins() const { return builtins_; }
+  const std::vector<std::string>& dictionary() const { return dictionary_; }
 
   std::size_t size() const { return calls_.size(); }
   const std::string& entry(std::size_t call) const { return calls_[call].entry; }
@@ -87,6 +102,10 @@ class CallGrammar {
     kernel_.eval(preparation_);
     vexel::Value last = kernel_.null();
     for (; made < 8 && !source.empty(); ++made) {
+      if (source.below(8) == 0) {
+        callBuiltin(source);
+        continue;
+      }
       const Call& call = calls_[source.below(calls_.size())];
       std::vector<vexel::Value> args;
       for (const std::string& text : call.arguments) {
@@ -109,6 +128,17 @@ class CallGrammar {
       } catch (const vexel::Error&) {
         last = kernel_.null();
       }
+    }
+  }
+
+  void callBuiltin(ByteSource& source) {
+    std::string text = builtins_[source.below(builtins_.size())] + "(";
+    for (std::size_t n = source.below(5), i = 0; i < n; ++i) {
+      text += (i > 0 ? ", " : "") + dictionary_[source.below(dictionary_.size())];
+    }
+    try {
+      kernel_.eval(text + "):");
+    } catch (const vexel::Error&) {
     }
   }
 
@@ -303,4 +333,5 @@ class CallGrammar {
   std::string preparation_;
   std::vector<Call> calls_;
   std::vector<std::string> dictionary_;
+  std::vector<std::string> builtins_;
 };

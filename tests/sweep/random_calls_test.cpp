@@ -1,8 +1,9 @@
-// Entry points called with arguments of random kinds, sizes, types, orders and storages: no crash,
-// no sanitizer report, and a host that still works.  The fuzz target explores further from the same
-// grammar.
+// Entry points and built-in functions called with arguments of random kinds, sizes, types, orders
+// and storages: no crash, no sanitizer report, and a host that still works.  The fuzz target
+// explores further from the same grammar.
 
 #include <cstdlib>
+#include <filesystem>
 #include <random>
 
 #include "call_grammar.hpp"
@@ -11,7 +12,28 @@
 
 namespace {
 
-class RandomCalls : public KernelTest {};
+// In a folder of its own: some built-in functions write files.
+class RandomCalls : public KernelTest {
+ protected:
+  RandomCalls() : before_(std::filesystem::current_path()) {
+    const std::filesystem::path folder = std::filesystem::path(testing::TempDir()) / "random_calls";
+    std::filesystem::create_directories(folder);
+    std::filesystem::current_path(folder);
+  }
+  ~RandomCalls() override { std::filesystem::current_path(before_); }
+
+  void expectUsable() {
+    kernel.eval("Digits := 15:");
+    EXPECT_EQ(kernel
+                  .eval("STATS_VexelMean_HW(Array([1.0, 2.0, 6.0], datatype = float[8]), "
+                        "Array(1..0, datatype = float[8]), false, 0)")
+                  .number(),
+              3.0);
+  }
+
+ private:
+  std::filesystem::path before_;
+};
 
 TEST_F(RandomCalls, NeverHarmTheProcess) {
   kernel.onUserInfo([](int, const std::string&, const std::string&) {});
@@ -30,12 +52,43 @@ TEST_F(RandomCalls, NeverHarmTheProcess) {
     const Watchdog watchdog(2);
     made += grammar.run(source);
   }
-  kernel.eval("Digits := 15:");
-  EXPECT_EQ(kernel
-                .eval("STATS_VexelMean_HW(Array([1.0, 2.0, 6.0], datatype = float[8]), "
-                      "Array(1..0, datatype = float[8]), false, 0)")
-                .number(),
-            3.0);
+  expectUsable();
+}
+
+// Each built-in function with each kind of value in each position, among as many as one too many.
+TEST_F(RandomCalls, BuiltinsMeetEveryKindInEveryPosition) {
+  CallGrammar grammar(kernel);
+  std::vector<std::string> values;
+  for (std::size_t i = 0; i < grammar.dictionary().size(); ++i) {
+    const std::string& value = grammar.dictionary()[i];
+    if (!value.starts_with("Array(") || i % 11 == 0 || i + 12 > grammar.dictionary().size()) {
+      values.push_back(value);
+    }
+  }
+  testing::internal::CaptureStdout();  // of print and printf
+  for (const std::string& name : grammar.builtins()) {
+    const Watchdog watchdog(20);  // for all calls of one function
+    for (const char* others : {"1", "[2, 1]", "x -> x", "k = 1 .. 2"}) {
+      for (int count = 0; count <= 4; ++count) {
+        for (int position = 0; position < std::max(count, 1); ++position) {
+          for (const std::string& value : values) {
+            std::string text = name + "(";
+            for (int i = 0; i < count; ++i) {
+              text += (i > 0 ? ", " : "") + (i == position ? value : others);
+            }
+            try {
+              kernel.eval(text + "):");
+            } catch (const vexel::Error&) {
+            } catch (const vexel::Interrupted&) {
+              ADD_FAILURE() << text << " takes long";
+            }
+          }
+        }
+      }
+    }
+  }
+  testing::internal::GetCapturedStdout();
+  expectUsable();
 }
 
 }  // namespace
