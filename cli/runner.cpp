@@ -19,7 +19,7 @@ bool Runner::printValue(vexel::Outcome& outcome) const {
               << std::endl;
     return true;
   } catch (const std::runtime_error& e) {  // vexel::Error or vexel::Interrupted
-    outcome.error = outcome.shortError = e.what();
+    outcome.error = e.what();
   }
   outcome.json = value.kernel()->string(outcome.error).json();
   outcome.json =
@@ -100,7 +100,7 @@ void Runner::reportError(const vexel::Outcome& outcome, const std::string& sourc
     return;
   }
   std::cout.flush();
-  std::cerr << "Error, " << (shorten_ ? outcome.shortError : outcome.error) << '\n';
+  std::cerr << "Error, " << outcome.error << '\n';
   printPlaces(outcome, source);
   if (!outcome.source.empty()) {
     std::cerr << outcome.source << '\n';

@@ -18,9 +18,30 @@ namespace vexel {
 
 namespace {
 
-void appendJson(State& state, std::string& out, ALGEB x);
+// The line, and how many elements it still may hold.
+struct Sink : std::string {
+  std::size_t room = std::string::npos;
+  std::vector<ALGEB> open{};  // arrays and tables that are being written, outermost first
 
-void appendFloat(State& state, std::string& out, ALGEB x) {
+  bool limited() const { return room != std::string::npos; }
+
+  // Takes the room of n elements; false when there is too little.
+  bool take(std::size_t n) {
+    if (n > room) {
+      return false;
+    }
+    room -= n;
+    return true;
+  }
+};
+
+void appendJson(State& state, Sink& out, ALGEB x);
+
+void appendOmitted(Sink& out, const char* kind, std::size_t count) {
+  out += std::string("{\"") + kind + "\": \"omitted\", \"count\": " + std::to_string(count) + "}";
+}
+
+void appendFloat(State& state, Sink& out, ALGEB x) {
   if (isUndefined(state, x)) {
     out += R"({"float": "undefined"})";
   } else if (isInfinite(state, x)) {
@@ -30,13 +51,14 @@ void appendFloat(State& state, std::string& out, ALGEB x) {
   }
 }
 
-void appendTagged(State& state, std::string& out, const char* tagName, ALGEB x) {
+void appendTagged(State& state, Sink& out, const char* tagName, ALGEB x) {
   out += std::string("{\"") + tagName + "\": ";
-  appendJsonString(out, sourceText(state, x));
+  const TextOptions options = out.limited() ? kMessageArguments : TextOptions();
+  appendJsonString(out, sourceText(state, x, options));
   out += '}';
 }
 
-void appendElements(State& state, std::string& out, ALGEB x) {
+void appendElements(State& state, Sink& out, ALGEB x) {
   out += '[';
   for (std::size_t i = 1; i <= countOf(x); ++i) {
     out += i > 1 ? ", " : "";
@@ -45,7 +67,7 @@ void appendElements(State& state, std::string& out, ALGEB x) {
   out += ']';
 }
 
-void appendPair(State& state, std::string& out, const char* tagName, ALGEB a, ALGEB b) {
+void appendPair(State& state, Sink& out, const char* tagName, ALGEB a, ALGEB b) {
   out += std::string("{\"") + tagName + "\": [";
   appendJson(state, out, a);
   out += ", ";
@@ -54,7 +76,7 @@ void appendPair(State& state, std::string& out, const char* tagName, ALGEB a, AL
 }
 
 // An element of a complex array is a complex number whatever its imaginary part.
-void appendArrayElement(State& state, std::string& out, ALGEB x, const ArrayObject& array) {
+void appendArrayElement(State& state, Sink& out, ALGEB x, const ArrayObject& array) {
   if (array.type == RTABLE_COMPLEX_DAG || array.type == RTABLE_COMPLEX) {
     appendPair(state, out, "complex", realPart(x), imaginaryPart(x));
   } else {
@@ -63,13 +85,13 @@ void appendArrayElement(State& state, std::string& out, ALGEB x, const ArrayObje
 }
 
 // The elements as nested lists, the first index outermost.
-void appendArrayLevel(State& state, std::string& out, ALGEB x, int dim, std::vector<V_INT>& index) {
+void appendArrayLevel(State& state, Sink& out, ALGEB x, int dim, std::vector<V_INT>& index) {
   const ArrayObject& array = arrayOf(x);
   out += '[';
-  for (V_INT i = array.lower(dim), n = 0; n < array.extent(dim); ++i, ++n) {
+  for (V_INT n = 0; n < array.extent(dim); ++n) {
     lookAtInterrupt();
     out += n > 0 ? ", " : "";
-    index[static_cast<std::size_t>(dim)] = i;
+    index[static_cast<std::size_t>(dim)] = array.lower(dim) + n;
     if (dim + 1 == array.dimensions) {
       appendArrayElement(state, out, arraySelect(state, x, index), array);
     } else {
@@ -79,11 +101,13 @@ void appendArrayLevel(State& state, std::string& out, ALGEB x, int dim, std::vec
   out += ']';
 }
 
-void appendArray(State& state, std::string& out, ALGEB x) {
+void appendArray(State& state, Sink& out, ALGEB x) {
   const ArrayObject& array = arrayOf(x);
   out += "{\"array\": ";
   if (array.count == 0 || array.dimensions == 0) {
     out += "[]";
+  } else if (!out.take(static_cast<std::size_t>(array.count))) {
+    out += "\"omitted\"";
   } else {
     std::vector<V_INT> index(array.dimensions);
     appendArrayLevel(state, out, x, 0, index);
@@ -99,13 +123,17 @@ void appendArray(State& state, std::string& out, ALGEB x) {
 }
 
 // Numbers ascending, then undefined, then the rest by their text.
-void appendTable(State& state, std::string& out, ALGEB x) {
+void appendTable(State& state, Sink& out, ALGEB x) {
   struct Entry {
     ALGEB key;
     ALGEB value;
     std::string text;
     int group;
   };
+  if (!out.take(table(x).size())) {
+    appendOmitted(out, "table", table(x).size());
+    return;
+  }
   std::vector<Entry> entries;
   for (const auto& [key, value] : table(x).entries()) {
     const int group = !isReal(key) ? 2 : isUndefined(state, key) ? 1 : 0;
@@ -129,7 +157,7 @@ void appendTable(State& state, std::string& out, ALGEB x) {
   out += "]}";
 }
 
-void appendJson(State& state, std::string& out, ALGEB x) {
+void appendJson(State& state, Sink& out, ALGEB x) {
   checkStack(state);
   if (isNull(x)) {
     out += "null";
@@ -153,9 +181,17 @@ void appendJson(State& state, std::string& out, ALGEB x) {
       appendJsonString(out, text(x));
       break;
     case Tag::list:
+      if (!out.take(countOf(x))) {
+        appendOmitted(out, "list", countOf(x));
+        break;
+      }
       appendElements(state, out, x);
       break;
     case Tag::sequence:
+      if (!out.take(countOf(x))) {
+        appendOmitted(out, "seq", countOf(x));
+        break;
+      }
       out += "{\"seq\": ";
       appendElements(state, out, x);
       out += '}';
@@ -167,10 +203,14 @@ void appendJson(State& state, std::string& out, ALGEB x) {
       appendPair(state, out, "eq", operand(x, 1), operand(x, 2));
       break;
     case Tag::array:
-      appendArray(state, out, x);
-      break;
     case Tag::table:
-      appendTable(state, out, x);
+      if (out.limited() && std::find(out.open.begin(), out.open.end(), x) != out.open.end()) {
+        appendTagged(state, out, "expr", x);  // within itself
+        break;
+      }
+      out.open.push_back(x);
+      is(x, Tag::array) ? appendArray(state, out, x) : appendTable(state, out, x);
+      out.open.pop_back();
       break;
     case Tag::procedure:
     case Tag::function:
@@ -225,31 +265,36 @@ void appendJsonString(std::string& out, std::string_view text) {
 }
 
 std::string jsonText(State& state, ALGEB x) {
-  std::string out;
+  Sink out;
   appendJson(state, out, x);
   return out;
 }
 
 std::string jsonError(State& state, std::string_view filled, std::string_view message,
                       std::span<const ALGEB> arguments) {
-  std::string out = "{\"error\": ";
+  constexpr std::size_t kMostElements = 10000;
+  Sink out;
+  out += "{\"error\": ";
   appendJsonString(out, filled);
   out += ", \"message\": ";
   appendJsonString(out, message);
   out += ", \"args\": [";
   for (std::size_t i = 0; i < arguments.size(); ++i) {
     out += i > 0 ? ", " : "";
+    out.room = kMostElements;
+    out.open.clear();
     const std::size_t before = out.size();
     try {
       appendJson(state, out, arguments[i]);
     } catch (const HostErrorToken&) {  // an array within itself: its text, cut off
       out.resize(before);
       out += "{\"expr\": ";
-      appendJsonString(out, sourceText(state, arguments[i], kShortArguments));
+      appendJsonString(out, sourceText(state, arguments[i], kMessageArguments));
       out += '}';
     }
   }
-  return out + "]}";
+  out += "]}";
+  return out;
 }
 
 }  // namespace vexel

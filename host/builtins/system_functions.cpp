@@ -75,10 +75,7 @@ void defineSystemFunctions(State& state) {
   defineFunction(state, "print", print);
   defineFunction(state, "error", error);
   defineFunction(state, "last_error", [](State& s, ALGEB) {
-    return s.lastError.message.empty()
-               ? s.null
-               : string(s, fillMessage(s, s.lastError.message, s.lastError.arguments,
-                                       kWholeArguments));
+    return s.lastError.empty() ? s.null : string(s, s.lastError);
   });
   defineFunction(state, "time", [](State& s, ALGEB) {
     const auto now = std::chrono::steady_clock::now().time_since_epoch();

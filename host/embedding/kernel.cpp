@@ -3,6 +3,7 @@
 #include <dlfcn.h>
 
 #include <cstdlib>
+#include <utility>
 
 #include "builtins/builtins.hpp"
 #include "embedding/exported_symbols.hpp"
@@ -33,18 +34,27 @@ Kernel::Impl::~Impl() {
 }
 
 void Kernel::Impl::throwError() {
-  const std::string message = state.error.message;
-  std::vector<Value> arguments;
-  for (ALGEB x : state.error.arguments) {
-    arguments.emplace_back(kernel, x);
+  const PendingError error = std::exchange(state.error, {});
+  if (error.message == kNoMemory) {
+    throwNoMemory();
   }
-  std::string filled;
   try {
-    filled = pendingErrorText(state);
-  } catch (const HostErrorToken&) {
-    filled = message;  // an argument that cannot be printed
+    std::vector<Value> arguments;
+    for (ALGEB x : error.arguments) {
+      arguments.emplace_back(kernel, x);
+    }
+    throw Error(fillMessage(state, error.message, error.arguments), error.message,
+                std::move(arguments));
+  } catch (const HostErrorToken&) {  // an argument that cannot be printed
+    throw Error(error.message, error.message, {});
+  } catch (const std::bad_alloc&) {
+    throwNoMemory();
   }
-  throw Error(std::move(filled), message, std::move(arguments));
+}
+
+void Kernel::Impl::throwNoMemory() {
+  state.heap.recover();
+  throw Error(kNoMemory, kNoMemory, {});
 }
 
 Kernel::Kernel() {

@@ -9,6 +9,7 @@
 #include <vector>
 #include <vexel/kernel.hpp>
 
+#include "values/big_number_work.hpp"
 #include "values/errors.hpp"
 #include "values/kernel_state.hpp"
 
@@ -89,6 +90,7 @@ struct Kernel::Impl {
   // Runs f; host errors and interrupts leave as the embedding API's exceptions.
   template <typename F>
   auto run(F f) {
+    const BigNumberWork work;
     try {
       return f();
     } catch (const HostErrorToken&) {
@@ -96,10 +98,11 @@ struct Kernel::Impl {
     } catch (const InterruptToken&) {
       throw Interrupted();
     } catch (const std::bad_alloc&) {
-      throw Error("not enough memory", "not enough memory", {});
+      throwNoMemory();
     }
   }
   [[noreturn]] void throwError();
+  [[noreturn]] void throwNoMemory();
 
   Kernel& kernel;
   std::unique_ptr<RootPool, OrphanPool> roots{new RootPool};

@@ -1,5 +1,7 @@
 // Statement-wise running of texts, for the command, the prompt and Kernel::eval.
 
+#include <stdexcept>
+#include <utility>
 #include <vexel/session.hpp>
 
 #include "builtins/json.hpp"
@@ -7,6 +9,7 @@
 #include "language/evaluator.hpp"
 #include "language/interpreter.hpp"
 #include "language/parser.hpp"
+#include "values/big_number_work.hpp"
 #include "values/errors.hpp"
 #include "values/numbers.hpp"
 #include "values/objects.hpp"
@@ -15,6 +18,8 @@
 namespace vexel {
 
 namespace {
+
+constexpr char kInterrupted[] = "interrupted";
 
 std::string lineOf(std::string_view text, int line) {
   std::size_t from = 0;
@@ -57,6 +62,7 @@ struct Script::Impl {
   State& state;
   std::string text;
   Parser parser;
+  std::shared_ptr<Program> program;  // of the statement that runs
 };
 
 Script::Script(Kernel& kernel, std::string text, const std::string& name)
@@ -69,10 +75,21 @@ bool Script::next(Outcome& outcome) {
   if (interpreter(state).quit) {
     return false;
   }
-  const auto ended = [&](Outcome::Kind kind, const char* text) {
+  const BigNumberWork work;
+  const auto ended = [&](Outcome::Kind kind, const std::string& text) {
     outcome.kind = kind;
-    outcome.error = outcome.shortError = text;
-    outcome.json = jsonError(state, outcome.error, outcome.error, {});
+    outcome.value = Value();
+    outcome.error = text;
+    outcome.json = jsonError(state, text, text, {});
+  };
+  // What the statement held is given back before the next one needs it.
+  const auto outOfMemory = [&] {
+    state.error.arguments.clear();
+    state.error.message.clear();
+    impl_->program.reset();
+    ended(Outcome::Kind::error, kNoMemory);
+    state.lastError = kNoMemory;
+    state.heap.recover();
   };
   const auto failed = [&] {
     outcome.kind = Outcome::Kind::error;
@@ -86,24 +103,33 @@ bool Script::next(Outcome& outcome) {
       outcome.line = state.error.line;
       outcome.column = state.error.column;
     }
-    state.lastError = state.error;
+    if (state.error.message == kNoMemory) {
+      outOfMemory();
+      return;
+    }
     try {
-      // What is raised here on the way takes the place of state.error, not of lastError.
-      const PendingError& error = state.lastError;
-      outcome.error = fillMessage(state, error.message, error.arguments, kWholeArguments);
-      outcome.shortError = fillMessage(state, error.message, error.arguments, kShortArguments);
+      const PendingError error = std::exchange(state.error, {});
+      Handles arguments(state);
+      for (const ALGEB x : error.arguments) {
+        arguments.push(x);
+      }
+      outcome.error = state.lastError = fillMessage(state, error.message, error.arguments);
       outcome.json = jsonError(state, outcome.error, error.message, error.arguments);
+    } catch (const HostErrorToken&) {
+      ended(Outcome::Kind::error, state.error.message);
     } catch (const InterruptToken&) {
-      ended(Outcome::Kind::interrupted, "interrupted");
+      ended(Outcome::Kind::interrupted, kInterrupted);
+    } catch (const std::bad_alloc&) {
+      outOfMemory();
     }
   };
   try {
-    std::shared_ptr<Program> program;
+    std::shared_ptr<Program>& program = impl_->program;
     try {
       program = impl_->parser.next();
     } catch (const SyntaxError& e) {
       outcome.kind = e.incomplete ? Outcome::Kind::incomplete : Outcome::Kind::syntax;
-      outcome.error = outcome.shortError = e.message;
+      outcome.error = e.message;
       outcome.line = e.position.line;
       outcome.column = e.position.column;
       outcome.source = pointedOut(impl_->text, e.position);
@@ -122,15 +148,19 @@ bool Script::next(Outcome& outcome) {
     outcome.column = program->start.column;
     outcome.printed = program->printed;
     outcome.value = Value(impl_->kernel, runProgram(state, program));
+    program.reset();
+    lookAtInterrupt();  // one that nothing in the statement has seen
     if (interpreter(state).quit) {
       outcome.printed = false;
     }
   } catch (const HostErrorToken&) {
     failed();
   } catch (const InterruptToken&) {
-    ended(Outcome::Kind::interrupted, "interrupted");
+    ended(Outcome::Kind::interrupted, kInterrupted);
   } catch (const std::bad_alloc&) {
-    ended(Outcome::Kind::error, "not enough memory");
+    outOfMemory();
+  } catch (const std::length_error&) {
+    outOfMemory();
   }
   return true;
 }

@@ -276,8 +276,9 @@ ALGEB evaluate(State& state, ALGEB x) {
   return evaluatedParts(state, known, x);
 }
 
-ALGEB evalf(State& state, ALGEB x, int digits) {
-  checkDigits(state, digits);
+namespace {
+
+ALGEB evalf(State& state, KnownParts& known, ALGEB x, int digits) {
   if (isNumber(x)) {
     return roundToDigits(state, x, digits);
   }
@@ -292,11 +293,13 @@ ALGEB evalf(State& state, ALGEB x, int digits) {
   }
   if (isList(x) || (isSequence(x) && !isNull(x))) {
     checkStack(state);
-    Handles elements(state);
-    for (std::size_t i = 1; i <= countOf(x); ++i) {
-      elements.push(evalf(state, element(state, x, i), digits));
-    }
-    return isList(x) ? newList(state, elements.span()) : sequenceOf(state, elements.span());
+    return known.value(x, [&] {
+      Handles elements(state);
+      for (std::size_t i = 1; i <= countOf(x); ++i) {
+        elements.push(evalf(state, known, element(state, x, i), digits));
+      }
+      return isList(x) ? newList(state, elements.span()) : sequenceOf(state, elements.span());
+    });
   }
   if (!isExpression(x)) {
     const DigitsScope scope(state, digits + kGuardDigits);
@@ -321,6 +324,14 @@ ALGEB evalf(State& state, ALGEB x, int digits) {
     }
     previous = value;
   }
+}
+
+}  // namespace
+
+ALGEB evalf(State& state, ALGEB x, int digits) {
+  checkDigits(state, digits);
+  KnownParts known(state);
+  return evalf(state, known, x, digits);
 }
 
 double evaluateHardware(State& state, ALGEB x) {

@@ -10,7 +10,8 @@
 
 namespace vexel {
 
-// What a walk found for the parts of an expression, so that shared ones are walked once.
+// What a walk found for the parts of an expression, list or relation, so that shared ones are
+// walked once.
 class KnownParts {
  public:
   explicit KnownParts(State& state) : alive_(state) {}
@@ -18,7 +19,7 @@ class KnownParts {
   // The value of x, computed if it is not known.
   template <typename Compute>
   ALGEB value(ALGEB x, Compute compute) {
-    if (!isExpression(x)) {
+    if (!isExpression(x) && !isList(x) && !isSequence(x) && !isRange(x) && !isRelation(x)) {
       return compute();
     }
     lookAtInterrupt();

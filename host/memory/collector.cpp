@@ -3,8 +3,12 @@
 // Marking keeps its own stack, so that deep structures cost no machine stack; sweeping visits every
 // cell and rebuilds the free lists in address order.
 
+#include <malloc.h>
+#include <sys/mman.h>
+
 #include <algorithm>
 #include <exception>
+#include <new>
 #include <string>
 #include <utility>
 
@@ -63,12 +67,13 @@ void Heap::collect() {
   collecting_ = true;
   collections_ += collections_ == UINT32_MAX ? 2 : 1;  // never 0
   limit_ = 0;
-  marking_ = &marker_;
-  buildExtents();
-  markRoots();
-  markStack();
-  drain();
-  marking_ = nullptr;
+  try {
+    due_.reserve(disposable_.size());
+    markAll();
+  } catch (const std::bad_alloc&) {
+    unmarkAll();
+    throw;
+  }
   dispose(false);
   memory_.interned.dropUnmarked();
   sweep(false);
@@ -77,6 +82,45 @@ void Heap::collect() {
   sinceCollection_ = 0;
   threshold_ = std::max(kMinimalThreshold, liveBytes_ + bytesOutside_);
   resetLimit();
+}
+
+void Heap::markAll() {
+  marking_ = &marker_;
+  buildExtents();
+  markRoots();
+  markStack();
+  drain();
+  marking_ = nullptr;
+}
+
+// Takes a collection back that could not be finished.
+void Heap::unmarkAll() noexcept {
+  marking_ = nullptr;
+  marker_.pending_ = {};
+  extents_ = {};
+  for (ALGEB x : large_) {
+    words(x)[0] &= ~kMarkBit;
+  }
+  for (Chunk* chunk : chunks_) {
+    for (char* p = chunk->first(); p != chunk->next; p += chunk->cellBytes) {
+      reinterpret_cast<Cell*>(p)->header &= ~kMarkBit;
+    }
+  }
+  collecting_ = false;
+  resetLimit();
+}
+
+void Heap::recover() noexcept {
+  try {
+    collect();
+  } catch (const std::bad_alloc&) {  // at another time, then
+  }
+  for (Chunk* chunk : emptyChunks_) {
+    munmap(chunk, kChunkBytes);
+  }
+  emptyChunks_.clear();
+  marker_.pending_.shrink_to_fit();
+  malloc_trim(0);
 }
 
 void Heap::markRoots() {
@@ -239,15 +283,14 @@ void Heap::markArray(ALGEB x) {
 
 // Runs the dispose functions of unreachable pointers, each once.
 void Heap::dispose(bool everything) {
-  std::vector<ALGEB> due;
   std::erase_if(disposable_, [&](ALGEB x) {
     const bool dead = everything || !isMarked(x);
     if (dead) {
-      due.push_back(x);
+      due_.push_back(x);
     }
     return dead;
   });
-  for (ALGEB x : due) {
+  for (ALGEB x : due_) {
     auto* function = std::exchange(pointerOf(x).dispose, nullptr);
     if (function != nullptr) {
       try {
@@ -259,6 +302,7 @@ void Heap::dispose(bool everything) {
       }
     }
   }
+  due_.clear();
 }
 
 void Heap::finalise(ALGEB x) noexcept {

@@ -59,7 +59,10 @@ Handles::~Handles() {
   }
 }
 
-Heap::Heap(Memory& memory) : memory_(memory), threshold_(kMinimalThreshold) { resetLimit(); }
+Heap::Heap(Memory& memory) : memory_(memory), threshold_(kMinimalThreshold) {
+  emptyChunks_.reserve(kEmptyChunksKept);  // a collection allocates nothing once it has marked
+  resetLimit();
+}
 
 void Heap::clear() {
   collecting_ = true;
@@ -159,6 +162,7 @@ ALGEB Heap::allocateSlowly(Tag t, std::size_t lengthInWords) {
 
 Heap::Chunk* Heap::newChunk(std::size_t c) {
   Chunk* chunk = nullptr;
+  chunks_.reserve(chunks_.size() + 1 > chunks_.capacity() ? 2 * chunks_.size() + 16 : 0);
   if (!emptyChunks_.empty()) {
     chunk = emptyChunks_.back();
     emptyChunks_.pop_back();
@@ -167,7 +171,10 @@ Heap::Chunk* Heap::newChunk(std::size_t c) {
     void* raw =
         mmap(nullptr, 2 * kChunkBytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
     if (raw == MAP_FAILED) {
-      memory_.raiseNoMemory();
+      if (!collecting_) {
+        memory_.raiseNoMemory();
+      }
+      throw std::bad_alloc();
     }
     const Word base = reinterpret_cast<Word>(raw);
     const Word aligned = (base + kChunkBytes - 1) & ~(kChunkBytes - 1);
@@ -185,7 +192,12 @@ Heap::Chunk* Heap::newChunk(std::size_t c) {
   const std::size_t cells = (kChunkBytes - kChunkHeader) / chunk->cellBytes;
   chunk->end = chunk->first() + cells * chunk->cellBytes;
   const Word address = reinterpret_cast<Word>(chunk);
-  chunkAt_[address / kChunkBytes] = chunk;
+  try {
+    chunkAt_[address / kChunkBytes] = chunk;
+  } catch (const std::bad_alloc&) {
+    munmap(chunk, kChunkBytes);
+    throw;
+  }
   chunks_.push_back(chunk);
   lowestChunk_ = std::min(lowestChunk_, address);
   highestChunk_ = std::max(highestChunk_, address + kChunkBytes);

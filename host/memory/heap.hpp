@@ -27,12 +27,18 @@ class Marker {
   void mark(ALGEB x) {
     if (x != nullptr && !isImmediate(x) && (words(x)[0] & 1U) == 0) {
       words(x)[0] |= 1U;
-      pending_.push_back(x);
+      if (!reachesNothing(x)) {
+        pending_.push_back(x);
+      }
     }
   }
 
  private:
   friend class Heap;
+  static bool reachesNothing(ALGEB x) {
+    const Tag t = tag(x);
+    return t == Tag::integer || t == Tag::string || (t == Tag::softwareFloat && length(x) < 3);
+  }
   std::vector<ALGEB> pending_;
 };
 
@@ -112,7 +118,10 @@ class Heap {
   // Tells the collector of memory that an object holds elsewhere.
   void countBytes(std::size_t bytes) { sinceCollection_ += bytes; }
 
+  // Throws std::bad_alloc, with nothing changed, where marking needs more memory than there is.
   void collect();
+  // After memory has run out and what held it has unwound: collects, and gives back to the system.
+  void recover() noexcept;
   // Ends every object: dispose functions run, memory is given back.
   void clear();
   void setStress(bool on);
@@ -185,6 +194,8 @@ class Heap {
   void markOperands(ALGEB x);
   void markArray(ALGEB x);
   void buildExtents();
+  void markAll();
+  void unmarkAll() noexcept;
   void dispose(bool everything);
   void sweep(bool everything);
   void sweepLarge(bool everything);
@@ -220,6 +231,7 @@ class Heap {
   std::vector<ALGEB> large_;
   std::vector<ALGEB> arrays_;      // those with a data block of their own
   std::vector<ALGEB> disposable_;  // pointers with a dispose function
+  std::vector<ALGEB> due_;         // those of them that are disposed of in a collection
   std::vector<Extent> extents_;    // sorted; during a collection only
   Word lowestChunk_ = ~Word{0};
   Word highestChunk_ = 0;

@@ -30,25 +30,15 @@ void raise(State& state, std::string_view message, ALGEB a, ALGEB b) {
   raise(state, message, args);
 }
 
-void raiseNoMemory(State& state) { raise(state, "not enough memory"); }
+void raiseNoMemory(State& state) { raise(state, kNoMemory); }
 
-std::string fillMessage(State& state, std::string_view message, std::span<const ALGEB> args,
-                        const TextOptions& options) {
+std::string fillMessage(State& state, std::string_view message, std::span<const ALGEB> args) {
   std::string out;
   for (std::size_t i = 0; i < message.size(); ++i) {
-    if (out.size() > kWholeArguments.maxLength) {
-      return out + "...";
-    }
     const char next = i + 1 < message.size() ? message[i + 1] : '\0';
     const std::size_t which = static_cast<std::size_t>(next - '1');
     if (message[i] == '%' && next >= '1' && next <= '9' && which < args.size()) {
-      const std::size_t before = out.size();
-      try {
-        appendSource(state, out, args[which], options);
-      } catch (const HostErrorToken&) {
-        out.resize(before);
-        appendSource(state, out, args[which], kShortArguments);
-      }
+      appendSource(state, out, args[which], kMessageArguments);
       ++i;
     } else {
       out += message[i];
@@ -58,7 +48,7 @@ std::string fillMessage(State& state, std::string_view message, std::span<const 
 }
 
 std::string pendingErrorText(State& state) {
-  return fillMessage(state, state.error.message, state.error.arguments, kShortArguments);
+  return fillMessage(state, state.error.message, state.error.arguments);
 }
 
 constinit thread_local std::uintptr_t stackLimit = UINTPTR_MAX;

@@ -19,19 +19,16 @@ namespace vexel {
 [[noreturn]] void raise(State& state, std::string_view message, ALGEB a, ALGEB b);
 [[noreturn]] void raise(State& state, std::string_view message, std::span<const ALGEB> args);
 [[noreturn]] void raiseNoMemory(State& state);
+inline constexpr char kNoMemory[] = "not enough memory";
 
-// How arguments print within a message: whole, up to what is no message any more (one nested
-// beyond printing, perhaps within itself, is shortened all the same), or shortened for a reader.
-inline constexpr TextOptions kWholeArguments{.maxLength = std::size_t{1} << 24};
-inline constexpr TextOptions kShortArguments{
-    .maxElements = 100, .maxLength = 2000, .raiseTooDeep = false};
+// How arguments print within a message: a few elements and how many there are.
+inline constexpr TextOptions kMessageArguments{
+    .maxElements = 8, .maxLength = 2000, .raiseTooDeep = false};
 
-// Message with %1, %2, ... replaced by the printed form of the arguments; raises nothing but
-// memory exhaustion.
-std::string fillMessage(State& state, std::string_view message, std::span<const ALGEB> args,
-                        const TextOptions& options);
+// Message with %1, %2, ... replaced by the printed form of the arguments.
+std::string fillMessage(State& state, std::string_view message, std::span<const ALGEB> args);
 
-// The pending error's text, its arguments shortened; valid in a handler of HostErrorToken.
+// The pending error's text; valid in a handler of HostErrorToken.
 std::string pendingErrorText(State& state);
 
 // The lowest address that the calling thread's stack may reach; the highest there is before the

@@ -33,10 +33,8 @@ void _VKernelVectorDesc::markRoots(vexel::Marker& marker) {
        {null, trueValue, falseValue, undefined, infinity, minusInfinity, digitsName, piName}) {
     marker.mark(x);
   }
-  for (const vexel::PendingError* e : {&error, &lastError}) {
-    for (ALGEB x : e->arguments) {
-      marker.mark(x);
-    }
+  for (ALGEB x : error.arguments) {
+    marker.mark(x);
   }
 }
 

@@ -45,7 +45,7 @@ struct _VKernelVectorDesc final : vexel::Memory {
 
   vexel::RandomStream random;
   vexel::PendingError error;
-  vexel::PendingError lastError;  // what last_error() tells
+  std::string lastError;  // what last_error() tells: the text, filled
   vexel::SettledExpressions settled;
   std::unique_ptr<vexel::Language> language;
 

@@ -226,6 +226,7 @@ class Printer {
       case Tag::function:
       case Tag::foreign:
         foreign(x)->print(state_, out_);
+        tooLong();
         return;
       case Tag::integer:
       case Tag::block:
@@ -241,6 +242,10 @@ class Printer {
       return;
     }
     const IntegerView view(x);
+    if (mpz_sizeinbase(view.get(), 10) > options_.maxLength) {
+      out_ += "(an integer of about " + std::to_string(mpz_sizeinbase(view.get(), 10)) + " digits)";
+      return;
+    }
     std::string digits(mpz_sizeinbase(view.get(), 10) + 2, '\0');
     mpz_get_str(digits.data(), 10, view.get());
     out_ += digits.c_str();
@@ -267,6 +272,8 @@ class Printer {
   }
 
   void printQuoted(std::string_view s) {
+    const bool whole = s.size() <= options_.maxLength;
+    s = s.substr(0, options_.maxLength);
     out_ += '"';
     for (char c : s) {
       switch (c) {
@@ -286,7 +293,7 @@ class Printer {
           out_ += c;
       }
     }
-    out_ += '"';
+    out_ += whole ? "\"" : "...\"";
   }
 
   // Operands of x from the given one on, with commas; shortened where elements are.
@@ -294,12 +301,19 @@ class Printer {
     const std::size_t limit = shortened ? options_.maxElements : static_cast<std::size_t>(-1);
     for (std::size_t i = from; i < length(x); ++i) {
       out_ += i > from ? ", " : "";
-      if (i - from >= limit || tooLong()) {
-        out_ += cut_ ? "" : "...";
+      if (tooLong()) {
+        return;
+      }
+      if (i - from >= limit) {
+        printRest(length(x) - from);
         return;
       }
       print(operand(x, i), place);
     }
+  }
+
+  void printRest(std::size_t elements) {
+    out_ += "... (" + std::to_string(elements) + " elements)";
   }
 
   void printPair(ALGEB x, const char* between, Level place) {
@@ -343,8 +357,13 @@ class Printer {
   void printTable(ALGEB x) {
     out_ += "table([";
     const char* separator = "";
+    std::size_t printed = 0;
     for (const auto& [key, value] : table(x).entries()) {
       out_ += separator;
+      if (printed++ == options_.maxElements) {
+        printRest(table(x).size());
+        break;
+      }
       print(key, kRange);
       out_ += " = ";
       print(value, kRange);
@@ -397,6 +416,7 @@ class Printer {
       return;
     }
     out_ += '[';
+    const std::size_t before = printed;
     for (V_INT i = 0; i < a.extent(dim); ++i) {
       out_ += i > 0 ? ", " : "";
       if (printed >= options_.maxElements || tooLong()) {
@@ -406,6 +426,7 @@ class Printer {
       index[static_cast<std::size_t>(dim)] = a.lower(dim) + i;
       printNested(x, index, dim + 1, printed);
     }
+    printed += printed == before ? 1 : 0;  // an empty row takes its place, too
     out_ += ']';
   }
 

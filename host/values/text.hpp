@@ -9,8 +9,10 @@
 namespace vexel {
 
 struct TextOptions {
-  std::size_t maxElements = static_cast<std::size_t>(-1);  // of an array or list before "..."
-  std::size_t maxLength = static_cast<std::size_t>(-1);    // of the whole text before "..."
+  std::size_t maxElements =
+      static_cast<std::size_t>(-1);                      // of an array, list or table before
+                                                         // "..." and, but for arrays, their number
+  std::size_t maxLength = static_cast<std::size_t>(-1);  // of the whole text before "..."
   bool raiseTooDeep = true;  // nesting beyond printing raises; else it prints as "..."
 };
 

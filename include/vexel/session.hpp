@@ -19,13 +19,12 @@ struct Outcome {
     interrupted,  // Kernel::interrupt ended it
   };
   Kind kind = Kind::value;
-  Value value;             // of the statement, for Kind::value
-  bool printed = false;    // it ended with ';' (or with the text)
-  std::string error;       // the whole text, filled
-  std::string shortError;  // the same with long arguments shortened
-  std::string json;        // the error's JSON line
-  int line = 0;  // where the statement starts; for an error the innermost statement of the
-                 // text that raised it, for a syntax error where that is
+  Value value;           // of the statement, for Kind::value
+  bool printed = false;  // it ended with ';' (or with the text)
+  std::string error;     // the text, filled
+  std::string json;      // the error's JSON line
+  int line = 0;          // where the statement starts; for an error the innermost statement of the
+                         // text that raised it, for a syntax error where that is
   int column = 0;
   std::string source;  // for a syntax error: the source line and, below it, a caret
   // The innermost statement or call of an error, in a procedure perhaps of an earlier text, by

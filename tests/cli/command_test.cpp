@@ -13,7 +13,11 @@
 
 namespace {
 
+using testing::AllOf;
+using testing::AnyOf;
 using testing::HasSubstr;
+using testing::Lt;
+using testing::SizeIs;
 
 struct Outcome {
   int status;
@@ -111,13 +115,34 @@ TEST_F(CommandTest, JsonHasOneLineForEveryValueAndError) {
             "2.0\n{\"float\": \"undefined\"}\n{\"expr\": \"1/3\"}\n");
   EXPECT_EQ(json.errors, "");
   EXPECT_EQ(json.status, 1);
-  // An error's text is whole, but at the prompt, and but for an argument within itself.
-  const std::string wide = "error(\"wide: %1 end\", Array(1 .. 300, datatype = integer[4]))";
-  EXPECT_THAT(run("--json -e '" + wide + "'").out,
-              HasSubstr("0, 0, 0], datatype = integer[4]) end"));
-  EXPECT_THAT(run("-e '" + wide + "'").errors, HasSubstr("0, 0, 0], datatype = integer[4]) end"));
-  EXPECT_THAT(run("-i --quiet", wide + ";").errors,
-              HasSubstr(", ...], datatype = integer[4]) end"));
+  // A message shows a few elements of an argument and how many there are; JSON has the whole
+  // argument up to 10^4 elements.
+  const auto failing = [](const std::string& argument) {
+    return "-e 'error(\"wide: %1 end\", " + argument + ")'";
+  };
+  const struct {
+    std::string argument;
+    std::string text;
+    std::string json;
+  } wide[] = {
+      {"Array(1..300, datatype = integer[4])",
+       "Array(1..300, [0, 0, 0, 0, 0, 0, 0, 0, ...], datatype = integer[4])",
+       "0, 0, 0], \"bounds\""},
+      {"Array(0..10000, datatype = float[4])",
+       "Array(0..10000, [0.0, 0.0, 0.0, 0.0, 0.0, 0.0, 0.0, 0.0, ...], datatype = float[4])",
+       R"({"array": "omitted", "bounds": [[0, 10000]])"},
+      {"[seq(i, i = 1 .. 10001)]", "[1, 2, 3, 4, 5, 6, 7, 8, ... (10001 elements)]",
+       R"({"list": "omitted", "count": 10001})"},
+      {"table([seq(i = i, i = 1 .. 10001)])", ", ... (10001 elements)])",
+       R"({"table": "omitted", "count": 10001})"},
+      {"cat(seq(\"long\", i = 1 .. 10^5))", "long...\"", "longlong\""},
+  };
+  for (const auto& c : wide) {
+    const Outcome inJson = run("--json " + failing(c.argument));
+    EXPECT_THAT(inJson.out, AllOf(HasSubstr(c.json), HasSubstr("end\"")));
+    const Outcome inText = run(failing(c.argument));
+    EXPECT_THAT(inText.errors, AllOf(HasSubstr(c.text + " end\n"), SizeIs(Lt(2200U))));
+  }
   EXPECT_LT(run("--json -e 'A := Array(1..2): A[1] := A: A[2] := A: error(\"%1\", A)'").out.size(),
             10000U);
   // The numerical library's failures are raised like the others that have nothing to fill in.
@@ -180,12 +205,35 @@ TEST_F(CommandTest, AnInterruptEndsTheStatementWithAnError) {
 #endif
            "STATS_VexelNewtonRaphson_HW(0, x -> x^2 + 1, x -> 2*x, 1.5, false, 0, false, 0, 10, "
            "2147483647):\n",
+           "seq(evalf(exp(1/i), 10^6), i = 3 .. 100):\n",
        }) {
     const std::string script = file("loop.vx", text);
     const Outcome ended = run(script, "", "timeout --preserve-status -k 20 -s INT 1 ");
     EXPECT_THAT(ended.errors, HasSubstr("Error, interrupted")) << text;
     EXPECT_EQ(ended.status, 1) << text;
   }
+}
+
+// Memory that runs out is the statement's error, and the next statement has it again.
+TEST_F(CommandTest, MemoryThatRunsOutEndsTheStatementAlone) {
+#if !defined(__SANITIZE_ADDRESS__)
+  for (const std::string statement :
+       {"STATS_VexelSort_HW(Array(1..2^40, storage = sparse, datatype = float[8]), NULL, 1);",
+        "STATS_VexelOrder_HW(Array(1..2^40, storage = sparse), 1);",
+        "L := [seq(1/i, i = 1 .. 10^8)]:", "T := table(): for i from 1 to 10^8 do T[i] := [i] end:",
+        "z := [seq(2^(10^7 + i), i = 1 .. 500)]:", "s := cat(seq(\"text\", i = 1 .. 10^8)):"}) {
+    SCOPED_TRACE(statement);
+    const Outcome limited =
+        run("-k -e '" + statement + "' -e 'clear(L, T, z): count([seq(i, i = 1 .. 10^6)]);'", "",
+            "ulimit -v 500000; ");
+    EXPECT_EQ(limited.status, 1);
+    EXPECT_THAT(limited.errors, AnyOf(HasSubstr("not enough memory"), HasSubstr("received")));
+    EXPECT_EQ(limited.out, "1000000\n");
+  }
+#endif
+  // What is shared is evaluated once.
+  EXPECT_EQ(run("-e 'L := [1/3]: for i from 1 to 60 do L := [L, L = L] end: count(evalf(L));'").out,
+            "2\n");
 }
 
 }  // namespace

@@ -1,0 +1,85 @@
+// Memory functions of GMP, which MPFR and MPC share.
+
+#include "values/big_number_work.hpp"
+
+#include <dlfcn.h>
+#include <gmp.h>
+#include <mpfr.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <new>
+
+#include "values/errors.hpp"
+
+namespace vexel {
+
+namespace {
+
+constinit thread_local int depth = 0;
+constinit thread_local bool abandoned = false;
+
+// Numbers below are done with before anybody could notice.
+constexpr std::size_t kLarge = std::size_t{1} << 13;
+
+void look(std::size_t bytes) {
+  if (depth > 0 && bytes >= kLarge && interruptRequested != 0) {
+    abandoned = true;
+    throwInterrupt();
+  }
+}
+
+void* checked(void* p, std::size_t bytes) {
+  if (p == nullptr) {
+    if (depth > 0) {
+      abandoned = true;
+      throw std::bad_alloc();
+    }
+    std::fprintf(stderr, "no memory for a number of %zu bytes\n", bytes);
+    std::abort();
+  }
+  return p;
+}
+
+void* allocate(std::size_t bytes) {
+  look(bytes);
+  return checked(std::malloc(bytes), bytes);
+}
+
+void* reallocate(void* p, std::size_t, std::size_t bytes) {
+  look(bytes);
+  return checked(std::realloc(p, bytes), bytes);
+}
+
+void release(void* p, std::size_t) { std::free(p); }
+
+// GMP's own functions are those of malloc, too: numbers from before and from programs that use GMP
+// beside the host may be given back here.  A program that has set functions of its own keeps them.
+bool install() {
+  void* (*current)(std::size_t) = nullptr;
+  mp_get_memory_functions(&current, nullptr, nullptr);
+  Dl_info where{};
+  Dl_info gmp{};
+  if (dladdr(reinterpret_cast<void*>(current), &where) != 0 &&
+      dladdr(reinterpret_cast<void*>(&mp_get_memory_functions), &gmp) != 0 &&
+      where.dli_fbase == gmp.dli_fbase) {
+    mp_set_memory_functions(allocate, reallocate, release);
+  }
+  return true;
+}
+
+}  // namespace
+
+BigNumberWork::BigNumberWork() {
+  static const bool installed = install();
+  depth += installed ? 1 : 0;
+}
+
+BigNumberWork::~BigNumberWork() {
+  if (--depth == 0 && abandoned) {
+    abandoned = false;
+    mpfr_free_cache();
+  }
+}
+
+}  // namespace vexel

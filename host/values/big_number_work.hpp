@@ -1,0 +1,21 @@
+// Work on big numbers that can be abandoned: GMP and MPFR ask for memory, and where there is none,
+// or an interrupt is pending, what they are doing ends with an exception instead of the process.
+#pragma once
+
+namespace vexel {
+
+// While one lives, allocations of the big-number libraries on this thread throw std::bad_alloc when
+// memory has run out, and InterruptToken when an interrupt is pending and the number is large.
+//
+// The exception passes through C functions, which keep their operands sound up to each allocation;
+// what they had allocated for themselves is lost, and the constants that MPFR keeps are dropped.
+// Outside, and on other threads, allocations do what they always do.
+class BigNumberWork {
+ public:
+  BigNumberWork();
+  ~BigNumberWork();
+  BigNumberWork(const BigNumberWork&) = delete;
+  BigNumberWork& operator=(const BigNumberWork&) = delete;
+};
+
+}  // namespace vexel
