@@ -8,10 +8,10 @@
 #include <random>
 #include <vector>
 
-#include "descriptive/covariance.hpp"
-#include "descriptive/means.hpp"
-#include "descriptive/quantiles.hpp"
-#include "descriptive/sort_kernels.hpp"
+#include "kernels/descriptive/covariance.hpp"
+#include "kernels/descriptive/means.hpp"
+#include "kernels/descriptive/quantiles.hpp"
+#include "kernels/sorting/sorting.hpp"
 
 namespace {
 
@@ -51,20 +51,20 @@ void sortStandard(benchmark::State& state) {
   onCopy(state, [](Doubles& x) { std::sort(x.begin(), x.end()); });
 }
 void sortKernel(benchmark::State& state) {
-  onCopy(state, [](Doubles& x) { STATS_SortData_HW(x.data(), size(x)); });
+  onCopy(state, [](Doubles& x) { vexel::kernels::sortData(x.data(), size(x)); });
 }
 void sortKernelPaired(benchmark::State& state) {
   Doubles w(static_cast<std::size_t>(state.range(0)), 1.0);
-  onCopy(state, [&](Doubles& x) { STATS_SortData_HW(x.data(), w.data(), size(x)); });
+  onCopy(state, [&](Doubles& x) { vexel::kernels::sortData(x.data(), w.data(), size(x)); });
 }
 void selectStandard(benchmark::State& state) {
   onCopy(state, [](Doubles& x) { std::nth_element(x.begin(), x.begin() + size(x) / 2, x.end()); });
 }
 void selectKernel(benchmark::State& state) {
-  onCopy(state, [](Doubles& x) { STATS_QuickSelect_HW(x.data(), size(x), size(x) / 2); });
+  onCopy(state, [](Doubles& x) { vexel::kernels::quickSelect(x.data(), size(x), size(x) / 2); });
 }
 void medianKernel(benchmark::State& state) {
-  onCopy(state, [](Doubles& x) { STATS_SimpleMedian_HW(x.data(), size(x)); });
+  onCopy(state, [](Doubles& x) { vexel::kernels::simpleMedian(x.data(), size(x)); });
 }
 // What a caller whose sample must stay as it is pays, and what the library does for him.
 void medianOfCopyStandard(benchmark::State& state) {
@@ -79,7 +79,7 @@ void medianReading(benchmark::State& state) {
   const Doubles& given = randomDoubles(state.range(0));
   double median = 0.0;
   for ([[maybe_unused]] auto step : state) {
-    STATS_MedianReading_HW(&median, given.data(), size(given), size(given));
+    vexel::kernels::medianReading(&median, given.data(), size(given), size(given));
     benchmark::DoNotOptimize(median);
   }
 }
@@ -90,8 +90,8 @@ void quantilesKernel(benchmark::State& state) {
   }
   Doubles result(probs.size());
   onCopy(state, [&](Doubles& x) {
-    STATS_SimpleQuantile_HW(result.data(), x.data(), probs.data(), size(x), 25,
-                            STATS_QUANTILE_MEDIAN_UNBIASED_HW);
+    vexel::kernels::simpleQuantile(result.data(), x.data(), probs.data(), size(x), 25,
+                                   vexel::kernels::QuantileKind::medianUnbiased);
   });
 }
 
@@ -120,13 +120,13 @@ void readMemory(benchmark::State& state) {
 // eight bytes: that, and not memory, is the bound where memory is faster.
 void meanKernel(benchmark::State& state) {
   reading(state, 1, [](const Doubles& x) {
-    return STATS_Mean_HW(nullptr, x.data(), nullptr, size(x), STATS_ARITHMETIC_MEAN_HW);
+    return vexel::kernels::mean(x.data(), nullptr, size(x), vexel::kernels::MeanKind::arithmetic);
   });
 }
 void covarianceKernel(benchmark::State& state) {
   const Doubles y(static_cast<std::size_t>(state.range(0)), 0.25);
   reading(state, 4, [&](const Doubles& x) {
-    return STATS_CovarianceSums_HW(x.data(), y.data(), nullptr, size(x), false).xy;
+    return vexel::kernels::covarianceSums(x.data(), y.data(), nullptr, size(x), false).xy;
   });
 }
 

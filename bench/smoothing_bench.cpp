@@ -7,10 +7,10 @@
 #include <random>
 #include <vector>
 
-#include "descriptive/quantiles.hpp"
-#include "smoothing/linear_filter.hpp"
-#include "smoothing/moving_mean.hpp"
-#include "smoothing/moving_median.hpp"
+#include "kernels/descriptive/quantiles.hpp"
+#include "kernels/smoothing/linear_filter.hpp"
+#include "kernels/smoothing/moving_mean.hpp"
+#include "kernels/smoothing/moving_median.hpp"
 
 namespace {
 
@@ -42,7 +42,7 @@ void overWindows(benchmark::State& state, F f) {
 
 void movingMedian(benchmark::State& state) {
   overWindows(state, [](Doubles& x, int w, Doubles& out) {
-    STATS_MovingMedian_HW(nullptr, x.data(), kSize, w, 0, false, out.data());
+    vexel::kernels::movingMedian(x.data(), kSize, w, 0, false, out.data());
   });
 }
 void movingMedianDirect(benchmark::State& state) {
@@ -50,27 +50,28 @@ void movingMedianDirect(benchmark::State& state) {
     Doubles window(static_cast<std::size_t>(w));
     for (int s = 0; s <= kSize - w; ++s) {
       std::copy_n(x.data() + s, w, window.data());
-      out[static_cast<std::size_t>(s)] = STATS_SimpleMedian_HW(window.data(), w);
+      out[static_cast<std::size_t>(s)] = vexel::kernels::simpleMedian(window.data(), w);
     }
   });
 }
 void movingMean(benchmark::State& state) {
   overWindows(state, [](Doubles& x, int w, Doubles& out) {
-    STATS_MovingMean_HW(nullptr, x.data(), nullptr, kSize, w, STATS_ARITHMETIC_MEAN_HW, out.data());
+    vexel::kernels::movingMean(x.data(), nullptr, kSize, w, vexel::kernels::MeanKind::arithmetic,
+                               out.data());
   });
 }
 void movingMeanDirect(benchmark::State& state) {
   overWindows(state, [](Doubles& x, int w, Doubles& out) {
     for (int s = 0; s <= kSize - w; ++s) {
       out[static_cast<std::size_t>(s)] =
-          STATS_SimpleMean_HW(x.data() + s, w, STATS_ARITHMETIC_MEAN_HW);
+          vexel::kernels::simpleMean(x.data() + s, w, vexel::kernels::MeanKind::arithmetic);
     }
   });
 }
 void linearFilter(benchmark::State& state) {
   const Doubles taps(static_cast<std::size_t>(state.range(0)), 0.01);
   overWindows(state, [&](Doubles& x, int k, Doubles& out) {
-    STATS_LinearFilter_HW(nullptr, x.data(), taps.data(), kSize - k + 1, k, false, out.data());
+    vexel::kernels::linearFilter(x.data(), taps.data(), kSize - k + 1, k, false, out.data());
   });
 }
 void linearFilterDirect(benchmark::State& state) {

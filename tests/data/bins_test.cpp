@@ -1,11 +1,12 @@
 // Bins and frequency tables.
 
-#include "data/bins.hpp"
+#include "kernels/tallies/bins.hpp"
 
 #include <cstdint>
 #include <random>
 #include <vector>
 
+#include "kernel/interrupt.hpp"
 #include "kernel_test.hpp"
 
 namespace {
@@ -45,12 +46,12 @@ TEST(Bins, FastPathAgreesWithTheSearch) {
         if (v == edges[m]) {
           ++expected[m - 1];
         } else if (edges[0] <= v && v < edges[m]) {
-          ++expected[STATS_TallyIntoFindBin_HW(edges.data(), m, v)];
+          ++expected[vexel::kernels::binOf(edges.data(), m, v)];
         }
       }
       std::vector<std::uint32_t> counted(m, 77);
-      STATS_SimpleTallyInto_HW(counted.data(), x.data(), static_cast<int>(x.size()), edges.data(),
-                               1, m);
+      vexel::kernels::tallyInto(counted.data(), x.data(), static_cast<int>(x.size()), edges.data(),
+                                1, m);
       EXPECT_EQ(counted, expected) << m << " bins of " << low << " .. " << high;
     }
   }
@@ -62,11 +63,12 @@ TEST_F(BinsTest, LongCountsCanBeInterrupted) {
   std::uint32_t counts[2];
   double sums[2];
   const int n = static_cast<int>(data.size());
+  const STATS_InterruptWatch_HW watch(kernel.vector());
   vexel::Kernel::interrupt();
-  EXPECT_ANY_THROW(STATS_SimpleTallyInto_HW(counts, data.data(), n, edges, 2, 1, kernel.vector()));
+  EXPECT_ANY_THROW(vexel::kernels::tallyInto(counts, data.data(), n, edges, 2, 1));
   vexel::Kernel::interrupt();
   EXPECT_ANY_THROW(
-      STATS_WeightedTallyInto_HW(sums, data.data(), data.data(), n, edges, 2, 1, kernel.vector()));
+      vexel::kernels::weightedTallyInto(sums, data.data(), data.data(), n, edges, 2, 1));
 }
 
 TEST_F(BinsTest, RangesOfTooManyBinsAreRefused) {

@@ -4,8 +4,8 @@
 #include <numeric>
 #include <vector>
 
-#include "density/kernel_transforms.hpp"
 #include "kernel_test.hpp"
+#include "kernels/density/kernel_transforms.hpp"
 
 namespace {
 
@@ -14,7 +14,7 @@ using DensityTest = KernelTest;
 TEST(KernelTransforms, AreTransformsOfUnitVarianceDensities) {
   for (int code = 0; code <= 4; ++code) {
     SCOPED_TRACE(code);
-    const auto transform = STATS_KernelTransformOfCode_HW(code);
+    const auto transform = vexel::kernels::kernelTransformOfCode(code);
     ASSERT_NE(transform, nullptr);
     EXPECT_EQ(transform(0.0), 1.0);
     // 1 - s^2/2 + O(s^4): the variance is 1.
@@ -24,8 +24,8 @@ TEST(KernelTransforms, AreTransformsOfUnitVarianceDensities) {
     EXPECT_EQ(transform(-0.7), transform(0.7));
     EXPECT_TRUE(std::isnan(transform(std::nan(""))));
   }
-  EXPECT_EQ(STATS_KernelTransformOfCode_HW(5), nullptr);
-  EXPECT_EQ(STATS_KernelTransformOfCode_HW(-1), nullptr);
+  EXPECT_EQ(vexel::kernels::kernelTransformOfCode(5), nullptr);
+  EXPECT_EQ(vexel::kernels::kernelTransformOfCode(-1), nullptr);
 }
 
 TEST(KernelTransforms, SeriesAndClosedFormsMeet) {
@@ -38,8 +38,8 @@ TEST(KernelTransforms, SeriesAndClosedFormsMeet) {
     return 15.0 * ((3.0 - t * t) * std::sin(t) - 3.0 * t * std::cos(t)) / std::pow(t, 5);
   };
   for (double s = 0.3; s < 4.0; s += 0.01) {
-    EXPECT_NEAR(KernelDensity_Epanechnikov(s), epanechnikov(s), 1e-14) << s;
-    EXPECT_NEAR(KernelDensity_Biweight(s), biweight(s), 3e-13) << s;
+    EXPECT_NEAR(vexel::kernels::epanechnikovTransform(s), epanechnikov(s), 1e-14) << s;
+    EXPECT_NEAR(vexel::kernels::biweightTransform(s), biweight(s), 3e-13) << s;
   }
 }
 

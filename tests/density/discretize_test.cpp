@@ -1,15 +1,15 @@
 // Linear binning: its grid's ends, interrupts and messages.  Its values are compared with the
 // models.
 
-#include "density/discretize.hpp"
-
 #include <cmath>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "host_call.hpp"
+#include "kernel/interrupt.hpp"
 #include "kernel_test.hpp"
+#include "kernels/density/linear_binning.hpp"
 
 namespace {
 
@@ -35,9 +35,10 @@ TEST_F(DiscretizeTest, ManyDataCanBeInterrupted) {
   const Numbers x(1000000);
   const auto discretize = [&](V_INT n) {
     inHost(kernel, [&] {
+      const STATS_InterruptWatch_HW watch(kernel.vector());
       double grid[3] = {};
       vexel::Kernel::interrupt();
-      STATS_Discretize_HW(kernel.vector(), 3, 0.0, 1.0, 0.0, true, n, x.data(), nullptr, grid);
+      vexel::kernels::binLinearly(3, 0.0, 1.0, 0.0, n, x.data(), nullptr, grid);
       vexel::Kernel::clearInterrupt();
     });
   };

@@ -1,6 +1,6 @@
 // Selection that only reads, against sorting.
 
-#include "descriptive/select_reading.hpp"
+#include "kernels/sorting/select_reading.hpp"
 
 #include <gtest/gtest.h>
 
@@ -67,8 +67,8 @@ TEST(SelectReading, GivesWhatSortingGives) {
                                             {present / 2},
                                             {present / 4, present / 2}}) {
         Doubles got(ranks.size());
-        const bool done = STATS_SelectReading_HW(given.data(), n, ranks.data(),
-                                                 static_cast<int>(ranks.size()), got.data());
+        const bool done = vexel::kernels::selectReading(given.data(), n, ranks.data(),
+                                                        static_cast<int>(ranks.size()), got.data());
         EXPECT_TRUE(done || !readable || ranks.back() >= present) << ranks.back();
         for (std::size_t j = 0; done && j < ranks.size(); ++j) {
           EXPECT_EQ(got[j], x[static_cast<std::size_t>(ranks[j])]) << "rank " << ranks[j];
@@ -96,7 +96,7 @@ TEST(SelectReading, NoticesThatTheSampleDeceives) {
       x[begin + (state >> 8U) % static_cast<unsigned>(end - begin)] = uniform(random);
     }
     double got = 0.0;
-    EXPECT_FALSE(STATS_SelectReading_HW(x.data(), n, &rank, 1, &got)) << scale;
+    EXPECT_FALSE(vexel::kernels::selectReading(x.data(), n, &rank, 1, &got)) << scale;
   }
 }
 
@@ -107,8 +107,8 @@ TEST(SelectReading, LeavesWhatACopyDoesBetter) {
     ranks.push_back(rank);
   }
   Doubles got(ranks.size());
-  EXPECT_FALSE(STATS_SelectReading_HW(x.data(), 100000, ranks.data(), 25, got.data()));
-  EXPECT_FALSE(STATS_SelectReading_HW(x.data(), 19999, ranks.data(), 1, got.data()));
+  EXPECT_FALSE(vexel::kernels::selectReading(x.data(), 100000, ranks.data(), 25, got.data()));
+  EXPECT_FALSE(vexel::kernels::selectReading(x.data(), 19999, ranks.data(), 1, got.data()));
 }
 
 }  // namespace

@@ -1,8 +1,6 @@
 // The sort and selection kernels against slow twins that follow the scheme one step at a time: the
 // arrays must agree to the last bit and the last exchange, not only be sorted.
 
-#include "descriptive/sort_kernels.hpp"
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -17,7 +15,8 @@
 #include <string>
 #include <vector>
 
-#include "descriptive/partition.hpp"
+#include "kernels/sorting/partition.hpp"
+#include "kernels/sorting/sorting.hpp"
 
 namespace {
 
@@ -117,12 +116,12 @@ TEST(SortKernels, MakeTheSameExchangesAsTheOneByOneScheme) {
     Pairs slow = given;
     slowSort(slow, 0, n - 1);
     Pairs fast = given;
-    STATS_QuickSort_HW(fast.a.data(), fast.w.data(), 0, n - 1);
+    vexel::kernels::quickSort(fast.a.data(), fast.w.data(), 0, n - 1);
     ASSERT_EQ(fast.w, slow.w);
     Doubles plain = given.a;
-    STATS_QuickSort_HW(plain.data(), 0, n - 1);
+    vexel::kernels::quickSort(plain.data(), 0, n - 1);
     ASSERT_EQ(bits(plain), bits(slow.a));
-    STATS_InsertionSort_HW(plain.data(), 0, n - 1);
+    vexel::kernels::insertionSort(plain.data(), 0, n - 1);
     ASSERT_TRUE(
         std::is_sorted(plain.begin(), plain.end(), [](double x, double y) { return after(y, x); }));
 
@@ -130,10 +129,10 @@ TEST(SortKernels, MakeTheSameExchangesAsTheOneByOneScheme) {
     slow = given;
     slowSelect(slow, k);
     fast = given;
-    STATS_QuickSelect_HW(fast.a.data(), fast.w.data(), n, k);
+    vexel::kernels::quickSelect(fast.a.data(), fast.w.data(), n, k);
     ASSERT_EQ(fast.w, slow.w);
     Doubles selected = given.a;
-    STATS_QuickSelect_HW(selected.data(), n, k);
+    vexel::kernels::quickSelect(selected.data(), n, k);
     ASSERT_EQ(bits(selected), bits(slow.a));
     ASSERT_EQ(bits({selected[static_cast<std::size_t>(k)]}),
               bits({plain[static_cast<std::size_t>(k)]}));
@@ -152,13 +151,13 @@ TEST(SortKernels, MakeTheSameExchangesOnARiseAndFall) {
       Pairs slow = given;
       slowSelect(slow, k);
       Pairs fast = given;
-      STATS_QuickSelect_HW(fast.a.data(), fast.w.data(), n, k);
+      vexel::kernels::quickSelect(fast.a.data(), fast.w.data(), n, k);
       EXPECT_EQ(fast.w, slow.w) << "rank " << k << " of " << n;
     }
     Pairs slow = given;
     slowSort(slow, 0, n - 1);
     Pairs fast = given;
-    STATS_QuickSort_HW(fast.a.data(), fast.w.data(), 0, n - 1);
+    vexel::kernels::quickSort(fast.a.data(), fast.w.data(), 0, n - 1);
     EXPECT_EQ(fast.w, slow.w) << n;
   }
 }
@@ -168,13 +167,13 @@ TEST(SortKernels, PlaceManyRanksAtOnce) {
   for (int round = 0; round < 1000; ++round) {
     Doubles x = randomPairs(random, round).a;
     Doubles sorted = x;
-    STATS_SortData_HW(sorted.data(), size(sorted));
+    vexel::kernels::sortData(sorted.data(), size(sorted));
     std::vector<int> ranks;
     const auto rarity = 2 + random() % 60;
     for (int k = 0; k < size(x); ++k) {
       if (random() % rarity == 0) ranks.push_back(k);
     }
-    STATS_SelectRanks_HW(x.data(), size(x), ranks.data(), static_cast<int>(ranks.size()));
+    vexel::kernels::selectRanks(x.data(), size(x), ranks.data(), static_cast<int>(ranks.size()));
     for (const int k : ranks) {
       const auto at = static_cast<std::size_t>(k);
       ASSERT_EQ(bits({x[at]}), bits({sorted[at]})) << "rank " << k;
@@ -184,24 +183,24 @@ TEST(SortKernels, PlaceManyRanksAtOnce) {
 
 TEST(SortKernels, HandleTheSmallAndTheOutOfRange) {
   Doubles x = {3, kNaN, 1, 2};
-  STATS_SortData_HW(x.data(), 4);
+  vexel::kernels::sortData(x.data(), 4);
   EXPECT_THAT(x, testing::ElementsAre(1, 2, 3, testing::NanSensitiveDoubleEq(kNaN)));
   Doubles a = {2, 1};
   Doubles w = {20, 10};
-  STATS_SortData_HW(a.data(), w.data(), 2);
+  vexel::kernels::sortData(a.data(), w.data(), 2);
   EXPECT_EQ(a, (Doubles{1, 2}));
   EXPECT_EQ(w, (Doubles{10, 20}));
-  STATS_SortData_HW(nullptr, 0);
-  STATS_SortData_HW(nullptr, nullptr, 0);
+  vexel::kernels::sortData(nullptr, 0);
+  vexel::kernels::sortData(nullptr, nullptr, 0);
 
   Doubles s = {5, 1, 4, 2, 3};
-  EXPECT_EQ(STATS_QuickSelect_HW(s.data(), 5, 2), 3);
-  EXPECT_TRUE(std::isnan(STATS_QuickSelect_HW(s.data(), 5, 5)));
-  EXPECT_TRUE(std::isnan(STATS_QuickSelect_HW(s.data(), 5, -1)));
+  EXPECT_EQ(vexel::kernels::quickSelect(s.data(), 5, 2), 3);
+  EXPECT_TRUE(std::isnan(vexel::kernels::quickSelect(s.data(), 5, 5)));
+  EXPECT_TRUE(std::isnan(vexel::kernels::quickSelect(s.data(), 5, -1)));
   Doubles partner = {0, 0, 0, 0, 0};
-  EXPECT_EQ(STATS_QuickSelect_HW(s.data(), partner.data(), 5, -1), 1);
-  EXPECT_EQ(STATS_QuickSelect_HW(s.data(), partner.data(), 5, 5), 5);
-  EXPECT_TRUE(std::isnan(STATS_QuickSelect_HW(s.data(), partner.data(), 0, 0)));
+  EXPECT_EQ(vexel::kernels::quickSelect(s.data(), partner.data(), 5, -1), 1);
+  EXPECT_EQ(vexel::kernels::quickSelect(s.data(), partner.data(), 5, 5), 5);
+  EXPECT_TRUE(std::isnan(vexel::kernels::quickSelect(s.data(), partner.data(), 0, 0)));
 }
 
 TEST(SortKernels, TakeAnArrayAsItsOwnWeights) {
@@ -214,34 +213,11 @@ TEST(SortKernels, TakeAnArrayAsItsOwnWeights) {
     Doubles sorted = given;
     std::sort(sorted.begin(), sorted.end());
     Doubles a = given;
-    STATS_SortData_HW(a.data(), a.data(), n);
+    vexel::kernels::sortData(a.data(), a.data(), n);
     EXPECT_EQ(a, sorted);
     a = given;
-    STATS_HeapSort_HW(a.data(), a.data(), n);
-    EXPECT_EQ(a, sorted);
-    a = given;
-    EXPECT_EQ(STATS_QuickSelect_HW(a.data(), a.data(), n, n / 2), sorted[sorted.size() / 2]);
+    EXPECT_EQ(vexel::kernels::quickSelect(a.data(), a.data(), n, n / 2), sorted[sorted.size() / 2]);
   }
-}
-
-TEST(SortKernels, HeapSortMovesPartnersAlong) {
-  std::mt19937 random(3);
-  for (int n = 0; n <= 70; ++n) {
-    Doubles a(static_cast<std::size_t>(n));
-    for (double& v : a) v = static_cast<double>(random() % 50);
-    Doubles w = a;
-    Doubles sorted = a;
-    std::sort(sorted.begin(), sorted.end());
-    STATS_HeapSort_HW(a.data(), w.data(), n);
-    EXPECT_EQ(a, sorted);
-    EXPECT_EQ(w, sorted);
-  }
-  // A NaN sinks like a small value, and ends in front.
-  Doubles a = {kNaN, 1};
-  Doubles w = {10, 20};
-  STATS_HeapSort_HW(a.data(), w.data(), 2);
-  EXPECT_EQ(a[1], 1);
-  EXPECT_EQ(w, (Doubles{10, 20}));
 }
 
 // Orders made to defeat the partitioning are nearly sorted where the heap takes over.
@@ -255,7 +231,8 @@ TEST(SortKernels, SortAnyRangeByAHeap) {
     std::sort(sorted.begin() + lo, sorted.begin() + hi + 1,
               [](double x, double y) { return after(y, x); });
     Pairs x = given;
-    heapSortRange<true>(PairedArray{x.a.data(), x.w.data()}, lo, hi);
+    vexel::kernels::heapSortRange<true>(vexel::kernels::PairedArray{x.a.data(), x.w.data()}, lo,
+                                        hi);
     ASSERT_EQ(bits(x.a), bits(sorted));
     for (int i = 0; i < size(given.a); ++i) {
       const auto partner = static_cast<std::size_t>(x.w[static_cast<std::size_t>(i)]);
@@ -315,17 +292,17 @@ TEST(SortKernels, AreRightOnOrdersMadeToDefeatThem) {
     Doubles sorted = order;
     std::sort(sorted.begin(), sorted.end(), [](double x, double y) { return after(y, x); });
     Doubles a = order;
-    STATS_SortData_HW(a.data(), n);
+    vexel::kernels::sortData(a.data(), n);
     EXPECT_EQ(bits(a), bits(sorted));
     a = order;
     Doubles w = order;
-    STATS_SortData_HW(a.data(), w.data(), n);
+    vexel::kernels::sortData(a.data(), w.data(), n);
     EXPECT_EQ(bits(w), bits(sorted));
     a = order;
-    EXPECT_EQ(STATS_QuickSelect_HW(a.data(), n, n / 3), sorted[n / 3]);
+    EXPECT_EQ(vexel::kernels::quickSelect(a.data(), n, n / 3), sorted[n / 3]);
     a = order;
     const int ranks[] = {n / 3, n / 3 + 1, n - 1};
-    STATS_SelectRanks_HW(a.data(), n, ranks, 3);
+    vexel::kernels::selectRanks(a.data(), n, ranks, 3);
     for (const int k : ranks) {
       const auto at = static_cast<std::size_t>(k);
       EXPECT_EQ(bits({a[at]}), bits({sorted[at]}));

@@ -12,12 +12,12 @@
 #include <type_traits>
 #include <vector>
 
-#include "data/count_table.hpp"
 #include "data/data_argument.hpp"
 #include "data/element_types.hpp"
 #include "kernel/data_sample.hpp"
 #include "kernel/entry_frame.hpp"
 #include "kernel/interrupt.hpp"
+#include "kernels/tallies/count_table.hpp"
 
 namespace {
 
@@ -45,7 +45,7 @@ void storeCount(VKernelVector kv, ALGEB table, T value, std::int64_t count, int 
 // entries are made in the order of the values' first occurrence.
 template <typename T>
 void tallyByBits(VKernelVector kv, ALGEB table, const T* x, V_INT n, int dataType) {
-  STATS_CountTable_HW counts;
+  vexel::kernels::CountTable counts;
   for (V_INT i = 0; i < n; ++i) {
     std::uint64_t bits = 0;
     std::memcpy(&bits, &x[i], sizeof(T));

@@ -6,53 +6,14 @@
 #include <limits>
 #include <vector>
 
-#include "data/bins.hpp"
 #include "data/host_relations.hpp"
-#include "kernel/data_sample.hpp"
 #include "kernel/entry_frame.hpp"
 #include "kernel/host_arrays.hpp"
 #include "kernel/interrupt.hpp"
+#include "kernel/sample_view.hpp"
+#include "kernels/tallies/bins.hpp"
 
 namespace {
-
-// The sample as given, or without its missing values.
-class BinnedSample {
- public:
-  BinnedSample(VKernelVector kv, const Arguments& arg)
-      : kv_(kv),
-        sample_(kv, arg[1], arg[2]),
-        size_(sample_.size()),
-        points_(sample_.points()),
-        weights_(sample_.weights()) {
-    if (arg.boolean(3)) {
-      const auto n = static_cast<std::size_t>(size_);
-      copiedPoints_.resize(n);
-      copiedWeights_.resize(sample_.weighted() ? n : 0);
-      size_ = STATS_CopyData_HW(sample_, copiedPoints_.data(), copiedWeights_.data(), 1);
-      points_ = copiedPoints_.data();
-      weights_ = sample_.weighted() ? copiedWeights_.data() : nullptr;
-    }
-  }
-
-  bool weighted() const { return sample_.weighted(); }
-
-  void countInto(std::uint32_t* counts, const std::vector<double>& edges, int nRanges,
-                 int m) const {
-    STATS_SimpleTallyInto_HW(counts, points_, size_, edges.data(), nRanges, m, kv_);
-  }
-  void sumInto(double* sums, const std::vector<double>& edges, int nRanges, int m) const {
-    STATS_WeightedTallyInto_HW(sums, points_, weights_, size_, edges.data(), nRanges, m, kv_);
-  }
-
- private:
-  VKernelVector kv_;
-  STATS_VexelDataSample_HW sample_;
-  int size_;
-  const double* points_;
-  const double* weights_;
-  std::vector<double> copiedPoints_;
-  std::vector<double> copiedWeights_;
-};
 
 constexpr int kBinCost = 100;  // operations to make a bin's objects, near enough
 
@@ -87,6 +48,19 @@ ALGEB binRange(VKernelVector kv, const double* edges) {
   const ALGEB low = STATS_DoubleToVexelFloat_HW(kv, edges[0]);
   const ALGEB high = STATS_DoubleToVexelFloat_HW(kv, edges[1]);
   return STATS_NewPair_HW(kv, VEXEL_TAG_RANGE, low, high);
+}
+
+void countInto(VKernelVector kv, std::uint32_t* counts, const SampleView& sample,
+               const std::vector<double>& edges, int nRanges, int m) {
+  const STATS_InterruptWatch_HW watch(kv);
+  vexel::kernels::tallyInto(counts, sample.points, sample.size, edges.data(), nRanges, m);
+}
+
+void sumInto(VKernelVector kv, double* sums, const SampleView& sample,
+             const std::vector<double>& edges, int nRanges, int m) {
+  const STATS_InterruptWatch_HW watch(kv);
+  vexel::kernels::weightedTallyInto(sums, sample.points, sample.weights, sample.size, edges.data(),
+                                    nRanges, m);
 }
 
 // The list of (bin = value(cell)) for all bins of all ranges.
@@ -129,7 +103,8 @@ ALGEB cumulativeArray(VKernelVector kv, int dataType, ALGEB frequencies, V_INT n
 // values first; a NaN that stays is in no bin.
 STATS_ENTRY(STATS_VexelTallyInto_HW) {
   const Arguments arg(kv, args, 5, "expected 5 arguments, received: %1");
-  const BinnedSample sample(kv, arg);
+  const STATS_VexelDataSample_HW given(kv, arg[1], arg[2]);
+  const SampleView sample = SampleView::forReading(kv, given, arg.boolean(3));
   const ALGEB ranges = arg[4];
   if (IsVexelList(kv, ranges) == 0) {
     VexelRaiseError1(kv, "expected 4th argument to be of type list(range), received: %1", ranges);
@@ -153,15 +128,15 @@ STATS_ENTRY(STATS_VexelTallyInto_HW) {
   const int nRanges = static_cast<int>(length);
   const int m = static_cast<int>(bins);
   const std::size_t cells = static_cast<std::size_t>(nRanges) * static_cast<std::size_t>(m);
-  if (sample.weighted()) {
+  if (given.weighted()) {
     std::vector<double> sums(cells);
-    sample.sumInto(sums.data(), edges, nRanges, m);
+    sumInto(kv, sums.data(), sample, edges, nRanges, m);
     return equationList(kv, edges, nRanges, m, [&](std::size_t cell) {
       return STATS_DoubleToVexelFloat_HW(kv, sums[cell]);
     });
   }
   std::vector<std::uint32_t> counts(cells);
-  sample.countInto(counts.data(), edges, nRanges, m);
+  countInto(kv, counts.data(), sample, edges, nRanges, m);
   return equationList(kv, edges, nRanges, m,
                       [&](std::size_t cell) { return ToVexelInteger(kv, counts[cell]); });
 }
@@ -172,7 +147,8 @@ STATS_ENTRY(STATS_VexelTallyInto_HW) {
 // Frequencies are integer[4], or float[8] when weights are given.
 STATS_ENTRY(STATS_VexelFrequencyData_HW) {
   const Arguments arg(kv, args, 5, "expected 5 arguments, received: %1");
-  const BinnedSample sample(kv, arg);
+  const STATS_VexelDataSample_HW given(kv, arg[1], arg[2]);
+  const SampleView sample = SampleView::forReading(kv, given, arg.boolean(3));
   const ALGEB range = arg[4];
   if (!STATS_IsRange_HW(range)) {
     VexelRaiseError1(kv, "expected 4th argument to be of type range, received: %1", range);
@@ -189,15 +165,15 @@ STATS_ENTRY(STATS_VexelFrequencyData_HW) {
     lookout.done(kBinCost);
     binCells[k] = binRange(kv, edges.data() + k);
   }
-  const int dataType = sample.weighted() ? RTABLE_FLOAT64 : RTABLE_INTEGER32;
+  const int dataType = given.weighted() ? RTABLE_FLOAT64 : RTABLE_INTEGER32;
   const ALGEB frequencies = STATS_CreateVector_HW(kv, dataType, 1, m);
   void* const cells = RTableDataBlock(kv, frequencies);
   ALGEB cumulative = nullptr;
-  if (sample.weighted()) {
-    sample.sumInto(static_cast<double*>(cells), edges, 1, m);
+  if (given.weighted()) {
+    sumInto(kv, static_cast<double*>(cells), sample, edges, 1, m);
     cumulative = cumulativeArray<double>(kv, dataType, frequencies, m);
   } else {
-    sample.countInto(static_cast<std::uint32_t*>(cells), edges, 1, m);
+    countInto(kv, static_cast<std::uint32_t*>(cells), sample, edges, 1, m);
     cumulative = cumulativeArray<std::uint32_t>(kv, dataType, frequencies, m);
   }
   const ALGEB result = VexelListAlloc(kv, 3);

@@ -5,9 +5,9 @@
 #include <cstring>
 
 #include "data/data_argument.hpp"
-#include "data/split_by_value.hpp"
 #include "kernel/data_sample.hpp"
 #include "kernel/entry_frame.hpp"
+#include "kernels/sorting/split_by_key.hpp"
 
 namespace {
 
@@ -69,9 +69,8 @@ CutElements cut(VKernelVector kv, ALGEB array, const STATS_ElementReader_HW& dat
   const int low = std::clamp(STATS_DoubleToInteger_HW(p.lower * m * 0.01), 0, m);
   const int high = std::clamp(STATS_DoubleToInteger_HW(p.upper * m * 0.01), low, m);
   const CutElements result{elements, m, low, high, data.elementSize()};
-  STATS_SplitByNumericValue_HW(kv, keys, elements, m, low, data.elementSize());
-  STATS_SplitByNumericValue_HW(kv, keys + low, result.at(low), m - low, high - low,
-                               data.elementSize());
+  vexel::kernels::splitByKey(keys, elements, m, low, data.elementSize());
+  vexel::kernels::splitByKey(keys + low, result.at(low), m - low, high - low, data.elementSize());
   return result;
 }
 

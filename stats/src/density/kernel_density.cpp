@@ -8,12 +8,12 @@
 #include <cstdint>
 
 #include "density/discretize.hpp"
-#include "density/kernel_transforms.hpp"
 #include "kernel/conversions.hpp"
 #include "kernel/data_sample.hpp"
 #include "kernel/entry_frame.hpp"
 #include "kernel/host_arrays.hpp"
 #include "kernel/interrupt.hpp"
+#include "kernels/density/kernel_transforms.hpp"
 
 namespace {
 
@@ -27,7 +27,7 @@ double hostPi(VKernelVector kv) {
 //
 // The middle element takes the factor of frequency M/2 for odd M too, where it is the real part of
 // term (M - 1)/2 and its imaginary partner stays as it is: estimates on odd grids rely on that.
-void smooth(STATS_KernelTransform_HW kernel, double d, std::int32_t M, double* z) {
+void smooth(vexel::kernels::KernelTransform kernel, double d, std::int32_t M, double* z) {
   for (std::int32_t k = 1; k < M / 2; ++k) {
     const double factor = kernel(k * d);
     z[k] *= factor;
@@ -85,7 +85,7 @@ STATS_ENTRY(STATS_VexelKernelDensity_HW) {
   STATS_LookForInterrupt_HW(kv);
   forwardTransform(kv, M, density, work);
 
-  const STATS_KernelTransform_HW kernel = STATS_KernelTransformOfCode_HW(code);
+  const vexel::kernels::KernelTransform kernel = vexel::kernels::kernelTransformOfCode(code);
   if (kernel == nullptr) {
     VexelRaiseError1(kv, "invalid kernel, received: %1", ToVexelInteger(kv, code));
   }

@@ -5,11 +5,11 @@
 #include <nag2/nag2.h>
 #include <vexelc/vexelc.h>
 
-#include "descriptive/sample_view.hpp"
 #include "kernel/conversions.hpp"
 #include "kernel/data_sample.hpp"
 #include "kernel/entry_frame.hpp"
 #include "kernel/host_arrays.hpp"
+#include "kernel/sample_view.hpp"
 
 void STATS_ShapiroWilk_HW(VKernelVector kv, long n, double* x, double* W, double* p) {
   NagError fail = STATS_NagError_HW();

@@ -1,72 +1,8 @@
-// The four kinds of mean and their entry point.
+// The entry point of the four kinds of mean.
 
-#include "descriptive/means.hpp"
-
-#include <cmath>
-
-#include "descriptive/sample_view.hpp"
+#include "descriptive/given_names.hpp"
 #include "kernel/entry_frame.hpp"
-
-double STATS_SimpleMean_HW(const double* x, int n, STATS_MEAN_TYPE_HW type) {
-  double sum = 0.0;
-  switch (type) {
-    case STATS_GEOMETRIC_MEAN_HW:
-      for (int i = 0; i < n; ++i) {
-        sum += std::log(x[i]);
-      }
-      return std::exp(sum / n);
-    case STATS_HARMONIC_MEAN_HW:
-      for (int i = 0; i < n; ++i) {
-        sum += 1.0 / x[i];
-      }
-      return n / sum;
-    case STATS_QUADRATIC_MEAN_HW:
-      for (int i = 0; i < n; ++i) {
-        sum += x[i] * x[i];
-      }
-      return std::sqrt(sum / n);
-    default:
-      for (int i = 0; i < n; ++i) {
-        sum += x[i];
-      }
-      return sum / n;
-  }
-}
-
-double STATS_WeightedMean_HW(const double* x, const double* w, int n, STATS_MEAN_TYPE_HW type) {
-  double sum = 0.0;
-  double total = 0.0;
-  for (int i = 0; i < n; ++i) {
-    total += w[i];
-  }
-  switch (type) {
-    case STATS_GEOMETRIC_MEAN_HW:
-      for (int i = 0; i < n; ++i) {
-        sum += w[i] * std::log(x[i]);
-      }
-      return std::exp(sum / total);
-    case STATS_HARMONIC_MEAN_HW:
-      for (int i = 0; i < n; ++i) {
-        sum += w[i] / x[i];
-      }
-      return total / sum;
-    case STATS_QUADRATIC_MEAN_HW:
-      for (int i = 0; i < n; ++i) {
-        sum += w[i] * (x[i] * x[i]);
-      }
-      return std::sqrt(sum / total);
-    default:
-      for (int i = 0; i < n; ++i) {
-        sum += w[i] * x[i];
-      }
-      return sum / total;
-  }
-}
-
-double STATS_Mean_HW(VKernelVector, const double* x, const double* w, int n,
-                     STATS_MEAN_TYPE_HW type) {
-  return w != nullptr ? STATS_WeightedMean_HW(x, w, n, type) : STATS_SimpleMean_HW(x, n, type);
-}
+#include "kernel/sample_view.hpp"
 
 // STATS_VexelMean_HW(data, weights, ignore, kind): the mean of a sample as a host float.
 //

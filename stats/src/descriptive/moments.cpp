@@ -1,100 +1,12 @@
-// Moments, mean absolute deviation and expected values, and their entry points.
+// The entry points of moments, mean absolute deviation and expected values.
 
-#include "descriptive/moments.hpp"
-
-#include <cmath>
 #include <vector>
 
+#include "descriptive/given_names.hpp"
 #include "descriptive/one_or_list.hpp"
-#include "descriptive/sample_view.hpp"
 #include "kernel/callback_adapters.hpp"
 #include "kernel/entry_frame.hpp"
-
-namespace {
-
-// sum of term(x) over n, first to last.
-template <typename Term>
-double simpleAverage(const double* x, int n, Term term) {
-  double sum = 0.0;
-  for (int i = 0; i < n; ++i) {
-    sum += term(x[i]);
-  }
-  return sum / n;
-}
-
-// sum of w term(x) over the sum of w, first to last.
-template <typename Term>
-double weightedAverage(const double* x, const double* w, int n, Term term) {
-  double sum = 0.0;
-  double total = 0.0;
-  for (int i = 0; i < n; ++i) {
-    sum += w[i] * term(x[i]);
-    total += w[i];
-  }
-  return sum / total;
-}
-
-auto powerAbout(double origin, int order) {
-  return [origin, power = static_cast<double>(order)](double x) {
-    return std::pow(x - origin, power);
-  };
-}
-
-auto distanceFrom(double origin) {
-  return [origin](double x) { return std::fabs(x - origin); };
-}
-
-}  // namespace
-
-void STATS_SimpleMoment_HW(double* result, const double* x, int n, const int* orders, int m,
-                           double origin) {
-  for (int j = 0; j < m; ++j) {
-    result[j] = simpleAverage(x, n, powerAbout(origin, orders[j]));
-  }
-}
-
-void STATS_WeightedMoment_HW(double* result, const double* x, const double* w, int n,
-                             const int* orders, int m, double origin) {
-  for (int j = 0; j < m; ++j) {
-    result[j] = weightedAverage(x, w, n, powerAbout(origin, orders[j]));
-  }
-}
-
-void STATS_Moment_HW(double* result, const double* x, const double* w, int n, const int* orders,
-                     int m, double origin) {
-  if (w != nullptr) {
-    STATS_WeightedMoment_HW(result, x, w, n, orders, m, origin);
-  } else {
-    STATS_SimpleMoment_HW(result, x, n, orders, m, origin);
-  }
-}
-
-double STATS_SimpleAbsoluteDeviation_HW(const double* x, int n, double origin) {
-  return simpleAverage(x, n, distanceFrom(origin));
-}
-
-double STATS_WeightedAbsoluteDeviation_HW(const double* x, const double* w, int n, double origin) {
-  return weightedAverage(x, w, n, distanceFrom(origin));
-}
-
-double STATS_AbsoluteDeviation_HW(const double* x, const double* w, int n, double origin) {
-  return w != nullptr ? STATS_WeightedAbsoluteDeviation_HW(x, w, n, origin)
-                      : STATS_SimpleAbsoluteDeviation_HW(x, n, origin);
-}
-
-double STATS_SimpleExpectedValue_HW(double (*f)(double), const double* x, int n) {
-  return simpleAverage(x, n, f);
-}
-
-double STATS_WeightedExpectedValue_HW(double (*f)(double), const double* x, const double* w,
-                                      int n) {
-  return weightedAverage(x, w, n, f);
-}
-
-double STATS_ExpectedValue_HW(double (*f)(double), const double* x, const double* w, int n) {
-  return w != nullptr ? STATS_WeightedExpectedValue_HW(f, x, w, n)
-                      : STATS_SimpleExpectedValue_HW(f, x, n);
-}
+#include "kernel/sample_view.hpp"
 
 namespace {
 

@@ -6,10 +6,10 @@
 #include <cmath>
 #include <vector>
 
+#include "descriptive/given_names.hpp"
 #include "descriptive/one_or_list.hpp"
-#include "descriptive/quantiles.hpp"
-#include "descriptive/sample_view.hpp"
 #include "kernel/entry_frame.hpp"
+#include "kernel/sample_view.hpp"
 
 namespace {
 
@@ -99,7 +99,7 @@ STATS_ENTRY(STATS_VexelQuantile_HW) {
       SampleView::forReordering(kv, sample, arg[1], arg[3], ignoreMissing, inPlace);
   if (view.size > 0) {
     const auto quantile =
-        view.points == sample.points() ? STATS_Quantile_HW : STATS_QuantileOfCopy_HW;
+        view.points == sample.points() ? &STATS_Quantile_HW : &STATS_QuantileOfCopy_HW;
     quantile(values.data(), view.points, view.weights, probs.data(), view.size, m, type);
   }
   return STATS_InFormOf_HW(kv, arg[2], values);

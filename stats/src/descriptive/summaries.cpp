@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <cmath>
 
-#include "descriptive/sample_view.hpp"
 #include "kernel/entry_frame.hpp"
+#include "kernel/sample_view.hpp"
 
 namespace {
 

@@ -7,13 +7,13 @@
 #include <numeric>
 #include <vector>
 
-#include "descriptive/quantiles.hpp"
-#include "distributions/tied_points.hpp"
+#include "descriptive/given_names.hpp"
 #include "kernel/uniform_source.hpp"
+#include "kernels/descriptive/tied_points.hpp"
 
 double STATS_EmpiricalDeviate_HW(VKernelVector, double u, int n, double* points, double* weights) {
   double result = 0.0;
-  STATS_Quantile_HW(&result, points, weights, &u, n, 1, STATS_QUANTILE_NEXT_HW);
+  STATS_Quantile_HW(&result, points, weights, &u, n, 1, STATS_QUANTILE_TYPE_HW::next);
   return result;
 }
 
@@ -21,6 +21,9 @@ double STATS_EmpiricalRandomVariate_HW(VKernelVector kv, int n, double* points, 
   return STATS_EmpiricalDeviate_HW(kv, STATS_VexelRandomStream_HW::NextDouble(), n, points,
                                    weights);
 }
+
+using vexel::kernels::RepeatedSort;
+using vexel::kernels::TiedPoints;
 
 namespace {
 
@@ -85,7 +88,7 @@ void STATS_EmpiricalRandomSample_HW(VKernelVector kv, double* result, std::int32
       uniforms[static_cast<std::size_t>(i)] = STATS_VexelRandomStream_HW::NextDouble();
     }
     STATS_QuantileOfCopy_HW(result + done, points, weights, uniforms.data(), n, count,
-                            STATS_QUANTILE_NEXT_HW);
+                            STATS_QUANTILE_TYPE_HW::next);
     done += count;
   }
 }

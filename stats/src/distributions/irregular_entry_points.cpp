@@ -11,7 +11,7 @@
 #include "distributions/normal.hpp"
 #include "distributions/normal_approximations.hpp"
 #include "kernel/callback_adapters.hpp"
-#include "kernel/data_sample.hpp"
+#include "kernel/sample_view.hpp"
 
 // (n, mu, sigma) or (array, mu, sigma): the only sample that fills an array of the caller's.
 STATS_ENTRY(STATS_VexelNormalRandomSample_HW) {
@@ -42,60 +42,39 @@ STATS_ENTRY(STATS_VexelGeometricRandomSample_HW) {
   return sample;
 }
 
-namespace {
-
-// The points and weights of an empirical distribution, from the arguments data, weights, copy of
-// which data is the one numbered first: the arrays' own blocks, which drawing then reorders, or
-// copies without missing values.
-struct EmpiricalData {
-  EmpiricalData(VKernelVector kv, const Arguments& arg, V_INT first)
-      : sample(kv, arg[first], arg[first + 1]),
-        n(sample.size()),
-        points(sample.points()),
-        weights(sample.weights()) {
-    if (arg.boolean(first + 2)) {
-      points = STATS_AllocDoubles_HW(kv, sample.size());
-      weights = sample.weighted() ? STATS_AllocDoubles_HW(kv, sample.size()) : nullptr;
-      n = STATS_CopyData_HW(sample, points, weights, 1);
-      copied = true;
-    }
-  }
-
-  STATS_VexelDataSample_HW sample;
-  int n;
-  double* points;
-  double* weights;
-  bool copied = false;
-};
-
-}  // namespace
+// The entry points of the empirical distribution take data, weights, copy: the arrays' own blocks,
+// which drawing then reorders, or with copy those without missing values.
 
 // (u, data, weights, copy)
 STATS_ENTRY(STATS_VexelEmpiricalDeviate_HW) {
   const Arguments arg(kv, args, 4, "VexelEmpiricalDeviate expects 4 arguments, received: %1");
   const double u = arg.real(1);
-  const EmpiricalData data(kv, arg, 2);
+  const STATS_VexelDataSample_HW sample(kv, arg[2], arg[3]);
+  const SampleView data = SampleView::forReading(kv, sample, arg.boolean(4));
   return STATS_DoubleToVexelFloat_HW(
-      kv, STATS_EmpiricalDeviate_HW(kv, u, data.n, data.points, data.weights));
+      kv, STATS_EmpiricalDeviate_HW(kv, u, data.size, data.points, data.weights));
 }
 
 // (data, weights, copy)
 STATS_ENTRY(STATS_VexelEmpiricalRandomVariate_HW) {
   const Arguments arg(kv, args, 3, "VexelEmpiricalRandomVariate expects 3 arguments, received: %1");
-  const EmpiricalData data(kv, arg, 1);
+  const STATS_VexelDataSample_HW sample(kv, arg[1], arg[2]);
+  const SampleView data = SampleView::forReading(kv, sample, arg.boolean(3));
   return STATS_DoubleToVexelFloat_HW(
-      kv, STATS_EmpiricalRandomVariate_HW(kv, data.n, data.points, data.weights));
+      kv, STATS_EmpiricalRandomVariate_HW(kv, data.size, data.points, data.weights));
 }
 
 // (n, data, weights, copy)
 STATS_ENTRY(STATS_VexelEmpiricalRandomSample_HW) {
   const Arguments arg(kv, args, 4, "VexelEmpiricalRandomSample expects 4 arguments, received: %1");
   const std::int32_t n = arg.integer32(1);
-  const EmpiricalData data(kv, arg, 2);
-  const ALGEB sample = STATS_CreateRandomSample_HW(kv, n, ToVexelNULL(kv));
-  double* const result = STATS_FloatBlock_HW(kv, sample);
-  STATS_EmpiricalRandomSample_HW(kv, result, n, data.n, data.points, data.weights, !data.copied);
-  return sample;
+  const STATS_VexelDataSample_HW sample(kv, arg[2], arg[3]);
+  const SampleView data = SampleView::forReading(kv, sample, arg.boolean(4));
+  const bool own = data.points == sample.points();
+  const ALGEB result = STATS_CreateRandomSample_HW(kv, n, ToVexelNULL(kv));
+  STATS_EmpiricalRandomSample_HW(kv, STATS_FloatBlock_HW(kv, result), n, data.size, data.points,
+                                 data.weights, own);
+  return result;
 }
 
 // (p, F, f, a, b, c): Newton-Raphson on host procedures; the host rounds the root to its Digits.

@@ -147,12 +147,6 @@ double STATS_FloatUndefined_HW(VKernelVector kv) {
   return VexelToFloat64(kv, EvalVexelStatement(kv, "Float(undefined):"));
 }
 
-std::int32_t STATS_DoubleToInteger_HW(double d) {
-  // A NaN fails both comparisons.
-  const bool fits = d > -2147483649.0 && d < 2147483648.0;
-  return fits ? static_cast<std::int32_t>(d) : std::numeric_limits<std::int32_t>::min();
-}
-
 double RTableDataToDouble(VKernelVector kv, RTableData element, int dataType) {
   switch (dataType) {
     case RTABLE_FLOAT32:

@@ -10,6 +10,8 @@
 
 #include <cstdint>
 
+#include "kernels/saturate.hpp"
+
 enum STATS_PROBABILITY_TYPE_HW : int {
   STATS_LOWER_TAIL_HW = 1,  // the only one the library passes
   STATS_UPPER_TAIL_HW = 2,
@@ -66,7 +68,7 @@ ALGEB STATS_DoubleToVexelFloat_HW(VKernelVector kv, double d);
 double STATS_FloatUndefined_HW(VKernelVector kv);
 
 // Truncation toward zero; NaN and values beyond 32 bits give -2147483648.
-std::int32_t STATS_DoubleToInteger_HW(double d);
+inline std::int32_t STATS_DoubleToInteger_HW(double d) { return vexel::kernels::toInteger(d); }
 
 // 15, whatever the host's Digits.
 inline int STATS_GetVexelDigits_HW() { return 15; }

@@ -1,33 +1,12 @@
-// The finite linear filter and its entry point.
-
-#include "smoothing/linear_filter.hpp"
+// The entry point of the finite linear filter.
 
 #include <algorithm>
-#include <cstddef>
 
 #include "kernel/data_sample.hpp"
 #include "kernel/entry_frame.hpp"
 #include "kernel/host_arrays.hpp"
-#include "smoothing/side_by_side.hpp"
+#include "smoothing/given_names.hpp"
 #include "smoothing/smoothing_result.hpp"
-
-void STATS_LinearFilter_HW(VKernelVector kv, double* series, const double* taps, int n, int k,
-                           bool recursive, double* y) {
-  STATS_InterruptLookout_HW lookout(kv);
-  if (!recursive || k == 0) {
-    sumsSideBySide(n, k, y, lookout, [=](auto i, auto j) { return series[i + j] * taps[j]; });
-    return;
-  }
-  for (std::ptrdiff_t i = 0; i < n; ++i) {
-    double sum = 0.0;
-    for (int j = 0; j < k; ++j) {
-      sum += series[i + j] * taps[j];
-    }
-    y[i] = sum;
-    series[i + k - 1] = sum;
-    lookout.done(k);
-  }
-}
 
 // STATS_VexelLinearFilter_HW(data, coefficients, initial values, recursive, ignore)
 //

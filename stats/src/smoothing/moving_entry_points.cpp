@@ -7,12 +7,12 @@
 #include <algorithm>
 #include <limits>
 
+#include "descriptive/given_names.hpp"
 #include "kernel/data_sample.hpp"
 #include "kernel/entry_frame.hpp"
 #include "kernel/host_arrays.hpp"
 #include "kernel/interrupt.hpp"
-#include "smoothing/moving_mean.hpp"
-#include "smoothing/moving_median.hpp"
+#include "smoothing/given_names.hpp"
 #include "smoothing/smoothing_result.hpp"
 
 namespace {
