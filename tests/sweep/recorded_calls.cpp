@@ -68,7 +68,10 @@ class Caller {
       const Watchdog watchdog(2);
       result = kernel_.eval(call + ":").json();
     } catch (const vexel::Error& e) {
-      result = std::string("Error: ") + e.what();
+      result = "Error: " + e.message();
+      for (const vexel::Value& argument : e.arguments()) {
+        result += "; " + (argument.isNull() ? "NULL" : argument.json());
+      }
     } catch (const vexel::Interrupted&) {
       return "";
     }
