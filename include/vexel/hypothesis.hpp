@@ -42,7 +42,7 @@ TestResult ks_test(Data x, const Law& law, const TestOptions& options = {}) {
 }
 template <typename Function>
 requires(!HasCdf<Function> && std::is_invocable_r_v<double, const Function&, double>) TestResult
-    ks_test(Data x, const Function& function, const TestOptions& options = {}) {
+    ks_test(Data x, Function function, const TestOptions& options = {}) {
   const auto cdf = [](const void* f, double t) -> double {
     return (*static_cast<const Function*>(f))(t);
   };

@@ -1,0 +1,214 @@
+// Tests of normality, of a law, of counts and of means.
+#include <nag2/nag2.h>
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+#include "functions/elements.hpp"
+#include "functions/hypothesis/kolmogorov.hpp"
+#include "kernels/running_sum.hpp"
+#include "vexel/hypothesis.hpp"
+#include "vexel/ordering.hpp"
+
+namespace vexel {
+
+namespace {
+
+constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
+constexpr TestResult kNothing{kNan, kNan};
+
+// The present values in ascending order; broken where missing ones make the result NaN.
+struct Ordered {
+  std::vector<double> values;
+  bool broken;
+
+  Ordered(Data x, Missing missing) {
+    const std::size_t all = x.size();
+    values = sort(x, {.missing = missing == Missing::raise ? missing : Missing::omit});
+    broken = missing == Missing::propagate && values.size() < all;
+  }
+};
+
+// Number, mean and variance (ddof 1) in units of 2^exponent.
+struct Summary {
+  double n = 0;
+  double mean = kNan;
+  double variance = kNan;
+};
+
+Summary summarize(const std::vector<double>& x, int exponent) {
+  Summary s;
+  s.n = static_cast<double>(x.size());
+  kernels::RunningSum sum;
+  for (const double v : x) {
+    sum.add(std::ldexp(v, -exponent));
+  }
+  s.mean = sum.value() / s.n;
+  kernels::RunningSum squares;
+  kernels::RunningSum rest;  // what the mean's rounding leaves
+  for (const double v : x) {
+    const double d = std::ldexp(v, -exponent) - s.mean;
+    squares.addProduct(d, d);
+    rest.add(d);
+  }
+  s.variance = (squares.value() - rest.value() * rest.value() / s.n) / (s.n - 1);
+  return s;
+}
+
+int exponentOf(std::initializer_list<const std::vector<double>*> samples, double other) {
+  double size = std::abs(other);
+  for (const auto* x : samples) {
+    for (const double v : *x) {
+      size = std::max(size, std::abs(v));
+    }
+  }
+  int exponent = 0;
+  std::frexp(std::isfinite(size) ? size : 1.0, &exponent);
+  return exponent;
+}
+
+TestResult twoSided(double t, double df) {
+  if (std::isnan(t) || !(df > 0)) {
+    return kNothing;
+  }
+  if (std::isinf(t)) {
+    return {t, 0};
+  }
+  return {t, nag2_student_t_probability(Nag_TwoTailSignif, t, df, nullptr)};
+}
+
+}  // namespace
+
+TestResult shapiro(Data x, const TestOptions& options) {
+  constexpr std::size_t most = 5000;  // the approximations to the law of W are made for up to these
+  const Ordered sample(x, options.missing);
+  const std::size_t n = sample.values.size();
+  if (n > most) {
+    throw std::length_error(expected("x", "at most 5000 values", std::to_string(n)));
+  }
+  if (sample.broken || n < 3) {
+    return kNothing;
+  }
+  std::vector<double> coefficients(n);
+  TestResult result = kNothing;
+  NagError fail{};
+  q32554(static_cast<int>(n), sample.values.data(), 1, coefficients.data(), &result.statistic,
+         &result.pvalue, &fail);
+  return fail.code == NAG2_OK ? result : kNothing;
+}
+
+TestResult ks_test(Data x, double (*cdf)(const void* law, double t), const void* law,
+                   const TestOptions& options) {
+  const Ordered sample(x, options.missing);
+  if (sample.broken || sample.values.empty()) {
+    return kNothing;
+  }
+  const auto n = static_cast<double>(sample.values.size());
+  double distance = 0;
+  for (std::size_t i = 0; i < sample.values.size(); ++i) {
+    const double f = cdf(law, sample.values[i]);
+    if (std::isnan(f)) {
+      return kNothing;
+    }
+    if (f < 0 || f > 1) {
+      throw std::domain_error(expected("distribution", "probabilities", number(f)));
+    }
+    const auto k = static_cast<double>(i);
+    distance = std::max({distance, (k + 1) / n - f, f - k / n});
+  }
+  return {distance, kolmogorovTail(sample.values.size(), distance)};
+}
+
+TestResult chi_square_test(Data observed, Data expectedCounts,
+                           const ChiSquareTestOptions& options) {
+  constexpr double agreement = 1e-8;  // of the totals
+  const bool given = expectedCounts.given();
+  if (given) {
+    requireSize("expected", expectedCounts.size(), observed.size());
+  }
+  kernels::RunningSum total;
+  kernels::RunningSum expectedTotal;
+  double cells = 0;
+  for (std::size_t i = 0; i < observed.size(); ++i) {
+    const double o = observed[i];
+    const double e = given ? expectedCounts[i] : 1;
+    if (isMissing(o) || isMissing(e)) {
+      if (options.missing == Missing::raise) {
+        throwMissing("observed or expected");
+      }
+      if (options.missing == Missing::propagate) {
+        return kNothing;
+      }
+      continue;
+    }
+    if (o < 0 || e < 0 || std::isinf(o) || std::isinf(e)) {
+      throw std::invalid_argument(expected(o < 0 || std::isinf(o) ? "observed" : "expected",
+                                           "non-negative finite counts",
+                                           number(o < 0 || std::isinf(o) ? o : e)));
+    }
+    total.add(o);
+    expectedTotal.add(e);
+    cells += 1;
+  }
+  const double scale = given ? 1 : total.value() / expectedTotal.value();
+  if (given && std::abs(total.value() - expectedTotal.value()) >
+                   agreement * std::max(total.value(), expectedTotal.value())) {
+    throw std::invalid_argument(expected("expected",
+                                         ("a total of " + number(total.value())).c_str(),
+                                         number(expectedTotal.value())));
+  }
+  kernels::RunningSum statistic;
+  for (std::size_t i = 0; i < observed.size(); ++i) {
+    const double o = observed[i];
+    const double e = given ? expectedCounts[i] : scale;
+    if (!isMissing(o) && !isMissing(e)) {
+      statistic.add((o - e) / e * (o - e));
+    }
+  }
+  const double df = cells - 1 - options.ddof;
+  const double value = statistic.value();
+  if (!(df > 0) || std::isnan(value)) {
+    return {cells > 0 ? value : kNan, kNan};
+  }
+  return {value,
+          std::isinf(value) ? 0.0 : nag2_chi_square_probability(Nag_UpperTail, value, df, nullptr)};
+}
+
+TestResult t_test(Data x, double mean, const TTestOptions& options) {
+  const Ordered sample(x, options.missing);
+  if (sample.broken || sample.values.size() < 2) {
+    return kNothing;
+  }
+  const int exponent = exponentOf({&sample.values}, mean);
+  const Summary s = summarize(sample.values, exponent);
+  return twoSided((s.mean - std::ldexp(mean, -exponent)) / std::sqrt(s.variance / s.n), s.n - 1);
+}
+
+// B. L. Welch (1947), The generalization of Student's problem when several different population
+// variances are involved, for unequal variances.
+TestResult t_test(Data x, Data y, const TTestOptions& options) {
+  const Ordered first(x, options.missing);
+  const Ordered second(y, options.missing);
+  if (first.broken || second.broken || first.values.empty() || second.values.empty()) {
+    return kNothing;
+  }
+  const int exponent = exponentOf({&first.values, &second.values}, 0);
+  const Summary a = summarize(first.values, exponent);
+  const Summary b = summarize(second.values, exponent);
+  if (options.equal_var) {
+    const double df = a.n + b.n - 2;
+    const double squares =
+        (a.n > 1 ? a.variance * (a.n - 1) : 0) + (b.n > 1 ? b.variance * (b.n - 1) : 0);
+    return twoSided((a.mean - b.mean) / std::sqrt(squares / df * (1 / a.n + 1 / b.n)), df);
+  }
+  const double ofA = a.variance / a.n;
+  const double ofB = b.variance / b.n;
+  const double both = ofA + ofB;
+  // In shares of the sum, since squares of variances may leave the range of doubles.
+  const double df =
+      1 / (ofA / both * (ofA / both) / (a.n - 1) + ofB / both * (ofB / both) / (b.n - 1));
+  return twoSided((a.mean - b.mean) / std::sqrt(both), both == 0 ? a.n + b.n - 2 : df);
+}
+
+}  // namespace vexel
