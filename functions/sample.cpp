@@ -59,6 +59,7 @@ Sample::Sample(const char* function, Data x, Data weights, Missing missing)
 }
 
 void Sample::scaleToOne() {
+  scale(0, 0);
   double largestX = 0.0;
   double largestW = 0.0;
   present([&](const double* x, const double* w, std::size_t n) {
@@ -80,13 +81,12 @@ void Sample::scale(int xExponent, int wExponent) {
 
 double Sample::roughMean() const {
   constexpr std::size_t points = 1024;
-  const double factor = std::ldexp(1.0, -xExponent_);
   kernels::ExactSum sum;
   double count = 0.0;
   const std::size_t step = std::max(std::size_t{1}, size() / points);
   for (std::size_t i = 0; i < size(); i += step) {
-    const double x = x_[i] * factor;
-    if (std::isfinite(x) && !(weighted() && !(weights_[i] > 0.0))) {
+    const double x = point(i);
+    if (std::isfinite(x) && weight(i) > 0.0) {
       sum.add(x);
       ++count;
     }

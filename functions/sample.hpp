@@ -46,6 +46,12 @@ class Sample {
   bool weighted() const { return weights_.given(); }
   const char* function() const { return function_; }
 
+  // Element i and its weight, 1 without weights; NaN or not.
+  double point(std::size_t i) const { return x_[i] * std::ldexp(1.0, -xExponent_); }
+  double weight(std::size_t i) const {
+    return weighted() ? weights_[i] * std::ldexp(1.0, -wExponent_) : 1.0;
+  }
+
   // The mean of some finite points, at equal distances: near the mean most often.
   double roughMean() const;
 

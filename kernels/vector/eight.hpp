@@ -10,6 +10,7 @@
 #define VEXEL_KERNELS_VECTOR_EIGHT
 #endif
 
+#include <bit>
 #include <cstddef>
 #include <cstdint>
 
@@ -42,10 +43,6 @@ HWY_INLINE Register bitOr(Register a, Register b) { return hn::Or(a, b); }
 HWY_INLINE Register broadcast(double a) { return hn::Set(Tag(), a); }
 HWY_INLINE Register read(const double* p) { return hn::LoadU(Tag(), p); }
 HWY_INLINE void write(Register a, double* p) { hn::StoreU(a, Tag(), p); }
-// b where the mask is, 0 elsewhere.
-HWY_INLINE Register whereLess(Register a, Register limit, Register b) {
-  return hn::IfThenElseZero(hn::Lt(a, limit), b);
-}
 
 // a b - p, exactly, of p = a b rounded.
 HWY_INLINE Register productError(Register a, Register b, Register p) {
@@ -76,7 +73,6 @@ inline double bitOr(double a, double b) {
 inline double broadcast(double a) { return a; }
 inline double read(const double* p) { return *p; }
 inline void write(double a, double* p) { *p = a; }
-inline double whereLess(double a, double limit, double b) { return a < limit ? b : 0.0; }
 inline double productError(double a, double b, double p) { return exactProductError(a, b, p); }
 
 #endif

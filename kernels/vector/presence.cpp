@@ -21,12 +21,12 @@ bool isUsual(double x, double w) { return x == x && w > 0.0 && w <= kLargest; }
 bool pointsPresent(const double* x, std::size_t n) {
   const Tag d;
   std::size_t i = 0;
-  auto missing = hn::FirstN(d, 0);
+  auto present = hn::Not(hn::FirstN(d, 0));
   for (; i + kLanes <= n; i += kLanes) {
     const auto v = read(x + i);
-    missing = hn::Or(missing, hn::Ne(v, v));
+    present = hn::And(present, hn::Eq(v, v));
   }
-  return hn::AllFalse(d, missing) && std::all_of(x + i, x + n, [](double v) { return v == v; });
+  return hn::AllTrue(d, present) && std::all_of(x + i, x + n, [](double v) { return v == v; });
 }
 
 bool pairsUsual(const double* x, const double* w, std::size_t n) {

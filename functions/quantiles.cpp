@@ -1,0 +1,203 @@
+// Quantiles, order statistics and what is made of them.
+//
+// R. J. Hyndman and Y. Fan, Sample quantiles in statistical packages, 1996.  The position h of a
+// quantile in the sorted sample is computed as NumPy computes it.
+
+#include "functions/quantiles.hpp"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <limits>
+#include <span>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "functions/sample.hpp"
+#include "functions/selection.hpp"
+#include "functions/text.hpp"
+#include "kernels/double_double.hpp"
+#include "vexel/descriptive.hpp"
+
+namespace vexel {
+
+namespace {
+
+using kernels::DoubleDouble;
+
+constexpr double kInfinity = std::numeric_limits<double>::infinity();
+constexpr Target kFirst{0.0};
+constexpr Target kLast{kInfinity};
+
+// low + (high - low) * fraction with one rounding, so that it rises with the fraction.
+double between(double low, double high, double fraction) {
+  if (low == high || fraction == 0.0) {
+    return low;
+  }
+  if (std::isinf(low) || std::isinf(high)) {
+    return low + high;
+  }
+  const double half = std::max(std::fabs(low), std::fabs(high)) > 0x1p1000 ? 0.5 : 1.0;
+  const DoubleDouble width = DoubleDouble::sumOf(high * half, -low * half);
+  return (DoubleDouble(low * half) + width * DoubleDouble(fraction)).high / half;
+}
+
+// The value between those of two targets.
+struct Place {
+  Target low;
+  Target high;
+  double fraction;
+};
+
+// With the position h from 0: between the points floor(h) and floor(h) + 1, counted from 0.
+Place interpolated(double h, double n) {
+  if (!(h > 0.0)) {
+    return {{1.0}, {1.0}, 0.0};
+  }
+  if (h >= n - 1.0) {
+    return {kLast, kLast, 0.0};
+  }
+  const double whole = std::floor(h);
+  return {{whole + 1.0}, {whole + 2.0}, h - whole};
+}
+
+Place placeOf(double q, double n, QuantileMethod method) {
+  const auto position = [&](double alpha, double beta) {
+    return interpolated(n * q + (alpha + q * (1.0 - alpha - beta)) - 1.0, n);
+  };
+  const double h = n * q;
+  switch (method) {
+    case QuantileMethod::inverted_cdf:
+      return {{h}, {h}, 0.0};
+    case QuantileMethod::averaged_inverted_cdf:
+      return {{h}, {h, true}, 0.5};
+    case QuantileMethod::closest_observation: {
+      const double whole = std::floor(h - 0.5);
+      const bool tie = h - 0.5 == whole && std::fmod(whole, 2.0) == 0.0;
+      const Target nearest{tie ? whole : whole + 1.0};
+      return {nearest, nearest, 0.0};
+    }
+    case QuantileMethod::interpolated_inverted_cdf:
+      return position(0.0, 1.0);
+    case QuantileMethod::hazen:
+      return position(0.5, 0.5);
+    case QuantileMethod::weibull:
+      return position(0.0, 0.0);
+    case QuantileMethod::median_unbiased:
+      return position(1.0 / 3.0, 1.0 / 3.0);
+    case QuantileMethod::normal_unbiased:
+      return position(3.0 / 8.0, 3.0 / 8.0);
+    default:
+      return interpolated((n - 1.0) * q, n);
+  }
+}
+
+void requireProbability(double q, const char* function) {
+  if (q < 0.0 || q > 1.0) {
+    throw std::domain_error(std::string(function) + ": q must be in [0, 1], not " + number(q));
+  }
+}
+
+}  // namespace
+
+std::vector<double> quantilesOf(const Selection& selection, std::span<const double> q,
+                                QuantileMethod method) {
+  std::vector<Place> places;
+  std::vector<Target> targets;
+  for (const double p : q) {
+    places.push_back(placeOf(std::isnan(p) ? 0.0 : p, selection.total(), method));
+    targets.push_back(places.back().low);
+    targets.push_back(places.back().high);
+  }
+  const std::vector<double> values = selection.values(targets);
+  std::vector<double> result;
+  for (std::size_t i = 0; i < q.size(); ++i) {
+    result.push_back(
+        std::isnan(q[i]) ? kNaN : between(values[2 * i], values[2 * i + 1], places[i].fraction));
+  }
+  return result;
+}
+
+double medianOf(const Selection& selection) {
+  const double half = 0.5;
+  return quantilesOf(selection, {&half, 1}, QuantileMethod::linear)[0];
+}
+
+std::vector<double> quantile(Data x, Data q, const QuantileOptions& options) {
+  std::vector<double> probabilities(q.size());
+  for (std::size_t i = 0; i < q.size(); ++i) {
+    probabilities[i] = q[i];
+    requireProbability(probabilities[i], "quantile");
+  }
+  const Sample sample("quantile", x, options.weights, options.missing);
+  const Selection selection(sample);
+  if (selection.undefined()) {
+    return std::vector<double>(q.size(), kNaN);
+  }
+  return quantilesOf(selection, probabilities, options.method);
+}
+
+double quantile(Data x, double q, const QuantileOptions& options) {
+  return quantile(x, Data(&q, 1), options)[0];
+}
+
+double median(Data x, const WeightedOptions& options) {
+  const Sample sample("median", x, options.weights, options.missing);
+  const Selection selection(sample);
+  return selection.undefined() ? kNaN : medianOf(selection);
+}
+
+double iqr(Data x, const QuantileOptions& options) {
+  const Sample sample("iqr", x, options.weights, options.missing);
+  const Selection selection(sample);
+  if (selection.undefined()) {
+    return kNaN;
+  }
+  const double q[] = {0.25, 0.75};
+  const std::vector<double> quartiles = quantilesOf(selection, q, options.method);
+  return quartiles[1] - quartiles[0];
+}
+
+std::vector<double> order_statistic(Data x, std::span<const std::int64_t> k,
+                                    const WeightedOptions& options) {
+  const Sample sample("order_statistic", x, options.weights, options.missing);
+  const Selection selection(sample);
+  if (selection.undefined()) {
+    return std::vector<double>(k.size(), kNaN);
+  }
+  std::vector<Target> targets;
+  for (const std::int64_t rank : k) {
+    if (rank < 1 || static_cast<double>(rank) > selection.total()) {
+      throw std::domain_error("order_statistic: k must be 1 to " + number(selection.total()) +
+                              ", not " + std::to_string(rank));
+    }
+    targets.push_back({static_cast<double>(rank)});
+  }
+  return selection.values(targets);
+}
+
+double order_statistic(Data x, std::int64_t k, const WeightedOptions& options) {
+  return order_statistic(x, std::span<const std::int64_t>(&k, 1), options)[0];
+}
+
+FiveNumber five_number(Data x, const WeightedOptions& options) {
+  const Sample sample("five_number", x, options.weights, options.missing);
+  const Selection selection(sample);
+  if (selection.undefined()) {
+    return {kNaN, kNaN, kNaN, kNaN, kNaN};
+  }
+  const double n = selection.total();
+  const double depth = std::floor((n + 3.0) / 2.0) / 2.0;  // of the hinges, from either end
+  const double near = std::floor(depth);
+  const double far = std::ceil(depth);
+  const double middle = (n - 1.0) * 0.5;
+  const Place center = interpolated(middle, n);
+  const Target targets[] = {kFirst,      {near},           {far},           center.low,
+                            center.high, {n - near, true}, {n - far, true}, kLast};
+  const std::vector<double> v = selection.values(targets);
+  return {v[0], between(v[1], v[2], 0.5), between(v[3], v[4], center.fraction),
+          between(v[6], v[5], 0.5), v[7]};
+}
+
+}  // namespace vexel

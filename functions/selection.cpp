@@ -1,0 +1,508 @@
+#include "functions/selection.hpp"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <limits>
+
+#include "functions/totals.hpp"
+#include "kernels/vector/selection.hpp"
+#include "numerics/radix_sort.hpp"
+#include "numerics/sort_keys.hpp"
+
+namespace vexel {
+
+namespace {
+
+using kernels::DoubleDouble;
+
+constexpr std::size_t kFewPoints = 20000;  // below, all of them are collected
+constexpr std::size_t kFewBrackets = 3;    // each is read for by itself; more go by cells
+constexpr std::size_t kMostBrackets = 250;
+constexpr double kWidestShare = 0.5;  // of all points between the ends of brackets
+// Standard deviations of a rank in the sample of points, to either side: one call in 10^4 misses.
+constexpr double kMargin = 4.0;
+constexpr std::int32_t kCells = 8192;
+
+struct Point {
+  double x;
+  double w;
+};
+
+bool reaches(double cumulative, const Target& target) {
+  return target.beyond ? cumulative > target.weight : cumulative >= target.weight;
+}
+
+// The points of a sample as targets see them: in blocks, as distances where that is asked for.
+class SamplePoints {
+ public:
+  SamplePoints(const Sample& sample, std::optional<double> about)
+      : sample_(sample), about_(about) {}
+
+  bool weighted() const { return sample_.weighted(); }
+  std::size_t size() const { return sample_.size(); }
+
+  template <typename Use>
+  void read(Use use) const {
+    std::vector<double> distances(about_ ? Sample::block : 0);
+    const auto useDistances = [&](const double* x, const double* w, std::size_t n) {
+      for (std::size_t i = 0; i < n; ++i) {
+        distances[i] = distanceOf(x[i]);
+      }
+      use(distances.data(), w, n);
+    };
+    if (about_) {
+      sample_.present(useDistances, 1, 2);
+    } else {
+      sample_.present(use, 1, 2);
+    }
+  }
+
+  Point at(std::size_t i) const {
+    const double x = sample_.point(i);
+    return {about_ ? distanceOf(x) : x, sample_.weight(i)};
+  }
+
+ private:
+  // Infinite points have infinite medians in their midst.
+  double distanceOf(double x) const { return x == *about_ ? 0.0 : std::fabs(x - *about_); }
+
+  const Sample& sample_;
+  std::optional<double> about_;
+};
+
+// Numbers in memory.
+class PlainPoints {
+ public:
+  explicit PlainPoints(std::span<const double> all) : all_(all) {}
+
+  bool weighted() const { return false; }
+  std::size_t size() const { return all_.size(); }
+  template <typename Use>
+  void read(Use use) const {
+    for (std::size_t i = 0; i < all_.size(); i += Sample::block) {
+      use(&all_[i], nullptr, std::min(Sample::block, all_.size() - i));
+    }
+  }
+  Point at(std::size_t i) const { return {all_[i], 1.0}; }
+
+ private:
+  std::span<const double> all_;
+};
+
+// About count points, one from each of as many stretches, at places that follow no period; sorted.
+template <typename Points>
+std::vector<Point> somePoints(const Points& points, std::size_t count) {
+  std::vector<Point> some;
+  some.reserve(count + 1);
+  std::uint32_t state = 1;
+  const std::size_t stretch = points.size() / count;
+  for (std::size_t begin = 0; begin + stretch <= points.size(); begin += stretch) {
+    state = state * 1664525U + 1013904223U;  // D. E. Knuth and H. W. Lewis's generator
+    const Point p = points.at(begin + (state >> 8U) % stretch);
+    if (p.x == p.x && p.w > 0.0) {
+      some.push_back(p);
+    }
+  }
+  std::vector<Point> scratch(some.size());
+  nag2::radixSort(some.data(), scratch.data(), some.size(), false,
+                  [](const Point& q) { return nag2::ascendingKey(q.x); });
+  return some;
+}
+
+void sortPoints(std::vector<Point>& points) {
+  std::vector<Point> scratch(points.size());
+  nag2::radixSort(points.data(), scratch.data(), points.size(), false,
+                  [](const Point& p) { return nag2::ascendingKey(p.x); });
+}
+
+// Targets in ascending order, with their places in the result.
+struct Ordered {
+  Target target;
+  std::size_t place;
+};
+
+std::vector<Ordered> inOrder(std::span<const Target> targets) {
+  std::vector<Ordered> all;
+  for (const Target& t : targets) {
+    all.push_back({t, all.size()});
+  }
+  std::sort(all.begin(), all.end(), [](const Ordered& a, const Ordered& b) {
+    return a.target.weight < b.target.weight ||
+           (a.target.weight == b.target.weight && !a.target.beyond && b.target.beyond);
+  });
+  return all;
+}
+
+// The rank from 0 that an unweighted target means among n points.
+std::size_t rankOf(const Target& target, std::size_t n) {
+  const double rank = target.beyond ? std::floor(target.weight) + 1.0 : std::ceil(target.weight);
+  return rank < 1.0                             ? 0
+         : rank >= static_cast<double>(n) + 1.0 ? n - 1
+                                                : static_cast<std::size_t>(rank) - 1;
+}
+
+// Puts the elements of the ascending ranks of x[begin..end-1] at their places.
+void placeRanks(double* x, std::size_t begin, std::size_t end, std::span<const std::size_t> ranks) {
+  while (!ranks.empty()) {
+    const std::size_t middle = ranks.size() / 2;
+    const std::size_t rank = ranks[middle];
+    std::nth_element(x + begin, x + rank, x + end);
+    placeRanks(x, begin, rank, ranks.first(middle));
+    ranks = ranks.subspan(middle + 1);
+    while (!ranks.empty() && ranks.front() == rank) {
+      ranks = ranks.subspan(1);
+    }
+    begin = rank + 1;
+  }
+}
+
+// Values of targets in sorted points, the first of which has before in front of it.  Stops at the
+// first target that lies further on; how many were found.
+std::size_t walk(const std::vector<Point>& points, DoubleDouble before,
+                 std::span<const Ordered> targets, double* values) {
+  std::size_t found = 0;
+  for (const Point& p : points) {
+    before = before + DoubleDouble(p.w);
+    while (found < targets.size() && reaches(before.high, targets[found].target)) {
+      values[targets[found++].place] = p.x;
+    }
+  }
+  return found;
+}
+
+// By a copy of everything.
+template <typename Points>
+void selectFromAll(const Points& points, std::span<const Ordered> targets, double* values) {
+  if (!points.weighted()) {
+    std::vector<double> all;
+    points.read(
+        [&](const double* x, const double*, std::size_t n) { all.insert(all.end(), x, x + n); });
+    std::vector<std::size_t> ranks;
+    for (const Ordered& t : targets) {
+      ranks.push_back(rankOf(t.target, all.size()));
+    }
+    placeRanks(all.data(), 0, all.size(), ranks);
+    for (std::size_t i = 0; i < targets.size(); ++i) {
+      values[targets[i].place] = all[ranks[i]];
+    }
+    return;
+  }
+  std::vector<Point> all;
+  points.read([&](const double* x, const double* w, std::size_t n) {
+    for (std::size_t i = 0; i < n; ++i) {
+      all.push_back({x[i], w[i]});
+    }
+  });
+  sortPoints(all);
+  for (std::size_t i = walk(all, 0.0, targets, values); i < targets.size(); ++i) {
+    values[targets[i].place] = all.back().x;
+  }
+}
+
+// Two values between which some neighbouring targets lie, nearly for sure.
+struct Bracket {
+  double low;
+  double high;
+  std::span<const Ordered> targets;
+};
+
+// Brackets from sorted points of the sample; of neighbours that overlap one is made.  Empty when
+// they would cover too much.
+std::vector<Bracket> bracketsOf(const std::vector<Point>& sorted, std::span<const Ordered> targets,
+                                double total) {
+  std::vector<double> cumulative;
+  double sum = 0.0;
+  double squares = 0.0;
+  double largest = 0.0;
+  for (const Point& p : sorted) {
+    cumulative.push_back(sum += p.w);
+    squares += p.w * p.w;
+    largest = std::max(largest, p.w);
+  }
+  const auto placeOf = [&](double weight) {
+    return std::lower_bound(cumulative.begin(), cumulative.end(), weight) - cumulative.begin();
+  };
+  const auto size = static_cast<std::ptrdiff_t>(sorted.size());
+  const auto valueAt = [&](std::ptrdiff_t place) {
+    return place < 0       ? -std::numeric_limits<double>::infinity()
+           : place >= size ? std::numeric_limits<double>::infinity()
+                           : sorted[static_cast<std::size_t>(place)].x;
+  };
+  std::vector<Bracket> brackets;
+  std::ptrdiff_t end = -2;
+  std::ptrdiff_t covered = 0;
+  for (std::size_t i = 0; i < targets.size(); ++i) {
+    const double p = std::clamp(targets[i].target.weight / total, 0.0, 1.0);
+    const double margin = kMargin * std::sqrt(p * (1.0 - p) * squares) + 2.0 * largest;
+    const std::ptrdiff_t low = placeOf(p * sum - margin) - 1;
+    const std::ptrdiff_t high = std::max(placeOf(p * sum + margin), end);
+    if (!brackets.empty() && low <= end) {
+      covered += high - end;
+      Bracket& last = brackets.back();
+      last.high = valueAt(high);
+      last.targets = {last.targets.data(), last.targets.size() + 1};
+    } else {
+      covered += high - low;
+      brackets.push_back({valueAt(low), valueAt(high), targets.subspan(i, 1)});
+    }
+    end = high;
+  }
+  const bool wide = static_cast<double>(covered) > kWidestShare * static_cast<double>(size);
+  return wide || brackets.size() > kMostBrackets ? std::vector<Bracket>() : brackets;
+}
+
+template <typename Points>
+void select(const Points& points, std::size_t n, double total, std::span<const Ordered> targets,
+            double* values);
+
+// What the data have below, at and between the ends of a bracket, without weights.  Ties with the
+// ends are counted, not collected: data with few distinct values fit too.
+class CountedBracket {
+ public:
+  explicit CountedBracket(const Bracket& bracket) : bracket_(bracket) {}
+
+  void read(const double* x, std::size_t n) {
+    if (collected_ + n > between_.size()) {
+      between_.resize(2 * (collected_ + n) + Sample::block);
+    }
+    collected_ += kernels::countAndCollect(x, n, bracket_.low, bracket_.high, counts_,
+                                           between_.data() + collected_);
+  }
+
+  // False when some target lies outside.
+  bool finish(std::size_t n, double* values) {
+    std::vector<std::size_t> places;
+    const auto rank = [&](const Ordered& t) {
+      return static_cast<std::int64_t>(rankOf(t.target, n));
+    };
+    for (const Ordered& t : bracket_.targets) {
+      if (rank(t) < counts_.belowLow || rank(t) >= counts_.toHigh) {
+        return false;
+      }
+      if (rank(t) >= counts_.toLow && rank(t) < counts_.belowHigh) {
+        places.push_back(static_cast<std::size_t>(rank(t) - counts_.toLow));
+      }
+    }
+    placeRanks(between_.data(), 0, collected_, places);
+    for (const Ordered& t : bracket_.targets) {
+      values[t.place] = rank(t) < counts_.toLow ? bracket_.low
+                        : rank(t) < counts_.belowHigh
+                            ? between_[static_cast<std::size_t>(rank(t) - counts_.toLow)]
+                            : bracket_.high;
+    }
+    return true;
+  }
+
+ private:
+  Bracket bracket_;
+  kernels::BracketCounts counts_;
+  std::vector<double> between_;
+  std::size_t collected_ = 0;
+};
+
+template <typename Points>
+bool selectByCounting(const Points& points, std::size_t n, std::span<const Bracket> brackets,
+                      double* values) {
+  std::vector<CountedBracket> counted(brackets.begin(), brackets.end());
+  points.read([&](const double* x, const double*, std::size_t size) {
+    for (CountedBracket& b : counted) {
+      b.read(x, size);
+    }
+  });
+  return std::all_of(counted.begin(), counted.end(),
+                     [&](CountedBracket& b) { return b.finish(n, values); });
+}
+
+// Many brackets at once: the range between the outermost ends is cut into cells of one width, and a
+// table says of each cell which bracket, or gap between brackets, it belongs to.  Cells that touch
+// a bracket are collected, of the others the weight is added up.
+class CellTable {
+ public:
+  // False when the ends are no base for cells.
+  bool build(std::span<const Bracket> brackets) {
+    double low = std::numeric_limits<double>::infinity();
+    double high = -low;
+    for (const Bracket& b : brackets) {
+      for (const double end : {b.low, b.high}) {
+        low = std::isfinite(end) ? std::min(low, end) : low;
+        high = std::isfinite(end) ? std::max(high, end) : high;
+      }
+    }
+    // The first and the last cell are for what lies outside.
+    scale_ = (kCells - 4) / (high - low);
+    base_ = low - 1.5 / scale_;
+    if (!(low < high) || !std::isnormal(scale_) || !std::isfinite(base_)) {
+      return false;
+    }
+    std::int32_t next = 0;  // cells below have their codes
+    for (const Bracket& b : brackets) {
+      const std::int32_t first = cellOf(b.low);
+      const std::int32_t last = cellOf(b.high);
+      if (groups_.empty() || first >= next) {
+        fill(next, first, 2 * groups_.size());
+        groups_.push_back(b.targets);
+        next = first;
+      } else {
+        groups_.back() = {groups_.back().data(), groups_.back().size() + b.targets.size()};
+      }
+      fill(next, last + 1, 2 * groups_.size() - 1);
+      next = std::max(next, last + 1);
+    }
+    fill(next, kCells, 2 * groups_.size());
+    return true;
+  }
+
+  const std::vector<std::span<const Ordered>>& groups() const { return groups_; }
+  void cellsOf(const double* x, std::size_t n, std::int32_t* cells) const {
+    kernels::cellsOf(x, n, base_, scale_, kCells, cells);
+  }
+  // 2 g of the gap before group g, 2 g + 1 of the group.
+  std::uint16_t code(std::int32_t cell) const { return codes_[static_cast<std::size_t>(cell)]; }
+  std::uint16_t codeOf(double x) const { return code(cellOf(x)); }
+
+ private:
+  std::int32_t cellOf(double x) const {
+    std::int32_t cell = 0;
+    cellsOf(&x, 1, &cell);
+    return cell;
+  }
+  void fill(std::int32_t begin, std::int32_t end, std::size_t code) {
+    for (std::int32_t i = begin; i < end; ++i) {
+      codes_[static_cast<std::size_t>(i)] = static_cast<std::uint16_t>(code);
+    }
+  }
+
+  double base_ = 0.0;
+  double scale_ = 0.0;
+  std::vector<std::uint16_t> codes_ = std::vector<std::uint16_t>(kCells);
+  std::vector<std::span<const Ordered>> groups_;
+};
+
+// Without weights: counts, and values within groups by selection again.
+template <typename Points>
+bool selectByCells(const Points& points, std::size_t n, const CellTable& table, double* values) {
+  constexpr std::size_t ways = 4;  // neighbours count apart, so that none waits for another
+  const std::size_t codes = 2 * table.groups().size() + 1;
+  std::vector<std::int64_t> counts(ways * codes);
+  std::vector<double> collected;
+  std::size_t filled = 0;
+  points.read([&](const double* x, const double*, std::size_t size) {
+    std::int32_t cells[Sample::block];
+    table.cellsOf(x, size, cells);
+    if (filled + size > collected.size()) {
+      collected.resize(2 * (filled + size) + Sample::block);
+    }
+    double* to = collected.data() + filled;
+    for (std::size_t i = 0; i < size; ++i) {
+      const std::size_t code = table.code(cells[i]);
+      ++counts[(i % ways) * codes + code];
+      *to = x[i];
+      to += code & 1U;
+    }
+    filled = static_cast<std::size_t>(to - collected.data());
+  });
+  std::vector<std::vector<double>> groups(table.groups().size());
+  for (std::size_t i = 0; i < filled; ++i) {
+    groups[table.codeOf(collected[i]) / 2U].push_back(collected[i]);
+  }
+  std::size_t before = 0;
+  for (std::size_t g = 0; g < groups.size(); ++g) {
+    for (std::size_t way = 0; way < ways; ++way) {
+      before += static_cast<std::size_t>(counts[way * codes + 2 * g]);
+    }
+    std::vector<Ordered> inside;
+    for (const Ordered& t : table.groups()[g]) {
+      const std::size_t rank = rankOf(t.target, n);
+      if (rank < before || rank >= before + groups[g].size() || groups[g].size() > n / 2) {
+        return false;
+      }
+      inside.push_back({{static_cast<double>(rank - before + 1)}, t.place});
+    }
+    const std::size_t size = groups[g].size();
+    select(PlainPoints(groups[g]), size, static_cast<double>(size), inside, values);
+    before += size;
+  }
+  return true;
+}
+
+// With weights: those of the gaps are added up with compensation.
+template <typename Points>
+bool selectByWeight(const Points& points, const CellTable& table, double* values) {
+  std::vector<DoubleDouble> weights(2 * table.groups().size() + 1);
+  std::vector<std::vector<Point>> groups(table.groups().size());
+  points.read([&](const double* x, const double* w, std::size_t size) {
+    std::int32_t cells[Sample::block];
+    table.cellsOf(x, size, cells);
+    for (std::size_t i = 0; i < size; ++i) {
+      const std::size_t code = table.code(cells[i]);
+      if (code % 2 == 1) {
+        groups[code / 2].push_back({x[i], w[i]});
+      } else {
+        const DoubleDouble s = DoubleDouble::sumOf(weights[code].high, w[i]);
+        weights[code] = {s.high, weights[code].low + s.low};
+      }
+    }
+  });
+  DoubleDouble before = 0.0;
+  for (std::size_t g = 0; g < groups.size(); ++g) {
+    before = before + DoubleDouble::sumOf(weights[2 * g].high, weights[2 * g].low);
+    const std::span<const Ordered> targets = table.groups()[g];
+    if (before.high > 0.0 && reaches(before.high, targets.front().target)) {
+      return false;
+    }
+    sortPoints(groups[g]);
+    if (walk(groups[g], before, targets, values) < targets.size()) {
+      return false;
+    }
+    for (const Point& p : groups[g]) {
+      before = before + DoubleDouble(p.w);
+    }
+  }
+  return true;
+}
+
+// Of n present points of total weight total.
+template <typename Points>
+void select(const Points& points, std::size_t n, double total, std::span<const Ordered> targets,
+            double* values) {
+  if (n > kFewPoints) {
+    const bool few = targets.size() <= 2 * kFewBrackets && !points.weighted();
+    const double size = std::pow(static_cast<double>(points.size()), 2.0 / 3.0);
+    const std::vector<Point> some =
+        somePoints(points, static_cast<std::size_t>(few ? size : 4.0 * size));
+    const std::vector<Bracket> brackets = bracketsOf(some, targets, total);
+    if (!brackets.empty() && brackets.size() <= kFewBrackets && !points.weighted()) {
+      if (selectByCounting(points, n, brackets, values)) {
+        return;
+      }
+    } else if (CellTable table; !brackets.empty() && table.build(brackets)) {
+      if (points.weighted() ? selectByWeight(points, table, values)
+                            : selectByCells(points, n, table, values) ||
+                                  selectByCounting(points, n, brackets, values)) {
+        return;
+      }
+    }
+  }
+  selectFromAll(points, targets, values);
+}
+
+}  // namespace
+
+Selection::Selection(const Sample& sample, std::optional<double> about)
+    : sample_(sample), about_(about) {
+  kernels::ExactSum weight;
+  found_ = sample.present(
+      [&](const double*, const double* w, std::size_t n) { addWeights(weight, w, n); }, 0, 2);
+  undefined_ = sample.undefined(found_);
+  total_ = weight.rounded();
+}
+
+std::vector<double> Selection::values(std::span<const Target> targets) const {
+  std::vector<double> result(targets.size());
+  const std::vector<Ordered> ordered = inOrder(targets);
+  select(SamplePoints(sample_, about_), found_.points, total_, ordered, result.data());
+  return result;
+}
+
+}  // namespace vexel
