@@ -61,14 +61,15 @@ struct Formulas<InverseGaussian> {
       return -infinity;
     }
     const double at = a(x);
-    return std::log(root(x)) - std::log(x) - logRootTwoPi - 0.5 * at * at;
+    return std::isinf(at) ? -infinity
+                          : std::log(root(x)) - std::log(x) - logRootTwoPi - 0.5 * at * at;
   }
-  double cdf(double x) const { return x < mu() ? std::exp(logSmaller(x)) : 1.0 - sf(x); }
+  double cdf(double x) const { return x < mu() ? std::exp(logTail(x, x < mu())) : 1.0 - sf(x); }
   double sf(double x) const {
-    return x < mu() ? 1.0 - cdf(x) : std::fmin(1.0, std::exp(logSmaller(x)));
+    return x < mu() ? 1.0 - cdf(x) : std::fmin(1.0, std::exp(logTail(x, x < mu())));
   }
-  double logcdf(double x) const { return x < mu() ? logSmaller(x) : std::log1p(-sf(x)); }
-  double logsf(double x) const { return x < mu() ? std::log1p(-cdf(x)) : logSmaller(x); }
+  double logcdf(double x) const { return x < mu() ? logTail(x, true) : std::log1p(-sf(x)); }
+  double logsf(double x) const { return x < mu() ? std::log1p(-cdf(x)) : logTail(x, false); }
   double quantile(double p) const { return inverse(p, false); }
   double isf(double q) const { return inverse(q, true); }
 
@@ -78,13 +79,15 @@ struct Formulas<InverseGaussian> {
   double kurtosis() const { return 15.0 * (mu() / shape()); }
 
  private:
-  // The logarithm of the tail on x's side of the mean.
-  double logSmaller(double x) const {
+  // The lower tail up to the mean, the upper one from there on, over phi(a).
+  double factor(double x, bool left) const {
     const double at = a(x);
-    const double b = (x + mu()) / mu() * root(x);
-    const double factor =
-        at < 0.0 ? mills(-at).ratio + mills(b).ratio : millsDifference(at, root(x));
-    return -0.5 * at * at - logRootTwoPi + std::log(factor);
+    return left ? mills(-at).ratio + mills((x + mu()) / mu() * root(x)).ratio
+                : millsDifference(at, root(x));
+  }
+  double logTail(double x, bool left) const {
+    const double at = a(x);
+    return -0.5 * at * at - logRootTwoPi + std::log(factor(x, left));
   }
   double inverse(double p, bool upper) const {
     // By the tail that is below the mean's, or above it.
@@ -92,8 +95,8 @@ struct Formulas<InverseGaussian> {
     const bool left = upper ? p >= 1.0 - below : p <= below;
     const double target = left != upper ? p : 1.0 - p;
     const auto at = [&](double x) {
-      const double log = logSmaller(x);
-      const double slope = x * std::exp(logpdf(x) - log);
+      const double log = logTail(x, left);
+      const double slope = root(x) / factor(x, left);
       const double bend = -0.5 + 0.5 * shape() * (1.0 / x - x / mu() / mu());
       return nag2::TailSlope{log - std::log(target), left ? slope : -slope, bend};
     };
@@ -101,9 +104,9 @@ struct Formulas<InverseGaussian> {
     // The normal law's point, or where the exponent of the far tails is about that of the target.
     const double far = 1.0 + z * z * (mu() / shape());
     const double near = 1.0 + std::fabs(z) * std::sqrt(mu() / shape());
-    const double start = left ? mu() / far : mu() * std::fmin(near, far);
-    return left ? nag2::invertTail(at, true, start, 0.0, mu() * (1.0 + 1e-15))
-                : nag2::invertTail(at, false, start, mu() * (1.0 - 1e-15), infinity);
+    return left ? nag2::invertTail(at, true, mu() * std::fmin(1.0 - 1e-9, 1.0 / far), 0.0, mu())
+                : nag2::invertTail(at, false, mu() * std::fmax(1.0 + 1e-9, std::fmin(near, far)),
+                                   mu(), infinity);
   }
 };
 

@@ -146,15 +146,18 @@ double increasingRoot(F f, double low, double high, double start) {
   for (int i = 0; i < 300; ++i) {
     kernels::poll(0.0);
     const auto [value, slope] = f(x);
+    const double step = value / slope;
+    if (value == 0.0 || std::fabs(step) <= 2e-16 * std::fabs(x)) {
+      return x;
+    }
     (value > 0.0 ? high : low) = x;
-    double next = x - value / slope;
-    if (!(next > low && next < high)) {
-      next = low > 0.0 && high > 4.0 * low ? std::sqrt(low * high) : 0.5 * (low + high);
+    x -= step;
+    if (!(x > low && x < high)) {
+      x = low > 0.0 && high > 4.0 * low ? std::sqrt(low * high) : 0.5 * (low + high);
+      if (!(x > low && x < high)) {
+        return x;
+      }
     }
-    if (value == 0.0 || std::fabs(next - x) <= 2e-16 * std::fabs(next)) {
-      return next;
-    }
-    x = next;
   }
   return x;
 }

@@ -71,6 +71,7 @@ class VEXEL_API NonCentralFRatio : public ContinuousLaw<NonCentralFRatio> {
  private:
   friend struct detail::Formulas<NonCentralFRatio>;
   Parameters parameters_;
+  detail::Opaque<320> f_;
 };
 
 // (Z + nc) / sqrt(C / df), Z standard normal, C chi-square of df > 0.
@@ -91,6 +92,7 @@ class VEXEL_API NonCentralStudentT : public ContinuousLaw<NonCentralStudentT> {
  private:
   friend struct detail::Formulas<NonCentralStudentT>;
   Parameters parameters_;
+  detail::Opaque<256> t_;
 };
 
 }  // namespace vexel
