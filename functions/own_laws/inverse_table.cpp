@@ -23,8 +23,9 @@ namespace {
 // How far the mass up to x is from m; none if x is as near as its rounding lets it be.
 double missAt(const Segment& s, double x, double m) {
   const double here = s.massTo(x);
-  const double rounding = 2 * std::numeric_limits<double>::epsilon() * std::abs(x);
-  const double other = s.massTo(std::clamp(here < m ? x + rounding : x - rounding, s.low, s.high));
+  const double rounding = 4 * std::numeric_limits<double>::epsilon() * std::abs(x);
+  const double other = here < m ? (x + rounding >= s.high ? s.mass : s.massTo(x + rounding))
+                                : (x - rounding <= s.low ? 0 : s.massTo(x - rounding));
   const double miss = here < m ? m - other : other - m;
   return std::max(0.0, std::min(std::abs(here - m), miss));
 }

@@ -189,6 +189,14 @@ Survey surveyed(DensityValues& f, double hint) {
   if (mode.x < support.high) {
     survey.rightWidth = widthTowards(f, mode, 1, support.high - mode.x, points);
   }
+  // Not so narrow that what lies beside a pole cannot be told from it.
+  const double least = 0x1p-30 * std::abs(mode.x);
+  if (survey.leftWidth > 0) {
+    survey.leftWidth = std::min(std::max(survey.leftWidth, least), mode.x - support.low);
+  }
+  if (survey.rightWidth > 0) {
+    survey.rightWidth = std::min(std::max(survey.rightWidth, least), support.high - mode.x);
+  }
   addOtherMaxima(f, survey, points, *best);
   return survey;
 }
