@@ -137,11 +137,19 @@ Value Kernel::range(const Value& lower, const Value& upper) {
   });
 }
 
+namespace {
+
+void checkBounds(State& state, const RTableSettings& s, std::span<const V_INT> bounds) {
+  if (s.num_dimensions < 0 || bounds.size() < 2 * static_cast<std::size_t>(s.num_dimensions)) {
+    raise(state, "two bounds a dimension expected");
+  }
+}
+
+}  // namespace
+
 Value Kernel::array(const RTableSettings& s, const void* data, std::span<const V_INT> bounds) {
   return impl_->run([&] {
-    if (s.num_dimensions < 0 || bounds.size() < 2 * static_cast<std::size_t>(s.num_dimensions)) {
-      raise(impl_->state, "two bounds a dimension expected");
-    }
+    checkBounds(impl_->state, s, bounds);
     return Value(*this, newArray(impl_->state, s, data, bounds.data()));
   });
 }
@@ -163,7 +171,17 @@ Value Kernel::array(std::span<const std::int32_t> x) {
 }
 
 Value Kernel::wrap(std::span<double> x) {
-  return impl_->run([&] { return Value(*this, wrapArray(impl_->state, x)); });
+  const RTableSettings s{RTABLE_FLOAT64, RTABLE_RECTANGULAR, RTABLE_COLUMN_MAJOR, 1, 0};
+  const V_INT bounds[] = {1, static_cast<V_INT>(x.size())};
+  return wrap(s, x.data(), bounds, nullptr);
+}
+
+Value Kernel::wrap(const RTableSettings& s, void* data, std::span<const V_INT> bounds,
+                   std::shared_ptr<void> owner) {
+  return impl_->run([&] {
+    checkBounds(impl_->state, s, bounds);
+    return Value(*this, wrapArray(impl_->state, s, data, bounds.data(), std::move(owner)));
+  });
 }
 
 // ---- functions of the embedding program

@@ -319,6 +319,7 @@ void Heap::finalise(ALGEB x) noexcept {
         releaseBytes(array.data, dataBytes(array));
       }
       delete array.sparse;
+      delete array.owner;
       break;
     }
     default:

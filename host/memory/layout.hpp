@@ -6,6 +6,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <string_view>
 #include <unordered_map>
 
@@ -99,10 +100,11 @@ using SparseElements = std::unordered_map<std::int64_t, RTableData>;
 // What lies behind an array's handle.  bounds goes on for two words a dimension.
 struct ArrayObject {
   Word header;
-  void* data;              // null for sparse storage
-  SparseElements* sparse;  // null for rectangular storage
-  std::int64_t count;      // elements
-  std::uint8_t type;       // RTABLE_DAG ...
+  void* data;                    // null for sparse storage
+  SparseElements* sparse;        // null for rectangular storage
+  std::shared_ptr<void>* owner;  // of data that is not the host's, while it is to be kept
+  std::int64_t count;            // elements
+  std::uint8_t type;             // RTABLE_DAG ...
   std::uint8_t storage;
   std::uint8_t order;
   std::uint8_t readOnly;

@@ -6,6 +6,7 @@
 #include <array>
 #include <cstring>
 #include <memory>
+#include <utility>
 #include <vector>
 
 #include "values/errors.hpp"
@@ -204,11 +205,17 @@ ALGEB newArray(State& state, const RTableSettings& s, const void* data, const V_
   return x;
 }
 
-ALGEB wrapArray(State& state, std::span<double> memory) {
-  const RTableSettings s{RTABLE_FLOAT64, RTABLE_RECTANGULAR, RTABLE_COLUMN_MAJOR, 1, 0};
-  const V_INT bounds[] = {1, static_cast<V_INT>(memory.size())};
+ALGEB wrapArray(State& state, const RTableSettings& s, void* memory, const V_INT* bounds,
+                std::shared_ptr<void> owner) {
+  if (s.storage != RTABLE_RECTANGULAR || s.data_type < RTABLE_INTEGER8) {
+    raise(state, "only dense arrays of machine types can lie in memory of others");
+  }
   ALGEB x = newShell(state, s, bounds);
-  arrayOf(x).data = memory.data();
+  ArrayObject& a = arrayOf(x);
+  a.data = memory;
+  if (owner != nullptr) {
+    a.owner = new std::shared_ptr<void>(std::move(owner));
+  }
   return x;
 }
 

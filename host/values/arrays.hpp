@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <span>
 #include <string_view>
 
@@ -15,8 +16,9 @@ std::string_view typeName(int type);
 int typeOfName(std::string_view text);
 
 ALGEB newArray(State& state, const RTableSettings& s, const void* data, const V_INT* bounds);
-// A float[8] array 1..n over memory of somebody else.
-ALGEB wrapArray(State& state, std::span<double> memory);
+// An array over memory of somebody else, whose owner it holds as long as it lives.
+ALGEB wrapArray(State& state, const RTableSettings& s, void* memory, const V_INT* bounds,
+                std::shared_ptr<void> owner);
 ALGEB copyArray(State& state, const RTableSettings& s, ALGEB x);
 RTableSettings settingsOf(ALGEB array);
 

@@ -123,6 +123,10 @@ class Kernel {
   // An array over memory that the caller owns and keeps alive and in place as long as the kernel
   // can reach the array.  Nothing is copied; the library writes into the caller's memory.
   Value wrap(std::span<double> x);
+  // The same for any dense array of a machine type; owner is dropped when the array is collected,
+  // perhaps in the middle of a later call, and may be what keeps the memory.
+  Value wrap(const RTableSettings& s, void* data, std::span<const V_INT> bounds,
+             std::shared_ptr<void> owner);
 
   // A C++ function as a host procedure.  It may throw Error; other exceptions become host errors.
   // A function of one double is also a hardware function.

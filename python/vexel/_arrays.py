@@ -103,3 +103,10 @@ def _of_pandas(x: Any, name: str) -> np.ndarray:
         return _of_ndarray(x.to_numpy(dtype=np.float64, na_value=np.nan), name)
     except (TypeError, ValueError):
         raise TypeError(f"{name}: numbers are expected, a pandas {type(x).__name__} of {dtype} came") from None
+
+
+def whole(values: np.ndarray) -> np.ndarray:
+    """Variates of a law of whole numbers as int64."""
+    if values.size and not np.abs(values).max() < 2.0**63:
+        raise OverflowError("a variate exceeds 2^63; sample into a float64 array by out=")
+    return values.astype(np.int64)
