@@ -30,26 +30,6 @@ constexpr double kInfinity = std::numeric_limits<double>::infinity();
 constexpr Target kFirst{0.0};
 constexpr Target kLast{kInfinity};
 
-// low + (high - low) * fraction with one rounding, so that it rises with the fraction.
-double between(double low, double high, double fraction) {
-  if (low == high || fraction == 0.0) {
-    return low;
-  }
-  if (std::isinf(low) || std::isinf(high)) {
-    return low + high;
-  }
-  const double half = std::max(std::fabs(low), std::fabs(high)) > 0x1p1000 ? 0.5 : 1.0;
-  const DoubleDouble width = DoubleDouble::sumOf(high * half, -low * half);
-  return (DoubleDouble(low * half) + width * DoubleDouble(fraction)).high / half;
-}
-
-// The value between those of two targets.
-struct Place {
-  Target low;
-  Target high;
-  double fraction;
-};
-
 // With the position h from 0: between the points floor(h) and floor(h) + 1, counted from 0.
 Place interpolated(double h, double n) {
   if (!(h > 0.0)) {
@@ -60,6 +40,26 @@ Place interpolated(double h, double n) {
   }
   const double whole = std::floor(h);
   return {{whole + 1.0}, {whole + 2.0}, h - whole};
+}
+
+void requireProbability(double q, const char* function) {
+  if (q < 0.0 || q > 1.0) {
+    throw std::domain_error(std::string(function) + ": q must be in [0, 1], not " + number(q));
+  }
+}
+
+}  // namespace
+
+double between(double low, double high, double fraction) {
+  if (low == high || fraction == 0.0) {
+    return low;
+  }
+  if (std::isinf(low) || std::isinf(high)) {
+    return low + high;
+  }
+  const double half = std::max(std::fabs(low), std::fabs(high)) > 0x1p1000 ? 0.5 : 1.0;
+  const DoubleDouble width = DoubleDouble::sumOf(high * half, -low * half);
+  return (DoubleDouble(low * half) + width * DoubleDouble(fraction)).high / half;
 }
 
 Place placeOf(double q, double n, QuantileMethod method) {
@@ -92,14 +92,6 @@ Place placeOf(double q, double n, QuantileMethod method) {
       return interpolated((n - 1.0) * q, n);
   }
 }
-
-void requireProbability(double q, const char* function) {
-  if (q < 0.0 || q > 1.0) {
-    throw std::domain_error(std::string(function) + ": q must be in [0, 1], not " + number(q));
-  }
-}
-
-}  // namespace
 
 std::vector<double> quantilesOf(const Selection& selection, std::span<const double> q,
                                 QuantileMethod method) {

@@ -69,7 +69,9 @@ class ExactTotals {
   std::size_t size() const { return cells_.size(); }
   void resize(std::size_t cells) { cells_.resize(cells); }
 
-  // Adds a finite number of at least 0.
+  bool isZero(std::size_t i) const { return cells_[i].high == 0; }
+
+  // Adds a finite number; none of the totals so far may have been negative.
   void add(std::size_t i, double x) {
     Cell& cell = cells_[i];
     const auto [high, error] = twoSum(cell.high, x);
@@ -85,6 +87,12 @@ class ExactTotals {
     for (const double part : other.parts(j)) {
       add(i, part);
     }
+  }
+
+  void assign(std::size_t i, const ExactTotals& other, std::size_t j) {
+    lost_.erase(i);
+    cells_[i] = {};
+    merge(i, other, j);
   }
 
   double total(std::size_t i) const {

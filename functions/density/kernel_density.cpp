@@ -10,9 +10,9 @@
 #include "functions/density/grid.hpp"
 #include "functions/density/kernels.hpp"
 #include "functions/elements.hpp"
-#include "functions/spread.hpp"
 #include "kernels/watch.hpp"
 #include "numerics/rank_words.hpp"
+#include "vexel/descriptive.hpp"
 
 namespace vexel {
 
@@ -184,16 +184,16 @@ std::vector<double> KernelDensity::sample(std::size_t n, Random& rng) const {
 
 namespace {
 
-double ruleOfThumb(const std::vector<double>& points, const std::vector<double>& weights,
-                   BandwidthRule rule) {
-  const Spread spread = spreadOf(points, weights);
-  const double sd = spread.sd * std::sqrt(spread.total / (spread.total - 1));
-  const double robust = spread.iqr / 1.34;
+double ruleOfThumb(const std::vector<double>& points, const std::vector<double>& pointWeights,
+                   double total, BandwidthRule rule) {
+  const Data weights = pointWeights.empty() ? Data() : Data(pointWeights);
+  const double sd = std(points, {.weights = weights});
+  const double robust = iqr(points, {.weights = weights}) / 1.34;
   const double least = robust > 0 ? std::min(sd, robust) : sd;
   if (!(least > 0) || std::isinf(least)) {
     throw std::invalid_argument("bandwidth: a sample without spread needs one");
   }
-  return (rule == BandwidthRule::silverman ? 0.9 : 1.06) * least * std::pow(spread.total, -0.2);
+  return (rule == BandwidthRule::silverman ? 0.9 : 1.06) * least * std::pow(total, -0.2);
 }
 
 }  // namespace
@@ -221,9 +221,9 @@ KernelDensity kde(Data x, const KdeOptions& options) {
     d.y_ = d.x_;
     return d;
   }
-  const double h = options.bandwidth.given()
-                       ? options.bandwidth.value()
-                       : ruleOfThumb(sample->points, sample->weights, options.bandwidth.rule());
+  const double h = options.bandwidth.given() ? options.bandwidth.value()
+                                             : ruleOfThumb(sample->points, sample->weights,
+                                                           sample->total, options.bandwidth.rule());
   d.bandwidth_ = h;
   const Interval bounds =
       options.bounds.value_or(Interval{sample->range.low - 3 * h, sample->range.high + 3 * h});

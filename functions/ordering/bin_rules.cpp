@@ -5,9 +5,10 @@
 // Sturges (1926), The choice of a class interval: width range / (log2(n) + 1).
 #include <algorithm>
 #include <numbers>
+#include <numeric>
 
 #include "functions/ordering/binning.hpp"
-#include "functions/spread.hpp"
+#include "vexel/descriptive.hpp"
 
 namespace vexel {
 
@@ -17,7 +18,11 @@ constexpr double kMostBins = 0x1p27;
 
 struct Present {
   std::vector<double> points;
-  std::vector<double> weights;
+  std::vector<double> weights;  // empty: all 1
+  double total() const {
+    return weights.empty() ? static_cast<double>(points.size())
+                           : std::accumulate(weights.begin(), weights.end(), 0.0);
+  }
 };
 
 Present presentIn(Data x, Interval range, Data w) {
@@ -42,17 +47,16 @@ std::size_t ruleBins(Data x, BinRule rule, Interval range, const HistogramOption
   if (p.points.empty()) {
     return 1;
   }
-  const Spread spread = spreadOf(p.points, p.weights);
+  const Data weights = p.weights.empty() ? Data() : Data(p.weights);
   const auto [smallest, largest] = std::minmax_element(p.points.begin(), p.points.end());
-  const double sturges = (*largest - *smallest) / (std::log2(spread.total) + 1);
-  const double fd = 2 * spread.iqr / std::cbrt(spread.total);
+  const double sturges = (*largest - *smallest) / (std::log2(p.total()) + 1);
   double width = sturges;
   if (rule == BinRule::scott) {
-    width = std::cbrt(24 * std::sqrt(std::numbers::pi) / spread.total) * spread.sd;
-  } else if (rule == BinRule::fd) {
-    width = fd;
-  } else if (rule == BinRule::automatic) {
-    width = fd > 0 ? std::min(fd, sturges) : sturges;
+    width = std::cbrt(24 * std::sqrt(std::numbers::pi) / p.total()) *
+            std(p.points, {.weights = weights, .ddof = 0});
+  } else if (rule != BinRule::sturges) {
+    const double fd = 2 * iqr(p.points, {.weights = weights}) / std::cbrt(p.total());
+    width = rule == BinRule::fd ? fd : fd > 0 ? std::min(fd, sturges) : sturges;
   }
   if (!(width > 0)) {
     return 1;

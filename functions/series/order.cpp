@@ -8,6 +8,7 @@
 #include <cmath>
 #include <limits>
 
+#include "functions/quantiles.hpp"
 #include "functions/series/windows.hpp"
 #include "numerics/rank_words.hpp"
 
@@ -115,22 +116,16 @@ struct Ranked {
   }
 };
 
-double between(double low, double high, double fraction) {
-  if (fraction == 0 || low == high) {
-    return low;
-  }
-  const double step = high - low;
-  return std::isinf(step) ? low * (1 - fraction) + high * fraction : low + fraction * step;
-}
-
-// From 0: the quantile lies fraction of the way from one order statistic to the next.
-struct Place {
-  std::int64_t k;
+// The order statistics, from 0, that a quantile of count elements lies between.
+struct Neighbours {
+  std::int64_t low;
   double fraction;
-  Place(double q, double count) {
-    const double h = std::max(0.0, q * (count - 1));
-    k = static_cast<std::int64_t>(h);
-    fraction = h - static_cast<double>(k);
+  Neighbours(double q, std::int64_t count) {
+    const Place place = placeOf(q, static_cast<double>(count), QuantileMethod::linear);
+    low = place.low.weight >= static_cast<double>(count)
+              ? count - 1
+              : static_cast<std::int64_t>(place.low.weight) - 1;
+    fraction = place.fraction;
   }
 };
 
@@ -148,19 +143,18 @@ double weightedQuantile(const Stretch& s, std::size_t j, double q,
   for (const auto& [x, w] : members) {
     total += w;
   }
-  const Place place(q, total);
-  const auto statistic = [&](double k) {
+  const Place place = placeOf(q, total, QuantileMethod::linear);
+  const auto statistic = [&](Target target) {
     double sum = 0;
     for (const auto& [x, w] : members) {
       sum += w;
-      if (sum >= k) {
+      if (sum >= target.weight) {
         return x;
       }
     }
     return members.back().first;
   };
-  const auto k = static_cast<double>(place.k);
-  return between(statistic(k + 1), statistic(k + 2), place.fraction);
+  return between(statistic(place.low), statistic(place.high), place.fraction);
 }
 
 }  // namespace
@@ -181,7 +175,7 @@ void movingQuantiles(const Stretch& s, double q, std::size_t minCount, double* o
       window.insert(ranked.ranks[i]);
     }
   }
-  Place place(q, static_cast<double>(s.window()));
+  Neighbours place(q, static_cast<std::int64_t>(s.window()));
   for (std::size_t j = 0; j < s.results(); ++j) {
     if (j > 0 && !s.plain()) {
       counts.slide();
@@ -196,9 +190,9 @@ void movingQuantiles(const Stretch& s, double q, std::size_t minCount, double* o
         out[j] = weightedQuantile(s, j, q, members);
       } else {
         if (!s.plain()) {
-          place = Place(q, static_cast<double>(counts.present()));
+          place = Neighbours(q, counts.present());
         }
-        const std::uint32_t at = window.select(place.k);
+        const std::uint32_t at = window.select(place.low);
         out[j] = ranked.sorted[at];
         if (place.fraction > 0) {
           out[j] = between(out[j], ranked.sorted[window.from(at + 1)], place.fraction);

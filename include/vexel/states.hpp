@@ -14,6 +14,10 @@
 #pragma once
 
 #include <vexel/states/covariance.hpp>
+#include <vexel/states/density_grid.hpp>
 #include <vexel/states/extremes.hpp>
+#include <vexel/states/histogram.hpp>
 #include <vexel/states/moments.hpp>
+#include <vexel/states/ranks.hpp>
 #include <vexel/states/sums.hpp>
+#include <vexel/states/tally.hpp>
