@@ -98,12 +98,17 @@ BetaLaw BetaLaw::mirrored() const {
 // a y - b x, from the smaller of x and y.
 double BetaLaw::excess(UnitPair at) const { return at.x <= at.y ? a_ - n_ * at.x : n_ * at.y - b_; }
 
-double BetaLaw::weight(UnitPair at) const {
+Piece BetaLaw::weightPiece(UnitPair at) const {
   const double e = excess(at);
   const Piece p = first_.at(n_ * at.x, -e);
   const Piece q = second_.at(n_ * at.y, e);
   const Piece n = both_.atPeak();
-  return p.factor * q.factor / n.factor * std::exp(-(p.exponent + q.exponent - n.exponent));
+  return {p.factor * q.factor / n.factor, p.exponent + q.exponent - n.exponent};
+}
+
+double BetaLaw::weight(UnitPair at) const {
+  const Piece p = weightPiece(at);
+  return p.factor * std::exp(-p.exponent);
 }
 
 double BetaLaw::logWeight(UnitPair at) const {
@@ -119,6 +124,13 @@ double BetaLaw::outerFactor(UnitPair at) const {
     return b_ / n_ * betaSeries(a_, n_, at.x);
   }
   return a_ / n_ * b_ * betaFraction(a_, b_, at.x, excess(at));
+}
+
+double BetaLaw::lowerOverDecrement(UnitPair at) const {
+  if (excess(at) >= 0.0 && !complementSeries(at)) {
+    return outerFactor(at) * (n_ / b_);
+  }
+  return tail(at, Tail::lower) / (weight(at) * (b_ / n_));
 }
 
 // Near x = 1 with a small b the fraction loses digits; the mirrored series has none to lose.

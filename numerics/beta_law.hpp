@@ -36,6 +36,11 @@ class BetaLaw {
   // b).
   double weight(UnitPair at) const;
   double logWeight(UnitPair at) const;
+  Piece weightPiece(UnitPair at) const;
+  // The lower tail over its decrement when a is raised by 1, the weight times b / (a + b).
+  double lowerOverDecrement(UnitPair at) const;
+  // A quantile good to a digit or two.
+  UnitPair roughQuantile(double p, Tail which) const;
 
   static UnitPair at(double x) { return {x, 1.0 - x}; }
 
@@ -54,7 +59,7 @@ class BetaLaw {
   bool aboveMean(UnitPair at) const;
   bool complementSeries(UnitPair at) const;
   double start(double p, Tail which) const;
-  UnitPair quantileBelow(double p, Tail which, double from) const;
+  double quantileBelow(double p, Tail which, double from) const;
 
   double a_;
   double b_;
@@ -75,9 +80,10 @@ class FLaw {
   double logTail(double x, Tail which) const;
   double quantile(double p, Tail which) const;
 
- private:
-  UnitPair point(double x) const;
+  // df1 x / (df1 x + df2) and its complement.
+  static UnitPair point(double x, double df1, double df2);
 
+ private:
   double nu1_;
   double nu2_;
   BetaLaw beta_;

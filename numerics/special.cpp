@@ -108,21 +108,6 @@ double logGammaQuotient(double a, double b) {
   return (b - 0.5) * std::log1p(a * u) + a * (std::log(sum) - 1.0) + rest - std::log1p(product);
 }
 
-double millsRatio(double z) {
-  if (z < 5.0) {
-    return 0.5 * rootTwoPi * std::exp(0.5 * z * z) * std::erfc(z * 0.70710678118654752440);
-  }
-  if (z > 1e8) {
-    return 1.0 / z;
-  }
-  // Laplace's continued fraction from its tail; 40 terms are enough from 5 on, 10 from 15 on.
-  double rest = z;
-  for (int k = z < 15.0 ? 40 : 10; k > 0; --k) {
-    rest = z + k / rest;
-  }
-  return 1.0 / rest;
-}
-
 double logNormalLower(double x) {
   if (x > -1.0) {
     return x > 0.0 ? std::log1p(-normalLower(-x)) : std::log(normalLower(x));

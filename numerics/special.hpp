@@ -90,7 +90,18 @@ class PowerPiece {
 double logGammaQuotient(double a, double b);
 
 // P(Z > z) / density(z) of the standard normal law, z >= 0.
-double millsRatio(double z);
+inline double millsRatio(double z) {
+  const double r = 1.0 / (z + 5.0);
+  const double t = z < 1e15 ? (z - 5.0) * r : 1.0;
+  const double t2 = t * t;
+  const double t4 = t2 * t2;
+  const auto& c = millsFit;
+  double sum = c[24];
+  for (int k = 20; k >= 0; k -= 4) {
+    sum = sum * t4 + ((c[k] + c[k + 1] * t) + (c[k + 2] + c[k + 3] * t) * t2);
+  }
+  return sum * r;
+}
 // log P(Z <= x); of any x for which it is a double, relative to itself at both ends.
 double logNormalLower(double x);
 // x with log P(Z <= x) = logP <= 0.
