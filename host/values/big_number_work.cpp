@@ -10,19 +10,20 @@
 #include <cstdlib>
 #include <new>
 
-#include "memory/unwinding.hpp"
+#include "values/errors.hpp"
 
 namespace vexel {
 
 namespace {
 
+constinit thread_local int depth = 0;
 constinit thread_local bool abandoned = false;
 
 // Numbers below are done with before anybody could notice.
 constexpr std::size_t kLarge = std::size_t{1} << 13;
 
 void look(std::size_t bytes) {
-  if (hostDepth > 0 && bytes >= kLarge && interruptRequested != 0) {
+  if (depth > 0 && bytes >= kLarge && interruptRequested != 0) {
     abandoned = true;
     throwInterrupt();
   }
@@ -30,7 +31,7 @@ void look(std::size_t bytes) {
 
 void* checked(void* p, std::size_t bytes) {
   if (p == nullptr) {
-    if (hostDepth > 0) {
+    if (depth > 0) {
       abandoned = true;
       throw std::bad_alloc();
     }
@@ -71,11 +72,11 @@ bool install() {
 
 BigNumberWork::BigNumberWork() {
   static const bool installed = install();
-  (void)installed;
+  depth += installed ? 1 : 0;
 }
 
 BigNumberWork::~BigNumberWork() {
-  if (hostDepth == 1 && abandoned) {
+  if (--depth == 0 && abandoned) {
     abandoned = false;
     mpfr_free_cache();
   }

@@ -31,7 +31,6 @@ struct StateTest : testing::Test {
 
   Kernel kernel;
   State& state = *kernel.vector();
-  InsideHost inside;  // errors are tokens
 };
 
 }  // namespace vexel
