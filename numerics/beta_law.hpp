@@ -52,6 +52,7 @@ class BetaLaw {
   double logOuter(UnitPair at) const;
   double inner(UnitPair at, double outer) const;
   double outerFactor(UnitPair at) const;
+  double ordinaryTail(UnitPair at, Tail which) const;
   double seriesComplement(UnitPair at) const;
   double uniformOuter(UnitPair at, bool log) const;
   double gammaLimit(UnitPair at, Tail which, bool log) const;
@@ -67,6 +68,9 @@ class BetaLaw {
   PowerPiece first_;
   PowerPiece second_;
   PowerPiece both_;
+  // Both parameters at least 1 and not huge; the weight's constant factor then.
+  bool ordinary_;
+  double scale_;
 };
 
 // F with nu1 over nu2 degrees of freedom, either of them up to infinity.

@@ -39,15 +39,27 @@ double BetaLaw::density(UnitPair at) const {
   }
   const double w = weight(at);
   const double value = w * (a_ / at.x) * (b_ / n_) / at.y;
-  return w > 1e-280 && std::isfinite(value) ? value : std::exp(logDensity(at));
+  if (w > 1e-280 && std::isfinite(value)) {
+    return value;
+  }
+  // Parameters lower by one, where x or y is not multiplied in for nothing.
+  if (at.x < at.y && a_ >= 1.0) {
+    return BetaLaw(a_ - 1.0, b_).weight(at) * (b_ / at.y);
+  }
+  if (at.x >= at.y && b_ >= 1.0) {
+    return BetaLaw(a_, b_ - 1.0).weight(at) * (a_ / at.x);
+  }
+  return std::exp(logDensity(at));
 }
 
 double BetaLaw::logDensity(UnitPair at) const {
   if (!(at.x > 0.0 && at.y > 0.0)) {
     return std::log(density(at));
   }
-  if (a_ == 1.0 && b_ == 1.0) {
-    return 0.0;
+  if (a_ == 1.0 || b_ == 1.0) {
+    const double logX = at.x > 0.5 ? std::log1p(-at.y) : std::log(at.x);
+    const double logY = at.x < 0.5 ? std::log1p(-at.x) : std::log(at.y);
+    return (a_ - 1.0) * logX + (b_ - 1.0) * logY + std::log(a_) + std::log(b_);
   }
   return logWeight(at) + (std::log(a_) - std::log(at.x)) + (std::log(b_) - std::log(n_)) -
          (at.y > 0.5 ? std::log1p(-at.x) : std::log(at.y));
@@ -208,6 +220,9 @@ double FLaw::logDensity(double x) const {
   if (asIfInfinite(nu1_, nu2_)) {
     return GammaLaw(0.5 * nu2_).logDensity(0.5 * nu2_ / x) + std::log(0.5 * nu2_) -
            2.0 * std::log(x);
+  }
+  if (nu1_ == 2.0) {
+    return -(0.5 * nu2_ + 1.0) * std::log1p(2.0 / nu2_ * x);
   }
   return beta_.logWeight(point(x, nu1_, nu2_)) - std::log1p(nu2_ / nu1_) + std::log(0.5 * nu2_) -
          std::log(x);
