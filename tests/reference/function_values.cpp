@@ -69,7 +69,7 @@ void boosts(Make make, double x, double p, double q) {
   show([&] { return bm::quantile(bm::complement(make(), q)); });
 }
 
-void boost(const std::string& law, const Numbers& v, double x, double p, double q) {
+void ofBoost(const std::string& law, const Numbers& v, double x, double p, double q) {
 #define IS(Name, expression)                                \
   if (law == #Name) {                                       \
     return boosts([&] { return bm::expression; }, x, p, q); \
@@ -129,7 +129,7 @@ int main() {
         }
       }
     });
-    boost(law, v, x, p, q);
+    ofBoost(law, v, x, p, q);
     std::printf("\n");
   }
 }
