@@ -10,7 +10,7 @@ namespace vexel::kernels {
 // that it may come back; infinities and NaN stay.
 class RunningSum {
  public:
-  static constexpr std::size_t chunk = 512;
+  static constexpr std::size_t chunk = 1024;
 
   void add(double x) {
     if (!std::isfinite(x)) {

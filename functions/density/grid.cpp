@@ -7,6 +7,7 @@
 #include <new>
 
 #include "functions/density/kernels.hpp"
+#include "kernels/binning.hpp"
 #include "kernels/watch.hpp"
 
 namespace vexel {
@@ -80,7 +81,7 @@ std::vector<double> transformed(std::span<const double> shares, const std::vecto
 
 std::vector<double> convolved(std::span<const double> shares, GridSums at, DensityKernel kernel,
                               double bandwidth, double total) {
-  constexpr double directOperations = 2e7;  // beyond that the transforms are faster
+  constexpr double directOperations = 3e7;  // beyond that the transforms are faster
   const std::vector<double> k = sampledKernel(kernel, at.step, bandwidth, shares.size());
   const double scale = 1 / (total * bandwidth);
   std::vector<double> y(at.points);
@@ -91,6 +92,9 @@ std::vector<double> convolved(std::span<const double> shares, GridSums at, Densi
     }
     return y;
   }
+  // Both halves, so that each density is one sum of products.
+  std::vector<double> whole(k.rbegin(), k.rend());
+  whole.insert(whole.end(), k.begin() + 1, k.end());
   for (std::size_t i = 0; i < at.points; ++i) {
     if (i % 256 == 0) {
       kernels::poll(static_cast<double>(i) / static_cast<double>(at.points));
@@ -98,15 +102,8 @@ std::vector<double> convolved(std::span<const double> shares, GridSums at, Densi
     const std::size_t middle = at.first + i * at.stride;
     const std::size_t left = std::min(middle, k.size() - 1);
     const std::size_t right = std::min(shares.size() - 1 - middle, k.size() - 1);
-    double below = 0;
-    double above = 0;
-    for (std::size_t j = 1; j <= left; ++j) {
-      below += shares[middle - j] * k[j];
-    }
-    for (std::size_t j = 1; j <= right; ++j) {
-      above += shares[middle + j] * k[j];
-    }
-    y[i] = (shares[middle] * k[0] + (below + above)) * scale;
+    y[i] =
+        kernels::dot(&shares[middle - left], &whole[k.size() - 1 - left], left + right + 1) * scale;
   }
   return y;
 }

@@ -10,6 +10,7 @@
 #include "functions/density/grid.hpp"
 #include "functions/density/kernels.hpp"
 #include "functions/elements.hpp"
+#include "kernels/binning.hpp"
 #include "kernels/watch.hpp"
 #include "numerics/rank_words.hpp"
 #include "vexel/descriptive.hpp"
@@ -38,33 +39,51 @@ struct KernelDensity::Sample {
   mutable std::once_flag urnMaking;
 
   Sample(Data x, Data w, Missing missing) {
-    points.reserve(x.size());
-    for (std::size_t i = 0; i < x.size(); ++i) {
-      const double v = x[i];
-      const double weight = w.given() ? w[i] : 1;
-      if (weight == 0) {
-        continue;
-      }
-      if (isMissing(v) || isMissing(weight)) {
-        if (missing == Missing::raise) {
-          throwMissing("x or weights");
-        }
-        broken |= missing == Missing::propagate;
-        continue;
-      }
-      if (std::isinf(v)) {
-        throw std::invalid_argument(expected("x", "finite numbers", number(v)));
-      }
-      points.push_back(v);
-      if (w.given()) {
-        weights.push_back(weight);
-      }
-      range = {std::min(range.low, v), std::max(range.high, v)};
-      total += weight;
+    if (!w.given() && x.dense() &&
+        kernels::finiteRange(x.doubles().data(), x.size(), &range.low, &range.high)) {
+      points.assign(x.doubles().begin(), x.doubles().end());
+      total = static_cast<double>(points.size());
+      return;
     }
+    if (w.given()) {
+      weights.reserve(x.size());
+    }
+    points.resize(x.size());
+    std::size_t kept = 0;
+    onElements(x, [&]<typename T>(std::span<const T> values) {
+      for (std::size_t i = 0; i < values.size(); ++i) {
+        const auto v = static_cast<double>(values[i]);
+        const double weight = w.given() ? w[i] : 1;
+        // The difference is NaN for infinities too.
+        if (v - v == 0 && weight > 0) [[likely]] {
+          points[kept++] = v;
+          if (w.given()) {
+            weights.push_back(weight);
+          }
+          total += weight;
+        } else {
+          leaveOut(v, weight, missing);
+        }
+      }
+    });
+    points.resize(kept);
+    kernels::finiteRange(points.data(), kept, &range.low, &range.high);
     if (points.empty() && w.given() && x.size() > 0 && !broken) {
       throw std::invalid_argument("weights: expected a positive total, got 0");
     }
+  }
+
+  void leaveOut(double v, double weight, Missing missing) {
+    if (weight == 0) {
+      return;
+    }
+    if (std::isinf(v) && !isMissing(weight)) {
+      throw std::invalid_argument(expected("x", "finite numbers", number(v)));
+    }
+    if (missing == Missing::raise) {
+      throwMissing("x or weights");
+    }
+    broken |= missing == Missing::propagate;
   }
 
   bool empty() const { return broken || points.empty(); }

@@ -4,6 +4,7 @@
 #include <array>
 #include <string>
 
+#include "kernels/binning.hpp"
 #include "kernels/watch.hpp"
 
 namespace vexel {
@@ -58,32 +59,25 @@ namespace {
 
 constexpr std::size_t kBlock = 512;
 
-// The bins of a block, and `bins` where the guess leaves doubt or is none.  Returns how many those
-// are.  Free of branches, for vector instructions.
 template <typename T>
-int guessBlock(const T* x, std::size_t n, double low, double scale, double doubt, int bins,
-               int* bin) {
-  int doubtful = 0;
-  const double most = bins;
-  for (std::size_t j = 0; j < n; ++j) {
-    double t = (static_cast<double>(x[j]) - low) * scale;
-    t = t > 0 ? t : 0;
-    t = t < most ? t : most;
-    const int whole = static_cast<int>(t);
-    const double part = t - static_cast<double>(whole);
-    const bool sure = (part > doubt) & (part < 1 - doubt);
-    bin[j] = sure ? whole : bins;
-    doubtful += static_cast<int>(!sure);
+const double* asDoubles(const T* x, std::size_t n, double* room) {
+  if constexpr (std::is_same_v<T, double>) {
+    return x;
+  } else {
+    for (std::size_t i = 0; i < n; ++i) {
+      room[i] = static_cast<double>(x[i]);
+    }
+    return room;
   }
-  return doubtful;
 }
 
 }  // namespace
 
 // Four tables, since an increment waits for the one before it in its place.
 template <typename T>
-void Binning::count(std::span<const T> x, std::span<std::uint64_t> counts) const {
+std::size_t Binning::count(std::span<const T> x, std::span<std::uint64_t> counts) const {
   constexpr std::size_t kMostGuessed = std::size_t{1} << 20;
+  std::size_t missing = 0;
   const bool guessed = equal_ && bins_ < kMostGuessed && doubt_ < 0.25 && x.size() >= bins_;
   if (!guessed) {
     for (std::size_t i = 0; i < x.size(); ++i) {
@@ -93,9 +87,11 @@ void Binning::count(std::span<const T> x, std::span<std::uint64_t> counts) const
       const std::size_t bin = (*this)(x[i]);
       if (bin != outside) {
         ++counts[bin];
+      } else {
+        missing += static_cast<std::size_t>(isMissing(x[i]));
       }
     }
-    return;
+    return missing;
   }
   const std::size_t cells = bins_ + 1;  // the last one for the doubtful
   const std::size_t tables = cells <= 2048 ? 4 : 1;
@@ -104,26 +100,31 @@ void Binning::count(std::span<const T> x, std::span<std::uint64_t> counts) const
   for (std::size_t t = 0; t < 4; ++t) {
     table[t] = all.data() + (t % tables) * cells;
   }
-  std::array<int, kBlock> bin;
+  std::array<std::int32_t, kBlock> bin;
+  const auto none = static_cast<std::int32_t>(bins_);
+  std::array<double, kBlock> converted;
+  const kernels::BinGuess guess{low_, scale_, doubt_, none};
   for (std::size_t start = 0; start < x.size(); start += kBlock) {
     if (start % kernels::pollInterval == 0) {
       kernels::poll(static_cast<double>(start) / static_cast<double>(x.size()));
     }
     const std::size_t n = std::min(kBlock, x.size() - start);
     const T* const block = x.data() + start;
-    const int doubtful =
-        guessBlock(block, n, low_, scale_, doubt_, static_cast<int>(bins_), bin.data());
-    std::fill(bin.begin() + static_cast<std::ptrdiff_t>(n), bin.end(), static_cast<int>(bins_));
+    const std::int32_t doubtful =
+        kernels::guessBins(asDoubles(block, n, converted.data()), n, guess, bin.data());
+    std::fill(bin.begin() + static_cast<std::ptrdiff_t>(n), bin.end(), none);
     for (std::size_t j = 0; j < kBlock; j += 4) {
       for (std::size_t t = 0; t < 4; ++t) {
         ++table[t][bin[j + t]];
       }
     }
     for (std::size_t j = 0; doubtful > 0 && j < n; ++j) {
-      if (bin[j] == static_cast<int>(bins_)) {
+      if (bin[j] == none) {
         const std::size_t exact = (*this)(block[j]);
         if (exact != outside) {
           ++table[0][exact];
+        } else {
+          missing += static_cast<std::size_t>(isMissing(block[j]));
         }
       }
     }
@@ -133,10 +134,11 @@ void Binning::count(std::span<const T> x, std::span<std::uint64_t> counts) const
       counts[b] += table[t][b];
     }
   }
+  return missing;
 }
-template void Binning::count(std::span<const double>, std::span<std::uint64_t>) const;
-template void Binning::count(std::span<const float>, std::span<std::uint64_t>) const;
-template void Binning::count(std::span<const std::int32_t>, std::span<std::uint64_t>) const;
-template void Binning::count(std::span<const std::int64_t>, std::span<std::uint64_t>) const;
+template std::size_t Binning::count(std::span<const double>, std::span<std::uint64_t>) const;
+template std::size_t Binning::count(std::span<const float>, std::span<std::uint64_t>) const;
+template std::size_t Binning::count(std::span<const std::int32_t>, std::span<std::uint64_t>) const;
+template std::size_t Binning::count(std::span<const std::int64_t>, std::span<std::uint64_t>) const;
 
 }  // namespace vexel

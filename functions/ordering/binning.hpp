@@ -51,9 +51,10 @@ class Binning {
     return i;
   }
 
-  // Adds the elements to counts, one for each bin; those outside are skipped.
+  // Adds the elements to counts, one for each bin; those outside are skipped.  Returns how many are
+  // missing.
   template <typename T>
-  void count(std::span<const T> x, std::span<std::uint64_t> counts) const;
+  std::size_t count(std::span<const T> x, std::span<std::uint64_t> counts) const;
 
  private:
   // A large integer may be rounded to an edge that it is not on.
@@ -117,17 +118,6 @@ std::size_t addWeights(const Binning& binning, std::span<const T> x, Data weight
     const std::size_t bin = binning(x[i]);
     if (bin != Binning::outside) {
       totals.add(bin, w);
-    }
-  }
-  return missing;
-}
-
-template <typename T>
-std::size_t countMissing(std::span<const T> x) {
-  std::size_t missing = 0;
-  if constexpr (std::is_floating_point_v<T>) {
-    for (const T v : x) {
-      missing += static_cast<std::size_t>(v != v);
     }
   }
   return missing;

@@ -2,6 +2,7 @@
 #include <algorithm>
 
 #include "functions/ordering/binning.hpp"
+#include "kernels/binning.hpp"
 
 namespace vexel {
 
@@ -82,9 +83,8 @@ HistogramResult histogram(Data x, const Bins& bins, const HistogramOptions& opti
       }
     } else {
       std::vector<std::uint64_t> counts(binning.bins());
-      binning.count(points, counts);
+      result.missing = binning.count(points, counts);
       std::copy(counts.begin(), counts.end(), result.counts.begin());
-      result.missing = countMissing(points);
     }
   });
   if (options.missing == Missing::raise && result.missing > 0) {

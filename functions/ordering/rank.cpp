@@ -1,28 +1,41 @@
 // Positions and ranks in sorted order, from the numerical library's words of key and position.
+#include <limits>
+
 #include "functions/elements.hpp"
 #include "numerics/rank_words.hpp"
 #include "vexel/ordering.hpp"
 
 namespace vexel {
 
-std::size_t argsort(Data x, std::span<std::int64_t> out, const SortOptions& options) {
-  requireSize("out", out.size(), x.size());
-  std::size_t kept = x.size();
-  onElements(x, [&]<typename T>(std::span<const T> elements) {
-    nag2::visitSorted(elements.data(), elements.size(), false,
-                      [&](std::size_t first, nag2::TiedPositions tied) {
-                        if (isMissing(elements[tied[0]])) {
-                          kept = first;
-                        }
-                        for (std::size_t i = 0; i < tied.size(); ++i) {
-                          out[first + i] = static_cast<std::int64_t>(tied[i]);
-                        }
-                      });
-  });
-  if (options.missing == Missing::raise && kept < x.size()) {
+namespace {
+
+// How many elements are not missing; those come first in sorted order.
+template <typename T>
+std::size_t presentIn(std::span<const T> x, Missing missing) {
+  std::size_t gone = 0;
+  for (const T v : x) {
+    gone += static_cast<std::size_t>(isMissing(v));
+  }
+  if (missing == Missing::raise && gone > 0) {
     throwMissing("x");
   }
-  return options.missing == Missing::omit ? kept : x.size();
+  return x.size() - gone;
+}
+
+}  // namespace
+
+std::size_t argsort(Data x, std::span<std::int64_t> out, const SortOptions& options) {
+  requireSize("out", out.size(), x.size());
+  return onElements(x, [&]<typename T>(std::span<const T> elements) {
+    const std::size_t present = presentIn(elements, options.missing);
+    nag2::visitSorted(elements.data(), elements.size(), false,
+                      [to = out.data()](std::size_t first, nag2::TiedPositions tied) {
+                        for (std::size_t i = 0; i < tied.size(); ++i) {
+                          to[first + i] = static_cast<std::int64_t>(tied[i]);
+                        }
+                      });
+    return options.missing == Missing::omit ? present : x.size();
+  });
 }
 
 std::vector<std::int64_t> argsort(Data x, const SortOptions& options) {
@@ -34,8 +47,10 @@ std::vector<std::int64_t> argsort(Data x, const SortOptions& options) {
 namespace {
 
 // The ranks of the tied elements that follow `before` smaller ones, the group-th run of them.
+// Inlined, since an argument on the stack would wait for all the scattered stores before it.
 template <typename Set>
-void rankTied(RankMethod method, double before, double group, nag2::TiedPositions tied, Set set) {
+[[gnu::always_inline]] inline void rankTied(RankMethod method, double before, double group,
+                                            nag2::TiedPositions tied, Set set) {
   const auto size = static_cast<double>(tied.size());
   double rank = before + (size + 1) / 2;
   switch (method) {
@@ -66,20 +81,18 @@ void rankTied(RankMethod method, double before, double group, nag2::TiedPosition
 void rank(Data x, std::span<double> out, const RankOptions& options) {
   requireSize("out", out.size(), x.size());
   onElements(x, [&]<typename T>(std::span<const T> elements) {
+    const std::size_t present = presentIn(elements, options.missing);
     double group = 0;
     nag2::visitSorted(elements.data(), elements.size(), false,
-                      [&](std::size_t first, nag2::TiedPositions tied) {
-                        if (isMissing(elements[tied[0]])) {
-                          if (options.missing == Missing::raise) {
-                            throwMissing("x");
-                          }
+                      [&, to = out.data()](std::size_t first, nag2::TiedPositions tied) {
+                        if (first < present) {
+                          rankTied(options.method, static_cast<double>(first), ++group, tied,
+                                   [to](std::size_t i, double r) { to[i] = r; });
+                        } else {
                           for (std::size_t i = 0; i < tied.size(); ++i) {
-                            out[tied[i]] = static_cast<double>(elements[tied[i]]);
+                            to[tied[i]] = std::numeric_limits<double>::quiet_NaN();
                           }
-                          return;
                         }
-                        rankTied(options.method, static_cast<double>(first), ++group, tied,
-                                 [&](std::size_t i, double r) { out[i] = r; });
                       });
   });
 }

@@ -47,9 +47,14 @@ TallyResult<T> tallyBySorting(std::span<const T> x) {
 // Neighbours count in tables of their own: an increment waits for the one before it in its place.
 template <typename T>
 bool tallyByValue(std::span<const T> x, TallyResult<T>& result) {
-  const auto [smallest, largest] = std::minmax_element(x.begin(), x.end());
-  const auto base = static_cast<std::uint64_t>(std::int64_t{*smallest});
-  const std::uint64_t range = static_cast<std::uint64_t>(std::int64_t{*largest}) - base;
+  T smallest = x[0];
+  T largest = x[0];
+  for (const T v : x) {
+    smallest = std::min(smallest, v);
+    largest = std::max(largest, v);
+  }
+  const auto base = static_cast<std::uint64_t>(std::int64_t{smallest});
+  const std::uint64_t range = static_cast<std::uint64_t>(std::int64_t{largest}) - base;
   if (range > 2 * x.size()) {
     return false;
   }

@@ -40,12 +40,11 @@ Histogram& Histogram::update(Data x, Data weights) {
     return *this;
   }
   onElements(x, [&]<typename T>(std::span<const T> points) {
-    const std::size_t missing = countMissing(points);
+    std::vector<std::uint64_t> counts(binning.bins());
+    const std::size_t missing = binning.count(points, counts);
     if (missing > 0 && c.policy == Missing::raise) {
       throwMissing("x");
     }
-    std::vector<std::uint64_t> counts(binning.bins());
-    binning.count(points, counts);
     for (std::size_t b = 0; b < counts.size(); ++b) {
       c.totals.add(b, static_cast<double>(counts[b]));
     }

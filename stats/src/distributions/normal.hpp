@@ -3,8 +3,7 @@
 
 #include <vexelc/vexelc.h>
 
-#include "kernel/uniform_source.hpp"
-#include "kernels/classic/variates.hpp"
+#include "distributions/ziggurat_normal.hpp"
 
 // P(X <= x).
 double STATS_NormalProbability_HW(VKernelVector kv, double x, double mu, double sigma);
@@ -14,8 +13,8 @@ double STATS_NormalDeviate_HW(VKernelVector kv, double p, double mu, double sigm
 
 // One variate, from the ziggurat.
 inline double STATS_NormalRandomVariate_HW(VKernelVector, double mu, double sigma) {
-  STATS_VexelRandomStream_HW uniforms;
-  return vexel::kernels::classic::normal(uniforms, mu, sigma);
+  STATS_ZigguratNormalGenerator_HW::Reset();
+  return STATS_ZigguratNormalGenerator_HW::Next() * sigma + mu;
 }
 
 inline double STATS_NormalRandomVariate_HW(VKernelVector kv, const double* params) {

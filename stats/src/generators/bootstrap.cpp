@@ -27,8 +27,11 @@ class UniformIndex {
     }
   }
   std::size_t Next() const {
-    STATS_VexelRandomStream_HW uniforms;
-    return vexel::kernels::classic::indexUpTo(uniforms, last_, shift_);
+    std::uint32_t i;
+    do {
+      i = static_cast<std::uint32_t>(STATS_VexelRandomStream_HW::NextInteger()) >> shift_;
+    } while (i > last_);
+    return i;
   }
 
  private:
