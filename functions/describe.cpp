@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
-#include <limits>
 #include <ostream>
 #include <string>
 #include <utility>
@@ -19,35 +18,22 @@ namespace vexel {
 
 Description describe(Data x, const DescribeOptions& options) {
   Sample sample("describe", x, options.weights, options.missing);
-  const Selection selection(sample);
+  const Quartiles quartiles = quartilesOf(sample);
+  const double* const q = quartiles.values;
   Description d{};
-  d.count = selection.total();
-  d.missing = selection.found().missing;
-  double* const numbers[] = {&d.mean, &d.std, &d.min,      &d.q1,      &d.median,
-                             &d.q3,   &d.max, &d.skewness, &d.kurtosis};
-  for (double* const n : numbers) {
-    *n = kNaN;
-  }
-  if (selection.undefined()) {
-    return d;
-  }
-  const Target ends[] = {{0.0}, {std::numeric_limits<double>::infinity()}};
-  const double q[] = {0.25, 0.5, 0.75};
-  const std::vector<double> range = selection.values(ends);
-  const std::vector<double> quartiles = quantilesOf(selection, q, QuantileMethod::linear);
-  d.min = range[0];
-  d.max = range[1];
-  d.q1 = quartiles[0];
-  d.median = quartiles[1];
-  d.q3 = quartiles[2];
+  d.count = quartiles.total;
+  d.missing = quartiles.found.missing;
+  d.min = q[0];
+  d.q1 = q[1];
+  d.median = q[2];
+  d.q3 = q[3];
+  d.max = q[4];
   const WeightedOptions same{options.weights, options.missing};
   d.mean = mean(x, {.weights = same.weights, .missing = same.missing});
   d.std = vexel::std(x, {.weights = same.weights, .missing = same.missing});
   const PowerMeans means = powerMeans(sample, 4);
-  if (means.defined) {
-    d.skewness = skewnessOf(means, true);
-    d.kurtosis = kurtosisOf(means, true);
-  }
+  d.skewness = means.defined ? skewnessOf(means, true) : kNaN;
+  d.kurtosis = means.defined ? kurtosisOf(means, true) : kNaN;
   return d;
 }
 

@@ -34,8 +34,8 @@ double meanDeviation(Sample& sample, Center kind) {
     const auto center = meanInTwo(sample);
     return center && std::isfinite(center->high) ? meanDistance(sample, *center) : kNaN;
   }
-  const Selection selection(sample);
-  return selection.undefined() ? kNaN : meanDistance(sample, medianOf(selection));
+  const double center = medianOf(Selection(sample));
+  return std::isnan(center) ? kNaN : meanDistance(sample, center);
 }
 
 }  // namespace
@@ -52,11 +52,7 @@ double mean_absolute_deviation(Data x, const MeanDeviationOptions& options) {
 
 double median_absolute_deviation(Data x, const MedianDeviationOptions& options) {
   const Sample sample("median_absolute_deviation", x, options.weights, options.missing);
-  const Selection points(sample);
-  if (points.undefined()) {
-    return kNaN;
-  }
-  const double center = medianOf(points);
+  const double center = medianOf(Selection(sample));
   if (std::isnan(center)) {
     return kNaN;
   }

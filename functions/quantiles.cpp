@@ -12,6 +12,7 @@
 #include <span>
 #include <stdexcept>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "functions/sample.hpp"
@@ -93,27 +94,55 @@ Place placeOf(double q, double n, QuantileMethod method) {
   }
 }
 
-std::vector<double> quantilesOf(const Selection& selection, std::span<const double> q,
+std::vector<double> quantilesOf(Selection&& selection, std::span<const double> q,
                                 QuantileMethod method) {
   std::vector<Place> places;
-  std::vector<Target> targets;
-  for (const double p : q) {
-    places.push_back(placeOf(std::isnan(p) ? 0.0 : p, selection.total(), method));
-    targets.push_back(places.back().low);
-    targets.push_back(places.back().high);
-  }
-  const std::vector<double> values = selection.values(targets);
-  std::vector<double> result;
-  for (std::size_t i = 0; i < q.size(); ++i) {
-    result.push_back(
-        std::isnan(q[i]) ? kNaN : between(values[2 * i], values[2 * i + 1], places[i].fraction));
+  const auto values = selection.values([&](double n) {
+    std::vector<Target> targets;
+    places.clear();
+    for (const double p : q) {
+      places.push_back(placeOf(std::isnan(p) ? 0.0 : p, n, method));
+      targets.push_back(places.back().low);
+      targets.push_back(places.back().high);
+    }
+    return targets;
+  });
+  std::vector<double> result(q.size(), kNaN);
+  for (std::size_t i = 0; i < q.size() && values; ++i) {
+    if (!std::isnan(q[i])) {
+      result[i] = between((*values)[2 * i], (*values)[2 * i + 1], places[i].fraction);
+    }
   }
   return result;
 }
 
-double medianOf(const Selection& selection) {
+double medianOf(Selection&& selection) {
   const double half = 0.5;
-  return quantilesOf(selection, {&half, 1}, QuantileMethod::linear)[0];
+  return quantilesOf(std::move(selection), {&half, 1}, QuantileMethod::linear)[0];
+}
+
+Quartiles quartilesOf(const Sample& sample) {
+  Selection selection(sample);
+  std::vector<Place> places;
+  const auto v = selection.values([&](double n) {
+    std::vector<Target> targets = {kFirst, kLast};
+    places.clear();
+    for (const double q : {0.25, 0.5, 0.75}) {
+      places.push_back(placeOf(q, n, QuantileMethod::linear));
+      targets.push_back(places.back().low);
+      targets.push_back(places.back().high);
+    }
+    return targets;
+  });
+  Quartiles result{selection.found(), selection.total(), {kNaN, kNaN, kNaN, kNaN, kNaN}};
+  if (v) {
+    result.values[0] = (*v)[0];
+    result.values[4] = (*v)[1];
+    for (std::size_t i = 0; i < 3; ++i) {
+      result.values[i + 1] = between((*v)[2 + 2 * i], (*v)[3 + 2 * i], places[i].fraction);
+    }
+  }
+  return result;
 }
 
 std::vector<double> quantile(Data x, Data q, const QuantileOptions& options) {
@@ -123,11 +152,7 @@ std::vector<double> quantile(Data x, Data q, const QuantileOptions& options) {
     requireProbability(probabilities[i], "quantile");
   }
   const Sample sample("quantile", x, options.weights, options.missing);
-  const Selection selection(sample);
-  if (selection.undefined()) {
-    return std::vector<double>(q.size(), kNaN);
-  }
-  return quantilesOf(selection, probabilities, options.method);
+  return quantilesOf(Selection(sample), probabilities, options.method);
 }
 
 double quantile(Data x, double q, const QuantileOptions& options) {
@@ -136,37 +161,31 @@ double quantile(Data x, double q, const QuantileOptions& options) {
 
 double median(Data x, const WeightedOptions& options) {
   const Sample sample("median", x, options.weights, options.missing);
-  const Selection selection(sample);
-  return selection.undefined() ? kNaN : medianOf(selection);
+  return medianOf(Selection(sample));
 }
 
 double iqr(Data x, const QuantileOptions& options) {
   const Sample sample("iqr", x, options.weights, options.missing);
-  const Selection selection(sample);
-  if (selection.undefined()) {
-    return kNaN;
-  }
   const double q[] = {0.25, 0.75};
-  const std::vector<double> quartiles = quantilesOf(selection, q, options.method);
+  const std::vector<double> quartiles = quantilesOf(Selection(sample), q, options.method);
   return quartiles[1] - quartiles[0];
 }
 
 std::vector<double> order_statistic(Data x, std::span<const std::int64_t> k,
                                     const WeightedOptions& options) {
   const Sample sample("order_statistic", x, options.weights, options.missing);
-  const Selection selection(sample);
-  if (selection.undefined()) {
-    return std::vector<double>(k.size(), kNaN);
-  }
-  std::vector<Target> targets;
-  for (const std::int64_t rank : k) {
-    if (rank < 1 || static_cast<double>(rank) > selection.total()) {
-      throw std::domain_error("order_statistic: k must be 1 to " + number(selection.total()) +
-                              ", not " + std::to_string(rank));
+  const auto values = Selection(sample).values([&](double n) {
+    std::vector<Target> targets;
+    for (const std::int64_t rank : k) {
+      if (rank < 1 || static_cast<double>(rank) > n) {
+        throw std::domain_error("order_statistic: k must be 1 to " + number(n) + ", not " +
+                                std::to_string(rank));
+      }
+      targets.push_back({static_cast<double>(rank)});
     }
-    targets.push_back({static_cast<double>(rank)});
-  }
-  return selection.values(targets);
+    return targets;
+  });
+  return values ? *values : std::vector<double>(k.size(), kNaN);
 }
 
 double order_statistic(Data x, std::int64_t k, const WeightedOptions& options) {
@@ -175,19 +194,19 @@ double order_statistic(Data x, std::int64_t k, const WeightedOptions& options) {
 
 FiveNumber five_number(Data x, const WeightedOptions& options) {
   const Sample sample("five_number", x, options.weights, options.missing);
-  const Selection selection(sample);
-  if (selection.undefined()) {
+  Place center{};
+  const auto values = Selection(sample).values([&](double n) {
+    const double depth = std::floor((n + 3.0) / 2.0) / 2.0;  // of the hinges, from either end
+    const double near = std::floor(depth);
+    const double far = std::ceil(depth);
+    center = interpolated((n - 1.0) * 0.5, n);
+    return std::vector<Target>{kFirst,      {near},           {far},           center.low,
+                               center.high, {n - near, true}, {n - far, true}, kLast};
+  });
+  if (!values) {
     return {kNaN, kNaN, kNaN, kNaN, kNaN};
   }
-  const double n = selection.total();
-  const double depth = std::floor((n + 3.0) / 2.0) / 2.0;  // of the hinges, from either end
-  const double near = std::floor(depth);
-  const double far = std::ceil(depth);
-  const double middle = (n - 1.0) * 0.5;
-  const Place center = interpolated(middle, n);
-  const Target targets[] = {kFirst,      {near},           {far},           center.low,
-                            center.high, {n - near, true}, {n - far, true}, kLast};
-  const std::vector<double> v = selection.values(targets);
+  const std::vector<double>& v = *values;
   return {v[0], between(v[1], v[2], 0.5), between(v[3], v[4], center.fraction),
           between(v[6], v[5], 0.5), v[7]};
 }

@@ -20,9 +20,17 @@ Place placeOf(double q, double n, QuantileMethod method);
 // low + (high - low) * fraction with one rounding, so that it rises with the fraction.
 double between(double low, double high, double fraction);
 
-// Of a selection that is not undefined; 0 <= q <= 1 or NaN.
-std::vector<double> quantilesOf(const Selection& selection, std::span<const double> q,
+// 0 <= q <= 1 or NaN; NaNs where the sample gives no result.
+std::vector<double> quantilesOf(Selection&& selection, std::span<const double> q,
                                 QuantileMethod method);
-double medianOf(const Selection& selection);
+double medianOf(Selection&& selection);
+
+// Quartiles and extremes, with what was found on the way.
+struct Quartiles {
+  Sample::Presence found;
+  double total;
+  double values[5];
+};
+Quartiles quartilesOf(const Sample& sample);
 
 }  // namespace vexel

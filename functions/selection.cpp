@@ -4,11 +4,16 @@
 #include <cmath>
 #include <cstdint>
 #include <limits>
+#include <memory>
+#include <span>
+#include <utility>
+#include <vector>
 
 #include "functions/totals.hpp"
 #include "kernels/vector/selection.hpp"
 #include "numerics/radix_sort.hpp"
 #include "numerics/sort_keys.hpp"
+#include "numerics/vector_sort.hpp"
 
 namespace vexel {
 
@@ -33,6 +38,22 @@ bool reaches(double cumulative, const Target& target) {
   return target.beyond ? cumulative > target.weight : cumulative >= target.weight;
 }
 
+void sortPoints(std::vector<Point>& points, bool weighted) {
+  if (weighted || !nag2::vectorSortServes(points.size())) {
+    std::vector<Point> scratch(points.size());
+    nag2::radixSort(points.data(), scratch.data(), points.size(), false,
+                    [](const Point& p) { return nag2::ascendingKey(p.x); });
+    return;
+  }
+  std::vector<std::uint64_t> keys(points.size());
+  std::transform(points.begin(), points.end(), keys.begin(),
+                 [](const Point& p) { return nag2::ascendingKey(p.x); });
+  nag2::vectorSort(keys.data(), keys.size(), false);
+  std::transform(keys.begin(), keys.end(), points.begin(), [](std::uint64_t key) {
+    return Point{nag2::fromAscendingKey<double>(key), 1.0};
+  });
+}
+
 // The points of a sample as targets see them: in blocks, as distances where that is asked for.
 class SamplePoints {
  public:
@@ -51,12 +72,9 @@ class SamplePoints {
       }
       use(distances.data(), w, n);
     };
-    if (about_) {
-      sample_.present(useDistances, 1, 2);
-    } else {
-      sample_.present(use, 1, 2);
-    }
+    found_ = about_ ? sample_.present(useDistances, 1, 2) : sample_.present(use, 1, 2);
   }
+  const Sample::Presence& found() const { return found_; }
 
   Point at(std::size_t i) const {
     const double x = sample_.point(i);
@@ -69,6 +87,7 @@ class SamplePoints {
 
   const Sample& sample_;
   std::optional<double> about_;
+  mutable Sample::Presence found_;
 };
 
 // Numbers in memory.
@@ -104,16 +123,8 @@ std::vector<Point> somePoints(const Points& points, std::size_t count) {
       some.push_back(p);
     }
   }
-  std::vector<Point> scratch(some.size());
-  nag2::radixSort(some.data(), scratch.data(), some.size(), false,
-                  [](const Point& q) { return nag2::ascendingKey(q.x); });
+  sortPoints(some, points.weighted());
   return some;
-}
-
-void sortPoints(std::vector<Point>& points) {
-  std::vector<Point> scratch(points.size());
-  nag2::radixSort(points.data(), scratch.data(), points.size(), false,
-                  [](const Point& p) { return nag2::ascendingKey(p.x); });
 }
 
 // Targets in ascending order, with their places in the result.
@@ -194,7 +205,7 @@ void selectFromAll(const Points& points, std::span<const Ordered> targets, doubl
       all.push_back({x[i], w[i]});
     }
   });
-  sortPoints(all);
+  sortPoints(all, true);
   for (std::size_t i = walk(all, 0.0, targets, values); i < targets.size(); ++i) {
     values[targets[i].place] = all.back().x;
   }
@@ -256,6 +267,21 @@ template <typename Points>
 void select(const Points& points, std::size_t n, double total, std::span<const Ordered> targets,
             double* values);
 
+// Room for numbers that grows without being cleared.
+struct Bag {
+  std::unique_ptr<double[]> data;
+  std::size_t room = 0;
+
+  void reserve(std::size_t filled, std::size_t more) {
+    if (filled + more > room) {
+      room = 2 * filled + 2 * more;
+      auto grown = std::make_unique_for_overwrite<double[]>(room);
+      std::copy_n(data.get(), filled, grown.get());
+      data = std::move(grown);
+    }
+  }
+};
+
 // What the data have below, at and between the ends of a bracket, without weights.  Ties with the
 // ends are counted, not collected: data with few distinct values fit too.
 class CountedBracket {
@@ -263,11 +289,9 @@ class CountedBracket {
   explicit CountedBracket(const Bracket& bracket) : bracket_(bracket) {}
 
   void read(const double* x, std::size_t n) {
-    if (collected_ + n > between_.size()) {
-      between_.resize(2 * (collected_ + n) + Sample::block);
-    }
+    between_.reserve(collected_, n);
     collected_ += kernels::countAndCollect(x, n, bracket_.low, bracket_.high, counts_,
-                                           between_.data() + collected_);
+                                           between_.data.get() + collected_);
   }
 
   // False when some target lies outside.
@@ -284,11 +308,11 @@ class CountedBracket {
         places.push_back(static_cast<std::size_t>(rank(t) - counts_.toLow));
       }
     }
-    placeRanks(between_.data(), 0, collected_, places);
+    placeRanks(between_.data.get(), 0, collected_, places);
     for (const Ordered& t : bracket_.targets) {
       values[t.place] = rank(t) < counts_.toLow ? bracket_.low
                         : rank(t) < counts_.belowHigh
-                            ? between_[static_cast<std::size_t>(rank(t) - counts_.toLow)]
+                            ? between_.data[static_cast<std::size_t>(rank(t) - counts_.toLow)]
                             : bracket_.high;
     }
     return true;
@@ -297,7 +321,7 @@ class CountedBracket {
  private:
   Bracket bracket_;
   kernels::BracketCounts counts_;
-  std::vector<double> between_;
+  Bag between_;
   std::size_t collected_ = 0;
 };
 
@@ -382,46 +406,48 @@ class CellTable {
 // Without weights: counts, and values within groups by selection again.
 template <typename Points>
 bool selectByCells(const Points& points, std::size_t n, const CellTable& table, double* values) {
-  constexpr std::size_t ways = 4;  // neighbours count apart, so that none waits for another
-  const std::size_t codes = 2 * table.groups().size() + 1;
-  std::vector<std::int64_t> counts(ways * codes);
-  std::vector<double> collected;
-  std::size_t filled = 0;
-  points.read([&](const double* x, const double*, std::size_t size) {
-    std::int32_t cells[Sample::block];
-    table.cellsOf(x, size, cells);
-    if (filled + size > collected.size()) {
-      collected.resize(2 * (filled + size) + Sample::block);
-    }
-    double* to = collected.data() + filled;
-    for (std::size_t i = 0; i < size; ++i) {
-      const std::size_t code = table.code(cells[i]);
-      ++counts[(i % ways) * codes + code];
-      *to = x[i];
-      to += code & 1U;
-    }
-    filled = static_cast<std::size_t>(to - collected.data());
-  });
-  std::vector<std::vector<double>> groups(table.groups().size());
-  for (std::size_t i = 0; i < filled; ++i) {
-    groups[table.codeOf(collected[i]) / 2U].push_back(collected[i]);
+  // What belongs to a gap goes to one place again and again.
+  struct Bin {
+    double* to;
+    std::size_t count;
+    std::size_t mask;
+  };
+  const std::size_t size = table.groups().size();
+  std::vector<Bag> bags(size);
+  std::vector<Bin> bins(2 * size + 1);
+  double nowhere = 0.0;
+  for (std::size_t code = 0; code < bins.size(); ++code) {
+    bins[code] = {&nowhere, 0, code % 2 == 1 ? ~std::size_t{0} : 0};
   }
-  std::size_t before = 0;
-  for (std::size_t g = 0; g < groups.size(); ++g) {
-    for (std::size_t way = 0; way < ways; ++way) {
-      before += static_cast<std::size_t>(counts[way * codes + 2 * g]);
+  std::vector<std::int32_t> cells(Sample::block);
+  points.read([&](const double* x, const double*, std::size_t length) {
+    table.cellsOf(x, length, cells.data());
+    for (std::size_t g = 0; g < size; ++g) {
+      Bin& bin = bins[2 * g + 1];
+      bags[g].reserve(bin.count, length);
+      bin.to = bags[g].data.get();
     }
+    for (std::size_t i = 0; i < length; ++i) {
+      Bin& bin = bins[table.code(cells[i])];
+      bin.to[bin.count & bin.mask] = x[i];
+      ++bin.count;
+    }
+  });
+  std::size_t before = 0;
+  for (std::size_t g = 0; g < size; ++g) {
+    before += bins[2 * g].count;
+    const std::size_t count = bins[2 * g + 1].count;
     std::vector<Ordered> inside;
     for (const Ordered& t : table.groups()[g]) {
       const std::size_t rank = rankOf(t.target, n);
-      if (rank < before || rank >= before + groups[g].size() || groups[g].size() > n / 2) {
+      if (rank < before || rank >= before + count || count > n / 2) {
         return false;
       }
       inside.push_back({{static_cast<double>(rank - before + 1)}, t.place});
     }
-    const std::size_t size = groups[g].size();
-    select(PlainPoints(groups[g]), size, static_cast<double>(size), inside, values);
-    before += size;
+    select(PlainPoints({bags[g].data.get(), count}), count, static_cast<double>(count), inside,
+           values);
+    before += count;
   }
   return true;
 }
@@ -429,29 +455,35 @@ bool selectByCells(const Points& points, std::size_t n, const CellTable& table, 
 // With weights: those of the gaps are added up with compensation.
 template <typename Points>
 bool selectByWeight(const Points& points, const CellTable& table, double* values) {
-  std::vector<DoubleDouble> weights(2 * table.groups().size() + 1);
+  constexpr std::size_t ways = 4;  // neighbours are added apart, so that none waits for another
+  const std::size_t codes = 2 * table.groups().size() + 1;
+  std::vector<DoubleDouble> weights(ways * codes);
   std::vector<std::vector<Point>> groups(table.groups().size());
+  std::vector<std::int32_t> cells(Sample::block);
   points.read([&](const double* x, const double* w, std::size_t size) {
-    std::int32_t cells[Sample::block];
-    table.cellsOf(x, size, cells);
+    table.cellsOf(x, size, cells.data());
     for (std::size_t i = 0; i < size; ++i) {
       const std::size_t code = table.code(cells[i]);
       if (code % 2 == 1) {
         groups[code / 2].push_back({x[i], w[i]});
       } else {
-        const DoubleDouble s = DoubleDouble::sumOf(weights[code].high, w[i]);
-        weights[code] = {s.high, weights[code].low + s.low};
+        DoubleDouble& sum = weights[(i % ways) * codes + code];
+        const DoubleDouble s = DoubleDouble::sumOf(sum.high, w[i]);
+        sum = {s.high, sum.low + s.low};
       }
     }
   });
   DoubleDouble before = 0.0;
   for (std::size_t g = 0; g < groups.size(); ++g) {
-    before = before + DoubleDouble::sumOf(weights[2 * g].high, weights[2 * g].low);
+    for (std::size_t way = 0; way < ways; ++way) {
+      const DoubleDouble& sum = weights[way * codes + 2 * g];
+      before = before + DoubleDouble::sumOf(sum.high, sum.low);
+    }
     const std::span<const Ordered> targets = table.groups()[g];
     if (before.high > 0.0 && reaches(before.high, targets.front().target)) {
       return false;
     }
-    sortPoints(groups[g]);
+    sortPoints(groups[g], true);
     if (walk(groups[g], before, targets, values) < targets.size()) {
       return false;
     }
@@ -489,20 +521,34 @@ void select(const Points& points, std::size_t n, double total, std::span<const O
 
 }  // namespace
 
-Selection::Selection(const Sample& sample, std::optional<double> about)
-    : sample_(sample), about_(about) {
+bool Selection::look() {
   kernels::ExactSum weight;
-  found_ = sample.present(
+  found_ = sample_.present(
       [&](const double*, const double* w, std::size_t n) { addWeights(weight, w, n); }, 0, 2);
-  undefined_ = sample.undefined(found_);
   total_ = weight.rounded();
+  return !sample_.undefined(found_);
 }
 
-std::vector<double> Selection::values(std::span<const Target> targets) const {
-  std::vector<double> result(targets.size());
-  const std::vector<Ordered> ordered = inOrder(targets);
-  select(SamplePoints(sample_, about_), found_.points, total_, ordered, result.data());
-  return result;
+std::optional<std::vector<double>> Selection::values(const Targets& targets) {
+  // Large samples without weights are thought to have nothing missing until they are read.
+  const bool hopeful = !sample_.weighted() && sample_.size() > kFewPoints;
+  for (const bool hope : {hopeful, false}) {
+    if (hope) {
+      found_.points = sample_.size();
+      total_ = static_cast<double>(found_.points);
+    } else if (!look()) {
+      return std::nullopt;
+    }
+    const std::vector<Target> wanted = targets(total_);
+    std::vector<double> result(wanted.size());
+    const std::vector<Ordered> ordered = inOrder(wanted);
+    const SamplePoints points(sample_, about_);
+    select(points, found_.points, total_, ordered, result.data());
+    if (!hope || points.found().points == sample_.size()) {
+      return result;
+    }
+  }
+  return std::nullopt;
 }
 
 }  // namespace vexel

@@ -2,8 +2,8 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <optional>
-#include <span>
 #include <vector>
 
 #include "functions/sample.hpp"
@@ -20,23 +20,28 @@ struct Target {
 class Selection {
  public:
   // With about, of the distances |x - about|.
-  explicit Selection(const Sample& sample, std::optional<double> about = std::nullopt);
+  explicit Selection(const Sample& sample, std::optional<double> about = std::nullopt)
+      : sample_(sample), about_(about) {}
 
-  // Looks at the whole sample: whether there is a result at all, and the total weight, rounded.
-  bool undefined() const { return undefined_; }
-  double total() const { return total_; }
+  // The targets of a sample of total weight n; called once or twice, the last call counts.
+  using Targets = std::function<std::vector<Target>(double n)>;
+
+  // The values in the order of the targets; none when the result is NaN.  A sample of the points
+  // says between which two values each target lies, nearly for sure; one read counts what is
+  // outside and collects what is between, a few per cent (R. W. Floyd and R. L. Rivest, Expected
+  // time bounds for selection, 1975).  Weights are added up in a read before.
+  std::optional<std::vector<double>> values(const Targets& targets);
+
+  // After values(): what was found there.
   const Sample::Presence& found() const { return found_; }
-
-  // In the order of the targets.  A sample of the points says between which two values each target
-  // lies, nearly for sure; one read counts what is outside and collects what is between, a few per
-  // cent (R. W. Floyd and R. L. Rivest, Expected time bounds for selection, 1975).
-  std::vector<double> values(std::span<const Target> targets) const;
+  double total() const { return total_; }
 
  private:
+  bool look();
+
   const Sample& sample_;
   std::optional<double> about_;
   Sample::Presence found_;
-  bool undefined_ = true;
   double total_ = 0.0;
 };
 

@@ -88,18 +88,19 @@ double meanOfMiddle(const char* function, Data x, Cut cut, const WeightedOptions
         "more than 1 together, they are " + number(cut.lower) + " and " + number(cut.upper));
   }
   Sample sample(function, x, options.weights, options.missing);
-  const Selection selection(sample);
-  if (selection.undefined()) {
+  double n = 0.0;
+  double below = 0.0;
+  double above = 0.0;
+  const auto ends = Selection(sample).values([&](double total) {
+    n = total;
+    below = std::floor(cut.lower * n);
+    above = std::floor(cut.upper * n);
+    return std::vector<Target>{{below, true}, {n - above}};
+  });
+  if (!ends || below + above >= n) {
     return kNaN;
   }
-  const double n = selection.total();
-  const double below = std::floor(cut.lower * n);
-  const double above = std::floor(cut.upper * n);
-  if (below + above >= n) {
-    return kNaN;
-  }
-  const Target ends[] = {{below, true}, {n - above}};
-  std::vector<double> v = selection.values(ends);
+  std::vector<double> v = *ends;
   if (v[0] == v[1]) {
     return v[0];
   }
