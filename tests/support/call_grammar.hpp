@@ -45,11 +45,7 @@ class ByteSource {
 class CallGrammar {
  public:
   explicit CallGrammar(vexel::Kernel& kernel) : kernel_(kernel) {
-    const ValidCalls valid = readValidCalls(TEST_DATA_DIR "/valid_calls.txt");
-    preparation_ = valid.preparation;
-    for (const ValidCall& call : valid.calls) {
-      calls_.push_back({call.entry(), splitArguments(call.text)});
-    }
+    read("/valid_calls.txt");
     makeDictionary();
     const std::vector<std::string> entries = kernel.entryPoints();
     for (std::string& name : vexel::knownNames(kernel)) {
@@ -65,8 +61,25 @@ class CallGrammar {
   const std::vector<std::string>& builtins() const { return builtins_; }
   const std::vector<std::string>& dictionary() const { return dictionary_; }
 
+  // Takes the calls of another file, too.
+  void read(const std::string& file) {
+    const ValidCalls valid = readValidCalls(TEST_DATA_DIR + file);
+    preparation_ += valid.preparation;
+    for (const ValidCall& call : valid.calls) {
+      calls_.push_back({call.entry(), splitArguments(call.text)});
+    }
+  }
+
   std::size_t size() const { return calls_.size(); }
   const std::string& entry(std::size_t call) const { return calls_[call].entry; }
+  // Its arguments' text, which tells it from other calls of the same entry point.
+  std::string pattern(std::size_t call) const {
+    std::string text = calls_[call].entry;
+    for (const std::string& argument : calls_[call].arguments) {
+      text += "," + argument;
+    }
+    return text;
+  }
   const std::string& preparation() const { return preparation_; }
 
   // The text of a call like the given one: numbers, samples and truth values of it are others now
@@ -215,7 +228,9 @@ class CallGrammar {
         }
       }
       const std::string token = text.substr(i, end - i);
-      const bool changed = (digit || letter) && source.below(3) == 0;
+      const bool width = digit && i > 1 && text[i - 1] == '[' && text[i - 2] != ' ' &&
+                         std::isalpha(static_cast<unsigned char>(text[i - 2])) != 0;  // float[8]
+      const bool changed = (digit || letter) && !width && source.below(3) == 0;
       result += !changed ? token : digit ? variedNumber(token, source) : variedWord(token, source);
       i = end;
     }

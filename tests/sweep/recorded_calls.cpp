@@ -31,16 +31,6 @@ constexpr int kValues = 11;
 constexpr int kErrors = 4;
 constexpr std::size_t kWholeArray = 10;  // longer ones are recorded by a few numbers
 
-// Samples that are longer than those of the valid calls: P without ties, Q with many, P2 and Q2
-// with missing values and weights.
-const char* const kLongSamples =
-    "residue := (a, b) -> a - b*floor(a/b):"
-    "P := Array([seq(residue(7919*i + 13, 1009)/8.0 - 20, i = 1 .. 400)], datatype = float[8]):"
-    "Q := Array([seq(residue(31*i*i, 23)/2.0, i = 1 .. 300)], datatype = float[8]):"
-    "P2 := Array([seq(residue(7919*i + 13, 1009)/8.0, i = 1 .. 400)], datatype = float[8]):"
-    "P2[7] := undefined: P2[8] := undefined: P2[300] := undefined:"
-    "Q2 := Array([seq(1 + residue(i, 5), i = 1 .. 300)], datatype = integer[4]):";
-
 std::uint64_t hash(std::string_view text) {
   std::uint64_t h = 14695981039346656037U;
   for (const char c : text) {
@@ -59,7 +49,7 @@ class Caller {
   // What came of a call, whole; empty when it took too long.
   std::string outcome(const CallGrammar& grammar, const std::string& call) {
     kernel_.eval("Digits := 15: clear(_EnvStatisticsIterations):");
-    kernel_.eval(grammar.preparation() + kLongSamples);
+    kernel_.eval(grammar.preparation());
     kernel_.seed(hash(call));
     const std::map<std::string, std::string> before = samples();
     const std::uint64_t draws = kernel_.drawsTaken();
@@ -102,7 +92,7 @@ class Caller {
   std::map<std::string, std::string> samples() {
     std::map<std::string, std::string> all;
     for (const char* name :
-         {"A", "B", "W", "N", "E", "J", "S", "G", "R", "Z", "M", "O", "D", "P", "Q"}) {
+         {"A", "B", "W", "N", "E", "J", "S", "G", "R", "Z", "M", "O", "D", "P", "Q", "room"}) {
       all[name] = kernel_.eval(std::string(name) + ":").json();
     }
     return all;
@@ -239,7 +229,7 @@ bool agree(const std::string& a, const std::string& b) {
 std::vector<std::string> callsLike(const CallGrammar& grammar, std::size_t kind, int count) {
   std::vector<std::string> calls;
   ByteSource nothing(nullptr, 0);
-  std::mt19937_64 random(hash(grammar.entry(kind)) + kind % 2);
+  std::mt19937_64 random(hash(grammar.pattern(kind)));
   std::set<std::string> seen;
   for (int i = 0; i < count; ++i) {
     std::vector<std::uint8_t> bytes(400);
@@ -310,7 +300,8 @@ int main(int argc, char** argv) {
     return 2;
   }
   Caller caller(arguments.size() > 1 ? arguments[1].c_str() : STATS_LIBRARY_PATH);
-  const CallGrammar grammar(caller.kernel());
+  CallGrammar grammar(caller.kernel());
+  grammar.read("/more_calls.txt");
   if (mode == "--record") {
     record(caller, grammar, arguments[0]);
   } else if (mode == "--dump") {
