@@ -55,7 +55,7 @@ gallery: build
 	@scripts/gallery build/bin/vexel
 
 accuracy: build
-	@PATH=/usr/bin:$$PATH python3 tests/reference/accuracy_report.py build/lib/libnag2.so build/bin/vexel --markdown
+	@PATH=/usr/bin:$$PATH python3 bench/accuracy/accuracy_report.py build/lib/libnag2.so build/bin/vexel --markdown
 
 format:
 	@$(SOURCES) | xargs clang-format -i

@@ -202,17 +202,7 @@ TEST(MachineNumbers, ConvertWithoutSurprises) {
                                    {4, Nag_TwoTailConfid},
                                    {5, Nag_LowerTail}}) {
     EXPECT_EQ(STATS_ToNag_TailProbability_HW(static_cast<STATS_PROBABILITY_TYPE_HW>(type)), tail);
-    if (type >= 1 && type <= 4) {
-      EXPECT_EQ(ToPROBABILITY_TYPE(tail), type);
-    }
   }
-  char a[] = "abc";
-  char b[] = "xyz";
-  char scratch[3];
-  STATS_SwapByteArrays_HW(a, b, scratch, 2);
-  EXPECT_STREQ(a, "xyc");
-  EXPECT_STREQ(b, "abz");
-  STATS_SwapByteArrays_HW(a, b, nullptr, -1);
 }
 
 }  // namespace

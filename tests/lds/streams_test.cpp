@@ -121,12 +121,6 @@ TEST_F(StreamTest, SobolAndFaurePointsFormNets) {
   }
 }
 
-TEST_F(StreamTest, FaureFirstPoints) {
-  const vexel::Value f = stream(kFaure, 2);
-  const Points first = {{0.5, 0.5}, {0.75, 0.25}, {0.25, 0.75}, {0.375, 0.375}, {0.875, 0.875}};
-  EXPECT_EQ(draw(f, 5), first);
-}
-
 TEST_F(StreamTest, FaureStartsBehindAPowerOfItsBase) {
   const vexel::Value fresh = stream(kFaure, 3);
   skip(fresh, 8);

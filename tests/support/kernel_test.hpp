@@ -64,14 +64,6 @@ class KernelTest : public testing::Test {
     }
     return "no error";
   }
-  // Calls that must fail, each with the unfilled message of its error.
-  using Refusals = std::vector<std::pair<std::string, std::function<void()>>>;
-  static void expectRefusals(const Refusals& refusals) {
-    for (const auto& [message, f] : refusals) {
-      EXPECT_EQ(hostError(f), message);
-    }
-  }
-
   // --- random draws ---
   void scriptIntegers(std::vector<std::int32_t> v) { kernel.scriptRandom(v, {}); }
   void scriptUniforms(std::vector<double> v) { kernel.scriptRandom({}, v); }

@@ -75,54 +75,6 @@ TEST_F(EveryEntryPoint, GivesTheSameResultUnderCollectorStress) {
   }
 }
 
-// A host procedure that raises at its k-th evaluation, and from then on, ends the call with its
-// error (or is never evaluated k times) and leaves the host as it was.
-TEST_F(EveryEntryPoint, PassesOnAnErrorOfACallback) {
-  std::int64_t evaluations = 0;
-  std::int64_t failFrom = 0;
-  const vexel::Value probe =
-      kernel.function("probe", [&](vexel::Kernel& k, std::span<const vexel::Value>) {
-        if (++evaluations >= failFrom) {
-          throw vexel::Error("probe failed", "probe failed", {});
-        }
-        return k.integer(1);
-      });
-  for (const ValidCall& call : validCalls().calls) {
-    // "x -> " becomes "x -> probe()*": the procedures start with a factor.
-    std::string text = call.text;
-    std::string preparation = validCalls().preparation;
-    for (std::string* s : {&text, &preparation}) {
-      for (std::size_t at = 0; (at = s->find("-> ", at)) != std::string::npos;) {
-        at += 3;
-        if (s->compare(at, 23, "STATS_VexelNormalRandom") != 0) {
-          s->insert(at, "probe()*");
-        }
-      }
-    }
-    if (call.fails ||
-        (text == call.text && text.find("cdf") == std::string::npos &&
-         text.find("bell") == std::string::npos && text.find("first") == std::string::npos)) {
-      continue;
-    }
-    bool succeeded = false;
-    for (int k = 1; k <= 40 && !succeeded; ++k) {
-      kernel.seed(7);
-      kernel.eval(preparation);
-      evaluations = 0;
-      failFrom = k;
-      const std::string error = run(text);
-      succeeded = error.empty();
-      if (!succeeded) {
-        EXPECT_NE(error.find("probe failed"), std::string::npos) << text << ": " << error;
-      }
-      run("Digits := 15");  // root finders leave it raised when the procedure fails
-      failFrom = std::numeric_limits<std::int64_t>::max();
-    }
-    EXPECT_GE(evaluations, 1) << text << ": the procedure was never evaluated";
-    expectUsable(text);
-  }
-}
-
 // Memory does not grow with the number of calls (copies of arrays that are not float[8] do stay).
 TEST_F(EveryEntryPoint, LeavesNothingBehind) {
   for (const ValidCall& call : validCalls().calls) {

@@ -174,27 +174,6 @@ Nag_TailProbability STATS_ToNag_TailProbability_HW(STATS_PROBABILITY_TYPE_HW typ
   }
 }
 
-STATS_PROBABILITY_TYPE_HW ToPROBABILITY_TYPE(Nag_TailProbability tail) {
-  switch (tail) {
-    case Nag_UpperTail:
-      return STATS_UPPER_TAIL_HW;
-    case Nag_TwoTailSignif:
-      return STATS_TWO_TAIL_SIGNIFICANCE_HW;
-    case Nag_TwoTailConfid:
-      return STATS_TWO_TAIL_CONFIDENCE_HW;
-    default:
-      return STATS_LOWER_TAIL_HW;
-  }
-}
-
-void STATS_SwapByteArrays_HW(char* a, char* b, char* scratch, int n) {
-  for (int i = 0; i < n; ++i) {
-    scratch[i] = a[i];
-    a[i] = b[i];
-    b[i] = scratch[i];
-  }
-}
-
 int STATS_IterationLimit_HW(VKernelVector kv) {
   constexpr int kDefaultLimit = 100;
   const ALGEB name = ToVexelName(kv, "_EnvStatisticsIterations", 1);

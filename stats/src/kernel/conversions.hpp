@@ -78,10 +78,6 @@ inline int STATS_GetVexelDigits_HW() { return 15; }
 double RTableDataToDouble(VKernelVector kv, RTableData element, int dataType);
 
 Nag_TailProbability STATS_ToNag_TailProbability_HW(STATS_PROBABILITY_TYPE_HW type);
-STATS_PROBABILITY_TYPE_HW ToPROBABILITY_TYPE(Nag_TailProbability tail);
-
-// Exchanges n bytes at a and b through scratch (room for n bytes); n <= 0 does nothing.
-void STATS_SwapByteArrays_HW(char* a, char* b, char* scratch, int n);
 
 // The value of the host variable _EnvStatisticsIterations if it is assigned, else 100.
 int STATS_IterationLimit_HW(VKernelVector kv);
