@@ -61,10 +61,12 @@ bool nested(State& s, ALGEB list) {
 void boundsFromValues(State& s, Request& request) {
   request.bounds = {1, static_cast<V_INT>(countOf(request.initial))};
   if (nested(s, request.initial)) {
-    std::size_t columns = 0;
-    for (std::size_t i = 1; i <= countOf(request.initial); ++i) {
-      const std::size_t n = countOf(element(s, request.initial, i));
-      columns = n > columns ? n : columns;
+    const std::size_t columns = countOf(element(s, request.initial, 1));
+    for (std::size_t i = 2; i <= countOf(request.initial); ++i) {
+      if (countOf(element(s, request.initial, i)) != columns) {
+        raise(s, "row %1 has another length than the first row: %2",
+              newInteger(s, static_cast<std::int64_t>(i)), element(s, request.initial, i));
+      }
     }
     request.bounds.push_back(1);
     request.bounds.push_back(static_cast<V_INT>(columns));

@@ -2,10 +2,13 @@
 
 #include <csv.h>
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <cstdio>
+#include <iterator>
 #include <limits>
+#include <map>
 #include <memory>
 #include <span>
 #include <string>
@@ -63,26 +66,40 @@ std::vector<Row> readRows(State& s, ALGEB name) {
     raise(s, "unable to read the file %1", name);
   }
   csv_parser parser;
-  if (csv_init(&parser, CSV_APPEND_NULL) != 0) {
+  // Strict: a quote within an unquoted cell, or text behind a closing one, is malformed, and so is
+  // a file that ends within quotes.
+  if (csv_init(&parser, CSV_APPEND_NULL | CSV_STRICT | CSV_STRICT_FINI) != 0) {
     raiseNoMemory(s);
   }
   const std::unique_ptr<csv_parser, void (*)(csv_parser*)> guard(&parser, csv_free);
+  // The parser's memory for a cell grows by steps of this: with few for a cell of any size.
+  csv_set_blk_size(&parser, std::size_t{1} << 20);
   Reader reader;
+  const auto malformed = [&](const char* what) {
+    raise(s, std::string("row %1, column %2 of the CSV file ") + what,
+          newInteger(s, static_cast<std::int64_t>(reader.rows.size() + 1)),
+          newInteger(s, static_cast<std::int64_t>(reader.row.size() + 1)));
+  };
   char buffer[1 << 16];
   std::size_t n = 0;
   // A byte order mark, which spreadsheets write first, is no part of the first heading.
   constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
   n = std::fread(buffer, 1, kByteOrderMark.size(), file.get());
-  if (std::string_view(buffer, n) != kByteOrderMark) {
-    csv_parse(&parser, buffer, n, Reader::field, Reader::line, &reader);
+  if (std::string_view(buffer, n) == kByteOrderMark) {
+    n = std::fread(buffer, 1, sizeof buffer, file.get());
   }
-  while ((n = std::fread(buffer, 1, sizeof buffer, file.get())) > 0) {
+  for (; n > 0; n = std::fread(buffer, 1, sizeof buffer, file.get())) {
     lookAtInterrupt();
     if (csv_parse(&parser, buffer, n, Reader::field, Reader::line, &reader) != n) {
-      raise(s, "the file %1 is no CSV", name);
+      if (csv_error(&parser) == CSV_ENOMEM) {
+        raiseNoMemory(s);
+      }
+      malformed("has a quote inside a cell without quotes or text behind the closing quote");
     }
   }
-  csv_fini(&parser, Reader::field, Reader::line, &reader);
+  if (csv_fini(&parser, Reader::field, Reader::line, &reader) != 0) {
+    malformed("opens a quote that the file never closes");
+  }
   if (reader.noMemory) {
     raiseNoMemory(s);
   }
@@ -99,11 +116,20 @@ std::string_view trimmed(std::string_view cell) {
              : cell.substr(from, cell.find_last_not_of(" \t") - from + 1);
 }
 
-// The number in a cell; empty and NA are missing.  False for anything else.
+// What programs write for a missing number.
+bool isMissing(std::string_view cell) {
+  constexpr std::string_view kMissing[] = {"", "na", "n/a", "nan", ".", "null"};
+  std::string lower(cell);
+  std::transform(lower.begin(), lower.end(), lower.begin(),
+                 [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; });
+  return std::find(std::begin(kMissing), std::end(kMissing), lower) != std::end(kMissing);
+}
+
+// The number in a cell; some texts are missing ones.  False for anything else.
 bool cellNumber(std::string_view cell, double& value) {
   cell = trimmed(cell);
   value = std::numeric_limits<double>::quiet_NaN();
-  if (cell.empty() || cell == "NA" || cell == "NaN" || cell == "nan") {
+  if (cell.size() <= 4 && isMissing(cell)) {
     return true;
   }
   if (cell.front() == '+') {
@@ -137,13 +163,30 @@ std::size_t columnIndex(State& s, const Row& header, ALGEB column) {
     }
   } else if (is(column, Tag::string) || is(column, Tag::name)) {
     const std::string wanted = plainText(s, column);
+    std::size_t found = header.size();
     for (std::size_t c = 0; c < header.size(); ++c) {
-      if (trimmed(header[c]) == wanted) {
-        return c;
+      if (trimmed(header[c]) == wanted && found < header.size()) {
+        raise(s, "the file has several columns %1; name one by its number", column);
       }
+      found = trimmed(header[c]) == wanted ? c : found;
+    }
+    if (found < header.size()) {
+      return found;
     }
   }
   raise(s, "the file has no column %1", column);
+}
+
+// A table has one column for each heading.
+void requireDistinctHeadings(State& s, const Row& header) {
+  std::map<std::string_view, std::size_t> seen;
+  for (std::size_t c = 0; c < header.size(); ++c) {
+    const auto [at, isNew] = seen.emplace(trimmed(header[c]), c);
+    if (!isNew) {
+      raise(s, "columns " + std::to_string(at->second + 1) + " and %1 have the same heading, %2",
+            newInteger(s, static_cast<std::int64_t>(c + 1)), string(s, trimmed(header[c])));
+    }
+  }
 }
 
 // ReadCSV(file, column): a numeric column.  ReadCSV(file): a table from column names to columns, a
@@ -161,8 +204,9 @@ ALGEB readCsv(State& s, ALGEB args) {
   for (std::size_t r = 1; r < rows.size(); ++r) {
     for (std::size_t c = header.size(); c < rows[r].size(); ++c) {
       if (!trimmed(rows[r][c]).empty()) {
-        raise(s, "row %1 has more cells than there are headings",
-              newInteger(s, static_cast<std::int64_t>(r + 1)));
+        raise(s, "row %1, column %2: more cells than there are headings",
+              newInteger(s, static_cast<std::int64_t>(r + 1)),
+              newInteger(s, static_cast<std::int64_t>(c + 1)));
       }
     }
   }
@@ -185,11 +229,12 @@ ALGEB readCsv(State& s, ALGEB args) {
     const std::size_t column = columnIndex(s, header, argument(s, args, 2));
     std::vector<double> values;
     if (!numbers(column, values, bad)) {
-      raise(s, "expected a number in row %1, received: %2",
+      raise(s, "row %1, column " + std::to_string(column + 1) + ": expected a number, received: %2",
             newInteger(s, static_cast<std::int64_t>(bad + 1)), string(s, cell(bad, column)));
     }
     return floatVector(s, values);
   }
+  requireDistinctHeadings(s, header);
   const ALGEB result = newTable(s);
   for (std::size_t c = 0; c < header.size(); ++c) {
     std::vector<double> values;
@@ -219,6 +264,9 @@ std::string csvCell(State& s, ALGEB x) {
   }
   if (isFloat(x) && isInfinite(s, x)) {
     return x == s.infinity ? "inf" : "-inf";
+  }
+  if (!isFloat(x) && isReal(x) && !isInteger(x)) {
+    return doubleText(toDouble(s, x));  // a fraction would be read back as a text
   }
   std::string cell = plainText(s, x);
   if (cell.find_first_of(",\"\n\r") != std::string::npos) {

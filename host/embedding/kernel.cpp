@@ -2,6 +2,7 @@
 
 #include <dlfcn.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <utility>
 
@@ -15,12 +16,14 @@
 namespace vexel {
 
 Kernel::Impl::Impl(Kernel& k) : kernel(k) {
+  state.raiseOutside = [this] { throwError(); };
   state.heap.addRoots([this](Marker& marker) { roots->mark(marker); });
 }
 
 // Libraries end while everything of theirs is alive; their code stays until the heap, whose
 // objects may have dispose functions in it, is gone.
 Kernel::Impl::~Impl() {
+  const InsideHost inside;
   state.heap.setStress(false);
   state.heap.failAllocation(-1, false);
   for (const LoadedLibrary& library : libraries) {
@@ -34,6 +37,7 @@ Kernel::Impl::~Impl() {
 }
 
 void Kernel::Impl::throwError() {
+  const InsideHost inside;
   const PendingError error = std::exchange(state.error, {});
   if (error.message == kNoMemory) {
     throwNoMemory();
@@ -170,18 +174,70 @@ Value Kernel::array(std::span<const std::int32_t> x) {
   return array(s, x.empty() ? nullptr : x.data(), bounds);
 }
 
-Value Kernel::wrap(std::span<double> x) {
-  const RTableSettings s{RTABLE_FLOAT64, RTABLE_RECTANGULAR, RTABLE_COLUMN_MAJOR, 1, 0};
-  const V_INT bounds[] = {1, static_cast<V_INT>(x.size())};
-  return wrap(s, x.data(), bounds, nullptr);
-}
-
 Value Kernel::wrap(const RTableSettings& s, void* data, std::span<const V_INT> bounds,
                    std::shared_ptr<void> owner) {
   return impl_->run([&] {
     checkBounds(impl_->state, s, bounds);
     return Value(*this, wrapArray(impl_->state, s, data, bounds.data(), std::move(owner)));
   });
+}
+
+Value Kernel::unsignedInteger(std::uint64_t i) {
+  return impl_->run([&] {
+    BigInteger z;
+    mpz_set_ui(z.get(), i);
+    return Value(*this, newInteger(impl_->state, z.get()));
+  });
+}
+
+Value Kernel::unsignedArray(std::span<const std::uint64_t> x) {
+  const std::uint64_t most = *std::max_element(x.begin(), x.end());
+  if (most > INT64_MAX) {
+    throw Error("an array holds no integers beyond 2^63 - 1",
+                "an array holds no integers beyond 2^63 - 1", {});
+  }
+  return toValue(std::span(reinterpret_cast<const std::int64_t*>(x.data()), x.size()));
+}
+
+Value Kernel::wrapMemory(const void* data, std::size_t elements, int type, bool readOnly,
+                         std::initializer_list<V_INT> extents, int order) {
+  return impl_->run([&] {
+    std::vector<V_INT> bounds;
+    V_INT count = 1;
+    bool fits = true;
+    for (const V_INT n : extents) {
+      bounds.insert(bounds.end(), {1, n});
+      fits = fits && n >= 0 && !__builtin_mul_overflow(count, n, &count);
+    }
+    if (!fits || count != static_cast<V_INT>(elements)) {
+      raise(impl_->state, "rows times columns are not the number of elements, %1",
+            newInteger(impl_->state, static_cast<std::int64_t>(elements)));
+    }
+    const RTableSettings s{type, RTABLE_RECTANGULAR, order,
+                           static_cast<std::int32_t>(extents.size()), readOnly};
+    return Value(*this,
+                 wrapArray(impl_->state, s, const_cast<void*>(data), bounds.data(), nullptr));
+  });
+}
+
+Value Argument::emptyArray(Kernel& kernel, const void*) {
+  return kernel.array(std::span<const double>());
+}
+
+Value Kernel::call(std::string_view functionName, const Argument& a1, const Argument& a2,
+                   const Argument& a3, const Argument& a4, const Argument& a5, const Argument& a6,
+                   const Argument& a7, const Argument& a8, const Argument& a9, const Argument& a10,
+                   const Argument& a11, const Argument& a12, const Argument& a13,
+                   const Argument& a14, const Argument& a15, const Argument& a16) {
+  std::vector<Value> values;
+  for (const Argument* a :
+       {&a1, &a2, &a3, &a4, &a5, &a6, &a7, &a8, &a9, &a10, &a11, &a12, &a13, &a14, &a15, &a16}) {
+    if (a->isAbsent()) {
+      break;
+    }
+    values.push_back(a->value(*this));
+  }
+  return callValues(functionName, values);
 }
 
 // ---- functions of the embedding program
@@ -197,6 +253,7 @@ ALGEB callEmbedded(Kernel& kernel, State& state, const ValueFunction& f, ALGEB a
     values.emplace_back(kernel, argument(state, args, i));
   }
   try {
+    const OutsideHost outside;
     const Value result = f(kernel, values);
     return result.handle() == nullptr ? state.null : result.handle();
   } catch (const Error& e) {
@@ -336,7 +393,9 @@ void Kernel::infoLevel(std::string_view channel, int level) {
 void Kernel::interrupt() noexcept { requestInterrupt(); }
 void Kernel::clearInterrupt() noexcept { vexel::clearInterrupt(); }
 
-void Kernel::collect() { impl_->state.heap.collect(); }
+void Kernel::collect() {
+  impl_->run([&] { impl_->state.heap.collect(); });
+}
 void Kernel::stress(bool on) { impl_->state.heap.setStress(on); }
 std::size_t Kernel::liveObjects() const { return impl_->state.heap.liveObjects(); }
 void Kernel::failAllocation(std::int64_t n, bool lasting) {

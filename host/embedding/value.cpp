@@ -144,6 +144,21 @@ std::vector<double> Value::numbers() const {
   });
 }
 
+void* Value::block(int type, bool reading) const {
+  State& state = stateOf(*this);
+  return kernel_->impl().run([&] {
+    if (!vexel::isArray(handle_) || arrayOf(handle_).type != type ||
+        arrayOf(handle_).storage != RTABLE_RECTANGULAR) {
+      raise(state, "a dense array of %1 expected, received %2", vexel::name(state, typeName(type)),
+            handle_);
+    }
+    if (!reading && arrayOf(handle_).readOnly != 0) {
+      raise(state, "the array is read-only: %1", handle_);
+    }
+    return arrayOf(handle_).data;
+  });
+}
+
 std::size_t Value::size() const {
   if (kernel() == nullptr) {
     return 0;

@@ -229,8 +229,18 @@ ALGEB Evaluator::overRange(const Node& node) {
   }
   Handles elements(state_);
   RunningSum total(state_, immediate(0));
+  const auto raiseEndless = [&] { raise(state_, "the range %1 .. %2 has no end", lower, upper); };
+  if (compare(state_, lower, upper) <= 0 &&
+      (isInfinite(state_, lower) || isInfinite(state_, upper))) {
+    raiseEndless();
+  }
+  ALGEB previous = nullptr;
   for (ALGEB i = lower; compare(state_, i, upper) <= 0; i = add(state_, i, immediate(1))) {
     lookAtInterrupt();
+    if (i == previous) {
+      raiseEndless();  // a float so large that adding 1 changes nothing
+    }
+    previous = i;
     slots_[node.slot] = i;
     const ALGEB v = value(*node.children[0]);
     if (node.kind == NodeKind::sumOver) {
@@ -312,6 +322,15 @@ ALGEB Evaluator::value(const Node& node) {
     }
     case NodeKind::product: {
       ALGEB total = value(*node.children[0]);
+      constexpr std::size_t kLongProduct = 8;
+      if (node.children.size() >= kLongProduct) {
+        RunningProduct product(state_, total);
+        for (std::size_t i = 1; i < node.children.size(); ++i) {
+          const ALGEB factor = value(*node.children[i]);
+          node.flags[i] ? product.divide(factor) : product.multiply(factor);
+        }
+        return product.value();
+      }
       for (std::size_t i = 1; i < node.children.size(); ++i) {
         const ALGEB factor = value(*node.children[i]);
         total =

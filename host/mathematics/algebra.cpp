@@ -277,6 +277,40 @@ ALGEB RunningSum::value() {
   return total_;
 }
 
+void RunningProduct::multiplyExact(ALGEB factor) {
+  pending_.push(factor);
+  for (std::size_t n = ++count_; n % 2 == 0; n /= 2) {
+    const std::size_t last = pending_.size() - 1;
+    pending_[last - 1] = vexel::multiply(state_, pending_[last - 1], pending_[last]);
+    pending_.resize(last);
+  }
+}
+
+void RunningProduct::multiply(ALGEB factor) {
+  if (isExact(factor) && isExact(total_)) {
+    multiplyExact(factor);
+  } else {
+    total_ = productOf(state_, value(), factor);
+  }
+}
+
+void RunningProduct::divide(ALGEB divisor) {
+  if (isExact(divisor) && isExact(total_) && !isZero(divisor)) {
+    multiplyExact(vexel::divide(state_, immediate(1), divisor));
+  } else {
+    total_ = quotientOf(state_, value(), divisor);
+  }
+}
+
+ALGEB RunningProduct::value() {
+  for (std::size_t i = pending_.size(); i > 0; --i) {
+    total_ = vexel::multiply(state_, total_, pending_[i - 1]);
+  }
+  pending_.clear();
+  count_ = 0;
+  return total_;
+}
+
 ALGEB negativeOf(State& state, ALGEB a) {
   return isNumber(a) ? negate(state, a) : productOf(state, immediate(-1), a);
 }

@@ -40,6 +40,23 @@ class RunningSum {
   std::size_t exactCount_ = 0;  // of exact terms in pending_; 0 for symbolic ones
 };
 
+// A product of many factors: exact ones are multiplied in pairs, then pairs of pairs and so on.
+class RunningProduct {
+ public:
+  RunningProduct(State& state, ALGEB first) : state_(state), total_(first), pending_(state) {}
+  void multiply(ALGEB factor);
+  void divide(ALGEB divisor);
+  ALGEB value();
+
+ private:
+  void multiplyExact(ALGEB factor);
+
+  State& state_;
+  ALGEB total_;
+  Handles pending_;  // a binary counter: products of 2^k exact factors each
+  std::size_t count_ = 0;
+};
+
 // f(args) by the name of f, kept as it is.
 ALGEB applicationOf(State& state, const char* function, ALGEB argument);
 

@@ -15,6 +15,26 @@ void clearInterrupt() noexcept;
 extern volatile int interruptRequested;
 [[noreturn]] void throwInterrupt();
 
+// How many calls into the host are on this thread's stack.  A token that is thrown where there are
+// none would reach a program that knows nothing of it.
+extern constinit thread_local int hostDepth;
+
+struct InsideHost {
+  InsideHost() { ++hostDepth; }
+  ~InsideHost() { --hostDepth; }
+  InsideHost(const InsideHost&) = delete;
+  InsideHost& operator=(const InsideHost&) = delete;
+};
+
+// While a function of the embedding program runs that the host has called.
+struct OutsideHost {
+  OutsideHost() : depth(hostDepth) { hostDepth = 0; }
+  ~OutsideHost() { hostDepth = depth; }
+  OutsideHost(const OutsideHost&) = delete;
+  OutsideHost& operator=(const OutsideHost&) = delete;
+  int depth;
+};
+
 // Every loop that may run long looks here: an interrupt asked for leaves as InterruptToken.
 inline void lookAtInterrupt() {
   if (interruptRequested != 0) [[unlikely]] {

@@ -95,6 +95,7 @@ ALGEB VexelAssign(VKernelVector kv, ALGEB name, ALGEB value) {
 }
 
 void* VexelTrapError(VKernelVector kv, void* (*fn)(void* data), void* data, V_BOOL* failed) {
+  const vexel::InsideHost inside;
   const SavedError onItsWay(kv);
   *failed = 0;
   try {

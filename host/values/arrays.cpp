@@ -210,6 +210,7 @@ ALGEB wrapArray(State& state, const RTableSettings& s, void* memory, const V_INT
   if (s.storage != RTABLE_RECTANGULAR || s.data_type < RTABLE_INTEGER8) {
     raise(state, "only dense arrays of machine types can lie in memory of others");
   }
+  checkSettings(state, s);
   ALGEB x = newShell(state, s, bounds);
   ArrayObject& a = arrayOf(x);
   a.data = memory;

@@ -10,20 +10,19 @@
 #include <cstdlib>
 #include <new>
 
-#include "values/errors.hpp"
+#include "memory/unwinding.hpp"
 
 namespace vexel {
 
 namespace {
 
-constinit thread_local int depth = 0;
 constinit thread_local bool abandoned = false;
 
 // Numbers below are done with before anybody could notice.
 constexpr std::size_t kLarge = std::size_t{1} << 13;
 
 void look(std::size_t bytes) {
-  if (depth > 0 && bytes >= kLarge && interruptRequested != 0) {
+  if (hostDepth > 0 && bytes >= kLarge && interruptRequested != 0) {
     abandoned = true;
     throwInterrupt();
   }
@@ -31,7 +30,7 @@ void look(std::size_t bytes) {
 
 void* checked(void* p, std::size_t bytes) {
   if (p == nullptr) {
-    if (depth > 0) {
+    if (hostDepth > 0) {
       abandoned = true;
       throw std::bad_alloc();
     }
@@ -72,11 +71,11 @@ bool install() {
 
 BigNumberWork::BigNumberWork() {
   static const bool installed = install();
-  depth += installed ? 1 : 0;
+  (void)installed;
 }
 
 BigNumberWork::~BigNumberWork() {
-  if (--depth == 0 && abandoned) {
+  if (hostDepth == 1 && abandoned) {
     abandoned = false;
     mpfr_free_cache();
   }

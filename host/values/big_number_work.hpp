@@ -2,6 +2,8 @@
 // or an interrupt is pending, what they are doing ends with an exception instead of the process.
 #pragma once
 
+#include "memory/unwinding.hpp"
+
 namespace vexel {
 
 // While one lives, allocations of the big-number libraries on this thread throw std::bad_alloc when
@@ -16,6 +18,9 @@ class BigNumberWork {
   ~BigNumberWork();
   BigNumberWork(const BigNumberWork&) = delete;
   BigNumberWork& operator=(const BigNumberWork&) = delete;
+
+ private:
+  InsideHost inside_;
 };
 
 }  // namespace vexel

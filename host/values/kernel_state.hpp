@@ -63,6 +63,9 @@ struct _VKernelVectorDesc final : vexel::Memory {
   std::unordered_map<std::string, int> infoLevels;
   std::function<void(int, const std::string&, const std::string&)> userInfo;
 
+  // Throws the pending error as the embedding API's, where no call into the host would catch it.
+  std::function<void()> raiseOutside;
+
   // Where print and the like write; standard output unless replaced.
   std::function<void(std::string_view)> output;
 

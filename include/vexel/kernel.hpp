@@ -27,8 +27,10 @@
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <type_traits>
 #include <utility>
 #include <vector>
+#include <vexel/arguments.hpp>
 #include <vexel/interruption.hpp>
 
 namespace vexel {
@@ -68,10 +70,23 @@ class Value {
   std::size_t size() const;
   Value operator[](std::size_t i) const;
 
+  // The elements of a dense array, in the order of its memory, while the array is alive:
+  // data<const float>() for an array of float[4].  Throws Error for an array of another type, and
+  // for one that may not be written to unless T is const.
+  template <typename T = double>
+  std::span<T> data() const {
+    using Number = std::remove_const_t<T>;
+    static_assert(detail::Number<Number> && detail::elementCode<Number> >= 0,
+                  "data: the element type is float, double or a signed integer");
+    return {static_cast<T*>(block(detail::elementCode<Number>, std::is_const_v<T>)), size()};
+  }
+
   // The same object (equal numbers, names and strings are the same object).
   friend bool operator==(const Value& a, const Value& b) { return a.handle_ == b.handle_; }
 
  private:
+  void* block(int type, bool reading) const;
+
   Kernel* kernel_ = nullptr;
   ALGEB handle_ = nullptr;
   void* root_ = nullptr;
@@ -103,6 +118,7 @@ class Kernel {
   Value null();
   Value boolean(bool b);
   Value integer(std::int64_t i);
+  Value unsignedInteger(std::uint64_t i);
   Value real(double d);
   Value string(std::string_view text);
   Value name(std::string_view text);
@@ -110,6 +126,9 @@ class Kernel {
   Value list(std::span<const double> elements);
   Value list(std::initializer_list<double> elements) {
     return list(std::span<const double>(elements.begin(), elements.size()));
+  }
+  Value list(std::initializer_list<Value> elements) {
+    return list(std::span<const Value>(elements.begin(), elements.size()));
   }
   Value sequence(std::span<const Value> elements);  // one element: the element itself
   Value range(const Value& lower, const Value& upper);
@@ -121,8 +140,18 @@ class Kernel {
   Value array(const RTableSettings& s, const void* data, std::span<const V_INT> bounds);
 
   // An array over memory that the caller owns and keeps alive and in place as long as the kernel
-  // can reach the array.  Nothing is copied; the library writes into the caller's memory.
-  Value wrap(std::span<double> x);
+  // can reach the array: a vector, span or array of double, float or signed integers.  Nothing is
+  // copied; the library writes into the caller's memory where it works in place.  Memory of const
+  // elements is read-only: entry points copy it first, and assignments to it are errors.
+  template <typename Range>
+  Value wrap(Range&& x) {
+    return wrapMemory(x, {static_cast<V_INT>(std::size(x))}, RTABLE_COLUMN_MAJOR);
+  }
+  // The same of two dimensions, by default row after row; rows x columns elements.
+  template <typename Range>
+  Value wrap(Range&& x, V_INT rows, V_INT columns, int order = RTABLE_ROW_MAJOR) {
+    return wrapMemory(x, {rows, columns}, order);
+  }
   // The same for any dense array of a machine type; owner is dropped when the array is collected,
   // perhaps in the middle of a later call, and may be what keeps the memory.
   Value wrap(const RTableSettings& s, void* data, std::span<const V_INT> bounds,
@@ -141,13 +170,15 @@ class Kernel {
   void loadLibrary(const std::string& path);
   std::vector<std::string> entryPoints() const;
 
-  // Calls an entry point, built-in function or procedure by name.  Arguments: Values, bool,
-  // integers, doubles, texts, vectors and spans of doubles (copied to an array).
-  template <typename... Args>
-  Value call(std::string_view name, Args&&... args) {
-    const Value values[] = {toValue(std::forward<Args>(args))..., Value()};
-    return callValues(name, std::span<const Value>(values, sizeof...(Args)));
-  }
+  // Calls an entry point, built-in function or procedure by name, with up to 16 arguments of the
+  // kinds that toValue takes, {} for an empty array and {1.5, 2.5} for one of two elements.
+  Value call(std::string_view name, const Argument& a1 = none(), const Argument& a2 = none(),
+             const Argument& a3 = none(), const Argument& a4 = none(), const Argument& a5 = none(),
+             const Argument& a6 = none(), const Argument& a7 = none(), const Argument& a8 = none(),
+             const Argument& a9 = none(), const Argument& a10 = none(),
+             const Argument& a11 = none(), const Argument& a12 = none(),
+             const Argument& a13 = none(), const Argument& a14 = none(),
+             const Argument& a15 = none(), const Argument& a16 = none());
   Value callValues(std::string_view name, std::span<const Value> args);
   Value apply(const Value& procedure, std::span<const Value> args);
 
@@ -177,23 +208,95 @@ class Kernel {
   // "not enough memory"; -1: none.
   void failAllocation(std::int64_t n, bool lasting = false);
 
-  Value toValue(const Value& v) { return v; }
-  Value toValue(bool b) { return boolean(b); }
-  template <std::integral I>
-  Value toValue(I i) {
-    return integer(static_cast<std::int64_t>(i));
-  }
-  Value toValue(double d) { return real(d); }
-  Value toValue(const char* text) { return string(text); }
-  Value toValue(const std::string& text) { return string(text); }
-  Value toValue(const std::vector<double>& x) { return array(std::span<const double>(x)); }
-  Value toValue(std::span<const double> x) { return array(x); }
+  // Values as they are; nullptr as NULL; bool, integers, enumerations, floating-point numbers,
+  // texts; vectors, spans and arrays of numbers as an array of their element type (unsigned ones as
+  // the signed type that holds them, or an error), of Values or texts as a list.
+  template <typename T>
+  Value toValue(const T& x);
 
   struct Impl;
   Impl& impl() { return *impl_; }
 
  private:
+  static Argument none() { return Argument::Absent(); }
+  Value wrapMemory(const void* data, std::size_t elements, int type, bool readOnly,
+                   std::initializer_list<V_INT> extents, int order);
+  template <typename Range>
+  Value wrapMemory(Range& x, std::initializer_list<V_INT> extents, int order);
+  Value unsignedArray(std::span<const std::uint64_t> x);
+
   std::unique_ptr<Impl> impl_;
 };
+
+template <typename Range>
+Value Kernel::wrapMemory(Range& x, std::initializer_list<V_INT> extents, int order) {
+  if constexpr (detail::Numbers<Range>) {
+    using Element = detail::ElementOf<Range>;
+    using Number = std::remove_cv_t<Element>;
+    static_assert(detail::elementCode<Number> >= 0,
+                  "wrap: the elements are of type float, double or a signed integer");
+    return wrapMemory(std::data(x), std::size(x), detail::elementCode<Number>,
+                      std::is_const_v<Element>, extents, order);
+  } else {
+    static_assert(detail::never<Range>, "wrap: a vector, span or array of numbers expected");
+  }
+}
+
+template <typename T>
+Value Kernel::toValue(const T& x) {
+  if constexpr (std::same_as<T, Value>) {
+    return x;
+  } else if constexpr (std::same_as<T, bool>) {
+    return boolean(x);
+  } else if constexpr (std::is_null_pointer_v<T>) {
+    return null();
+  } else if constexpr (std::is_enum_v<T>) {
+    return toValue(static_cast<std::underlying_type_t<T>>(x));
+  } else if constexpr (std::is_integral_v<T> && std::is_unsigned_v<T>) {
+    return unsignedInteger(x);
+  } else if constexpr (std::is_integral_v<T>) {
+    return integer(x);
+  } else if constexpr (std::is_floating_point_v<T>) {
+    return real(static_cast<double>(x));
+  } else if constexpr (detail::Text<T>) {
+    if constexpr (std::is_pointer_v<T>) {
+      if (x == nullptr) {
+        return null();
+      }
+    }
+    return string(x);
+  } else if constexpr (detail::Numbers<const T>) {
+    using Number = std::remove_cv_t<detail::ElementOf<const T>>;
+    if constexpr (detail::elementCode<Number> >= 0) {
+      const RTableSettings s{detail::elementCode<Number>, RTABLE_RECTANGULAR, RTABLE_COLUMN_MAJOR,
+                             1, 0};
+      const V_INT bounds[] = {1, static_cast<V_INT>(std::size(x))};
+      return array(s, std::size(x) == 0 ? nullptr : std::data(x), bounds);
+    } else if constexpr (std::is_floating_point_v<Number>) {
+      return array(std::vector<double>(std::data(x), std::data(x) + std::size(x)));
+    } else {
+      return unsignedArray(std::vector<std::uint64_t>(std::data(x), std::data(x) + std::size(x)));
+    }
+  } else if constexpr (detail::Contiguous<const T>) {
+    using Element = std::remove_cv_t<detail::ElementOf<const T>>;
+    static_assert(std::same_as<Element, Value> || detail::Text<Element>,
+                  "a range whose elements are numbers, Values or texts expected");
+    std::vector<Value> elements;
+    for (std::size_t i = 0; i < std::size(x); ++i) {
+      elements.push_back(toValue(std::data(x)[i]));
+    }
+    return list(std::span<const Value>(elements));
+  } else {
+    static_assert(detail::never<T>,
+                  "an argument is a Value, bool, number, enumeration, text, nullptr, or a vector, "
+                  "span or array of those");
+  }
+}
+
+template <typename T>
+Value Argument::convert(Kernel& kernel, const void* object) {
+  return kernel.toValue(*static_cast<const T*>(object));
+}
+inline Value Argument::value(Kernel& kernel) const { return convert_(kernel, object_); }
 
 }  // namespace vexel

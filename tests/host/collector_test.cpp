@@ -276,6 +276,7 @@ TEST(CorePointerTest, MarkRunsWhileReachableAndDisposeOnce) {
 }
 
 TEST_F(CoreCollectorTest, DeepStructuresCostNoStack) {
+  const InsideHost inside;
   ALGEB x = state.null;
   for (int i = 0; i < 1'000'000; ++i) {
     x = newPair(state, Tag::equation, immediate(i), x);

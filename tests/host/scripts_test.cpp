@@ -176,7 +176,7 @@ TEST_F(LanguageScripts, ColumnsGoToAFileAndBack) {
   const Row rows[] = {
       {"\"x y\" = A, z = B): ReadCSV(F)",
        "table([\"x y\" = Array(1..2, [1.5, Float(undefined)], datatype = float[8]), "
-       "\"z\" = Array(1..2, [\"p,\\\"q\\\"\", \"1/3\"])])"},
+       "\"z\" = Array(1..2, [\"p,\\\"q\\\"\", \"0.3333333333333333\"])])"},
       {"table([\"\" = A, \"a\" = A])): ReadCSV(F, \"a\")",
        "Array(1..2, [1.5, Float(undefined)], datatype = float[8])"},
       {"Array(1..2, 1..2, [[1, 2], [3, 4]])): ReadCSV(F, \"2\")",
@@ -186,7 +186,23 @@ TEST_F(LanguageScripts, ColumnsGoToAFileAndBack) {
       {"A): WriteText(F, \"\xEF\xBB\xBFx\\n1,\\n\"): ReadCSV(F, \"x\")",
        "Array(1..1, [1.0], datatype = float[8])"},
       {"A): WriteText(F, \"x\\n1\\n2,3\\n\"): ReadCSV(F)",
-       "Error, row 3 has more cells than there are headings"},
+       "Error, row 3, column 2: more cells than there are headings"},
+      {"A): WriteText(F, \"x\\n1\\n2,,\\n\"): ReadCSV(F, 1)",
+       "Array(1..2, [1.0, 2.0], datatype = float[8])"},
+      {"A): WriteText(F, \"x,y\\n1,\\\"a\\n2,b\\n\"): ReadCSV(F, 1)",
+       "Error, row 2, column 2 of the CSV file opens a quote that the file never closes"},
+      {"A): WriteText(F, \"x,y\\n1,a\\\"b\\n\"): ReadCSV(F, 1)",
+       "Error, row 2, column 2 of the CSV file has a quote inside a cell without quotes or text "
+       "behind "
+       "the closing quote"},
+      {"A): WriteText(F, \"x, y,x\\n1,2,3\\n\"): ReadCSV(F)",
+       "Error, columns 1 and 3 have the same heading, \"x\""},
+      {"A): WriteText(F, \"x, y,x\\n1,2,3\\n\"): ReadCSV(F, x)",
+       "Error, the file has several columns x; name one by its number"},
+      {"A): WriteText(F, \"x\\nna\\nN/A\\n.\\nNULL\\n NaN\\n\\\"\\\"\\n\"): count(ReadCSV(F, 1))",
+       "6"},
+      {"A): WriteText(F, \"x\\n1\\n..\\n\"): ReadCSV(F, 1)",
+       "Error, row 3, column 1: expected a number, received: \"..\""},
       {"A, x = A)", "Error, expected a heading for every column or for none"},
       {"A, Array([1]))", "Error, expected arrays of one size, received: Array(1..1, [1])"},
   };

@@ -31,6 +31,7 @@ struct StateTest : testing::Test {
 
   Kernel kernel;
   State& state = *kernel.vector();
+  InsideHost inside;  // errors are tokens
 };
 
 }  // namespace vexel
