@@ -7,6 +7,7 @@
 #include <iterator>
 #include <sstream>
 #include <string_view>
+#include <utility>
 
 #include "reference.hpp"
 
@@ -57,6 +58,59 @@ bool printPage(const std::string& name) {
   return false;
 }
 
+// What users of other systems ask for, in words of these pages.
+std::string_view inOwnWords(std::string_view topic) {
+  constexpr std::pair<std::string_view, std::string_view> kWords[] = {
+      {"std", "standard deviation"},
+      {"sd", "standard deviation"},
+      {"stdev", "standard deviation"},
+      {"var", "variance"},
+      {"ttest", "student"},
+      {"t test", "student"},
+      {"t-test", "student"},
+      {"linear regression", "covariance"},
+      {"regression", "covariance"},
+      {"lm", "covariance"},
+      {"correlation", "covariance"},
+      {"cor", "covariance"},
+      {"hist", "tally"},
+      {"histogram", "tally"},
+      {"percentile", "quantile"},
+      {"shapiro", "Shapiro"},
+      {"kde", "KernelDensity"},
+      {"avg", "mean"},
+      {"average", "mean"},
+      {"mad", "MedianDeviation"}};
+  for (const auto& [foreign, own] : kWords) {
+    if (foreign == topic) {
+      return own;
+    }
+  }
+  return topic;
+}
+
+// For a topic that is no name: what mentions it, or a word of it, or a name that is spelled alike.
+void printNearest(const std::string& topic) {
+  std::cout << "no name contains " << topic;
+  const std::string own(inOwnWords(topic));
+  auto entries = findReference(own);
+  if (entries.empty()) {
+    entries = entriesThatMention(own);
+  }
+  std::istringstream words(own);
+  for (std::string word; entries.empty() && words >> word;) {
+    if (word.size() > 3) {
+      entries = findReference(word);
+      entries = entries.empty() ? entriesThatMention(word) : entries;
+    }
+  }
+  const std::string similar = entries.empty() ? similarName(topic) : "";
+  std::cout << (!entries.empty()   ? "; nearest are\n"
+                : !similar.empty() ? "; ?" + similar + " is spelled alike\n"
+                                   : "\n");
+  printHeadings(entries);
+}
+
 }  // namespace
 
 std::string helpTopic(const std::string& line) {
@@ -84,10 +138,7 @@ void printHelp(const std::string& topic, const std::vector<std::string>& session
       std::cout << "  " << name << '\n';
     }
   } else {
-    std::cout << "no name contains " << topic;
-    const auto mentioned = entriesThatMention(topic);
-    std::cout << (mentioned.empty() ? "\n" : "; it is mentioned in\n");
-    printHeadings(mentioned);
+    printNearest(topic);
   }
   std::cout.flush();
 }

@@ -13,6 +13,7 @@
 #include <string>
 #include <string_view>
 #include <vexel/kernel.hpp>
+#include <vexel/session.hpp>
 
 #include "library_path.hpp"
 #include "options.hpp"
@@ -89,6 +90,8 @@ int main(int argc, char** argv) {
     if (options.seed) {
       kernel.seed(*options.seed);
     }
+    vexel::setStrict(kernel, options.strict);
+    kernel.eval("none := Array([], datatype = float[8]):");  // no weights, as the pages write it
     if (std::getenv("VEXEL_STRESS") != nullptr) {
       kernel.stress(true);  // a collection at every allocation, to find what the collector misses
     }
@@ -97,7 +100,11 @@ int main(int argc, char** argv) {
       return kBadUsage;
     }
     if (options.prompt && !runner.finished()) {
-      runPrompt(kernel, runner, options.quiet);
+      if (options.json && isatty(STDIN_FILENO) == 0) {
+        serveStatements(kernel, runner);
+      } else {
+        runPrompt(kernel, runner, options.quiet);
+      }
     }
     return runner.failed() ? kStatementFailed : kSuccess;
   } catch (const std::exception& e) {

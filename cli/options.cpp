@@ -64,6 +64,7 @@ std::optional<int> readCommandLine(int argc, char** argv, Options& options) {
                "after an error go on with the next statement");
   const CLI::Option* seedOption =
       app.add_option("--seed", seed, "seed the random stream first")->type_name("N");
+  app.add_flag("--strict", options.strict, "calling a name that is not defined is an error");
   app.add_flag("--quiet", options.quiet, "no banner, no hints");
   app.add_option("--library", options.library, "load this statistics library")->type_name("PATH");
 

@@ -18,6 +18,7 @@ struct Options {
   bool json = false;       // values and errors as JSON lines on standard output
   bool keepGoing = false;  // after an error go on with the next statement
   bool quiet = false;
+  bool strict = false;  // calling an undefined name is an error
   std::optional<std::uint64_t> seed;
   std::string library;  // empty: the one installed beside the command
 };

@@ -3,11 +3,14 @@
 #include "prompt.hpp"
 
 #include <histedit.h>
+#include <sys/file.h>
 
 #include <algorithm>
 #include <cctype>
 #include <cerrno>
+#include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <filesystem>
 #include <functional>
 #include <iostream>
@@ -78,6 +81,31 @@ class Names {
   std::set<std::string, std::less<>> names_;
 };
 
+// Files and folders whose path starts like this, folders with a slash behind.
+std::vector<std::string> filesStartingWith(const std::string& prefix) {
+  const std::size_t slash = prefix.rfind('/');
+  const std::string folder = slash == std::string::npos ? "" : prefix.substr(0, slash + 1);
+  std::vector<std::string> found;
+  std::error_code error;
+  for (std::filesystem::directory_iterator entry(folder.empty() ? "." : folder, error), end;
+       !error && entry != end; entry.increment(error)) {
+    const std::string path = folder + entry->path().filename().string();
+    if (path.starts_with(prefix) && (path.size() > folder.size())) {
+      found.push_back(path + (entry->is_directory(error) ? "/" : ""));
+    }
+  }
+  std::sort(found.begin(), found.end());
+  return found;
+}
+
+// "exit", "exit();" and the like.
+bool isExit(const std::string& text) {
+  std::string word;
+  std::copy_if(text.begin(), text.end(), std::back_inserter(word),
+               [](char c) { return std::strchr(" \t\n();:", c) == nullptr; });
+  return word == "exit" && text.find_first_not_of(" \t\n") == text.find("exit");
+}
+
 void printColumns(const std::vector<std::string>& names) {
   for (const std::string& name : names) {
     std::cout << "  " << name << '\n';
@@ -114,11 +142,7 @@ class Editor {
     el_set(edit_.get(), EL_BIND, "^I", "vexel-complete", nullptr);
     el_source(edit_.get(), nullptr);
   }
-  ~Editor() {
-    if (!file_.empty()) {
-      history(history_.get(), &event_, H_SAVE, file_.c_str());
-    }
-  }
+  ~Editor() = default;
   Editor(const Editor&) = delete;
   Editor& operator=(const Editor&) = delete;
 
@@ -139,11 +163,22 @@ class Editor {
 
   void remember(const std::string& statement) {
     history(history_.get(), &event_, H_ENTER, statement.c_str());
+    appendToFile();
   }
 
   void forgetLine() { el_reset(edit_.get()); }
 
  private:
+  // At once and under a lock: other prompts write to the file, too, and a terminal may be closed.
+  void appendToFile() {
+    const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(
+        file_.empty() ? nullptr : std::fopen(file_.c_str(), "a"), std::fclose);
+    if (file != nullptr && flock(fileno(file.get()), LOCK_EX) == 0) {
+      std::fseek(file.get(), 0, SEEK_END);
+      history(history_.get(), &event_, H_NSAVE_FP, std::size_t{1}, file.get());
+    }
+  }
+
   static Editor& of(EditLine* e) {
     void* self = nullptr;
     el_get(e, EL_CLIENTDATA, &self);
@@ -164,9 +199,28 @@ class Editor {
     while (begin > info->buffer && isNamePart(begin[-1])) {
       --begin;
     }
+    const std::string_view before(info->buffer,
+                                  static_cast<std::size_t>(info->cursor - info->buffer));
+    const bool inText = std::count(before.begin(), before.end(), '"') % 2 != 0;
+    if (inText) {
+      begin = info->buffer + before.rfind('"') + 1;
+    }
     const std::string prefix(begin, info->cursor);
-    const std::vector<std::string> found = of(e).names_.startingWith(prefix);
-    if (prefix.empty() || found.empty()) {
+    std::vector<std::string> found =
+        inText ? filesStartingWith(prefix) : of(e).names_.startingWith(prefix);
+    if (!inText && found.empty() && prefix.size() > 2) {  // a word from the middle of a name
+      found = of(e).names_.containing(prefix);
+      if (found.size() == 1) {
+        el_deletestr(e, static_cast<int>(prefix.size()));
+        return el_insertstr(e, found.front().c_str()) == 0 ? CC_REFRESH : CC_REFRESH_BEEP;
+      }
+      if (!found.empty()) {
+        std::cout << '\n';
+        printColumns(found);
+        return CC_REDISPLAY;
+      }
+    }
+    if ((prefix.empty() && !inText) || found.empty()) {
       return CC_REFRESH_BEEP;
     }
     // The names are sorted: what the first and the last share, all share.
@@ -226,6 +280,9 @@ void runPrompt(vexel::Kernel& kernel, Runner& runner, bool quiet) {
     }
     text += line;
     if (!vexel::isIncomplete(kernel, text)) {
+      if (isExit(text)) {
+        return;
+      }
       if (text.find_first_not_of(" \t\n") != std::string::npos) {
         editor.remember(text);
         runner.run(text, "");
@@ -233,5 +290,20 @@ void runPrompt(vexel::Kernel& kernel, Runner& runner, bool quiet) {
       }
       text.clear();
     }
+  }
+}
+
+void serveStatements(vexel::Kernel& kernel, Runner& runner) {
+  runner.acknowledge();
+  std::string text;
+  for (std::string line; !runner.finished() && std::getline(std::cin, line);) {
+    text += line + "\n";
+    if (!vexel::isIncomplete(kernel, text)) {
+      runner.run(text, "standard input");
+      text.clear();
+    }
+  }
+  if (!runner.finished() && !text.empty()) {
+    runner.run(text, "standard input");
   }
 }

@@ -114,10 +114,14 @@ void Runner::run(const std::string& text, const std::string& source) {
   for (progress.atLine(script.line()); script.next(outcome); progress.atLine(script.line())) {
     progress.clear();
     if (outcome.kind == vexel::Outcome::Kind::value) {
-      if (!options_.quiet && !options_.json && !source.empty()) {
+      if (!options_.quiet && !source.empty()) {
         warnOfMisspelling(outcome, source);
       }
-      if (!outcome.printed) {
+      if (!outcome.printed && acknowledged_) {
+        std::cout << "{\"done\": true}" << std::endl;
+      }
+      // At the prompt a loop or printf need not say that it has no value.
+      if (!outcome.printed || (shorten_ && !options_.json && outcome.value.isNull())) {
         continue;
       }
       if (printValue(outcome)) {

@@ -22,6 +22,8 @@ class Runner {
     shorten_ = true;
     hints_ = hints;
   }
+  // With JSON: statements that print no value print a line, too.
+  void acknowledge() { acknowledged_ = true; }
 
  private:
   // False when the value cannot be printed (it is nested too deep); the outcome tells then.
@@ -35,4 +37,5 @@ class Runner {
   bool finished_ = false;
   bool shorten_ = false;
   bool hints_ = false;
+  bool acknowledged_ = false;
 };

@@ -92,6 +92,17 @@ void defineSystemFunctions(State& state) {
       state, "RandomDouble01", [](State& s, ALGEB) { return newFloat(s, VexelRandomDouble01(&s)); },
       [](State& s, int, const double*) { return VexelRandomDouble01(&s); });
   defineFunction(state, "info_level", infoLevel);
+  // The folder of the file that is run, so that a script finds what lies beside it.
+  defineFunction(state, "source_folder", [](State& s, ALGEB args) {
+    if (!isNull(args)) {
+      raise(s, "source_folder takes no arguments, received: %1", args);
+    }
+    const TextPlace here = s.language->where();
+    const std::size_t slash = here.text == nullptr ? std::string::npos : here.text->rfind('/');
+    return string(s, slash == std::string::npos ? "."
+                     : slash == 0               ? "/"
+                                                : here.text->substr(0, slash));
+  });
   defineFunction(state, "gc", [](State& s, ALGEB) {
     s.heap.collect();
     return s.null;

@@ -183,6 +183,8 @@ bool isIncomplete(Kernel& kernel, std::string_view text) {
   });
 }
 
+void setStrict(Kernel& kernel, bool strict) { kernel.vector()->strict = strict; }
+
 bool quitRequested(Kernel& kernel) { return interpreter(*kernel.vector()).quit; }
 
 std::string shortened(const Value& value) {

@@ -50,7 +50,13 @@ void* reallocate(void* p, std::size_t, std::size_t bytes) {
   return checked(std::realloc(p, bytes), bytes);
 }
 
-void release(void* p, std::size_t) { std::free(p); }
+// An operand of what was abandoned may refer to memory that is gone: nothing is given back until
+// the calls into the host have unwound.
+void release(void* p, std::size_t) {
+  if (!abandoned) {
+    std::free(p);
+  }
+}
 
 // GMP's own functions are those of malloc, too: numbers from before and from programs that use GMP
 // beside the host may be given back here.  A program that has set functions of its own keeps them.

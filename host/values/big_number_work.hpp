@@ -9,8 +9,8 @@ namespace vexel {
 // While one lives, allocations of the big-number libraries on this thread throw std::bad_alloc when
 // memory has run out, and InterruptToken when an interrupt is pending and the number is large.
 //
-// The exception passes through C functions, which keep their operands sound up to each allocation;
-// what they had allocated for themselves is lost, and the constants that MPFR keeps are dropped.
+// The exception passes through C functions, whose operands may be unsound then: numbers that unwind
+// are left to themselves, memory and all, and the constants that MPFR keeps are dropped.
 // Outside, and on other threads, allocations do what they always do.
 class BigNumberWork {
  public:

@@ -63,6 +63,8 @@ struct _VKernelVectorDesc final : vexel::Memory {
   std::unordered_map<std::string, int> infoLevels;
   std::function<void(int, const std::string&, const std::string&)> userInfo;
 
+  bool strict = false;  // calling a name that is not defined is an error
+
   // Throws the pending error as the embedding API's, where no call into the host would catch it.
   std::function<void()> raiseOutside;
 

@@ -217,6 +217,9 @@ ALGEB apply(State& state, ALGEB function, ALGEB args) {
   if (is(f, Tag::procedure)) {
     return state.language->callProcedure(state, f, args);
   }
+  if (state.strict && is(f, Tag::name)) {
+    raise(state, "the function %1 is not defined", f);
+  }
   if (is(f, Tag::name) || isExpression(f)) {
     Handles all(state);
     for (std::size_t i = 1; i <= argumentCount(args); ++i) {

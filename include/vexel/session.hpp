@@ -58,6 +58,9 @@ class Script {
 // True when the last statement of the text is not finished: a prompt asks for another line.
 bool isIncomplete(Kernel& kernel, std::string_view text);
 
+// Whether calling a name that is not defined is an error; at first such a call is its own value.
+void setStrict(Kernel& kernel, bool strict);
+
 // True once "quit" has been run.
 bool quitRequested(Kernel& kernel);
 

@@ -31,7 +31,7 @@ class Session:
     def send(self, text):
         os.write(self.terminal, text.encode())
 
-    def expect(self, wanted, seconds=20):
+    def expect(self, wanted, seconds=90):
         """Waits for a text and returns what came until then."""
         until = time.monotonic() + seconds
         while wanted not in self.unread:
@@ -54,7 +54,7 @@ class Session:
         started = time.monotonic()
         self.send("\x03")
         self.expect("interrupted")
-        if time.monotonic() - started > 5:
+        if time.monotonic() - started > 30:
             sys.exit(f"{statement} took long to stop")
         self.send("20 + 22;\n")
         self.expect("\n42")
@@ -97,14 +97,31 @@ with tempfile.TemporaryDirectory() as state:
     first.expect("never run")
     first.send("\x03")
     first.expect("> ")
+    first.send("printf(\"%d\", 5): for i from 1 to 2 do i end; printf(\"%s\", \"x\"); count(none);\n")
+    if "NULL" in first.expect("x0"):
+        sys.exit("NULL is printed for what has no value")
+    first.send("MovingMedia\t(1);\n")
+    first.expect("VexelMovingMedian expects 6 arguments")
+    first.send("?linear regression\n")
+    first.expect("STATS_VexelCovariance_HW")
+
+    # Two prompts at once, one of which loses its terminal, share the history.
+    other = Session(state)
+    other.send("1000*7;\n")
+    other.expect("7000")
+    os.close(other.terminal)
     first.send("6*7;\n")
     first.expect("42")
-    first.quit()
+    first.send("exit();\n")
+    os.waitpid(first.pid, 0)
 
     second = Session(state)
-    second.send("\x1b[A\x1b[A")  # past "quit"
+    second.send("\x1b[A")
     second.expect("6*7;")
     second.send("\n")
     second.expect("42")
     second.quit()
+    with open(os.path.join(state, "vexel", "history")) as file:
+        if "1000*7;" not in file.read():
+            sys.exit("the history of a lost terminal is lost")
 print("ok")
