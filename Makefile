@@ -5,7 +5,7 @@
 #   make asan      the tests under AddressSanitizer and UndefinedBehaviorSanitizer
 #   make bench     the measurements
 #   make bench-peers  the same jobs in R, SciPy, GSL and Boost: docs/performance.md
-#   make accuracy  error of every probability and quantile against high-precision references: docs/accuracy.md
+#   make accuracy  error of every probability and quantile against high-precision references: docs/accuracy.md, docs/functions/accuracy.md
 #   make gallery   run the examples and write docs/gallery.md
 #   make format    format the sources; make format-check: fail where they are not
 #   make install PREFIX=/usr/local
@@ -56,6 +56,7 @@ gallery: build
 
 accuracy: build
 	@PATH=/usr/bin:$$PATH python3 bench/accuracy/accuracy_report.py build/lib/libnag2.so build/bin/vexel --markdown
+	@PATH=/usr/bin:$$PATH python3 tests/reference/functions_report.py build/lib include
 
 format:
 	@$(SOURCES) | xargs clang-format -i

@@ -3,6 +3,9 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
+#include <limits>
+#include <span>
+#include <vector>
 
 #include "functions/totals.hpp"
 #include "kernels/vector/powers.hpp"
@@ -29,9 +32,7 @@ class PowerSums {
   }
 
   void take(const double* x, const double* w, std::size_t n) {
-    if (w == nullptr && sums_.size() <= 4) {
-      takeFour(x, n);
-    } else {
+    if (w != nullptr || sums_.size() > 4 || !takeFour(x, n)) {
       takeMany(x, w, n);
     }
     addWeights(weight_, w, n);
@@ -53,13 +54,18 @@ class PowerSums {
   }
 
  private:
-  void takeFour(const double* x, std::size_t n) {
+  // False, with nothing taken, where powers overflow.
+  bool takeFour(const double* x, std::size_t n) {
     double lanes[4 * kernels::powerLanes];
     kernels::powersInLanes(x, n, center_, lanes);
-    for (std::size_t k = 0; k < sums_.size(); ++k) {
-      sums_[k].add({lanes + k * kernels::powerLanes, kernels::powerLanes});
-      finite_ &= sums_[k].finite();
+    const std::span<const double> used(lanes, sums_.size() * kernels::powerLanes);
+    if (!std::all_of(used.begin(), used.end(), [](double v) { return std::isfinite(v); })) {
+      return false;
     }
+    for (std::size_t k = 0; k < sums_.size(); ++k) {
+      sums_[k].add(used.subspan(k * kernels::powerLanes, kernels::powerLanes));
+    }
+    return true;
   }
 
   void takeMany(const double* x, const double* w, std::size_t n) {

@@ -46,7 +46,7 @@ double betaSeries(double a, double n, double x) {
   return nan;
 }
 
-// Convergents by their recurrence, which needs no division.
+// Convergents by their recurrence, which needs no division; two steps a round.
 double betaFraction(double a, double b, double x, double e) {
   const double n = a + b;
   double inverse = 1.0 / (a + 1.0);  // 1 / (a + 2 m + 1)
@@ -54,19 +54,26 @@ double betaFraction(double a, double b, double x, double e) {
   double lastTop = 1.0;
   double bottom = 1.0;
   double lastBottom = 0.0;
-  for (int i = 1; i < maxTerms; ++i) {
-    const double m = i;
+  const double e1 = e + 1.0;
+  const double slope = 2.0 - x;
+  double m = 1.0;
+  const auto step = [&] {
     const double last = inverse;
     inverse = 1.0 / (a + 2.0 * m + 1.0);
-    const double rest = m * (b - m) * x * last;
-    const double am = (a + m - 1.0) * last * (n + m - 1.0) * x * rest;
-    const double bm = m + rest + (a + m) * (e + 1.0 + m * (2.0 - x)) * inverse;
+    const double rest = m * (b - m) * (x * last);
+    const double am = ((a + m - 1.0) * last) * ((n + m - 1.0) * x) * rest;
+    const double bm = m + rest + (a + m) * (e1 + m * slope) * inverse;
     const double nextTop = bm * top + am * lastTop;
     const double nextBottom = bm * bottom + am * lastBottom;
     lastTop = top;
     lastBottom = bottom;
     top = nextTop;
     bottom = nextBottom;
+    m += 1.0;
+  };
+  for (int i = 0; i < maxTerms; ++i) {
+    step();
+    step();
     const double cross = top * lastBottom;
     if (std::fabs(cross - lastTop * bottom) <= epsilon * std::fabs(cross)) {
       return bottom / top;
@@ -86,7 +93,14 @@ double betaFraction(double a, double b, double x, double e) {
 }
 
 BetaLaw::BetaLaw(double a, double b)
-    : a_(a), b_(b), n_(a + b), first_(a), second_(b), both_(a + b) {}
+    : a_(a),
+      b_(b),
+      n_(a + b),
+      first_(a),
+      second_(b),
+      both_(a + b),
+      ordinary_(a >= 1.0 && b >= 1.0 && std::min(a, b) < hugeParameter && std::max(a, b) < 1e15),
+      scale_(ordinary_ ? std::sqrt(n_ / a / b) / rootTwoPi : 0.0) {}
 
 BetaLaw BetaLaw::mirrored() const {
   BetaLaw law = *this;
@@ -98,12 +112,23 @@ BetaLaw BetaLaw::mirrored() const {
 // a y - b x, from the smaller of x and y.
 double BetaLaw::excess(UnitPair at) const { return at.x <= at.y ? a_ - n_ * at.x : n_ * at.y - b_; }
 
-double BetaLaw::weight(UnitPair at) const {
+Piece BetaLaw::weightPiece(UnitPair at) const {
   const double e = excess(at);
-  const Piece p = first_.at(n_ * at.x, -e);
-  const Piece q = second_.at(n_ * at.y, e);
+  const double nx = n_ * at.x;
+  const double ny = n_ * at.y;
+  if (ordinary_ && nx > 0.05 * a_ && ny > 0.05 * b_) {
+    return {scale_, (first_.rest() + second_.rest() - both_.rest()) +
+                        (devianceOf(a_, nx, -e) + devianceOf(b_, ny, e))};
+  }
+  const Piece p = first_.at(nx, -e);
+  const Piece q = second_.at(ny, e);
   const Piece n = both_.atPeak();
-  return p.factor * q.factor / n.factor * std::exp(-(p.exponent + q.exponent - n.exponent));
+  return {p.factor * q.factor / n.factor, p.exponent + q.exponent - n.exponent};
+}
+
+double BetaLaw::weight(UnitPair at) const {
+  const Piece p = weightPiece(at);
+  return p.factor * std::exp(-p.exponent);
 }
 
 double BetaLaw::logWeight(UnitPair at) const {
@@ -111,14 +136,39 @@ double BetaLaw::logWeight(UnitPair at) const {
   return first_.logAt(n_ * at.x, -e) + second_.logAt(n_ * at.y, e) - both_.logAtPeak();
 }
 
-// The lower tail over the weight, at or below the mean.
-double BetaLaw::outerFactor(UnitPair at) const {
+namespace {
+
+// The lower tail over the weight, at or below the mean; n = a + b.
+double tailOverWeight(double a, double b, double n, double x, double excess) {
   // The ratio of the series' first terms.
-  const double ratio = at.x * (n_ / (a_ + 1.0));
-  if (at.x < 0.3 ? ratio < 0.9 : at.x <= 0.9 && (ratio < 0.5 || (a_ <= 1.0 && b_ <= 1.0))) {
-    return b_ / n_ * betaSeries(a_, n_, at.x);
+  const double ratio = x * (n / (a + 1.0));
+  if (x < 0.3 ? ratio < 0.9 : x <= 0.9 && (ratio < 0.5 || (a <= 1.0 && b <= 1.0))) {
+    return b / n * betaSeries(a, n, x);
   }
-  return a_ / n_ * b_ * betaFraction(a_, b_, at.x, excess(at));
+  return a / n * b * betaFraction(a, b, x, excess);
+}
+
+}  // namespace
+
+double BetaLaw::outerFactor(UnitPair at) const {
+  return tailOverWeight(a_, b_, n_, at.x, excess(at));
+}
+
+double BetaLaw::ordinaryTail(UnitPair at, Tail which) const {
+  const double w = weight(at);
+  const double e = excess(at);
+  const bool above = e < 0.0;
+  const double outer =
+      above ? tailOverWeight(b_, a_, n_, at.y, -e) : tailOverWeight(a_, b_, n_, at.x, e);
+  const double tail = w == 0.0 ? 0.0 : std::min(1.0, w * outer);
+  return above == (which == Tail::lower) ? 1.0 - tail : tail;
+}
+
+double BetaLaw::lowerOverDecrement(UnitPair at) const {
+  if (excess(at) >= 0.0 && !complementSeries(at)) {
+    return outerFactor(at) * (n_ / b_);
+  }
+  return tail(at, Tail::lower) / (weight(at) * (b_ / n_));
 }
 
 // Near x = 1 with a small b the fraction loses digits; the mirrored series has none to lose.
@@ -217,6 +267,9 @@ bool BetaLaw::degenerate(UnitPair at, Tail which, double* value) const {
 }
 
 double BetaLaw::tail(UnitPair at, Tail which) const {
+  if (ordinary_ && at.x > 0.0 && at.y > 0.0) {
+    return ordinaryTail(at, which);
+  }
   if (double value = 0.0; degenerate(at, which, &value)) {
     return value;
   }

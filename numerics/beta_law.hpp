@@ -36,6 +36,11 @@ class BetaLaw {
   // b).
   double weight(UnitPair at) const;
   double logWeight(UnitPair at) const;
+  Piece weightPiece(UnitPair at) const;
+  // The lower tail over its decrement when a is raised by 1, the weight times b / (a + b).
+  double lowerOverDecrement(UnitPair at) const;
+  // A quantile good to a digit or two.
+  UnitPair roughQuantile(double p, Tail which) const;
 
   static UnitPair at(double x) { return {x, 1.0 - x}; }
 
@@ -47,6 +52,7 @@ class BetaLaw {
   double logOuter(UnitPair at) const;
   double inner(UnitPair at, double outer) const;
   double outerFactor(UnitPair at) const;
+  double ordinaryTail(UnitPair at, Tail which) const;
   double seriesComplement(UnitPair at) const;
   double uniformOuter(UnitPair at, bool log) const;
   double gammaLimit(UnitPair at, Tail which, bool log) const;
@@ -54,7 +60,7 @@ class BetaLaw {
   bool aboveMean(UnitPair at) const;
   bool complementSeries(UnitPair at) const;
   double start(double p, Tail which) const;
-  UnitPair quantileBelow(double p, Tail which, double from) const;
+  double quantileBelow(double p, Tail which, double from) const;
 
   double a_;
   double b_;
@@ -62,6 +68,9 @@ class BetaLaw {
   PowerPiece first_;
   PowerPiece second_;
   PowerPiece both_;
+  // Both parameters at least 1 and not huge; the weight's constant factor then.
+  bool ordinary_;
+  double scale_;
 };
 
 // F with nu1 over nu2 degrees of freedom, either of them up to infinity.
@@ -75,9 +84,10 @@ class FLaw {
   double logTail(double x, Tail which) const;
   double quantile(double p, Tail which) const;
 
- private:
-  UnitPair point(double x) const;
+  // df1 x / (df1 x + df2) and its complement.
+  static UnitPair point(double x, double df1, double df2);
 
+ private:
   double nu1_;
   double nu2_;
   BetaLaw beta_;

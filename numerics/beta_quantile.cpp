@@ -17,6 +17,7 @@ namespace nag2 {
 namespace {
 
 constexpr double nan = std::numeric_limits<double>::quiet_NaN();
+constexpr double mostOfOne = 1.0 - 1.1102230246251565e-16;
 constexpr double infinity = std::numeric_limits<double>::infinity();
 // From here on F equals its limit, times the other degrees of freedom.
 constexpr double hugeFreedom = 1e17;
@@ -38,15 +39,27 @@ double BetaLaw::density(UnitPair at) const {
   }
   const double w = weight(at);
   const double value = w * (a_ / at.x) * (b_ / n_) / at.y;
-  return w > 1e-280 && std::isfinite(value) ? value : std::exp(logDensity(at));
+  if (w > 1e-280 && std::isfinite(value)) {
+    return value;
+  }
+  // Parameters lower by one, where x or y is not multiplied in for nothing.
+  if (at.x < at.y && a_ >= 1.0) {
+    return BetaLaw(a_ - 1.0, b_).weight(at) * (b_ / at.y);
+  }
+  if (at.x >= at.y && b_ >= 1.0) {
+    return BetaLaw(a_, b_ - 1.0).weight(at) * (a_ / at.x);
+  }
+  return std::exp(logDensity(at));
 }
 
 double BetaLaw::logDensity(UnitPair at) const {
   if (!(at.x > 0.0 && at.y > 0.0)) {
     return std::log(density(at));
   }
-  if (a_ == 1.0 && b_ == 1.0) {
-    return 0.0;
+  if (a_ == 1.0 || b_ == 1.0) {
+    const double logX = at.x > 0.5 ? std::log1p(-at.y) : std::log(at.x);
+    const double logY = at.x < 0.5 ? std::log1p(-at.x) : std::log(at.y);
+    return (a_ - 1.0) * logX + (b_ - 1.0) * logY + std::log(a_) + std::log(b_);
   }
   return logWeight(at) + (std::log(a_) - std::log(at.x)) + (std::log(b_) - std::log(n_)) -
          (at.y > 0.5 ? std::log1p(-at.x) : std::log(at.y));
@@ -79,6 +92,11 @@ double BetaLaw::start(double p, Tail which) const {
   return std::max(1.0 - std::pow(b_ * all * upperP, 1.0 / b_), 0.01);
 }
 
+UnitPair BetaLaw::roughQuantile(double p, Tail which) const {
+  const double x = start(p, which);
+  return {x, x < 0.5 ? 1.0 - x : std::max(mirrored().start(p, other(which)), 1e-17)};
+}
+
 UnitPair BetaLaw::quantile(double p, Tail which) const {
   if (!(p > 0.0) || p >= 1.0) {
     if (std::isnan(p)) {
@@ -92,14 +110,20 @@ UnitPair BetaLaw::quantile(double p, Tail which) const {
                             : UnitPair{1.0, 0.0};
   }
   const double x = start(p, which);
-  if (x > 0.5) {
-    const UnitPair root = mirrored().quantileBelow(p, other(which), 1.0 - x);
-    return {root.y, root.x};
+  const bool right = x > 0.5;
+  const BetaLaw turned = mirrored();
+  // In the smaller of x and 1 - x; the start may be on the wrong side.
+  double root = right ? turned.quantileBelow(p, other(which), 1.0 - x) : quantileBelow(p, which, x);
+  if (root < 0.9) {
+    return right ? UnitPair{1.0 - root, root} : UnitPair{root, 1.0 - root};
   }
-  return quantileBelow(p, which, x);
+  root = right ? quantileBelow(p, which, 1.0 - root)
+               : turned.quantileBelow(p, other(which), 1.0 - root);
+  return right ? UnitPair{root, 1.0 - root} : UnitPair{1.0 - root, root};
 }
 
-UnitPair BetaLaw::quantileBelow(double p, Tail which, double from) const {
+// The point as a plain number, from a start.
+double BetaLaw::quantileBelow(double p, Tail which, double from) const {
   if (p > 0.5) {
     p = 1.0 - p;
     which = other(which);
@@ -111,21 +135,19 @@ UnitPair BetaLaw::quantileBelow(double p, Tail which, double from) const {
     const double w = weight(point) * (a_ / n_) * b_ / point.y;
     return TailSlope{logQuotient(t, p), sign * w / t, a_ - (b_ - 1.0) * (x / point.y)};
   };
-  const double from1 = from > 0.0 ? from : std::max(start(p, which), 1e-300);
-  const double x = invertTail(slopeAt, which == Tail::lower, from1, 0.0, 1.0);
-  return {x, 1.0 - x};
+  return invertTail(slopeAt, which == Tail::lower, std::clamp(from, 1e-300, mostOfOne), 0.0,
+                    mostOfOne);
 }
 
 FLaw::FLaw(double nu1, double nu2) : nu1_(nu1), nu2_(nu2), beta_(0.5 * nu1, 0.5 * nu2) {}
 
-// nu1 x / (nu1 x + nu2) and its complement.
-UnitPair FLaw::point(double x) const {
-  const double ratio = nu1_ / nu2_ * x;
+UnitPair FLaw::point(double x, double df1, double df2) {
+  const double ratio = df1 / df2 * x;
   if (ratio <= 1.0) {
     const double y = 1.0 / (1.0 + ratio);
     return {ratio * y, y};
   }
-  const double inverse = nu2_ / nu1_ / x;
+  const double inverse = df2 / df1 / x;
   const double y = 1.0 / (1.0 + inverse);
   return {y, inverse * y};
 }
@@ -147,7 +169,7 @@ double FLaw::tail(double x, Tail which) const {
   if (asIfInfinite(nu1_, nu2_)) {
     return GammaLaw(0.5 * nu2_).tail(0.5 * nu2_ / x, other(which));
   }
-  return beta_.tail(point(x), which);
+  return beta_.tail(point(x, nu1_, nu2_), which);
 }
 
 double FLaw::logTail(double x, Tail which) const {
@@ -160,7 +182,7 @@ double FLaw::logTail(double x, Tail which) const {
   if (asIfInfinite(nu1_, nu2_)) {
     return GammaLaw(0.5 * nu2_).logTail(0.5 * nu2_ / x, other(which));
   }
-  return beta_.logTail(point(x), which);
+  return beta_.logTail(point(x, nu1_, nu2_), which);
 }
 
 double FLaw::density(double x) const {
@@ -183,7 +205,7 @@ double FLaw::density(double x) const {
     return GammaLaw(0.5 * nu2_).density(0.5 * nu2_ / x) * (0.5 * nu2_ / x / x);
   }
   // x times the density is that of the beta law times x y.
-  const double w = beta_.weight(point(x));
+  const double w = beta_.weight(point(x, nu1_, nu2_));
   const double value = w * (nu1_ / (nu1_ + nu2_)) * (0.5 * nu2_) / x;
   return w > 1e-280 && std::isfinite(value) ? value : std::exp(logDensity(x));
 }
@@ -199,7 +221,11 @@ double FLaw::logDensity(double x) const {
     return GammaLaw(0.5 * nu2_).logDensity(0.5 * nu2_ / x) + std::log(0.5 * nu2_) -
            2.0 * std::log(x);
   }
-  return beta_.logWeight(point(x)) - std::log1p(nu2_ / nu1_) + std::log(0.5 * nu2_) - std::log(x);
+  if (nu1_ == 2.0) {
+    return -(0.5 * nu2_ + 1.0) * std::log1p(2.0 / nu2_ * x);
+  }
+  return beta_.logWeight(point(x, nu1_, nu2_)) - std::log1p(nu2_ / nu1_) + std::log(0.5 * nu2_) -
+         std::log(x);
 }
 
 double FLaw::quantile(double p, Tail which) const {

@@ -251,4 +251,19 @@ double GammaLaw::logTail(double x, Tail which) const {
   return std::log1p(-std::min(1.0, weight(x) * part.factor));
 }
 
+double GammaLaw::overWeight(double x, Tail which) const {
+  if (uniform(x) && (x >= a_) == (which == Tail::upper)) {
+    double exponent = 0.0;
+    const double sum = uniformSum(x, &exponent);
+    const double tails = millsRatio(std::sqrt(2.0 * exponent)) / (rootTwoPi * power_.scale());
+    return (tails + (which == Tail::upper ? sum : -sum)) * std::exp(power_.rest());
+  }
+  if (!uniform(x)) {
+    if (const Part part = direct(x); part.which == which) {
+      return part.factor;
+    }
+  }
+  return tail(x, which) / weight(x);
+}
+
 }  // namespace nag2

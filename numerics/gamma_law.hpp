@@ -27,6 +27,8 @@ class GammaLaw {
   // x^a exp(-x) / Gamma(a + 1), x times the density over a.
   double weight(double x) const;
   double logWeight(double x) const;
+  // The tail over the weight, either of which may underflow.
+  double overWeight(double x, Tail which) const;
 
  private:
   // A tail as a multiple of the weight.

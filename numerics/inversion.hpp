@@ -27,6 +27,8 @@ inline double logQuotient(double tail, double p) {
 template <typename At>
 double invertTail(At at, bool rising, double start, double low, double high) {
   double x = start;
+  low = std::max(low, 1e-320);
+  high = std::min(high, 1.7e308);
   // Below this quotient of its ends a bracket is halved in x.
   constexpr double narrow = 2.0;
   for (int i = 0; i < 200; ++i) {

@@ -16,16 +16,13 @@ constexpr double smallQuotient = 0.05;
 
 }  // namespace
 
-// From 16 on the asymptotic series: the next term is below 2e-18.
+// From 8 on the asymptotic series: the next term is below 2e-18.
 double stirlingRest(double z) {
-  if (z < 16.0) {
-    if (const double twice = 2.0 * z; twice >= 1.0 && twice == std::floor(twice)) {
-      return static_cast<double>(stirlingOfHalves[static_cast<int>(twice) - 1]);
-    }
+  const double u = 1.0 / z;
+  if (z < 8.0) {
     if (z < 1.0) {
       return logGamma1p(z) - (z + 0.5) * std::log(z) + z - logRootTwoPi;
     }
-    const double u = 1.0 / z;
     const int part = z < 2.0 ? 0 : z < 4.0 ? 1 : 2;
     const double t = part == 0   ? 4.0 * u - 3.0
                      : part == 1 ? 8.0 * u - 3.0
@@ -37,32 +34,30 @@ double stirlingRest(double z) {
                                  -1.0 / 1680.0,       1.0 / 1188.0,       -691.0 / 360360.0,
                                  1.0 / 156.0,         -3617.0 / 122400.0, 43867.0 / 244188.0,
                                  -174611.0 / 125400.0};
-  const double u = 1.0 / z;
   const double s = u * u;
-  double tail = c[3] + s * (c[4] + s * c[5]);
-  if (z < 100.0) {
-    tail += s * s * s * (c[6] + s * (c[7] + s * (c[8] + s * c[9])));
-  }
-  return u * (c[0] + s * (c[1] + s * (c[2] + s * tail)));
+  const double s2 = s * s;
+  const double s4 = s2 * s2;
+  const double low = (c[0] + s * c[1]) + s2 * (c[2] + s * c[3]);
+  const double high = (c[4] + s * c[5]) + s2 * (c[6] + s * c[7]) + s4 * (c[8] + s * c[9]);
+  return u * (low + s4 * high);
 }
 
 PowerPiece::PowerPiece(double z) : z_(z) {
   if (z < 1.0) {
-    scale_ = reciprocalGamma1p(z);
+    reciprocal_ = reciprocalGamma1p(z);
   } else {
     rest_ = stirlingRest(z);
-    scale_ = 1.0 / (rootTwoPi * std::sqrt(z));
   }
 }
 
 Piece PowerPiece::at(double m, double difference) const {
   if (z_ < 1.0) {
-    return {z_ == 0.0 ? 1.0 : std::pow(m, z_) * scale_, m};
+    return {z_ == 0.0 ? 1.0 : std::pow(m, z_) * reciprocal_, m};
   }
   if (m < smallQuotient * z_) {
-    return {scale_ * std::pow(m / z_ * eulerNumber, z_), rest_ + m};
+    return {scale() * std::pow(m / z_ * eulerNumber, z_), rest_ + m};
   }
-  return {scale_, rest_ + devianceOf(z_, m, difference)};
+  return {scale(), rest_ + devianceOf(z_, m, difference)};
 }
 
 double PowerPiece::logAt(double m, double difference) const {
@@ -73,7 +68,8 @@ double PowerPiece::logAt(double m, double difference) const {
 }
 
 Piece PowerPiece::atPeak() const {
-  return z_ < 1.0 ? Piece{(z_ == 0.0 ? 1.0 : std::pow(z_, z_)) * scale_, z_} : Piece{scale_, rest_};
+  return z_ < 1.0 ? Piece{(z_ == 0.0 ? 1.0 : std::pow(z_, z_)) * reciprocal_, z_}
+                  : Piece{scale(), rest_};
 }
 
 double PowerPiece::logAtPeak() const {
@@ -106,21 +102,6 @@ double logGammaQuotient(double a, double b) {
   }
   const double rest = -a * u * v * rests;
   return (b - 0.5) * std::log1p(a * u) + a * (std::log(sum) - 1.0) + rest - std::log1p(product);
-}
-
-double millsRatio(double z) {
-  if (z < 5.0) {
-    return 0.5 * rootTwoPi * std::exp(0.5 * z * z) * std::erfc(z * 0.70710678118654752440);
-  }
-  if (z > 1e8) {
-    return 1.0 / z;
-  }
-  // Laplace's continued fraction from its tail; 40 terms are enough from 5 on, 10 from 15 on.
-  double rest = z;
-  for (int k = z < 15.0 ? 40 : 10; k > 0; --k) {
-    rest = z + k / rest;
-  }
-  return 1.0 / rest;
 }
 
 double logNormalLower(double x) {

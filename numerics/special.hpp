@@ -14,6 +14,17 @@ namespace nag2 {
 inline constexpr double logRootTwoPi = 0.91893853320467274178;
 inline constexpr double rootTwoPi = 2.5066282746310005024;
 
+// By halves, so that less waits for less.
+inline double polynomial(const double (&c)[15], double t) {
+  const double t2 = t * t;
+  const double t4 = t2 * t2;
+  const double low = ((c[0] + c[1] * t) + (c[2] + c[3] * t) * t2) +
+                     ((c[4] + c[5] * t) + (c[6] + c[7] * t) * t2) * t4;
+  const double high =
+      ((c[8] + c[9] * t) + (c[10] + c[11] * t) * t2) + ((c[12] + c[13] * t) + c[14] * t2) * t4;
+  return low + high * (t4 * t4);
+}
+
 template <int n>
 double polynomial(const double (&c)[n], double t) {
   double sum = c[n - 1];
@@ -76,21 +87,32 @@ class PowerPiece {
   // At m = z, where the deviance is 0.
   Piece atPeak() const;
   double logAtPeak() const;
-  double z() const { return z_; }
-  double scale() const { return scale_; }
+  // 1 / sqrt(2 pi z), below 1: 1 / Gamma(1 + z).
+  double scale() const { return z_ < 1.0 ? reciprocal_ : 1.0 / (rootTwoPi * std::sqrt(z_)); }
   double rest() const { return rest_; }
 
  private:
   double z_;
-  double rest_ = 0.0;   // Stirling error, from 1 on
-  double scale_ = 0.0;  // 1 / sqrt(2 pi z), below 1: 1 / Gamma(1 + z)
+  double rest_ = 0.0;        // Stirling error, from 1 on
+  double reciprocal_ = 0.0;  // 1 / Gamma(1 + z), below 1
 };
 
 // log Gamma(b + a) - log Gamma(b) for 0 < a <= 1, b > 0, relative to a (1 + |log b|).
 double logGammaQuotient(double a, double b);
 
 // P(Z > z) / density(z) of the standard normal law, z >= 0.
-double millsRatio(double z);
+inline double millsRatio(double z) {
+  const double r = 1.0 / (z + 5.0);
+  const double t = z < 1e15 ? (z - 5.0) * r : 1.0;
+  const double t2 = t * t;
+  const double t4 = t2 * t2;
+  const auto& c = millsFit;
+  double sum = c[24];
+  for (int k = 20; k >= 0; k -= 4) {
+    sum = sum * t4 + ((c[k] + c[k + 1] * t) + (c[k + 2] + c[k + 3] * t) * t2);
+  }
+  return sum * r;
+}
 // log P(Z <= x); of any x for which it is a double, relative to itself at both ends.
 double logNormalLower(double x);
 // x with log P(Z <= x) = logP <= 0.

@@ -35,20 +35,22 @@ double densityAtZero(double nu) {
 StudentLaw::StudentLaw(double nu)
     : nu_(nu), peak_(nu < hugeFreedom ? densityAtZero(nu) : inverseRootTwoPi) {}
 
-// (1 + x^2 / nu)^(-(nu + 1) / 2): density over its value at 0.
+// (1 + x^2 / nu)^(-(nu + 1) / 2), the density over its value at 0, and x times it, x >= 0.
 double StudentLaw::power(double x) const {
   if (nu_ >= hugeFreedom) {
     return std::exp(-0.5 * x * x);
   }
   const double s = x / nu_ * x;
+  return s < 1.0 ? std::exp(-0.5 * (nu_ + 1.0) * std::log1p(s)) : timesPower(x) / x;
+}
+
+double StudentLaw::timesPower(double x) const {
+  const double s = x / nu_ * x;
   if (s < 1.0) {
-    return std::exp(-0.5 * (nu_ + 1.0) * std::log1p(s));
+    return x * std::exp(-0.5 * (nu_ + 1.0) * std::log1p(s));
   }
-  if (s < 1e17) {
-    return std::pow(1.0 + s, -0.5 * nu_) / std::sqrt(1.0 + s);
-  }
-  const double root = x / std::sqrt(nu_);
-  return std::pow(root, -nu_) / root;
+  return s < 1e17 ? std::pow(1.0 + s, -0.5 * nu_) * std::sqrt(nu_ / (1.0 + 1.0 / s))
+                  : std::pow(x / std::sqrt(nu_), -nu_) * std::sqrt(nu_);
 }
 
 double StudentLaw::logPower(double x) const {
@@ -69,7 +71,7 @@ bool StudentLaw::nearCentre(double x) const { return x < 1.2 && x * x < nu_; }
 // P(0 < T < x), for x where it is not near 1/2.
 double StudentLaw::central(double x) const {
   const double s = x / nu_ * x;
-  return x * density(x) * betaSeries(0.5, 0.5 * nu_ + 0.5, s / (1.0 + s));
+  return peak_ * timesPower(x) * betaSeries(0.5, 0.5 * nu_ + 0.5, s / (1.0 + s));
 }
 
 // P(T > x) over x times the density, x > 0 not near 0.
@@ -90,11 +92,8 @@ double StudentLaw::outer(double x) const {
   if (nearCentre(x)) {
     return 0.5 - central(x);
   }
-  const double xf = x * density(x);
-  if (!(xf > 1e-290)) {
-    return std::exp(logOuter(x));
-  }
-  return xf * outerFactor(x);
+  const double xf = peak_ * timesPower(x);
+  return xf == 0.0 ? 0.0 : xf * outerFactor(x);
 }
 
 double StudentLaw::logOuter(double x) const {
@@ -107,7 +106,8 @@ double StudentLaw::logOuter(double x) const {
   if (std::isinf(x)) {
     return -infinity;
   }
-  return std::log(x) + logDensity(x) + std::log(outerFactor(x));
+  const double value = outer(x);
+  return value > 1e-290 ? std::log(value) : std::log(x) + logDensity(x) + std::log(outerFactor(x));
 }
 
 double StudentLaw::tail(double x, Tail which) const {
@@ -162,7 +162,7 @@ double StudentLaw::positiveQuantile(double q) const {
   }
   // The leading term: P(T > x) = peak nu^((nu - 1) / 2) x^-nu.
   const double logX = (std::log(peak_ / q) - 0.5 * std::log(nu_)) / nu_ + 0.5 * std::log(nu_);
-  if (logX > 700.0 || (nu_ < 2.0 && logX > 40.0)) {
+  if (logX > 700.0) {
     return std::exp(logX);
   }
   double x = nu_ >= 1.0 ? hill(q) : 0.0;
@@ -176,11 +176,11 @@ double StudentLaw::positiveQuantile(double q) const {
         [&](double t) {
           if (t > 1.2 || t * t > nu_) {  // the series is for the centre
             const double inside = 0.5 - outer(t);
-            return TailSlope{logQuotient(inside, near), t * density(t) / inside,
+            return TailSlope{logQuotient(inside, near), peak_ * timesPower(t) / inside,
                              1.0 - (nu_ + 1.0) / (1.0 + nu_ / t / t)};
           }
           const double inside = central(t);
-          return TailSlope{logQuotient(inside, near), t * density(t) / inside,
+          return TailSlope{logQuotient(inside, near), peak_ * timesPower(t) / inside,
                            1.0 - (nu_ + 1.0) / (1.0 + nu_ / t / t)};
         },
         true, x, 0.0, infinity);
@@ -188,7 +188,7 @@ double StudentLaw::positiveQuantile(double q) const {
   return invertTail(
       [&](double t) {
         const double beyond = outer(t);
-        return TailSlope{logQuotient(beyond, q), -t * density(t) / beyond,
+        return TailSlope{logQuotient(beyond, q), -peak_ * timesPower(t) / beyond,
                          1.0 - (nu_ + 1.0) / (1.0 + nu_ / t / t)};
       },
       false, x, 0.0, infinity);

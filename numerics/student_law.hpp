@@ -20,6 +20,7 @@ class StudentLaw {
 
  private:
   double power(double x) const;
+  double timesPower(double x) const;
   double logPower(double x) const;
   bool nearCentre(double x) const;
   double central(double x) const;

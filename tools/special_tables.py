@@ -77,6 +77,19 @@ def main():
 
     show("reciprocalGamma", "(1 / Gamma(1 + a) - 1) / (a (1 - a)), a in [0, 1], in powers of 2 a - 1.",
          chebyshev_powers(reciprocal, mp.mpf(0), mp.mpf(1), mp.mpf("1e-18")))
+
+    def mills(t):
+        z = 5 * (1 + t) / (1 - t)
+        if z > 40:
+            # Laplace's continued fraction
+            rest = z
+            for k in range(400, 0, -1):
+                rest = z + k / rest
+            return (z + 5) / rest
+        return (z + 5) * mp.sqrt(mp.pi / 2) * mp.exp(z * z / 2) * mp.erfc(z / mp.sqrt(2))
+
+    show("millsFit", "Mills's ratio of the normal law at z, times z + 5, in powers of (z - 5) / (z + 5).",
+         chebyshev_powers(mills, mp.mpf(-1), mp.mpf(1), mp.mpf("1e-17")))
     rows = temme(20, 0.55)
     show("temmeSeries", "Temme's C_k(eta), shapes from 20 on and |eta| <= 0.55, row after row.",
          [v for row in rows for v in row])

@@ -6,7 +6,7 @@
 
 #include "functions/distributions/precise.hpp"
 #include "functions/distributions/whole_numbers.hpp"
-#include "numerics/beta_law.hpp"
+#include "numerics/hypergeometric_law.hpp"
 #include "vexel/distributions/discrete.hpp"
 
 namespace vexel {
@@ -22,16 +22,12 @@ struct Formulas<Hypergeometric> : WholeNumbers<Hypergeometric> {
   Interval support() const {
     return {std::fmax(0.0, drawn() - (population() - marked())), std::fmin(marked(), drawn())};
   }
-  double pmf(double k) const { return std::exp(logpmf(k)); }
-  double logpmf(double k) const;
-  double cdf(double k) const { return below(k) ? lower(k) : 1.0 - upper(k); }
-  double sf(double k) const { return below(k) ? 1.0 - lower(k) : upper(k); }
-  double logcdf(double k) const {
-    return below(k) ? logpmf(k) + std::log(sum(k, -1.0)) : std::log1p(-upper(k));
-  }
-  double logsf(double k) const {
-    return below(k) ? std::log1p(-lower(k)) : logpmf(k + 1.0) + std::log(sum(k + 1.0, 1.0));
-  }
+  double pmf(double k) const { return table().probability(k); }
+  double logpmf(double k) const { return table().logProbability(k); }
+  double cdf(double k) const { return table().tail(k, nag2::Tail::lower); }
+  double sf(double k) const { return table().tail(k, nag2::Tail::upper); }
+  double logcdf(double k) const { return table().logTail(k, nag2::Tail::lower); }
+  double logsf(double k) const { return table().logTail(k, nag2::Tail::upper); }
 
   double mean() const { return population() == 0.0 ? 0.0 : drawn() * (marked() / population()); }
   double var() const {
@@ -49,62 +45,8 @@ struct Formulas<Hypergeometric> : WholeNumbers<Hypergeometric> {
   double kurtosis() const;
 
  private:
-  bool below(double k) const {
-    return k * (population() - marked() - drawn() + k) <= (marked() - k) * (drawn() - k);
-  }
-  double lower(double k) const { return std::fmin(1.0, pmf(k) * sum(k, -1.0)); }
-  double upper(double k) const { return std::fmin(1.0, pmf(k + 1.0) * sum(k + 1.0, 1.0)); }
-  double sum(double k, double step) const;
+  nag2::HypergeometricLaw table() const { return {population(), marked(), drawn()}; }
 };
-
-namespace {
-
-// log of x^a y^b C(a + b, a) for x = share / total, y = 1 - x.
-double logBinomial(double a, double b, double share, double total) {
-  const double rest = total - share;
-  if (a == 0.0 || b == 0.0) {
-    const double count = a + b;
-    const double gone = a == 0.0 ? share : rest;
-    return count == 0.0 ? 0.0 : count * std::log1p(-gone / total);
-  }
-  return nag2::BetaLaw(a, b).logWeight({share / total, rest / total});
-}
-
-}  // namespace
-
-// A quotient of three binomial probabilities of success probability drawn / population.
-double Formulas<Hypergeometric>::logpmf(double k) const {
-  const double n = population();
-  const double l = drawn();
-  if (l == 0.0 || l == n) {
-    return 0.0;
-  }
-  return logBinomial(k, marked() - k, l, n) + logBinomial(l - k, n - marked() - (l - k), l, n) -
-         logBinomial(l, n - l, l, n);
-}
-
-// Probabilities from k on in the direction in which they fall, over the one at k.  Products of
-// quotients; every so many terms one anew, so that their rounding does not add up.
-double Formulas<Hypergeometric>::sum(double k, double step) const {
-  const double first = logpmf(k);
-  double total = 1.0;
-  double term = 1.0;
-  for (int i = 1;; ++i) {
-    const double plain = drawn() - k;
-    const double bare = marked() - k;
-    const double rest = population() - marked() - plain;
-    term *= step < 0.0 ? (k / (bare + 1.0)) * (rest / (plain + 1.0))
-                       : (bare / (k + 1.0)) * (plain / (rest + 1.0));
-    k += step;
-    if (i % 256 == 0 && term > 0.0) {
-      term = std::exp(logpmf(k) - first);
-    }
-    if (!(term > 1e-17 * total)) {
-      return total;
-    }
-    total += term;
-  }
-}
 
 double Formulas<Hypergeometric>::kurtosis() const {
   const double v = var();

@@ -140,7 +140,7 @@ class VEXEL_API Urn {
 };
 
 struct ChoiceOptions {
-  Data weights;         // probabilities are proportional to them; equal if left out
+  Data weights{};       // probabilities are proportional to them; equal if left out
   bool replace = true;  // false: no element twice
 };
 

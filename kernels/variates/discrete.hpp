@@ -86,7 +86,7 @@ class BinomialVariates {
       a_ = -0.0873 + 0.0248 * b_ + 0.01 * p_;
       quick_ = 0.92 - 4.2 / b_;
       const double mode = std::floor((n + 1) * p_);
-      logTop_ = logBinomial(mode, n, p_, 1 - p_) - std::log((2.83 + 5.1 / b_) * spread);
+      logTop_ = logBinomial(mode, n, p_, 1 - p_) + std::log((2.83 + 5.1 / b_) * spread);
     }
   }
 
@@ -162,7 +162,7 @@ class HypergeometricVariates {
       constexpr double least = 0.8989161620588988;      // 3 - 2 sqrt(3 / e)
       width_ = perSpread * std::sqrt(variance + 0.5) + least;
       const double mode = std::floor((drawn_ + 1) * ((marked_ + 1) / (population + 2)));
-      logTop_ = logHypergeometric(mode, population_, marked_, drawn_);
+      logTop_ = logHypergeometricRatio(mode, population_, marked_, drawn_);
     }
   }
 
@@ -206,7 +206,7 @@ class HypergeometricVariates {
       if (k < 0 || k > std::min(marked_, drawn_)) {
         continue;
       }
-      const double t = logHypergeometric(k, population_, marked_, drawn_) - logTop_;
+      const double t = logHypergeometricRatio(k, population_, marked_, drawn_) - logTop_;
       // u^2 <= exp(t), by way of bounds of the logarithm.
       if (u * (4 - u) - 3 <= t) {
         return k;

@@ -75,11 +75,16 @@ inline double logBinomial(double k, double n, double p, double q) {
          devianceFrom(n - k, n * q) - 0.5 * std::log(twoPi * k * ((n - k) / n));
 }
 
-inline double logHypergeometric(double k, double population, double marked, double drawn) {
+// The part that depends on k.
+inline double logHypergeometricRatio(double k, double population, double marked, double drawn) {
   const double p = drawn / population;
   const double q = (population - drawn) / population;
-  return logBinomial(k, marked, p, q) + logBinomial(drawn - k, population - marked, p, q) -
-         logBinomial(drawn, population, p, q);
+  return logBinomial(k, marked, p, q) + logBinomial(drawn - k, population - marked, p, q);
+}
+
+inline double logHypergeometric(double k, double population, double marked, double drawn) {
+  return logHypergeometricRatio(k, population, marked, drawn) -
+         logBinomial(drawn, population, drawn / population, (population - drawn) / population);
 }
 
 }  // namespace vexel::kernels

@@ -61,4 +61,11 @@ py::array map(Input& x, Input& weights, const MapArguments& arguments, const Map
 using Pointwise = std::function<void(const Data& x, std::span<double> result)>;
 py::object pointwise(Input& x, py::handle out, const Pointwise& f);
 
+// ---- without data
+
+// `out` filled, or a new array of the shape `size` (a whole number or a tuple); without either one
+// value.
+py::object fillDoubles(py::handle size, py::handle out, const std::function<double()>& one,
+                       const std::function<void(std::span<double>)>& many);
+
 }  // namespace vexel::python

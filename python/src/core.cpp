@@ -6,6 +6,7 @@
 #include <vexel/interruption.hpp>
 
 #include "arrays.hpp"
+#include "bindings.hpp"
 #include "module.hpp"
 
 namespace vexel::python {
@@ -26,7 +27,16 @@ int fill(PyObject* object) noexcept {
         PyErr_SetNone(PyExc_KeyboardInterrupt);
       }
     });
+    m.attr("__version__") = VEXEL_VERSION;
     bindArrays(m);
+    bindOrdering(m);
+    bindSeries(m);
+    bindStatistics(m);
+    bindRandom(m);
+    bindLaws(m);
+    bindDensities(m);
+    bindSequences(m);
+    bindStates(m);
     return 0;
   } catch (py::error_already_set& e) {
     e.restore();

@@ -1,14 +1,52 @@
-"""Statistics on NumPy arrays: descriptive, distributions, random numbers, tests and more."""
+"""Statistics on NumPy arrays: descriptive statistics, distributions, random numbers, tests.
+
+The functions take whatever NumPy makes an array of, pandas and Arrow columns too; missing values
+are NaN.  `help(vexel.quantile)` explains one; docs/python.md explains them together.
+"""
 
 from __future__ import annotations
 
-__all__ = ["Kernel"]
+from ._distributions import (
+    Bernoulli, Beta, Binomial, Cauchy, ChiSquare, DiscreteUniform, Empirical, Exponential,
+    ExponentialPower, FRatio, Gamma, Geometric, Gumbel, Hypergeometric, InverseGaussian, Laplace,
+    Logistic, LogNormal, Maxwell, Moyal, NegativeBinomial, NonCentralBeta, NonCentralChiSquare,
+    NonCentralFRatio, NonCentralStudentT, Normal, Pareto, Poisson, Power, Rayleigh, StudentT,
+    Triangular, Uniform, Weibull)
+from ._ordering import (
+    argsort, cumulative, frequency_table, histogram, mode, rank, sort, tally, trim, winsorize)
+from ._own_laws import CumulativeDistribution, Density
+from ._random import Random, Urn, bootstrap, choice, permutation, shuffle
+from ._roots import RootError, find_integer, find_root
+from ._sequences import Faure, Halton, Sobol
+from ._series import (
+    KernelDensity, autocorrelation, chi_square_test, filter, kde, ks_test, moving, normal_plot,
+    shapiro, t_test)
+from ._states import (
+    Covariance, DensityGrid, Extremes, Histogram, Moments, Ranks, Sums, Tally)
+from ._statistics import (
+    corr, cov, describe, five_number, iqr, kurtosis, mean, mean_absolute_deviation, median,
+    median_absolute_deviation, moment, order_statistic, quantile, skewness, std, trimmed_mean, var,
+    winsorized_mean)
+from ._core import __version__
+
+__all__ = [name for name in globals() if not name.startswith("_") and name != "annotations"]
+_lazy = {"Kernel": "_kernel", "KernelError": "_kernel"}
+__all__ += [*_lazy, "__version__"]
 
 
 def __getattr__(name: str) -> object:
     # What stands on the host is loaded when it is asked for.
-    if name == "Kernel":
-        from ._kernel import Kernel
+    from importlib import import_module
 
-        return Kernel
-    raise AttributeError(f"module {__name__!r} has no attribute {name!r}")
+    if name in _lazy:
+        value = getattr(import_module("." + _lazy[name], __name__), name)
+    elif name in ("compat", "entry"):
+        value = import_module("." + name, __name__)
+    else:
+        raise AttributeError(f"module {__name__!r} has no attribute {name!r}")
+    globals()[name] = value
+    return value
+
+
+def __dir__() -> list[str]:
+    return sorted(__all__)

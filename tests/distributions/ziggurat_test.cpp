@@ -2,9 +2,10 @@
 
 #include <cmath>
 
-#include "distributions/ziggurat_exponential.hpp"
-#include "distributions/ziggurat_normal.hpp"
 #include "kernel_test.hpp"
+#include "kernels/classic/ziggurats.hpp"
+
+using namespace vexel::kernels::classic;
 
 namespace {
 
@@ -12,10 +13,6 @@ constexpr double kScale = 2147483648.0;
 
 class ZigguratTest : public KernelTest {
  protected:
-  ZigguratTest() {
-    STATS_ZigguratNormalGenerator_HW::Reset();
-    STATS_ZigguratExpGenerator_HW::Reset();
-  }
   double normalFrom(std::vector<std::int32_t> integers, std::vector<double> doubles) {
     script(std::move(integers), std::move(doubles));
     return number(call("STATS_VexelNormalRandomVariate_HW", 0.0, 1.0));
@@ -24,12 +21,12 @@ class ZigguratTest : public KernelTest {
     script(std::move(integers), std::move(doubles));
     return number(call("STATS_VexelExponentialRandomVariate_HW", 1.0));
   }
-  const STATS_ZigguratTables_HW& normal = STATS_ZigguratNormalGenerator_HW::tables();
-  const STATS_ZigguratTables_HW& exponential = STATS_ZigguratExpGenerator_HW::tables();
+  const ZigguratTables& normal = NormalZiggurat::tables;
+  const ZigguratTables& exponential = ExponentialZiggurat::tables;
 };
 
 // An integer just above the threshold of its layer, so that only the wedge can accept it.
-std::int32_t aboveThreshold(const STATS_ZigguratTables_HW& table, int layer) {
+std::int32_t aboveThreshold(const ZigguratTables& table, int layer) {
   return ((table.K[layer] >> 8) + 1) * 256 + layer;
 }
 
@@ -64,7 +61,7 @@ TEST_F(ZigguratTest, NormalTakesTheQuickPathWithOneInteger) {
 }
 
 TEST_F(ZigguratTest, NormalTailTakesPairsAndTheSignOfItsInteger) {
-  const double r = STATS_ZigguratNormalGenerator_HW::gD;
+  const double r = NormalZiggurat::kEdge;
   const std::int32_t h = aboveThreshold(normal, 0);
   // The first pair is refused: x^2 > 2y.
   const std::vector<double> pairs = {1e-6, 0.999, 0.5, 0.25};
@@ -93,5 +90,5 @@ TEST_F(ZigguratTest, ExponentialAcceptsEveryNegativeInteger) {
     EXPECT_EQ(exponentialFrom({h}, {}), std::fabs(h * exponential.W[h & 255])) << h;
   }
   EXPECT_EQ(exponentialFrom({aboveThreshold(exponential, 0)}, {0.25}),
-            STATS_ZigguratExpGenerator_HW::gD - std::log(0.25));
+            ExponentialZiggurat::kEdge - std::log(0.25));
 }

@@ -249,7 +249,7 @@ def NonCentralStudentT(df, nc, x):
         width = mp.mpf(1)
         while log_f(mp.exp(peak + width)) - log_f(mp.exp(peak)) < -3 and width > mp.mpf(10) ** -6:
             width /= 2
-        total, step = mp.mpf(0), width / 24
+        total, step = mp.mpf(0), min(width, 1 / (1 + abs(nc))) / 24
         for sign in (1, -1):
             i = 0 if sign > 0 else 1
             while True:

@@ -14,7 +14,8 @@ namespace vexel {
 
 class Covariance {
  public:
-  // omit leaves out a row with something missing.
+  // 1 <= k <= 4096.  omit leaves out a row with something missing; propagate makes what the
+  // variable takes part in NaN.
   VEXEL_API explicit Covariance(std::size_t k, Missing missing = Missing::propagate);
   VEXEL_API Covariance& update(std::span<const Data> columns, Data weights = {});
   VEXEL_API Covariance& merge(const Covariance& other);  // of as many variables
@@ -31,6 +32,10 @@ class Covariance {
   VEXEL_API static Covariance from_bytes(std::span<const std::uint8_t> bytes);
 
  private:
+  void requireRows(std::span<const Data> columns, Data weights) const;
+  template <typename Entry>
+  SquareMatrix matrix(Entry entry) const;
+
   Missing policy_;
   std::size_t k_;
   std::int64_t count_ = 0;

@@ -25,6 +25,8 @@ class Extremes {
   VEXEL_API static Extremes from_bytes(std::span<const std::uint8_t> bytes);
 
  private:
+  bool undefined() const;
+
   Missing policy_;
   std::int64_t count_ = 0;
   std::int64_t missing_ = 0;

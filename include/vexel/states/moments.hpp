@@ -12,7 +12,7 @@ namespace vexel {
 
 class Moments {
  public:
-  // 1 <= order <= 8: the highest moment that can be asked for.
+  // 1 <= order <= 8: the highest moment that can be asked for; the others throw std::domain_error.
   VEXEL_API explicit Moments(int order = 4, Missing missing = Missing::propagate);
   VEXEL_API Moments& update(Data x, Data weights = {});
   VEXEL_API Moments& merge(const Moments& other);  // of the same order
@@ -32,6 +32,9 @@ class Moments {
   VEXEL_API static Moments from_bytes(std::span<const std::uint8_t> bytes);
 
  private:
+  bool undefined() const;
+  bool hasPowers(int k) const;  // and all of them finite
+
   Missing policy_;
   std::int64_t count_ = 0;
   std::int64_t missing_ = 0;

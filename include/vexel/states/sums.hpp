@@ -12,8 +12,8 @@ namespace vexel {
 
 class Sums {
  public:
-  // Takes the points in; NaN stays out of nothing: the sum is then NaN (Missing::propagate), or
-  // pairs with it are left out and counted (omit), or refused before anything is taken (raise).
+  // What update does with missing pairs: the sum is NaN from then on (propagate), they are left out
+  // and counted (omit), or nothing of the piece is taken and std::invalid_argument thrown (raise).
   VEXEL_API explicit Sums(Missing missing = Missing::propagate);
   VEXEL_API Sums& update(Data x, Data weights = {});
   VEXEL_API Sums& merge(const Sums& other);
@@ -21,8 +21,8 @@ class Sums {
   VEXEL_API double sum() const;     // of weight * point, rounded once
   VEXEL_API double weight() const;  // total; the count where there are no weights
   VEXEL_API double mean() const;
-  std::int64_t count() const { return count_; }      // pairs taken, weight 0 included
-  std::int64_t missing() const { return missing_; }  // pairs left out
+  std::int64_t count() const { return count_; }      // points taken
+  std::int64_t missing() const { return missing_; }  // missing pairs
 
   VEXEL_API std::vector<std::uint8_t> to_bytes() const;
   VEXEL_API static Sums from_bytes(std::span<const std::uint8_t> bytes);

@@ -3,7 +3,8 @@
 
 #include <vexelc/vexelc.h>
 
-#include "distributions/ziggurat_exponential.hpp"
+#include "kernel/uniform_source.hpp"
+#include "kernels/classic/variates.hpp"
 
 // P(X <= x); a negative x gives the formula's negative value.
 double STATS_ExponentialProbability_HW(VKernelVector kv, double x, double b);
@@ -13,8 +14,8 @@ double STATS_ExponentialDeviate_HW(VKernelVector kv, double p, double b);
 
 // One variate, from the ziggurat, whose law is not exactly exponential.
 inline double STATS_ExponentialRandomVariate_HW(VKernelVector, double b) {
-  STATS_ZigguratExpGenerator_HW::Reset();
-  return STATS_ZigguratExpGenerator_HW::Next() * b;
+  STATS_VexelRandomStream_HW uniforms;
+  return vexel::kernels::classic::exponential(uniforms, b);
 }
 
 inline double STATS_ExponentialRandomVariate_HW(VKernelVector kv, const double* params) {

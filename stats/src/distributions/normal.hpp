@@ -3,7 +3,8 @@
 
 #include <vexelc/vexelc.h>
 
-#include "distributions/ziggurat_normal.hpp"
+#include "kernel/uniform_source.hpp"
+#include "kernels/classic/variates.hpp"
 
 // P(X <= x).
 double STATS_NormalProbability_HW(VKernelVector kv, double x, double mu, double sigma);
@@ -13,8 +14,8 @@ double STATS_NormalDeviate_HW(VKernelVector kv, double p, double mu, double sigm
 
 // One variate, from the ziggurat.
 inline double STATS_NormalRandomVariate_HW(VKernelVector, double mu, double sigma) {
-  STATS_ZigguratNormalGenerator_HW::Reset();
-  return STATS_ZigguratNormalGenerator_HW::Next() * sigma + mu;
+  STATS_VexelRandomStream_HW uniforms;
+  return vexel::kernels::classic::normal(uniforms, mu, sigma);
 }
 
 inline double STATS_NormalRandomVariate_HW(VKernelVector kv, const double* params) {

@@ -1,58 +1,23 @@
-// Indices with given weights in constant time: Walker's alias method (A. J. Walker, An efficient
-// method for generating discrete random variables with general distributions, 1977), its tables
-// laid out as by Vose's two worklists.
+// Walker's alias urn (kernels/classic/alias_urn.hpp) on the host's random numbers.
 #pragma once
 
-#include <cstdint>
-#include <vector>
-
 #include "kernel/uniform_source.hpp"
+#include "kernels/classic/alias_urn.hpp"
 
-// An urn of m cells for n <= m weights; cells beyond the n-th are padding of weight 0.
-//
-// Weights are not checked.  Impossible ones (negative, NaN, all zero) make odd laws, but every
-// index drawn lies in the urn.
-class STATS_AliasUrnGenerator_HW {
+class STATS_AliasUrnGenerator_HW : public vexel::kernels::classic::AliasUrn {
  public:
-  STATS_AliasUrnGenerator_HW() = default;
-  STATS_AliasUrnGenerator_HW(int m, int n, const double* weights) { Reset(m, n, weights); }
+  using AliasUrn::AliasUrn;
+  void Reset(int m, int n, const double* weights) { reset(m, n, weights); }
 
-  // Builds the tables anew from n weights, which are not kept.  m = 0 leaves the urn without cells.
-  void Reset(int m, int n, const double* weights);
-
-  // One index.  Draws integers until one is a cell, then a uniform unless the cell is padding.  An
-  // urn without cells raises a host error.
+  // One index.  An urn without cells raises a host error.
   int Next() {
-    const auto cells = static_cast<std::uint32_t>(m_);
-    if (cells == 0) {
+    if (cells().empty()) {
       raiseNoCells();
     }
-    std::uint32_t k;
-    do {
-      k = static_cast<std::uint32_t>(STATS_VexelRandomStream_HW::NextInteger()) >> shift_;
-    } while (k >= cells);
-    const Cell& cell = cells_[k];
-    if (k >= static_cast<std::uint32_t>(n_)) [[unlikely]] {
-      return cell.alias;
-    }
-    // Without a branch: which of the two it is cannot be predicted.
-    const auto own = static_cast<std::int32_t>(k);
-    const bool other = !(cell.cutoff >= STATS_VexelRandomStream_HW::NextDouble());
-    return own ^ ((own ^ cell.alias) & -static_cast<std::int32_t>(other));
+    STATS_VexelRandomStream_HW uniforms;
+    return next(uniforms);
   }
-
-  // A cell keeps its own index with probability cutoff and gives alias otherwise.
-  struct Cell {
-    double cutoff;
-    std::int32_t alias;
-  };
-  const std::vector<Cell>& cells() const { return cells_; }
 
  private:
   [[noreturn]] static void raiseNoCells();
-
-  std::int32_t n_ = 0;
-  std::int32_t m_ = 0;
-  int shift_ = 31;
-  std::vector<Cell> cells_;
 };

@@ -27,11 +27,8 @@ class UniformIndex {
     }
   }
   std::size_t Next() const {
-    std::uint32_t i;
-    do {
-      i = static_cast<std::uint32_t>(STATS_VexelRandomStream_HW::NextInteger()) >> shift_;
-    } while (i > last_);
-    return i;
+    STATS_VexelRandomStream_HW uniforms;
+    return vexel::kernels::classic::indexUpTo(uniforms, last_, shift_);
   }
 
  private:

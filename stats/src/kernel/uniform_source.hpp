@@ -6,6 +6,8 @@
 
 #include <cstdint>
 
+#include "kernels/classic/uniforms.hpp"
+
 class STATS_VexelRandomStream_HW {
  public:
   static void Initialize(VKernelVector kv) { gVKernelVector = kv; }
@@ -16,6 +18,12 @@ class STATS_VexelRandomStream_HW {
 
   // Uniform in the unit interval; whether 0 can occur is the host's business.
   static double NextDouble() { return VexelRandomDouble01(gVKernelVector); }
+
+  // As the kernels' source of uniforms.
+  static std::int32_t integer() { return NextInteger(); }
+  static vexel::kernels::classic::Unit unit() {
+    return vexel::kernels::classic::Unit(NextDouble());
+  }
 
  private:
   static VKernelVector gVKernelVector;

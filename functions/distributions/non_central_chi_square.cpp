@@ -1,0 +1,50 @@
+// The non-central chi-square law.
+//
+// N. L. Johnson, S. Kotz and N. Balakrishnan, Continuous Univariate Distributions, volume 2, 2nd
+// edition (1995), chapter 29.
+#include "functions/distributions/poisson_mixture.hpp"
+#include "vexel/distributions/gamma.hpp"
+#include "vexel/distributions/noncentral.hpp"
+
+namespace vexel {
+
+extern template class Law<ChiSquare>;
+extern template class ContinuousLaw<ChiSquare>;
+
+namespace detail {
+
+template <>
+struct Formulas<NonCentralChiSquare> : PoissonMixture<Formulas<NonCentralChiSquare>> {
+  explicit Formulas(const NonCentralChiSquare& of) : law(of) {}
+  const NonCentralChiSquare& law;
+
+  double df() const { return law.parameters_.df; }
+  double nc() const { return law.parameters_.nc; }
+  ChiSquare central() const { return ChiSquare(df()); }
+  nag2::NoncentralChiSquareLaw mixture() const { return {df(), nc()}; }
+  static double at(double x) { return x; }
+
+  Interval support() const { return {0.0, infinity}; }
+
+  double mean() const { return df() + nc(); }
+  double var() const { return 2.0 * (df() + 2.0 * nc()); }
+  double skewness() const {
+    const double half = df() + 2.0 * nc();
+    return (df() + 3.0 * nc()) / half * std::sqrt(8.0 / half);
+  }
+  double kurtosis() const {
+    const double half = df() + 2.0 * nc();
+    return 12.0 * ((df() + 4.0 * nc()) / half) / half;
+  }
+};
+
+}  // namespace detail
+
+NonCentralChiSquare::NonCentralChiSquare(const Parameters& parameters) : parameters_(parameters) {
+  detail::requirePositive(name, "df", parameters.df);
+  detail::requireNotNegative(name, "nc", parameters.nc);
+}
+
+VEXEL_CONTINUOUS_LAW(NonCentralChiSquare)
+
+}  // namespace vexel

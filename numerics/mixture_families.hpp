@@ -1,0 +1,96 @@
+// The central laws whose Poisson mixtures the non-central ones are (noncentral_mixture.hpp).
+#pragma once
+
+#include "beta_law.hpp"
+
+namespace nag2 {
+
+// Tails P(a + j, y) of the gamma law.
+class GammaFamily {
+ public:
+  GammaFamily(double a, double y) : a_(a), y_(y), inverse_(1.0 / y) {}
+
+  double shape() const { return a_; }
+  static double offset() { return 0.0; }
+  bool belowMean(double mean) const { return y_ < a_ + mean; }
+  // j (a + j) = mean y.
+  double peak(double mean) const {
+    const double c = mean * y_;
+    return 2.0 * c / (a_ + std::sqrt(a_ * a_ + 4.0 * c));
+  }
+  double curve(double j) const { return 1.0 / (j + 1.0) + 1.0 / (a_ + j + 1.0); }
+  double fall() const { return y_ / (a_ + 1.0); }
+  double growth(double j) const { return (a_ + j + 1.0) * inverse_; }
+  double drift() const { return std::fma(inverse_, y_, -1.0); }
+  Piece decrement(double j) const {
+    const Piece p = PowerPiece(a_ + j).at(y_, y_ - (a_ + j));
+    return {p.factor * (1.0 + lost(j)), p.exponent};
+  }
+  double logDecrement(double j) const {
+    return PowerPiece(a_ + j).logAt(y_, y_ - (a_ + j)) + lost(j);
+  }
+  double lowerTerms(double j) const { return GammaLaw(a_ + j).overWeight(y_, Tail::lower); }
+  double centralUpper() const { return GammaLaw(a_).upper(y_); }
+  double logCentralUpper() const { return GammaLaw(a_).logTail(y_, Tail::upper); }
+  double bend(double meanIndex) const { return a_ + meanIndex - y_; }
+
+ private:
+  // What the rounding of a + j takes from the logarithm of d(j).
+  double lost(double j) const {
+    const double rounding = a_ - ((a_ + j) - j);
+    return rounding == 0.0 ? 0.0 : rounding * std::log(y_ / (a_ + j + 0.5));
+  }
+
+  double a_;
+  double y_;
+  double inverse_;
+};
+
+// Tails I_x(a + j, b) of the beta law.
+class BetaFamily {
+ public:
+  BetaFamily(double a, double b, UnitPair at, double offset = 0.0)
+      : a_(a), b_(b), at_(at), offset_(offset), inverse_(1.0 / at.x) {}
+
+  double shape() const { return a_; }
+  double offset() const { return offset_; }
+  bool belowMean(double mean) const { return at_.x * b_ < (a_ + mean) * at_.y; }
+  // j (a + j) = mean x (a + b + j).
+  double peak(double mean) const {
+    const double c = mean * at_.x;
+    const double half = 0.5 * (a_ - c);
+    const double root = std::sqrt(half * half + c * (a_ + b_));
+    return half > 0.0 ? c * (a_ + b_) / (half + root) : root - half;
+  }
+  double curve(double j) const {
+    return 1.0 / (j + 1.0) + b_ / ((a_ + j + 1.0) * (a_ + b_ + j + 1.0));
+  }
+  double fall() const { return at_.x * ((a_ + b_) / (a_ + 1.0)); }
+  double growth(double j) const { return (a_ + j + 1.0) / (a_ + b_ + j) * inverse_; }
+  double drift() const { return std::fma(inverse_, at_.x, -1.0); }
+  Piece decrement(double j) const {
+    const Piece p = BetaLaw(a_ + j, b_).weightPiece(at_);
+    return {p.factor * (b_ / (a_ + j + b_)) * (1.0 + lost(j)), p.exponent};
+  }
+  double logDecrement(double j) const {
+    return BetaLaw(a_ + j, b_).logWeight(at_) + std::log(b_ / (a_ + j + b_)) + lost(j);
+  }
+  double lowerTerms(double j) const { return BetaLaw(a_ + j, b_).lowerOverDecrement(at_); }
+  double centralUpper() const { return BetaLaw(a_, b_).tail(at_, Tail::upper); }
+  double logCentralUpper() const { return BetaLaw(a_, b_).logTail(at_, Tail::upper); }
+
+ private:
+  // What the rounding of a + j takes from the logarithm of d(j).
+  double lost(double j) const {
+    const double rounding = a_ - ((a_ + j) - j);
+    return rounding == 0.0 ? 0.0 : rounding * std::log(at_.x * ((a_ + b_ + j) / (a_ + j + 0.5)));
+  }
+
+  double a_;
+  double b_;
+  UnitPair at_;
+  double offset_;
+  double inverse_;
+};
+
+}  // namespace nag2

@@ -1,0 +1,252 @@
+#include "noncentral_laws.hpp"
+
+#include <algorithm>
+#include <limits>
+
+#include "inversion.hpp"
+#include "mixture_families.hpp"
+#include "noncentral_mixture.hpp"
+#include "normal_functions.hpp"
+
+namespace nag2 {
+
+namespace {
+
+constexpr double nan = std::numeric_limits<double>::quiet_NaN();
+constexpr double mostOfOne = 1.0 - 1.1102230246251565e-16;
+constexpr double infinity = std::numeric_limits<double>::infinity();
+
+Tail other(Tail which) { return which == Tail::lower ? Tail::upper : Tail::lower; }
+
+// Tail, and density times the argument, in one sum; the tail that was asked for.
+struct Point {
+  double tail;
+  double scaledDensity;
+  double meanIndex;
+};
+
+template <typename Family>
+Point pointOf(const Family& family, double mean, Tail which) {
+  const Tail small = family.belowMean(mean) ? Tail::lower : Tail::upper;
+  MixtureSums sums = mixtureSums(family, mean, small, false);
+  double value = inUnits(sums.tail, sums) + (small == Tail::lower ? 0.0 : family.centralUpper());
+  if (small != which) {
+    value = value < 0.7 ? 1.0 - value : mixtureTail(family, mean, which);
+  }
+  return {value, inUnits(sums.density, sums), sums.meanIndex};
+}
+
+// A normal start for the quantile of the chi-square law with df degrees of freedom.
+double chiSquareStart(double df, double p, Tail which) {
+  const double z = which == Tail::lower ? normalInverse(p) : -normalInverse(p);
+  const double c = 2.0 / (9.0 * df);
+  const double root = 1.0 - c + z * std::sqrt(c);
+  return root > 0.2 ? df * root * root * root : 0.0;
+}
+
+}  // namespace
+
+double NoncentralChiSquareLaw::tail(double x, Tail which) const {
+  const double y = 0.5 * x;
+  if (nc_ == 0.0 || !(x > 0.0) || std::isinf(x)) {
+    return GammaLaw(0.5 * df_).tail(y, which);
+  }
+  return std::min(1.0, mixtureTail(GammaFamily(0.5 * df_, y), 0.5 * nc_, which));
+}
+
+double NoncentralChiSquareLaw::logTail(double x, Tail which) const {
+  const double y = 0.5 * x;
+  if (nc_ == 0.0 || !(x > 0.0) || std::isinf(x)) {
+    return GammaLaw(0.5 * df_).logTail(y, which);
+  }
+  return std::min(0.0, logMixtureTail(GammaFamily(0.5 * df_, y), 0.5 * nc_, which));
+}
+
+double NoncentralChiSquareLaw::density(double x) const {
+  const double y = 0.5 * x;
+  if (nc_ == 0.0) {
+    return 0.5 * GammaLaw(0.5 * df_).density(y);
+  }
+  if (!(x > 0.0) || std::isinf(x)) {
+    return std::exp(-0.5 * nc_) * 0.5 * GammaLaw(0.5 * df_).density(y);
+  }
+  const MixtureSums sums = mixtureSums(GammaFamily(0.5 * df_, y), 0.5 * nc_, Tail::lower, false);
+  return inUnits(sums.density, sums) / x;
+}
+
+double NoncentralChiSquareLaw::logDensity(double x) const {
+  const double y = 0.5 * x;
+  if (nc_ == 0.0 || !(x > 0.0) || std::isinf(x)) {
+    return GammaLaw(0.5 * df_).logDensity(y) - 0.5 * nc_ - 0.69314718055994530942;
+  }
+  const MixtureSums sums = mixtureSums(GammaFamily(0.5 * df_, y), 0.5 * nc_, Tail::lower, true);
+  return logInUnits(sums.density, sums) - std::log(x);
+}
+
+// P. B. Patnaik, The non-central chi-square and F distributions and their applications, Biometrika
+// 36 (1949), for the start.
+double NoncentralChiSquareLaw::quantile(double p, Tail which) const {
+  if (nc_ == 0.0 || !(p > 0.0) || p >= 1.0) {
+    return 2.0 * GammaLaw(0.5 * df_).quantile(p, which);
+  }
+  const double scale = (df_ + 2.0 * nc_) / (df_ + nc_);
+  const double freedom = (df_ + nc_) / scale;
+  double start = scale * chiSquareStart(freedom, p, which);
+  if (!(start > 0.0)) {
+    // The first term of the mixture, the leading term of its tail.
+    const double lowerP = which == Tail::lower ? p : 1.0 - p;
+    const double a = 0.5 * df_;
+    start = 2.0 * GammaLaw(a).quantile(std::min(0.5, lowerP * std::exp(std::min(0.5 * nc_, 700.0))),
+                                       Tail::lower);
+    start = std::max(std::min(start, df_ + nc_), 1e-300);
+  }
+  if (p > 0.5) {
+    p = 1.0 - p;
+    which = other(which);
+  }
+  const double sign = which == Tail::lower ? 1.0 : -1.0;
+  return invertTail(
+      [&](double x) {
+        const GammaFamily family(0.5 * df_, 0.5 * x);
+        const Point at = pointOf(family, 0.5 * nc_, which);
+        return TailSlope{logQuotient(at.tail, p), sign * at.scaledDensity / at.tail,
+                         family.bend(at.meanIndex)};
+      },
+      which == Tail::lower, start, 0.0, 1e15 * (df_ + nc_));
+}
+
+double NoncentralBetaLaw::tail(UnitPair at, Tail which) const {
+  if (nc_ == 0.0 || !(at.x > 0.0 && at.y > 0.0)) {
+    return BetaLaw(a_, b_).tail(at, which);
+  }
+  return std::min(1.0, mixtureTail(BetaFamily(a_, b_, at), 0.5 * nc_, which));
+}
+
+double NoncentralBetaLaw::logTail(UnitPair at, Tail which) const {
+  if (nc_ == 0.0 || !(at.x > 0.0 && at.y > 0.0)) {
+    return BetaLaw(a_, b_).logTail(at, which);
+  }
+  return std::min(0.0, logMixtureTail(BetaFamily(a_, b_, at), 0.5 * nc_, which));
+}
+
+double NoncentralBetaLaw::logScaledDensity(UnitPair at) const {
+  const MixtureSums sums = mixtureSums(BetaFamily(a_, b_, at), 0.5 * nc_, Tail::lower, true);
+  return logInUnits(sums.density, sums);
+}
+
+// At 1 the limit from within is that of the whole sum, of mean index nc / 2.
+double NoncentralBetaLaw::density(UnitPair at) const {
+  if (nc_ == 0.0 || !(at.x > 0.0 && at.y > 0.0)) {
+    const double central = BetaLaw(a_, b_).density(at);
+    return nc_ == 0.0 || std::isnan(central) ? central
+           : at.y == 0.0 && b_ == 1.0        ? a_ + 0.5 * nc_
+           : at.x == 0.0                     ? std::exp(-0.5 * nc_) * central
+                                             : central;
+  }
+  const MixtureSums sums = mixtureSums(BetaFamily(a_, b_, at), 0.5 * nc_, Tail::lower, false);
+  return inUnits(sums.density, sums) / at.x / at.y;
+}
+
+double NoncentralBetaLaw::logDensity(UnitPair at) const {
+  if (nc_ == 0.0 || !(at.x > 0.0 && at.y > 0.0)) {
+    return nc_ == 0.0 ? BetaLaw(a_, b_).logDensity(at) : std::log(density(at));
+  }
+  return logScaledDensity(at) - std::log(at.x) - (at.x < 0.5 ? std::log1p(-at.x) : std::log(at.y));
+}
+
+UnitPair NoncentralBetaLaw::quantile(double p, Tail which) const {
+  const double mean = 0.5 * nc_;
+  if (nc_ == 0.0 || !(p > 0.0) || p >= 1.0) {
+    return BetaLaw(a_, b_).quantile(p, which);
+  }
+  // Patnaik's law: a central one whose odds are scaled.
+  const double scale = (a_ + 2.0 * mean) / (a_ + mean);
+  const double shape = (a_ + mean) / scale;
+  const UnitPair central = BetaLaw(shape, b_).roughQuantile(p, which);
+  double x = scale * central.x / (scale * central.x + central.y);
+  if (p > 0.5) {
+    p = 1.0 - p;
+    which = other(which);
+  }
+  // In the smaller of x and 1 - x; the start may be on the wrong side.
+  const auto solve = [&](double from, bool mirrored) {
+    const double sign = (which == Tail::lower) != mirrored ? 1.0 : -1.0;
+    const auto at = [&](double u) {
+      const UnitPair point = mirrored ? UnitPair{1.0 - u, u} : UnitPair{u, 1.0 - u};
+      const Point value = pointOf(BetaFamily(a_, b_, point), mean, which);
+      const double power = a_ + value.meanIndex;
+      const double bend = mirrored ? b_ - (power - 1.0) * (point.y / point.x)
+                                   : power - (b_ - 1.0) * (point.x / point.y);
+      return TailSlope{logQuotient(value.tail, p),
+                       sign * value.scaledDensity / (1.0 - u) / value.tail, bend};
+    };
+    return invertTail(at, (which == Tail::lower) != mirrored, from, 0.0, mostOfOne);
+  };
+  const bool right = x > 0.5;
+  double root = solve(std::clamp(right ? 1.0 - x : x, 1e-300, mostOfOne), right);
+  if (root < 0.9) {
+    return right ? UnitPair{1.0 - root, root} : UnitPair{root, 1.0 - root};
+  }
+  root = solve(1.0 - root, !right);
+  return right ? UnitPair{root, 1.0 - root} : UnitPair{1.0 - root, root};
+}
+
+NoncentralFLaw::NoncentralFLaw(double df1, double df2, double nc)
+    : df1_(df1), df2_(df2), beta_(0.5 * df1, 0.5 * df2, nc), limit_(df1, nc) {}
+
+double NoncentralFLaw::tail(double x, Tail which) const {
+  if (!(x > 0.0) || std::isinf(x)) {
+    return std::isnan(x) ? nan : (x > 0.0) == (which == Tail::lower) ? 1.0 : 0.0;
+  }
+  return std::isinf(df2_) ? limit_.tail(df1_ * x, which)
+                          : beta_.tail(FLaw::point(x, df1_, df2_), which);
+}
+
+double NoncentralFLaw::logTail(double x, Tail which) const {
+  if (!(x > 0.0) || std::isinf(x)) {
+    return std::log(tail(x, which));
+  }
+  return std::isinf(df2_) ? limit_.logTail(df1_ * x, which)
+                          : beta_.logTail(FLaw::point(x, df1_, df2_), which);
+}
+
+double NoncentralFLaw::density(double x) const {
+  if (!(x > 0.0) || std::isinf(x)) {
+    return std::isnan(x) ? nan
+           : x == 0.0    ? FLaw(df1_, df2_).density(0.0) * std::exp(-0.5 * beta_.nc_)
+                         : 0.0;
+  }
+  if (std::isinf(df2_)) {
+    return df1_ * limit_.density(df1_ * x);
+  }
+  const UnitPair at = FLaw::point(x, df1_, df2_);
+  const double value = beta_.density(at) * at.x * at.y / x;
+  return value > 1e-280 && std::isfinite(value) ? value : std::exp(logDensity(x));
+}
+
+double NoncentralFLaw::logDensity(double x) const {
+  if (!(x > 0.0) || std::isinf(x)) {
+    return std::log(density(x));
+  }
+  if (std::isinf(df2_)) {
+    return std::log(df1_) + limit_.logDensity(df1_ * x);
+  }
+  const UnitPair at = FLaw::point(x, df1_, df2_);
+  if (beta_.nc_ == 0.0) {
+    return FLaw(df1_, df2_).logDensity(x);
+  }
+  return beta_.logScaledDensity(at) - std::log(x);
+}
+
+double NoncentralFLaw::quantile(double p, Tail which) const {
+  if (std::isnan(p) || p <= 0.0 || p >= 1.0) {
+    return std::isnan(p) ? p : (p <= 0.0) == (which == Tail::lower) ? 0.0 : infinity;
+  }
+  if (std::isinf(df2_)) {
+    return limit_.quantile(p, which) / df1_;
+  }
+  const UnitPair at = beta_.quantile(p, which);
+  return df2_ / df1_ * (at.x / at.y);
+}
+
+}  // namespace nag2

@@ -1,0 +1,157 @@
+// Poisson mixtures of the central gamma and beta laws, their first parameter raised by the index.
+//
+// With Poisson weights w(j) and the decrements d(j) of the central lower tail from j to j + 1, the
+// lower tail is the sum of w(j) (d(j) + d(j + 1) + ...), the upper one the central law's plus the
+// sum of d(j) (w(j + 1) + w(j + 2) + ...), the density one of w(j) d(j): all terms positive.  The
+// sums begin above the largest product w(j) d(j), where everything is negligible or known, and go
+// down by multiplications alone.
+#pragma once
+
+#include <cmath>
+#include <limits>
+
+#include "gamma_law.hpp"
+
+namespace nag2 {
+
+// Sums in units of exp(logUnit), the largest product, which may underflow.
+struct MixtureSums {
+  double unit;     // exp(logUnit), or 0
+  double logUnit;  // only where unit is 0
+  double tail;
+  double density;    // sum of w d (a + j)
+  double meanIndex;  // of the density's terms
+};
+
+inline constexpr double manyTerms = 1e5;
+inline constexpr double mostTerms = 1e16;  // their root is what takes time
+inline constexpr double notANumber = std::numeric_limits<double>::quiet_NaN();
+
+// A family has shape(), the parameter a; offset(), which the weights' index is raised by (0 or
+// 1/2); peak(mean), the index of the largest product; curve(j), the negative second difference of
+// its logarithm there; fall(), d(1) / d(0); growth(j) = d(j) / d(j + 1); decrement(j) as a Piece
+// and logDecrement(j); lowerTerms(j), the lower tail at j over d(j).
+template <typename Family>
+MixtureSums mixtureSums(const Family& family, double mean, Tail which, bool asLog) {
+  const double offset = family.offset();
+  const double peak = std::floor(family.peak(mean));
+  const double spread = 1.0 / std::sqrt(family.curve(peak));
+  // Nine and a half standard deviations of the normal law of the products, and the skewness; few
+  // terms where they fall fast from the first one on.
+  const double fall = mean * family.fall();
+  const double top = fall < 0.01 ? std::floor(1.0 - 45.0 / std::log(fall))
+                                 : std::floor(peak + 9.5 * spread + 12.0);
+  MixtureSums sums{0.0, 0.0, 0.0, 0.0, 0.0};
+  const PowerPiece poisson(peak + offset);
+  if (!(peak < mostTerms)) {
+    sums.tail = sums.density = notANumber;
+    return sums;
+  }
+  if (peak > manyTerms && !asLog) {
+    sums.logUnit = poisson.logAt(mean, mean - (peak + offset)) + family.logDecrement(peak);
+    if (sums.logUnit < -900.0) {
+      return sums;  // the sums underflow
+    }
+  }
+  double w = 1.0;
+  double d = 1.0;
+  // Lower: the central tail at j; upper: the weights above j.
+  double rest = which == Tail::lower
+                    ? family.lowerTerms(top)
+                    : mean / (top + offset + 1.0) *
+                          GammaLaw(top + offset + 1.0).overWeight(mean, Tail::lower);
+  const double inverse = 1.0 / mean;
+  const double shape = family.shape();
+  double moment = 0.0;
+  double atPeak = 1.0;
+  double j = top;
+  while (true) {
+    const double product = w * d * (shape + j);
+    sums.density += product;
+    moment += product * j;
+    const double term = (which == Tail::lower ? w : d) * rest;
+    sums.tail += term;
+    if (j <= 0.0 || (j < peak && term * (1.0 + spread) < 1e-18 * sums.tail &&
+                     product * (1.0 + spread) < 1e-18 * sums.density)) {
+      break;
+    }
+    j -= 1.0;
+    if (which == Tail::upper) {
+      rest += w;
+    }
+    w *= (j + 1.0 + offset) * inverse;
+    d *= family.growth(j);
+    if (which == Tail::lower) {
+      rest += d;
+    }
+    if (j == peak) {
+      atPeak = w * d;
+    }
+    // The product stays, its factors may drift apart.
+    if (w > 1e150 || d > 1e150) {
+      const double turn = w > d ? 1e-150 : 1e150;
+      w *= turn;
+      d /= turn;
+      rest = which == Tail::lower ? rest / turn : rest * turn;
+    }
+  }
+  sums.meanIndex = moment / sums.density;
+  // What the reciprocals' own rounding adds from the peak to the bulk of the sum.
+  const double drift = std::fma(inverse, mean, -1.0) + family.drift();
+  const double correction = (1.0 - drift * (peak - sums.meanIndex)) / atPeak;
+  sums.tail *= correction;
+  sums.density *= correction;
+  const Piece p = poisson.at(mean, mean - (peak + offset));
+  const Piece q = family.decrement(peak);
+  const double exponent = p.exponent + q.exponent;
+  sums.unit = p.factor * q.factor * std::exp(-exponent);
+  if (asLog || !(sums.unit > 1e-290)) {
+    sums.logUnit = poisson.logAt(mean, mean - (peak + offset)) + family.logDecrement(peak);
+    sums.unit = asLog ? 0.0 : sums.unit;
+  }
+  return sums;
+}
+
+// sum * unit, where the unit alone may underflow.
+inline double inUnits(double sum, const MixtureSums& sums) {
+  if (sum == 0.0) {
+    return 0.0;
+  }
+  return sums.unit > 1e-290 ? sum * sums.unit : std::exp(sums.logUnit + std::log(sum));
+}
+
+inline double logInUnits(double sum, const MixtureSums& sums) {
+  return std::log(sum) + sums.logUnit;
+}
+
+// log(exp(x) + exp(y)).
+inline double logSum(double x, double y) {
+  const double high = std::fmax(x, y);
+  return high == -HUGE_VAL ? high : high + std::log1p(std::exp(std::fmin(x, y) - high));
+}
+
+// The mixture's tail; the sum of the smaller one, and of the other where that has no digits left.
+template <typename Family>
+double mixtureTail(const Family& family, double mean, Tail which) {
+  const auto direct = [&](Tail side) {
+    const MixtureSums sums = mixtureSums(family, mean, side, false);
+    const double value = inUnits(sums.tail, sums);
+    return side == Tail::lower ? value : value + family.centralUpper();
+  };
+  const Tail small = family.belowMean(mean) ? Tail::lower : Tail::upper;
+  const double value = direct(small);
+  return small == which ? value : value < 0.7 ? 1.0 - value : direct(which);
+}
+
+template <typename Family>
+double logMixtureTail(const Family& family, double mean, Tail which) {
+  const double other = mixtureTail(family, mean, which == Tail::lower ? Tail::upper : Tail::lower);
+  if (other < 0.5) {
+    return std::log1p(-other);
+  }
+  const MixtureSums sums = mixtureSums(family, mean, which, true);
+  const double log = logInUnits(sums.tail, sums);
+  return which == Tail::lower ? log : logSum(log, family.logCentralUpper());
+}
+
+}  // namespace nag2

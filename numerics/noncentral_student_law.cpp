@@ -1,0 +1,341 @@
+// On delta's side of 0 two Poisson mixtures of beta tails, all terms positive; beyond 0 on the
+// other side the same terms alternate: there an integral over the logarithm of the chi variable,
+// whose integrand is smooth, by the trapezoidal rule around its peak, which is known.
+//
+// D. Benton and K. Krishnamoorthy, Computing discrete mixtures of continuous distributions:
+// noncentral chisquare, noncentral t and the distribution of the square of the sample multiple
+// correlation coefficient, Computational Statistics and Data Analysis 43 (2003), for the mixtures.
+
+#include "noncentral_student_law.hpp"
+
+#include <algorithm>
+#include <limits>
+#include <numbers>
+
+#include "inversion.hpp"
+#include "mixture_families.hpp"
+#include "noncentral_mixture.hpp"
+#include "normal_functions.hpp"
+#include "student_law.hpp"
+
+namespace nag2 {
+
+namespace {
+
+constexpr double nan = std::numeric_limits<double>::quiet_NaN();
+constexpr double infinity = std::numeric_limits<double>::infinity();
+constexpr double hugeFreedom = 1e17;
+
+Tail other(Tail which) { return which == Tail::lower ? Tail::upper : Tail::lower; }
+
+// v - (exp(v) - 1).
+double minusExpm1(double v) {
+  if (std::fabs(v) > 0.4) {
+    return v - std::expm1(v);
+  }
+  double sum = 1.0;
+  for (int k = 14; k > 2; --k) {
+    sum = 1.0 + v * (1.0 / k) * sum;
+  }
+  return -0.5 * v * v * sum;
+}
+
+// P(T > x) and the density at x for x > 0 and noncentrality -d, d >= 0: with s = exp(u) the chi
+// variable over sqrt(nu), the integral over u of  C exp(nu u - nu (s^2 - 1) / 2) times the normal
+// tail beyond x s + d.  Its exponent has its peak at s0 with (nu + x^2) s0^2 + x d s0 = nu; around
+// it, with a and b these two terms, it falls like  a (v - (exp(2 v) - 1) / 2) + b (v - (exp(v) -
+// 1)).
+class OppositeSide {
+ public:
+  OppositeSide(double x, double nu, double d) : x_(x), nu_(nu), d_(d) {
+    const double xd = x * d;
+    s0_ = 2.0 * nu / (xd + std::hypot(xd, 2.0 * std::sqrt(nu) * std::sqrt(nu + x * x)));
+    b_ = xd * s0_;
+    a_ = std::max(0.0, nu - b_);
+    if (a_ < 0.5 * nu) {
+      a_ = (nu + x * x) * s0_ * s0_;
+    }
+    const double q = (s0_ - 1.0) * (s0_ + 1.0);
+    const double chi =
+        std::fabs(q) < 0.4 ? 0.5 * nu * minusLog1pmx(q) : nu * (0.5 * q - std::log(s0_));
+    const double z = x * s0_ + d;
+    logScale_ = 0.5 * std::log(nu / std::numbers::pi) - stirlingRest(0.5 * nu) - chi - 0.5 * z * z -
+                logRootTwoPi;
+    scale_ = std::sqrt(nu / std::numbers::pi) / rootTwoPi *
+             std::exp(-(stirlingRest(0.5 * nu) + chi + 0.5 * z * z));
+  }
+
+  double logScale() const { return logScale_; }
+  double scale() const { return scale_; }
+
+  // The two integrals over their scale.
+  struct Sums {
+    double tail;
+    double density;
+    double bend;  // 1 + x f' / f
+  };
+  Sums integrate() const {
+    // The rule's error is that of a normal law's width for large nu; else the integrand's growth up
+    // to pi / 4 off the real line counts.  For small nu the left side falls slowly and is cut short
+    // by v = w + pull (1 - exp(-w)).
+    const bool slow = nu_ < 3.0;
+    const double pull = slow ? 0.125 : 0.0;
+    const double square = a_ + 0.5 * b_;
+    const double step = slow            ? 0.08
+                        : square < 45.0 ? 4.4 / (38.0 + 0.9 * square)
+                                        : 0.42 / std::sqrt(square);
+    Sums sums{0.0, 0.0, 0.0};
+    const auto add = [&](double w) {
+      const double e = slow ? pull * std::exp(-w) : 0.0;
+      const double v = slow ? w + (pull - e) : w;
+      const double grown = std::exp(v);
+      const double weight =
+          std::exp(0.5 * a_ * minusExpm1(2.0 * v) + b_ * minusExpm1(v)) * (1.0 + e);
+      const double xs = x_ * s0_ * grown;
+      const double tail = weight * millsRatio(xs + d_);
+      sums.tail += tail;
+      sums.density += weight * grown;
+      sums.bend += weight * grown * xs * (xs + d_);
+      return tail > 1e-18 * sums.tail || weight * grown > 1e-18 * sums.density;
+    };
+    add(0.0);
+    for (int i = 1; add(i * step) && i < 4000;) {
+      ++i;
+    }
+    for (int i = 1; add(-i * step) && i < 4000;) {
+      ++i;
+    }
+    return {sums.tail * step, sums.density * step * s0_, 1.0 - sums.bend / sums.density};
+  }
+
+ private:
+  double x_;
+  double nu_;
+  double d_;
+  double s0_;
+  double a_;
+  double b_;
+  double logScale_;
+  double scale_;
+};
+
+struct Families {
+  Families(double x, double nu) : at(FLaw::point(x * x, 1.0, nu)), half(0.5 * nu) {}
+  BetaFamily even() const { return {0.5, half, at, 0.0}; }
+  BetaFamily odd() const { return {1.0, half, at, 0.5}; }
+  UnitPair at;
+  double half;
+};
+
+// Sum of both mixtures' logarithms.
+double logBoth(const Families& f, double mean, Tail which, double MixtureSums::*part) {
+  const MixtureSums even = mixtureSums(f.even(), mean, which, true);
+  const MixtureSums odd = mixtureSums(f.odd(), mean, which, true);
+  double sum = logSum(logInUnits(even.*part, even), logInUnits(odd.*part, odd));
+  if (which == Tail::upper && part == &MixtureSums::tail) {
+    sum = logSum(sum, f.even().logCentralUpper());
+    sum = logSum(sum, f.odd().logCentralUpper() + std::log(std::erf(std::sqrt(mean))));
+  }
+  return sum;
+}
+
+}  // namespace
+
+// The probability between 0 and x with what lies below 0, or the one beyond x; for a negative delta
+// always the latter.
+NoncentralStudentLaw::Point NoncentralStudentLaw::pointAt(double x, double delta,
+                                                          bool wantUpper) const {
+  if (delta < 0.0) {
+    const OppositeSide side(x, nu_, -delta);
+    const OppositeSide::Sums sums = side.integrate();
+    const double upper = side.scale() * sums.tail;
+    return {1.0 - upper, upper, side.scale() * sums.density, sums.bend};
+  }
+  const Families f(x, nu_);
+  const double mean = 0.5 * delta * delta;
+  const Tail which = wantUpper ? Tail::upper : Tail::lower;
+  const MixtureSums even = mixtureSums(f.even(), mean, which, false);
+  const MixtureSums odd = mixtureSums(f.odd(), mean, which, false);
+  double tail = inUnits(even.tail, even) + inUnits(odd.tail, odd);
+  const double first = inUnits(even.density, even);
+  const double second = inUnits(odd.density, odd);
+  const double density = (first + second) / x;
+  const double power =
+      (first * (0.5 + even.meanIndex) + second * (1.0 + odd.meanIndex)) / (first + second);
+  const double bend = 2.0 * (power * f.at.y - f.half * f.at.x);
+  if (wantUpper) {
+    tail +=
+        f.even().centralUpper() + std::erf(delta / std::numbers::sqrt2) * f.odd().centralUpper();
+    return {1.0 - 0.5 * tail, 0.5 * tail, density, bend};
+  }
+  const double lower = normalLower(-delta) + 0.5 * tail;
+  return {lower, 1.0 - lower, density, bend};
+}
+
+double NoncentralStudentLaw::positiveTail(double x, double delta, Tail which) const {
+  if (delta < 0.0) {
+    const Point at = pointAt(x, delta, true);
+    return which == Tail::upper ? at.upper : at.lower;
+  }
+  const bool wantUpper = x > delta;
+  const Point at = pointAt(x, delta, wantUpper);
+  const double computed = wantUpper ? at.upper : at.lower;
+  if ((which == Tail::upper) == wantUpper || computed < 0.7) {
+    return which == Tail::upper ? at.upper : at.lower;
+  }
+  const Point turned = pointAt(x, delta, !wantUpper);
+  return which == Tail::upper ? turned.upper : turned.lower;
+}
+
+double NoncentralStudentLaw::logPositiveTail(double x, double delta, Tail which) const {
+  const double rest = positiveTail(x, delta, other(which));
+  if (rest < 0.5) {
+    return std::log1p(-rest);
+  }
+  const double value = positiveTail(x, delta, which);
+  if (value > 1e-290) {
+    return std::log(value);
+  }
+  if (delta < 0.0) {
+    const OppositeSide side(x, nu_, -delta);
+    return side.logScale() + std::log(side.integrate().tail);
+  }
+  const double sum =
+      logBoth(Families(x, nu_), 0.5 * delta * delta, which, &MixtureSums::tail) - std::numbers::ln2;
+  return which == Tail::upper ? sum : logSum(sum, logNormalLower(-delta));
+}
+
+double NoncentralStudentLaw::positiveDensity(double x, double delta, bool log) const {
+  if (delta < 0.0) {
+    const OppositeSide side(x, nu_, -delta);
+    const double sum = side.integrate().density;
+    return log ? side.logScale() + std::log(sum) : side.scale() * sum;
+  }
+  if (log) {
+    return logBoth(Families(x, nu_), 0.5 * delta * delta, Tail::lower, &MixtureSums::density) -
+           std::log(x);
+  }
+  return pointAt(x, delta, false).density;
+}
+
+double NoncentralStudentLaw::tail(double x, Tail which) const {
+  if (delta_ == 0.0) {
+    return StudentLaw(nu_).tail(x, which);
+  }
+  const double sign = which == Tail::lower ? 1.0 : -1.0;
+  if (x == 0.0) {
+    return normalLower(-sign * delta_);
+  }
+  if (nu_ >= hugeFreedom) {
+    return normalLower(sign * (x - delta_));
+  }
+  if (!std::isfinite(x)) {
+    return std::isnan(x) ? nan : (x > 0.0) == (which == Tail::lower) ? 1.0 : 0.0;
+  }
+  const double value =
+      x > 0.0 ? positiveTail(x, delta_, which) : positiveTail(-x, -delta_, other(which));
+  return std::clamp(value, 0.0, 1.0);
+}
+
+double NoncentralStudentLaw::logTail(double x, Tail which) const {
+  if (delta_ == 0.0) {
+    return StudentLaw(nu_).logTail(x, which);
+  }
+  const double sign = which == Tail::lower ? 1.0 : -1.0;
+  if (x == 0.0) {
+    return logNormalLower(-sign * delta_);
+  }
+  if (nu_ >= hugeFreedom) {
+    return logNormalLower(sign * (x - delta_));
+  }
+  if (!std::isfinite(x)) {
+    return std::log(tail(x, which));
+  }
+  const double value =
+      x > 0.0 ? logPositiveTail(x, delta_, which) : logPositiveTail(-x, -delta_, other(which));
+  return std::min(0.0, value);
+}
+
+double NoncentralStudentLaw::density(double x) const {
+  if (delta_ == 0.0) {
+    return StudentLaw(nu_).density(x);
+  }
+  if (nu_ >= hugeFreedom) {
+    return inverseRootTwoPi * std::exp(-0.5 * (x - delta_) * (x - delta_));
+  }
+  if (x == 0.0) {
+    return StudentLaw(nu_).density(0.0) * std::exp(-0.5 * delta_ * delta_);
+  }
+  if (!std::isfinite(x)) {
+    return std::isnan(x) ? nan : 0.0;
+  }
+  return x > 0.0 ? positiveDensity(x, delta_, false) : positiveDensity(-x, -delta_, false);
+}
+
+double NoncentralStudentLaw::logDensity(double x) const {
+  if (delta_ == 0.0) {
+    return StudentLaw(nu_).logDensity(x);
+  }
+  if (nu_ >= hugeFreedom) {
+    return -0.5 * (x - delta_) * (x - delta_) - logRootTwoPi;
+  }
+  if (x == 0.0) {
+    return StudentLaw(nu_).logDensity(0.0) - 0.5 * delta_ * delta_;
+  }
+  if (!std::isfinite(x)) {
+    return std::isnan(x) ? nan : -infinity;
+  }
+  return x > 0.0 ? positiveDensity(x, delta_, true) : positiveDensity(-x, -delta_, true);
+}
+
+// N. L. Johnson and B. L. Welch, Applications of the non-central t-distribution, Biometrika 31
+// (1940): x S - Z is nearly normal.
+double NoncentralStudentLaw::start(double p, Tail which) const {
+  const double z = which == Tail::lower ? normalInverse(p) : -normalInverse(p);
+  const double variance = std::min(0.5 / nu_, 0.5);  // of S
+  const double square = 1.0 - variance;
+  const double divisor = square - z * z * variance;
+  const double root = square + variance * (delta_ * delta_ - z * z);
+  if (divisor > 0.1 && root > 0.0) {
+    return (delta_ * std::sqrt(square) + z * std::sqrt(root)) / divisor;
+  }
+  return delta_ +
+         StudentLaw(nu_).quantile(p, which) * std::sqrt(1.0 + delta_ * delta_ / (2.0 * nu_));
+}
+
+double NoncentralStudentLaw::quantile(double p, Tail which) const {
+  if (delta_ == 0.0 || !(p > 0.0) || p >= 1.0) {
+    return StudentLaw(nu_).quantile(p, which);
+  }
+  if (nu_ >= hugeFreedom) {
+    return delta_ + (which == Tail::lower ? normalInverse(p) : -normalInverse(p));
+  }
+  if (p > 0.5) {
+    p = 1.0 - p;
+    which = other(which);
+  }
+  const double from = start(p, which);
+  // The side of 0, and the law turned to it.
+  const double atZero = tail(0.0, which);
+  if (p == atZero) {
+    return 0.0;
+  }
+  const bool positive = (p > atZero) == (which == Tail::lower);
+  const Tail turned = positive ? which : other(which);
+  const double delta = positive ? delta_ : -delta_;
+  const double first = positive ? from : -from;
+  const double sign = turned == Tail::lower ? 1.0 : -1.0;
+  const auto at = [&](double x) {
+    const Point point = pointAt(x, delta, x > delta);
+    double value = turned == Tail::upper ? point.upper : point.lower;
+    if (value < 0.3 && delta > 0.0 && (x > delta) != (turned == Tail::upper)) {
+      value = positiveTail(x, delta, turned);
+    }
+    return TailSlope{logQuotient(value, p), sign * x * point.density / value, point.bend};
+  };
+  const double root =
+      invertTail(at, turned == Tail::lower, first > 0.0 ? first : 0.1, 0.0, infinity);
+  return positive ? root : -root;
+}
+
+}  // namespace nag2

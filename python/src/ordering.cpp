@@ -1,0 +1,229 @@
+// Sorting, ranks, tallies, histograms, cumulative sums, trimming.
+#include <vexel/ordering.hpp>
+
+#include "bindings.hpp"
+#include "calls.hpp"
+
+namespace vexel::python {
+
+namespace {
+
+// Calls f.template operator()<T>() for the element type of x.
+template <typename F>
+auto byElement(Element element, F&& f) {
+  switch (element) {
+    case Element::float32:
+      return f.template operator()<float>();
+    case Element::int32:
+      return f.template operator()<std::int32_t>();
+    case Element::int64:
+      return f.template operator()<std::int64_t>();
+    default:
+      return f.template operator()<double>();
+  }
+}
+
+py::array sortOf(py::handle object, py::handle axis, py::handle policy, py::handle out,
+                 py::handle progress) {
+  Input x(object, "x");
+  Input none(py::none(), "weights");
+  const SortOptions options{.missing = missingPolicy(policy)};
+  return byElement(x.element(), [&]<typename T>() {
+    return map(x, none, {axis, out, progress, x.element()},
+               [&](const Data& lane, const Data&, void* to) {
+                 return vexel::sort(lane, std::span(static_cast<T*>(to), lane.size()), options);
+               });
+  });
+}
+
+py::array argsortOf(py::handle object, py::handle axis, py::handle policy, py::handle out,
+                    py::handle progress) {
+  Input x(object, "x");
+  Input none(py::none(), "weights");
+  const SortOptions options{.missing = missingPolicy(policy)};
+  return map(x, none, {axis, out, progress, Element::int64},
+             [&](const Data& lane, const Data&, void* to) {
+               const std::span place(static_cast<std::int64_t*>(to), lane.size());
+               const std::size_t n = vexel::argsort(lane, place, options);
+               return lane.size() == x.size() ? n : lane.size();
+             });
+}
+
+py::array rankOf(py::handle object, py::handle method, py::handle axis, py::handle policy,
+                 py::handle out, py::handle progress) {
+  static constexpr Choice<RankMethod> methods[] = {{"average", RankMethod::average},
+                                                   {"min", RankMethod::min},
+                                                   {"max", RankMethod::max},
+                                                   {"dense", RankMethod::dense},
+                                                   {"ordinal", RankMethod::ordinal}};
+  Input x(object, "x");
+  Input none(py::none(), "weights");
+  const RankOptions options{.method = choose<RankMethod>(method, "method", methods),
+                            .missing = missingPolicy(policy)};
+  return map(x, none, {axis, out, progress}, [&](const Data& lane, const Data&, void* to) {
+    vexel::rank(lane, std::span(static_cast<double*>(to), lane.size()), options);
+    return lane.size();
+  });
+}
+
+py::tuple tallyOf(py::handle object, py::handle weights, py::handle policy) {
+  Input x(object, "x");
+  Input w(weights, "weights");
+  const Data data = x.flat();
+  const TallyOptions options{.weights = w.flat(), .missing = missingPolicy(policy)};
+  return byElement(x.element(), [&]<typename T>() {
+    TallyResult<T> result;
+    {
+      const Work work(data.size());
+      result = vexel::tallyOf<T>(data, options);
+    }
+    return py::make_tuple(adopt(std::move(result.values)), adopt(std::move(result.counts)),
+                          result.missing);
+  });
+}
+
+py::object modeOf(py::handle object, py::handle weights, py::handle policy, py::handle axis,
+                  bool keepdims) {
+  Input x(object, "x");
+  Input w(weights, "weights");
+  const Missing missing = missingPolicy(policy);
+  return reduce(x, w, {axis, keepdims, py::none(), py::none()}, {},
+                [&](const Data& lane, const Data& wl, double* result) {
+                  *result = vexel::mode(lane, {.weights = wl, .missing = missing});
+                });
+}
+
+// A count, a rule's name or edges; the edges are kept by `place`.
+Bins readBins(py::handle bins, std::optional<Input>& place) {
+  if (PyUnicode_Check(bins.ptr())) {
+    static constexpr Choice<BinRule> rules[] = {{"auto", BinRule::automatic},
+                                                {"fd", BinRule::fd},
+                                                {"scott", BinRule::scott},
+                                                {"sturges", BinRule::sturges}};
+    return choose<BinRule>(bins, "bins", rules);
+  }
+  if (PyIndex_Check(bins.ptr()) && !py::isinstance<py::array>(bins)) {
+    return bins.cast<std::int64_t>();
+  }
+  place.emplace(bins, "bins");
+  return place->vector();
+}
+
+std::optional<Interval> readRange(py::handle range, const char* name) {
+  if (range.is_none()) {
+    return std::nullopt;
+  }
+  const Input ends(range, name);
+  if (ends.dimensions() != 1 || ends.size() != 2) {
+    throw py::value_error(std::string(name) + ": a pair (low, high) is allowed, " +
+                          shortText(range) + " came");
+  }
+  const Data pair = ends.lane(0, 0);
+  return Interval{pair[0], pair[1]};
+}
+
+py::tuple histogramOf(py::handle object, py::handle bins, py::handle range, bool density,
+                      py::handle weights, py::handle policy) {
+  Input x(object, "x");
+  Input w(weights, "weights");
+  std::optional<Input> edges;
+  const Bins how = readBins(bins, edges);
+  const Data data = x.flat();
+  const HistogramOptions options{.weights = w.flat(),
+                                 .range = readRange(range, "range"),
+                                 .density = density,
+                                 .missing = missingPolicy(policy)};
+  HistogramResult result;
+  {
+    const Work work(data.size());
+    result = vexel::histogram(data, how, options);
+  }
+  return py::make_tuple(adopt(std::move(result.counts)), adopt(std::move(result.edges)),
+                        result.missing);
+}
+
+py::tuple frequencyTableOf(py::handle object, py::handle bins, py::handle range, py::handle weights,
+                           py::handle policy) {
+  Input x(object, "x");
+  Input w(weights, "weights");
+  std::optional<Input> edges;
+  const Bins how = readBins(bins, edges);
+  const Data data = x.flat();
+  const HistogramOptions options{
+      .weights = w.flat(), .range = readRange(range, "range"), .missing = missingPolicy(policy)};
+  FrequencyTable t;
+  {
+    const Work work(data.size());
+    t = vexel::frequency_table(data, how, options);
+  }
+  return py::make_tuple(adopt(std::move(t.lower)), adopt(std::move(t.upper)),
+                        adopt(std::move(t.count)), adopt(std::move(t.relative)),
+                        adopt(std::move(t.cumulative)));
+}
+
+py::array cumulativeOf(py::handle object, py::handle kind, py::handle weights, py::handle policy,
+                       py::handle axis, py::handle out) {
+  static constexpr Choice<Cumulative> kinds[] = {{"sum", Cumulative::sum},
+                                                 {"product", Cumulative::product},
+                                                 {"min", Cumulative::min},
+                                                 {"max", Cumulative::max}};
+  Input x(object, "x");
+  Input w(weights, "weights");
+  CumulativeOptions options{.kind = choose<Cumulative>(kind, "kind", kinds),
+                            .missing = missingPolicy(policy)};
+  return map(x, w, {axis, out}, [&](const Data& lane, const Data& wl, void* to) {
+    CumulativeOptions o = options;
+    o.weights = wl;
+    vexel::cumulative(lane, std::span(static_cast<double*>(to), lane.size()), o);
+    return lane.size();
+  });
+}
+
+py::array trimOf(py::handle object, double lower, double upper, py::handle weights,
+                 py::handle policy) {
+  Input x(object, "x");
+  Input w(weights, "weights");
+  const Data data = x.flat();
+  const TrimOptions options{.weights = w.flat(), .missing = missingPolicy(policy)};
+  return byElement(x.element(), [&]<typename T>() -> py::array {
+    std::vector<T> result;
+    {
+      const Work work(data.size());
+      result = vexel::trimmed<T>(data, Cut(lower, upper), options);
+    }
+    return adopt(std::move(result));
+  });
+}
+
+py::array winsorizeOf(py::handle object, double lower, double upper, py::handle weights,
+                      py::handle policy, py::handle axis, py::handle out) {
+  Input x(object, "x");
+  Input w(weights, "weights");
+  const Missing missing = missingPolicy(policy);
+  return byElement(x.element(), [&]<typename T>() {
+    return map(x, w, {axis, out, py::none(), x.element()},
+               [&](const Data& lane, const Data& wl, void* to) {
+                 const auto result = vexel::winsorized<T>(lane, Cut(lower, upper),
+                                                          {.weights = wl, .missing = missing});
+                 std::ranges::copy(result, static_cast<T*>(to));
+                 return result.size();
+               });
+  });
+}
+
+}  // namespace
+
+void bindOrdering(py::module_& m) {
+  m.def("sort", &sortOf);
+  m.def("argsort", &argsortOf);
+  m.def("rank", &rankOf);
+  m.def("tally", &tallyOf);
+  m.def("mode", &modeOf);
+  m.def("histogram", &histogramOf);
+  m.def("frequency_table", &frequencyTableOf);
+  m.def("cumulative", &cumulativeOf);
+  m.def("trim", &trimOf);
+  m.def("winsorize", &winsorizeOf);
+}
+
+}  // namespace vexel::python

@@ -1,0 +1,357 @@
+#include "random.hpp"
+
+#include <vexel/sampling.hpp>
+
+#include "bindings.hpp"
+#include "calls.hpp"
+#include "choices.hpp"
+
+namespace vexel::python {
+
+std::uint64_t readSeed(py::handle seed, const char* name) {
+  const py::object whole = py::reinterpret_steal<py::object>(PyNumber_Index(seed.ptr()));
+  if (!whole) {
+    PyErr_Clear();
+    throw py::type_error(std::string(name) +
+                         ": a Random, a whole number from 0 to 2^64 - 1 or None is allowed, " +
+                         shortText(seed) + " came");
+  }
+  const std::uint64_t value = PyLong_AsUnsignedLongLong(whole.ptr());
+  if (PyErr_Occurred() != nullptr) {
+    PyErr_Clear();
+    throw py::value_error(std::string(name) + ": from 0 to 2^64 - 1 is allowed, " +
+                          shortText(seed) + " came");
+  }
+  return value;
+}
+
+Generator::Generator(py::handle rng) {
+  if (rng.is_none()) {
+    random_ = &own_.emplace();
+  } else if (py::isinstance<Random>(rng)) {
+    owner_ = py::reinterpret_borrow<py::object>(rng);
+    random_ = owner_.cast<Random*>();
+  } else if (py::hasattr(rng, "bit_generator")) {
+    random_ = &own_.emplace(readSeed(
+        rng.attr("integers")(0, py::int_(-1).attr("__and__")(py::int_(0x7FFFFFFFFFFFFFFF))),
+        "rng"));
+  } else {
+    random_ = &own_.emplace(readSeed(rng, "rng"));
+  }
+}
+
+namespace {
+
+// The shape that `size` means: None (one value), a whole number or a tuple of them.
+std::optional<std::vector<py::ssize_t>> readSize(py::handle size) {
+  if (size.is_none()) {
+    return std::nullopt;
+  }
+  std::vector<py::ssize_t> shape;
+  if (PyIndex_Check(size.ptr())) {
+    shape.push_back(size.cast<py::ssize_t>());
+  } else {
+    shape = size.cast<std::vector<py::ssize_t>>();
+  }
+  for (const auto n : shape) {
+    if (n < 0) {
+      throw py::value_error("size: from 0 is allowed, " + std::to_string(n) + " came");
+    }
+  }
+  return shape;
+}
+
+}  // namespace
+
+// Fills `out`, a new array of the shape `size`, or gives one value.
+py::object fillDoubles(py::handle size, py::handle out, const std::function<double()>& one,
+                       const std::function<void(std::span<double>)>& many) {
+  const auto shape = readSize(size);
+  if (!shape && out.is_none()) {
+    return py::float_(one());
+  }
+  py::array result;
+  if (out.is_none()) {
+    result = makeDoubles(*shape);
+  } else {
+    std::vector<py::ssize_t> wanted;
+    if (shape) {
+      wanted = *shape;
+    } else if (py::isinstance<py::array>(out)) {
+      const auto given = py::reinterpret_borrow<py::array>(out);
+      wanted.assign(given.shape(), given.shape() + given.ndim());
+    }
+    result = outputArray(out, wanted);
+  }
+  const auto n = static_cast<std::size_t>(result.size());
+  if (const auto place = contiguousDoubles(result); place.size() == n) {
+    const Work work(n);
+    many(place);
+    return result;
+  }
+  std::vector<double> values(n);
+  {
+    const Work work(n);
+    many(values);
+  }
+  result[py::ellipsis()] =
+      adopt(std::move(values))
+          .reshape(std::vector<py::ssize_t>(result.shape(), result.shape() + result.ndim()));
+  return result;
+}
+
+namespace {
+
+// The same for integers.
+py::object fillIntegers(py::handle size, py::handle out, const std::function<std::int64_t()>& one,
+                        const std::function<void(std::span<std::int64_t>)>& many) {
+  const auto shape = readSize(size);
+  if (!shape && out.is_none()) {
+    return py::int_(one());
+  }
+  py::array_t<std::int64_t> result;
+  if (!out.is_none()) {
+    const auto given =
+        py::isinstance<py::array>(out) ? py::reinterpret_borrow<py::array>(out) : py::array();
+    std::vector<py::ssize_t> wanted(given.shape(), given.shape() + given.ndim());
+    result = py::array_t<std::int64_t>(outputArray(out, shape ? *shape : wanted, Element::int64));
+    if (result.ptr() != out.ptr() || (result.flags() & py::array::c_style) == 0) {
+      throw py::value_error("out: a C-contiguous int64 array is allowed");
+    }
+  } else {
+    result = py::array_t<std::int64_t>(*shape);
+  }
+  const std::span<std::int64_t> place(result.mutable_data(),
+                                      static_cast<std::size_t>(result.size()));
+  const Work work(place.size());
+  many(place);
+  return result;
+}
+
+py::object integersOf(Random& rng, std::int64_t low, py::handle high, py::handle size,
+                      py::handle out) {
+  const std::int64_t from = high.is_none() ? 0 : low;
+  const std::int64_t to = high.is_none() ? low : high.cast<std::int64_t>();
+  return fillIntegers(
+      size, out, [&] { return rng.integers(from, to); },
+      [&](std::span<std::int64_t> place) { rng.integers(from, to, place); });
+}
+
+py::object bitsOf(Random& rng, py::handle size) {
+  if (size.is_none()) {
+    return py::int_(rng.bits());
+  }
+  py::array_t<std::uint64_t> result(*readSize(size));
+  rng.bits({result.mutable_data(), static_cast<std::size_t>(result.size())});
+  return result;
+}
+
+py::array choiceOf(std::size_t size, std::size_t n, py::handle rng, py::handle weights,
+                   bool replace) {
+  Generator generator(rng);
+  Input w(weights, "weights");
+  const ChoiceOptions options{.weights = w.vector(), .replace = replace};
+  std::vector<std::int64_t> result;
+  {
+    const Work work(n + (replace ? 0 : size));
+    result = vexel::choice(size, n, *generator, options);
+  }
+  return adopt(std::move(result));
+}
+
+py::array permutationOf(std::size_t n, py::handle rng) {
+  Generator generator(rng);
+  std::vector<std::int64_t> result;
+  {
+    const Work work(n);
+    result = vexel::permutation(n, *generator);
+  }
+  return adopt(std::move(result));
+}
+
+// In place: a one-dimensional array of one of the four types, or a list.  False for anything else.
+bool shuffleOf(py::handle x, py::handle rng) {
+  Generator generator(rng);
+  if (PyList_CheckExact(x.ptr())) {
+    PyObject** const items = PySequence_Fast_ITEMS(x.ptr());
+    vexel::shuffle(std::span<PyObject*>(items, py::len(x)), *generator);
+    return true;
+  }
+  if (!py::isinstance<py::array>(x)) {
+    return false;
+  }
+  auto array = py::reinterpret_borrow<py::array>(x);
+  if (array.ndim() != 1 || (array.flags() & py::array::c_style) == 0 || !array.writeable()) {
+    return false;
+  }
+  const Input elements(x, "x");
+  if (elements.lane(0, 0).data() != array.data()) {
+    return false;
+  }
+  const auto shuffle = [&]<typename T>(T* first) {
+    vexel::shuffle(std::span<T>(first, elements.size()), *generator);
+    return true;
+  };
+  void* const data = array.mutable_data();
+  switch (elements.element()) {
+    case Element::float32:
+      return shuffle(static_cast<float*>(data));
+    case Element::int32:
+      return shuffle(static_cast<std::int32_t*>(data));
+    case Element::int64:
+      return shuffle(static_cast<std::int64_t*>(data));
+    default:
+      return shuffle(static_cast<double*>(data));
+  }
+}
+
+py::dict stateOf(const Random& rng) {
+  const RandomState s = rng.state();
+  py::array_t<std::uint64_t> lanes({8, 4});
+  for (std::size_t i = 0; i < 32; ++i) {
+    lanes.mutable_data()[i] = s.lanes[i / 4][i % 4];
+  }
+  py::dict state;
+  state["seed"] = s.seed;
+  state["block"] = s.block;
+  state["position"] = s.position;
+  state["lanes"] = lanes;
+  return state;
+}
+
+void setState(Random& rng, const py::dict& state) {
+  RandomState s;
+  s.seed = state["seed"].cast<std::uint64_t>();
+  s.block = state["block"].cast<std::uint64_t>();
+  s.position = state["position"].cast<std::uint32_t>();
+  const auto lanes =
+      py::array_t<std::uint64_t, py::array::c_style | py::array::forcecast>(state["lanes"]);
+  if (lanes.size() != 32) {
+    throw py::value_error("state: 8 lanes of 4 words are allowed, " + std::to_string(lanes.size()) +
+                          " words came");
+  }
+  for (std::size_t i = 0; i < 32; ++i) {
+    s.lanes[i / 4][i % 4] = lanes.data()[i];
+  }
+  rng = Random(s);
+}
+
+py::bytes toBytes(const Random& rng) {
+  const auto bytes = rng.to_bytes();
+  return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
+}
+
+Random fromBytes(const py::bytes& bytes) {
+  const std::string_view text(bytes);
+  return Random::from_bytes(std::as_bytes(std::span(text.data(), text.size())));
+}
+
+// The functions that NumPy's generators draw with, of a Random.
+struct BitFunctions {
+  void* state;
+  std::uint64_t (*next64)(void*);
+  std::uint32_t (*next32)(void*);
+  double (*nextDouble)(void*);
+  std::uint64_t (*nextRaw)(void*);
+};
+
+py::capsule bitFunctionsOf(Random& rng) {
+  static const auto bits = [](void* r) { return static_cast<Random*>(r)->bits(); };
+  auto* functions = new BitFunctions{
+      &rng, bits,
+      [](void* r) { return static_cast<std::uint32_t>(static_cast<Random*>(r)->bits() >> 32); },
+      // NumPy promises [0, 1); this is within.
+      [](void* r) { return static_cast<Random*>(r)->uniform(); }, bits};
+  return py::capsule(functions, "BitGenerator", [](PyObject* capsule) {
+    delete static_cast<BitFunctions*>(PyCapsule_GetPointer(capsule, "BitGenerator"));
+  });
+}
+
+constexpr Choice<BootstrapMethod> bootstrapMethods[] = {{"BCa", BootstrapMethod::BCa},
+                                                        {"percentile", BootstrapMethod::percentile},
+                                                        {"basic", BootstrapMethod::basic}};
+
+py::tuple bootstrapOf(py::handle object, py::handle statistic, std::size_t replicates,
+                      double confidence, py::handle method, py::handle rng, py::handle policy,
+                      py::handle progress) {
+  Input x(object, "x");
+  const Data data = x.vector();
+  Generator generator(rng);
+  const BootstrapOptions options{
+      .replicates = replicates,
+      .confidence = confidence,
+      .method = choose<BootstrapMethod>(method, "method", bootstrapMethods),
+      .missing = missingPolicy(policy)};
+  Bootstrap b;
+  if (PyCallable_Check(statistic.ptr()) != 0) {
+    const Work work(Work::keepLock, progress);
+    b = vexel::bootstrap(
+        data, [&](std::span<const double> y) { return statistic(toArray(y)).cast<double>(); },
+        *generator, options);
+  } else {
+    const auto which = choose<Statistic>(statistic, "statistic", statistics);
+    const Work work(data.size() * replicates, progress);
+    b = vexel::bootstrap(data, which, *generator, options);
+  }
+  return py::make_tuple(b.estimate, b.standard_error,
+                        py::make_tuple(b.interval.low, b.interval.high),
+                        adopt(std::move(b.replicates)));
+}
+
+}  // namespace
+
+void bindRandom(py::module_& m) {
+  py::class_<Random>(m, "Random")
+      .def(py::init([](py::handle seed, py::handle block) {
+             return seed.is_none() ? Random()
+                                   : Random(readSeed(seed, "seed"), readSeed(block, "block"));
+           }),
+           py::arg("seed") = py::none(), py::arg("block") = 0)
+      .def_property_readonly("seed", &Random::seed)
+      .def_property_readonly("block", &Random::block)
+      .def_property("state", &stateOf, &setState)
+      .def("_assign", [](Random& rng, const Random& other) { rng = other; })
+      .def("jump", &Random::jump)
+      .def("bits", &bitsOf, py::arg("n") = py::none())
+      .def("uniform",
+           [](Random& r, py::handle n, py::handle out) {
+             return fillDoubles(
+                 n, out, [&] { return r.uniform(); }, [&](std::span<double> to) { r.uniform(to); });
+           })
+      .def("normal",
+           [](Random& r, py::handle n, py::handle out) {
+             return fillDoubles(
+                 n, out, [&] { return r.normal(); }, [&](std::span<double> to) { r.normal(to); });
+           })
+      .def("exponential",
+           [](Random& r, py::handle n, py::handle out) {
+             return fillDoubles(
+                 n, out, [&] { return r.exponential(); },
+                 [&](std::span<double> to) { r.exponential(to); });
+           })
+      .def("integers", &integersOf)
+      .def("to_bytes", &toBytes)
+      .def_static("from_bytes", &fromBytes)
+      .def("_bit_functions", &bitFunctionsOf)
+      .def("__eq__", [](const Random& a, py::handle b) {
+        return py::isinstance<Random>(b) && a == *b.cast<Random*>();
+      });
+  py::class_<Urn>(m, "Urn")
+      .def(py::init([](py::handle weights) {
+        Input w(weights, "weights");
+        return Urn(w.vector());
+      }))
+      .def("size", &Urn::size)
+      .def("sample", [](const Urn& urn, py::handle n, py::handle rng, py::handle out) {
+        Generator generator(rng);
+        return fillIntegers(
+            n, out, [&] { return urn.sample(*generator); },
+            [&](std::span<std::int64_t> to) { urn.sample(to, *generator); });
+      });
+  m.def("choice", &choiceOf);
+  m.def("permutation", &permutationOf);
+  m.def("shuffle", &shuffleOf);
+  m.def("bootstrap", &bootstrapOf);
+}
+
+}  // namespace vexel::python

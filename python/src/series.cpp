@@ -1,0 +1,172 @@
+// Moving statistics, filters, autocorrelation; hypothesis tests.
+#include <vexel/hypothesis.hpp>
+#include <vexel/series.hpp>
+
+#include "bindings.hpp"
+#include "calls.hpp"
+#include "choices.hpp"
+
+namespace vexel::python {
+
+namespace {
+
+constexpr Choice<Align> alignments[] = {
+    {"center", Align::center}, {"right", Align::right}, {"left", Align::left}};
+constexpr Choice<Edges> edgeRules[] = {{"shrink", Edges::shrink},
+                                       {"nan", Edges::nan},
+                                       {"reflect", Edges::reflect},
+                                       {"nearest", Edges::nearest}};
+
+py::array movingOf(py::handle object, std::int64_t window, py::handle statistic, py::handle q,
+                   std::int64_t minCount, py::handle align, py::handle edges, py::handle weights,
+                   py::handle policy, py::handle axis, py::handle out, py::handle progress) {
+  if (window < 1) {
+    throw py::value_error("window: at least 1 is allowed, " + std::to_string(window) + " came");
+  }
+  if (minCount < 0) {
+    throw py::value_error("min_count: at least 0 is allowed, " + std::to_string(minCount) +
+                          " came");
+  }
+  Input x(object, "x");
+  Input w(weights, "weights");
+  const MovingOptions options{.align = choose<Align>(align, "align", alignments),
+                              .edges = choose<Edges>(edges, "edges", edgeRules),
+                              .min_count = static_cast<std::size_t>(minCount),
+                              .missing = missingPolicy(policy)};
+  const auto size = static_cast<std::size_t>(window);
+  const auto along = [&](auto what) {
+    return map(x, w, {axis, out, progress}, [&](const Data& lane, const Data& wl, void* to) {
+      MovingOptions o = options;
+      o.weights = wl;
+      vexel::moving(lane, size, what, std::span(static_cast<double*>(to), lane.size()), o);
+      return lane.size();
+    });
+  };
+  if (PyCallable_Check(statistic.ptr()) != 0) {
+    // The lock is taken for each window.
+    return along(WindowStatistic([&](std::span<const double> values) {
+      const py::gil_scoped_acquire lock;
+      return statistic(toArray(values)).cast<double>();
+    }));
+  }
+  if (textOf(statistic) == "quantile") {
+    return along(Quantile{q.cast<double>()});
+  }
+  return along(choose<Statistic>(statistic, "statistic", statistics));
+}
+
+py::array filterOf(py::handle object, py::handle taps, bool recursive, py::handle initial,
+                   py::handle axis, py::handle out) {
+  Input x(object, "x");
+  Input none(py::none(), "weights");
+  Input t(taps, "taps");
+  Input i(initial, "initial");
+  const Data weights = t.vector();
+  const FilterOptions options{.recursive = recursive, .initial = i.vector()};
+  return map(x, none, {axis, out}, [&](const Data& lane, const Data&, void* to) {
+    vexel::filter(lane, weights, std::span(static_cast<double*>(to), lane.size()), options);
+    return lane.size();
+  });
+}
+
+std::vector<std::size_t> readLags(py::handle lags) {
+  Input given(lags, "lags");
+  const Data data = given.vector();
+  std::vector<std::size_t> result;
+  for (std::size_t i = 0; i < data.size(); ++i) {
+    const double lag = data[i];
+    if (!(lag >= 0 && lag < 0x1p53) || lag != static_cast<double>(static_cast<std::size_t>(lag))) {
+      throw py::value_error("lags: whole numbers from 0 are allowed, " + std::to_string(lag) +
+                            " came");
+    }
+    result.push_back(static_cast<std::size_t>(lag));
+  }
+  return result;
+}
+
+// A number means the lags from 0 to it.
+py::object autocorrelationOf(py::handle object, py::handle lags, py::handle policy, py::handle axis,
+                             py::handle out) {
+  Input x(object, "x");
+  Input none(py::none(), "weights");
+  std::vector<std::size_t> at = readLags(lags);
+  if (PyIndex_Check(lags.ptr()) && !py::isinstance<py::array>(lags)) {
+    const std::size_t last = at.at(0);
+    at.clear();
+    for (std::size_t k = 0; k <= last; ++k) {
+      at.push_back(k);
+    }
+  }
+  const AutocorrelationOptions options{.missing = missingPolicy(policy)};
+  const py::ssize_t leading[] = {static_cast<py::ssize_t>(at.size())};
+  return reduce(x, none, {axis, false, out, py::none()}, leading,
+                [&](const Data& lane, const Data&, double* result) {
+                  std::ranges::copy(vexel::autocorrelation(lane, at, options), result);
+                });
+}
+
+py::tuple pairOf(const TestResult& r) { return py::make_tuple(r.statistic, r.pvalue); }
+
+py::tuple shapiroOf(py::handle object, py::handle policy) {
+  Input x(object, "x");
+  return pairOf(vexel::shapiro(x.flat(), {.missing = missingPolicy(policy)}));
+}
+
+// cdf: a callable of one float.
+py::tuple ksTestOf(py::handle object, py::handle cdf, py::handle policy) {
+  Input x(object, "x");
+  const Data data = x.flat();
+  const Missing missing = missingPolicy(policy);
+  const Work work(Work::keepLock);
+  const auto function = [&](double t) { return cdf(py::float_(t)).cast<double>(); };
+  return pairOf(vexel::ks_test(data, function, {.missing = missing}));
+}
+
+py::tuple chiSquareTestOf(py::handle observed, py::handle expected, double ddof,
+                          py::handle policy) {
+  Input o(observed, "observed");
+  Input e(expected, "expected");
+  return pairOf(
+      vexel::chi_square_test(o.flat(), e.flat(), {.ddof = ddof, .missing = missingPolicy(policy)}));
+}
+
+py::tuple tTestOf(py::handle first, double mean, py::handle policy) {
+  Input x(first, "x");
+  const Data data = x.flat();
+  TestResult result{};
+  const TTestOptions options{.missing = missingPolicy(policy)};
+  {
+    const Work work(data.size());
+    result = vexel::t_test(data, mean, options);
+  }
+  return pairOf(result);
+}
+
+py::tuple tTestOfTwo(py::handle first, py::handle second, bool equalVar, py::handle policy) {
+  Input x(first, "x");
+  Input y(second, "y");
+  const Data a = x.flat();
+  const Data b = y.flat();
+  TestResult result{};
+  const TTestOptions options{.equal_var = equalVar, .missing = missingPolicy(policy)};
+  {
+    const Work work(a.size() + b.size());
+    result = vexel::t_test(a, b, options);
+  }
+  return pairOf(result);
+}
+
+}  // namespace
+
+void bindSeries(py::module_& m) {
+  m.def("moving", &movingOf);
+  m.def("filter", &filterOf);
+  m.def("autocorrelation", &autocorrelationOf);
+  m.def("shapiro", &shapiroOf);
+  m.def("ks_test", &ksTestOf);
+  m.def("chi_square_test", &chiSquareTestOf);
+  m.def("t_test", &tTestOf);
+  m.def("t_test_two", &tTestOfTwo);
+}
+
+}  // namespace vexel::python

@@ -1,0 +1,314 @@
+// Means, moments, deviations, quantiles, summaries, covariances.
+#include <vexel/descriptive.hpp>
+
+#include "bindings.hpp"
+#include "calls.hpp"
+#include "choices.hpp"
+
+namespace vexel::python {
+
+namespace {
+
+// The arguments that reductions share.
+struct Common {
+  py::handle weights;
+  py::handle policy;
+  py::handle axis;
+  bool keepdims;
+  py::handle out;
+};
+
+// One number from each lane: f(x, weights, missing).
+template <typename F>
+py::object reduction(py::handle object, const Common& c, F f) {
+  Input x(object, "x");
+  Input w(c.weights, "weights");
+  const Missing missing = missingPolicy(c.policy);
+  if (!c.keepdims && c.axis.is_none() && c.out.is_none() && x.dimensions() <= 1 &&
+      x.size() < 1000 && w.dimensions() <= 1) {
+    return py::float_(f(x.vector(), w.vector(), missing));
+  }
+  return reduce(
+      x, w, {c.axis, c.keepdims, c.out, py::none()}, {},
+      [&](const Data& lane, const Data& wl, double* result) { *result = f(lane, wl, missing); });
+}
+
+py::object meanOf(py::handle x, py::handle kind, py::handle weights, py::handle policy,
+                  py::handle axis, bool keepdims, py::handle out) {
+  static constexpr Choice<Mean> kinds[] = {{"arithmetic", Mean::arithmetic},
+                                           {"geometric", Mean::geometric},
+                                           {"harmonic", Mean::harmonic},
+                                           {"quadratic", Mean::quadratic}};
+  const Mean which = choose<Mean>(kind, "kind", kinds);
+  return reduction(x, {weights, policy, axis, keepdims, out},
+                   [=](const Data& d, const Data& w, Missing missing) {
+                     return vexel::mean(d, {.weights = w, .kind = which, .missing = missing});
+                   });
+}
+
+py::object trimmedMeanOf(py::handle x, double lower, double upper, bool winsorized,
+                         py::handle weights, py::handle policy, py::handle axis, bool keepdims,
+                         py::handle out) {
+  return reduction(x, {weights, policy, axis, keepdims, out},
+                   [=](const Data& d, const Data& w, Missing missing) {
+                     const auto f = winsorized ? vexel::winsorized_mean : vexel::trimmed_mean;
+                     return f(d, Cut(lower, upper), {.weights = w, .missing = missing});
+                   });
+}
+
+py::object momentOf(py::handle object, py::handle order, py::handle center, py::handle weights,
+                    py::handle policy, py::handle axis, bool keepdims, py::handle out) {
+  std::optional<double> about;
+  if (!center.is_none()) {
+    about = center.cast<double>();
+  }
+  if (PyIndex_Check(order.ptr()) && !py::isinstance<py::array>(order)) {
+    const int k = order.cast<int>();
+    return reduction(object, {weights, policy, axis, keepdims, out},
+                     [=](const Data& d, const Data& w, Missing missing) {
+                       return vexel::moment(d, k,
+                                            {.weights = w, .center = about, .missing = missing});
+                     });
+  }
+  const auto orders = order.cast<std::vector<int>>();
+  Input x(object, "x");
+  Input w(weights, "weights");
+  const Missing missing = missingPolicy(policy);
+  const py::ssize_t leading[] = {static_cast<py::ssize_t>(orders.size())};
+  return reduce(x, w, {axis, keepdims, out, py::none()}, leading,
+                [&](const Data& d, const Data& wl, double* result) {
+                  std::ranges::copy(
+                      vexel::moment(d, std::span<const int>(orders),
+                                    {.weights = wl, .center = about, .missing = missing}),
+                      result);
+                });
+}
+
+template <auto f>
+py::object varianceOf(py::handle x, double ddof, py::handle weights, py::handle policy,
+                      py::handle axis, bool keepdims, py::handle out) {
+  return reduction(x, {weights, policy, axis, keepdims, out},
+                   [=](const Data& d, const Data& w, Missing missing) {
+                     return f(d, {.weights = w, .ddof = ddof, .missing = missing});
+                   });
+}
+
+template <auto f>
+py::object shapeOf(py::handle x, bool bias, py::handle weights, py::handle policy, py::handle axis,
+                   bool keepdims, py::handle out) {
+  return reduction(x, {weights, policy, axis, keepdims, out},
+                   [=](const Data& d, const Data& w, Missing missing) {
+                     return f(d, {.weights = w, .bias = bias, .missing = missing});
+                   });
+}
+
+py::object meanDeviationOf(py::handle x, py::handle center, py::handle weights, py::handle policy,
+                           py::handle axis, bool keepdims, py::handle out) {
+  static constexpr Choice<Center> centers[] = {{"mean", Center::mean}, {"median", Center::median}};
+  const Center about = choose<Center>(center, "center", centers);
+  return reduction(x, {weights, policy, axis, keepdims, out},
+                   [=](const Data& d, const Data& w, Missing missing) {
+                     return vexel::mean_absolute_deviation(
+                         d, {.weights = w, .center = about, .missing = missing});
+                   });
+}
+
+py::object medianDeviationOf(py::handle x, double scale, py::handle weights, py::handle policy,
+                             py::handle axis, bool keepdims, py::handle out) {
+  return reduction(x, {weights, policy, axis, keepdims, out},
+                   [=](const Data& d, const Data& w, Missing missing) {
+                     return vexel::median_absolute_deviation(
+                         d, {.weights = w, .scale = scale, .missing = missing});
+                   });
+}
+
+py::object quantileOf(py::handle object, py::handle probabilities, py::handle method,
+                      py::handle weights, py::handle policy, py::handle axis, bool keepdims,
+                      py::handle out, py::handle progress) {
+  const auto definition = choose<QuantileMethod>(method, "method", quantileMethods);
+  Input q(probabilities, "q");
+  if (!q.given()) {
+    throw py::type_error("q: a probability or an array of them is expected, None came");
+  }
+  const Data at = q.flat();
+  Input x(object, "x");
+  Input w(weights, "weights");
+  const Missing missing = missingPolicy(policy);
+  if (q.isNumber()) {
+    const double p = q.number();
+    return reduce(x, w, {axis, keepdims, out, progress}, {},
+                  [&](const Data& d, const Data& wl, double* result) {
+                    *result = vexel::quantile(
+                        d, p, {.weights = wl, .method = definition, .missing = missing});
+                  });
+  }
+  return reduce(
+      x, w, {axis, keepdims, out, progress}, q.shape(),
+      [&](const Data& d, const Data& wl, double* result) {
+        std::ranges::copy(
+            vexel::quantile(d, at, {.weights = wl, .method = definition, .missing = missing}),
+            result);
+      });
+}
+
+py::object medianOf(py::handle x, py::handle weights, py::handle policy, py::handle axis,
+                    bool keepdims, py::handle out) {
+  return reduction(x, {weights, policy, axis, keepdims, out},
+                   [](const Data& d, const Data& w, Missing missing) {
+                     return vexel::median(d, {.weights = w, .missing = missing});
+                   });
+}
+
+py::object iqrOf(py::handle x, py::handle method, py::handle weights, py::handle policy,
+                 py::handle axis, bool keepdims, py::handle out) {
+  const auto definition = choose<QuantileMethod>(method, "method", quantileMethods);
+  return reduction(x, {weights, policy, axis, keepdims, out},
+                   [=](const Data& d, const Data& w, Missing missing) {
+                     return vexel::iqr(d, {.weights = w, .method = definition, .missing = missing});
+                   });
+}
+
+py::object orderStatisticOf(py::handle object, py::handle k, py::handle weights, py::handle policy,
+                            py::handle axis, bool keepdims, py::handle out) {
+  if (PyIndex_Check(k.ptr()) && !py::isinstance<py::array>(k)) {
+    const auto which = k.cast<std::int64_t>();
+    return reduction(object, {weights, policy, axis, keepdims, out},
+                     [=](const Data& d, const Data& w, Missing missing) {
+                       return vexel::order_statistic(d, which, {.weights = w, .missing = missing});
+                     });
+  }
+  const auto ranks = k.cast<std::vector<std::int64_t>>();
+  Input x(object, "x");
+  Input w(weights, "weights");
+  const Missing missing = missingPolicy(policy);
+  const py::ssize_t leading[] = {static_cast<py::ssize_t>(ranks.size())};
+  return reduce(x, w, {axis, keepdims, out, py::none()}, leading,
+                [&](const Data& d, const Data& wl, double* result) {
+                  std::ranges::copy(vexel::order_statistic(d, std::span<const std::int64_t>(ranks),
+                                                           {.weights = wl, .missing = missing}),
+                                    result);
+                });
+}
+
+// The five numbers in a leading axis.
+py::object fiveNumberOf(py::handle object, py::handle weights, py::handle policy, py::handle axis) {
+  Input x(object, "x");
+  Input w(weights, "weights");
+  const Missing missing = missingPolicy(policy);
+  const py::ssize_t leading[] = {5};
+  return reduce(x, w, {axis, false, py::none(), py::none()}, leading,
+                [&](const Data& d, const Data& wl, double* result) {
+                  const FiveNumber f = vexel::five_number(d, {.weights = wl, .missing = missing});
+                  result[0] = f.min;
+                  result[1] = f.lower_hinge;
+                  result[2] = f.median;
+                  result[3] = f.upper_hinge;
+                  result[4] = f.max;
+                });
+}
+
+// The eleven fields in a leading axis.
+py::object describeOf(py::handle object, py::handle weights, py::handle policy, py::handle axis) {
+  Input x(object, "x");
+  Input w(weights, "weights");
+  const Missing missing = missingPolicy(policy);
+  const py::ssize_t leading[] = {11};
+  return reduce(x, w, {axis, false, py::none(), py::none()}, leading,
+                [&](const Data& lane, const Data& wl, double* result) {
+                  const Description d = vexel::describe(lane, {.weights = wl, .missing = missing});
+                  const double fields[] = {d.count,   static_cast<double>(d.missing),
+                                           d.mean,    d.std,
+                                           d.min,     d.q1,
+                                           d.median,  d.q3,
+                                           d.max,     d.skewness,
+                                           d.kurtosis};
+                  std::ranges::copy(fields, result);
+                });
+}
+
+// f(columns) for the columns of a matrix.
+template <typename F>
+py::array ofColumns(const Input& x, F f) {
+  if (x.dimensions() != 2) {
+    throw py::value_error(
+        "x: without y, a matrix with a variable in each column is allowed; an "
+        "array of shape " +
+        shapeText(x.shape()) + " came");
+  }
+  std::vector<Data> columns;
+  for (py::ssize_t k = 0; k < x.shape()[1]; ++k) {
+    columns.push_back(x.lane(0, k * x.byteStride(1)));
+  }
+  SquareMatrix result;
+  {
+    const Work work(x.size());
+    result = f(std::span<const Data>(columns));
+  }
+  const auto size = static_cast<py::ssize_t>(result.size);
+  return adopt(std::move(result.values)).reshape({size, size});
+}
+
+// One number from two vectors, or the matrix of a matrix' columns.
+template <typename F, typename G>
+py::object ofPairs(py::handle first, py::handle second, F ofTwo, G ofMany) {
+  Input x(first, "x");
+  Input y(second, "y");
+  if (!y.given()) {
+    return ofColumns(x, ofMany);
+  }
+  const Data a = x.vector();
+  const Data b = y.vector();
+  double result = 0;
+  {
+    const Work work(a.size());
+    result = ofTwo(a, b);
+  }
+  return py::float_(result);
+}
+
+py::object covOf(py::handle x, py::handle y, double ddof, py::handle weights, py::handle policy) {
+  Input w(weights, "weights");
+  const CovarianceOptions options{
+      .weights = w.vector(), .ddof = ddof, .missing = missingPolicy(policy)};
+  return ofPairs(
+      x, y, [&](const Data& a, const Data& b) { return vexel::cov(a, b, options); },
+      [&](std::span<const Data> columns) { return vexel::cov(columns, options); });
+}
+
+py::object corrOf(py::handle x, py::handle y, py::handle method, py::handle weights,
+                  py::handle policy) {
+  static constexpr Choice<Correlation> methods[] = {{"pearson", Correlation::pearson},
+                                                    {"spearman", Correlation::spearman},
+                                                    {"kendall", Correlation::kendall}};
+  Input w(weights, "weights");
+  const CorrelationOptions options{.weights = w.vector(),
+                                   .method = choose<Correlation>(method, "method", methods),
+                                   .missing = missingPolicy(policy)};
+  return ofPairs(
+      x, y, [&](const Data& a, const Data& b) { return vexel::corr(a, b, options); },
+      [&](std::span<const Data> columns) { return vexel::corr(columns, options); });
+}
+
+}  // namespace
+
+void bindStatistics(py::module_& m) {
+  m.def("mean", &meanOf);
+  m.def("trimmed_mean", &trimmedMeanOf);
+  m.def("moment", &momentOf);
+  m.def("var", &varianceOf<&vexel::var>);
+  m.def("std", &varianceOf<&vexel::std>);
+  m.def("skewness", &shapeOf<&vexel::skewness>);
+  m.def("kurtosis", &shapeOf<&vexel::kurtosis>);
+  m.def("mean_absolute_deviation", &meanDeviationOf);
+  m.def("median_absolute_deviation", &medianDeviationOf);
+  m.def("quantile", &quantileOf);
+  m.def("median", &medianOf);
+  m.def("iqr", &iqrOf);
+  m.def("order_statistic", &orderStatisticOf);
+  m.def("five_number", &fiveNumberOf);
+  m.def("describe", &describeOf);
+  m.def("cov", &covOf);
+  m.def("corr", &corrOf);
+}
+
+}  // namespace vexel::python

@@ -1,0 +1,309 @@
+"""Order and counts."""
+
+from __future__ import annotations
+
+from typing import TYPE_CHECKING, Any
+
+import numpy as np
+
+from . import _core
+from ._progress import reporter
+from ._results import FrequencyTable, HistogramResult, TallyResult
+from ._statistics import _ends
+
+if TYPE_CHECKING:
+    from ._types import Array, ArrayLike, Axis, Cut, Doubles, NanPolicy, Progress
+
+
+def _elements(x: Any) -> Any:
+    """Data whose own type the result has: lists of whole numbers are not made floats."""
+    return np.asarray(x) if type(x) in (list, tuple) else x
+
+
+def _is_exact(x: Any) -> bool:
+    """Objects that are more than doubles: fractions, decimals, big integers, SymPy's numbers."""
+    return isinstance(x, np.ndarray) and x.dtype == object and x.ndim == 1
+
+
+def sort(x: ArrayLike, *, axis: Axis = -1, nan_policy: NanPolicy = "propagate",
+         out: Array | None = None, progress: Progress = None) -> Array:
+    """Sorted data, ascending, NaN last.
+
+    Parameters
+    ----------
+    x : array_like
+        Data.  The element type stays; an array of `Fraction`, `Decimal`, big integers or SymPy
+        numbers is compared exactly.
+    axis : int, optional
+        Along which; None: all values as one dimension.
+    nan_policy : {"propagate", "omit", "raise"}
+        propagate: missing values last; omit: one-dimensional data without them.
+    out : ndarray, optional
+        Where to put the result.
+    progress : callable or bool, optional
+        As in `quantile`.
+
+    Examples
+    --------
+    >>> vx.sort([3, 1, 2])
+    array([1, 2, 3])
+    >>> vx.sort([2.5, float("nan"), 1])
+    array([1. , 2.5, nan])
+    >>> from fractions import Fraction
+    >>> vx.sort([Fraction(1, 2), Fraction(1, 3)])
+    array([Fraction(1, 3), Fraction(1, 2)], dtype=object)
+    """
+    x = _elements(x)
+    if _is_exact(x):
+        from ._exact import exact_sort
+
+        return exact_sort(x, nan_policy)
+    return _core.sort(x, axis, nan_policy, out, reporter(progress))
+
+
+def argsort(x: ArrayLike, *, axis: Axis = -1, nan_policy: NanPolicy = "propagate",
+            out: Array | None = None, progress: Progress = None) -> Array:
+    """The positions that sort the data: stable, NaN last.
+
+    Parameters
+    ----------
+    x : array_like
+        Data.
+    axis, nan_policy, progress
+        As in `sort`.
+    out : ndarray of int64, optional
+        Where to put the result.
+
+    Examples
+    --------
+    >>> vx.argsort([30, 10, 20])
+    array([1, 2, 0])
+    """
+    x = _elements(x)
+    if _is_exact(x):
+        from ._exact import exact_argsort
+
+        return exact_argsort(x, nan_policy)
+    return _core.argsort(x, axis, nan_policy, out, reporter(progress))
+
+
+def rank(x: ArrayLike, *, method: str = "average", axis: Axis = -1,
+         nan_policy: NanPolicy = "propagate", out: Array | None = None,
+         progress: Progress = None) -> Doubles:
+    """Ranks from 1.
+
+    Parameters
+    ----------
+    x : array_like
+        Data; exact numbers are compared exactly, as in `sort`.
+    method : {"average", "min", "max", "dense", "ordinal"}
+        What equal values share; ordinal counts them in their order.
+    axis, progress
+        As in `sort`.
+    nan_policy : {"propagate", "omit", "raise"}
+        Missing values keep their place and have no rank (NaN), or are refused.
+    out : ndarray of float64, optional
+        Where to put the result.
+
+    Examples
+    --------
+    >>> vx.rank([10, 30, 10])
+    array([1.5, 3. , 1.5])
+    """
+    x = _elements(x)
+    if _is_exact(x):
+        from ._exact import exact_rank
+
+        return exact_rank(x, method, nan_policy)
+    return _core.rank(x, method, axis, nan_policy, out, reporter(progress))
+
+
+def tally(x: ArrayLike, *, weights: ArrayLike | None = None,
+          nan_policy: NanPolicy = "propagate") -> TallyResult:
+    """Distinct values, ascending, and how often they occur.
+
+    Parameters
+    ----------
+    x : array_like
+        Data; the element type stays, exact numbers are compared exactly.
+    weights : array_like, optional
+        What each value counts.
+    nan_policy : {"propagate", "omit", "raise"}
+        Missing values are left out and counted in `missing`, or refused.
+
+    Returns
+    -------
+    TallyResult
+        values, counts; prints as a table, `plot()` draws it.
+
+    Examples
+    --------
+    >>> values, counts = vx.tally([3, 1, 3])
+    >>> values, counts
+    (array([1, 3]), array([1., 2.]))
+    """
+    x = _elements(x)
+    if _is_exact(x):
+        from ._exact import exact_tally
+
+        return exact_tally(x, weights, nan_policy)
+    return TallyResult(*_core.tally(x, weights, nan_policy))
+
+
+def mode(x: ArrayLike, *, weights: ArrayLike | None = None, nan_policy: NanPolicy = "propagate",
+         axis: Axis = None, keepdims: bool = False) -> Any:
+    """The most frequent value, the smallest of several.
+
+    Parameters
+    ----------
+    x : array_like
+        Data.
+    weights, nan_policy, axis, keepdims
+        As in `mean`.
+
+    Examples
+    --------
+    >>> vx.mode([3, 1, 3, 1])
+    1.0
+    """
+    return _core.mode(x, weights, nan_policy, axis, keepdims)
+
+
+def histogram(x: ArrayLike, bins: int | str | ArrayLike = "auto", *,
+              range: tuple[float, float] | None = None, density: bool = False,
+              weights: ArrayLike | None = None,
+              nan_policy: NanPolicy = "propagate") -> HistogramResult:
+    """Counts in bins.
+
+    Parameters
+    ----------
+    x : array_like
+        Data, of any shape.
+    bins : int, str or array_like
+        A number of equal bins, their edges, or a rule: "auto", "fd", "scott", "sturges".  Bin i
+        is [edges[i], edges[i+1]), the last one closed.
+    range : pair of float, optional
+        Of equal bins; the data's extremes where it is left out.
+    density : bool
+        Counts over (total in the bins × width).
+    weights : array_like, optional
+        What each value counts.
+    nan_policy : {"propagate", "omit", "raise"}
+        Missing values are left out and counted in `missing`, or refused.
+
+    Returns
+    -------
+    HistogramResult
+        counts, edges; prints as a table, `plot()` draws it.
+
+    Examples
+    --------
+    >>> counts, edges = vx.histogram([1, 2, 2, 4], 3)
+    >>> counts, edges
+    (array([1., 2., 1.]), array([1., 2., 3., 4.]))
+    """
+    return HistogramResult(*_core.histogram(x, bins, range, density, weights, nan_policy))
+
+
+def frequency_table(x: ArrayLike, bins: int | str | ArrayLike = "auto", *,
+                    range: tuple[float, float] | None = None, weights: ArrayLike | None = None,
+                    nan_policy: NanPolicy = "propagate") -> FrequencyTable:
+    """Counts in bins with their shares of the total and the cumulative shares.
+
+    Parameters
+    ----------
+    x, bins, range, weights, nan_policy
+        As in `histogram`.
+
+    Returns
+    -------
+    FrequencyTable
+        lower, upper, count, relative, cumulative; prints as a table.
+
+    Examples
+    --------
+    >>> print(vx.frequency_table([1, 2, 2, 4], [1, 2, 4]))
+    lower  upper  count  relative  cumulative
+        1      2      1      0.25        0.25
+        2      4      3      0.75           1
+    """
+    return FrequencyTable(*_core.frequency_table(x, bins, range, weights, nan_policy))
+
+
+def cumulative(x: ArrayLike, *, kind: str = "sum", weights: ArrayLike | None = None,
+               nan_policy: NanPolicy = "propagate", axis: Axis = -1,
+               out: Array | None = None) -> Doubles:
+    """Running sums, products, minima or maxima.
+
+    Parameters
+    ----------
+    x : array_like
+        Data.
+    kind : {"sum", "product", "min", "max"}
+        Sums carry twice the working precision.
+    weights : array_like, optional
+        Then Σwx, Πx^w.
+    nan_policy : {"propagate", "omit", "raise"}
+        propagate: NaN from a missing value on; omit: as if it was not there.
+    axis : int, optional
+        Along which; None: all values as one dimension.
+    out : ndarray of float64, optional
+        Where to put the result.
+
+    Examples
+    --------
+    >>> vx.cumulative([1, 2, 3])
+    array([1., 3., 6.])
+    >>> vx.cumulative([2, 1, 3], kind="max")
+    array([2., 2., 3.])
+    """
+    return _core.cumulative(x, kind, weights, nan_policy, axis, out)
+
+
+def trim(x: ArrayLike, cut: Cut, *, weights: ArrayLike | None = None,
+         nan_policy: NanPolicy = "propagate") -> Array:
+    """The data without the smallest and largest values, in their order.
+
+    Parameters
+    ----------
+    x : array_like
+        Data; the element type stays.
+    cut : float or pair of float
+        The fraction to leave out at each end, or below and above: floor(cut n) values.
+    weights : array_like, optional
+        Frequencies.
+    nan_policy : {"propagate", "omit", "raise"}
+        propagate: missing values stay; omit: they go.
+
+    Examples
+    --------
+    >>> vx.trim([5, 1, 3, 2, 9], 0.2)
+    array([5, 3, 2])
+    """
+    low, high = _ends(cut)
+    return _core.trim(_elements(x), low, high, weights, nan_policy)
+
+
+def winsorize(x: ArrayLike, cut: Cut, *, weights: ArrayLike | None = None,
+              nan_policy: NanPolicy = "propagate", axis: Axis = -1,
+              out: Array | None = None) -> Array:
+    """The data with the smallest and largest values set to the nearest ones that stay.
+
+    Parameters
+    ----------
+    x, cut, weights
+        As in `trim`; positions and element type stay.
+    nan_policy : {"propagate", "omit", "raise"}
+        Missing values keep their place, or are refused.
+    axis : int, optional
+        Along which; None: all values as one dimension.
+    out : ndarray, optional
+        Where to put the result.
+
+    Examples
+    --------
+    >>> vx.winsorize([5, 1, 3, 2, 9], 0.2)
+    array([5, 2, 3, 2, 5])
+    """
+    low, high = _ends(cut)
+    return _core.winsorize(_elements(x), low, high, weights, nan_policy, axis, out)

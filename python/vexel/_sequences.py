@@ -1,0 +1,167 @@
+"""Quasi-random points."""
+
+from __future__ import annotations
+
+from typing import TYPE_CHECKING, Any
+
+from . import _core
+from ._random import Random
+
+if TYPE_CHECKING:
+    from ._types import Array, Doubles, Rng
+
+
+class _Sequence:
+    """What the sequences have in common."""
+
+    __slots__ = ("__weakref__", "_arguments", "_sequence", "_state")
+    _make: Any
+
+    def __init__(self, d: int, scramble: bool | str, rng: Rng, start: int, *more: Any) -> None:
+        # Kept as it is before the keys are drawn: it makes the same sequence again.
+        stream = rng if isinstance(rng, Random) else Random(rng)
+        self._state = stream.to_bytes() if scramble else b""
+        self._arguments = (d, scramble, start, *more)
+        self._sequence = type(self)._make(d, scramble, stream, start, *more)
+
+    def points(self, n: int, *, out: Array | None = None) -> Doubles:
+        """The next n points, n by d; `out` may have any strides."""
+        return self._sequence.points(n, out)
+
+    def skip(self, n: int) -> None:
+        """Moves on by n points, in constant time."""
+        self._sequence.skip(n)
+
+    @property
+    def index(self) -> int:
+        """The index of the next point."""
+        return self._sequence.index()
+
+    @property
+    def d(self) -> int:
+        """The dimension."""
+        return self._sequence.dimension()
+
+    def reset(self) -> Any:
+        """Back to the first point."""
+        self._sequence.reset()
+        return self
+
+    # As engines of quasi-Monte-Carlo are used in SciPy.
+
+    def random(self, n: int = 1) -> Doubles:
+        """`points` by SciPy's name."""
+        return self._sequence.points(n, None)
+
+    def fast_forward(self, n: int) -> Any:
+        """`skip` by SciPy's name."""
+        self._sequence.skip(n)
+        return self
+
+    def __reduce__(self) -> Any:
+        return _restored, (type(self), self._arguments, self._state, self.index)
+
+    def __repr__(self) -> str:
+        scramble = f", scramble={self._arguments[1]!r}" if self._arguments[1] else ""
+        return f"<{type(self).__name__}({self.d}{scramble}) at index {self.index}>"
+
+
+def _restored(kind: Any, arguments: tuple[Any, ...], state: bytes, index: int) -> Any:
+    d, scramble, start, *more = arguments
+    self = kind.__new__(kind)
+    _Sequence.__init__(self, d, scramble, Random.from_bytes(state) if state else 0, start, *more)
+    self.skip(index - start)
+    return self
+
+
+class Sobol(_Sequence):
+    """Sobol's sequence (1967), in the Gray-code order of Antonov and Saleev (1979).
+
+    Parameters
+    ----------
+    d : int
+        Dimension, 1 to 1111.
+    scramble : bool or str
+        True or "owen": nested uniform scrambling (Owen 1995); "shift": one digital shift.  Every
+        point is uniform then, and nets stay nets.
+    rng : Random, int or None
+        What the scrambling is drawn from.
+    start : int
+        The index of the first point; index 0 is the origin.  Leaving it out destroys the net.
+    bits : int
+        Of an index, 1 to 62: there are 2^bits points.
+    directions : sequence, optional
+        The caller's: for each dimension the degree of a primitive polynomial, its inner
+        coefficients as a number, and its first direction integers.
+
+    Examples
+    --------
+    >>> vx.Sobol(2).points(4)
+    array([[0.  , 0.  ],
+           [0.5 , 0.5 ],
+           [0.75, 0.25],
+           [0.25, 0.75]])
+    """
+
+    __slots__ = ()
+    _make = staticmethod(_core.sobol)
+
+    def __init__(self, d: int, *, scramble: bool | str = False, rng: Rng = None, start: int = 0,
+                 bits: int = 62, directions: Any = None) -> None:
+        super().__init__(d, scramble, rng, start, bits, directions)
+
+    def random_base2(self, m: int) -> Doubles:
+        """The next 2^m points, by SciPy's name."""
+        return self.points(1 << m)
+
+
+class Halton(_Sequence):
+    """Halton's sequence (1960): coordinate j is the radical inverse of the index in the j-th prime.
+
+    Parameters
+    ----------
+    d : int
+        Dimension.  In many dimensions the plain sequence needs very many points: scramble it.
+    scramble, rng, start
+        As in `Sobol`.
+
+    Examples
+    --------
+    >>> vx.Halton(2).points(3)
+    array([[0.        , 0.        ],
+           [0.5       , 0.33333333],
+           [0.25      , 0.66666667]])
+    """
+
+    __slots__ = ()
+    _make = staticmethod(_core.halton)
+
+    def __init__(self, d: int, *, scramble: bool | str = False, rng: Rng = None,
+                 start: int = 0) -> None:
+        super().__init__(d, scramble, rng, start)
+
+
+class Faure(_Sequence):
+    """Faure's sequence (1982), in the smallest prime base not below the dimension.
+
+    Parameters
+    ----------
+    d : int
+        Dimension.
+    scramble, rng, start
+        As in `Sobol`.
+
+    Examples
+    --------
+    >>> vx.Faure(2).points(3)
+    array([[0.  , 0.  ],
+           [0.5 , 0.5 ],
+           [0.25, 0.75]])
+    """
+
+    __slots__ = ()
+    _make = staticmethod(_core.faure)
+
+    def __init__(self, d: int, *, scramble: bool | str = False, rng: Rng = None,
+                 start: int = 0) -> None:
+        super().__init__(d, scramble, rng, start)

@@ -1,0 +1,376 @@
+"""Series, kernel densities and hypothesis tests."""
+
+from __future__ import annotations
+
+from typing import TYPE_CHECKING, Any
+
+import numpy as np
+
+from . import _core
+from ._distributions import Distribution, Normal
+from ._progress import reporter
+from ._results import NormalPlot, TestResult
+
+if TYPE_CHECKING:
+    from collections.abc import Callable
+
+    from ._types import Array, ArrayLike, Axis, Doubles, NanPolicy, Progress, Rng, Size
+
+
+class MovingResult(np.ndarray):  # type: ignore[type-arg]
+    """The array that `moving` returns, which can draw itself; what is computed from it is plain."""
+
+    def __array_wrap__(self, array: Any, context: Any = None, return_scalar: bool = False) -> Any:
+        array = np.asarray(array)
+        return array[()] if return_scalar or array.ndim == 0 else array
+
+    def __reduce__(self) -> Any:
+        return np.array, (np.array(self),)
+
+    def plot(self, ax: Any = None, **style: Any) -> Any:
+        """The values over their positions; returns the axes."""
+        from ._plot import axes
+
+        ax = axes(ax)
+        ax.plot(np.asarray(self), **style)
+        return ax
+
+
+def moving(x: ArrayLike, window: int, statistic: str | Callable[[Doubles], float] = "mean", *,
+           q: float = 0.5, min_count: int | None = None, edges: str = "shrink",
+           align: str = "center", weights: ArrayLike | None = None,
+           nan_policy: NanPolicy = "propagate", axis: Axis = -1, out: Array | None = None,
+           progress: Progress = None) -> Doubles:
+    """A statistic of each window of a series.
+
+    Parameters
+    ----------
+    x : array_like
+        The series.
+    window : int
+        Elements of a window.
+    statistic : str or callable
+        "mean", "median", "std", "var", "min", "max", "sum", "skewness", "kurtosis", "iqr",
+        "quantile" (of `q`), or a callable of the present values of a window.  std and var have
+        ddof 1.
+    q : float
+        The probability of "quantile".
+    min_count : int, optional
+        A window with fewer present values gives NaN; 1 where it is left out.
+    edges : {"shrink", "nan", "reflect", "nearest"}
+        What windows see beyond the ends: nothing, nothing (their result is NaN), the series
+        mirrored (d c b a | a b c d), or the end element all the way.
+    align : {"center", "right", "left"}
+        Where the window of an element lies: around it (an even one has its extra element on the
+        left), up to it, or from it on.
+    weights : array_like, optional
+        Of the elements.
+    nan_policy : {"propagate", "omit", "raise"}
+        propagate: windows that hold a missing value give NaN.
+    axis : int, optional
+        The time axis; None: all values as one dimension.
+    out : ndarray of float64, optional
+        Where to put the result.
+    progress : callable or bool, optional
+        As in `quantile`.
+
+    Returns
+    -------
+    ndarray
+        With the time axis of `x`; `plot()` draws it.
+
+    Examples
+    --------
+    >>> vx.moving([1, 2, 6, 4], 3).tolist()
+    [1.5, 3.0, 4.0, 5.0]
+    >>> vx.moving([1, 2, 6, 4], 2, "max", align="right").tolist()
+    [1.0, 2.0, 6.0, 6.0]
+    """
+    result = _core.moving(x, window, statistic, q, 1 if min_count is None else min_count, align,
+                          edges, weights, nan_policy, axis, out, reporter(progress))
+    return result.view(MovingResult) if out is None and result.ndim == 1 else result
+
+
+def filter(x: ArrayLike, taps: ArrayLike, *, recursive: bool = False,
+           initial: ArrayLike | None = None, axis: Axis = -1, out: Array | None = None) -> Doubles:
+    """Linear filter: y[i] = Σ taps[k] x[i-k]; recursive: y[i] = x[i] + Σ taps[k] y[i-1-k].
+
+    Parameters
+    ----------
+    x : array_like
+        The series.
+    taps : array_like
+        Coefficients.
+    recursive : bool
+        Feed the output back.
+    initial : array_like, optional
+        What lies before the start, latest first: earlier x, or (recursive) earlier y.  0 where it
+        is left out.
+    axis, out
+        As in `moving`.
+
+    Examples
+    --------
+    >>> vx.filter([1, 2, 3], [0.5, 0.5])
+    array([0.5, 1.5, 2.5])
+    >>> vx.filter([1, 0, 0], [0.5], recursive=True)
+    array([1.  , 0.5 , 0.25])
+    """
+    return _core.filter(x, taps, recursive, initial, axis, out)
+
+
+def autocorrelation(x: ArrayLike, lags: int | ArrayLike, *, nan_policy: NanPolicy = "propagate",
+                    axis: Axis = None, out: Array | None = None) -> Doubles:
+    """Autocorrelations r[k] = c[k]/c[0], c[k] = Σ (x[i] - mean)(x[i+k] - mean) / n.
+
+    Parameters
+    ----------
+    x : array_like
+        The series.
+    lags : int or list of int
+        The last of the lags from 0 on, or the lags.
+    nan_policy : {"propagate", "omit", "raise"}
+        omit: products with a missing factor count nothing.
+    axis : int, optional
+        The time axis; lags stand in the leading one.
+    out : ndarray of float64, optional
+        Where to put the result.
+
+    Examples
+    --------
+    >>> vx.autocorrelation([1, 2, 3, 4], 1)
+    array([1.  , 0.25])
+    """
+    return _core.autocorrelation(x, lags, nan_policy, axis, out)
+
+
+class KernelDensity:
+    """A kernel density, made by `kde`.
+
+    Attributes
+    ----------
+    x, y : ndarray
+        The density at equally spaced points.
+    bandwidth : float
+        The standard deviation of the kernel.
+    """
+
+    __slots__ = ("_args", "_density", "x", "y")
+
+    def __init__(self, *args: Any) -> None:
+        self._args = args
+        self._density = _core.KernelDensity(*args)
+        self.x, self.y = self._density.grid()
+
+    @property
+    def bandwidth(self) -> float:
+        return self._density.bandwidth()
+
+    def __call__(self, t: ArrayLike, *, out: Array | None = None) -> Any:
+        """The density at t: the direct sum, whatever the grid."""
+        return self._density.pdf(t, out)
+
+    def cdf(self, t: ArrayLike, *, out: Array | None = None) -> Any:
+        """The distribution function at t."""
+        return self._density.cdf(t, out)
+
+    def sample(self, n: Size = None, rng: Rng = None) -> Any:
+        """Exact variates: a point of the data plus a variate of the kernel."""
+        return self._density.sample(n, rng)
+
+    def plot(self, ax: Any = None, **style: Any) -> Any:
+        """The curve; returns the axes."""
+        from ._plot import axes
+
+        ax = axes(ax)
+        ax.plot(self.x, self.y, **style)
+        ax.set(xlabel="x", ylabel="density", ylim=(0, None))
+        return ax
+
+    def __reduce__(self) -> Any:
+        return KernelDensity, self._args
+
+    def __repr__(self) -> str:
+        return (f"<KernelDensity of {np.size(self._args[0])} values, bandwidth {self.bandwidth:.6g}, "
+                f"{self._args[2]}, {len(self.x)} points>")
+
+
+def kde(x: ArrayLike, *, bandwidth: float | str = "silverman", kernel: str = "gaussian",
+        points: int = 512, bounds: tuple[float, float] | None = None,
+        weights: ArrayLike | None = None, nan_policy: NanPolicy = "propagate") -> KernelDensity:
+    """Kernel density.
+
+    Parameters
+    ----------
+    x : array_like
+        Data.
+    bandwidth : float or {"silverman", "scott"}
+        The kernel's standard deviation; silverman: 0.9 min(sd, IQR/1.34) n^(-1/5) (Silverman
+        1986, Density Estimation), scott: 1.06 in place of 0.9.
+    kernel : {"gaussian", "epanechnikov", "rectangular", "triangular", "biweight"}
+        Each of standard deviation `bandwidth`.
+    points : int
+        Of the grid.
+    bounds : pair of float, optional
+        Of the grid; three bandwidths beyond the data where they are left out.
+    weights : array_like, optional
+        Frequencies.
+    nan_policy : {"propagate", "omit", "raise"}
+        What a missing value does.
+
+    Returns
+    -------
+    KernelDensity
+        With `x`, `y`, `bandwidth`, a call for the density at any point, `cdf`, `sample`, `plot`.
+
+    Examples
+    --------
+    >>> d = vx.kde([1, 2, 4], bandwidth=1)
+    >>> round(d(2.0), 6)
+    0.231635
+    >>> d.x.shape, d.y.shape
+    ((512,), (512,))
+    """
+    return KernelDensity(x, bandwidth, kernel, points, bounds, weights, nan_policy)
+
+
+def shapiro(x: ArrayLike, *, nan_policy: NanPolicy = "propagate") -> TestResult:
+    """Shapiro and Wilk's test of normality.
+
+    Parameters
+    ----------
+    x : array_like
+        3 to 5000 values (Royston 1995, algorithm R94).
+    nan_policy : {"propagate", "omit", "raise"}
+        What a missing value does.
+
+    Returns
+    -------
+    TestResult
+        statistic (W), pvalue.
+
+    Examples
+    --------
+    >>> statistic, pvalue = vx.shapiro([1, 2, 3, 4, 5, 20])
+    >>> pvalue < 0.01
+    True
+    """
+    return TestResult(*_core.shapiro(x, nan_policy))
+
+
+def ks_test(x: ArrayLike, distribution: Distribution | Callable[[float], float], *,
+            nan_policy: NanPolicy = "propagate") -> TestResult:
+    """Kolmogorov and Smirnov's test, two-sided.
+
+    Parameters
+    ----------
+    x : array_like
+        Data.
+    distribution : distribution or callable
+        Any object with a method `cdf`, or a distribution function of one float.
+    nan_policy : {"propagate", "omit", "raise"}
+        What a missing value does.
+
+    Returns
+    -------
+    TestResult
+        statistic (the largest distance), pvalue.
+
+    Examples
+    --------
+    >>> vx.ks_test([0.25, 0.5, 0.75], vx.Uniform()).statistic
+    0.25
+    """
+    if isinstance(distribution, Distribution):
+        return TestResult(*_core.ks_test_law(x, distribution._law, nan_policy))
+    cdf = getattr(distribution, "cdf", distribution)
+    if not callable(cdf):
+        raise TypeError(f"distribution: an object with cdf or a callable is expected, {distribution!r} came")
+    return TestResult(*_core.ks_test(x, cdf, nan_policy))
+
+
+def chi_square_test(observed: ArrayLike, expected: ArrayLike | None = None, *, ddof: float = 0,
+                    nan_policy: NanPolicy = "propagate") -> TestResult:
+    """Pearson's chi-square test of counts.
+
+    Parameters
+    ----------
+    observed : array_like
+        Counts.
+    expected : array_like, optional
+        All cells equally likely where it is left out.
+    ddof : float
+        Parameters estimated from the data; degrees of freedom are cells - 1 - ddof.
+    nan_policy : {"propagate", "omit", "raise"}
+        What a missing value does.
+
+    Returns
+    -------
+    TestResult
+        statistic, pvalue.
+
+    Examples
+    --------
+    >>> vx.chi_square_test([10, 30]).statistic
+    10.0
+    """
+    return TestResult(*_core.chi_square_test(observed, expected, ddof, nan_policy))
+
+
+def t_test(x: ArrayLike, y: ArrayLike | None = None, *, mean: float = 0, equal_var: bool = False,
+           nan_policy: NanPolicy = "propagate") -> TestResult:
+    """Student's t-test, two-sided: of one sample against a mean, of two against each other.
+
+    Parameters
+    ----------
+    x : array_like
+        A sample.
+    y : array_like, optional
+        Another one; a single number is a `mean`.
+    mean : float
+        What the mean of one sample is tested against.
+    equal_var : bool
+        Two samples: False is Welch's test.
+    nan_policy : {"propagate", "omit", "raise"}
+        What a missing value does.
+
+    Returns
+    -------
+    TestResult
+        statistic, pvalue.
+
+    Examples
+    --------
+    >>> vx.t_test([1, 2, 3], mean=2)
+    TestResult(statistic=0.0, pvalue=1.0)
+    """
+    if y is None or isinstance(y, (int, float)):
+        return TestResult(*_core.t_test(x, mean if y is None else y, nan_policy))
+    return TestResult(*_core.t_test_two(x, y, equal_var, nan_policy))
+
+
+def normal_plot(x: ArrayLike, *, nan_policy: NanPolicy = "omit") -> NormalPlot:
+    """Data in order against normal quantiles, to be looked at for normality.
+
+    Parameters
+    ----------
+    x : array_like
+        Data.
+    nan_policy : {"omit", "raise"}
+        What a missing value does.
+
+    Returns
+    -------
+    NormalPlot
+        quantiles, at (i - 3/8) / (n + 1/4) (Blom 1958), and values; `plot()` draws them with the
+        line through the quartiles.
+
+    Examples
+    --------
+    >>> quantiles, values = vx.normal_plot([3, 1, 2])
+    >>> values
+    array([1., 2., 3.])
+    """
+    values = _core.sort(x, None, nan_policy, None, None).astype(np.float64)
+    n = len(values)
+    return NormalPlot(Normal().quantile((np.arange(1, n + 1) - 0.375) / (n + 0.25)), values)

@@ -1,0 +1,521 @@
+"""Descriptive statistics."""
+
+from __future__ import annotations
+
+from typing import TYPE_CHECKING, Any
+
+from . import _core
+from ._progress import reporter
+from ._results import Description, FiveNumber
+
+if TYPE_CHECKING:
+    from ._types import Array, ArrayLike, Axis, Cut, NanPolicy, Progress, QuantileMethod
+
+
+def _ends(cut: Cut) -> tuple[float, float]:
+    """What to cut off below and above: one fraction for both, or a pair."""
+    if isinstance(cut, (tuple, list)):
+        if len(cut) != 2:
+            raise ValueError(f"cut: a fraction or a pair of them is allowed, {len(cut)} values came")
+        return cut[0], cut[1]
+    return cut, cut  # type: ignore[return-value]
+
+
+def mean(x: ArrayLike, *, kind: str = "arithmetic", weights: ArrayLike | None = None,
+         nan_policy: NanPolicy = "propagate", axis: Axis = None, keepdims: bool = False,
+         out: Array | None = None) -> Any:
+    """Mean.
+
+    Parameters
+    ----------
+    x : array_like
+        Data.
+    kind : {"arithmetic", "geometric", "harmonic", "quadratic"}
+        Σwx/Σw, exp(Σw log x/Σw), Σw/Σ(w/x), sqrt(Σwx²/Σw).  Geometric and harmonic means of
+        data with a negative value are NaN.
+    weights : array_like, optional
+        Frequencies: finite, not negative, of the shape of `x`, or one-dimensional along `axis`.
+    nan_policy : {"propagate", "omit", "raise"}
+        What a missing value (NaN, null, masked) does.
+    axis : int or tuple of int, optional
+        The axes to reduce; None: all values.
+    keepdims : bool
+        Leave the reduced axes in the result with size one.
+    out : ndarray of float64, optional
+        Where to put the result.
+
+    Returns
+    -------
+    float or ndarray
+        One number where everything is reduced, else an array of the shape that NumPy's
+        reductions have.
+
+    Examples
+    --------
+    >>> vx.mean([1, 2, 6])
+    3.0
+    >>> vx.mean([1, 2, 4], kind="geometric")
+    2.0
+    >>> vx.mean([1, None, 2], weights=[1, 1, 3], nan_policy="omit")
+    1.75
+    >>> vx.mean([[1, 2], [3, 5]], axis=0)
+    array([2. , 3.5])
+    """
+    return _core.mean(x, kind, weights, nan_policy, axis, keepdims, out)
+
+
+def trimmed_mean(x: ArrayLike, cut: Cut, *, weights: ArrayLike | None = None,
+                 nan_policy: NanPolicy = "propagate", axis: Axis = None, keepdims: bool = False,
+                 out: Array | None = None) -> Any:
+    """Mean without the smallest and largest values.
+
+    Parameters
+    ----------
+    x : array_like
+        Data.
+    cut : float or pair of float
+        The fraction to leave out at each end, or below and above: floor(cut n) values, by weight
+        where there are weights.
+    weights, nan_policy, axis, keepdims, out
+        As in `mean`.
+
+    Examples
+    --------
+    >>> vx.trimmed_mean([1, 2, 3, 4, 100], 0.2)
+    3.0
+    """
+    low, high = _ends(cut)
+    return _core.trimmed_mean(x, low, high, False, weights, nan_policy, axis, keepdims, out)
+
+
+def winsorized_mean(x: ArrayLike, cut: Cut, *, weights: ArrayLike | None = None,
+                    nan_policy: NanPolicy = "propagate", axis: Axis = None, keepdims: bool = False,
+                    out: Array | None = None) -> Any:
+    """Mean with the smallest and largest values replaced by the nearest ones that stay.
+
+    Parameters
+    ----------
+    x : array_like
+        Data.
+    cut : float or pair of float
+        The fraction to replace at each end, or below and above: floor(cut n) values.
+    weights, nan_policy, axis, keepdims, out
+        As in `mean`.
+
+    Examples
+    --------
+    >>> vx.winsorized_mean([1, 2, 3, 4, 100], 0.2)
+    3.0
+    >>> vx.winsorized_mean([1, 2, 3, 4, 100], (0, 0.2))
+    2.8
+    """
+    low, high = _ends(cut)
+    return _core.trimmed_mean(x, low, high, True, weights, nan_policy, axis, keepdims, out)
+
+
+def moment(x: ArrayLike, order: int | ArrayLike, *, center: float | None = None,
+           weights: ArrayLike | None = None, nan_policy: NanPolicy = "propagate",
+           axis: Axis = None, keepdims: bool = False, out: Array | None = None) -> Any:
+    """The mean of (x - center)^order.
+
+    Parameters
+    ----------
+    x : array_like
+        Data.
+    order : int or list of int
+        0 to 64.  The moments of a list are found in one pass and stand in a leading axis.
+    center : float, optional
+        The mean where it is left out.
+    weights, nan_policy, axis, keepdims, out
+        As in `mean`.
+
+    Examples
+    --------
+    >>> vx.moment([1, 2, 6], 2)
+    4.666666666666667
+    >>> vx.moment([1, 2, 6], [1, 2, 3], center=0)
+    array([ 3.        , 13.66666667, 75.        ])
+    """
+    return _core.moment(x, order, center, weights, nan_policy, axis, keepdims, out)
+
+
+def var(x: ArrayLike, *, ddof: float = 1, weights: ArrayLike | None = None,
+        nan_policy: NanPolicy = "propagate", axis: Axis = None, keepdims: bool = False,
+        out: Array | None = None) -> Any:
+    """Variance: Σw(x - mean)² / (Σw - ddof).
+
+    Parameters
+    ----------
+    x : array_like
+        Data.
+    ddof : float
+        Taken from the divisor: 1 estimates the variance of what the data were drawn from (NumPy's
+        default is 0).  NaN where the divisor is not positive.
+    weights, nan_policy, axis, keepdims, out
+        As in `mean`.
+
+    Examples
+    --------
+    >>> vx.var([1, 2, 6])
+    7.0
+    >>> vx.var([1, 2, 6], ddof=0)
+    4.666666666666667
+    >>> vx.var([3])
+    nan
+    """
+    return _core.var(x, ddof, weights, nan_policy, axis, keepdims, out)
+
+
+def std(x: ArrayLike, *, ddof: float = 1, weights: ArrayLike | None = None,
+        nan_policy: NanPolicy = "propagate", axis: Axis = None, keepdims: bool = False,
+        out: Array | None = None) -> Any:
+    """Standard deviation: the square root of `var`.
+
+    Parameters
+    ----------
+    x : array_like
+        Data.
+    ddof : float
+        Taken from the divisor; NumPy's default is 0.
+    weights, nan_policy, axis, keepdims, out
+        As in `mean`.
+
+    Examples
+    --------
+    >>> vx.std([1, 2, 2, 3, 7])
+    2.345207879911715
+    """
+    return _core.std(x, ddof, weights, nan_policy, axis, keepdims, out)
+
+
+def skewness(x: ArrayLike, *, bias: bool = True, weights: ArrayLike | None = None,
+             nan_policy: NanPolicy = "propagate", axis: Axis = None, keepdims: bool = False,
+             out: Array | None = None) -> Any:
+    """Skewness: the third central moment over the 3/2 power of the second.
+
+    Parameters
+    ----------
+    x : array_like
+        Data.
+    bias : bool
+        False: the estimate G1 (Joanes and Gill 1998, Comparing measures of sample skewness and
+        kurtosis), of more than two values.
+    weights, nan_policy, axis, keepdims, out
+        As in `mean`.
+
+    Examples
+    --------
+    >>> vx.skewness([1, 2, 3])
+    0.0
+    """
+    return _core.skewness(x, bias, weights, nan_policy, axis, keepdims, out)
+
+
+def kurtosis(x: ArrayLike, *, bias: bool = True, weights: ArrayLike | None = None,
+             nan_policy: NanPolicy = "propagate", axis: Axis = None, keepdims: bool = False,
+             out: Array | None = None) -> Any:
+    """Excess kurtosis: the fourth central moment over the square of the second, less 3.
+
+    Parameters
+    ----------
+    x : array_like
+        Data.
+    bias : bool
+        False: the estimate G2 (Joanes and Gill 1998), of more than three values.
+    weights, nan_policy, axis, keepdims, out
+        As in `mean`.
+
+    Examples
+    --------
+    >>> vx.kurtosis([-1, 1])
+    -2.0
+    """
+    return _core.kurtosis(x, bias, weights, nan_policy, axis, keepdims, out)
+
+
+def mean_absolute_deviation(x: ArrayLike, *, center: str = "mean", weights: ArrayLike | None = None,
+                            nan_policy: NanPolicy = "propagate", axis: Axis = None,
+                            keepdims: bool = False, out: Array | None = None) -> Any:
+    """The mean of |x - center|.
+
+    Parameters
+    ----------
+    x : array_like
+        Data.
+    center : {"mean", "median"}
+        What deviations are taken from.
+    weights, nan_policy, axis, keepdims, out
+        As in `mean`.
+
+    Examples
+    --------
+    >>> vx.mean_absolute_deviation([1, 2, 6])
+    2.0
+    """
+    return _core.mean_absolute_deviation(x, center, weights, nan_policy, axis, keepdims, out)
+
+
+def median_absolute_deviation(x: ArrayLike, *, scale: float = 1.0, weights: ArrayLike | None = None,
+                              nan_policy: NanPolicy = "propagate", axis: Axis = None,
+                              keepdims: bool = False, out: Array | None = None) -> Any:
+    """The median of |x - median(x)|, times `scale`.
+
+    Parameters
+    ----------
+    x : array_like
+        Data.
+    scale : float
+        1.482602218505602 makes it the standard deviation of normal data.
+    weights, nan_policy, axis, keepdims, out
+        As in `mean`.
+
+    Examples
+    --------
+    >>> vx.median_absolute_deviation([1, 2, 6, 7])
+    2.5
+    """
+    return _core.median_absolute_deviation(x, scale, weights, nan_policy, axis, keepdims, out)
+
+
+def quantile(x: ArrayLike, q: ArrayLike, *, method: QuantileMethod = "linear",
+             weights: ArrayLike | None = None, nan_policy: NanPolicy = "propagate",
+             axis: Axis = None, keepdims: bool = False, out: Array | None = None,
+             progress: Progress = None) -> Any:
+    """Quantiles.
+
+    Parameters
+    ----------
+    x : array_like
+        Data.
+    q : float or array_like
+        Probabilities, 0 to 1.  The shape of an array leads the shape of the result.
+    method : str
+        Hyndman and Fan's nine definitions (1996, Sample quantiles in statistical packages) by
+        NumPy's names: "inverted_cdf", "averaged_inverted_cdf", "closest_observation",
+        "interpolated_inverted_cdf", "hazen", "weibull", "linear", "median_unbiased",
+        "normal_unbiased" (1 to 9).
+    weights : array_like, optional
+        Frequencies, with every method: the number of values becomes the total weight and the k-th
+        value the smallest whose cumulative weight reaches k.  Whole weights give what repeated
+        values give.
+    nan_policy, axis, keepdims, out
+        As in `mean`.
+    progress : callable or bool, optional
+        Told the share done, 0 to 1, during long work; True shows a bar where tqdm is installed.
+
+    Returns
+    -------
+    float or ndarray
+
+    Examples
+    --------
+    >>> vx.quantile([1, 2, 3, 4], 0.9)
+    3.7
+    >>> vx.quantile([1, 2, 3, 4], [0.25, 0.75], method="hazen")
+    array([1.5, 3.5])
+    >>> vx.quantile([1, 2], 0.5, weights=[1, 3])
+    2.0
+    """
+    return _core.quantile(x, q, method, weights, nan_policy, axis, keepdims, out,
+                          reporter(progress))
+
+
+def median(x: ArrayLike, *, weights: ArrayLike | None = None, nan_policy: NanPolicy = "propagate",
+           axis: Axis = None, keepdims: bool = False, out: Array | None = None) -> Any:
+    """Median: the middle value, or the mean of the two in the middle.
+
+    Parameters
+    ----------
+    x : array_like
+        Data.
+    weights, nan_policy, axis, keepdims, out
+        As in `mean`.
+
+    Examples
+    --------
+    >>> vx.median([3, 1, 2, 10])
+    2.5
+    >>> vx.median([[3, 1, 2], [6, 5, 4]], axis=1, keepdims=True)
+    array([[2.],
+           [5.]])
+    """
+    return _core.median(x, weights, nan_policy, axis, keepdims, out)
+
+
+def iqr(x: ArrayLike, *, method: QuantileMethod = "linear", weights: ArrayLike | None = None,
+        nan_policy: NanPolicy = "propagate", axis: Axis = None, keepdims: bool = False,
+        out: Array | None = None) -> Any:
+    """Interquartile range: quantile(x, 0.75) - quantile(x, 0.25).
+
+    Parameters
+    ----------
+    x : array_like
+        Data.
+    method
+        As in `quantile`.
+    weights, nan_policy, axis, keepdims, out
+        As in `mean`.
+
+    Examples
+    --------
+    >>> vx.iqr([1, 2, 3, 4, 5])
+    2.0
+    """
+    return _core.iqr(x, method, weights, nan_policy, axis, keepdims, out)
+
+
+def order_statistic(x: ArrayLike, k: int | ArrayLike, *, weights: ArrayLike | None = None,
+                    nan_policy: NanPolicy = "propagate", axis: Axis = None, keepdims: bool = False,
+                    out: Array | None = None) -> Any:
+    """The k-th smallest value, from 1, by selection.
+
+    Parameters
+    ----------
+    x : array_like
+        Data.
+    k : int or list of int
+        1 to the number of values (the total weight).  A list gives a leading axis.
+    weights : array_like, optional
+        Then it is the smallest value whose cumulative weight reaches k.
+    nan_policy, axis, keepdims, out
+        As in `mean`.
+
+    Examples
+    --------
+    >>> vx.order_statistic([30, 10, 20], 1)
+    10.0
+    >>> vx.order_statistic([30, 10, 20], [1, 3])
+    array([10., 30.])
+    """
+    return _core.order_statistic(x, k, weights, nan_policy, axis, keepdims, out)
+
+
+def five_number(x: ArrayLike, *, weights: ArrayLike | None = None,
+                nan_policy: NanPolicy = "propagate", axis: Axis = None) -> FiveNumber:
+    """Tukey's five numbers: minimum, hinges, median, maximum.
+
+    The hinges are the medians of the halves, the median belonging to both where the number of
+    values is odd (Tukey 1977, Exploratory Data Analysis).
+
+    Parameters
+    ----------
+    x : array_like
+        Data.
+    weights, nan_policy, axis
+        As in `mean`.
+
+    Returns
+    -------
+    FiveNumber
+        min, lower_hinge, median, upper_hinge, max.
+
+    Examples
+    --------
+    >>> tuple(vx.five_number([1, 2, 3, 4, 5]))
+    (1.0, 2.0, 3.0, 4.0, 5.0)
+    """
+    return FiveNumber(*_parts(_core.five_number(x, weights, nan_policy, axis)))
+
+
+def describe(x: ArrayLike, *, weights: ArrayLike | None = None, nan_policy: NanPolicy = "omit",
+             axis: Axis = None) -> Description:
+    """The usual statistics at once; prints as a table.
+
+    Parameters
+    ----------
+    x : array_like
+        Data.
+    weights, axis
+        As in `mean`.
+    nan_policy : {"omit", "propagate", "raise"}
+        Missing values are left out and counted, unless told otherwise.
+
+    Returns
+    -------
+    Description
+        count (the total weight), missing, mean, std, min, q1, median, q3, max, skewness,
+        kurtosis.
+
+    Examples
+    --------
+    >>> print(vx.describe([1, 2, None, 6]))
+    count           3
+    missing         1
+    mean            3
+    std       2.64575
+    min             1
+    q1            1.5
+    median          2
+    q3              4
+    max             6
+    skewness  0.59517
+    kurtosis     -1.5
+    """
+    parts = _parts(_core.describe(x, weights, nan_policy, axis))
+    missing = int(parts[1]) if isinstance(parts[1], float) else parts[1].astype(int)
+    return Description(parts[0], missing, *parts[2:])
+
+
+def _parts(array: Array) -> list[Any]:
+    """What stands along the leading axis; floats where it is the only one."""
+    return array.tolist() if array.ndim == 1 else list(array)
+
+
+def cov(x: ArrayLike, y: ArrayLike | None = None, *, ddof: float = 1,
+        weights: ArrayLike | None = None, nan_policy: NanPolicy = "propagate") -> Any:
+    """Covariance of two variables, or the matrix of a matrix' columns.
+
+    Parameters
+    ----------
+    x : array_like
+        A variable; without `y`, a matrix with a variable in each column.
+    y : array_like, optional
+        The other variable.
+    ddof : float
+        Taken from the divisor.
+    weights : array_like, optional
+        Frequencies of the rows.
+    nan_policy : {"propagate", "omit", "raise"}
+        omit leaves out each row with a missing value.
+
+    Returns
+    -------
+    float or ndarray
+        A float for two variables; else k by k for k columns.
+
+    Examples
+    --------
+    >>> vx.cov([1, 2, 3], [1, 2, 6])
+    2.5
+    >>> vx.cov([[1, 1], [2, 2], [3, 6]])
+    array([[1. , 2.5],
+           [2.5, 7. ]])
+    """
+    return _core.cov(x, y, ddof, weights, nan_policy)
+
+
+def corr(x: ArrayLike, y: ArrayLike | None = None, *, method: str = "pearson",
+         weights: ArrayLike | None = None, nan_policy: NanPolicy = "propagate") -> Any:
+    """Correlation of two variables, or the matrix of a matrix' columns.
+
+    Parameters
+    ----------
+    x : array_like
+        A variable; without `y`, a matrix with a variable in each column.
+    y : array_like, optional
+        The other variable.
+    method : {"pearson", "spearman", "kendall"}
+        Of the values, of their ranks, or Kendall's tau-b (in n log n steps).
+    weights, nan_policy
+        As in `cov`.
+
+    Returns
+    -------
+    float or ndarray
+
+    Examples
+    --------
+    >>> vx.corr([1, 2, 3], [1, 2, 6], method="spearman")
+    1.0
+    """
+    return _core.corr(x, y, method, weights, nan_policy)

@@ -1,0 +1,13 @@
+// The vector kernels once more, without vector instructions, in a namespace of their own.
+#include <algorithm>
+#include <bit>
+#include <cmath>
+#include <cstddef>
+#include <cstdint>
+#include <limits>
+
+#undef VEXEL_HAVE_HIGHWAY
+#define kernels plain_kernels
+#include "kernels/vector/powers.cpp"
+#include "kernels/vector/selection.cpp"
+#include "kernels/vector/sums.cpp"

@@ -1,0 +1,147 @@
+// Kernels give the same bits with every set of instructions, for every length and alignment.
+#include <gtest/gtest.h>
+
+#include <bit>
+#include <cmath>
+#include <cstdint>
+#include <functional>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "kernels/vector/powers.hpp"
+#include "kernels/vector/presence.hpp"
+#include "kernels/vector/selection.hpp"
+#include "kernels/vector/sums.hpp"
+
+#ifdef VEXEL_HAVE_HIGHWAY
+#include <hwy/targets.h>
+#endif
+
+// The same sources compiled without the Highway library; plain_kernels.cpp has them.
+namespace vexel::plain_kernels {
+struct BracketCounts {
+  std::int64_t belowLow, toLow, belowHigh, toHigh;
+};
+void sumInLanes(const double* x, std::size_t n, double* lanes);
+bool sumInLanesExactly(const double* x, std::size_t n, double* lanes);
+bool weightedSumsInLanes(const double* x, const double* w, std::size_t n, double* products,
+                         double* weights);
+void squaresInLanes(const double* x, const double* w, std::size_t n, double center, double* first,
+                    double* second);
+void powersInLanes(const double* x, std::size_t n, double center, double* sums);
+void productsInLanes(const double* x, const double* y, std::size_t n, double xCenter,
+                     double yCenter, double* xSums, double* ySums, double* products);
+void sumBetween(const double* x, std::size_t n, double low, double high, BracketCounts& counts,
+                double* lanes);
+std::size_t countAndCollect(const double* x, std::size_t n, double low, double high,
+                            BracketCounts& counts, double* between);
+void cellsOf(const double* x, std::size_t n, double base, double scale, std::int32_t cells,
+             std::int32_t* to);
+}  // namespace vexel::plain_kernels
+
+namespace {
+
+using Vector = std::vector<double>;
+
+// Everything that the kernels say of a block, one number after the other.
+#define EVERYTHING(space)                                                                     \
+  [](const double* x, const double* w, std::size_t n) {                                       \
+    Vector all(13 * 32);                                                                      \
+    double* const at = all.data();                                                            \
+    space::sumInLanes(x, n, at);                                                              \
+    at[32] = space::sumInLanesExactly(x, n, at + 64);                                         \
+    at[33] = space::weightedSumsInLanes(x, w, n, at + 96, at + 128);                          \
+    space::squaresInLanes(x, nullptr, n, 0.3, at + 160, at + 192);                            \
+    space::squaresInLanes(x, w, n, 0.3, at + 224, at + 256);                                  \
+    space::powersInLanes(x, n, 0.3, at + 288);                                                \
+    space::productsInLanes(x, w, n, 0.3, 0.2, at + 352, at + 368, at + 384);                  \
+    space::BracketCounts counts{};                                                            \
+    Vector more(64 + 2 * n);                                                                  \
+    space::sumBetween(x, n, -0.5, 0.75, counts, more.data());                                 \
+    const std::size_t m = space::countAndCollect(x, n, -0.5, 0.75, counts, more.data() + 32); \
+    more.resize(32 + m);                                                                      \
+    more.push_back(static_cast<double>(m));                                                   \
+    for (const std::int64_t c :                                                               \
+         {counts.belowLow, counts.toLow, counts.belowHigh, counts.toHigh}) {                  \
+      more.push_back(static_cast<double>(c));                                                 \
+    }                                                                                         \
+    std::vector<std::int32_t> cells(n);                                                       \
+    space::cellsOf(x, n, -1.0, 100.0, 200, cells.data());                                     \
+    more.insert(more.end(), cells.begin(), cells.end());                                      \
+    all.insert(all.end(), more.begin(), more.end());                                          \
+    return all;                                                                               \
+  }
+
+using Everything = std::function<Vector(const double* x, const double* w, std::size_t n)>;
+
+// -0.0 and 0.0 of sums that are nothing count as one; so do NaNs.
+void expectSameBits(const Vector& a, const Vector& b, const std::string& what) {
+  ASSERT_EQ(a.size(), b.size()) << what;
+  for (std::size_t i = 0; i < a.size(); ++i) {
+    ASSERT_TRUE(std::bit_cast<std::uint64_t>(a[i]) == std::bit_cast<std::uint64_t>(b[i]) ||
+                (a[i] == 0.0 && b[i] == 0.0) || (std::isnan(a[i]) && std::isnan(b[i])))
+        << what << ", number " << i << ": " << a[i] << " and " << b[i];
+  }
+}
+
+void compare(const Everything& one, const Everything& other, const std::string& what) {
+  std::mt19937_64 random(1);
+  std::normal_distribution<double> normal;
+  for (const int spread : {0, 60, 300}) {
+    for (std::size_t n = 0; n < 300; n += 1 + n / 20) {
+      Vector x(n + 3);
+      Vector w(n + 3);
+      for (std::size_t i = 0; i < x.size(); ++i) {
+        const int exponent = spread == 0 ? 0 : static_cast<int>(random() % (2U * spread)) - spread;
+        x[i] = std::ldexp(normal(random), exponent);
+        w[i] = std::ldexp(std::fabs(normal(random)), exponent / 2);
+      }
+      for (std::size_t shift = 0; shift < 3; ++shift) {
+        expectSameBits(one(&x[shift], &w[shift], n), other(&x[shift], &w[shift], n),
+                       what + " of " + std::to_string(n));
+      }
+    }
+  }
+}
+
+TEST(VectorKernels, HaveTheSameBitsOnEveryTarget) {
+  const Everything chosen = EVERYTHING(vexel::kernels);
+  const Everything plain = EVERYTHING(vexel::plain_kernels);
+  compare(chosen, plain, "best and plain");
+#ifdef VEXEL_HAVE_HIGHWAY
+  const std::int64_t supported = hwy::SupportedTargets();
+  for (std::int64_t rest = supported; rest != 0; rest &= rest - 1) {
+    const std::int64_t target = rest & -rest;
+    hwy::SetSupportedTargetsForTest(target);
+    hwy::GetChosenTarget().Update(target);
+    compare(chosen, plain, std::string(hwy::TargetName(target)) + " and plain");
+  }
+  hwy::SetSupportedTargetsForTest(0);
+  hwy::GetChosenTarget().Update(hwy::SupportedTargets());
+#endif
+}
+
+TEST(VectorKernels, SeeWhatIsMissingAnywhere) {
+  for (std::size_t n = 1; n < 70; ++n) {
+    const Vector good(n, 1.0);
+    EXPECT_TRUE(vexel::kernels::allPresent(good.data(), n));
+    EXPECT_TRUE(vexel::kernels::allPresent(good.data(), good.data(), n));
+    for (std::size_t i = 0; i < n; ++i) {
+      for (const double bad : {std::nan(""), 0.0, -1.0, HUGE_VAL}) {
+        Vector x = good;
+        x[i] = bad;
+        EXPECT_EQ(vexel::kernels::allPresent(x.data(), n), !std::isnan(bad));
+        EXPECT_EQ(vexel::kernels::allPresent(x.data(), good.data(), n), !std::isnan(bad));
+        EXPECT_FALSE(vexel::kernels::allPresent(good.data(), x.data(), n));
+        if (!std::isnan(bad)) {
+          const auto range = vexel::kernels::rangeOf(x.data(), n);
+          EXPECT_EQ(range.min, std::min(bad, n > 1 ? 1.0 : bad));
+          EXPECT_EQ(range.max, std::max(bad, n > 1 ? 1.0 : bad));
+        }
+      }
+    }
+  }
+}
+
+}  // namespace
