@@ -67,7 +67,11 @@ class BetaFamily {
   }
   double fall() const { return at_.x * ((a_ + b_) / (a_ + 1.0)); }
   double growth(double j) const { return (a_ + j + 1.0) / (a_ + b_ + j) * inverse_; }
-  double drift() const { return std::fma(inverse_, at_.x, -1.0); }
+  // Near 1 the complement knows x better than x itself.
+  double drift() const {
+    const double rest = at_.x > 0.5 ? (1.0 - at_.x) - at_.y : 0.0;
+    return std::fma(inverse_, at_.x, -1.0) + rest;
+  }
   Piece decrement(double j) const {
     const Piece p = BetaLaw(a_ + j, b_).weightPiece(at_);
     return {p.factor * (b_ / (a_ + j + b_)) * (1.0 + lost(j)), p.exponent};

@@ -64,8 +64,12 @@ MixtureSums mixtureSums(const Family& family, double mean, Tail which, bool asLo
   const double shape = family.shape();
   double moment = 0.0;
   double atPeak = 1.0;
+  // What the rounding of the reciprocals adds in so many steps is taken away again.
+  constexpr int stride = 16;
+  const double weightDrift = 1.0 - stride * std::fma(inverse, mean, -1.0);
+  const double growthDrift = 1.0 - stride * family.drift();
   double j = top;
-  while (true) {
+  for (int step = 1;; ++step) {
     const double product = w * d * (shape + j);
     sums.density += product;
     moment += product * j;
@@ -81,6 +85,11 @@ MixtureSums mixtureSums(const Family& family, double mean, Tail which, bool asLo
     }
     w *= (j + 1.0 + offset) * inverse;
     d *= family.growth(j);
+    if (step == stride) {
+      w *= weightDrift;
+      d *= growthDrift;
+      step = 0;
+    }
     if (which == Tail::lower) {
       rest += d;
     }
@@ -96,9 +105,7 @@ MixtureSums mixtureSums(const Family& family, double mean, Tail which, bool asLo
     }
   }
   sums.meanIndex = moment / sums.density;
-  // What the reciprocals' own rounding adds from the peak to the bulk of the sum.
-  const double drift = std::fma(inverse, mean, -1.0) + family.drift();
-  const double correction = (1.0 - drift * (peak - sums.meanIndex)) / atPeak;
+  const double correction = 1.0 / atPeak;
   sums.tail *= correction;
   sums.density *= correction;
   const Piece p = poisson.at(mean, mean - (peak + offset));
