@@ -27,6 +27,22 @@ inline constexpr double manyTerms = 1e5;
 inline constexpr double mostTerms = 1e16;  // their root is what takes time
 inline constexpr double notANumber = std::numeric_limits<double>::quiet_NaN();
 
+// Sum of mean^k / ((n + 1) ... (n + k)), k > 0: the weights above n over that at n.  A rough one is
+// enough where the products there are no more than rounding.
+inline double weightsAbove(double mean, double n, bool rough) {
+  if (!rough) {
+    return mean / (n + 1.0) * GammaLaw(n + 1.0).overWeight(mean, Tail::lower);
+  }
+  double sum = 0.0;
+  double term = 1.0;
+  do {
+    n += 1.0;
+    term *= mean / n;
+    sum += term;
+  } while (term > 1e-9 * sum);
+  return sum;
+}
+
 // A family has shape(), the parameter a; offset(), which the weights' index is raised by (0 or
 // 1/2); peak(mean), the index of the largest product; curve(j), the negative second difference of
 // its logarithm there; fall(), d(1) / d(0); growth(j) = d(j) / d(j + 1); decrement(j) as a Piece
@@ -56,10 +72,8 @@ MixtureSums mixtureSums(const Family& family, double mean, Tail which, bool asLo
   double w = 1.0;
   double d = 1.0;
   // Lower: the central tail at j; upper: the weights above j.
-  double rest = which == Tail::lower
-                    ? family.lowerTerms(top)
-                    : mean / (top + offset + 1.0) *
-                          GammaLaw(top + offset + 1.0).overWeight(mean, Tail::lower);
+  double rest = which == Tail::lower ? family.lowerTerms(top)
+                                     : weightsAbove(mean, top + offset, !family.belowMean(mean));
   const double inverse = 1.0 / mean;
   const double shape = family.shape();
   double moment = 0.0;

@@ -9,6 +9,8 @@
 #include "noncentral_student_law.hpp"
 
 #include <algorithm>
+#include <array>
+#include <initializer_list>
 #include <limits>
 #include <numbers>
 
@@ -28,16 +30,20 @@ constexpr double hugeFreedom = 1e17;
 
 Tail other(Tail which) { return which == Tail::lower ? Tail::upper : Tail::lower; }
 
-// v - (exp(v) - 1).
-double minusExpm1(double v) {
+// v - (exp(v) - 1), grown being exp(v).
+double minusExpm1(double v, double grown) {
   if (std::fabs(v) > 0.4) {
-    return v - std::expm1(v);
+    return v - (grown - 1.0);
   }
-  double sum = 1.0;
-  for (int k = 14; k > 2; --k) {
-    sum = 1.0 + v * (1.0 / k) * sum;
-  }
-  return -0.5 * v * v * sum;
+  // -v^2 times the sum of v^k / (k + 2)!, by halves.
+  const double v2 = v * v;
+  const double v4 = v2 * v2;
+  const double low = (1.0 / 2.0 + v * (1.0 / 6.0)) + v2 * (1.0 / 24.0 + v * (1.0 / 120.0));
+  const double middle =
+      (1.0 / 720.0 + v * (1.0 / 5040.0)) + v2 * (1.0 / 40320.0 + v * (1.0 / 362880.0));
+  const double high = (1.0 / 3628800.0 + v * (1.0 / 39916800.0)) +
+                      v2 * (1.0 / 479001600.0 + v * (1.0 / 6227020800.0));
+  return -v2 * (low + v4 * (middle + v4 * high));
 }
 
 // P(T > x) and the density at x for x > 0 and noncentrality -d, d >= 0: with s = exp(u) the chi
@@ -78,32 +84,37 @@ class OppositeSide {
     // The rule's error is that of a normal law's width for large nu; else the integrand's growth up
     // to pi / 4 off the real line counts.  For small nu the left side falls slowly and is cut short
     // by v = w + pull (1 - exp(-w)).
-    const bool slow = nu_ < 3.0;
+    const bool slow = nu_ < 8.0;
     const double pull = slow ? 0.125 : 0.0;
     const double square = a_ + 0.5 * b_;
-    const double step = slow            ? 0.08
+    const double step = slow            ? std::min(0.08, 4.0 / (38.0 + 0.9 * square))
                         : square < 45.0 ? 4.4 / (38.0 + 0.9 * square)
                                         : 0.42 / std::sqrt(square);
     Sums sums{0.0, 0.0, 0.0};
-    const auto add = [&](double w) {
-      const double e = slow ? pull * std::exp(-w) : 0.0;
-      const double v = slow ? w + (pull - e) : w;
-      const double grown = std::exp(v);
-      const double weight =
-          std::exp(0.5 * a_ * minusExpm1(2.0 * v) + b_ * minusExpm1(v)) * (1.0 + e);
+    // One node; grown is exp(v), pulled the derivative of v.
+    const auto add = [&](double v, double grown, double pulled) {
+      const double exponent =
+          0.5 * a_ * minusExpm1(2.0 * v, grown * grown) + b_ * minusExpm1(v, grown);
+      const double weight = std::exp(exponent) * pulled;
       const double xs = x_ * s0_ * grown;
       const double tail = weight * millsRatio(xs + d_);
       sums.tail += tail;
       sums.density += weight * grown;
       sums.bend += weight * grown * xs * (xs + d_);
-      return tail > 1e-18 * sums.tail || weight * grown > 1e-18 * sums.density;
+      return tail > 1e-17 * sums.tail || weight * grown > 1e-17 * sums.density;
     };
-    add(0.0);
-    for (int i = 1; add(i * step) && i < 4000;) {
-      ++i;
-    }
-    for (int i = 1; add(-i * step) && i < 4000;) {
-      ++i;
+    add(0.0, 1.0, 1.0 + pull);
+    for (const double side : {step, -step}) {
+      double factor = 1.0;  // exp(-w) or exp(v)
+      const double ratio = std::exp(slow ? -side : side);
+      for (int i = 1; i < 4000; ++i) {
+        factor *= ratio;
+        const double w = i * side;
+        const double v = slow ? w + pull * (1.0 - factor) : w;
+        if (!add(v, slow ? std::exp(v) : factor, slow ? 1.0 + pull * factor : 1.0)) {
+          break;
+        }
+      }
     }
     return {sums.tail * step, sums.density * step * s0_, 1.0 - sums.bend / sums.density};
   }
@@ -123,8 +134,67 @@ struct Families {
   Families(double x, double nu) : at(FLaw::point(x * x, 1.0, nu)), half(0.5 * nu) {}
   BetaFamily even() const { return {0.5, half, at, 0.0}; }
   BetaFamily odd() const { return {1.0, half, at, 0.5}; }
+  // y^(nu / 2), the upper tail of the odd terms' central law.
+  double oddUpper() const {
+    return at.y > 0.5 ? std::exp(half * std::log1p(-at.x)) : std::pow(at.y, half);
+  }
   UnitPair at;
   double half;
+};
+
+// Both mixtures at once for small noncentralities, upwards from the index 0, where everything is
+// known; central upper tails grow by additions.
+constexpr double mostUpward = 32.0;
+constexpr int mostUpwardTerms = 200;
+constexpr double mostCancelled = 0.9;  // half the logarithm of the sums' ratio, about
+
+struct UpwardSums {
+  double tail[2];
+  double density[2];
+  double moment[2];
+
+  // False where the first terms underflow or the terms are too many.
+  bool add(const Families& f, const StudentLaw& central, double x, double mean) {
+    static const auto reciprocals = [] {  // of j + 1, j + 3/2, j + 2
+      std::array<double, 2 * mostUpwardTerms + 4> all{};
+      for (std::size_t i = 1; i < all.size(); ++i) {
+        all[i] = 2.0 / static_cast<double>(i);
+      }
+      return all;
+    }();
+    const double above = f.oddUpper();
+    const double weight = std::exp(-mean);
+    double q[2] = {2.0 * central.tail(x, Tail::upper), above};
+    double d[2] = {2.0 * x * central.density(x), f.half * f.at.x * above};
+    double w[2] = {weight, weight * std::sqrt(mean) * 2.0 * std::numbers::inv_sqrtpi};
+    if (!(d[0] > 1e-280 && d[1] > 1e-280)) {
+      return false;
+    }
+    double a[2] = {0.5, 1.0};
+    for (int k = 0; k < 2; ++k) {
+      tail[k] = density[k] = moment[k] = 0.0;
+    }
+    for (int j = 0; j < mostUpwardTerms; ++j) {
+      // 1 / (j + 1), 1 / (j + 3/2) for the weights, 1 / (j + 3/2), 1 / (j + 2) for the decrements.
+      const double* r = &reciprocals[static_cast<std::size_t>(2 * j + 2)];
+      for (int k = 0; k < 2; ++k) {
+        const double product = w[k] * d[k] * a[k];
+        density[k] += product;
+        moment[k] += product * a[k];
+        tail[k] += w[k] * q[k];
+        q[k] += d[k];
+        w[k] *= mean * r[k];
+        d[k] *= f.at.x * (a[k] + f.half) * r[k + 1];
+        a[k] += 1.0;
+      }
+      // Past the largest products the terms fall at least by half once they are this small.
+      if (w[1] * q[1] < 1e-17 * tail[1] && w[0] * q[0] < 1e-17 * tail[0] &&
+          w[1] * d[1] * a[1] < 1e-17 * density[1] && w[0] * d[0] * a[0] < 1e-17 * density[0]) {
+        return true;
+      }
+    }
+    return false;
+  }
 };
 
 // Sum of both mixtures' logarithms.
@@ -145,14 +215,27 @@ double logBoth(const Families& f, double mean, Tail which, double MixtureSums::*
 // always the latter.
 NoncentralStudentLaw::Point NoncentralStudentLaw::pointAt(double x, double delta,
                                                           bool wantUpper) const {
+  const double mean = 0.5 * delta * delta;
+  // On the other side the difference of the two sums, where it keeps its digits.
+  const bool gentle =
+      delta > 0.0 || -delta * (x * std::sqrt((nu_ + 1.0) / (nu_ + x * x)) + 0.8) < mostCancelled;
+  const Families f(x, nu_);
+  if (wantUpper && mean < mostUpward && gentle) {
+    UpwardSums sums;
+    if (sums.add(f, StudentLaw(nu_), x, mean)) {
+      const double sign = delta > 0.0 ? 1.0 : -1.0;
+      const double upper = 0.5 * (sums.tail[0] + sign * sums.tail[1]);
+      const double scaled = sums.density[0] + sign * sums.density[1];
+      const double power = (sums.moment[0] + sign * sums.moment[1]) / scaled;
+      return {1.0 - upper, upper, scaled / x, 2.0 * (power * f.at.y - f.half * f.at.x)};
+    }
+  }
   if (delta < 0.0) {
     const OppositeSide side(x, nu_, -delta);
     const OppositeSide::Sums sums = side.integrate();
     const double upper = side.scale() * sums.tail;
     return {1.0 - upper, upper, side.scale() * sums.density, sums.bend};
   }
-  const Families f(x, nu_);
-  const double mean = 0.5 * delta * delta;
   const Tail which = wantUpper ? Tail::upper : Tail::lower;
   const MixtureSums even = mixtureSums(f.even(), mean, which, false);
   const MixtureSums odd = mixtureSums(f.odd(), mean, which, false);
@@ -164,8 +247,8 @@ NoncentralStudentLaw::Point NoncentralStudentLaw::pointAt(double x, double delta
       (first * (0.5 + even.meanIndex) + second * (1.0 + odd.meanIndex)) / (first + second);
   const double bend = 2.0 * (power * f.at.y - f.half * f.at.x);
   if (wantUpper) {
-    tail +=
-        f.even().centralUpper() + std::erf(delta / std::numbers::sqrt2) * f.odd().centralUpper();
+    tail += 2.0 * StudentLaw(nu_).tail(x, Tail::upper) +
+            std::erf(delta / std::numbers::sqrt2) * f.oddUpper();
     return {1.0 - 0.5 * tail, 0.5 * tail, density, bend};
   }
   const double lower = normalLower(-delta) + 0.5 * tail;
@@ -177,10 +260,11 @@ double NoncentralStudentLaw::positiveTail(double x, double delta, Tail which) co
     const Point at = pointAt(x, delta, true);
     return which == Tail::upper ? at.upper : at.lower;
   }
-  const bool wantUpper = x > delta;
+  // The upper tail's sum is the cheaper one: it serves up to some 0.9.
+  const bool wantUpper = x > delta - 1.2;
   const Point at = pointAt(x, delta, wantUpper);
   const double computed = wantUpper ? at.upper : at.lower;
-  if ((which == Tail::upper) == wantUpper || computed < 0.7) {
+  if ((which == Tail::upper) == wantUpper || computed < 0.9) {
     return which == Tail::upper ? at.upper : at.lower;
   }
   const Point turned = pointAt(x, delta, !wantUpper);
@@ -206,10 +290,13 @@ double NoncentralStudentLaw::logPositiveTail(double x, double delta, Tail which)
 }
 
 double NoncentralStudentLaw::positiveDensity(double x, double delta, bool log) const {
+  if (delta < 0.0 && !log) {
+    return pointAt(x, delta, true).density;
+  }
   if (delta < 0.0) {
     const OppositeSide side(x, nu_, -delta);
     const double sum = side.integrate().density;
-    return log ? side.logScale() + std::log(sum) : side.scale() * sum;
+    return side.logScale() + std::log(sum);
   }
   if (log) {
     return logBoth(Families(x, nu_), 0.5 * delta * delta, Tail::lower, &MixtureSums::density) -
