@@ -9,6 +9,8 @@
 #include "vexel/distributions/law.hpp"
 #include "vexel/distributions/noncentral.hpp"
 #include "vexel/distributions/normal.hpp"
+#include "vexel/own_laws.hpp"
+#include "vexel/random.hpp"
 
 namespace vexel {
 
