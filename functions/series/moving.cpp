@@ -14,25 +14,34 @@ namespace {
 
 constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
 
-// compute(stretch, minCount, out) for every stretch.
-template <typename Compute>
+// compute(stretch, minCount, out) for every stretch, but where quickly(x, results, window, out)
+// does it from the first element of the first window.
+template <typename Compute, typename Quickly>
 void overStretches(Data data, std::size_t window, std::span<double> out,
-                   const MovingOptions& options, Compute compute) {
+                   const MovingOptions& options, Compute compute, Quickly quickly) {
+  const bool asIs = !options.weights.given() && options.min_count <= window;
   requireSize("out", out.size(), data.size());
   const WindowPlan plan(data.size(), window, options);
   const Doubles x(data);
-  for (std::size_t first = 0; first < out.size(); first += plan.stretch()) {
+  std::size_t last = 0;
+  for (std::size_t first = 0; first < out.size(); first = last) {
     kernels::poll(static_cast<double>(first) / static_cast<double>(out.size()));
-    const std::size_t last = std::min(out.size(), first + plan.stretch());
+    last = plan.stretchEnd(first);
+    if (asIs && plan.holdsWindows(first, last) &&
+        quickly(x.data() + first - plan.left, last - first, plan.window, out.data() + first)) {
+      continue;
+    }
     const Stretch stretch(plan, x.span(), first, last);
     compute(stretch, options.min_count, out.data() + first);
-    for (std::size_t i = first; i < last; ++i) {
+    for (std::size_t i = first; options.edges == Edges::nan && i < last; ++i) {
       if (plan.leavesSeries(i)) {
         out[i] = kNan;
       }
     }
   }
 }
+
+bool never(const double*, std::size_t, std::size_t, double*) { return false; }
 
 // Skewness or kurtosis (excess) with the divisor n, of values in a scale of their own.
 double shape(std::span<const double> x, std::span<const double> weights, int order) {
@@ -65,40 +74,54 @@ double shape(std::span<const double> x, std::span<const double> weights, int ord
 
 }  // namespace
 
+namespace {
+
+void movingStatistic(Statistic statistic, const Stretch& s, std::size_t minCount, double* out) {
+  switch (statistic) {
+    case Statistic::mean:
+    case Statistic::sum:
+      return movingSums(s, statistic == Statistic::mean, minCount, out);
+    case Statistic::var:
+    case Statistic::std:
+      return movingVariances(s, statistic == Statistic::std, minCount, out);
+    case Statistic::min:
+    case Statistic::max:
+      return movingExtremes(s, statistic == Statistic::max, minCount, out);
+    case Statistic::median:
+      return movingQuantiles(s, 0.5, minCount, out);
+    case Statistic::iqr: {
+      std::vector<double> lower(s.results());
+      movingQuantiles(s, 0.25, minCount, lower.data());
+      movingQuantiles(s, 0.75, minCount, out);
+      for (std::size_t i = 0; i < lower.size(); ++i) {
+        out[i] -= lower[i];
+      }
+      return;
+    }
+    case Statistic::skewness:
+    case Statistic::kurtosis: {
+      const int order = statistic == Statistic::skewness ? 3 : 4;
+      return movingDirect(
+          s, [=](auto values, auto weights) { return shape(values, weights, order); }, minCount,
+          out);
+    }
+  }
+}
+
+}  // namespace
+
 void moving(Data x, std::size_t window, Statistic statistic, std::span<double> out,
             const MovingOptions& options) {
-  overStretches(x, window, out, options,
-                [&](const Stretch& s, std::size_t minCount, double* results) {
-                  switch (statistic) {
-                    case Statistic::mean:
-                    case Statistic::sum:
-                      return movingSums(s, statistic == Statistic::mean, minCount, results);
-                    case Statistic::var:
-                    case Statistic::std:
-                      return movingVariances(s, statistic == Statistic::std, minCount, results);
-                    case Statistic::min:
-                    case Statistic::max:
-                      return movingExtremes(s, statistic == Statistic::max, minCount, results);
-                    case Statistic::median:
-                      return movingQuantiles(s, 0.5, minCount, results);
-                    case Statistic::iqr: {
-                      std::vector<double> lower(s.results());
-                      movingQuantiles(s, 0.25, minCount, lower.data());
-                      movingQuantiles(s, 0.75, minCount, results);
-                      for (std::size_t i = 0; i < lower.size(); ++i) {
-                        results[i] -= lower[i];
-                      }
-                      return;
-                    }
-                    case Statistic::skewness:
-                    case Statistic::kurtosis:
-                      return movingDirect(
-                          s,
-                          [order = statistic == Statistic::skewness ? 3 : 4](
-                              auto values, auto weights) { return shape(values, weights, order); },
-                          minCount, results);
-                  }
-                });
+  overStretches(
+      x, window, out, options,
+      [&](const Stretch& s, std::size_t minCount, double* results) {
+        movingStatistic(statistic, s, minCount, results);
+      },
+      [&](const double* from, std::size_t results, std::size_t planned, double* to) {
+        const bool means = statistic == Statistic::mean;
+        return (means || statistic == Statistic::sum) &&
+               movingSumsQuickly(from, results, planned, means, to);
+      });
 }
 
 void moving(Data x, std::size_t window, Quantile quantile, std::span<double> out,
@@ -106,14 +129,16 @@ void moving(Data x, std::size_t window, Quantile quantile, std::span<double> out
   if (quantile.q < 0 || quantile.q > 1) {
     throw std::domain_error(expected("q", "a number from 0 to 1", number(quantile.q)));
   }
-  overStretches(x, window, out, options,
-                [&](const Stretch& s, std::size_t minCount, double* results) {
-                  if (isMissing(quantile.q)) {
-                    std::fill_n(results, s.results(), kNan);
-                  } else {
-                    movingQuantiles(s, quantile.q, minCount, results);
-                  }
-                });
+  overStretches(
+      x, window, out, options,
+      [&](const Stretch& s, std::size_t minCount, double* results) {
+        if (isMissing(quantile.q)) {
+          std::fill_n(results, s.results(), kNan);
+        } else {
+          movingQuantiles(s, quantile.q, minCount, results);
+        }
+      },
+      never);
 }
 
 void moving(Data x, std::size_t window, const WindowStatistic& statistic, std::span<double> out,
@@ -121,15 +146,17 @@ void moving(Data x, std::size_t window, const WindowStatistic& statistic, std::s
   if (options.weights.given()) {
     throw std::invalid_argument("weights: a statistic of one's own takes none");
   }
-  overStretches(x, window, out, options,
-                [&](const Stretch& s, std::size_t minCount, double* results) {
-                  movingDirect(
-                      s,
-                      [&](std::span<const double> values, std::span<const double>) {
-                        return statistic(values);
-                      },
-                      minCount, results);
-                });
+  overStretches(
+      x, window, out, options,
+      [&](const Stretch& s, std::size_t minCount, double* results) {
+        movingDirect(
+            s,
+            [&](std::span<const double> values, std::span<const double>) {
+              return statistic(values);
+            },
+            minCount, results);
+      },
+      never);
 }
 
 }  // namespace vexel

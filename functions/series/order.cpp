@@ -106,7 +106,7 @@ class MarkedSet {
 struct Ranked {
   std::vector<std::uint32_t> ranks;
   std::vector<double> sorted;
-  explicit Ranked(const std::vector<double>& x) : ranks(x.size()), sorted(x.size()) {
+  explicit Ranked(std::span<const double> x) : ranks(x.size()), sorted(x.size()) {
     nag2::visitSorted(x.data(), x.size(), false, [&](std::size_t first, nag2::TiedPositions tied) {
       for (std::size_t i = 0; i < tied.size(); ++i) {
         ranks[tied[i]] = static_cast<std::uint32_t>(first + i);

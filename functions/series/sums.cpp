@@ -9,7 +9,9 @@
 #include <limits>
 
 #include "functions/series/windows.hpp"
+#include "kernels/binning.hpp"
 #include "kernels/exact_totals.hpp"
+#include "kernels/moving_sums.hpp"
 #include "kernels/running_sum.hpp"
 
 namespace vexel {
@@ -209,6 +211,12 @@ double directVariance(const Stretch& s, std::size_t j, bool root) {
 }
 
 }  // namespace
+
+bool movingSumsQuickly(const double* x, std::size_t results, std::size_t window, bool means,
+                       double* out) {
+  return kernels::movingSums(x, results, window, means, out) == results &&
+         kernels::allFinite(out, results);
+}
 
 void movingSums(const Stretch& s, bool means, std::size_t minCount, double* out) {
   WindowCounts counts(s);

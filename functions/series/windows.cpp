@@ -5,6 +5,8 @@
 #include <limits>
 
 #include "functions/elements.hpp"
+#include "kernels/binning.hpp"
+#include "kernels/moving_sums.hpp"
 
 namespace vexel {
 
@@ -53,13 +55,40 @@ WindowPlan::WindowPlan(std::size_t n, std::size_t wanted, const MovingOptions& g
   }
 }
 
-std::size_t WindowPlan::stretch() const { return std::max(kShortest, 8 * window); }
+std::size_t WindowPlan::stretch() const {
+  const std::size_t group = kernels::movingSumsGroup(window);
+  return std::max(kShortest / group, std::size_t{1}) * group;
+}
+
+// Windows that leave the series have stretches of their own, and the others come in whole groups.
+std::size_t WindowPlan::stretchEnd(std::size_t first) const {
+  const std::size_t end = std::min(size, first + stretch());
+  const std::size_t inner = size - std::min(size, right);
+  if (first < left || first >= inner) {
+    return first < left ? std::min(end, left) : end;
+  }
+  const std::size_t group = kernels::movingSumsGroup(window);
+  const std::size_t results = std::min(end, inner) - first;
+  return first + (results > group ? results / group * group : results);
+}
+
+bool WindowPlan::holdsWindows(std::size_t first, std::size_t last) const {
+  return first >= left && last + right <= size;
+}
 
 Stretch::Stretch(const WindowPlan& plan, std::span<const double> x, std::size_t first,
                  std::size_t last)
     : results_(last - first), window_(plan.window) {
   const std::size_t size = results_ + window_ - 1;
   const Data weights = plan.options.weights;
+  if (!weights.given() && plan.holdsWindows(first, last)) {
+    double low = 0;
+    double high = 0;
+    view_ = x.subspan(first - plan.left, size);
+    if (kernels::finiteRange(view_.data(), size, &low, &high)) {
+      return;
+    }
+  }
   values_.resize(size);
   kinds_.resize(size);
   if (weights.given()) {
@@ -75,6 +104,7 @@ Stretch::Stretch(const WindowPlan& plan, std::span<const double> x, std::size_t 
       classify(plan, i, x[from], weights.given() ? weights[from] : 1);
     }
   }
+  view_ = values_;
 }
 
 void Stretch::classify(const WindowPlan& plan, std::size_t i, double value, double weight) {

@@ -26,6 +26,10 @@ struct WindowPlan {
   WindowPlan(std::size_t n, std::size_t window, const MovingOptions& options);
 
   std::size_t stretch() const;  // results of a stretch
+  // The end of the stretch that begins at a result.
+  std::size_t stretchEnd(std::size_t first) const;
+  // Whether the windows of first .. last-1 lie in the series.
+  bool holdsWindows(std::size_t first, std::size_t last) const;
   bool leavesSeries(std::size_t i) const {
     return options.edges == Edges::nan && (i < beyondLeft || size - 1 - i < beyondRight);
   }
@@ -35,11 +39,13 @@ struct WindowPlan {
 // j+window-1.
 class Stretch {
  public:
+  Stretch(const Stretch&) = delete;
+  Stretch& operator=(const Stretch&) = delete;
   Stretch(const WindowPlan& plan, std::span<const double> x, std::size_t first, std::size_t last);
 
   std::size_t results() const { return results_; }
   std::size_t window() const { return window_; }
-  const std::vector<double>& values() const { return values_; }    // NaN where nothing is
+  std::span<const double> values() const { return view_; }         // NaN where nothing is
   const std::vector<double>& weights() const { return weights_; }  // empty where there are none
   // All finite, no weights.
   bool plain() const { return plain_; }
@@ -51,7 +57,8 @@ class Stretch {
 
   std::size_t results_;
   std::size_t window_;
-  std::vector<double> values_;
+  std::span<const double> view_;
+  std::vector<double> values_;  // unless the series itself will do
   std::vector<double> weights_;
   std::vector<Kind> kinds_;
   bool plain_ = true;
@@ -90,6 +97,11 @@ class WindowCounts {
   std::size_t at_ = 0;
   std::int64_t counts_[5] = {};
 };
+
+// Sums or means where all that the windows hold is finite and no sum leaves the range of doubles;
+// else false.  x is the first element of the first window.
+bool movingSumsQuickly(const double* x, std::size_t results, std::size_t window, bool means,
+                       double* out);
 
 // One statistic over the windows of a stretch.
 void movingSums(const Stretch& stretch, bool means, std::size_t minCount, double* out);

@@ -6,20 +6,9 @@
 // same bits: a fused multiply-add serves only where its result is exact.
 #include "kernels/filter.hpp"
 
-#ifdef VEXEL_HAVE_HIGHWAY
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "kernels/vector/filter.cpp"
-#include <hwy/foreach_target.h>
-// After it, as it wants:
-#include <hwy/highway.h>
-#else
-#define HWY_BEFORE_NAMESPACE() static_assert(true)
-#define HWY_AFTER_NAMESPACE() static_assert(true)
-#define HWY_NAMESPACE plain
-#define HWY_ONCE 1
-#define HWY_EXPORT(f) static_assert(true)
-#define HWY_DYNAMIC_DISPATCH(f) plain::f
-#endif
+#include "kernels/vector/each_target.hpp"
 
 HWY_BEFORE_NAMESPACE();
 namespace vexel::kernels::HWY_NAMESPACE {

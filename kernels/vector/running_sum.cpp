@@ -4,63 +4,18 @@
 // the second half picks among them at run time.  All give the same bits.
 #include "kernels/running_sum.hpp"
 
-#ifdef VEXEL_HAVE_HIGHWAY
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "kernels/vector/running_sum.cpp"
-#include <hwy/foreach_target.h>
-// After it, as it wants:
-#include <hwy/highway.h>
-#else
-#define HWY_BEFORE_NAMESPACE() static_assert(true)
-#define HWY_AFTER_NAMESPACE() static_assert(true)
-#define HWY_NAMESPACE plain
-#define HWY_ONCE 1
-#define HWY_EXPORT(f) static_assert(true)
-#define HWY_DYNAMIC_DISPATCH(f) plain::f
-#endif
+#include "kernels/vector/each_target.hpp"
+#include "kernels/vector/transpose.hpp"
 
 HWY_BEFORE_NAMESPACE();
 namespace vexel::kernels::HWY_NAMESPACE {
 namespace {
 
-// Eight doubles, split by the compiler where the machine's vectors are narrower.
-using Eight = double __attribute__((vector_size(64)));
-
 constexpr int kLanes = 8;
 constexpr int kSteps = 128;  // elements of a lane
 static_assert(kLanes * kSteps == RunningSum::chunk);
-
-// Rows become columns.
-inline __attribute__((always_inline)) void transpose(Eight* v) {
-  Eight pairs[8];
-  for (int i = 0; i < 8; i += 2) {
-    pairs[i] = __builtin_shufflevector(v[i], v[i + 1], 0, 8, 2, 10, 4, 12, 6, 14);
-    pairs[i + 1] = __builtin_shufflevector(v[i], v[i + 1], 1, 9, 3, 11, 5, 13, 7, 15);
-  }
-  Eight fours[8];
-  for (int i = 0; i < 8; i += 4) {
-    for (int j = 0; j < 2; ++j) {
-      const Eight a = pairs[i + j];
-      const Eight b = pairs[i + j + 2];
-      fours[i + j] = __builtin_shufflevector(a, b, 0, 1, 8, 9, 4, 5, 12, 13);
-      fours[i + j + 2] = __builtin_shufflevector(a, b, 2, 3, 10, 11, 6, 7, 14, 15);
-    }
-  }
-  for (int j = 0; j < 4; ++j) {
-    const Eight a = fours[j];
-    const Eight b = fours[j + 4];
-    v[j] = __builtin_shufflevector(a, b, 0, 1, 2, 3, 8, 9, 10, 11);
-    v[j + 4] = __builtin_shufflevector(a, b, 4, 5, 6, 7, 12, 13, 14, 15);
-  }
-}
-
-// sum += x, and what that loses to error.
-inline __attribute__((always_inline)) void accumulate(Eight& sum, Eight& error, const Eight& x) {
-  const Eight next = sum + x;
-  const Eight part = next - sum;
-  error += (sum - (next - part)) + (x - part);
-  sum = next;
-}
 
 // high + low before each lane's part: from the sums of the lanes.  Leaves in *high and *low what
 // follows the chunk.

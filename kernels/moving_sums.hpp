@@ -1,0 +1,24 @@
+// Sums of all windows of a series of finite numbers, in twice the working precision.
+#pragma once
+
+#include <cstddef>
+
+namespace vexel::kernels {
+
+// 1 / window as the unevaluated sum of two doubles, or 1.
+struct WindowFactor {
+  double high;
+  double low;
+  bool one;
+};
+
+// out[j] = (x[j] + ... + x[j+window-1]), divided by window if means, for j = 0 .. results-1; what
+// passes the largest double on the way comes out infinite or NaN.  The same bits on every machine.
+// Returns how many results were made: all, or whole groups of them where windows are long.
+std::size_t movingSums(const double* x, std::size_t results, std::size_t window, bool means,
+                       double* out);
+
+// As many results, or a multiple of it, are made without a rest.
+constexpr std::size_t movingSumsGroup(std::size_t window) { return 8 * window; }
+
+}  // namespace vexel::kernels

@@ -1,0 +1,193 @@
+// Moving sums in eight lanes.
+//
+// Short windows are added up each on its own.  Of longer ones, eight blocks of the window's length
+// lie side by side, a lane each: every window is the end of a block and the beginning of the next
+// one, so nothing is ever subtracted (M. van Herk, 1992, A fast algorithm for local minimum and
+// maximum filters, for sums).  The first half of this file is compiled once for each set of
+// instructions, in a namespace each; the second half picks among them at run time.  All give the
+// same bits.
+#include "kernels/moving_sums.hpp"
+
+#include <vector>
+
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "kernels/vector/moving_sums.cpp"
+#include "kernels/vector/each_target.hpp"
+#include "kernels/vector/transpose.hpp"
+
+HWY_BEFORE_NAMESPACE();
+namespace vexel::kernels::HWY_NAMESPACE {
+namespace {
+
+// (high + low) times the factor, off by 2^-100 before the one rounding.
+inline __attribute__((always_inline)) void scale(Eight& high, const Eight& low,
+                                                 const WindowFactor& by) {
+  const Eight sum = high + low;
+  if (by.one) {
+    high = sum;
+    return;
+  }
+  const Eight rest = low - (sum - high);
+  const Eight product = sum * by.high;
+  // As arrays, which the compiler makes vectors of: it has no fused multiply-add of its own.
+  double sums[8];
+  double products[8];
+  double lost[8];
+  __builtin_memcpy(sums, &sum, sizeof sum);
+  __builtin_memcpy(products, &product, sizeof product);
+  for (int l = 0; l < 8; ++l) {
+    lost[l] = __builtin_fma(sums[l], by.high, -products[l]);
+  }
+  Eight error;
+  __builtin_memcpy(&error, lost, sizeof error);
+  high = product + (error + (sum * by.low + rest * by.high));
+}
+
+// 8 kCount windows, each on its own; several vectors at a time, since each waits for its last sum.
+template <int kCount>
+inline __attribute__((always_inline)) void ownWindows(const double* x, std::size_t window,
+                                                      const WindowFactor& by, double* out) {
+  Eight sum[kCount] = {};
+  Eight error[kCount] = {};
+  for (std::size_t k = 0; k < window; ++k) {
+    for (int i = 0; i < kCount; ++i) {
+      Eight v;
+      __builtin_memcpy(&v, x + k + 8 * i, sizeof v);
+      accumulate(sum[i], error[i], v);
+    }
+  }
+  for (int i = 0; i < kCount; ++i) {
+    scale(sum[i], error[i], by);
+    __builtin_memcpy(out + 8 * i, &sum[i], sizeof(Eight));
+  }
+}
+
+void shortWindows(const double* x, std::size_t results, std::size_t window, const WindowFactor& by,
+                  double* out) {
+  std::size_t j = 0;
+  for (; j + 32 <= results; j += 32) {
+    ownWindows<4>(x + j, window, by, out + j);
+  }
+  for (; j + 8 <= results; j += 8) {
+    ownWindows<1>(x + j, window, by, out + j);
+  }
+  if (j < results) {
+    double last[8 + 16] = {};
+    double made[8];
+    for (std::size_t i = 0; j + i < results + window - 1; ++i) {
+      last[i] = x[j + i];
+    }
+    ownWindows<1>(last, window, by, made);
+    for (std::size_t i = 0; j + i < results; ++i) {
+      out[j + i] = made[i];
+    }
+  }
+}
+
+// Lane l holds the elements of block l.
+inline void loadColumns(const double* x, std::size_t window, Eight* columns) {
+  std::size_t j = 0;
+  for (; j + 8 <= window; j += 8) {
+    for (std::size_t l = 0; l < 8; ++l) {
+      __builtin_memcpy(&columns[j + l], x + l * window + j, sizeof(Eight));
+    }
+    transpose(columns + j);
+  }
+  for (; j < window; ++j) {
+    for (std::size_t l = 0; l < 8; ++l) {
+      columns[j][l] = x[l * window + j];
+    }
+  }
+}
+
+// 8 window results from 9 window - 1 elements; room for 3 window vectors.
+void blocks(const double* x, std::size_t window, const WindowFactor& by, Eight* room, double* out) {
+  constexpr std::size_t often = 64;  // errors are gathered in the sum after so many steps
+  Eight* const columns = room;
+  Eight* const ends = room + window;
+  Eight* const endErrors = room + 2 * window;
+  loadColumns(x, window, columns);
+  Eight sum = {};
+  Eight error = {};
+  for (std::size_t j = window; j-- > 0;) {
+    accumulate(sum, error, columns[j]);
+    ends[j] = sum;
+    endErrors[j] = error;
+    if (j % often == 0) {
+      const Eight whole = sum + error;
+      error -= whole - sum;
+      sum = whole;
+    }
+  }
+  sum = Eight{};
+  error = Eight{};
+  const double* const after = x + 8 * window;
+  for (std::size_t j = 0; j < window; ++j) {
+    Eight high = ends[j];
+    Eight low = endErrors[j] + error;
+    accumulate(high, low, sum);
+    const Eight own = columns[j];
+    scale(high, low, by);
+    columns[j] = high;  // done with: now the result
+    if (j + 1 < window) {
+      Eight next = __builtin_shufflevector(own, own, 1, 2, 3, 4, 5, 6, 7, 7);
+      next[7] = after[j];
+      accumulate(sum, error, next);
+      if (j % often == 0) {
+        const Eight whole = sum + error;
+        error -= whole - sum;
+        sum = whole;
+      }
+    }
+    if (j % 8 == 7) {
+      Eight* const v = columns + j - 7;
+      transpose(v);
+      for (std::size_t l = 0; l < 8; ++l) {
+        __builtin_memcpy(out + l * window + j - 7, &v[l], sizeof(Eight));
+      }
+    }
+  }
+  for (std::size_t j = window - window % 8; j < window; ++j) {
+    for (std::size_t l = 0; l < 8; ++l) {
+      out[l * window + j] = columns[j][l];
+    }
+  }
+}
+
+void allBlocks(const double* x, std::size_t groups, std::size_t window, const WindowFactor& by,
+               double* memory, double* out) {
+  auto* const room = reinterpret_cast<Eight*>(memory);
+  for (std::size_t g = 0; g < groups; ++g) {
+    blocks(x + g * 8 * window, window, by, room, out + g * 8 * window);
+  }
+}
+
+}  // namespace
+}  // namespace vexel::kernels::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+namespace vexel::kernels {
+
+HWY_EXPORT(shortWindows);
+HWY_EXPORT(allBlocks);
+
+std::size_t movingSums(const double* x, std::size_t results, std::size_t window, bool means,
+                       double* out) {
+  constexpr std::size_t shortest = 16;  // windows for blocks
+  const auto w = static_cast<double>(window);
+  const double inverse = 1 / w;
+  const WindowFactor by{inverse, __builtin_fma(-inverse, w, 1.0) / w, !means};
+  if (window < shortest) {
+    HWY_DYNAMIC_DISPATCH(shortWindows)(x, results, window, by, out);
+    return results;
+  }
+  const std::size_t groups = results / movingSumsGroup(window);
+  std::vector<double> memory(3 * 8 * window + 8);
+  const std::size_t off = (64 - reinterpret_cast<std::size_t>(memory.data()) % 64) % 64 / 8;
+  HWY_DYNAMIC_DISPATCH(allBlocks)(x, groups, window, by, memory.data() + off, out);
+  return groups * movingSumsGroup(window);
+}
+
+}  // namespace vexel::kernels
+#endif
