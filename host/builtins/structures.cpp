@@ -253,6 +253,23 @@ ALGEB sumOfElements(State& s, ALGEB args) {
   return total.value();
 }
 
+// unapply(e, x, ...): the procedure (x, ...) -> e.
+ALGEB unapply(State& s, ALGEB args) {
+  if (isNull(args) || argumentCount(args) < 2) {
+    raise(s, "unapply expects an expression and names, received: %1", args);
+  }
+  std::string parameters;
+  for (std::size_t i = 2; i <= argumentCount(args); ++i) {
+    const ALGEB parameter = argument(s, args, i);
+    if (!is(parameter, Tag::name)) {
+      raise(s, "expected an unassigned name, received: %1", parameter);
+    }
+    parameters += (i > 2 ? ", " : "") + std::string(text(parameter));
+  }
+  return s.language->runStatements(
+      s, "(" + parameters + ") -> " + sourceText(s, argument(s, args, 1)) + ":");
+}
+
 }  // namespace
 
 void elementsOf(State& s, ALGEB x, Handles& out) {
@@ -359,22 +376,7 @@ void defineStructuralFunctions(State& state) {
     }
     return derivative(s, argument(s, args, 1), variable);
   });
-  // unapply(e, x, ...): the procedure (x, ...) -> e.
-  defineFunction(state, "unapply", [](State& s, ALGEB args) {
-    if (isNull(args) || argumentCount(args) < 2) {
-      raise(s, "unapply expects an expression and names, received: %1", args);
-    }
-    std::string parameters;
-    for (std::size_t i = 2; i <= argumentCount(args); ++i) {
-      const ALGEB parameter = argument(s, args, i);
-      if (!is(parameter, Tag::name)) {
-        raise(s, "expected an unassigned name, received: %1", parameter);
-      }
-      parameters += (i > 2 ? ", " : "") + std::string(text(parameter));
-    }
-    return s.language->runStatements(
-        s, "(" + parameters + ") -> " + sourceText(s, argument(s, args, 1)) + ":");
-  });
+  defineFunction(state, "unapply", unapply);
   defineFunction(state, "Complex", [](State& s, ALGEB args) {
     requireCount(s, args, 2, "Complex expects two real numbers, received: %1");
     const ALGEB re = argument(s, args, 1);

@@ -69,29 +69,32 @@ Script::Script(Kernel& kernel, std::string text, const std::string& name)
     : impl_(std::make_unique<Impl>(kernel, std::move(text), name)) {}
 Script::~Script() = default;
 
-bool Script::next(Outcome& outcome) {
-  State& state = impl_->state;
-  outcome = Outcome();
-  if (interpreter(state).quit) {
-    return false;
-  }
-  const BigNumberWork work;
-  const auto ended = [&](Outcome::Kind kind, const std::string& text) {
+namespace {
+
+// What an outcome becomes where a statement has no value.
+struct Ending {
+  State& state;
+  Outcome& outcome;
+  std::shared_ptr<Program>& program;
+
+  void ended(Outcome::Kind kind, const std::string& text) {
     outcome.kind = kind;
     outcome.value = Value();
     outcome.error = text;
     outcome.json = jsonError(state, text, text, {});
-  };
+  }
+
   // What the statement held is given back before the next one needs it.
-  const auto outOfMemory = [&] {
+  void outOfMemory() {
     state.error.arguments.clear();
     state.error.message.clear();
-    impl_->program.reset();
+    program.reset();
     ended(Outcome::Kind::error, kNoMemory);
     state.lastError = kNoMemory;
     state.heap.recover();
-  };
-  const auto failed = [&] {
+  }
+
+  void failed() {
     outcome.kind = Outcome::Kind::error;
     if (const TextPlace& raised = state.error.raised; raised.text != nullptr) {
       outcome.raisedIn = *raised.text;
@@ -122,7 +125,19 @@ bool Script::next(Outcome& outcome) {
     } catch (const std::bad_alloc&) {
       outOfMemory();
     }
-  };
+  }
+};
+
+}  // namespace
+
+bool Script::next(Outcome& outcome) {
+  State& state = impl_->state;
+  outcome = Outcome();
+  if (interpreter(state).quit) {
+    return false;
+  }
+  const BigNumberWork work;
+  Ending ending{state, outcome, impl_->program};
   try {
     std::shared_ptr<Program>& program = impl_->program;
     try {
@@ -137,7 +152,7 @@ bool Script::next(Outcome& outcome) {
       impl_->parser.recover();
       return true;
     } catch (const HostErrorToken&) {
-      failed();
+      ending.failed();
       impl_->parser.recover();
       return true;
     }
@@ -154,13 +169,13 @@ bool Script::next(Outcome& outcome) {
       outcome.printed = false;
     }
   } catch (const HostErrorToken&) {
-    failed();
+    ending.failed();
   } catch (const InterruptToken&) {
-    ended(Outcome::Kind::interrupted, kInterrupted);
+    ending.ended(Outcome::Kind::interrupted, kInterrupted);
   } catch (const std::bad_alloc&) {
-    outOfMemory();
+    ending.outOfMemory();
   } catch (const std::length_error&) {
-    outOfMemory();
+    ending.outOfMemory();
   }
   return true;
 }

@@ -22,29 +22,6 @@ namespace vexel {
 
 namespace {
 
-// While it lives, errors stand at the places that the program's evaluation notes.
-class PlaceScope {
- public:
-  PlaceScope(State& state, const Program& program, const Node& node)
-      : interpreter_(interpreter(state)), program_(interpreter_.program), node_(interpreter_.node) {
-    if (program.text != nullptr) {
-      interpreter_.program = &program;
-      interpreter_.node = &node;
-    }
-  }
-  PlaceScope(const PlaceScope&) = delete;
-  PlaceScope& operator=(const PlaceScope&) = delete;
-  ~PlaceScope() {
-    interpreter_.program = program_;
-    interpreter_.node = node_;
-  }
-
- private:
-  Interpreter& interpreter_;
-  const Program* program_;
-  const Node* node_;
-};
-
 class Evaluator {
  public:
   Evaluator(State& state, const std::shared_ptr<Program>& program, ALGEB* slots)

@@ -76,7 +76,6 @@ class Compiler {
   }
 
   // ---- operands
-
   Operand newTemporary() {
     const Operand t{Kind::temporary, static_cast<std::int32_t>(temporaries_++)};
     out_.temporaries = std::max(out_.temporaries, temporaries_);
@@ -90,10 +89,9 @@ class Compiler {
   }
 
   Operand constant(double d) {
-    const auto same = [d](double c) {
-      return std::bit_cast<std::uint64_t>(c) == std::bit_cast<std::uint64_t>(d);
-    };
-    const auto found = std::find_if(out_.constants.begin(), out_.constants.end(), same);
+    const auto bits = [](double c) { return std::bit_cast<std::uint64_t>(c); };
+    const auto found = std::find_if(out_.constants.begin(), out_.constants.end(),
+                                    [&](double c) { return bits(c) == bits(d); });
     const auto i = static_cast<std::int32_t>(found - out_.constants.begin());
     if (found == out_.constants.end()) {
       out_.constants.push_back(d);

@@ -193,25 +193,14 @@ class Printer {
         print(operand(x, 2), kAtom);
         return;
       case Tag::application:
-        print(operand(x, 1), kAtom);
-        out_ += '(';
-        printElements(x, 2, kRelation, false);
-        out_ += ')';
+        printApplication(x);
         return;
       case Tag::equation:
-        printPair(x, " = ", kRange);
-        return;
       case Tag::less:
-        printPair(x, " < ", kRange);
-        return;
       case Tag::lessEqual:
-        printPair(x, " <= ", kRange);
-        return;
       case Tag::unequal:
-        printPair(x, " <> ", kRange);
-        return;
       case Tag::range:
-        printPair(x, " .. ", kSum);
+        printPair(x);
         return;
       case Tag::table:
         printTable(x);
@@ -232,7 +221,6 @@ class Printer {
       case Tag::block:
       case Tag::free:
         out_ += "memory";
-        return;
     }
   }
 
@@ -316,9 +304,23 @@ class Printer {
     out_ += "... (" + std::to_string(elements) + " elements)";
   }
 
-  void printPair(ALGEB x, const char* between, Level place) {
+  void printApplication(ALGEB x) {
+    print(operand(x, 1), kAtom);
+    out_ += '(';
+    printElements(x, 2, kRelation, false);
+    out_ += ')';
+  }
+
+  // An equation, another relation or a range.
+  void printPair(ALGEB x) {
+    const Tag t = tag(x);
+    const Level place = t == Tag::range ? kSum : kRange;
     print(operand(x, 1), place);
-    out_ += between;
+    out_ += t == Tag::equation    ? " = "
+            : t == Tag::less      ? " < "
+            : t == Tag::lessEqual ? " <= "
+            : t == Tag::unequal   ? " <> "
+                                  : " .. ";
     print(operand(x, 2), place);
   }
 
