@@ -452,6 +452,12 @@ ALGEB Evaluator::statement(const Node& node) {
 
 }  // namespace
 
+ALGEB evaluateBody(State& state, const std::shared_ptr<Program>& program, ALGEB* slots,
+                   const Node& body) {
+  const PlaceScope place(state, *program, body);
+  return Evaluator(state, program, slots).value(body);
+}
+
 ALGEB runProgram(State& state, const std::shared_ptr<Program>& program) {
   const auto count = static_cast<std::size_t>(program->top->slots);
   auto* slots = static_cast<ALGEB*>(alloca((count + 1) * sizeof(ALGEB)));
@@ -463,45 +469,7 @@ ALGEB runProgram(State& state, const std::shared_ptr<Program>& program) {
     interpreter(state).quit = true;
     return state.null;
   }
-  const PlaceScope place(state, *program, body);
-  return Evaluator(state, program, slots).value(body);
-}
-
-ALGEB Interpreter::callProcedure(State& state, ALGEB procedureObject, ALGEB args) {
-  checkStack(state);
-  lookAtInterrupt();
-  // The object is on this frame, so program and captured values stay alive.
-  const auto& procedure = static_cast<const LanguageProcedure&>(*foreign(procedureObject));
-  const FunctionCode& code = *procedure.code;
-  std::size_t given = argumentCount(args);
-  if (isNull(args)) {
-    given = code.parameters == 0 ? 0 : 1;
-  }
-  if (given != static_cast<std::size_t>(code.parameters)) {
-    raise(state,
-          "the procedure %1 expects " + std::to_string(code.parameters) +
-              (code.parameters == 1 ? " argument, received: %2" : " arguments, received: %2"),
-          procedureObject, args);
-  }
-  const auto count = static_cast<std::size_t>(code.slots);
-  if (count > 4096) {
-    raise(state, "too many local names");
-  }
-  auto* slots = static_cast<ALGEB*>(alloca((count + 1) * sizeof(ALGEB)));
-  for (std::size_t i = 0; i < count; ++i) {
-    slots[i] = i < given ? argument(state, args, i + 1) : nullptr;
-  }
-  for (std::size_t i = 0; i < code.captures.size(); ++i) {
-    slots[code.captures[i].inner] = procedure.captured[i];
-  }
-  const PlaceScope place(state, *procedure.program, *code.body);
-  try {
-    return Evaluator(state, procedure.program, slots).value(*code.body);
-  } catch (const HostErrorToken&) {
-    state.error.inProcedure = true;
-    state.error.line = 0;  // a place in the procedure, which may come from another text
-    throw;
-  }
+  return evaluateBody(state, program, slots, body);
 }
 
 }  // namespace vexel
