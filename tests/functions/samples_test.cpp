@@ -158,6 +158,21 @@ TEST(Samples, OfDiscreteLaws) {
   EXPECT_LAW(Empirical(x, weights));
 }
 
+TEST(Samples, OfNonCentralLaws) {
+  EXPECT_LAW(NonCentralChiSquare(2.5, 3));
+  EXPECT_LAW(NonCentralChiSquare(0.3, 3));
+  EXPECT_LAW(NonCentralChiSquare(1, 100));
+  EXPECT_LAW(NonCentralChiSquare(0.7, 0));
+  EXPECT_LAW(NonCentralChiSquare(0.9, 1e4));
+  EXPECT_LAW(NonCentralBeta(2, 3, 4));
+  EXPECT_LAW(NonCentralBeta(0.2, 0.3, 4));
+  EXPECT_LAW(NonCentralFRatio(3, 5, 2));
+  EXPECT_LAW(NonCentralFRatio(0.4, 5, 200));
+  EXPECT_LAW(NonCentralStudentT(5, 1));
+  EXPECT_LAW(NonCentralStudentT(0.5, -3));
+  EXPECT_LAW(NonCentralStudentT(100, 20));
+}
+
 // Where doubles end the law is that of the rounded variate.
 TEST(Samples, AtTheEndsOfDoubles) {
   Random rng(1);
