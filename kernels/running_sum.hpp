@@ -4,6 +4,8 @@
 #include <cmath>
 #include <cstddef>
 
+#include "kernels/exact_product.hpp"
+
 namespace vexel::kernels {
 
 // The sum so far.  A sum that passes the largest double is kept in units of 2^70 from there on, so
@@ -42,7 +44,7 @@ class RunningSum {
     }
     add(product);
     if (std::isfinite(product)) {
-      low_ += std::fma(w, x, -product) * (scaled_ ? kUnit : 1);
+      low_ += exactProductError(w, x, product) * (scaled_ ? kUnit : 1);
     }
   }
 

@@ -10,6 +10,7 @@
 
 #include "functions/series/windows.hpp"
 #include "kernels/binning.hpp"
+#include "kernels/exact_product.hpp"
 #include "kernels/exact_totals.hpp"
 #include "kernels/moving_sums.hpp"
 #include "kernels/running_sum.hpp"
@@ -33,7 +34,7 @@ struct Pair {
   }
   void addProduct(double a, double b) {
     const double product = a * b;
-    add(product, std::fma(a, b, -product));
+    add(product, kernels::exactProductError(a, b, product));
   }
   void add(const Pair& other) { add(other.high, other.low); }
   double value() const { return high + low; }
@@ -51,7 +52,8 @@ double quotient(const Pair& a, const Pair& b) {
   if (!std::isfinite(q)) {
     return q;
   }
-  const double rest = (std::fma(-q, b.high, a.high) + a.low) - q * b.low;
+  const double p = q * b.high;
+  const double rest = ((a.high - p) - kernels::exactProductError(q, b.high, p) + a.low) - q * b.low;
   return q + rest / b.high;
 }
 

@@ -52,14 +52,15 @@ DensityGrid& DensityGrid::operator=(const DensityGrid& other) {
 }
 
 DensityGrid& DensityGrid::update(Data x, Data weights) {
-  Cells& c = *cells_;
-  c.missing += takePairs(x, weights, c.policy, [&](double value, double w) {
-    c.weight.add(0, w);
-    GridPlace at{};
-    if (c.grid.place(value, at)) {
-      c.shares.add(at.index, w * (1 - at.share));
-      c.shares.add(at.index + 1, w * at.share);
-    }
+  changeAll(cells_, [&](Cells& c) {
+    c.missing += takePairs(x, weights, c.policy, [&](double value, double w) {
+      c.weight.add(0, w);
+      GridPlace at{};
+      if (c.grid.place(value, at)) {
+        c.shares.add(at.index, w * (1 - at.share));
+        c.shares.add(at.index + 1, w * at.share);
+      }
+    });
   });
   return *this;
 }

@@ -28,17 +28,20 @@ Histogram& Histogram::operator=(const Histogram& other) {
 }
 
 Histogram& Histogram::update(Data x, Data weights) {
-  Cells& c = *cells_;
-  const Binning binning(c.edges, c.equal);
   if (weights.given()) {
-    c.missing += takePairs(x, weights, c.policy, [&](double value, double w) {
-      const std::size_t bin = binning(value);
-      if (bin != Binning::outside) {
-        c.totals.add(bin, w);
-      }
+    changeAll(cells_, [&](Cells& c) {
+      const Binning binning(c.edges, c.equal);
+      c.missing += takePairs(x, weights, c.policy, [&](double value, double w) {
+        const std::size_t bin = binning(value);
+        if (bin != Binning::outside) {
+          c.totals.add(bin, w);
+        }
+      });
     });
     return *this;
   }
+  Cells& c = *cells_;
+  const Binning binning(c.edges, c.equal);
   onElements(x, [&]<typename T>(std::span<const T> points) {
     std::vector<std::uint64_t> counts(binning.bins());
     const std::size_t missing = binning.count(points, counts);

@@ -144,14 +144,15 @@ Ranks& Ranks::operator=(const Ranks& other) {
 }
 
 Ranks& Ranks::update(Data x, Data weights) {
-  Search& s = *search_;
-  if (s.over()) {
+  if (search_->over()) {
     return *this;
   }
-  const std::int64_t missing =
-      takePairs(x, weights, s.policy, [&](double value, double w) { s.take(value, w); });
-  s.missing += s.pass == 1 ? missing : 0;
-  s.fed |= x.size() > 0;
+  changeAll(search_, [&](Search& s) {
+    const std::int64_t missing =
+        takePairs(x, weights, s.policy, [&](double value, double w) { s.take(value, w); });
+    s.missing += s.pass == 1 ? missing : 0;
+    s.fed |= x.size() > 0;
+  });
   return *this;
 }
 

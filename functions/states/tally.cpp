@@ -38,8 +38,8 @@ Tally& Tally::operator=(const Tally& other) {
 }
 
 Tally& Tally::update(Data x, Data weights) {
-  Levels& l = *levels_;
   if (!weights.given()) {
+    Levels& l = *levels_;
     const TallyResult<double> piece = tally(x, {.missing = l.policy});
     for (std::size_t i = 0; i < piece.values.size(); ++i) {
       l.totals.add(l.cell(piece.values[i]), piece.counts[i]);
@@ -47,8 +47,10 @@ Tally& Tally::update(Data x, Data weights) {
     l.missing += static_cast<std::int64_t>(piece.missing);
     return *this;
   }
-  l.missing += takePairs(x, weights, l.policy,
-                         [&](double value, double w) { l.totals.add(l.cell(value), w); });
+  changeAll(levels_, [&](Levels& l) {
+    l.missing += takePairs(x, weights, l.policy,
+                           [&](double value, double w) { l.totals.add(l.cell(value), w); });
+  });
   return *this;
 }
 

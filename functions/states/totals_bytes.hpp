@@ -3,6 +3,7 @@
 
 #include <cmath>
 #include <cstdint>
+#include <memory>
 #include <vector>
 
 #include "functions/bytes.hpp"
@@ -62,6 +63,19 @@ inline std::int64_t getCount(ByteReader& in) {
   const auto count = in.get<std::int64_t>();
   in.check(count >= 0, "a count is negative");
   return count;
+}
+
+// Calls change(state); one that throws on the way leaves the state as it was.  Only a watcher can
+// interrupt after the checks, so only under one is the state copied.
+template <typename State, typename Change>
+void changeAll(std::shared_ptr<State>& state, Change change) {
+  if (kernels::currentWatcher == nullptr) {
+    change(*state);
+    return;
+  }
+  const auto changed = std::make_shared<State>(*state);
+  change(*changed);
+  state = changed;
 }
 
 // take(x, w) for the pairs that are there; returns how many are missing, which raise throws for

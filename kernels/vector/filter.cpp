@@ -6,6 +6,8 @@
 // same bits: a fused multiply-add serves only where its result is exact.
 #include "kernels/filter.hpp"
 
+#include "kernels/exact_product.hpp"
+
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "kernels/vector/filter.cpp"
 #include "kernels/vector/each_target.hpp"
@@ -70,7 +72,7 @@ double recursiveStep(double x, std::span<const double> taps, const double* lates
   for (std::size_t k = 0; k < taps.size(); ++k) {
     const double y = *(latest - k);
     const double product = taps[k] * y;
-    const double lost = std::fma(taps[k], y, -product);
+    const double lost = exactProductError(taps[k], y, product);
     const double next = sum + product;
     const double part = next - sum;
     error += ((sum - (next - part)) + (product - part)) + lost;
