@@ -9,6 +9,7 @@
 #include "gamma_law.hpp"
 
 #include <algorithm>
+#include <array>
 #include <iterator>
 #include <limits>
 
@@ -22,6 +23,7 @@ constexpr double epsilon = std::numeric_limits<double>::epsilon();
 constexpr double nan = std::numeric_limits<double>::quiet_NaN();
 constexpr double infinity = std::numeric_limits<double>::infinity();
 constexpr double leastUniformShape = 20.0;
+constexpr double mostSummed = 24.0;
 constexpr int maxTerms = 100000;  // a guard: the regions end where sums would be long
 
 // 1 or the other tail.
@@ -146,6 +148,25 @@ double GammaLaw::fraction(double x) const {
   return nan;
 }
 
+// The upper tail for a whole shape: exp(-x) times the exponential series' first terms.
+double GammaLaw::wholeUpper(double x) const {
+  static constexpr auto reciprocals = [] {
+    std::array<double, static_cast<std::size_t>(mostSummed) + 1> all{};
+    for (std::size_t k = 1; k < all.size(); ++k) {
+      all[k] = 1.0 / static_cast<double>(k);
+    }
+    return all;
+  }();
+  double sum = 1.0;
+  double term = 1.0;
+  const auto count = static_cast<std::size_t>(a_);
+  for (std::size_t k = 1; k < count; ++k) {
+    term *= x * reciprocals[k];
+    sum += term;
+  }
+  return std::exp(-x) * sum;
+}
+
 // Q(a, x) for a < 1 and x to 1.5: 1 - x^a / Gamma(a + 1) and the rest of the series of the lower
 // tail, either of them without cancellation.
 double GammaLaw::smallUpper(double x) const {
@@ -164,7 +185,10 @@ double GammaLaw::smallUpper(double x) const {
 }
 
 GammaLaw::Part GammaLaw::direct(double x) const {
-  return x < a_ + 1.0 ? Part{series(x), Tail::lower} : Part{fraction(x), Tail::upper};
+  if (x < a_ + 1.0) {
+    return {series(x), Tail::lower};
+  }
+  return {fraction(x), Tail::upper};
 }
 
 bool GammaLaw::uniform(double x) const {
@@ -217,6 +241,12 @@ double GammaLaw::tail(double x, Tail which) const {
   }
   if (a_ < 1.0 && x < 1.5 && upper) {
     return smallUpper(x);
+  }
+  if (a_ <= mostSummed && x < 600.0 && a_ == std::floor(a_)) {
+    const double q = wholeUpper(x);
+    if (upper || q < 0.7) {
+      return upper ? std::min(q, 1.0) : 1.0 - q;
+    }
   }
   const double w = weight(x);
   if (w == 0.0) {

@@ -43,6 +43,7 @@ class GammaLaw {
   Part direct(double x) const;
   double series(double x) const;
   double fraction(double x) const;
+  double wholeUpper(double x) const;
   double smallUpper(double x) const;
   double start(double p, Tail which) const;
 

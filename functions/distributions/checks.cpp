@@ -2,7 +2,6 @@
 #include "functions/distributions/checks.hpp"
 
 #include <charconv>
-#include <cmath>
 #include <stdexcept>
 #include <string>
 
@@ -21,30 +20,6 @@ std::string text(double value) {
 void refuse(const char* law, const char* parameter, const char* allowed, double value) {
   throw std::domain_error(std::string(law) + ": " + parameter + " must be " + allowed + ", got " +
                           text(value));
-}
-
-void requireFinite(const char* law, const char* parameter, double value) {
-  if (!std::isfinite(value)) {
-    refuse(law, parameter, "finite", value);
-  }
-}
-
-void requirePositive(const char* law, const char* parameter, double value) {
-  if (!(value > 0.0) || std::isinf(value)) {
-    refuse(law, parameter, "positive and finite", value);
-  }
-}
-
-void requireNotNegative(const char* law, const char* parameter, double value) {
-  if (!(value >= 0.0) || std::isinf(value)) {
-    refuse(law, parameter, "at least 0 and finite", value);
-  }
-}
-
-void requireProbability(const char* law, const char* parameter, double value) {
-  if (!(value >= 0.0 && value <= 1.0)) {
-    refuse(law, parameter, "in [0, 1]", value);
-  }
 }
 
 void requireExact(const char* law, const char* parameter, std::int64_t value) {

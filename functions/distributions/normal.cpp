@@ -39,7 +39,7 @@ struct Formulas<Normal> : LocationScale<Normal, StandardNormal, &Normal::logScal
 }  // namespace detail
 
 Normal::Normal(const Parameters& parameters)
-    : parameters_(parameters), logScale_(std::log(parameters.sd)) {
+    : parameters_(parameters), logScale_(parameters.sd == 1.0 ? 0.0 : std::log(parameters.sd)) {
   detail::requireFinite(name, "mean", parameters.mean);
   detail::requirePositive(name, "sd", parameters.sd);
 }
