@@ -53,12 +53,23 @@ struct Formulas<ExponentialPower> {
   }
 
  private:
-  double upper(double at) const {
-    return at < 0.0 ? 0.5 + 0.5 * gamma().lower(power(at)) : 0.5 * gamma().upper(power(at));
+  // P(|Z| <= |z|) and its complement; where the power underflows by the density at the middle.
+  double within(double at) const {
+    const double g = power(at);
+    return g > 1e-290 ? gamma().lower(g)
+                      : std::fabs(at) * std::exp(-half() * logTwo - logGamma(1.0 + half()));
   }
+  double beyond(double at) const {
+    const double g = power(at);
+    return g > 1e-290 ? gamma().upper(g) : 1.0 - within(at);
+  }
+  double upper(double at) const { return at < 0.0 ? 0.5 + 0.5 * within(at) : 0.5 * beyond(at); }
   double logUpper(double at) const {
-    return at < 0.0 ? std::log1p(-0.5 * gamma().upper(power(at)))
-                    : gamma().logTail(power(at), nag2::Tail::upper) - logTwo;
+    if (at < 0.0) {
+      return std::log1p(-0.5 * beyond(at));
+    }
+    const double g = power(at);
+    return (g > 1.0 ? gamma().logTail(g, nag2::Tail::upper) : std::log1p(-within(at))) - logTwo;
   }
   double upperQuantile(double q) const {
     const double side = q < 0.5 ? 1.0 : -1.0;
@@ -66,7 +77,8 @@ struct Formulas<ExponentialPower> {
     const double t = middle < 0.5
                          ? gamma().quantile(middle, nag2::Tail::lower)
                          : gamma().quantile(2.0 * std::fmin(q, 1.0 - q), nag2::Tail::upper);
-    return side * std::pow(2.0 * t, half());
+    return t > 1e-290 ? side * std::pow(2.0 * t, half())
+                      : side * middle * std::exp(half() * logTwo + logGamma(1.0 + half()));
   }
 };
 

@@ -9,6 +9,7 @@
 #include "functions/distributions/frame.hpp"
 #include "functions/distributions/gamma_functions.hpp"
 #include "functions/distributions/maximize.hpp"
+#include "functions/distributions/precise.hpp"
 #include "numerics/gamma_law.hpp"
 #include "numerics/special.hpp"
 
@@ -38,17 +39,42 @@ struct Formulas<Gamma> {
     }
     return standard().logDensity(t(x)) - law.logScale_;
   }
-  double cdf(double x) const { return standard().lower(t(x)); }
-  double sf(double x) const { return standard().upper(t(x)); }
-  double logcdf(double x) const { return standard().logTail(t(x), nag2::Tail::lower); }
-  double logsf(double x) const { return standard().logTail(t(x), nag2::Tail::upper); }
-  double quantile(double p) const { return scale() * standard().quantile(p, nag2::Tail::lower); }
-  double isf(double q) const { return scale() * standard().quantile(q, nag2::Tail::upper); }
+  double cdf(double x) const {
+    return nearZero(x) ? std::exp(logStart(x)) : standard().lower(t(x));
+  }
+  double sf(double x) const {
+    return nearZero(x) ? -std::expm1(logStart(x)) : standard().upper(t(x));
+  }
+  double logcdf(double x) const {
+    return nearZero(x) ? logStart(x) : standard().logTail(t(x), nag2::Tail::lower);
+  }
+  double logsf(double x) const {
+    return nearZero(x) ? logOneMinusExp(-logStart(x)) : standard().logTail(t(x), nag2::Tail::upper);
+  }
+  double quantile(double p) const {
+    const double at = standard().quantile(p, nag2::Tail::lower);
+    return at > least ? scale() * at : startQuantile(std::log(p));
+  }
+  double isf(double q) const {
+    const double at = standard().quantile(q, nag2::Tail::upper);
+    return at > least ? scale() * at : startQuantile(std::log1p(-q));
+  }
 
   double mean() const { return shape() * scale(); }
   double var() const { return shape() * scale() * scale(); }
   double skewness() const { return 2.0 / std::sqrt(shape()); }
   double kurtosis() const { return 6.0 / shape(); }
+
+ private:
+  // Where t has no digits left, the lower tail's leading term t^shape / Gamma(shape + 1).
+  static constexpr double least = 1e-290;
+  bool nearZero(double x) const { return t(x) < least; }
+  double logStart(double x) const {
+    return shape() * (std::log(x) - law.logScale_) - logGamma(shape() + 1.0);
+  }
+  double startQuantile(double logP) const {
+    return std::exp(law.logScale_ + (logP + logGamma(shape() + 1.0)) / shape());
+  }
 };
 
 }  // namespace detail

@@ -87,7 +87,8 @@ struct Formulas<InverseGaussian> {
   }
   double logTail(double x, bool left) const {
     const double at = a(x);
-    return -0.5 * at * at - logRootTwoPi + std::log(factor(x, left));
+    const double exponent = -0.5 * at * at - logRootTwoPi;
+    return std::isinf(exponent) ? exponent : exponent + std::log(factor(x, left));
   }
   double inverse(double p, bool upper) const {
     // By the tail that is below the mean's, or above it.

@@ -32,12 +32,14 @@ struct Formulas<Maxwell> {
   Interval support() const { return {0.0, infinity}; }
   double pdf(double x) const {
     const double t = x / scale();
-    return std::exp(-0.5 * t * t) * (t * (2.0 / rootTwoPi)) * (t / scale());
+    const double h = 0.5 * t * t;
+    return std::isinf(h) ? 0.0 : std::exp(-h) * (t * (2.0 / rootTwoPi)) * (t / scale());
   }
   double logpdf(double x) const {
-    return x == 0.0 ? -infinity
-                    : 2.0 * std::log(x / scale()) - halfSquare(x) - law.logScale_ +
-                          (logTwo - logRootTwoPi);
+    const double h = halfSquare(x);
+    return x == 0.0 || std::isinf(h)
+               ? -infinity
+               : 2.0 * std::log(x / scale()) - h - law.logScale_ + (logTwo - logRootTwoPi);
   }
   double cdf(double x) const { return standard().lower(halfSquare(x)); }
   double sf(double x) const { return standard().upper(halfSquare(x)); }

@@ -25,7 +25,10 @@ struct StandardMoyal {
   static constexpr double kurtosis = 4.0;
 
   static double pdf(double z) { return std::exp(logpdf(z)); }
-  static double logpdf(double z) { return -0.5 * (z + std::exp(-z)) - logRootTwoPi; }
+  static double logpdf(double z) {
+    const double e = std::exp(-z);
+    return std::isinf(e) ? -infinity : -0.5 * (z + e) - logRootTwoPi;
+  }
   static double cdf(double z) { return 2.0 * nag2::normalLower(-std::exp(-0.5 * z)); }
   static double sf(double z) { return normalCentral(std::exp(-0.5 * z)); }
   static double logcdf(double z) {

@@ -2,6 +2,8 @@
 //
 // N. L. Johnson, S. Kotz and N. Balakrishnan, Continuous Univariate Distributions, volume 2, 2nd
 // edition (1995), chapter 29.
+#include <numbers>
+
 #include "functions/distributions/poisson_mixture.hpp"
 #include "vexel/distributions/gamma.hpp"
 #include "vexel/distributions/noncentral.hpp"
@@ -23,8 +25,16 @@ struct Formulas<NonCentralChiSquare> : PoissonMixture<Formulas<NonCentralChiSqua
   ChiSquare central() const { return ChiSquare(df()); }
   nag2::NoncentralChiSquareLaw mixture() const { return {df(), nc()}; }
   static double at(double x) { return x; }
+  double growth(double x) const { return 0.5 * (1.0 + x / df()); }
 
   Interval support() const { return {0.0, infinity}; }
+  // Beyond all sums the density is half the upper tail.
+  bool beyond(double x) const { return x > 1e15 * (1.0 + df() + nc()); }
+  double pdf(double x) const { return beyond(x) ? 0.0 : PoissonMixture::pdf(x); }
+  double logpdf(double x) const {
+    return beyond(x) ? logsf(x) - std::numbers::ln2 : PoissonMixture::logpdf(x);
+  }
+  double sf(double x) const { return beyond(x) ? 0.0 : PoissonMixture::sf(x); }
 
   double mean() const { return df() + nc(); }
   double var() const { return 2.0 * (df() + 2.0 * nc()); }

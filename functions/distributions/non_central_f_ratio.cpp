@@ -55,6 +55,7 @@ struct Formulas<NonCentralFRatio> : PoissonMixture<Formulas<NonCentralFRatio>> {
   FRatio central() const { return FRatio(df1(), df2()); }
   const nag2::NoncentralFLaw& mixture() const { return law.f_.get<nag2::NoncentralFLaw>(); }
   static double at(double x) { return x; }
+  double growth(double) const { return 1.0 + df2() / df1(); }
 
   Interval support() const { return {0.0, infinity}; }
 

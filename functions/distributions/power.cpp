@@ -60,7 +60,7 @@ struct Formulas<Power> {
 }  // namespace detail
 
 Power::Power(const Parameters& parameters)
-    : parameters_(parameters), logRate_(std::log(parameters.shape / parameters.maximum)) {
+    : parameters_(parameters), logRate_(std::log(parameters.shape) - std::log(parameters.maximum)) {
   detail::requirePositive(name, "shape", parameters.shape);
   detail::requirePositive(name, "maximum", parameters.maximum);
 }

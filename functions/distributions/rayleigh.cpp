@@ -23,9 +23,13 @@ struct Formulas<Rayleigh> {
   }
 
   Interval support() const { return {0.0, infinity}; }
-  double pdf(double x) const { return std::exp(-halfSquare(x)) * (x / scale()) / scale(); }
+  double pdf(double x) const {
+    const double h = halfSquare(x);
+    return std::isinf(h) ? 0.0 : std::exp(-h) * (x / scale()) / scale();
+  }
   double logpdf(double x) const {
-    return x == 0.0 ? -infinity : std::log(x / scale()) - law.logScale_ - halfSquare(x);
+    const double h = halfSquare(x);
+    return x == 0.0 || std::isinf(h) ? -infinity : std::log(x / scale()) - law.logScale_ - h;
   }
   double cdf(double x) const { return -std::expm1(-halfSquare(x)); }
   double sf(double x) const { return std::exp(-halfSquare(x)); }

@@ -49,8 +49,10 @@ struct Formulas<Triangular> {
   double logsf(double x) const {
     return x <= mode() ? std::log1p(-below(x)) : logPart(b() - x, b() - mode(), above(x));
   }
-  double quantile(double p) const { return p <= left() ? fromLeft(p) : fromRight(1.0 - p); }
-  double isf(double q) const { return q <= right() ? fromRight(q) : fromLeft(1.0 - q); }
+  double quantile(double p) const {
+    return p <= left() ? fromLeft(p, 1.0 - p) : fromRight(1.0 - p, p);
+  }
+  double isf(double q) const { return q <= right() ? fromRight(q, 1.0 - q) : fromLeft(1.0 - q, q); }
 
   double mean() const { return a() + ((mode() - a()) + width()) / 3.0; }
   double var() const { return spread() / 18.0; }
@@ -70,8 +72,22 @@ struct Formulas<Triangular> {
   double logPart(double part, double side, double tail) const {
     return tail > 1e-290 ? std::log(tail) : std::log(part / width()) + std::log(part / side);
   }
-  double fromLeft(double p) const { return a() + width() * std::sqrt(p * left()); }
-  double fromRight(double q) const { return b() - width() * std::sqrt(q * right()); }
+  double fromLeft(double p, double rest) const {
+    const double u = mode() - a();
+    const double square = p * (width() / u);
+    return square < 0.5 ? a() + u * std::sqrt(square)
+                        : mode() - nearMode(u, square, rest - p * ((b() - mode()) / u));
+  }
+  double fromRight(double q, double rest) const {
+    const double v = b() - mode();
+    const double square = q * (width() / v);
+    return square < 0.5 ? b() - v * std::sqrt(square)
+                        : mode() + nearMode(v, square, rest - q * ((mode() - a()) / v));
+  }
+  // side (1 - sqrt(square)), gap = 1 - square being known without cancellation.
+  static double nearMode(double side, double square, double gap) {
+    return side * (std::fmax(0.0, gap) / (1.0 + std::sqrt(square)));
+  }
   double spread() const {
     const double u = mode() - a();
     const double v = b() - mode();

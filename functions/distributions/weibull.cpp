@@ -30,6 +30,9 @@ struct Formulas<Weibull> {
       return c < 1.0 ? infinity : c > 1.0 ? 0.0 : 1.0 / scale();
     }
     const double w = power(x);
+    if (std::isinf(w)) {
+      return 0.0;
+    }
     // shape - 1 would be rounded; the power itself underflows before the density does.
     return w > 1e-290 ? w * std::exp(-w) / x * c : std::pow(x / scale(), c - 1.0) * (c / scale());
   }
@@ -65,7 +68,7 @@ struct Formulas<Weibull> {
 }  // namespace detail
 
 Weibull::Weibull(const Parameters& parameters)
-    : parameters_(parameters), logRate_(std::log(parameters.shape / parameters.scale)) {
+    : parameters_(parameters), logRate_(std::log(parameters.shape) - std::log(parameters.scale)) {
   detail::requirePositive(name, "shape", parameters.shape);
   detail::requirePositive(name, "scale", parameters.scale);
 }
