@@ -3,6 +3,7 @@
 #include "functions/correlation.hpp"
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
 #include <cstdint>
 #include <utility>
@@ -122,14 +123,18 @@ DoubleDouble sortCounting(std::vector<Ranked>& all) {
   std::vector<Ranked> scratch(all.size());
   DoubleDouble changed = 0.0;
   const std::size_t n = all.size();
+  const auto passes = static_cast<double>(std::bit_width(n));
   for (std::size_t width = 1; width < n; width *= 2) {
     for (std::size_t i = 0; i < n; i += 2 * width) {
+      if (i % kernels::pollInterval == 0) {
+        kernels::poll(
+            (std::bit_width(width) - 1 + static_cast<double>(i) / static_cast<double>(n)) / passes);
+      }
       const std::size_t middle = std::min(i + width, n);
       const std::size_t end = std::min(i + 2 * width, n);
       changed = changed + merge(&all[i], all.data() + middle, all.data() + end, &scratch[i]);
     }
     all.swap(scratch);
-    kernels::poll(static_cast<double>(width) / static_cast<double>(n));
   }
   return changed;
 }

@@ -20,11 +20,28 @@ namespace {
 using kernels::DoubleDouble;
 using kernels::ExactSum;
 
+// A sum of lanes to 2^-100, in little room: a matrix has many.
+class LaneSum {
+ public:
+  void add(const double* lanes) {
+    for (std::size_t i = 0; i < kernels::sumLanes; ++i) {
+      sum_ = sum_ + DoubleDouble(lanes[i]);
+    }
+  }
+  void add(DoubleDouble x) { sum_ = sum_ + x; }
+  DoubleDouble value() const { return sum_; }
+  // Far from where its terms overflow or vanish.
+  bool inRange() const { return std::isfinite(sum_.high) && std::fabs(sum_.high) > 0x1p-600; }
+
+ private:
+  DoubleDouble sum_;
+};
+
 // Sums of w d and w d e, where d and e are differences from the centers of two columns.
 class ProductSums {
  public:
-  ProductSums(std::vector<double> centers, bool diagonal)
-      : centers_(std::move(centers)), diagonal_(diagonal), first_(centers_.size()) {
+  ProductSums(std::vector<double> centers, bool diagonal, std::size_t rows)
+      : centers_(std::move(centers)), diagonal_(diagonal), rows_(rows), first_(centers_.size()) {
     const std::size_t k = centers_.size();
     products_.resize(k * (k + 1) / 2);
   }
@@ -33,6 +50,9 @@ class ProductSums {
     addWeights(weight_, w, n);
     std::size_t at = 0;
     for (std::size_t i = 0; i < centers_.size(); ++i) {
+      if (centers_.size() > kMany) {
+        kernels::poll(done_ / static_cast<double>(rows_));
+      }
       for (std::size_t j = i; j < centers_.size(); ++j, ++at) {
         if (diagonal_ || i != j) {
           if (w == nullptr) {
@@ -43,17 +63,14 @@ class ProductSums {
         }
       }
     }
+    done_ += static_cast<double>(n);
   }
 
   // Whether nothing overflowed and no sum is near where products vanish.
   bool inRange() const {
-    return std::all_of(products_.begin(), products_.end(),
-                       [](const ExactSum& s) {
-                         return s.finite() && s.scaled().value.high != 0.0 &&
-                                s.scaled().exponent > -600;
-                       }) ||
-           (!diagonal_ && products_[1].finite() && products_[1].scaled().value.high != 0.0 &&
-            products_[1].scaled().exponent > -600);
+    return diagonal_ ? std::all_of(products_.begin(), products_.end(),
+                                   [](const LaneSum& s) { return s.inRange(); })
+                     : products_[1].inRange();
   }
 
   DoubleDouble weight() const { return weight_.inTwo(); }
@@ -63,23 +80,25 @@ class ProductSums {
     std::size_t at = 0;
     for (std::size_t i = 0; i < centers_.size(); ++i) {
       for (std::size_t j = i; j < centers_.size(); ++j, ++at) {
-        result.push_back(products_[at].inTwo() / weight() - shift(i) * shift(j));
+        result.push_back(products_[at].value() / weight() - shift(i) * shift(j));
       }
     }
     return result;
   }
 
  private:
+  static constexpr std::size_t kMany = 16;  // columns, of which a block takes long
+
   // The sums of d come along with pairs of neighbours; in a matrix, with the diagonal.
   bool wantsFirst(std::size_t i, std::size_t j) const { return diagonal_ ? i == j : true; }
 
   void takePair(const double* x, const double* y, std::size_t n, std::size_t i, std::size_t j,
-                ExactSum& product) {
+                LaneSum& product) {
     double xs[kernels::powerLanes];
     double ys[kernels::powerLanes];
     double products[kernels::sumLanes];
     kernels::productsInLanes(x, y, n, centers_[i], centers_[j], xs, ys, products);
-    product.add({products, kernels::sumLanes});
+    product.add(products);
     if (wantsFirst(i, j)) {
       first_[i].add({xs, kernels::powerLanes});
       if (i != j) {
@@ -89,14 +108,16 @@ class ProductSums {
   }
 
   void takeWeighted(const double* x, const double* y, const double* w, std::size_t n, std::size_t i,
-                    std::size_t j, ExactSum& product) {
+                    std::size_t j, LaneSum& product) {
     d_.resize(n);
     e_.resize(n);
     for (std::size_t r = 0; r < n; ++r) {
       d_[r] = w[r] * (x[r] - centers_[i]);
       e_[r] = y[r] - centers_[j];
     }
-    addProducts(product, d_.data(), e_.data(), n);
+    ExactSum sum;
+    addProducts(sum, d_.data(), e_.data(), n);
+    product.add(sum.inTwo());
     if (wantsFirst(i, j)) {
       addBlock(first_[i], d_.data(), n);
       if (i != j) {
@@ -107,8 +128,10 @@ class ProductSums {
 
   std::vector<double> centers_;
   bool diagonal_;
+  std::size_t rows_;
+  double done_ = 0.0;
   std::vector<ExactSum> first_;
-  std::vector<ExactSum> products_;
+  std::vector<LaneSum> products_;
   ExactSum weight_;
   std::vector<double> d_;
   std::vector<double> e_;
@@ -124,7 +147,7 @@ bool lookAround(const Rows& rows, bool diagonal, Comoments& result) {
     deviations.push_back(rows.rough(j).deviation);
   }
   for (int again = 0;; ++again) {
-    ProductSums sums(centers, diagonal);
+    ProductSums sums(centers, diagonal, rows.size());
     const auto found = rows.present(
         [&](const double* const* x, const double* w, std::size_t n) { sums.take(x, w, n); });
     result.defined = !rows.undefined(found);
