@@ -127,8 +127,8 @@ DoubleDouble sortCounting(std::vector<Ranked>& all) {
   for (std::size_t width = 1; width < n; width *= 2) {
     for (std::size_t i = 0; i < n; i += 2 * width) {
       if (i % kernels::pollInterval == 0) {
-        kernels::poll(
-            (std::bit_width(width) - 1 + static_cast<double>(i) / static_cast<double>(n)) / passes);
+        const auto pass = static_cast<double>(std::bit_width(width) - 1);
+        kernels::poll((pass + static_cast<double>(i) / static_cast<double>(n)) / passes);
       }
       const std::size_t middle = std::min(i + width, n);
       const std::size_t end = std::min(i + 2 * width, n);
