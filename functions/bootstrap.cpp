@@ -6,6 +6,7 @@
 #include <stdexcept>
 #include <string>
 
+#include "functions/order_replicates.hpp"
 #include "functions/text.hpp"
 #include "kernels/variates/resample.hpp"
 #include "kernels/watch.hpp"
@@ -324,6 +325,12 @@ Bootstrap bootstrap(Data x, Statistic statistic, Random& rng, const BootstrapOpt
     const double divisor = isMean ? static_cast<double>(values.size()) : 1;
     b.replicates = totalsOf(sum, divisor, options.replicates, rng);
     estimate = totalOf(sum, divisor);
+  } else if (OrderReplicates::serves(statistic, values.size())) {
+    OrderReplicates orders(statistic, values);
+    const kernels::Positions positions(values.size());
+    b.replicates =
+        replicated(options.replicates, values.size(), [&] { return orders.next(positions, rng); });
+    estimate = orders.estimate();
   } else {
     b.replicates = replicatesOf(
         values, [statistic](std::span<const double> y) { return valueOf(statistic, y); },

@@ -6,6 +6,7 @@
 #include <bit>
 #include <cmath>
 #include <numeric>
+#include <vexel/interruption.hpp>
 #include <vexel/random.hpp>
 
 namespace {
@@ -233,6 +234,22 @@ TEST(Random, IntegersAreUnbiasedAtEverySize) {
   for (const int count : thirds) {
     EXPECT_NEAR(count, 100000, 5 * 258);
   }
+}
+
+TEST(Random, LongWorkIsInterruptible) {
+  Random rng(1);
+  std::vector<double> x(10000000);
+  int reports = 0;
+  const vexel::Watch watch([&](double done) {
+    EXPECT_GE(done, 0);
+    EXPECT_LE(done, 1);
+    return ++reports % 3 != 0;
+  });
+  const auto interrupted = [&](auto work) { EXPECT_THROW(work(), vexel::Interrupted); };
+  interrupted([&] { rng.uniform(x); });
+  interrupted([&] { rng.normal(x); });
+  interrupted([&] { vexel::shuffle(x, rng); });
+  interrupted([&] { vexel::Urn({1, 2}).sample(10000000, rng); });
 }
 
 }  // namespace
