@@ -13,6 +13,10 @@ class GammaFamily {
   double shape() const { return a_; }
   static double offset() { return 0.0; }
   bool belowMean(double mean) const { return y_ < a_ + mean; }
+  bool farBelowMean(double mean) const {
+    const double below = a_ + mean - y_;
+    return below > 0.0 && below * below > a_ + 2.0 * mean;
+  }
   // j (a + j) = mean y.
   double peak(double mean) const {
     const double c = mean * y_;
@@ -21,6 +25,7 @@ class GammaFamily {
   double curve(double j) const { return 1.0 / (j + 1.0) + 1.0 / (a_ + j + 1.0); }
   double fall() const { return y_ / (a_ + 1.0); }
   double growth(double j) const { return (a_ + j + 1.0) * inverse_; }
+  double ratio(double j) const { return y_ / (a_ + j + 1.0); }
   double drift() const { return std::fma(inverse_, y_, -1.0); }
   Piece decrement(double j) const {
     const Piece p = PowerPiece(a_ + j).at(y_, y_ - (a_ + j));
@@ -55,6 +60,10 @@ class BetaFamily {
   double shape() const { return a_; }
   double offset() const { return offset_; }
   bool belowMean(double mean) const { return at_.x * b_ < (a_ + mean) * at_.y; }
+  bool farBelowMean(double mean) const {
+    const double below = (a_ + mean) * at_.y - b_ * at_.x;
+    return below > 0.0 && below * below > (a_ + 2.0 * mean) * (b_ / (a_ + mean + b_));
+  }
   // j (a + j) = mean x (a + b + j).
   double peak(double mean) const {
     const double c = mean * at_.x;
@@ -67,6 +76,7 @@ class BetaFamily {
   }
   double fall() const { return at_.x * ((a_ + b_) / (a_ + 1.0)); }
   double growth(double j) const { return (a_ + j + 1.0) / (a_ + b_ + j) * inverse_; }
+  double ratio(double j) const { return at_.x * (a_ + b_ + j) / (a_ + j + 1.0); }
   // Near 1 the complement knows x better than x itself.
   double drift() const {
     const double rest = at_.x > 0.5 ? (1.0 - at_.x) - at_.y : 0.0;

@@ -18,24 +18,6 @@ constexpr double infinity = std::numeric_limits<double>::infinity();
 
 Tail other(Tail which) { return which == Tail::lower ? Tail::upper : Tail::lower; }
 
-// Tail, and density times the argument, in one sum; the tail that was asked for.
-struct Point {
-  double tail;
-  double scaledDensity;
-  double meanIndex;
-};
-
-template <typename Family>
-Point pointOf(const Family& family, double mean, Tail which) {
-  const Tail small = family.belowMean(mean) ? Tail::lower : Tail::upper;
-  MixtureSums sums = mixtureSums(family, mean, small, false);
-  double value = inUnits(sums.tail, sums) + (small == Tail::lower ? 0.0 : family.centralUpper());
-  if (small != which) {
-    value = value < 0.7 ? 1.0 - value : mixtureTail(family, mean, which);
-  }
-  return {value, inUnits(sums.density, sums), sums.meanIndex};
-}
-
 // A normal start for the quantile of the chi-square law with df degrees of freedom.
 double chiSquareStart(double df, double p, Tail which) {
   const double z = which == Tail::lower ? normalInverse(p) : -normalInverse(p);
@@ -108,8 +90,8 @@ double NoncentralChiSquareLaw::quantile(double p, Tail which) const {
   return invertTail(
       [&](double x) {
         const GammaFamily family(0.5 * df_, 0.5 * x);
-        const Point at = pointOf(family, 0.5 * nc_, which);
-        return TailSlope{logQuotient(at.tail, p), sign * at.scaledDensity / at.tail,
+        const MixturePoint at = mixturePoint(family, 0.5 * nc_, which);
+        return TailSlope{logQuotient(at.tail, p), sign * at.density / at.tail,
                          family.bend(at.meanIndex)};
       },
       which == Tail::lower, start, 0.0, 1e15 * (df_ + nc_));
@@ -173,12 +155,12 @@ UnitPair NoncentralBetaLaw::quantile(double p, Tail which) const {
     const double sign = (which == Tail::lower) != mirrored ? 1.0 : -1.0;
     const auto at = [&](double u) {
       const UnitPair point = mirrored ? UnitPair{1.0 - u, u} : UnitPair{u, 1.0 - u};
-      const Point value = pointOf(BetaFamily(a_, b_, point), mean, which);
+      const MixturePoint value = mixturePoint(BetaFamily(a_, b_, point), mean, which);
       const double power = a_ + value.meanIndex;
       const double bend = mirrored ? b_ - (power - 1.0) * (point.y / point.x)
                                    : power - (b_ - 1.0) * (point.x / point.y);
-      return TailSlope{logQuotient(value.tail, p),
-                       sign * value.scaledDensity / (1.0 - u) / value.tail, bend};
+      return TailSlope{logQuotient(value.tail, p), sign * value.density / (1.0 - u) / value.tail,
+                       bend};
     };
     return invertTail(at, (which == Tail::lower) != mirrored, from, 0.0, mostOfOne);
   };

@@ -151,17 +151,78 @@ inline double logSum(double x, double y) {
   return high == -HUGE_VAL ? high : high + std::log1p(std::exp(std::fmin(x, y) - high));
 }
 
-// The mixture's tail; the sum of the smaller one, and of the other where that has no digits left.
+// A tail, with the density times the argument and the mean index of its terms.
+struct MixturePoint {
+  double tail;
+  double density;
+  double meanIndex;
+};
+
+// For a small mean upwards from the index 0: the central upper tail and its decrement there, then
+// additions alone.  False where terms are many or the first one underflows.
 template <typename Family>
-double mixtureTail(const Family& family, double mean, Tail which) {
+bool sumUpwards(const Family& family, double mean, MixturePoint* upper) {
+  constexpr double mostUpward = 32.0;
+  const double peak = family.peak(mean);
+  if (!(mean < mostUpward && peak < 2.0 * mostUpward)) {
+    return false;
+  }
+  const Piece first = family.decrement(0.0);
+  double d = first.factor * std::exp(-first.exponent);
+  if (!(d > 1e-250 && d < 1e250)) {
+    return false;
+  }
+  double w = std::exp(-mean);
+  double q = family.centralUpper();
+  double moment = 0.0;
+  *upper = {0.0, 0.0, 0.0};
+  const double shape = family.shape();
+  for (double j = 0.0; j < 300.0; j += 1.0) {
+    const double product = w * d * (shape + j);
+    upper->density += product;
+    moment += product * j;
+    const double term = w * q;
+    upper->tail += term;
+    if (j > peak && term < 1e-17 * upper->tail && product < 1e-17 * upper->density) {
+      upper->meanIndex = moment / upper->density;
+      return true;
+    }
+    q += d;
+    w *= mean / (j + 1.0);
+    d *= family.ratio(j);
+  }
+  return false;
+}
+
+// The sum of the smaller tail, and of the other where that has no digits left.
+template <typename Family>
+MixturePoint mixturePoint(const Family& family, double mean, Tail which) {
+  if (MixturePoint upper{};
+      (which == Tail::upper || !family.farBelowMean(mean)) && sumUpwards(family, mean, &upper)) {
+    if (which == Tail::upper) {
+      return upper;
+    }
+    if (upper.tail < 0.85) {
+      return {1.0 - upper.tail, upper.density, upper.meanIndex};
+    }
+  }
   const auto direct = [&](Tail side) {
     const MixtureSums sums = mixtureSums(family, mean, side, false);
     const double value = inUnits(sums.tail, sums);
-    return side == Tail::lower ? value : value + family.centralUpper();
+    return MixturePoint{side == Tail::lower ? value : value + family.centralUpper(),
+                        inUnits(sums.density, sums), sums.meanIndex};
   };
   const Tail small = family.belowMean(mean) ? Tail::lower : Tail::upper;
-  const double value = direct(small);
-  return small == which ? value : value < 0.7 ? 1.0 - value : direct(which);
+  MixturePoint point = direct(small);
+  if (small != which) {
+    point.tail = point.tail < 0.7 ? 1.0 - point.tail : direct(which).tail;
+  }
+  return point;
+}
+
+template <typename Family>
+double mixtureTail(const Family& family, double mean, Tail which) {
+  return mixturePoint(family, mean, which).tail;
 }
 
 template <typename Family>
