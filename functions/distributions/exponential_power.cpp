@@ -63,15 +63,22 @@ struct Formulas<ExponentialPower> {
     const double g = power(at);
     return g > 1e-290 ? gamma().upper(g) : 1.0 - within(at);
   }
+  double logBeyond(double at) const {
+    const double g = power(at);
+    return g > 1e-290 ? gamma().logTail(g, nag2::Tail::upper) : std::log1p(-within(at));
+  }
   double upper(double at) const { return at < 0.0 ? 0.5 + 0.5 * within(at) : 0.5 * beyond(at); }
   double logUpper(double at) const {
     if (at < 0.0) {
       return std::log1p(-0.5 * beyond(at));
     }
-    const double g = power(at);
-    return (g > 1.0 ? gamma().logTail(g, nag2::Tail::upper) : std::log1p(-within(at))) - logTwo;
+    const double inside = within(at);
+    return (inside < 0.5 ? std::log1p(-inside) : logBeyond(at)) - logTwo;
   }
   double upperQuantile(double q) const {
+    if (q == 0.5) {
+      return 0.0;
+    }
     const double side = q < 0.5 ? 1.0 : -1.0;
     const double middle = std::fabs(1.0 - 2.0 * q);  // P(|Z| < |z|)
     const double t = middle < 0.5

@@ -51,7 +51,11 @@ struct Formulas<InverseGaussian> {
 
   double mu() const { return law.parameters_.mean; }
   double shape() const { return law.parameters_.shape; }
-  double root(double x) const { return std::sqrt(shape() / x); }
+  double root(double x) const {
+    const double quotient = shape() / x;
+    return quotient > 0.0 && std::isfinite(quotient) ? std::sqrt(quotient)
+                                                     : std::sqrt(shape()) / std::sqrt(x);
+  }
   double a(double x) const { return (x - mu()) / mu() * root(x); }
 
   Interval support() const { return {0.0, infinity}; }

@@ -32,8 +32,8 @@ struct Formulas<Maxwell> {
   Interval support() const { return {0.0, infinity}; }
   double pdf(double x) const {
     const double t = x / scale();
-    const double h = 0.5 * t * t;
-    return std::isinf(h) ? 0.0 : std::exp(-h) * (t * (2.0 / rootTwoPi)) * (t / scale());
+    const double e = std::exp(-0.5 * t * t);
+    return e == 0.0 ? 0.0 : e * (t * (2.0 / rootTwoPi)) * (t / scale());
   }
   double logpdf(double x) const {
     const double h = halfSquare(x);

@@ -28,13 +28,20 @@ struct Formulas<NonCentralChiSquare> : PoissonMixture<Formulas<NonCentralChiSqua
   double growth(double x) const { return 0.5 * (1.0 + x / df()); }
 
   Interval support() const { return {0.0, infinity}; }
-  // Beyond all sums the density is half the upper tail.
+  // Beyond all sums the upper tail is exp(-(sqrt(x) - sqrt(nc))^2 / 2) and twice the density, up to
+  // powers of x that its logarithm does not feel.
   bool beyond(double x) const { return x > 1e15 * (1.0 + df() + nc()); }
   double pdf(double x) const { return beyond(x) ? 0.0 : PoissonMixture::pdf(x); }
   double logpdf(double x) const {
     return beyond(x) ? logsf(x) - std::numbers::ln2 : PoissonMixture::logpdf(x);
   }
+  double cdf(double x) const { return beyond(x) ? 1.0 : PoissonMixture::cdf(x); }
   double sf(double x) const { return beyond(x) ? 0.0 : PoissonMixture::sf(x); }
+  double logcdf(double x) const { return beyond(x) ? 0.0 : PoissonMixture::logcdf(x); }
+  double logsf(double x) const {
+    const double root = std::sqrt(x) - std::sqrt(nc());
+    return beyond(x) ? -0.5 * root * root : PoissonMixture::logsf(x);
+  }
 
   double mean() const { return df() + nc(); }
   double var() const { return 2.0 * (df() + 2.0 * nc()); }

@@ -19,7 +19,10 @@ struct Formulas<Pareto> {
   double exponent(double x) const { return shape() * logRatio(x, minimum()); }
 
   Interval support() const { return {minimum(), infinity}; }
-  double pdf(double x) const { return sf(x) * (shape() / x); }
+  double pdf(double x) const {
+    const double tail = sf(x);
+    return tail == 0.0 ? 0.0 : tail * (shape() / x);
+  }
   double logpdf(double x) const { return law.logShape_ - std::log(x) - exponent(x); }
   double cdf(double x) const { return -std::expm1(-exponent(x)); }
   double sf(double x) const { return std::exp(-exponent(x)); }

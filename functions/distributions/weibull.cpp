@@ -41,7 +41,8 @@ struct Formulas<Weibull> {
     if (x == 0.0) {
       return c < 1.0 ? infinity : c > 1.0 ? -infinity : law.logRate_;
     }
-    return law.logRate_ + (c - 1.0) * logRatio(x, scale()) - power(x);
+    const double w = power(x);
+    return std::isinf(w) ? -infinity : law.logRate_ + (c - 1.0) * logRatio(x, scale()) - w;
   }
   double cdf(double x) const { return -std::expm1(-power(x)); }
   double sf(double x) const { return std::exp(-power(x)); }
