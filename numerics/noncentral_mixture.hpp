@@ -197,14 +197,13 @@ bool sumUpwards(const Family& family, double mean, MixturePoint* upper) {
 // The sum of the smaller tail, and of the other where that has no digits left.
 template <typename Family>
 MixturePoint mixturePoint(const Family& family, double mean, Tail which) {
+  // Only where the lower tail has digits left as a complement: tails then add up to 1.
   if (MixturePoint upper{};
-      (which == Tail::upper || !family.farBelowMean(mean)) && sumUpwards(family, mean, &upper)) {
-    if (which == Tail::upper) {
-      return upper;
+      !family.farBelowMean(mean) && sumUpwards(family, mean, &upper) && upper.tail < 0.85) {
+    if (which == Tail::lower) {
+      upper.tail = 1.0 - upper.tail;
     }
-    if (upper.tail < 0.85) {
-      return {1.0 - upper.tail, upper.density, upper.meanIndex};
-    }
+    return upper;
   }
   const auto direct = [&](Tail side) {
     const MixtureSums sums = mixtureSums(family, mean, side, false);

@@ -264,7 +264,7 @@ double NoncentralStudentLaw::positiveTail(double x, double delta, Tail which) co
   const bool wantUpper = x > delta - 1.2;
   const Point at = pointAt(x, delta, wantUpper);
   const double computed = wantUpper ? at.upper : at.lower;
-  if ((which == Tail::upper) == wantUpper || computed < 0.9) {
+  if (computed < 0.9) {
     return which == Tail::upper ? at.upper : at.lower;
   }
   const Point turned = pointAt(x, delta, !wantUpper);
