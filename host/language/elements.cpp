@@ -28,6 +28,11 @@ V_INT indexValue(State& state, ALGEB i) {
 // are one key.
 ALGEB tableKey(State& state, ALGEB t, std::span<const ALGEB> index) {
   const ALGEB key = sequenceOf(state, index);
+  // t[mean]: the parts of a summary are under names, some of which are those of functions.
+  if (is(key, Tag::function) && table(t).find(key) == nullptr) {
+    const ALGEB asName = name(state, machineFunction(key).name);
+    return table(t).find(asName) != nullptr ? asName : key;
+  }
   if ((!isSequence(key) && !isList(key)) || isNull(key) || table(t).find(key) != nullptr) {
     return key;
   }
@@ -235,6 +240,12 @@ ALGEB indexed(State& state, ALGEB x, std::span<const ALGEB> index) {
     const V_INT at = place(state, {1, static_cast<V_INT>(countOf(x))}, index[0]);
     const ALGEB found = element(state, x, static_cast<std::size_t>(at) + 1);
     return index.size() == 1 ? found : indexed(state, found, index.subspan(1));
+  }
+  if (is(x, Tag::foreign) && index.size() == 1) {
+    if (const ALGEB found = foreign(x)->field(state, plainText(state, index[0]))) {
+      return found;
+    }
+    raise(state, "%1 has no part %2", x, index[0]);
   }
   if (is(x, Tag::name) || is(x, Tag::function)) {
     std::string subscripted = plainText(state, x) + "[";

@@ -1,16 +1,13 @@
-// The evaluator: a walk over the tree with values in the machine stack's frames, where the
-// collector sees them.
-
-#include "language/evaluator.hpp"
+// The evaluator of expressions: a walk over the tree with values in the machine stack's frames,
+// where the collector sees them.
 
 #include <alloca.h>
 
 #include "language/elements.hpp"
+#include "language/evaluator_frame.hpp"
 #include "language/hardware.hpp"
-#include "language/interpreter.hpp"
 #include "language/procedure.hpp"
 #include "mathematics/algebra.hpp"
-#include "mathematics/comparison.hpp"
 #include "mathematics/elementwise.hpp"
 #include "mathematics/evaluation.hpp"
 #include "values/errors.hpp"
@@ -19,39 +16,6 @@
 #include "values/text.hpp"
 
 namespace vexel {
-
-namespace {
-
-class Evaluator {
- public:
-  Evaluator(State& state, const std::shared_ptr<Program>& program, ALGEB* slots)
-      : state_(state), program_(program), slots_(slots) {}
-
-  ALGEB value(const Node& node);
-  ALGEB statement(const Node& node);
-
- private:
-  bool condition(const Node& node);
-  ALGEB global(ALGEB n);
-  ALGEB callValue(const Node& node);
-  ALGEB hardwareValue(const Node& node);
-  ALGEB overRange(const Node& node);
-  ALGEB makeProcedure(const Node& node);
-  ALGEB assign(const Node& target, ALGEB v);
-  ALGEB compareValue(const Node& node);
-  ALGEB logicalValue(const Node& node);
-  ALGEB logicalOperand(const Node& node);
-  // The statement or call that runs now.
-  void note(const Node& node) {
-    if (program_->text != nullptr) {
-      interpreter(state_).node = &node;
-    }
-  }
-
-  State& state_;
-  const std::shared_ptr<Program>& program_;
-  ALGEB* slots_;
-};
 
 ALGEB Evaluator::global(ALGEB n) {
   const ALGEB v = nameValue(n);
@@ -172,8 +136,11 @@ ALGEB Evaluator::callValue(const Node& node) {
   for (std::size_t i = 0; i < n; ++i) {
     args[i] = nullptr;
   }
+  const bool takesEquations = namesArguments(function);
   for (std::size_t i = 0; i < n; ++i) {
-    args[i] = value(*node.children[i + 1]);
+    const Node& argument = *node.children[i + 1];
+    args[i] =
+        takesEquations && isNamedArgument(argument) ? namedArgument(argument) : value(argument);
   }
   if (!isProcedure(function) && !is(function, Tag::name)) {
     if (isNumber(function)) {
@@ -383,39 +350,35 @@ ALGEB Evaluator::value(const Node& node) {
       }
       return i < parts.size() ? value(*parts[i]) : state_.null;
     }
-    case NodeKind::forLoop: {
-      ALGEB i = value(*node.children[1]);
-      const ALGEB last = value(*node.children[2]);
-      if (!isReal(i) || !isReal(last)) {
-        raise(state_, "expected numbers as ends of a loop, received: %1 and %2", i, last);
-      }
-      ALGEB result = state_.null;
-      for (; compare(state_, i, last) <= 0; i = add(state_, i, immediate(1))) {
-        lookAtInterrupt();
-        assign(*node.children[0], i);
-        result = value(*node.children[3]);
-        if (interpreter(state_).quit) {
-          break;
-        }
-      }
-      return result;
-    }
+    case NodeKind::forLoop:
+      return forLoop(node);
+    case NodeKind::forIn:
+      return forIn(node);
     case NodeKind::whileLoop: {
       ALGEB result = state_.null;
-      while (condition(*node.children[0])) {
-        lookAtInterrupt();
-        result = value(*node.children[1]);
-        if (interpreter(state_).quit) {
-          break;
-        }
+      while (condition(*node.children[0]) && pass(*node.children[1], result)) {
       }
       return result;
     }
+    case NodeKind::returnStatement: {
+      const ALGEB result = node.children.empty() ? state_.null : value(*node.children[0]);
+      way_ = Way::returned;
+      return result;
+    }
+    case NodeKind::leaveLoop:
+    case NodeKind::nextPass:
+      if (nameValue(node.value) != nullptr) {
+        return global(node.value);
+      }
+      way_ = node.kind == NodeKind::leaveLoop ? Way::leaveLoop : Way::nextPass;
+      return state_.null;
+    case NodeKind::tryStatement:
+      return tryStatement(node);
     case NodeKind::block: {
       ALGEB result = state_.null;
       for (const Node* child : node.children) {
         result = statement(*child);
-        if (interpreter(state_).quit) {
+        if (way_ != Way::on || interpreter(state_).quit) {
           break;
         }
       }
@@ -424,52 +387,6 @@ ALGEB Evaluator::value(const Node& node) {
     default:
       return state_.null;
   }
-}
-
-// "quit" alone is the command, not the name.
-bool isQuit(const Node& statement) {
-  return statement.kind == NodeKind::global && text(statement.value) == "quit" &&
-         nameValue(statement.value) == nullptr;
-}
-
-// A statement's value; an error that leaves the innermost statement of a text keeps its position.
-ALGEB Evaluator::statement(const Node& node) {
-  note(node);
-  if (isQuit(node)) {
-    interpreter(state_).quit = true;
-    return state_.null;
-  }
-  try {
-    return value(node);
-  } catch (const HostErrorToken&) {
-    if (state_.error.line == 0) {
-      state_.error.line = node.position.line;
-      state_.error.column = node.position.column;
-    }
-    throw;
-  }
-}
-
-}  // namespace
-
-ALGEB evaluateBody(State& state, const std::shared_ptr<Program>& program, ALGEB* slots,
-                   const Node& body) {
-  const PlaceScope place(state, *program, body);
-  return Evaluator(state, program, slots).value(body);
-}
-
-ALGEB runProgram(State& state, const std::shared_ptr<Program>& program) {
-  const auto count = static_cast<std::size_t>(program->top->slots);
-  auto* slots = static_cast<ALGEB*>(alloca((count + 1) * sizeof(ALGEB)));
-  for (std::size_t i = 0; i < count; ++i) {
-    slots[i] = nullptr;
-  }
-  const Node& body = *program->top->body;
-  if (isQuit(body)) {
-    interpreter(state).quit = true;
-    return state.null;
-  }
-  return evaluateBody(state, program, slots, body);
 }
 
 }  // namespace vexel

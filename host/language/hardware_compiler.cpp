@@ -8,7 +8,7 @@
 #include <bit>
 #include <cmath>
 
-#include "language/hardware.hpp"
+#include "language/hardware_drafts.hpp"
 #include "values/errors.hpp"
 #include "values/numbers.hpp"
 #include "values/objects.hpp"
@@ -17,25 +17,10 @@ namespace vexel {
 
 namespace {
 
-using Op = HardwareCode::Op;
-
-// A frame lies on the machine stack.
-constexpr std::size_t kLargestFrame = 8192;
-
-// Where a value is.  Intermediate values and constants move behind the slots when all are counted.
-struct Operand {
-  enum class Kind : std::uint8_t { slot, temporary, constant, anywhere, nowhere };
-  Kind kind;
-  std::int32_t number = 0;
-};
-// What a caller may want of a value: to be wherever it is, or not to be computed for its own sake.
-constexpr Operand kAnywhere{Operand::Kind::anywhere};
-constexpr Operand kNowhere{Operand::Kind::nowhere};
-
-class Compiler {
+class Compiler : HardwareDrafts {
  public:
   Compiler(State& state, int slots, HardwareCode& code)
-      : state_(state), out_(code), slots_(slots) {}
+      : HardwareDrafts(slots, code), state_(state) {}
 
   bool function(const Node& body) {
     const std::optional<Operand> result = compile(body, kAnywhere);
@@ -47,76 +32,6 @@ class Compiler {
   }
 
  private:
-  using Kind = Operand::Kind;
-  using Places = std::vector<std::size_t>;  // jumps whose target is not known yet
-  struct Draft {
-    Op op;
-    std::uint16_t n;
-    Operand to;
-    Operand x;
-    Operand y;
-  };
-
-  // ---- instructions
-
-  void emit(Op op, Operand to, Operand x = {}, Operand y = {}) {
-    drafts_.push_back({op, 0, to, x, y});
-  }
-  std::size_t here() const { return drafts_.size(); }
-
-  // A jump to a place that land() names later.
-  void emitJump(Places& places, Op op, Operand x = {}, Operand y = {}) {
-    places.push_back(here());
-    emit(op, {}, x, y);
-  }
-  void land(const Places& places, std::size_t target) {
-    for (const std::size_t place : places) {
-      drafts_[place].to = {Kind::slot, static_cast<std::int32_t>(target)};
-    }
-  }
-
-  // ---- operands
-  Operand newTemporary() {
-    const Operand t{Kind::temporary, static_cast<std::int32_t>(temporaries_++)};
-    out_.temporaries = std::max(out_.temporaries, temporaries_);
-    return t;
-  }
-  Operand newSlot() { return {Kind::slot, slots_++}; }
-
-  // The place of a value that an instruction makes.
-  Operand target(Operand wanted) {
-    return wanted.kind == Kind::anywhere || wanted.kind == Kind::nowhere ? newTemporary() : wanted;
-  }
-
-  Operand constant(double d) {
-    const auto bits = [](double c) { return std::bit_cast<std::uint64_t>(c); };
-    const auto found = std::find_if(out_.constants.begin(), out_.constants.end(),
-                                    [&](double c) { return bits(c) == bits(d); });
-    const auto i = static_cast<std::int32_t>(found - out_.constants.begin());
-    if (found == out_.constants.end()) {
-      out_.constants.push_back(d);
-    }
-    return {Kind::constant, i};
-  }
-
-  // A value that is somewhere already, brought where it is wanted.
-  Operand deliver(Operand value, Operand wanted) {
-    if (wanted.kind == Kind::anywhere || wanted.kind == Kind::nowhere) {
-      return value;
-    }
-    emit(Op::move, wanted, value);
-    return wanted;
-  }
-
-  std::int32_t object(ALGEB x) {
-    const auto found = std::find(out_.objects.begin(), out_.objects.end(), x);
-    const auto i = static_cast<std::int32_t>(found - out_.objects.begin());
-    if (found == out_.objects.end()) {
-      out_.objects.push_back(x);
-    }
-    return i;
-  }
-
   // ---- nodes
 
   // Compiles a node; where its value is, or nothing when it has no hardware form.  A wanted place
@@ -163,6 +78,11 @@ class Compiler {
         return whileLoop(node, wanted);
       case NodeKind::forLoop:
         return forLoop(node, wanted);
+      case NodeKind::returnStatement:
+        return finish(node);
+      case NodeKind::leaveLoop:
+      case NodeKind::nextPass:
+        return leaveLoop(node);
       default:
         return std::nullopt;
     }
@@ -410,16 +330,47 @@ class Compiler {
     return wanted.kind == Kind::nowhere ? value : deliver(value, wanted);
   }
 
+  // What follows a jump is not reached; its value is anything.
+  std::optional<Operand> finish(const Node& node) {
+    if (node.children.empty()) {
+      return std::nullopt;
+    }
+    const auto value = compile(*node.children[0], kAnywhere);
+    if (value) {
+      emit(Op::finish, {}, *value);
+    }
+    return value;
+  }
+
+  std::optional<Operand> leaveLoop(const Node& node) {
+    if (loops_.empty() || nameValue(node.value) != nullptr) {
+      return std::nullopt;
+    }
+    Loop& loop = loops_.back();
+    emitJump(node.kind == NodeKind::leaveLoop ? loop.leave : loop.next, Op::jump);
+    return constant(0.0);
+  }
+
+  // The body of a loop; jumps to the next pass land behind it.
+  bool loopBody(const Node& body, Operand value, Places& leave) {
+    const std::size_t mark = temporaries_;
+    loops_.emplace_back();
+    const bool ok = compile(body, value).has_value();
+    land(loops_.back().next, here());
+    leave.insert(leave.end(), loops_.back().leave.begin(), loops_.back().leave.end());
+    loops_.pop_back();
+    temporaries_ = mark;
+    return ok;
+  }
+
   std::optional<Operand> whileLoop(const Node& node, Operand wanted) {
     const Operand value = loopValue(wanted);
-    const std::size_t mark = temporaries_;
     const std::size_t top = here();
     Places leave;
     emit(Op::look, {});
-    if (!condition(*node.children[0], false, leave) || !compile(*node.children[1], value)) {
+    if (!condition(*node.children[0], false, leave) || !loopBody(*node.children[1], value, leave)) {
       return std::nullopt;
     }
-    temporaries_ = mark;
     Places again;
     emitJump(again, Op::jump);
     land(again, top);
@@ -431,6 +382,12 @@ class Compiler {
     if (node.children[0]->kind != NodeKind::slot) {
       return std::nullopt;
     }
+    // A step is a number whose sign is known.
+    const Node* const step = node.children.size() > 4 ? node.children[4] : nullptr;
+    if (step != nullptr &&
+        (step->kind != NodeKind::literal || !isReal(step->value) || isZero(step->value))) {
+      return std::nullopt;
+    }
     // The running value and the end have slots of their own: the body may change the variable.
     const Operand variable{Kind::slot, node.children[0]->slot};
     slots_ = std::max(slots_, variable.number + 1);
@@ -439,54 +396,37 @@ class Compiler {
     if (!compile(*node.children[1], running) || !compile(*node.children[2], last)) {
       return std::nullopt;
     }
+    const bool up = step == nullptr || sign(step->value) > 0;
     const Operand value = loopValue(wanted);
-    const std::size_t mark = temporaries_;
     Places leave;
+    Places again;
     emit(Op::look, {});
-    emitJump(leave, Op::jumpUnlessLessEqual, running, last);
+    emitJump(leave, Op::jumpUnlessLessEqual, up ? running : last, up ? last : running);
     const std::size_t top = here();
     emit(Op::move, variable, running);
-    if (!compile(*node.children[3], value)) {
+    if (!loopBody(*node.children[3], value, leave)) {
       return std::nullopt;
     }
-    temporaries_ = mark;
-    Places again;
-    emitJump(again, Op::next, running, last);
+    if (step == nullptr) {
+      emitJump(again, Op::next, running, last);
+    } else {
+      emit(Op::add, running, running, constant(toDouble(state_, step->value)));
+      emit(Op::look, {});
+      emitJump(again, Op::jumpIfLessEqual, up ? running : last, up ? last : running);
+    }
     land(again, top);
     land(leave, here());
     return endOfLoop(value, wanted);
   }
 
-  // ---- the end
-
-  // Gives every operand its place in the frame; false when the frame is too large.
-  bool settle() {
-    out_.slots = static_cast<std::size_t>(slots_);
-    if (out_.frameSize() > kLargestFrame) {
-      return false;
-    }
-    const auto place = [this](Operand operand) {
-      switch (operand.kind) {
-        case Kind::temporary:
-          return operand.number + static_cast<std::int32_t>(out_.slots);
-        case Kind::constant:
-          return operand.number + static_cast<std::int32_t>(out_.constantsAt());
-        default:
-          return operand.number;
-      }
-    };
-    out_.code.reserve(drafts_.size());
-    for (const Draft& d : drafts_) {
-      out_.code.push_back({d.op, d.n, place(d.to), place(d.x), place(d.y)});
-    }
-    return true;
-  }
+  // Jumps out of the loops around a statement, innermost last.
+  struct Loop {
+    Places leave;
+    Places next;
+  };
 
   State& state_;
-  HardwareCode& out_;
-  std::vector<Draft> drafts_;
-  int slots_;
-  std::size_t temporaries_ = 0;  // in use
+  std::vector<Loop> loops_;
   bool inCondition_ = false;
 };
 

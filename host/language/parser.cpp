@@ -125,6 +125,8 @@ std::shared_ptr<Program> Parser::next() {
 void Parser::recover() {
   scopes_.clear();
   program_ = nullptr;
+  loops_ = tries_ = 0;
+  inIndex_ = false;
   int depth = 0;
   while (!atEnd()) {
     if (isKeyword("do") || isKeyword("proc") || isKeyword("then")) {
@@ -208,7 +210,50 @@ Node* Parser::statement() {
   if (isKeyword("while")) {
     return whileLoop();
   }
+  // Words that are statements where they stand alone, and names everywhere else.
+  if (loops_ > 0 && (isWord("break") || isWord("next")) && endsStatement(1)) {
+    const bool leaves = isWord("break");
+    const Token& word = take();
+    Node* node = make(leaves ? NodeKind::leaveLoop : NodeKind::nextPass, word);
+    node->value = name(state_, word.text);
+    program_->literals.push(node->value);
+    return node;
+  }
+  if (scopes_.size() > 1 && isWord("return") && !isSymbol(":=", 1)) {
+    return returnStatement();
+  }
+  if (isWord("try") && peek(1).kind != TokenKind::symbol && peek(1).kind != TokenKind::end) {
+    return tryStatement();
+  }
   return expressionStatement();
+}
+
+// A name that is none of the function's own.
+bool Parser::isWord(std::string_view text, std::size_t n) const {
+  if (peek(n).kind != TokenKind::name || peek(n).text != text) {
+    return false;
+  }
+  for (const Scope& scope : scopes_) {
+    for (const Binding& binding : scope.bindings) {
+      if (binding.name == text) {
+        return false;
+      }
+    }
+  }
+  return true;
+}
+
+bool Parser::endsStatement(std::size_t n) const {
+  const Token& token = peek(n);
+  return token.kind == TokenKind::end || isSymbol(";", n) || isSymbol(":", n) ||
+         (token.kind == TokenKind::keyword &&
+          (token.text == "end" || token.text == "else" || token.text == "elif"));
+}
+
+// What closes or continues the construct around a list of statements.
+bool Parser::endsList() const {
+  return isKeyword("end") || isKeyword("else") || isKeyword("elif") ||
+         (tries_ > 0 && (isWord("catch") || isWord("finally")));
 }
 
 // Statements up to a keyword that closes or continues the construct around them.
@@ -217,14 +262,13 @@ Node* Parser::statementList() {
   for (;;) {
     while (acceptSymbol(";") || acceptSymbol(":")) {
     }
-    if (isKeyword("end") || isKeyword("else") || isKeyword("elif")) {
+    if (endsList()) {
       return block;
     }
     const Position start = peek().position;
     block->children.push_back(statement());
     block->children.back()->position = start;  // where an error in it is said to be
-    if (!isSymbol(";") && !isSymbol(":") && !isKeyword("end") && !isKeyword("else") &&
-        !isKeyword("elif")) {
+    if (!isSymbol(";") && !isSymbol(":") && !endsList()) {
       fail("expected ';' or 'end'");
     }
   }
@@ -247,28 +291,95 @@ Node* Parser::ifStatement() {
   return node;
 }
 
+Node* Parser::loopBody() {
+  expectKeyword("do");
+  ++loops_;
+  Node* body = statementList();
+  --loops_;
+  expectKeyword("end");
+  return body;
+}
+
+// for v in list do, for i from a by s to b do, for i to b do
 Node* Parser::forLoop() {
-  Node* node = make(NodeKind::forLoop, take());
+  const Token& at = take();
   if (peek().kind != TokenKind::name) {
     fail("expected a name after 'for'");
   }
-  const Token& variable = take();
-  node->children.push_back(nameReference(variable));
-  expectKeyword("from");
-  node->children.push_back(expression());
+  Node* target = nameReference(take());
+  if (isWord("in")) {
+    take();
+    Node* node = make(NodeKind::forIn, at);
+    Node* list = expression();
+    node->children = {target, list, loopBody()};
+    return node;
+  }
+  Node* node = make(NodeKind::forLoop, at);
+  Node* from = nullptr;
+  Node* step = nullptr;
+  if (acceptKeyword("from")) {
+    from = expression();
+  } else if (isKeyword("to") || isWord("by")) {
+    from = literal(immediate(1), peek());
+  } else {
+    fail("expected 'from' or 'in'");
+  }
+  if (isWord("by")) {
+    take();
+    step = expression();
+  }
   expectKeyword("to");
-  node->children.push_back(expression());
-  expectKeyword("do");
-  node->children.push_back(statementList());
-  expectKeyword("end");
+  Node* to = expression();
+  if (step == nullptr && isWord("by")) {
+    take();
+    step = expression();
+  }
+  node->children = {target, from, to, loopBody()};
+  if (step != nullptr) {
+    node->children.push_back(step);
+  }
   return node;
 }
 
 Node* Parser::whileLoop() {
   Node* node = make(NodeKind::whileLoop, take());
   node->children.push_back(expression());
-  expectKeyword("do");
-  node->children.push_back(statementList());
+  node->children.push_back(loopBody());
+  return node;
+}
+
+Node* Parser::returnStatement() {
+  Node* node = make(NodeKind::returnStatement, take());
+  if (!endsStatement(0) && !endsList()) {
+    node->children.push_back(expressionSequence());
+  }
+  return node;
+}
+
+// try statements catch e: statements finally statements end
+Node* Parser::tryStatement() {
+  Node* node = make(NodeKind::tryStatement, take());
+  node->children.assign(4, nullptr);
+  ++tries_;
+  node->children[0] = statementList();
+  if (isWord("catch")) {
+    take();
+    if (peek().kind == TokenKind::name) {
+      node->children[1] = nameReference(take());
+    }
+    if (!acceptSymbol(":") && !acceptSymbol(";")) {
+      fail("expected ':' after 'catch'");
+    }
+    node->children[2] = statementList();
+  }
+  if (isWord("finally")) {
+    take();
+    node->children[3] = statementList();
+  }
+  --tries_;
+  if (node->children[2] == nullptr && node->children[3] == nullptr) {
+    fail("expected 'catch' or 'finally'");
+  }
   expectKeyword("end");
   return node;
 }

@@ -53,6 +53,13 @@ class Parser {
   Node* ifStatement();
   Node* forLoop();
   Node* whileLoop();
+  Node* loopBody();
+  Node* returnStatement();
+  Node* tryStatement();
+  bool isWord(std::string_view text, std::size_t n = 0) const;
+  bool endsStatement(std::size_t n) const;
+  bool endsList() const;
+  void parameters();
   Node* expressionStatement();
   Node* expressionSequence();
   Node* expression();
@@ -88,6 +95,8 @@ class Parser {
   std::vector<Token> tokens_;
   std::vector<std::size_t> firstComma_;  // of an opening bracket's token; 0: none
   std::size_t at_ = 0;
+  int loops_ = 0;  // around the statement, in its function
+  int tries_ = 0;
   bool inIndex_ = false;  // a range may lack an end
   std::shared_ptr<Program> program_;
   struct Binding {

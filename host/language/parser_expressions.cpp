@@ -1,5 +1,7 @@
 // Expressions: by recursive descent, one function for each level of binding; procedures and calls.
 
+#include <utility>
+
 #include "language/parser.hpp"
 #include "values/errors.hpp"
 #include "values/numbers.hpp"
@@ -266,6 +268,8 @@ Node* Parser::nameReference(const Token& token) {
   if (const int slot = resolve(scopes_.size() - 1, token.text); slot >= 0) {
     Node* node = make(NodeKind::slot, token);
     node->slot = slot;
+    node->value = name(state_, token.text);  // for f(weights = w) where weights is a local name
+    program_->literals.push(node->value);
     return node;
   }
   if (token.text == "NULL") {
@@ -321,30 +325,49 @@ Node* Parser::arrow() {
   return node;
 }
 
+// x, y, n := 10: those with a value may be left out of a call, and are given by position or name.
+void Parser::parameters() {
+  FunctionCode& code = *scopes_.back().code;
+  while (peek().kind == TokenKind::name) {
+    code.names.emplace_back(peek().text);
+    addSlot(take().text);
+    if (acceptSymbol(":=")) {
+      code.defaults.resize(code.names.size(), nullptr);
+      code.defaults.back() = expression();
+    } else if (code.hasDefaults()) {
+      fail("expected ':=' and a value, as the parameter before has one");
+    }
+    if (!acceptSymbol(",")) {
+      break;
+    }
+  }
+  code.parameters = static_cast<int>(code.names.size());
+}
+
 Node* Parser::procedureExpression() {
   const std::size_t from = at_;
   Node* node = make(NodeKind::procedure, take());
   node->function = openFunction();
-  auto names = [&] {
+  const int loops = std::exchange(loops_, 0);
+  const int tries = std::exchange(tries_, 0);
+  expectSymbol("(");
+  parameters();
+  expectSymbol(")");
+  while (acceptKeyword("local")) {
     while (peek().kind == TokenKind::name) {
       addSlot(take().text);
       if (!acceptSymbol(",")) {
         break;
       }
     }
-  };
-  expectSymbol("(");
-  names();
-  expectSymbol(")");
-  node->function->parameters = node->function->slots;
-  while (acceptKeyword("local")) {
-    names();
     if (!acceptSymbol(";") && !acceptSymbol(":")) {
       fail("expected ';' after the local names");
     }
   }
   node->function->body = statementList();
   expectKeyword("end");
+  loops_ = loops;
+  tries_ = tries;
   node->function->source = sourceBetween(from, at_);
   closeFunction();
   return node;

@@ -36,19 +36,24 @@ enum class NodeKind : std::uint8_t {
   range,
   list,
   sequence,
-  index,         // children: what, then indices
-  call,          // children: function, then arguments
-  hardware,      // evalhf(e); children as of a call
-  procedure,     // function
-  conditional,   // children: condition, then, else
-  sequenceOver,  // seq: children: expression, lower, upper; slot
-  sumOver,       // sum over a range; the same
-  clear,         // value: the name
-  assign,        // children: target, value
-  ifStatement,   // children: condition, block, condition, block, ..., else block
-  forLoop,       // children: target, from, to, body
-  whileLoop,     // children: condition, body
-  block,         // children: statements
+  index,            // children: what, then indices
+  call,             // children: function, then arguments
+  hardware,         // evalhf(e); children as of a call
+  procedure,        // function
+  conditional,      // children: condition, then, else
+  sequenceOver,     // seq: children: expression, lower, upper; slot
+  sumOver,          // sum over a range; the same
+  clear,            // value: the name
+  assign,           // children: target, value
+  ifStatement,      // children: condition, block, condition, block, ..., else block
+  forLoop,          // children: target, from, to, body, and step where there is one
+  forIn,            // children: target, list, body
+  whileLoop,        // children: condition, body
+  block,            // children: statements
+  returnStatement,  // children: value, if any
+  leaveLoop,        // break; value: the name, which a script may have given a value
+  nextPass,         // next; the same
+  tryStatement,     // children: body, name of the error or null, catch block, finally block or null
 };
 
 struct FunctionCode;
@@ -73,6 +78,9 @@ struct FunctionCode {
     int inner;
   };
   std::vector<Capture> captures;
+  std::vector<std::string> names;  // of the parameters
+  std::vector<Node*> defaults;     // of the last parameters, if any has one; null: none
+  bool hasDefaults() const { return !defaults.empty(); }
   Node* body = nullptr;
   std::string source;  // as it was written
 };

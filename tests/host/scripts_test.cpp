@@ -79,7 +79,7 @@ TEST_F(LanguageScripts, SyntaxErrorsSayWhereAndTheRunGoesOn) {
     int line;
     int column;
   } kRows[] = {
-      {"1;\n  x := (1 + ;", 2, 13}, {"5 @ 6;", 1, 3},     {"for i to 3 do i end;", 1, 7},
+      {"1;\n  x := (1 + ;", 2, 13}, {"5 @ 6;", 1, 3},     {"for i 3 do i end;", 1, 7},
       {"1 < 2 < 3;", 1, 7},         {"f(x) := 3;", 1, 6}, {"a b;", 1, 3},
   };
   for (const auto& [text, line, column] : kRows) {
