@@ -112,6 +112,16 @@ std::vector<ReferenceEntry> findReference(const std::string& name) {
   const std::string wanted = plainName(name);
   std::vector<ReferenceEntry> found =
       entriesNamed([&](const std::string& entry) { return entry == wanted; });
+  // Of a function and an entry point that differ in nothing but prefix and case, the one that is
+  // meant.
+  for (const ReferenceEntry& entry : found) {
+    for (const std::string& heading : entry.headings) {
+      const std::string_view called = std::string_view(heading).substr(0, heading.find('('));
+      if (called == name || called == "STATS_" + name + "_HW") {
+        return {entry};
+      }
+    }
+  }
   if (found.empty()) {
     found = entriesNamed(
         [&](const std::string& entry) { return entry.find(wanted) != std::string::npos; });

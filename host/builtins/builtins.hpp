@@ -1,14 +1,11 @@
 // Built-in functions, by the file that defines them.
 #pragma once
 
+#include "mathematics/parts.hpp"
 #include "memory/heap.hpp"
 #include "values/kernel_state.hpp"
 
 namespace vexel {
-
-// Elements of a list, sequence or array (in the order of its indices, the last one fastest), table
-// entries as equations, operands of an expression, ends of a range; a number or name is its own.
-void elementsOf(State& state, ALGEB x, Handles& out);
 
 // Gives a new kernel its language: the interpreter, and all of the functions below.
 void initialiseLanguage(State& state);

@@ -5,6 +5,7 @@
 #include <cstdio>
 
 #include "builtins/builtins.hpp"
+#include "builtins/functions/call.hpp"
 #include "language/interpreter.hpp"
 #include "mathematics/elementary.hpp"
 #include "values/errors.hpp"
@@ -81,6 +82,19 @@ void defineSystemFunctions(State& state) {
     const auto now = std::chrono::steady_clock::now().time_since_epoch();
     return newFloat(s, std::chrono::duration<double>(now).count());
   });
+  // assert(condition), assert(condition, text): an error unless it is true.
+  defineFunction(state, "assert", [](State& s, ALGEB args) {
+    const std::size_t n = isNull(args) ? 0 : argumentCount(args);
+    if (n != 1 && n != 2) {
+      raise(s, "assert expects a condition and at most a text, received: %1", args);
+    }
+    const ALGEB condition = argument(s, args, 1);
+    if (!truth(s, condition)) {
+      raise(s, n == 2 ? plainText(s, argument(s, args, 2)) : "the assertion does not hold: %1",
+            condition);
+    }
+    return s.null;
+  });
   defineFunction(state, "randomize", randomize);
   defineFunction(
       state, "RandomInt32",
@@ -129,6 +143,12 @@ void initialiseLanguage(State& state) {
   defineSystemFunctions(state);
   defineTextFunctions(state);
   defineCsvFunctions(state);
+  defineFunctionList(state);
+  defineDescriptiveFunctions(state);
+  defineOrderFunctions(state);
+  defineLawFunctions(state);
+  defineRandomFunctions(state);
+  defineStateFunctions(state);
 }
 
 }  // namespace vexel

@@ -12,6 +12,7 @@
 #include <memory>
 #include <span>
 #include <string>
+#include <string_view>
 #include <unordered_map>
 #include <vector>
 
@@ -50,6 +51,8 @@ class Foreign {
   virtual void mark(Marker&) {}
   // Appends the printed form.  Must not allocate host objects.
   virtual void print(State& state, std::string& out) const;
+  // What x[name] is, null for nothing.
+  virtual ALGEB field(State&, std::string_view) { return nullptr; }
 };
 
 class Heap;

@@ -59,6 +59,10 @@ struct _VKernelVectorDesc final : vexel::Memory {
   ALGEB digitsName = nullptr;
   ALGEB piName = nullptr;
 
+  // The stream of the functions on laws, which the built-in functions make from the last seed.
+  std::shared_ptr<void> functionStream;
+  std::uint64_t functionStreamSeeding = 0;
+
   // Information channels.
   std::unordered_map<std::string, int> infoLevels;
   std::function<void(int, const std::string&, const std::string&)> userInfo;

@@ -108,6 +108,15 @@ struct MachineFunction : Foreign {
   Entry entry = nullptr;                                              // either this
   std::function<ALGEB(State&, ALGEB args)> call;                      // or this
   std::function<double(State&, int n, const double* args)> hardware;  // args from 1; may be empty
+  // For help: how it is called, what it gives, an example; empty for the functions described by
+  // hand.
+  struct Usage {
+    std::string call;
+    std::string summary;
+    std::string example;
+  };
+  Usage usage;
+  bool takesEquations = false;  // of parameters' names, which stay names: f(x, weights = w)
   void print(State& state, std::string& out) const override;
 };
 ALGEB newFunction(State& state, std::unique_ptr<MachineFunction> f);

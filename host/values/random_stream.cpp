@@ -17,6 +17,8 @@ RandomStream::~RandomStream() = default;
 // SplitMix64 (G. Steele, D. Lea and C. Flood, Fast splittable pseudorandom number generators,
 // OOPSLA 2014): four successive outputs make the state.
 void RandomStream::seed(std::uint64_t seed) noexcept {
+  seed_ = seed;
+  ++seedings_;
   for (std::uint64_t& word : s_) {
     seed += 0x9E3779B97F4A7C15U;
     std::uint64_t z = seed;

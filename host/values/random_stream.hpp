@@ -23,6 +23,8 @@ class RandomStream {
   ~RandomStream();
 
   void seed(std::uint64_t seed) noexcept;
+  std::uint64_t lastSeed() const noexcept { return seed_; }
+  std::uint64_t seedings() const noexcept { return seedings_; }
   void script(std::span<const std::int32_t> integers, std::span<const double> doubles);
   void unscript() noexcept;
   std::uint64_t drawsTaken() const noexcept { return draws_; }
@@ -69,6 +71,8 @@ class RandomStream {
 
   std::uint64_t s_[4] = {};
   std::uint64_t draws_ = 0;
+  std::uint64_t seed_ = 0;
+  std::uint64_t seedings_ = 0;  // how often it was seeded
   std::unique_ptr<Script> script_;
 };
 

@@ -161,7 +161,7 @@ TEST_F(CommandTest, ThePromptExplainsNamesAndTakesStatementsOfSeveralLines) {
   EXPECT_THAT(prompt.out,
               HasSubstr("Long calls can be interrupted.\n\n  STATS_VexelLinearFilter_HW("));
   EXPECT_THAT(prompt.out, HasSubstr("Variance, standard deviation, skewness, kurtosis\n\n"));
-  EXPECT_THAT(prompt.out, HasSubstr("it is mentioned in\n  STATS_VexelShuffle_HW(data)\n"));
+  EXPECT_THAT(prompt.out, HasSubstr("nearest are\n  STATS_VexelShuffle_HW(data)\n"));
   EXPECT_THAT(prompt.out, HasSubstr("\n9\n"));
   EXPECT_THAT(prompt.out, HasSubstr("no name contains nothing_like_it"));
 }

@@ -71,6 +71,9 @@ TEST_F(RandomCalls, BuiltinsMeetEveryKindInEveryPosition) {
     for (const char* others : {"1", "[2, 1]", "x -> x", "k = 1 .. 2"}) {
       for (int count = 0; count <= 4; ++count) {
         for (int position = 0; position < std::max(count, 1); ++position) {
+          if (name == "gc" && count > 1) {
+            continue;  // it looks at no argument, and a thousand collections take long
+          }
           for (const std::string& value : values) {
             std::string text = name + "(";
             for (int i = 0; i < count; ++i) {

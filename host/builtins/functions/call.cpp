@@ -1,0 +1,425 @@
+#include "builtins/functions/call.hpp"
+
+#include <algorithm>
+#include <cmath>
+#include <memory>
+#include <vexel/interruption.hpp>
+#include <vexel/random.hpp>
+
+#include "builtins/builtins.hpp"
+#include "builtins/functions/objects.hpp"
+#include "mathematics/elementwise.hpp"
+#include "mathematics/evaluation.hpp"
+#include "values/arrays.hpp"
+#include "values/errors.hpp"
+#include "values/numbers.hpp"
+#include "values/text.hpp"
+
+namespace vexel {
+
+namespace {
+
+constexpr std::int64_t kMostOfRange = 100'000'000;
+
+std::string_view trimmed(std::string_view text) {
+  const std::size_t from = text.find_first_not_of(' ');
+  return from == std::string_view::npos ? ""
+                                        : text.substr(from, text.find_last_not_of(' ') - from + 1);
+}
+
+void addParameters(std::string_view list, bool byPosition, std::vector<Parameter>& out) {
+  while (!trimmed(list).empty()) {
+    const std::size_t comma = list.find(',');
+    const std::string_view one = trimmed(list.substr(0, comma));
+    const std::size_t equals = one.find('=');
+    Parameter parameter;
+    parameter.name = trimmed(one.substr(0, equals));
+    parameter.optional = equals != std::string_view::npos || !byPosition;
+    parameter.fallback = equals == std::string_view::npos ? "" : trimmed(one.substr(equals + 1));
+    parameter.byPosition = byPosition;
+    out.push_back(std::move(parameter));
+    list = comma == std::string_view::npos ? "" : list.substr(comma + 1);
+  }
+}
+
+bool isStoredAs(ALGEB x, int type) {
+  return isArray(x) && arrayOf(x).sparse == nullptr && arrayOf(x).type == type;
+}
+
+template <typename T>
+Data viewOf(ALGEB array) {
+  return {static_cast<const T*>(arrayOf(array).data),
+          static_cast<std::size_t>(arrayOf(array).count)};
+}
+
+// What is missing is NaN: undefined, NULL.
+double elementValue(State& state, ALGEB x) {
+  return x == nullptr || isNull(x) ? NAN : doubleOfValue(state, x);
+}
+
+}  // namespace
+
+Signature::Signature(std::string_view name, std::string_view list)
+    : function(name), text(std::string(name) + "(" + std::string(list) + ")") {
+  const std::size_t semicolon = list.find(';');
+  addParameters(list.substr(0, semicolon), true, parameters);
+  if (semicolon != std::string_view::npos) {
+    addParameters(list.substr(semicolon + 1), false, parameters);
+  }
+}
+
+Call::Call(State& state, const Signature& signature, ALGEB args)
+    : state_(state),
+      signature_(signature),
+      values_(signature.parameters.size(), nullptr),
+      args_(args) {
+  const std::size_t n = isNull(args) ? 0 : argumentCount(args);
+  std::size_t next = 0;
+  for (std::size_t i = 1; i <= n; ++i) {
+    const ALGEB x = argument(state, args, i);
+    std::size_t at = next;
+    ALGEB given = x;
+    if (isEquation(x) && is(operand(x, 1), Tag::name)) {
+      const std::string_view name = vexel::text(operand(x, 1));
+      const auto found = std::find_if(signature.parameters.begin(), signature.parameters.end(),
+                                      [&](const Parameter& p) { return p.name == name; });
+      if (found == signature.parameters.end()) {
+        raise(state, signature.function + " has no parameter %1; it is called as " + signature.text,
+              operand(x, 1));
+      }
+      at = static_cast<std::size_t>(found - signature.parameters.begin());
+      given = operand(x, 2);
+    } else {
+      ++next;
+    }
+    if (at >= values_.size() || (given == x && !signature.parameters[at].byPosition)) {
+      raise(state, signature.function + " takes fewer arguments by position; it is called as " +
+                       signature.text);
+    }
+    if (values_[at] != nullptr) {
+      raise(state, signature.function + " was given " + signature.parameters[at].name + " twice");
+    }
+    values_[at] = given;
+  }
+  for (std::size_t i = 0; i < values_.size(); ++i) {
+    if (values_[i] == nullptr && !signature.parameters[i].optional) {
+      raise(state, signature.function + " needs " + signature.parameters[i].name +
+                       "; it is called as " + signature.text);
+    }
+  }
+}
+
+ALGEB Call::value(std::string_view parameter) const {
+  for (std::size_t i = 0; i < values_.size(); ++i) {
+    if (signature_.parameters[i].name == parameter) {
+      return values_[i];
+    }
+  }
+  return nullptr;
+}
+
+void Call::refuse(std::string_view parameter, const std::string& expected) {
+  raise(state_,
+        signature_.function + " expects " + expected + " as " + std::string(parameter) +
+            ", received: %1",
+        value(parameter));
+}
+
+Data Call::data(std::string_view parameter) {
+  const ALGEB x = value(parameter);
+  if (x == nullptr) {
+    return {};
+  }
+  if (!isContainer(x) && !isRange(x)) {
+    refuse(parameter, "a list, an array or a range of numbers");
+  }
+  const Data result = dataOf(state_, x, converted_.emplace_back());
+  // An empty array of weights is what "no weights" is to the entry points.
+  return parameter == "weights" && result.empty() ? Data() : result;
+}
+
+bool Call::isMatrix(std::string_view parameter) const {
+  const ALGEB x = value(parameter);
+  return x != nullptr && ((isArray(x) && arrayOf(x).dimensions == 2) ||
+                          (isList(x) && countOf(x) > 0 && isContainer(element(state_, x, 1))));
+}
+
+std::vector<Data> Call::columns(std::string_view parameter) {
+  const ALGEB x = value(parameter);
+  std::vector<Data> result;
+  if (!isMatrix(parameter)) {
+    refuse(parameter, "a two-dimensional array or a list of columns");
+  }
+  if (isList(x)) {
+    for (std::size_t i = 1; i <= countOf(x); ++i) {
+      if (!isContainer(element(state_, x, i))) {
+        refuse(parameter, "a list of columns");
+      }
+      result.push_back(dataOf(state_, element(state_, x, i), converted_.emplace_back()));
+    }
+    return result;
+  }
+  const ArrayObject& array = arrayOf(x);
+  std::vector<double>& room = converted_.emplace_back();
+  const Data all = dataOf(state_, x, room);
+  room.resize(all.size());
+  for (std::size_t i = 0; i < all.size(); ++i) {
+    room[i] = all[i];
+  }
+  const auto rows = static_cast<std::size_t>(array.extent(0));
+  const auto count = static_cast<std::size_t>(array.extent(1));
+  const bool byColumn = array.order == RTABLE_COLUMN_MAJOR;
+  for (std::size_t j = 0; j < count; ++j) {
+    result.emplace_back(room.data() + (byColumn ? j * rows : j), rows,
+                        byColumn ? 1 : static_cast<std::ptrdiff_t>(count));
+  }
+  return result;
+}
+
+double Call::number(std::string_view parameter, double fallback) {
+  const ALGEB x = value(parameter);
+  if (x == nullptr) {
+    return fallback;
+  }
+  if (!isNumber(x) && !is(x, Tag::name) && !isExpression(x)) {
+    refuse(parameter, "a number");
+  }
+  return doubleOfValue(state_, x);
+}
+
+std::int64_t Call::integer(std::string_view parameter, std::int64_t fallback) {
+  const ALGEB x = value(parameter);
+  std::int64_t result = fallback;
+  if (x != nullptr && (!isInteger(x) || !fitsInt64(x, &result))) {
+    refuse(parameter, "an integer");
+  }
+  return result;
+}
+
+std::size_t Call::size(std::string_view parameter, std::size_t fallback) {
+  const std::int64_t n = integer(parameter, static_cast<std::int64_t>(fallback));
+  if (n < 0) {
+    refuse(parameter, "a count");
+  }
+  return static_cast<std::size_t>(n);
+}
+
+bool Call::boolean(std::string_view parameter, bool fallback) {
+  const ALGEB x = value(parameter);
+  if (x != nullptr && !isBoolean(state_, x)) {
+    refuse(parameter, "true or false");
+  }
+  return x == nullptr ? fallback : x == state_.trueValue;
+}
+
+std::optional<Interval> Call::range(std::string_view parameter) {
+  const ALGEB x = value(parameter);
+  if (x == nullptr) {
+    return std::nullopt;
+  }
+  if (isRange(x)) {
+    return Interval{doubleOfValue(state_, operand(x, 1)), doubleOfValue(state_, operand(x, 2))};
+  }
+  if (isList(x) && countOf(x) == 2) {
+    return Interval{doubleOfValue(state_, element(state_, x, 1)),
+                    doubleOfValue(state_, element(state_, x, 2))};
+  }
+  refuse(parameter, "a range a .. b");
+}
+
+std::string Call::word(std::string_view parameter, std::string_view fallback) {
+  const ALGEB x = value(parameter);
+  if (x == nullptr) {
+    return std::string(fallback);
+  }
+  if (is(x, Tag::name) || is(x, Tag::string)) {
+    return std::string(vexel::text(x));
+  }
+  if (is(x, Tag::function)) {
+    return machineFunction(x).name;
+  }
+  refuse(parameter, "a name");
+}
+
+Missing Call::missing(Missing fallback) {
+  static constexpr Choice<Missing> kChoices[] = {
+      {"propagate", Missing::propagate}, {"omit", Missing::omit}, {"raise", Missing::raise}};
+  return choice("missing", kChoices, fallback);
+}
+
+Random& Call::random() {
+  const ALGEB x = value("rng");
+  if (x == nullptr) {
+    return streamOf(state_);
+  }
+  if (auto* object = objectOf<RandomObject>(x)) {
+    return object->random;
+  }
+  std::int64_t seed = 0;
+  if (!isInteger(x) || !fitsInt64(x, &seed) || seed < 0) {
+    refuse("rng", "a Random or a seed");
+  }
+  own_.emplace();
+  own_->emplace_back(static_cast<std::uint64_t>(seed));
+  return own_->front();
+}
+
+ALGEB Call::real(double x) { return newFloat(state_, x); }
+
+namespace {
+
+template <typename T>
+ALGEB container(State& state, std::span<const T> x, ALGEB like, int type) {
+  if (like != nullptr && isList(like)) {
+    Handles elements(state);
+    for (const T e : x) {
+      if constexpr (std::is_same_v<T, double>) {
+        elements.push(newFloat(state, e));
+      } else {
+        elements.push(newInteger(state, e));
+      }
+    }
+    return newList(state, elements.span());
+  }
+  ALGEB result = nullptr;
+  if (like != nullptr && isArray(like) &&
+      arrayOf(like).count == static_cast<std::int64_t>(x.size())) {
+    result = arrayLike(state, like, type);
+  } else {
+    const RTableSettings settings{type, RTABLE_RECTANGULAR, RTABLE_COLUMN_MAJOR, 1, 0};
+    const V_INT bounds[] = {1, static_cast<V_INT>(x.size())};
+    result = newArray(state, settings, nullptr, bounds);
+  }
+  std::copy(x.begin(), x.end(), static_cast<T*>(arrayOf(result).data));
+  return result;
+}
+
+}  // namespace
+
+ALGEB Call::reals(std::span<const double> x, ALGEB like) {
+  return container(state_, x, like, RTABLE_FLOAT64);
+}
+
+ALGEB Call::integers(std::span<const std::int64_t> x, ALGEB like) {
+  return container(state_, x, like, RTABLE_INTEGER64);
+}
+
+ALGEB Call::matrix(std::span<const double> rows, std::size_t rowCount, std::size_t columnCount) {
+  const RTableSettings settings{RTABLE_FLOAT64, RTABLE_RECTANGULAR, RTABLE_ROW_MAJOR, 2, 0};
+  const V_INT bounds[] = {1, static_cast<V_INT>(rowCount), 1, static_cast<V_INT>(columnCount)};
+  return newArray(state_, settings, rows.data(), bounds);
+}
+
+ALGEB Call::parts(std::initializer_list<Part> fields) {
+  const ALGEB result = newTable(state_);
+  for (const auto& [key, x] : fields) {
+    table(result).assign(name(state_, key), x);
+  }
+  return result;
+}
+
+double doubleOfValue(State& state, ALGEB x) {
+  return isReal(x) ? toDouble(state, x) : evaluateHardware(state, x);
+}
+
+Data dataOf(State& state, ALGEB x, std::vector<double>& room) {
+  if (isStoredAs(x, RTABLE_FLOAT64)) {
+    return viewOf<double>(x);
+  }
+  if (isStoredAs(x, RTABLE_FLOAT32)) {
+    return viewOf<float>(x);
+  }
+  if (isStoredAs(x, RTABLE_INTEGER32)) {
+    return viewOf<std::int32_t>(x);
+  }
+  if (isStoredAs(x, RTABLE_INTEGER64)) {
+    return viewOf<std::int64_t>(x);
+  }
+  if (isArray(x)) {
+    const std::int64_t count = arrayOf(x).count;
+    room.reserve(static_cast<std::size_t>(count));
+    for (std::int64_t i = 0; i < count; ++i) {
+      lookAtInterrupt();
+      room.push_back(elementValue(state, elementToObject(state, arrayOf(x).type, elementAt(x, i))));
+    }
+  } else if (isRange(x)) {
+    const double from = doubleOfValue(state, operand(x, 1));
+    const double to = doubleOfValue(state, operand(x, 2));
+    if (!(to - from < static_cast<double>(kMostOfRange))) {
+      raise(state, "too long a range, received: %1", x);
+    }
+    for (std::int64_t i = 0; from + static_cast<double>(i) <= to; ++i) {
+      room.push_back(from + static_cast<double>(i));
+    }
+  } else {
+    for (std::size_t i = 1; i <= countOf(x); ++i) {
+      lookAtInterrupt();
+      room.push_back(elementValue(state, element(state, x, i)));
+    }
+  }
+  return room;
+}
+
+double NumericProcedure::operator()(double x) {
+  if (hardware_) {
+    const double args[] = {0, x};
+    try {
+      return applyHardware(*state_, procedure_, 1, args);
+    } catch (const HostErrorToken&) {
+      hardware_ = false;  // what is wrong with it, software says
+    }
+  }
+  const ALGEB argument = newFloat(*state_, x);
+  const ALGEB value = apply(*state_, procedure_, std::span<const ALGEB>(&argument, 1));
+  return doubleOfValue(*state_, value);
+}
+
+void defineRows(State& state, std::span<const FunctionRow> rows) {
+  for (const FunctionRow& row : rows) {
+    auto signature = std::make_shared<const Signature>(row.name, row.parameters);
+    auto function = std::make_unique<MachineFunction>();
+    function->name = row.name;
+    function->takesEquations = true;
+    function->usage = {signature->text, row.summary, row.example == nullptr ? "" : row.example};
+    function->call = [signature, body = row.body](State& s, ALGEB args) {
+      Call call(s, *signature, args);
+      const Watch watch([](double) {
+        lookAtInterrupt();
+        return true;
+      });
+      return body(call);
+    };
+    setNameFunction(name(state, row.name), newFunction(state, std::move(function)));
+  }
+}
+
+void defineFunctionList(State& state) {
+  defineFunction(state, "functions", [](State& s, ALGEB) {
+    std::vector<const MachineFunction::Usage*> all;
+    s.interned.forEachName([&](ALGEB n) {
+      const ALGEB f = nameFunction(n);
+      if (is(f, Tag::function) && !machineFunction(f).usage.call.empty()) {
+        all.push_back(&machineFunction(f).usage);
+      }
+    });
+    std::sort(all.begin(), all.end(),
+              [](const auto* a, const auto* b) { return a->call < b->call; });
+    Handles list(s);
+    for (const auto* usage : all) {
+      const ALGEB entry[] = {string(s, usage->call), string(s, usage->summary),
+                             string(s, usage->example)};
+      list.push(newList(s, entry));
+    }
+    return newList(s, list.span());
+  });
+}
+
+Random& streamOf(State& state) {
+  if (state.functionStream == nullptr || state.functionStreamSeeding != state.random.seedings()) {
+    state.functionStream = std::make_shared<Random>(state.random.lastSeed());
+    state.functionStreamSeeding = state.random.seedings();
+  }
+  return *std::static_pointer_cast<Random>(state.functionStream);
+}
+
+}  // namespace vexel

@@ -1,0 +1,251 @@
+// States of the language: data that come in pieces, or from several places.
+
+#include <algorithm>
+#include <vexel/states.hpp>
+
+#include "builtins/functions/call.hpp"
+#include "builtins/functions/objects.hpp"
+#include "builtins/functions/statistics.hpp"
+#include "mathematics/elementwise.hpp"
+#include "values/errors.hpp"
+#include "values/numbers.hpp"
+#include "values/text.hpp"
+
+namespace vexel {
+
+namespace {
+
+class StateObject : public Foreign {
+ public:
+  virtual void update(Call& call) = 0;
+  virtual bool merge(const StateObject& other) = 0;  // false: of another kind
+};
+
+ALGEB arrayOfReals(State& state, std::span<const double> x) {
+  const RTableSettings settings{RTABLE_FLOAT64, RTABLE_RECTANGULAR, RTABLE_COLUMN_MAJOR, 1, 0};
+  const V_INT bounds[] = {1, static_cast<V_INT>(x.size())};
+  return newArray(state, settings, x.data(), bounds);
+}
+
+ALGEB matrixOf(State& state, const SquareMatrix& m) {
+  const RTableSettings settings{RTABLE_FLOAT64, RTABLE_RECTANGULAR, RTABLE_ROW_MAJOR, 2, 0};
+  const V_INT bounds[] = {1, static_cast<V_INT>(m.size), 1, static_cast<V_INT>(m.size)};
+  return newArray(state, settings, m.values.data(), bounds);
+}
+
+ALGEB toValue(State& state, double x) { return newFloat(state, x); }
+ALGEB toValue(State& state, std::int64_t x) { return newInteger(state, x); }
+ALGEB toValue(State& state, int x) { return newInteger(state, x); }
+ALGEB toValue(State& state, bool x) { return boolean(state, x); }
+ALGEB toValue(State& state, const std::vector<double>& x) { return arrayOfReals(state, x); }
+ALGEB toValue(State& state, const SquareMatrix& m) { return matrixOf(state, m); }
+
+// The parts that a state has, by name.
+template <typename S>
+struct Part {
+  const char* name;
+  ALGEB (*get)(State&, const S&);
+};
+template <auto member, typename S>
+ALGEB partOf(State& state, const S& s) {
+  return toValue(state, (s.*member)());
+}
+
+template <typename S>
+class Holder final : public StateObject {
+ public:
+  Holder(const char* n, S s, std::span<const Part<S>> p) : name(n), held(std::move(s)), parts_(p) {}
+  void update(Call& call) override {
+    if constexpr (std::is_same_v<S, Covariance>) {
+      held.update(call.columns("x"), call.data("weights"));
+    } else {
+      held.update(call.data("x"), call.data("weights"));
+    }
+  }
+  bool merge(const StateObject& other) override {
+    const auto* const same = dynamic_cast<const Holder*>(&other);
+    if (same != nullptr) {
+      held.merge(same->held);
+    }
+    return same != nullptr;
+  }
+  void print(State&, std::string& out) const override { out += std::string(name) + "()"; }
+  ALGEB field(State& state, std::string_view part) override {
+    for (const Part<S>& p : parts_) {
+      if (part == p.name) {
+        return p.get(state, held);
+      }
+    }
+    return nullptr;
+  }
+
+  const char* name;
+  S held;
+
+ private:
+  std::span<const Part<S>> parts_;
+};
+
+template <typename S>
+ALGEB hold(Call& call, const char* name, S s, std::span<const Part<S>> parts) {
+  return newForeign(call.state(), Tag::foreign,
+                    std::make_unique<Holder<S>>(name, std::move(s), parts), 1024);
+}
+
+ALGEB makeSums(Call& call) {
+  static constexpr Part<Sums> kParts[] = {{"sum", partOf<&Sums::sum>},
+                                          {"mean", partOf<&Sums::mean>},
+                                          {"weight", partOf<&Sums::weight>},
+                                          {"count", partOf<&Sums::count>},
+                                          {"missing", partOf<&Sums::missing>}};
+  return hold<Sums>(call, "Sums", Sums(call.missing()), kParts);
+}
+
+ALGEB makeMoments(Call& call) {
+  static constexpr Part<Moments> kParts[] = {
+      {"mean", partOf<&Moments::mean>},         {"var", partOf<&Moments::var>},
+      {"std", partOf<&Moments::std>},           {"skewness", partOf<&Moments::skewness>},
+      {"kurtosis", partOf<&Moments::kurtosis>}, {"weight", partOf<&Moments::weight>},
+      {"count", partOf<&Moments::count>},       {"missing", partOf<&Moments::missing>}};
+  const auto order = static_cast<int>(std::clamp<std::int64_t>(call.integer("order", 4), 0, 100));
+  return hold<Moments>(call, "Moments", Moments(order, call.missing()), kParts);
+}
+
+ALGEB makeCovariance(Call& call) {
+  static constexpr Part<Covariance> kParts[] = {{"mean", partOf<&Covariance::mean>},
+                                                {"cov", partOf<&Covariance::cov>},
+                                                {"corr", partOf<&Covariance::corr>},
+                                                {"weight", partOf<&Covariance::weight>},
+                                                {"count", partOf<&Covariance::count>}};
+  return hold<Covariance>(call, "Covariance", Covariance(call.size("k"), call.missing()), kParts);
+}
+
+ALGEB makeExtremes(Call& call) {
+  static constexpr Part<Extremes> kParts[] = {{"min", partOf<&Extremes::min>},
+                                              {"max", partOf<&Extremes::max>},
+                                              {"count", partOf<&Extremes::count>},
+                                              {"missing", partOf<&Extremes::missing>}};
+  return hold<Extremes>(call, "Extremes", Extremes(call.missing()), kParts);
+}
+
+ALGEB makeTally(Call& call) {
+  static constexpr Part<Tally> kParts[] = {{"values", partOf<&Tally::values>},
+                                           {"counts", partOf<&Tally::counts>},
+                                           {"missing", partOf<&Tally::missing>}};
+  return hold<Tally>(call, "Tally", Tally(call.missing()), kParts);
+}
+
+ALGEB makeHistogram(Call& call) {
+  static constexpr Part<Histogram> kParts[] = {{"counts", partOf<&Histogram::counts>},
+                                               {"edges", partOf<&Histogram::edges>},
+                                               {"missing", partOf<&Histogram::missing>}};
+  return hold<Histogram>(call, "Histogram", Histogram(call.data("edges"), call.missing()), kParts);
+}
+
+ALGEB makeDensityGrid(Call& call) {
+  static constexpr Part<DensityGrid> kParts[] = {{"x", partOf<&DensityGrid::x>},
+                                                 {"weight", partOf<&DensityGrid::weight>},
+                                                 {"missing", partOf<&DensityGrid::missing>}};
+  return hold<DensityGrid>(call, "DensityGrid",
+                           DensityGrid(*call.range("bounds"), call.size("points"), call.missing()),
+                           kParts);
+}
+
+ALGEB makeRanks(Call& call) {
+  static constexpr Part<Ranks> kParts[] = {{"done", partOf<&Ranks::done>},
+                                           {"pass", partOf<&Ranks::pass>},
+                                           {"result", partOf<&Ranks::result>},
+                                           {"weight", partOf<&Ranks::weight>},
+                                           {"missing", partOf<&Ranks::missing>}};
+  const double one[] = {isContainer(call.value("q")) ? 0 : call.number("q")};
+  return hold<Ranks>(call, "Ranks",
+                     Ranks(isContainer(call.value("q")) ? call.data("q") : Data(one),
+                           quantileMethodOf(call), call.missing()),
+                     kParts);
+}
+
+StateObject& stateFor(Call& call, const char* parameter) {
+  auto* const found = objectOf<StateObject>(call.value(parameter));
+  if (found == nullptr) {
+    call.refuse(parameter, "a state such as Moments()");
+  }
+  return *found;
+}
+
+ALGEB update(Call& call) {
+  stateFor(call, "state").update(call);
+  return call.value("state");
+}
+
+ALGEB merge(Call& call) {
+  if (!stateFor(call, "state").merge(stateFor(call, "other"))) {
+    call.refuse("other", "a state of the same kind");
+  }
+  return call.value("state");
+}
+
+ALGEB nextPass(Call& call) {
+  auto* const ranks = objectOf<Holder<Ranks>>(call.value("state"));
+  if (ranks == nullptr) {
+    call.refuse("state", "a Ranks");
+  }
+  ranks->held.next_pass();
+  return call.value("state");
+}
+
+ALGEB densityOfGrid(Call& call) {
+  auto* const grid = objectOf<Holder<DensityGrid>>(call.value("state"));
+  if (grid == nullptr) {
+    call.refuse("state", "a DensityGrid");
+  }
+  return call.reals(grid->held.density(call.number("bandwidth"), densityKernelOf(call)), nullptr);
+}
+
+ALGEB momentOfState(Call& call) {
+  auto* const moments = objectOf<Holder<Moments>>(call.value("state"));
+  if (moments == nullptr) {
+    call.refuse("state", "a Moments");
+  }
+  return call.real(moments->held.moment(
+      static_cast<int>(std::clamp<std::int64_t>(call.integer("order"), -1, 100))));
+}
+
+constexpr FunctionRow kRows[] = {
+    {"Sums", "; missing = propagate", "a state: sum, mean, weight, count, missing",
+     "s := update(Sums(), [1e100, 1, -1e100]): s[sum];", makeSums},
+    {"Moments", "order = 4; missing = propagate",
+     "a state: mean, var, std, skewness, kurtosis, weight, count, missing",
+     "a := update(Moments(), [1, 2]): b := update(Moments(), [3, 4]): merge(a, b)[var];",
+     makeMoments},
+    {"Covariance", "k; missing = propagate", "a state of k columns: mean, cov, corr, weight, count",
+     "c := update(Covariance(2), [[1, 2, 3], [2, 4, 7]]): c[mean];", makeCovariance},
+    {"Extremes", "; missing = propagate", "a state: min, max, count, missing",
+     "e := update(Extremes(), [3, 1, 2]): e[min], e[max];", makeExtremes},
+    {"Tally", "; missing = propagate", "a state: values, counts, missing",
+     "t := update(Tally(), [2, 1, 2]): t[counts];", makeTally},
+    {"Histogram", "edges; missing = propagate", "a state: counts, edges, missing",
+     "h := update(Histogram([0, 1, 2]), [0.5, 1.5, 2]): h[counts];", makeHistogram},
+    {"DensityGrid", "bounds, points; missing = propagate",
+     "a state: x, weight, missing; see density",
+     "g := update(DensityGrid(0 .. 4, 5), [1, 2, 3]): density(g, 1);", makeDensityGrid},
+    {"Ranks", "q; method = linear, missing = propagate",
+     "a state of exact quantiles in passes: done, result, pass, weight, missing",
+     "r := Ranks(0.5): while not r[done] do update(r, [3, 1, 2]); if not r[done] then next_pass(r) "
+     "end end: r[result];",
+     makeRanks},
+    {"update", "state, x; weights", "takes data into a state, and gives the state",
+     "update(Extremes(), [1, 2])[max];", update},
+    {"merge", "state, other", "takes another state of the same kind in, and gives the state",
+     "merge(update(Sums(), [1]), update(Sums(), [2]))[sum];", merge},
+    {"next_pass", "state", "begins the next pass of a Ranks", nullptr, nextPass},
+    {"density", "state, bandwidth; kernel = gaussian", "the density at the points of a DensityGrid",
+     nullptr, densityOfGrid},
+    {"moment_of", "state, order", "a moment about the mean of a Moments",
+     "moment_of(update(Moments(), [1, 2, 3]), 2);", momentOfState},
+};
+
+}  // namespace
+
+void defineStateFunctions(State& state) { defineRows(state, kRows); }
+
+}  // namespace vexel
