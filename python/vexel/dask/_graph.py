@@ -1,0 +1,170 @@
+"""Jobs on chunks: a task for each chunk, a tree of merges, and the chunks read anew for each pass."""
+
+from __future__ import annotations
+
+import copy
+from collections.abc import Callable
+from itertools import product
+from typing import Any
+
+import dask.array as da
+import numpy as np
+from dask.base import tokenize
+from dask.delayed import Delayed
+from dask.graph_manipulation import bind
+from dask.highlevelgraph import HighLevelGraph
+
+from .._passes import Job
+
+_fan = 8  # states merged by one task
+
+
+class Source:
+    """Chunks of data with their weights and levels, and how each chunk falls into variables."""
+
+    def __init__(self, x: Any, weights: Any, by: Any, split: Callable[..., Any]) -> None:
+        self.x, self.weights, self.by, self.split = x, weights, by, split
+
+    def after(self, step: Delayed) -> Source:
+        """The same chunks, read once more when `step` is done, so that nobody keeps them."""
+        given = [a for a in (self.x, self.weights, self.by) if a is not None]
+        again = iter(bind(given, parents=step, seed=step.key))
+        return Source(*(None if a is None else next(again) for a in (self.x, self.weights, self.by)), self.split)
+
+
+def whole(x: Any, weights: Any, by: Any) -> dict[Any, Any]:
+    return {None: (x, weights)}
+
+
+def columns(x: Any, weights: Any, by: Any) -> dict[Any, Any]:
+    return {i: (x[:, i], weights if weights is None or weights.ndim == 1 else weights[:, i])
+            for i in range(x.shape[1])}
+
+
+def levels(x: Any, weights: Any, by: Any) -> dict[Any, Any]:
+    if by.shape != x.shape[:1]:
+        raise ValueError(f"by: a level for each of {x.shape[0]} values is expected, {by.shape[0]} came")
+    import pandas
+
+    codes, found = pandas.factorize(by)  # a missing level has the code -1
+    order = np.argsort(codes, kind="stable")
+    starts = np.searchsorted(codes[order], np.arange(len(found) + 1))
+    parts = (order[starts[i]:starts[i + 1]] for i in range(len(found)))
+    return {level: (x[rows], None if weights is None else weights[rows])
+            for level, rows in zip(found.tolist() if hasattr(found, "tolist") else found, parts)}
+
+
+def _array(x: Any) -> Any:
+    return np.ma.filled(x.astype(float), np.nan) if isinstance(x, np.ma.MaskedArray) else np.asarray(x)
+
+
+def take(job: Job, split: Callable[..., Any], place: tuple[int, ...], before: Any, x: Any, weights: Any,
+         by: Any) -> dict[Any, Any]:
+    """The states of one chunk, by variable."""
+    states: dict[Any, Any] = {}
+    try:
+        x = _array(x)
+        if x.dtype == object:
+            x = x.astype(np.float64)
+        if x.dtype.kind not in "biuf":
+            raise TypeError(f"x: numbers are expected, {x.dtype} came")
+        weights = None if weights is None else _array(weights)
+        if weights is not None and len(weights) != len(x):
+            raise ValueError(f"weights: {len(x)} are expected, {len(weights)} came")
+        for key, (values, w) in split(x, weights, None if by is None else np.asarray(by)).items():
+            state = job.begin() if before is None else copy.deepcopy(before[key][1])
+            states[key] = state.update(values, w)
+    except (ValueError, TypeError) as error:
+        raise type(error)(f"chunk {place}: {error}") from None
+    return states
+
+
+def combine(parts: list[dict[Any, Any]]) -> dict[Any, Any]:
+    """The merged states of each variable; the parts stay as they are."""
+    out: dict[Any, Any] = {}
+    for part in parts:
+        for key, state in part.items():
+            if key not in out:
+                out[key] = state
+            elif any(out[key] is p.get(key) for p in parts):
+                out[key] = copy.deepcopy(out[key]).merge(state)
+            else:
+                out[key].merge(state)
+    return out
+
+
+def advance(job: Job, before: Any, states: dict[Any, Any]) -> dict[Any, Any]:
+    return {key: job.advance(None if before is None else before[key][0], state)
+            for key, state in states.items()}
+
+
+def finish(job: Job, shape: Callable[..., Any], before: Any, states: dict[Any, Any]) -> Any:
+    return shape({key: job.finish(None if before is None else before[key][0], state)
+                  for key, state in states.items()})
+
+
+def _one_pass(job: Job, source: Source, before: Delayed | None, last: Any, number: int) -> Delayed:
+    token = tokenize(job.__class__, job.__dict__, source.x.name, source.split, number,
+                     *(a.name for a in (source.weights, source.by) if a is not None),
+                     before.key if before is not None else None, last)
+    name = f"vexel-chunk-{token}"
+    held = before.key if before is not None else None
+    tasks: dict[Any, Any] = {}
+    keys = []
+    for place in product(*map(range, source.x.numblocks)):
+        rows = place[:1]
+        weights = None if source.weights is None else \
+            (source.weights.name, *place[:source.weights.ndim], *(0,) * (source.weights.ndim - len(place)))
+        by = None if source.by is None else (source.by.name, *rows)
+        key = (name, 0, len(keys))
+        tasks[key] = (take, job, source.split, place, held, (source.x.name, *place), weights, by)
+        keys.append(key)
+    depth = 0
+    while len(keys) > 1:
+        depth += 1
+        above = []
+        for i in range(0, len(keys), _fan):
+            key = (name, depth, i // _fan)
+            tasks[key] = (combine, keys[i:i + _fan])
+            above.append(key)
+        keys = above
+    end = f"vexel-{'result' if last else 'pass'}-{token}"
+    tasks[end] = (finish, job, last, held, keys[0]) if last else (advance, job, held, keys[0])
+    needed = [a for a in (source.x, source.weights, source.by, before) if a is not None]
+    graph = HighLevelGraph.from_collections(end, tasks, dependencies=needed)
+    return Delayed(end, graph)
+
+
+def run(job: Job, source: Source, shape: Callable[..., Any]) -> Delayed:
+    """The result, lazily; `shape` makes it of the results by variable."""
+    before = None
+    for number in range(job.passes):
+        last = shape if number + 1 == job.passes else None
+        step = _one_pass(job, source if before is None else source.after(before), before, last, number)
+        before = step
+    return step
+
+
+def chunks_like(a: Any, x: Any, name: str) -> Any:
+    """Weights or levels as a Dask array in the chunks of x, or of its rows."""
+    if a is None:
+        return None
+    if hasattr(a, "to_dask_array"):
+        a = a.to_dask_array()
+    if not isinstance(a, da.Array):
+        a = np.asarray(a)
+        if any(np.isnan(c) for axis in x.chunks for c in axis):
+            raise ValueError(f"{name}: of data in chunks of unknown sizes a Dask collection is expected")
+        if a.shape not in (x.shape, x.shape[:1]):
+            raise ValueError(f"{name}: the shape {x.shape} or {x.shape[:1]} is expected, {a.shape} came")
+        a = da.from_array(a, chunks=x.chunks[:a.ndim])
+    if a.ndim not in (1, x.ndim):
+        raise ValueError(f"{name}: one dimension or as many as x has are allowed, {a.ndim} came")
+    known = not any(np.isnan(c) for b in (a, x) for axis in b.chunks for c in axis)
+    if known:
+        if a.shape != x.shape[:a.ndim]:
+            raise ValueError(f"{name}: the shape {x.shape[:a.ndim]} is expected, {a.shape} came")
+        return a.rechunk(x.chunks[:a.ndim])
+    if a.numblocks != x.numblocks[:a.ndim]:
+        raise ValueError(f"{name}: as many chunks as x has are expected where their sizes are not known")
+    return a

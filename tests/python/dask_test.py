@@ -1,0 +1,162 @@
+"""vexel.dask: the bits of one machine for every chunking, and on a cluster that loses a worker."""
+
+import os
+import time
+
+import numpy as np
+import pytest
+
+import vexel as vx
+
+da = pytest.importorskip("dask.array")
+dd = pytest.importorskip("dask.dataframe")
+dask = pytest.importorskip("dask")
+vd = pytest.importorskip("vexel.dask")
+
+X = vx.Random(1).normal(20011) * 3 + 100
+X[9000] = 1e17
+WHOLE = vx.Random(2).integers(0, 4, len(X)).astype(float)
+REAL = vx.Random(3).uniform(len(X))
+
+# Where sums of powers are rounded once by the states and more often by the function, the last bits
+# may differ: then `near`.
+SAME = {
+    "mean": {}, "std": {"ddof": 0}, "var": {}, "quantile": {"q": [0, 0.1, 0.5, 1], "method": "hazen"},
+    "median": {}, "trimmed_mean": {"cut": (0.1, 0.25)}, "winsorized_mean": {"cut": 0.07}, "mode": {},
+    "histogram": {"bins": "auto"}}
+NEAR = {
+    "skewness": {"bias": False}, "kurtosis": {}, "moment": {"order": [1, 2, 3, 9]}, "describe": {}}
+
+
+def bits(result):
+    return [np.asarray(part, dtype=float).tobytes() for part in
+            (result if isinstance(result, tuple) else (result,))]
+
+
+@pytest.fixture(autouse=True)
+def threads():
+    with dask.config.set(scheduler="threads", num_workers=2):
+        yield
+
+
+@pytest.mark.parametrize("name", [*SAME, *NEAR])
+@pytest.mark.parametrize("weights", [None, WHOLE, REAL], ids=["plain", "whole", "real"])
+def test_bits_do_not_depend_on_chunks(name, weights):
+    options = {**SAME, **NEAR}[name]
+    tame = X < 1e3 if name in ("mode", "moment", "skewness", "kurtosis", "histogram") else X == X
+    x = np.floor(X[tame]) if name == "mode" else X[tame]
+    w = weights if weights is None else weights[tame]
+    one = getattr(vx, name)(x, weights=w, **options)
+    found = [bits(getattr(vd, name)(da.from_array(x, chunks=c), weights=w, **options).compute())
+             for c in (len(x), 7001, (1, 0, 9000, len(x) - 9001))]
+    assert found[1] == found[0] and found[2] == found[0]
+    if name in SAME:
+        assert found[0] == bits(one)
+    else:
+        for a, b in zip(found[0], bits(one)):
+            np.testing.assert_allclose(np.frombuffer(a), np.frombuffer(b), rtol=1e-12, atol=1e-12)
+
+
+def test_missing_values_go_as_told():
+    x = X[:1000].copy()
+    x[5] = np.nan
+    lazy = da.from_array(x, chunks=300)
+    assert np.isnan(vd.mean(lazy).compute()) and np.isnan(vd.trimmed_mean(lazy, 0.1).compute())
+    for f in (vd.var, vd.median):
+        assert f(lazy, nan_policy="omit").compute() == getattr(vx, f.__name__)(x, nan_policy="omit")
+    with pytest.raises(ValueError, match=r"chunk \(0,\)"):
+        vd.mean(lazy, nan_policy="raise").compute()
+    assert np.isnan(vd.mean(lazy[:0]).compute()) and np.isnan(vd.quantile(lazy[:0], 0.5).compute())
+
+
+def test_tables_frames_and_levels():
+    table = X[:20000].reshape(-1, 4)
+    table = np.where(table > 1e3, 0, table)
+    lazy = da.from_array(table, chunks=(700, 3))
+    assert bits(vd.quantile(lazy, [0.1, 0.7], axis=0).compute()) == bits(vx.quantile(table, [0.1, 0.7], axis=0))
+    assert bits(vd.mean(lazy, weights=REAL[:5000], axis=0).compute()) == \
+        bits(vx.mean(table, weights=REAL[:5000], axis=0))
+    np.testing.assert_allclose(vd.cov(lazy).compute(), vx.cov(table), rtol=1e-14)
+    np.testing.assert_allclose(vd.corr(lazy, method="spearman").compute(), vx.corr(table, method="spearman"),
+                               atol=1e-15)
+    import pandas as pd
+
+    frame = pd.DataFrame({"a": table[:, 0], "b": np.arange(5000) % 7, "g": np.array(list("uvw"))[np.arange(5000) % 3]})
+    lazy = dd.from_pandas(frame, npartitions=6)
+    groups = {k: v for k, v in frame.groupby("g")}
+    assert vd.median(lazy["a"], by=lazy["g"]).compute() == {k: vx.median(v["a"]) for k, v in groups.items()}
+    assert vd.mean(lazy["a"], weights=lazy["b"], by=lazy["g"]).compute() == \
+        {k: vx.mean(v["a"], weights=v["b"]) for k, v in groups.items()}
+    assert vd.mean(lazy[["a", "b"]]).compute() == {c: vx.mean(frame[c]) for c in ("a", "b")}
+    values, counts = vd.tally(lazy["b"]).compute()
+    assert values.dtype == np.int64 and counts.sum() == 5000
+    assert (vd.rank(lazy["b"]).compute() == vx.rank(frame["b"])).all()
+
+
+def test_kde_is_the_direct_sum_within_its_binning():
+    x = X[:3000]
+    x = x[x < 1e3]
+    found = [vd.kde(da.from_array(x, chunks=c)).compute() for c in (3000, 77)]
+    direct = vx.kde(x)
+    assert found[0].bandwidth == direct.bandwidth and bits(found[0].y) == bits(found[1].y)
+    assert np.max(np.abs(found[0].y - direct(found[0].x))) < 1e-4 * found[0].y.max()
+
+
+def test_random_arrays_do_not_depend_on_chunks():
+    law = vx.Gamma(2.5)
+    whole = vd.sample(law, 300_000, chunks=300_000, seed=5).compute()
+    assert (whole == vd.sample(law, 300_001, chunks=70_000, seed=5).compute()[:-1]).all()
+    assert (whole[65536:65540] == law.sample(4, vx.Random(5, block=1))).all()
+    for kind in ("Sobol", "Halton", "Faure"):
+        one = getattr(vx, kind)(3, scramble=True, rng=1)
+        lazy = getattr(vd, kind)(3, scramble=True, rng=1)
+        assert (lazy.points(500, chunks=77).compute() == one.points(500)).all()
+        assert (lazy.points(9).compute() == one.points(9)).all()
+
+
+def test_graphs_grow_with_the_chunks_and_no_faster():
+    sizes = [len(dict(vd.median(vd.sample(vx.Normal(), n * 1000, chunks=1000, seed=1)).dask)) for n in (50, 100, 200)]
+    assert sizes[2] - sizes[1] <= 2.1 * (sizes[1] - sizes[0]) and sizes[2] < 11 * 200
+
+
+def test_poison_names_its_chunk():
+    lazy = da.from_array(X, chunks=5000)
+    weights = WHOLE.copy()
+    weights[12000] = -1
+    with pytest.raises(ValueError, match=r"chunk \(2,\).*weights.*-1"):
+        vd.median(lazy, weights=weights).compute()
+    poisoned = lazy.map_blocks(lambda b, block_id: b.astype("U9") if block_id == (1,) else b, dtype=float)
+    with pytest.raises((ValueError, TypeError), match=r"chunk \(1,\)"):
+        vd.var(poisoned).compute()
+
+
+@pytest.fixture(scope="module")
+def cluster():
+    distributed = pytest.importorskip("distributed")
+    with dask.config.set({"distributed.worker.daemon": True, "distributed.comm.timeouts.connect": "60s"}):
+        with distributed.LocalCluster(n_workers=2, threads_per_worker=1, processes=True,
+                                      dashboard_address=None) as here, distributed.Client(here) as client:
+            yield here, client
+
+
+def test_a_killed_worker_changes_no_bit(cluster):
+    here, client = cluster
+    x = vd.sample(vx.Normal(3, 2), 1 << 22, chunks=1 << 18, seed=7)
+    q = [0.01, 0.5, 0.999]
+    expected = vx.quantile(x.compute(), q).tobytes()
+    job = client.compute(vd.quantile(x, q))
+    time.sleep(0.3)
+    pid = next(iter(client.run(os.getpid).values()))
+    os.kill(pid, 9)
+    assert job.result(timeout=120).tobytes() == expected
+    here.scale(3)  # one that joins late
+    assert client.compute(vd.quantile(client.persist(x), q)).result(timeout=120).tobytes() == expected
+    with pytest.raises(ValueError, match=r"chunk \(3,\)"):
+        client.compute(vd.mean(x, weights=da.where(da.arange(1 << 22, chunks=1 << 18) == 3 << 18, -1, 1))).result()
+
+
+def test_states_refuse_other_bytes():
+    data = vx.Moments().update([1.0, 2.0]).to_bytes()
+    for bad in (data[:-1], data + b"x", b"", vx.Sums().to_bytes()):
+        with pytest.raises(ValueError):
+            vx.Moments.from_bytes(bad)
