@@ -27,8 +27,8 @@
 namespace {
 
 constexpr int kTried = 60;  // calls of a kind, of which are recorded so many
-constexpr int kValues = 11;
-constexpr int kErrors = 4;
+constexpr int kValues = 9;
+constexpr int kErrors = 3;
 constexpr std::size_t kWholeArray = 10;  // longer ones are recorded by a few numbers
 
 std::uint64_t hash(std::string_view text) {

@@ -1,7 +1,6 @@
 // Bernoulli distribution: 1 with probability p.
 
-#include "distributions/bernoulli.hpp"
-
+#include "distributions/families.hpp"
 #include "kernel/uniform_source.hpp"
 
 double STATS_BernoulliProbability_HW(VKernelVector, std::int32_t x, double p) {

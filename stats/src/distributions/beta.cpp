@@ -1,8 +1,6 @@
 // Beta distribution with parameters nu1 and nu2, from the numerical library.
 
-#include "distributions/beta.hpp"
-
-#include "distributions/gamma.hpp"
+#include "distributions/families.hpp"
 #include "distributions/nag_call.hpp"
 
 double STATS_BetaProbability_HW(VKernelVector kv, double x, double nu1, double nu2) {

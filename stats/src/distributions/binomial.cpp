@@ -1,11 +1,9 @@
 // Binomial distribution (n, p), from the numerical library; quantiles by integer search.
 
-#include "distributions/binomial.hpp"
-
 #include <cmath>
 
+#include "distributions/families.hpp"
 #include "distributions/nag_call.hpp"
-#include "distributions/normal.hpp"
 #include "distributions/probability_adapter.hpp"
 #include "distributions/searched_sample.hpp"
 #include "kernel/uniform_source.hpp"

@@ -3,10 +3,9 @@
 // Closed forms: Johnson, Kotz and Balakrishnan, Continuous Univariate Distributions, volume 1, 2nd
 // edition (1994), chapter 16.
 
-#include "distributions/cauchy.hpp"
-
 #include <cmath>
 
+#include "distributions/families.hpp"
 #include "distributions/nag_call.hpp"
 #include "kernel/uniform_source.hpp"
 #include "kernels/classic/variates.hpp"

@@ -1,9 +1,7 @@
 // Chi-square distribution with nu degrees of freedom, from the numerical library; variates are
 // gamma.
 
-#include "distributions/chi_square.hpp"
-
-#include "distributions/gamma.hpp"
+#include "distributions/families.hpp"
 #include "distributions/nag_call.hpp"
 
 double STATS_ChiSquareProbability_HW(VKernelVector kv, double x, double nu) {

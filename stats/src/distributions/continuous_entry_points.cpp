@@ -6,33 +6,8 @@
 // A sample takes its size before what the row lists.  Entry points that fit no row
 // stand in irregular_entry_points.cpp.
 
-#include "distributions/beta.hpp"
-#include "distributions/cauchy.hpp"
-#include "distributions/chi_square.hpp"
 #include "distributions/entry_rows.hpp"
-#include "distributions/error.hpp"
-#include "distributions/exponential.hpp"
-#include "distributions/f_ratio.hpp"
-#include "distributions/gamma.hpp"
-#include "distributions/gumbel.hpp"
-#include "distributions/inverse_gaussian.hpp"
-#include "distributions/laplace.hpp"
-#include "distributions/log_normal.hpp"
-#include "distributions/logistic.hpp"
-#include "distributions/maxwell.hpp"
-#include "distributions/moyal.hpp"
-#include "distributions/non_central_beta.hpp"
-#include "distributions/non_central_chi_square.hpp"
-#include "distributions/non_central_f_ratio.hpp"
-#include "distributions/non_central_student_t.hpp"
-#include "distributions/normal.hpp"
-#include "distributions/pareto.hpp"
-#include "distributions/power.hpp"
-#include "distributions/rayleigh.hpp"
-#include "distributions/student_t.hpp"
-#include "distributions/triangular.hpp"
-#include "distributions/uniform.hpp"
-#include "distributions/weibull.hpp"
+#include "distributions/families.hpp"
 
 // clang-format off
 ENTRY(BetaProbability,                Float,   "VexelBetaProbability expects 3 arguments, received: %1", real, real, real)

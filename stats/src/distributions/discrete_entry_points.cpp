@@ -6,14 +6,8 @@
 // A sample takes its size before what the row lists.  Entry points that fit no row
 // stand in irregular_entry_points.cpp.
 
-#include "distributions/bernoulli.hpp"
-#include "distributions/binomial.hpp"
-#include "distributions/discrete_uniform.hpp"
 #include "distributions/entry_rows.hpp"
-#include "distributions/geometric.hpp"
-#include "distributions/hypergeometric.hpp"
-#include "distributions/negative_binomial.hpp"
-#include "distributions/poisson.hpp"
+#include "distributions/families.hpp"
 
 // clang-format off
 ENTRY(BernoulliProbability,           Float,   "VexelBernoulliProbability expects 2 arguments, received: %1", whole, real)

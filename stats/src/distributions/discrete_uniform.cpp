@@ -1,9 +1,8 @@
 // Discrete uniform distribution on a, a + 1, ..., b.
 
-#include "distributions/discrete_uniform.hpp"
-
 #include <cmath>
 
+#include "distributions/families.hpp"
 #include "kernel/conversions.hpp"
 #include "kernel/uniform_source.hpp"
 

@@ -4,14 +4,10 @@
 // normal generators.  Evans, Hastings and Peacock, Statistical Distributions, chapter on the error
 // distribution.
 
-#include "distributions/error.hpp"
-
 #include <cmath>
 #include <limits>
 
-#include "distributions/gamma.hpp"
-#include "distributions/laplace.hpp"
-#include "distributions/normal.hpp"
+#include "distributions/families.hpp"
 #include "kernel/conversions.hpp"
 #include "kernel/uniform_source.hpp"
 #include "rootfinding/newton_raphson.hpp"

@@ -4,10 +4,9 @@
 // 2nd edition (1994), chapter 19.  Parameters are not checked: an impossible one gives whatever the
 // formula gives, most often a NaN.
 
-#include "distributions/exponential.hpp"
-
 #include <cmath>
 
+#include "distributions/families.hpp"
 #include "kernel/conversions.hpp"
 
 double STATS_ExponentialProbability_HW(VKernelVector, double x, double b) {

@@ -1,8 +1,6 @@
 // F distribution with nu1 and nu2 degrees of freedom, from the numerical library.
 
-#include "distributions/f_ratio.hpp"
-
-#include "distributions/chi_square.hpp"
+#include "distributions/families.hpp"
 #include "distributions/nag_call.hpp"
 
 double STATS_FRatioProbability_HW(VKernelVector kv, double x, double nu1, double nu2) {

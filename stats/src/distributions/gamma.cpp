@@ -1,7 +1,6 @@
 // Gamma distribution with scale b and shape c, from the numerical library.
 
-#include "distributions/gamma.hpp"
-
+#include "distributions/families.hpp"
 #include "distributions/nag_call.hpp"
 #include "kernel/uniform_source.hpp"
 #include "kernels/classic/variates.hpp"

@@ -1,9 +1,8 @@
 // Geometric distribution: failures before the first success of probability p.
 
-#include "distributions/geometric.hpp"
-
 #include <cmath>
 
+#include "distributions/families.hpp"
 #include "kernel/conversions.hpp"
 #include "kernel/uniform_source.hpp"
 

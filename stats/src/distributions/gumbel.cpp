@@ -4,10 +4,9 @@
 // 2nd edition (1995), chapter 22.  Parameters are not checked: an impossible one gives whatever the
 // formula gives, most often a NaN.
 
-#include "distributions/gumbel.hpp"
-
 #include <cmath>
 
+#include "distributions/families.hpp"
 #include "kernel/uniform_source.hpp"
 
 double STATS_GumbelProbability_HW(VKernelVector, double x, double a, double b) {

@@ -1,10 +1,9 @@
 // Hypergeometric distribution (n, l, m), from the numerical library; quantiles by integer search.
 
-#include "distributions/hypergeometric.hpp"
-
 #include <algorithm>
 #include <cmath>
 
+#include "distributions/families.hpp"
 #include "distributions/nag_call.hpp"
 #include "distributions/probability_adapter.hpp"
 #include "distributions/searched_sample.hpp"

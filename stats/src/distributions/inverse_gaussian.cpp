@@ -3,8 +3,7 @@
 // Michael, Schucany and Haas, Generating Random Variates Using Transformations with Multiple Roots,
 // The American Statistician 30, 1976.
 
-#include "distributions/inverse_gaussian.hpp"
-
+#include "distributions/families.hpp"
 #include "kernel/uniform_source.hpp"
 #include "kernels/classic/variates.hpp"
 

@@ -5,10 +5,7 @@
 
 #include "distributions/empirical.hpp"
 #include "distributions/entry_rows.hpp"
-#include "distributions/error.hpp"
-#include "distributions/exponential.hpp"
-#include "distributions/geometric.hpp"
-#include "distributions/normal.hpp"
+#include "distributions/families.hpp"
 #include "distributions/normal_approximations.hpp"
 #include "kernel/callback_adapters.hpp"
 #include "kernel/sample_view.hpp"

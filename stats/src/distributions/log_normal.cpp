@@ -1,10 +1,8 @@
 // Log-normal distribution: the logarithm is normal with mean mu and standard deviation sigma.
 
-#include "distributions/log_normal.hpp"
-
 #include <cmath>
 
-#include "distributions/normal.hpp"
+#include "distributions/families.hpp"
 
 namespace {
 

@@ -4,10 +4,9 @@
 // 2nd edition (1995), chapter 23.  Parameters are not checked: an impossible one gives whatever the
 // formula gives, most often a NaN.
 
-#include "distributions/logistic.hpp"
-
 #include <cmath>
 
+#include "distributions/families.hpp"
 #include "kernel/uniform_source.hpp"
 
 // 1 / (1 + exp(-z)); below zero the equal exp(z) / (1 + exp(z)), which does not overflow.

@@ -2,8 +2,7 @@
 //
 // Walck, Hand-book on Statistical Distributions for Experimentalists, Stockholm 1996, chapter 25.
 
-#include "distributions/maxwell.hpp"
-
+#include "distributions/families.hpp"
 #include "kernel/uniform_source.hpp"
 #include "kernels/classic/variates.hpp"
 

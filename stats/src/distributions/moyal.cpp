@@ -2,8 +2,7 @@
 //
 // Walck, Hand-book on Statistical Distributions for Experimentalists, Stockholm 1996, chapter 26.
 
-#include "distributions/moyal.hpp"
-
+#include "distributions/families.hpp"
 #include "distributions/nag_call.hpp"
 #include "kernel/uniform_source.hpp"
 #include "kernels/classic/variates.hpp"

@@ -3,11 +3,9 @@
 // The distribution function is a beta probability: Johnson, Kemp and Kotz, Univariate Discrete
 // Distributions, 3rd edition (2005), chapter 5.
 
-#include "distributions/negative_binomial.hpp"
-
 #include <cmath>
 
-#include "distributions/beta.hpp"
+#include "distributions/families.hpp"
 #include "distributions/probability_adapter.hpp"
 #include "distributions/searched_sample.hpp"
 #include "kernel/conversions.hpp"

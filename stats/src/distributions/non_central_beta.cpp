@@ -1,11 +1,8 @@
 // Non-central beta distribution: the numerical library's probability, its inverse by Brent's
 // method.
 
-#include "distributions/non_central_beta.hpp"
-
-#include "distributions/chi_square.hpp"
+#include "distributions/families.hpp"
 #include "distributions/nag_call.hpp"
-#include "distributions/non_central_chi_square.hpp"
 #include "distributions/probability_adapter.hpp"
 #include "rootfinding/brent.hpp"
 

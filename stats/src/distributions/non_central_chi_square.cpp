@@ -1,14 +1,12 @@
 // Non-central chi-square distribution with nu degrees of freedom and noncentrality delta: the
 // numerical library's probability, its inverse by Brent's method.
 
-#include "distributions/non_central_chi_square.hpp"
-
 #include <cmath>
 #include <cstdint>
 #include <limits>
 
+#include "distributions/families.hpp"
 #include "distributions/nag_call.hpp"
-#include "distributions/normal.hpp"
 #include "distributions/probability_adapter.hpp"
 #include "kernel/uniform_source.hpp"
 #include "rootfinding/brent.hpp"
@@ -56,9 +54,4 @@ double STATS_NonCentralChiSquareRandomVariate_HW(VKernelVector kv, double nu, do
   const double tol = STATS_HostTolerance_HW(kv);
   const double u = STATS_VexelRandomStream_HW::NextDouble();
   return STATS_NonCentralChiSquareDeviate_HW(kv, u, nu, delta, tol);
-}
-
-double STATS_NonCentralChiSquareRandomVariate_HW(VKernelVector kv, const double* params) {
-  return STATS_NonCentralChiSquareRandomVariate_HW(kv, params[0], params[1],
-                                                   STATS_DoubleToInteger_HW(params[2]));
 }

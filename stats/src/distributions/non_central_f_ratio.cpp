@@ -1,10 +1,7 @@
 // Non-central F distribution: the numerical library's probability, its inverse by Brent's method.
 
-#include "distributions/non_central_f_ratio.hpp"
-
-#include "distributions/chi_square.hpp"
+#include "distributions/families.hpp"
 #include "distributions/nag_call.hpp"
-#include "distributions/non_central_chi_square.hpp"
 #include "distributions/probability_adapter.hpp"
 #include "rootfinding/brent.hpp"
 

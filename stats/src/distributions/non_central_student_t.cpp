@@ -1,12 +1,9 @@
 // Non-central t distribution with nu degrees of freedom and noncentrality delta.
 
-#include "distributions/non_central_student_t.hpp"
-
 #include <cmath>
 
-#include "distributions/chi_square.hpp"
+#include "distributions/families.hpp"
 #include "distributions/nag_call.hpp"
-#include "distributions/normal.hpp"
 
 double STATS_NonCentralStudentTProbability_HW(VKernelVector kv, double x, double nu, double delta,
                                               double tol) {

@@ -1,8 +1,7 @@
 // Normal distribution with mean mu and standard deviation sigma; the standard one is the numerical
 // library's.
 
-#include "distributions/normal.hpp"
-
+#include "distributions/families.hpp"
 #include "distributions/nag_call.hpp"
 
 double STATS_NormalProbability_HW(VKernelVector kv, double x, double mu, double sigma) {

@@ -4,10 +4,9 @@
 // 2nd edition (1994), chapter 20.  Parameters are not checked: an impossible one gives whatever the
 // formula gives, most often a NaN.
 
-#include "distributions/pareto.hpp"
-
 #include <cmath>
 
+#include "distributions/families.hpp"
 #include "kernel/uniform_source.hpp"
 
 // 1 - (a/x)^c.  Near a, log(x/a) comes from the exact difference x - a.  The power itself serves

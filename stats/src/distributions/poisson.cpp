@@ -1,9 +1,8 @@
 // Poisson distribution with mean lambda, from the numerical library; quantiles by integer search.
 
-#include "distributions/poisson.hpp"
-
 #include <cmath>
 
+#include "distributions/families.hpp"
 #include "distributions/nag_call.hpp"
 #include "distributions/probability_adapter.hpp"
 #include "distributions/searched_sample.hpp"

@@ -4,10 +4,9 @@
 // 2nd edition (1994), chapter 18.  Parameters are not checked: an impossible one gives whatever the
 // formula gives, most often a NaN.
 
-#include "distributions/rayleigh.hpp"
-
 #include <cmath>
 
+#include "distributions/families.hpp"
 #include "kernel/uniform_source.hpp"
 
 // 1 - exp(-x^2 / (2 sigma^2)).

@@ -1,7 +1,6 @@
 // Student t distribution with nu degrees of freedom, from the numerical library.
 
-#include "distributions/student_t.hpp"
-
+#include "distributions/families.hpp"
 #include "distributions/nag_call.hpp"
 #include "kernel/uniform_source.hpp"
 

@@ -4,10 +4,9 @@
 // 2nd edition (1995), chapter 26.  Parameters are not checked: an impossible one gives whatever the
 // formula gives, most often a NaN.
 
-#include "distributions/triangular.hpp"
-
 #include <cmath>
 
+#include "distributions/families.hpp"
 #include "kernel/uniform_source.hpp"
 
 // Right of the mode the area left of c and the rest are added, all terms positive, instead of

@@ -1,7 +1,6 @@
 // Continuous uniform distribution on (a, b).  Parameters are not checked.
 
-#include "distributions/uniform.hpp"
-
+#include "distributions/families.hpp"
 #include "kernel/uniform_source.hpp"
 
 double STATS_UniformProbability_HW(VKernelVector, double x, double a, double b) {

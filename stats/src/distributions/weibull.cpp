@@ -4,10 +4,9 @@
 // 2nd edition (1994), chapter 21.  Parameters are not checked: an impossible one gives whatever the
 // formula gives, most often a NaN.
 
-#include "distributions/weibull.hpp"
-
 #include <cmath>
 
+#include "distributions/families.hpp"
 #include "distributions/inverse_power.hpp"
 #include "kernel/uniform_source.hpp"
 

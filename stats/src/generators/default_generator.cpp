@@ -2,95 +2,105 @@
 
 #include "generators/default_generator.hpp"
 
-#include <array>
+#include <algorithm>
+#include <iterator>
 #include <limits>
+#include <type_traits>
+#include <utility>
 
-#include "distributions/bernoulli.hpp"
-#include "distributions/beta.hpp"
-#include "distributions/binomial.hpp"
-#include "distributions/cauchy.hpp"
-#include "distributions/chi_square.hpp"
-#include "distributions/discrete_uniform.hpp"
-#include "distributions/error.hpp"
-#include "distributions/exponential.hpp"
-#include "distributions/f_ratio.hpp"
-#include "distributions/gamma.hpp"
-#include "distributions/geometric.hpp"
-#include "distributions/gumbel.hpp"
-#include "distributions/hypergeometric.hpp"
-#include "distributions/inverse_gaussian.hpp"
-#include "distributions/laplace.hpp"
-#include "distributions/log_normal.hpp"
-#include "distributions/logistic.hpp"
-#include "distributions/maxwell.hpp"
-#include "distributions/moyal.hpp"
-#include "distributions/negative_binomial.hpp"
-#include "distributions/non_central_beta.hpp"
-#include "distributions/non_central_student_t.hpp"
-#include "distributions/normal.hpp"
-#include "distributions/pareto.hpp"
-#include "distributions/poisson.hpp"
-#include "distributions/power.hpp"
-#include "distributions/rayleigh.hpp"
-#include "distributions/student_t.hpp"
-#include "distributions/triangular.hpp"
-#include "distributions/uniform.hpp"
-#include "distributions/weibull.hpp"
+#include "distributions/families.hpp"
 #include "kernel/conversions.hpp"
 
 namespace {
 
-// By type code.  Codes 0, 7 and 32 are none.
-constexpr std::array<STATS_DefaultGenerator_HW::Variate, 34> kVariates = {
-    nullptr,                                   // 0
-    STATS_BernoulliRandomVariate_HW,           // 1
-    STATS_BetaRandomVariate_HW,                // 2
-    STATS_BinomialRandomVariate_HW,            // 3
-    STATS_CauchyRandomVariate_HW,              // 4
-    STATS_ChiSquareRandomVariate_HW,           // 5
-    STATS_DiscreteUniformRandomVariate_HW,     // 6
-    nullptr,                                   // 7
-    STATS_ErrorRandomVariate_HW,               // 8
-    STATS_ExponentialRandomVariate_HW,         // 9
-    STATS_FRatioRandomVariate_HW,              // 10
-    STATS_GammaRandomVariate_HW,               // 11
-    STATS_GeometricRandomVariate_HW,           // 12
-    STATS_GumbelRandomVariate_HW,              // 13
-    STATS_HypergeometricRandomVariate_HW,      // 14
-    STATS_InverseGaussianRandomVariate_HW,     // 15
-    STATS_LaplaceRandomVariate_HW,             // 16
-    STATS_LogisticRandomVariate_HW,            // 17
-    STATS_LogNormalRandomVariate_HW,           // 18
-    STATS_MaxwellRandomVariate_HW,             // 19
-    STATS_MoyalRandomVariate_HW,               // 20
-    STATS_NegativeBinomialRandomVariate_HW,    // 21
-    STATS_NonCentralBetaRandomVariate_HW,      // 22
-    STATS_NonCentralStudentTRandomVariate_HW,  // 23
-    STATS_NormalRandomVariate_HW,              // 24
-    STATS_ParetoRandomVariate_HW,              // 25
-    STATS_PoissonRandomVariate_HW,             // 26
-    STATS_PowerRandomVariate_HW,               // 27
-    STATS_RayleighRandomVariate_HW,            // 28
-    STATS_StudentTRandomVariate_HW,            // 29
-    STATS_TriangularRandomVariate_HW,          // 30
-    STATS_UniformRandomVariate_HW,             // 31
-    nullptr,                                   // 32
-    STATS_WeibullRandomVariate_HW,             // 33
+// A parameter as the worker wants it: whole ones are truncated.
+template <typename T>
+T parameter(double x) {
+  if constexpr (std::is_same_v<T, double>) {
+    return x;
+  } else {
+    return STATS_DoubleToInteger_HW(x);
+  }
+}
+
+// Workers called with as many of the parameters as they take.
+template <typename Worker>
+struct Caller;
+template <typename... P>
+struct Caller<double (*)(VKernelVector, P...)> {
+  template <auto worker, std::size_t... i>
+  static double variate(VKernelVector kv, const double* params, std::index_sequence<i...>) {
+    return worker(kv, parameter<P>(params[i])...);
+  }
+  using Indices = std::index_sequence_for<P...>;
+};
+template <typename... P>
+struct Caller<void (*)(VKernelVector, double*, std::int32_t, P...)> {
+  template <auto worker, std::size_t... i>
+  static void sample(VKernelVector kv, double* data, std::int32_t n, const double* params,
+                     std::index_sequence<i...>) {
+    worker(kv, data, n, parameter<P>(params[i])...);
+  }
+  using Indices = std::index_sequence_for<P...>;
 };
 
-STATS_DefaultGenerator_HW::Sample sampleOf(V_BOOL code) {
-  switch (code) {
-    case 3:
-      return STATS_BinomialRandomSample_HW;
-    case 14:
-      return STATS_HypergeometricRandomSample_HW;
-    case 21:
-      return STATS_NegativeBinomialRandomSample_HW;
-    case 26:
-      return STATS_PoissonRandomSample_HW;
-    default:
-      return nullptr;
-  }
+template <auto worker>
+double variateOf(VKernelVector kv, const double* params) {
+  using C = Caller<decltype(worker)>;
+  return C::template variate<worker>(kv, params, typename C::Indices());
+}
+template <auto worker>
+void sampleOf(VKernelVector kv, double* data, std::int32_t n, const double* params) {
+  using C = Caller<decltype(worker)>;
+  C::template sample<worker>(kv, data, n, params, typename C::Indices());
+}
+
+// By type code; 0, 7 and 32 are none.
+struct Family {
+  int code;
+  STATS_DefaultGenerator_HW::Variate variate;
+  STATS_DefaultGenerator_HW::Sample sample = nullptr;  // a faster way to the same variates
+};
+constexpr Family kFamilies[] = {
+    {1, variateOf<STATS_BernoulliRandomVariate_HW>},
+    {2, variateOf<STATS_BetaRandomVariate_HW>},
+    {3, variateOf<STATS_BinomialRandomVariate_HW>, sampleOf<STATS_BinomialRandomSample_HW>},
+    {4, variateOf<STATS_CauchyRandomVariate_HW>},
+    {5, variateOf<STATS_ChiSquareRandomVariate_HW>},
+    {6, variateOf<STATS_DiscreteUniformRandomVariate_HW>},
+    {8, variateOf<STATS_ErrorRandomVariate_HW>},
+    {9, variateOf<STATS_ExponentialRandomVariate_HW>},
+    {10, variateOf<STATS_FRatioRandomVariate_HW>},
+    {11, variateOf<STATS_GammaRandomVariate_HW>},
+    {12, variateOf<STATS_GeometricRandomVariate_HW>},
+    {13, variateOf<STATS_GumbelRandomVariate_HW>},
+    {14, variateOf<STATS_HypergeometricRandomVariate_HW>,
+     sampleOf<STATS_HypergeometricRandomSample_HW>},
+    {15, variateOf<STATS_InverseGaussianRandomVariate_HW>},
+    {16, variateOf<STATS_LaplaceRandomVariate_HW>},
+    {17, variateOf<STATS_LogisticRandomVariate_HW>},
+    {18, variateOf<STATS_LogNormalRandomVariate_HW>},
+    {19, variateOf<STATS_MaxwellRandomVariate_HW>},
+    {20, variateOf<STATS_MoyalRandomVariate_HW>},
+    {21, variateOf<STATS_NegativeBinomialRandomVariate_HW>,
+     sampleOf<STATS_NegativeBinomialRandomSample_HW>},
+    {22, variateOf<STATS_NonCentralBetaRandomVariate_HW>},
+    {23, variateOf<STATS_NonCentralStudentTRandomVariate_HW>},
+    {24, variateOf<STATS_NormalRandomVariate_HW>},
+    {25, variateOf<STATS_ParetoRandomVariate_HW>},
+    {26, variateOf<STATS_PoissonRandomVariate_HW>, sampleOf<STATS_PoissonRandomSample_HW>},
+    {27, variateOf<STATS_PowerRandomVariate_HW>},
+    {28, variateOf<STATS_RayleighRandomVariate_HW>},
+    {29, variateOf<STATS_StudentTRandomVariate_HW>},
+    {30, variateOf<STATS_TriangularRandomVariate_HW>},
+    {31, variateOf<STATS_UniformRandomVariate_HW>},
+    {33, variateOf<STATS_WeibullRandomVariate_HW>},
+};
+
+const Family* familyOf(V_BOOL code) {
+  const auto* const found = std::find_if(std::begin(kFamilies), std::end(kFamilies),
+                                         [=](const Family& f) { return f.code == code; });
+  return found == std::end(kFamilies) ? nullptr : found;
 }
 
 }  // namespace
@@ -115,14 +125,12 @@ int STATS_DefaultGenerator_HW::initialize(VKernelVector kv, ALGEB setup) {
     VexelRaiseError1(kv, "invalid number of parameters: %1", coefficients);
   }
   const V_BOOL code = VexelToV_BOOL(kv, type);  // hands an integer through
-  if (code < 0 || code >= static_cast<V_BOOL>(kVariates.size())) {
+  const Family* const family = familyOf(code);
+  if (family == nullptr) {
     return 0;
   }
-  variate_ = kVariates[static_cast<std::size_t>(code)];
-  if (variate_ == nullptr) {
-    return 0;
-  }
-  sample_ = sampleOf(code);
+  variate_ = family->variate;
+  sample_ = family->sample;
   for (V_INT i = 0; i < count; ++i) {
     parameters_[static_cast<std::size_t>(i)] =
         STATS_VexelUtils_HW::VexelDAGToDouble(VexelListSelect(kv, coefficients, i + 1));

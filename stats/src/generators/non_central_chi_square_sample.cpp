@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "distributions/non_central_chi_square.hpp"
+#include "distributions/families.hpp"
 #include "distributions/random_sample.hpp"
 #include "generators/envelope_generator.hpp"
 #include "kernel/callback_adapters.hpp"
