@@ -5,9 +5,11 @@
 #include <bit>
 #include <cstddef>
 #include <cstdint>
+#include <limits>
 #include <memory>
 
 #include "radix_sort.hpp"
+#include "sort_in_steps.hpp"
 #include "sort_keys.hpp"
 #include "vector_sort.hpp"
 
@@ -17,6 +19,14 @@ namespace nag2 {
 inline void sortWords(std::uint64_t* words, std::uint64_t* scratch, std::size_t n) {
   if (scratch != nullptr) {
     radixSortKeys(words, scratch, n);
+  } else if (vexel::kernels::currentWatcher != nullptr && n > kSortStep) {
+    // As signed integers of the same order.
+    auto* const x = reinterpret_cast<std::int64_t*>(words);
+    const auto turn = [](std::int64_t v) { return v ^ std::numeric_limits<std::int64_t>::min(); };
+    SortProgress progress(n);
+    std::transform(x, x + n, x, turn);
+    vectorSortWatched(x, n, false, true, progress);
+    std::transform(x, x + n, x, turn);
   } else if (vectorSortServes(n)) {
     vectorSort(words, n, false);
   } else {
@@ -100,9 +110,14 @@ void visitSorted(const T* x, std::size_t n, bool descending, Visit visit) {
   for (std::size_t i = 0; i < n; ++i) {
     words[i] = make.word(i);
   }
+  vexel::kernels::poll(0);
   sortWords(words.get(), scratch.get(), n);
   const std::uint64_t mask = make.positionMask();
-  for (std::size_t begin = 0; begin < n;) {
+  for (std::size_t begin = 0, polled = 0; begin < n;) {
+    if (begin - polled >= kSortStep) {
+      vexel::kernels::poll(static_cast<double>(begin) / static_cast<double>(n));
+      polled = begin;
+    }
     std::uint64_t* const group = words.get() + begin;
     std::size_t size = 1;
     while (begin + size < n && make.agree(group[0], group[size])) {

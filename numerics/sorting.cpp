@@ -21,6 +21,7 @@
 
 #include "failure.hpp"
 #include "radix_sort.hpp"
+#include "sort_in_steps.hpp"
 #include "sort_keys.hpp"
 #include "two_threads.hpp"
 #include "vector_sort.hpp"
@@ -116,8 +117,9 @@ struct Stretch {
 };
 
 template <typename T>
-void sortIntegers(nag2::SignedOf<T>* x, std::size_t n, bool descending, bool someNegative) {
-  nag2::vectorSort(x, n, descending);
+void sortIntegers(nag2::SignedOf<T>* x, std::size_t n, bool descending, bool someNegative,
+                  bool watched, nag2::SortProgress& progress) {
+  nag2::vectorSortWatched(x, n, descending, watched, progress);
   if (std::is_floating_point_v<T> && someNegative) {
     std::transform(x, x + n, x, nag2::mirrorNegative<nag2::SignedOf<T>>);
   }
@@ -138,11 +140,17 @@ Indistinct<T> sortInTwoThreads(const T* x, std::size_t n, nag2::Parting<nag2::Si
                              middle + (first.n - first.before));
                 });
   const bool someNegative = first.someNegative || second.someNegative;
+  const bool watched = vexel::kernels::currentWatcher != nullptr;
+  const std::size_t before = first.before + second.before;
+  nag2::SortProgress progress(n - before);
   nag2::runBoth(
-      [&] { sortIntegers<T>(out, first.before + second.before, by.descending, someNegative); },
       [&] {
-        sortIntegers<T>(middle, n - first.before - second.before, by.descending, someNegative);
-      });
+        try {
+          sortIntegers<T>(out, before, by.descending, someNegative, watched, progress);
+        } catch (const nag2::SortStopped&) {
+        }
+      },
+      [&] { sortIntegers<T>(middle, n - before, by.descending, someNegative, watched, progress); });
   first.equals.append(second.equals);
   return std::move(first.equals);
 }
@@ -161,7 +169,9 @@ void sortByVectors(const T* x, std::size_t n, bool descending, T* out) {
     Stretch<T> whole{x, n};
     whole.look(by);
     std::transform(x, x + n, integers, toInteger<T>);
-    sortIntegers<T>(integers, n, descending, whole.someNegative);
+    nag2::SortProgress progress(n);
+    sortIntegers<T>(integers, n, descending, whole.someNegative,
+                    vexel::kernels::currentWatcher != nullptr, progress);
     equals = std::move(whole.equals);
   }
   if constexpr (std::is_floating_point_v<T>) {

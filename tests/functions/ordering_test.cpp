@@ -9,6 +9,7 @@
 #include <map>
 #include <numeric>
 #include <random>
+#include <vexel/interruption.hpp>
 #include <vexel/ordering.hpp>
 
 namespace {
@@ -317,6 +318,36 @@ TEST(Ordering, TrimmingCountsFromBothEnds) {
   });
   EXPECT_THAT(vx::trim({5, 1, 3, 1, 9}, 0.2), ElementsAre(5, 3, 1));
   EXPECT_THAT(vx::winsorize({5, 1, 3}, {0.3, 0}, {.weights = {1, 2, 4}}), ElementsAre(5, 3, 3));
+}
+
+// Under a watch the long sorts go in steps; they give the same, and stop when they are told to.
+TEST(Ordering, LongSortsCanBeWatchedAndStopped) {
+  std::mt19937_64 random(9);
+  for (const bool constant : {false, true}) {
+    Doubles x(4'500'000);
+    for (double& v : x) {
+      v = constant ? 1.5 : static_cast<double>(random() % 8'000'000) - 4e6;
+    }
+    Doubles plain(x.size()), watched(x.size());
+    vx::sort(x, std::span(plain));
+    const auto order = constant ? std::vector<std::int64_t>() : vx::argsort(x);
+    int calls = 0;
+    {
+      const vx::Watch watch([&](double done) {
+        ++calls;
+        return done >= 0 && done <= 1;
+      });
+      vx::sort(x, std::span(watched));
+      if (!constant) {
+        EXPECT_EQ(vx::argsort(x), order);
+      }
+    }
+    EXPECT_EQ(watched, plain);
+    EXPECT_TRUE(std::is_sorted(plain.begin(), plain.end()));
+    EXPECT_GT(calls, 2);
+    const vx::Watch stop([&](double) { return --calls > 0; });
+    EXPECT_THROW((vx::sort(x, std::span(watched)), vx::argsort(x)), vx::Interrupted);
+  }
 }
 
 TEST(Ordering, ErrorsSayWhatCame) {
