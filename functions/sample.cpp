@@ -77,6 +77,8 @@ void Sample::scaleToOne() {
 void Sample::scale(int xExponent, int wExponent) {
   xExponent_ = std::clamp(xExponent, -1022, 1022);
   wExponent_ = std::clamp(wExponent, -1022, 1022);
+  xFactor_ = std::ldexp(1.0, -xExponent_);
+  wFactor_ = std::ldexp(1.0, -wExponent_);
 }
 
 double Sample::roughMean() const {
@@ -96,8 +98,7 @@ double Sample::roughMean() const {
   return count == 0.0 ? 0.0 : sum.scaled() / number.scaled();
 }
 
-const double* Sample::scaled(const double* from, std::size_t n, int exponent, double* buffer) {
-  const double factor = std::ldexp(1.0, -exponent);
+const double* Sample::scaled(const double* from, std::size_t n, double factor, double* buffer) {
   for (std::size_t i = 0; i < n; ++i) {
     buffer[i] = from[i] * factor;
   }

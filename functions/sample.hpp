@@ -47,10 +47,8 @@ class Sample {
   const char* function() const { return function_; }
 
   // Element i and its weight, 1 without weights; NaN or not.
-  double point(std::size_t i) const { return x_[i] * std::ldexp(1.0, -xExponent_); }
-  double weight(std::size_t i) const {
-    return weighted() ? weights_[i] * std::ldexp(1.0, -wExponent_) : 1.0;
-  }
+  double point(std::size_t i) const { return x_[i] * xFactor_; }
+  double weight(std::size_t i) const { return weighted() ? weights_[i] * wFactor_ : 1.0; }
 
   // The mean of some finite points, at equal distances: near the mean most often.
   double roughMean() const;
@@ -97,17 +95,17 @@ class Sample {
   // until they are full; the elements read.
   std::size_t keep(const double* x, const double* w, std::size_t n, std::size_t begin, Buffers& to,
                    Presence& found) const;
-  static const double* scaled(const double* from, std::size_t n, int exponent, double* buffer);
+  static const double* scaled(const double* from, std::size_t n, double factor, double* buffer);
   const double* points(std::size_t begin, std::size_t n, double* buffer) const {
     const double* const x = asDoubles(x_, begin, n, buffer);
-    return xExponent_ == 0 ? x : scaled(x, n, xExponent_, buffer);
+    return xExponent_ == 0 ? x : scaled(x, n, xFactor_, buffer);
   }
   const double* weights(std::size_t begin, std::size_t n, double* buffer) const {
     if (!weighted()) {
       return nullptr;
     }
     const double* const w = asDoubles(weights_, begin, n, buffer);
-    return wExponent_ == 0 ? w : scaled(w, n, wExponent_, buffer);
+    return wExponent_ == 0 ? w : scaled(w, n, wFactor_, buffer);
   }
   void poll(std::size_t done, int pass, int passes) const;
 
@@ -117,6 +115,8 @@ class Sample {
   Missing missing_;
   int xExponent_ = 0;
   int wExponent_ = 0;
+  double xFactor_ = 1.0;  // 2^-xExponent
+  double wFactor_ = 1.0;
 };
 
 inline void Sample::poll(std::size_t done, int pass, int passes) const {

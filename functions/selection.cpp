@@ -406,37 +406,38 @@ class CellTable {
 // Without weights: counts, and values within groups by selection again.
 template <typename Points>
 bool selectByCells(const Points& points, std::size_t n, const CellTable& table, double* values) {
-  // What belongs to a gap goes to one place again and again.
-  struct Bin {
-    double* to;
-    std::size_t count;
-    std::size_t mask;
-  };
+  constexpr std::size_t ways = 4;  // neighbours count apart, so that none waits for another
   const std::size_t size = table.groups().size();
+  const std::size_t codes = 2 * size + 1;
+  std::vector<std::size_t> counts(ways * codes);
   std::vector<Bag> bags(size);
-  std::vector<Bin> bins(2 * size + 1);
-  double nowhere = 0.0;
-  for (std::size_t code = 0; code < bins.size(); ++code) {
-    bins[code] = {&nowhere, 0, code % 2 == 1 ? ~std::size_t{0} : 0};
-  }
+  std::vector<std::size_t> filled(size);
   std::vector<std::int32_t> cells(Sample::block);
+  std::vector<std::uint16_t> kept(Sample::block);  // elements of groups
+  static_assert(Sample::block <= 65536);
   points.read([&](const double* x, const double*, std::size_t length) {
     table.cellsOf(x, length, cells.data());
-    for (std::size_t g = 0; g < size; ++g) {
-      Bin& bin = bins[2 * g + 1];
-      bags[g].reserve(bin.count, length);
-      bin.to = bags[g].data.get();
-    }
+    std::size_t keep = 0;
     for (std::size_t i = 0; i < length; ++i) {
-      Bin& bin = bins[table.code(cells[i])];
-      bin.to[bin.count & bin.mask] = x[i];
-      ++bin.count;
+      const std::size_t code = table.code(cells[i]);
+      ++counts[(i % ways) * codes + code];
+      kept[keep] = static_cast<std::uint16_t>(i);
+      keep += code & 1U;
+    }
+    for (std::size_t g = 0; g < size; ++g) {
+      bags[g].reserve(filled[g], length);
+    }
+    for (std::size_t k = 0; k < keep; ++k) {
+      const std::size_t g = table.code(cells[kept[k]]) / 2U;
+      bags[g].data[filled[g]++] = x[kept[k]];
     }
   });
   std::size_t before = 0;
   for (std::size_t g = 0; g < size; ++g) {
-    before += bins[2 * g].count;
-    const std::size_t count = bins[2 * g + 1].count;
+    for (std::size_t way = 0; way < ways; ++way) {
+      before += counts[way * codes + 2 * g];
+    }
+    const std::size_t count = filled[g];
     std::vector<Ordered> inside;
     for (const Ordered& t : table.groups()[g]) {
       const std::size_t rank = rankOf(t.target, n);

@@ -63,7 +63,6 @@ Moments::Moments(int order, Missing missing) : policy_(missing) {
 
 Moments& Moments::update(Data x, Data weights) {
   const Sample sample("Moments::update", x, weights, policy_);
-  sample.look();  // refuses before anything is taken
   Moments next = *this;
   std::vector<states::Accumulator> sums;
   for (std::size_t k = 0; k < next.powers_.size(); ++k) {

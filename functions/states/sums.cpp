@@ -16,7 +16,6 @@ Sums::Sums(Missing missing) : policy_(missing) {}
 
 Sums& Sums::update(Data x, Data weights) {
   const Sample sample("Sums::update", x, weights, policy_);
-  sample.look();  // refuses before anything is taken
   Sums next = *this;
   states::Accumulator sum(next.sum_, kFactors);
   states::Accumulator weight(next.weight_, kWeightFactors);
