@@ -1,0 +1,88 @@
+"""vexel.stream: files in pieces give what their data give at once, also when the work is interrupted."""
+
+import numpy as np
+import pytest
+
+import vexel as vx
+from vexel import stream
+
+X = np.round(vx.Random(1).normal(5003) * 50) / 7
+X[40] = np.nan
+W = vx.Random(2).integers(0, 4, len(X)).astype(float)
+
+
+@pytest.fixture(params=["csv", "npy", "parquet", "two"])
+def files(request, tmp_path):
+    path = tmp_path / f"data.{request.param}"
+    if request.param == "npy":
+        np.save(path, np.stack([X, W], axis=1))
+        return path, 0, 1
+    pd = pytest.importorskip("pandas")
+    frame = pd.DataFrame({"x": X, "w": W, "name": "a"})
+    if request.param == "parquet":
+        pytest.importorskip("pyarrow")
+        frame.to_parquet(path)
+        return path, "x", "w"
+    parts = [tmp_path / "a.csv", tmp_path / "b.csv"] if request.param == "two" else [path]
+    for part, rows in zip(parts, np.array_split(frame, len(parts))):
+        rows.to_csv(part, index=False)
+    return parts, "x", "w"
+
+
+def same(a, b):
+    return all(np.asarray(p, dtype=float).tobytes() == np.asarray(q, dtype=float).tobytes()
+               for p, q in zip(*((r if isinstance(r, tuple) else (r,)) for r in (a, b))))
+
+
+@pytest.mark.parametrize("rows", [5003, 700, 64])
+def test_pieces_give_what_the_whole_gives(files, rows):
+    path, column, weights = files
+    where = {"column": column, "rows": rows}
+    omit = {"nan_policy": "omit"}
+    q = [0, 0.1, 0.5, 0.93]
+    assert same(stream.quantile(path, q, **where, **omit), vx.quantile(X, q, **omit))
+    assert same(stream.quantile(path, q, weights=weights, method="weibull", **where, **omit),
+                vx.quantile(X, q, weights=W, method="weibull", **omit))
+    assert same(stream.tally(path, **where), vx.tally(X)) and stream.tally(path, **where).missing == 1
+    assert same(stream.histogram(path, 12, **where), vx.histogram(X, 12))
+    found, one = stream.describe(path, **where), vx.describe(X)
+    assert same(found[:9], one[:9])
+    np.testing.assert_allclose(found, one, rtol=1e-12)
+
+
+def test_interrupted_work_goes_on(tmp_path, monkeypatch):
+    monkeypatch.setattr(stream, "_every", -1.0)
+    path, state = tmp_path / "x.npy", tmp_path / "state"
+    np.save(path, X)
+
+    class Stopped(Exception):
+        pass
+
+    def stop(share):
+        if share > limit:
+            raise Stopped
+
+    for limit in (0.1, 0.3, 0.8):
+        with pytest.raises(Stopped):
+            stream.describe(path, rows=500, state=state, progress=stop)
+        with pytest.raises(ValueError, match="other work"):
+            stream.quantile(path, 0.5, rows=500, state=state)
+    kept = state.read_bytes()
+    assert same(stream.describe(path, rows=500, state=state), stream.describe(path)) and not state.exists()
+    for bad in (kept[:-1], b"", kept.replace(b"stream 1", b"stream 0")):
+        state.write_bytes(bad)
+        with pytest.raises(ValueError, match="damaged, or of another version"):
+            stream.describe(path, rows=500, state=state)
+
+
+def test_errors_say_what_is_wrong(tmp_path):
+    np.save(tmp_path / "t.npy", np.ones((4, 3)))
+    with pytest.raises(ValueError, match="column: one has to be chosen"):
+        stream.describe(tmp_path / "t.npy")
+    with pytest.raises(ValueError, match=r"\.csv, \.npy and \.parquet"):
+        stream.describe(tmp_path / "t.txt")
+    with pytest.raises(FileNotFoundError, match="none.csv"):
+        stream.tally(tmp_path / "none.csv")
+    np.save(tmp_path / "w.npy", np.array([[1.0, 1], [2, 1], [3, -1]]))
+    with pytest.raises(ValueError, match="piece 1 of 2 rows.*weights"):
+        stream.quantile(tmp_path / "w.npy", 0.5, column=0, weights=1, rows=2)
