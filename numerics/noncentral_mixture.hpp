@@ -24,7 +24,7 @@ struct MixtureSums {
 };
 
 inline constexpr double manyTerms = 1e5;
-inline constexpr double mostTerms = 1e16;  // their root is what takes time
+inline constexpr double mostTerms = 1e14;  // their root is what takes time: half a second there
 inline constexpr double notANumber = std::numeric_limits<double>::quiet_NaN();
 
 // Sum of mean^k / ((n + 1) ... (n + k)), k > 0: the weights above n over that at n.  A rough one is
