@@ -3,6 +3,11 @@
 // An operand is a slot, an intermediate value or a constant.  Reading a slot or a constant needs
 // no instruction, so x^3 - 2*x - 5 takes four and the one that finishes.  Names are looked up when
 // an instruction runs; reassigning one needs no new compilation.
+//
+// In one walk, each node makes drafts of instructions whose operands say what they are, not yet
+// where: how many slots, intermediate values and constants there will be is known at the end, when
+// settle() (hardware_drafts.hpp) gives each its index in the frame.  A node that has no hardware
+// form makes the whole have none.
 
 #include <algorithm>
 #include <bit>

@@ -1,7 +1,15 @@
 // The mark-sweep collector: precise in the heap, conservative on the stack and in blocks.
 //
 // Marking keeps its own stack, so that deep structures cost no machine stack; sweeping visits every
-// cell and rebuilds the free lists in address order.
+// cell and rebuilds the free lists in address order.  Nothing moves: a handle is an address for
+// life.
+//
+// A collection: the extents of large objects and of arrays' blocks are sorted, for conservative
+// lookups; roots are marked (Handles, protected objects, the state's, names that have a value, what
+// root sources add), then the stack, then all that these reach; dispose functions of unreachable
+// pointers run, while everything they may look at is still there; interned objects that die leave
+// their tables; the sweep frees.  What a dispose function makes is born marked, so that this sweep
+// keeps it.
 
 #include <malloc.h>
 #include <sys/mman.h>

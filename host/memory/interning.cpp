@@ -1,5 +1,8 @@
 // The tables of interned objects: open addressing with linear probing, at most half full.  Entries
 // that the collector removes leave a mark that searches skip; the next growth drops them.
+//
+// An object of an interned kind is in its table from its birth to the collection that frees it, and
+// its words never change.  A name's value and function do: only its text is hashed and compared.
 
 #include "memory/interning.hpp"
 

@@ -1,4 +1,8 @@
 // Rounding, division, addition and comparison of decimals.
+//
+// Results are correctly rounded because each operation rounds once, in roundDecimal, a number that
+// is exact or has at least one digit more than are kept and a sticky rest: a flag that something
+// not zero was cut off, which is all that a tie can depend on.
 
 #include "values/decimal.hpp"
 

@@ -1,4 +1,9 @@
 // Decimal arithmetic in 128 bits.
+//
+// Sizes: mantissas of operands are below 10^17 and at most 17 digits are kept, so a product is
+// below 10^34; a term of a sum is scaled by at most 10^19, to below 10^36; a dividend has two
+// digits more than the divisor and the digits kept together, 36 at most.  All are below 2^127
+// = 1.7e38.
 
 #include "values/small_decimal.hpp"
 
