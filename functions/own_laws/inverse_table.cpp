@@ -65,9 +65,9 @@ bool InverseTable::tryPiece(const Segment& s, double begin, double end, double e
   if (!(length > 1e-40)) {
     return true;  // no variate falls there
   }
-  for (int i = 0; i <= degree; ++i) {
-    const double node =
-        begin + (end - begin) * 0.5 * (1 - std::cos(3.141592653589793 * i / degree));
+  for (std::size_t i = 0; i <= degree; ++i) {
+    const double angle = 3.141592653589793 * static_cast<double>(i) / degree;
+    const double node = begin + (end - begin) * 0.5 * (1 - std::cos(angle));
     u[i] = (valueOf(s.cumulative, node) - start) / length;
     x[i] = s.map.x(s.tAt(node));
     if (i > 0 && !(u[i] > u[i - 1])) {
@@ -79,24 +79,24 @@ bool InverseTable::tryPiece(const Segment& s, double begin, double end, double e
   x[degree] = end == 1 ? s.high : x[degree];
   // Newton's divided differences, then powers of u.
   std::array<double, degree + 1> difference = x;
-  for (int k = 1; k <= degree; ++k) {
-    for (int i = degree; i >= k; --i) {
+  for (std::size_t k = 1; k <= degree; ++k) {
+    for (std::size_t i = degree; i >= k; --i) {
       difference[i] = (difference[i] - difference[i - 1]) / (u[i] - u[i - k]);
     }
   }
   std::array<double, degree + 1> c{};
-  for (int k = degree; k >= 0; --k) {
-    for (int i = degree; i > 0; --i) {
+  for (std::size_t k = degree + 1; k-- > 0;) {
+    for (std::size_t i = degree; i > 0; --i) {
       c[i] = c[i - 1] - u[k] * c[i];
     }
     c[0] = difference[k] - u[k] * c[0];
   }
   double worst = 0;
-  for (int i = 0; i < degree; ++i) {
+  for (std::size_t i = 0; i < degree; ++i) {
     for (const double part : {0.25, 0.5, 0.75}) {
       const double v = u[i] + part * (u[i + 1] - u[i]);
       double value = 0;
-      for (int k = degree; k >= 0; --k) {
+      for (std::size_t k = degree + 1; k-- > 0;) {
         value = value * v + c[k];
       }
       worst = std::max(worst, missAt(s, std::clamp(value, s.low, s.high), start + v * length));
@@ -108,7 +108,7 @@ bool InverseTable::tryPiece(const Segment& s, double begin, double end, double e
   error_ = std::max(error_, worst);
   Piece piece{.u = s.left + start, .x = c[0], .c = {}, .reserved = 0};
   double power = 1;
-  for (int k = 1; k <= degree; ++k) {
+  for (std::size_t k = 1; k <= degree; ++k) {
     power *= length;
     piece.c[k - 1] = c[k] / power;
   }

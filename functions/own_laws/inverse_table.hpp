@@ -6,6 +6,7 @@
 // the probability of what it gives is right to the error asked for.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <vector>
 
@@ -35,7 +36,7 @@ class InverseTable {
   double error() const { return error_; }  // largest that was seen between the points
 
  private:
-  static constexpr int degree = 5;
+  static constexpr std::size_t degree = 5;
   struct Piece {
     double u;
     double x;

@@ -117,7 +117,7 @@ class VEXEL_API OwnLaw {
 struct DensityOptions {
   Interval support;                            // where f is; either end may be infinite
   bool log = false;                            // f is the logarithm of the density
-  std::function<double(double)> derivative{};  // of f; spares evaluations of a log-concave f
+  std::function<double(double)> derivative{};  // of f; a tighter tail for a log-concave f
   double mode = std::numeric_limits<double>::quiet_NaN();  // where f is largest, roughly
   double error = 1e-10;                                    // of the probability; at least 1e-12
 };

@@ -1,26 +1,27 @@
-// Variates of discrete laws from a source of 64 random bits: by inversion where the mean is small,
-// by rejection against exact probabilities otherwise.
+// Variates of discrete laws from a source of 64 random bits: by inversion where the spread is
+// small, by rejection against exact probabilities otherwise.
 #pragma once
 
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <limits>
 
 #include "kernels/variates/continuous.hpp"
 #include "kernels/variates/mass_functions.hpp"
-#include "kernels/variates/sequential_search.hpp"
+#include "kernels/variates/mode_search.hpp"
 
 namespace vexel::kernels {
 
-// Means up to here by sequential search.
-inline constexpr double searchedMean = 20;
+// Variances up to here by search.
+inline constexpr double searched = 100;
 
 // Poisson.  Large means: W. Hörmann, The transformed rejection method for generating Poisson random
 // variables, Insurance: Mathematics and Economics 12, 1993 (PTRS).
 class PoissonVariates {
  public:
   explicit PoissonVariates(double mean) : mean_(mean), search_(Terms{mean}) {
-    if (mean > searchedMean) {
+    if (mean > searched) {
       const double root = std::sqrt(mean);
       b_ = 0.931 + 2.53 * root;
       a_ = -0.059 + 0.02483 * b_;
@@ -30,14 +31,14 @@ class PoissonVariates {
   }
 
   void tabulate() {
-    if (mean_ <= searchedMean) {
+    if (mean_ <= searched) {
       search_.tabulate();
     }
   }
 
   template <typename Source>
   double operator()(Source& source) const {
-    if (mean_ <= searchedMean) {
+    if (mean_ <= searched) {
       return search_(source);
     }
     for (;;) {
@@ -60,10 +61,14 @@ class PoissonVariates {
 
  private:
   struct Terms {
-    double ofMean;
-    double first() const { return std::exp(-ofMean); }
-    double next(double term, double k) const { return term * (ofMean / k); }
-    double mean() const { return ofMean; }
+    double mean;
+    double high() const { return std::numeric_limits<double>::infinity(); }
+    double peak() const { return mean; }
+    // From 0 where the way is short: its probability is quickly found.
+    double mode() const { return mean < 10 ? 0 : std::floor(mean); }
+    double first() const { return mean == 0 ? 1 : std::exp(logPoisson(mode(), mean)); }
+    double above(double p, double k) const { return p * (mean / k); }
+    double below(double p, double k) const { return p * ((k + 1) / mean); }
   };
 
   double mean_;
@@ -71,7 +76,7 @@ class PoissonVariates {
   double b_ = 0;
   double logInverseAlpha_ = 0;
   double quick_ = 0;
-  SequentialSearch<Terms> search_;
+  ModeSearch<Terms> search_;
 };
 
 // Binomial.  Large means: W. Hörmann, The generation of binomial random variates, Journal of
@@ -80,7 +85,7 @@ class BinomialVariates {
  public:
   BinomialVariates(double n, double p)
       : n_(n), p_(p > 0.5 ? 1 - p : p), mirrored_(p > 0.5), search_(Terms{n, p_}) {
-    if (n * p_ > searchedMean) {
+    if (!isSearched()) {
       const double spread = std::sqrt(n * p_ * (1 - p_));
       b_ = 1.15 + 2.53 * spread;
       a_ = -0.0873 + 0.0248 * b_ + 0.01 * p_;
@@ -91,14 +96,14 @@ class BinomialVariates {
   }
 
   void tabulate() {
-    if (n_ * p_ <= searchedMean) {
+    if (isSearched()) {
       search_.tabulate();
     }
   }
 
   template <typename Source>
   double operator()(Source& source) const {
-    const double k = n_ * p_ <= searchedMean ? search_(source) : rejected(source);
+    const double k = isSearched() ? search_(source) : rejected(source);
     return mirrored_ ? n_ - k : k;
   }
 
@@ -106,10 +111,15 @@ class BinomialVariates {
   struct Terms {
     double n;
     double p;
-    double first() const { return std::exp(n * std::log1p(-p)); }
-    double next(double term, double k) const { return term * ((n - k + 1) / k * (p / (1 - p))); }
-    double mean() const { return n * p; }
+    double high() const { return n; }
+    double peak() const { return mode(); }
+    double mode() const { return std::floor((n + 1) * p); }
+    double first() const { return p == 0 ? 1 : std::exp(logBinomial(mode(), n, p, 1 - p)); }
+    double above(double term, double k) const { return term * ((n - k + 1) / k * (p / (1 - p))); }
+    double below(double term, double k) const { return term * ((k + 1) / (n - k) * ((1 - p) / p)); }
   };
+
+  bool isSearched() const { return n_ * p_ * (1 - p_) <= searched; }
 
   template <typename Source>
   double rejected(Source& source) const {
@@ -137,7 +147,7 @@ class BinomialVariates {
   double b_ = 0;
   double quick_ = 0;
   double logTop_ = 0;
-  SequentialSearch<Terms> search_;
+  ModeSearch<Terms> search_;
 };
 
 // Hypergeometric.  Large means: E. Stadlober, The ratio of uniforms approach for generating
@@ -154,27 +164,28 @@ class HypergeometricVariates {
         givenMarked_(marked),
         givenDrawn_(drawn),
         mean_(population == 0 ? 0 : drawn_ * (marked_ / population)),
-        search_(Terms{population_, marked_, drawn_, mean_}) {
-    if (mean_ > searchedMean) {
-      const double variance = mean_ * ((population - marked_) / population) *
-                              ((population - drawn_) / (population - 1));
+        variance_(population < 2 ? 0
+                                 : mean_ * ((population - marked_) / population) *
+                                       ((population - drawn_) / (population - 1))),
+        search_(Terms{population_, marked_, drawn_}) {
+    if (variance_ > searched) {
       constexpr double perSpread = 1.7155277699214135;  // 2 sqrt(2 / e)
       constexpr double least = 0.8989161620588988;      // 3 - 2 sqrt(3 / e)
-      width_ = perSpread * std::sqrt(variance + 0.5) + least;
-      const double mode = std::floor((drawn_ + 1) * ((marked_ + 1) / (population + 2)));
+      width_ = perSpread * std::sqrt(variance_ + 0.5) + least;
+      const double mode = Terms{population_, marked_, drawn_}.mode();
       logTop_ = logHypergeometricRatio(mode, population_, marked_, drawn_);
     }
   }
 
   void tabulate() {
-    if (mean_ <= searchedMean) {
+    if (variance_ <= searched) {
       search_.tabulate();
     }
   }
 
   template <typename Source>
   double operator()(Source& source) const {
-    double k = mean_ <= searchedMean ? search_(source) : rejected(source);
+    double k = variance_ <= searched ? search_(source) : rejected(source);
     if (!fewDrawn_) {
       k = marked_ - k;  // of the smaller kind, those not left
     }
@@ -186,15 +197,18 @@ class HypergeometricVariates {
     double population;
     double marked;
     double drawn;
-    double ofMean;
+    double high() const { return std::min(marked, drawn); }
+    double peak() const { return mode(); }
+    double mode() const { return std::floor((drawn + 1) * ((marked + 1) / (population + 2))); }
     double first() const {
-      return marked == 0 || drawn == 0 ? 1
-                                       : std::exp(logHypergeometric(0, population, marked, drawn));
+      return high() == 0 ? 1 : std::exp(logHypergeometric(mode(), population, marked, drawn));
     }
-    double next(double term, double k) const {
-      return term * ((marked - k + 1) / k * ((drawn - k + 1) / (population - marked - drawn + k)));
+    double above(double p, double k) const {
+      return p * ((marked - k + 1) / k * ((drawn - k + 1) / (population - marked - drawn + k)));
     }
-    double mean() const { return ofMean; }
+    double below(double p, double k) const {
+      return p * ((k + 1) / (marked - k) * ((population - marked - drawn + k + 1) / (drawn - k)));
+    }
   };
 
   template <typename Source>
@@ -225,9 +239,10 @@ class HypergeometricVariates {
   double givenMarked_;
   double givenDrawn_;
   double mean_;
+  double variance_;
   double width_ = 0;
   double logTop_ = 0;
-  SequentialSearch<Terms> search_;
+  ModeSearch<Terms> search_;
 };
 
 // Failures before the first success: the whole part of an exponential, for every p.

@@ -132,9 +132,10 @@ TEST(Samples, OfDiscreteLaws) {
   EXPECT_LAW(Binomial(50, 0.3));
   EXPECT_LAW(Binomial(60, 0.45));
   EXPECT_LAW(Binomial(100, 0.7));
+  EXPECT_LAW(Binomial(1000, 0.8));
   EXPECT_LAW(Binomial(1000000, 0.4));
   EXPECT_LAW(Binomial(1000000000000, 0.001));
-  for (const double mean : {0.0, 1e-3, 7.9, 19.99, 20.01, 1e3, 1e10}) {
+  for (const double mean : {0.0, 1e-3, 7.9, 99.9, 100.1, 1e3, 1e10}) {
     EXPECT_LAW(Poisson(mean));
   }
   for (const double p : {1e-9, 0.2, 0.9, 1.0}) {
@@ -148,6 +149,7 @@ TEST(Samples, OfDiscreteLaws) {
   EXPECT_LAW(Hypergeometric(100, 30, 20));
   EXPECT_LAW(Hypergeometric(1000, 900, 950));
   EXPECT_LAW(Hypergeometric(200, 100, 120));
+  EXPECT_LAW(Hypergeometric(3000, 1400, 1600));
   EXPECT_LAW(Hypergeometric(1000000000, 400000000, 1000000));
   EXPECT_LAW(Hypergeometric(1000000000, 600000000, 999000000));
   EXPECT_LAW(DiscreteUniform(-3, 7));
