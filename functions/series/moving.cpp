@@ -5,6 +5,7 @@
 
 #include "functions/elements.hpp"
 #include "functions/series/windows.hpp"
+#include "kernels/moving_sums.hpp"
 #include "kernels/running_sum.hpp"
 #include "kernels/watch.hpp"
 
@@ -118,9 +119,17 @@ void moving(Data x, std::size_t window, Statistic statistic, std::span<double> o
         movingStatistic(statistic, s, minCount, results);
       },
       [&](const double* from, std::size_t results, std::size_t planned, double* to) {
-        const bool means = statistic == Statistic::mean;
-        return (means || statistic == Statistic::sum) &&
-               movingSumsQuickly(from, results, planned, means, to);
+        switch (statistic) {
+          case Statistic::mean:
+          case Statistic::sum:
+            return movingSumsQuickly(from, results, planned, statistic == Statistic::mean, to);
+          case Statistic::var:
+          case Statistic::std:
+            return kernels::movingVariances(from, results, planned, statistic == Statistic::std,
+                                            to);
+          default:
+            return false;
+        }
       });
 }
 

@@ -8,6 +8,7 @@
 // same bits.
 #include "kernels/moving_sums.hpp"
 
+#include <cmath>
 #include <vector>
 
 #undef HWY_TARGET_INCLUDE
@@ -162,6 +163,126 @@ void allBlocks(const double* x, std::size_t groups, std::size_t window, const Wi
   }
 }
 
+// error += a b - p, p the rounded product.  As arrays, which the compiler makes vectors of: it has
+// no fused multiply-add of its own.
+inline __attribute__((always_inline)) void addProductError(const Eight& a, const Eight& b,
+                                                           const Eight& p, Eight& error) {
+  double as[8];
+  double bs[8];
+  double ps[8];
+  __builtin_memcpy(as, &a, sizeof a);
+  __builtin_memcpy(bs, &b, sizeof b);
+  __builtin_memcpy(ps, &p, sizeof p);
+  for (int l = 0; l < 8; ++l) {
+    ps[l] = __builtin_fma(as[l], bs[l], -ps[l]);
+  }
+  Eight errors;
+  __builtin_memcpy(&errors, ps, sizeof errors);
+  error += errors;
+}
+
+// Sums of deviations and of their squares, with what they lose.
+struct Deviations {
+  Eight sum;
+  Eight sumError;
+  Eight squares;
+  Eight squaresError;
+};
+
+inline __attribute__((always_inline)) void takeDeviation(Deviations& s, const Eight& d) {
+  accumulate(s.sum, s.sumError, d);
+  const Eight square = d * d;
+  addProductError(d, d, square, s.squaresError);
+  accumulate(s.squares, s.squaresError, square);
+}
+
+// The sums keep what fits, the errors the rest.
+inline __attribute__((always_inline)) void normalize(Eight& sum, Eight& error) {
+  const Eight whole = sum + error;
+  error -= whole - sum;
+  sum = whole;
+}
+
+// (squares - sum^2 / window) / (window - 1)
+inline __attribute__((always_inline)) void varianceOf(Deviations& s, const VarianceFactors& by,
+                                                      Eight* result) {
+  normalize(s.sum, s.sumError);
+  const Eight square = s.sum * s.sum;
+  Eight squareError = 2.0 * s.sum * s.sumError;
+  addProductError(s.sum, s.sum, square, squareError);
+  const Eight high = {by.byWindow.high, by.byWindow.high, by.byWindow.high, by.byWindow.high,
+                      by.byWindow.high, by.byWindow.high, by.byWindow.high, by.byWindow.high};
+  const Eight share = square * high;
+  Eight shareError = squareError * high + square * by.byWindow.low;
+  addProductError(square, high, share, shareError);
+  accumulate(s.squares, s.squaresError, -share);
+  *result = (s.squares + (s.squaresError - shareError)) * by.byLess;
+}
+
+// As blocks(), for variances; room for 5 window vectors.  Adds to *doubt how many deviations are
+// too small for their squares.
+void varianceBlocks(const double* x, std::size_t window, const VarianceFactors& by, Eight* room,
+                    double* out, int* doubt) {
+  constexpr std::size_t often = 64;
+  constexpr double smallest = 0x1p-480;
+  Eight* const columns = room;
+  auto* const ends = reinterpret_cast<Deviations*>(room + window);
+  loadColumns(x, window, columns);
+  const Eight centre = columns[window - 1];  // in every window of the block
+  Deviations s = {};
+  int small = 0;
+  for (std::size_t j = window; j-- > 0;) {
+    const Eight d = columns[j] - centre;
+    takeDeviation(s, d);
+    ends[j] = s;
+    if (j % often == 0) {
+      normalize(s.sum, s.sumError);
+      normalize(s.squares, s.squaresError);
+    }
+    for (int l = 0; l < 8; ++l) {
+      small += static_cast<int>((d[l] != 0) & (d[l] < smallest) & (d[l] > -smallest));
+    }
+  }
+  s = Deviations{};
+  const double* const after = x + 8 * window;
+  for (std::size_t j = 0; j < window; ++j) {
+    Deviations whole = ends[j];
+    whole.sumError += s.sumError;
+    whole.squaresError += s.squaresError;
+    accumulate(whole.sum, whole.sumError, s.sum);
+    accumulate(whole.squares, whole.squaresError, s.squares);
+    const Eight own = columns[j];
+    varianceOf(whole, by, &columns[j]);  // done with: now the result
+    if (j + 1 < window) {
+      Eight next = __builtin_shufflevector(own, own, 1, 2, 3, 4, 5, 6, 7, 7);
+      next[7] = after[j];
+      const Eight d = next - centre;
+      takeDeviation(s, d);
+      for (int l = 0; l < 8; ++l) {
+        small += static_cast<int>((d[l] != 0) & (d[l] < smallest) & (d[l] > -smallest));
+      }
+      if (j % often == 0) {
+        normalize(s.sum, s.sumError);
+        normalize(s.squares, s.squaresError);
+      }
+    }
+  }
+  for (std::size_t j = 0; j < window; ++j) {
+    for (std::size_t l = 0; l < 8; ++l) {
+      out[l * window + j] = columns[j][l];
+    }
+  }
+  *doubt += small;
+}
+
+void allVarianceBlocks(const double* x, std::size_t groups, std::size_t window,
+                       const VarianceFactors& by, double* memory, double* out, int* doubt) {
+  auto* const room = reinterpret_cast<Eight*>(memory);
+  for (std::size_t g = 0; g < groups; ++g) {
+    varianceBlocks(x + g * 8 * window, window, by, room, out + g * 8 * window, doubt);
+  }
+}
+
 }  // namespace
 }  // namespace vexel::kernels::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();
@@ -171,22 +292,62 @@ namespace vexel::kernels {
 
 HWY_EXPORT(shortWindows);
 HWY_EXPORT(allBlocks);
+HWY_EXPORT(allVarianceBlocks);
+
+namespace {
+
+WindowFactor factorOf(std::size_t window, bool means) {
+  const auto w = static_cast<double>(window);
+  const double inverse = 1 / w;
+  return {inverse, __builtin_fma(-inverse, w, 1.0) / w, !means};
+}
+
+// Memory whose vectors lie on their own boundaries.
+class VectorRoom {
+ public:
+  explicit VectorRoom(std::size_t vectors) : memory_(8 * vectors + 8) {}
+  double* get() {
+    const std::size_t off = (64 - reinterpret_cast<std::size_t>(memory_.data()) % 64) % 64;
+    return memory_.data() + off / sizeof(double);
+  }
+
+ private:
+  std::vector<double> memory_;
+};
+
+}  // namespace
 
 std::size_t movingSums(const double* x, std::size_t results, std::size_t window, bool means,
                        double* out) {
   constexpr std::size_t shortest = 16;  // windows for blocks
-  const auto w = static_cast<double>(window);
-  const double inverse = 1 / w;
-  const WindowFactor by{inverse, __builtin_fma(-inverse, w, 1.0) / w, !means};
+  const WindowFactor by = factorOf(window, means);
   if (window < shortest) {
     HWY_DYNAMIC_DISPATCH(shortWindows)(x, results, window, by, out);
     return results;
   }
   const std::size_t groups = results / movingSumsGroup(window);
-  std::vector<double> memory(3 * 8 * window + 8);
-  const std::size_t off = (64 - reinterpret_cast<std::size_t>(memory.data()) % 64) % 64 / 8;
-  HWY_DYNAMIC_DISPATCH(allBlocks)(x, groups, window, by, memory.data() + off, out);
+  VectorRoom room(3 * window);
+  HWY_DYNAMIC_DISPATCH(allBlocks)(x, groups, window, by, room.get(), out);
   return groups * movingSumsGroup(window);
+}
+
+bool movingVariances(const double* x, std::size_t results, std::size_t window, bool roots,
+                     double* out) {
+  constexpr double smallest = 0x1p-960;  // what is less may have lost digits to underflow
+  const std::size_t groups = results / movingSumsGroup(window);
+  if (window < 2 || groups * movingSumsGroup(window) != results) {
+    return false;
+  }
+  const VarianceFactors by{factorOf(window, true), 1 / static_cast<double>(window - 1)};
+  VectorRoom room(5 * window);
+  int doubt = 0;
+  HWY_DYNAMIC_DISPATCH(allVarianceBlocks)(x, groups, window, by, room.get(), out, &doubt);
+  for (std::size_t j = 0; j < results; ++j) {
+    const double v = out[j];
+    doubt += static_cast<int>(!((v == 0) | ((v > smallest) & (v <= 0x1p1023))));
+    out[j] = roots ? std::sqrt(v) : v;
+  }
+  return doubt == 0;
 }
 
 }  // namespace vexel::kernels

@@ -188,6 +188,33 @@ TEST(Series, LongSeriesGoInStretches) {
   }
 }
 
+// With an offset that raw sums of squares would not survive, and outliers on either side.
+TEST(Series, VariancesKeepTheirDigits) {
+  std::mt19937_64 random(19);
+  Doubles x(40000);
+  for (double& v : x) {
+    v = 1e12 + static_cast<double>(random() % 16) + (random() % 500 == 0 ? 1e9 : 0);
+  }
+  for (const std::size_t size : {2, 3, 17, 101, 1000}) {
+    const Doubles variances = vx::moving(x, size, vx::Statistic::var);
+    for (std::size_t i = 1; i < x.size(); i += 37) {
+      Window w = windowOf(x, i, size, {});
+      for (double& v : w.values) {
+        v -= 1e12;
+      }
+      const auto n = static_cast<long double>(w.values.size());
+      long double sum = 0, squares = 0;
+      for (const long double v : w.values) {
+        sum += v;
+        squares += v * v;
+      }
+      const auto wanted = static_cast<double>((squares - sum * sum / n) / (n - 1));
+      EXPECT_NEAR(variances[i], wanted, 1e-14 * std::sqrt(static_cast<double>(n)) * wanted)
+          << size << " at " << i;
+    }
+  }
+}
+
 // Whatever has left a window has left no trace in it.
 TEST(Series, WindowsForget) {
   for (const std::size_t size : {3, 20, 101}) {
