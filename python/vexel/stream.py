@@ -6,7 +6,7 @@ the same bits whatever the size of the pieces.  `describe` and `quantile` read t
 
 With `state=` a file takes the state of the work every few seconds; the same call goes on from there
 after a crash or an interruption, and removes the file when it is done.  Parquet needs PyArrow, CSV
-pandas.
+pandas.  `python3 -m vexel.stream describe FILE...` is a command of it; `--help` tells more.
 
 Examples
 --------
@@ -230,3 +230,38 @@ def histogram(files: Any, bins: Any = "auto", *, range: Any = None, density: boo
     """Counts in bins of files; as `vexel.histogram`, the rest as in `describe`."""
     job = _passes.HistogramJob(bins, range, density, nan_policy)
     return _run(job, files, column, weights, rows, state, progress)
+
+
+def _main() -> None:
+    import argparse
+
+    options = argparse.ArgumentParser(prog="python3 -m vexel.stream", description="Exact statistics of large files.")
+    options.add_argument("what", choices=["describe", "quantile", "tally", "histogram"])
+    options.add_argument("files", nargs="+", help=".csv, .npy or .parquet")
+    options.add_argument("-q", type=float, nargs="+", default=[0.25, 0.5, 0.75], help="probabilities of quantile")
+    options.add_argument("--bins", default="auto", help="of histogram: their number or a rule")
+    options.add_argument("--column", help="a name, of .npy a number from 0")
+    options.add_argument("--weights", help="the column of weights")
+    options.add_argument("--missing", choices=["omit", "propagate", "raise"], default="omit")
+    options.add_argument("--rows", type=int, default=1 << 20, help="in a piece")
+    options.add_argument("--state", help="where to keep the work, to go on from")
+    options.add_argument("--progress", action="store_true")
+    given = options.parse_args()
+    numbered = all(path.lower().endswith(".npy") for path in given.files)
+    column, weights = (int(c) if c is not None and numbered else c for c in (given.column, given.weights))
+    common = {"column": column, "weights": weights, "nan_policy": given.missing, "rows": given.rows,
+              "state": given.state, "progress": given.progress}
+    try:
+        if given.what == "quantile":
+            for q, value in zip(given.q, quantile(given.files, given.q, **common)):
+                print(f"{q:<8g}  {float(value)!r}")
+        elif given.what == "histogram":
+            print(histogram(given.files, int(given.bins) if given.bins.isdigit() else given.bins, **common))
+        else:
+            print({"describe": describe, "tally": tally}[given.what](given.files, **common))
+    except (OSError, ValueError, TypeError, ImportError) as error:
+        options.exit(1, f"{error}\n")
+
+
+if __name__ == "__main__":
+    _main()

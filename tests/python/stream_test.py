@@ -1,5 +1,8 @@
 """vexel.stream: files in pieces give what their data give at once, also when the work is interrupted."""
 
+import subprocess
+import sys
+
 import numpy as np
 import pytest
 
@@ -86,3 +89,15 @@ def test_errors_say_what_is_wrong(tmp_path):
     np.save(tmp_path / "w.npy", np.array([[1.0, 1], [2, 1], [3, -1]]))
     with pytest.raises(ValueError, match="piece 1 of 2 rows.*weights"):
         stream.quantile(tmp_path / "w.npy", 0.5, column=0, weights=1, rows=2)
+
+
+def test_command(tmp_path):
+    np.save(tmp_path / "x.npy", np.arange(101.0))
+
+    def run(*words):
+        return subprocess.run([sys.executable, "-m", "vexel.stream", *words], capture_output=True, text=True)
+
+    assert run("quantile", tmp_path / "x.npy", "-q", "0.5", "0.9").stdout.split() == ["0.5", "50.0", "0.9", "90.0"]
+    assert run("describe", tmp_path / "x.npy").stdout == f"{vx.describe(np.arange(101.0))}\n"
+    failed = run("tally", tmp_path / "no.npy")
+    assert failed.returncode == 1 and "no.npy" in failed.stderr and "Traceback" not in failed.stderr
