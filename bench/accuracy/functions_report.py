@@ -1,4 +1,4 @@
-"""Errors of every method of the functions' laws at the points of data/distribution_functions.txt, beside R,
+"""Errors of every method of the functions' laws at the points of tests/reference/data/distribution_functions.txt, beside R,
 SciPy and Boost where they are installed: writes docs/functions/accuracy.md.
 
 usage: functions_report.py build/lib include
@@ -29,7 +29,7 @@ system has no logarithms, those of its values stand. Boost runs with its default
 
 
 def rows():
-    with open(os.path.join(HERE, "data", "distribution_functions.txt")) as table:
+    with open(os.path.join(HERE, "..", "..", "tests", "reference", "data", "distribution_functions.txt")) as table:
         for line in table:
             name, *words = line.split()
             if name == "#":
