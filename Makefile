@@ -57,7 +57,6 @@ gallery: build
 accuracy: build
 	@PATH=/usr/bin:$$PATH python3 bench/accuracy/accuracy_report.py build/lib/libnag2.so build/bin/vexel --markdown
 	@PATH=/usr/bin:$$PATH python3 bench/accuracy/functions_report.py build/lib include
-	@PATH=/usr/bin:$$PATH python3 tests/reference/functions_report.py build/lib include
 
 format:
 	@$(SOURCES) | xargs clang-format -i

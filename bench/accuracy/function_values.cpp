@@ -1,5 +1,5 @@
-// Values of every method for functions_report.py: reads the lines of
-// data/distribution_functions.txt and the probabilities at which quantiles are wanted, writes the
+// Values of every method for functions_report.py: reads law, parameters and x of the lines of
+// distribution_functions.txt and the probabilities at which quantiles are wanted, writes the
 // density, its logarithm, cdf, sf, logcdf, logsf, quantile and isf of libvexel and of Boost
 // (default policy); "nan" where there is none.
 
