@@ -15,7 +15,9 @@
 #include <random>
 #include <string>
 #include <vector>
+#include <vexel/distributions.hpp>
 #include <vexel/kernel.hpp>
+#include <vexel/sampling.hpp>
 
 #include "stopwatch.hpp"
 
@@ -46,6 +48,15 @@ class Chance {
       kernel_.call("STATS_Vexel" + name + "RandomSample_HW", kSample, parameters...);
     });
   }
+  template <typename L>
+  static void sample(const char* job, const L& law) {
+    vexel::Random rng(1);
+    std::vector<double> x(kSample);
+    measure(job, "functions", kSample, [&] {
+      law.sample(x, rng);
+      keep(x.data());
+    });
+  }
   template <typename Engine, typename Distribution>
   static void sample(const char* job, const char* peer, Distribution distribution) {
     Engine engine(1);
@@ -72,36 +83,43 @@ class Chance {
     using Std = std::mt19937_64;
     using Boost = boost::random::mt19937_64;
     vexelSample("uniform variates", "Uniform", 0, 1);
+    sample("uniform variates", vexel::Uniform());
     sample<Std>("uniform variates", "C++", std::uniform_real_distribution<double>());
     sample<Boost>("uniform variates", "Boost", boost::random::uniform_01<double>());
     gslSample("uniform variates", [](gsl_rng* r) { return gsl_rng_uniform(r); });
 
     vexelSample("normal variates", "Normal", 0, 1);
+    sample("normal variates", vexel::Normal());
     sample<Std>("normal variates", "C++", std::normal_distribution<double>());
     sample<Boost>("normal variates", "Boost", boost::random::normal_distribution<double>());
     gslSample("normal variates", [](gsl_rng* r) { return gsl_ran_gaussian_ziggurat(r, 1.0); });
 
     vexelSample("exponential variates", "Exponential", 1);
+    sample("exponential variates", vexel::Exponential());
     sample<Std>("exponential variates", "C++", std::exponential_distribution<double>());
     sample<Boost>("exponential variates", "Boost",
                   boost::random::exponential_distribution<double>());
     gslSample("exponential variates", [](gsl_rng* r) { return gsl_ran_exponential(r, 1.0); });
 
     vexelSample("gamma(2.5) variates", "Gamma", 1, 2.5);
+    sample("gamma(2.5) variates", vexel::Gamma(2.5));
     sample<Std>("gamma(2.5) variates", "C++", std::gamma_distribution<double>(2.5));
     sample<Boost>("gamma(2.5) variates", "Boost", boost::random::gamma_distribution<double>(2.5));
     gslSample("gamma(2.5) variates", [](gsl_rng* r) { return gsl_ran_gamma(r, 2.5, 1.0); });
 
     vexelSample("beta(2, 3) variates", "Beta", 2, 3);
+    sample("beta(2, 3) variates", vexel::Beta(2, 3));
     sample<Boost>("beta(2, 3) variates", "Boost", boost::random::beta_distribution<double>(2, 3));
     gslSample("beta(2, 3) variates", [](gsl_rng* r) { return gsl_ran_beta(r, 2.0, 3.0); });
 
     vexelSample("Poisson(10) variates", "Poisson", 10);
+    sample("Poisson(10) variates", vexel::Poisson(10));
     sample<Std>("Poisson(10) variates", "C++", std::poisson_distribution<int>(10));
     sample<Boost>("Poisson(10) variates", "Boost", boost::random::poisson_distribution<int>(10));
     gslSample("Poisson(10) variates", [](gsl_rng* r) { return gsl_ran_poisson(r, 10.0); });
 
     vexelSample("binomial(100, 0.3) variates", "Binomial", 100, 0.3);
+    sample("binomial(100, 0.3) variates", vexel::Binomial(100, 0.3));
     sample<Std>("binomial(100, 0.3) variates", "C++", std::binomial_distribution<int>(100, 0.3));
     sample<Boost>("binomial(100, 0.3) variates", "Boost",
                   boost::random::binomial_distribution<int>(100, 0.3));
@@ -286,6 +304,10 @@ class Chance {
       kernel_.call("STATS_VexelBootstrapStatistic_HW", data, kernel_.array({}), mean, 1000, 2000);
     });
     const std::vector<double> x = data.numbers();
+    vexel::Random rng(1);
+    measure(job, "functions", 1, [&] {
+      keep(vexel::bootstrap(x, vexel::Statistic::mean, rng, {.replicates = 2000}).estimate);
+    });
     std::mt19937_64 random(1);
     std::uniform_int_distribution<std::size_t> index(0, 999);
     measure(job, "C++", 1, [&] {

@@ -231,12 +231,12 @@ class Kernel {
 template <typename Range>
 Value Kernel::wrapMemory(Range& x, std::initializer_list<V_INT> extents, int order) {
   if constexpr (detail::Numbers<Range>) {
-    using Element = detail::ElementOf<Range>;
-    using Number = std::remove_cv_t<Element>;
+    using Item = detail::ElementOf<Range>;
+    using Number = std::remove_cv_t<Item>;
     static_assert(detail::elementCode<Number> >= 0,
                   "wrap: the elements are of type float, double or a signed integer");
     return wrapMemory(std::data(x), std::size(x), detail::elementCode<Number>,
-                      std::is_const_v<Element>, extents, order);
+                      std::is_const_v<Item>, extents, order);
   } else {
     static_assert(detail::never<Range>, "wrap: a vector, span or array of numbers expected");
   }
@@ -278,8 +278,8 @@ Value Kernel::toValue(const T& x) {
       return unsignedArray(std::vector<std::uint64_t>(std::data(x), std::data(x) + std::size(x)));
     }
   } else if constexpr (detail::Contiguous<const T>) {
-    using Element = std::remove_cv_t<detail::ElementOf<const T>>;
-    static_assert(std::same_as<Element, Value> || detail::Text<Element>,
+    using Item = std::remove_cv_t<detail::ElementOf<const T>>;
+    static_assert(std::same_as<Item, Value> || detail::Text<Item>,
                   "a range whose elements are numbers, Values or texts expected");
     std::vector<Value> elements;
     for (std::size_t i = 0; i < std::size(x); ++i) {
