@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <memory>
 #include <stdexcept>
 #include <string>
 #include <utility>
@@ -21,15 +22,35 @@ void requireSize(const char* function, const char* what, std::size_t size, std::
   }
 }
 
-// Blocks of all columns and the weights, filled up with rows that are present.
-struct Kept {
-  Kept(std::size_t width, std::size_t block) : values((width + 1) * block), size(block) {}
-  double* column(std::size_t j) { return values.data() + j * size; }
+// Blocks for columns and the weights, made when they are needed.
+class Blocks {
+ public:
+  explicit Blocks(std::size_t width) : columns_(width + 1) {}
+  double* operator[](std::size_t j) {
+    if (columns_[j] == nullptr) {
+      columns_[j] = std::make_unique_for_overwrite<double[]>(Rows::block);
+    }
+    return columns_[j].get();
+  }
 
-  std::vector<double> values;
-  std::size_t size;
-  std::size_t filled = 0;
+ private:
+  std::vector<std::unique_ptr<double[]>> columns_;
 };
+
+// As doubles in units of 2^exponent: where they lie, or in the block that buffer() gives.
+template <typename Buffer>
+const double* read(Data from, std::size_t begin, std::size_t n, int exponent, Buffer buffer) {
+  if (exponent == 0) {
+    return from.dense() ? asDoubles(from, begin, n, nullptr) : asDoubles(from, begin, n, buffer());
+  }
+  double* const to = buffer();
+  const double* const x = asDoubles(from, begin, n, to);
+  const double factor = std::ldexp(1.0, -exponent);
+  for (std::size_t i = 0; i < n; ++i) {
+    to[i] = x[i] * factor;
+  }
+  return to;
+}
 
 }  // namespace
 
@@ -55,28 +76,19 @@ void Rows::scale(std::vector<int> exponents, int wExponent) {
   wExponent_ = std::clamp(wExponent, -1022, 1022);
 }
 
-const double* Rows::read(Data from, std::size_t begin, std::size_t n, int exponent,
-                         double* buffer) const {
-  const double* const x = asDoubles(from, begin, n, buffer);
-  if (exponent == 0) {
-    return x;
-  }
-  const double factor = std::ldexp(1.0, -exponent);
-  for (std::size_t i = 0; i < n; ++i) {
-    buffer[i] = x[i] * factor;
-  }
-  return buffer;
-}
-
 Sample::Presence Rows::present(const Use& use) const {
   const std::size_t k = width();
-  std::vector<double> buffers((k + 1) * block);
+  Blocks buffers(k);
   std::vector<const double*> columns(k + 1);  // the last one: weights
   std::vector<const double*> kept(k);
-  Kept keep(k, block);
-  for (std::size_t j = 0; j < k; ++j) {
-    kept[j] = keep.column(j);
-  }
+  Blocks keep(k);
+  std::size_t filled = 0;
+  const auto useKept = [&](std::size_t n) {
+    for (std::size_t j = 0; j < k; ++j) {
+      kept[j] = keep[j];
+    }
+    use(kept.data(), weighted() ? keep[k] : nullptr, n);
+  };
   Sample::Presence found;
   for (std::size_t begin = 0; begin < size(); begin += block) {
     if (begin % kernels::pollInterval == 0 && begin > 0) {
@@ -85,12 +97,13 @@ Sample::Presence Rows::present(const Use& use) const {
     const std::size_t n = std::min(block, size() - begin);
     bool all = true;
     for (std::size_t j = 0; j < k; ++j) {
-      columns[j] = read(columns_[j], begin, n, exponents_[j], &buffers[j * block]);
+      columns[j] = read(columns_[j], begin, n, exponents_[j], [&] { return buffers[j]; });
       all = all && kernels::allPresent(columns[j], n);
     }
-    columns[k] = weighted() ? read(weights_, begin, n, wExponent_, &buffers[k * block]) : nullptr;
+    columns[k] =
+        weighted() ? read(weights_, begin, n, wExponent_, [&] { return buffers[k]; }) : nullptr;
     all = all && (!weighted() || kernels::allPresent(columns[k], columns[k], n));
-    if (all && keep.filled == 0) {
+    if (all && filled == 0) {
       found.points += n;
       found.pairs += n;
       use(columns.data(), columns[k], n);
@@ -118,19 +131,19 @@ Sample::Presence Rows::present(const Use& use) const {
       found.pairs += complete;
       if (weight > 0.0) {
         for (std::size_t j = 0; j < k; ++j) {
-          keep.column(j)[keep.filled] = columns[j][i];
+          keep[j][filled] = columns[j][i];
         }
-        keep.column(k)[keep.filled] = weight;
+        keep[k][filled] = weight;
         ++found.points;
-        if (++keep.filled == block) {
-          use(kept.data(), weighted() ? keep.column(k) : nullptr, block);
-          keep.filled = 0;
+        if (++filled == block) {
+          useKept(block);
+          filled = 0;
         }
       }
     }
   }
-  if (keep.filled > 0) {
-    use(kept.data(), weighted() ? keep.column(k) : nullptr, keep.filled);
+  if (filled > 0) {
+    useKept(filled);
   }
   return found;
 }

@@ -48,9 +48,6 @@ class Rows {
   Rough rough(std::size_t j) const;
 
  private:
-  const double* read(Data from, std::size_t begin, std::size_t n, int exponent,
-                     double* buffer) const;
-
   const char* function_;
   std::vector<Data> columns_;
   Data weights_;

@@ -26,12 +26,12 @@
 // between the two macros: a lambda needs HWY_ATTR behind its parameters, a struct of registers an
 // explicit constructor.
 //
-// The rule of the folder: every target gives the same
-// bits.  So the number of lanes that a sum runs in is fixed (eight.hpp has eight, whatever the
-// registers hold), elements go to lanes by their index, not by their address, nothing is contracted
-// to a fused multiply-add but where the result is exact, and what cannot round - comparing,
-// counting, moving, integers - may be done in any way.  tests/kernels/targets_test.cpp runs every
-// target that the machine has, and the one without vector instructions.
+// The rule of the folder: every target gives the same bits.  So the number of lanes that a sum runs
+// in is fixed (eight.hpp has eight, whatever the registers hold), elements go to lanes by their
+// index, not by their address, nothing is contracted to a fused multiply-add but where the result
+// is exact, and what cannot round - comparing, counting, moving, integers - may be done in any way.
+// tests/kernels/targets_test.cpp runs every target that the machine has, and the one without vector
+// instructions.
 //
 // Without the Highway library the file is compiled once, in the namespace N_PLAIN;
 // VEXEL_HAVE_HIGHWAY tells the two apart.  This header has no include guard: Highway includes the
