@@ -2,7 +2,7 @@
 
 from __future__ import annotations
 
-import copy
+import pickle
 from collections.abc import Callable
 from itertools import product
 from typing import Any
@@ -59,9 +59,9 @@ def _array(x: Any) -> Any:
 
 
 def take(job: Job, split: Callable[..., Any], place: tuple[int, ...], before: Any, x: Any, weights: Any,
-         by: Any) -> dict[Any, Any]:
-    """The states of one chunk, by variable."""
-    states: dict[Any, Any] = {}
+         by: Any) -> dict[Any, bytes]:
+    """The states of one chunk, by variable: as bytes, which have no room for empty cells."""
+    states: dict[Any, bytes] = {}
     try:
         x = _array(x)
         if x.dtype == object:
@@ -72,34 +72,36 @@ def take(job: Job, split: Callable[..., Any], place: tuple[int, ...], before: An
         if weights is not None and len(weights) != len(x):
             raise ValueError(f"weights: {len(x)} are expected, {len(weights)} came")
         for key, (values, w) in split(x, weights, None if by is None else np.asarray(by)).items():
-            state = job.begin() if before is None else copy.deepcopy(before[key][1])
-            states[key] = state.update(values, w)
+            state = job.begin() if before is None else pickle.loads(before[key][1])
+            states[key] = pickle.dumps(state.update(values, w))
     except (ValueError, TypeError) as error:
         raise type(error)(f"chunk {place}: {error}") from None
     return states
 
 
-def combine(parts: list[dict[Any, Any]]) -> dict[Any, Any]:
-    """The merged states of each variable; the parts stay as they are."""
-    out: dict[Any, Any] = {}
-    for part in parts:
-        for key, state in part.items():
-            if key not in out:
-                out[key] = state
-            elif any(out[key] is p.get(key) for p in parts):
-                out[key] = copy.deepcopy(out[key]).merge(state)
-            else:
-                out[key].merge(state)
+def combine(parts: list[dict[Any, bytes]]) -> dict[Any, bytes]:
+    """The merged states of each variable."""
+    out: dict[Any, bytes] = {}
+    for key in {key: None for part in parts for key in part}:
+        merged = None
+        for part in parts:
+            if key in part:
+                state = pickle.loads(part[key])
+                merged = state if merged is None else merged.merge(state)
+        out[key] = pickle.dumps(merged)
     return out
 
 
-def advance(job: Job, before: Any, states: dict[Any, Any]) -> dict[Any, Any]:
-    return {key: job.advance(None if before is None else before[key][0], state)
-            for key, state in states.items()}
+def advance(job: Job, before: Any, states: dict[Any, bytes]) -> dict[Any, Any]:
+    out = {}
+    for key, state in states.items():
+        kept, state = job.advance(None if before is None else before[key][0], pickle.loads(state))
+        out[key] = kept, pickle.dumps(state)
+    return out
 
 
-def finish(job: Job, shape: Callable[..., Any], before: Any, states: dict[Any, Any]) -> Any:
-    return shape({key: job.finish(None if before is None else before[key][0], state)
+def finish(job: Job, shape: Callable[..., Any], before: Any, states: dict[Any, bytes]) -> Any:
+    return shape({key: job.finish(None if before is None else before[key][0], pickle.loads(state))
                   for key, state in states.items()})
 
 
