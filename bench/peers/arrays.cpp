@@ -1,5 +1,5 @@
-// Statistics of arrays: this library's entry points, called through the host, beside the standard
-// library and GSL.
+// Statistics of arrays: this library's functions, and its entry points called through the host,
+// beside the standard library and GSL.
 
 #include <gsl/gsl_filter.h>
 #include <gsl/gsl_histogram.h>
@@ -13,6 +13,7 @@
 #include <unordered_map>
 #include <vector>
 #include <vexel/kernel.hpp>
+#include <vexel/statistics.hpp>
 
 #include "stopwatch.hpp"
 
@@ -98,6 +99,7 @@ class Arrays {
             }));
 
     Doubles few(medium_.begin(), medium_.begin() + 5000);
+    measure("Shapiro-Wilk, n = 5000", "functions", 1, [few] { keep(vexel::shapiro(few).pvalue); });
     measure("Shapiro-Wilk, n = 5000", "vexel", 1,
             entry("STATS_VexelShapiroWilk_HW", kernel_.toValue(few), none(), false));
   }
@@ -105,12 +107,14 @@ class Arrays {
   void order() {
     const vexel::Value large = kernel_.wrap(large_);
     const vexel::Value medium = kernel_.wrap(medium_);
+    measure("sort of 10^7", "functions", 1, [&] { keep(vexel::sort(large_).data()); });
     measure("sort of 10^7", "vexel", 1, entry("STATS_VexelSort_HW", large, true, false));
     measure("sort of 10^7", "C++", 1,
             onCopy(large_, [](Doubles& x) { std::sort(x.begin(), x.end()); }));
     measure("sort of 10^7", "GSL", 1,
             onCopy(large_, [](Doubles& x) { gsl_sort(x.data(), 1, x.size()); }));
 
+    measure("ranks of 10^6", "functions", 1, [&] { keep(vexel::rank(medium_).data()); });
     measure("ranks of 10^6", "vexel", 1, entry("STATS_VexelRankSort_HW", medium, 1, true));
     std::vector<std::int32_t> index(medium_.size());
     measure("ranks of 10^6", "C++", 1, [&] {
@@ -132,6 +136,8 @@ class Arrays {
       number = static_cast<std::int32_t>(random() % 1000);
     }
     const vexel::Value array = kernel_.array(std::span<const std::int32_t>(numbers));
+    measure("tally of 10^6, 1000 values", "functions", 1,
+            [&] { keep(vexel::tally(numbers).counts.data()); });
     measure("tally of 10^6, 1000 values", "vexel", 1, entry("STATS_VexelTally_HW", array, none()));
     measure("tally of 10^6, 1000 values", "C++", 1, [&] {
       std::unordered_map<std::int32_t, int> tally;
@@ -141,6 +147,9 @@ class Arrays {
       keep(tally.size());
     });
 
+    measure("10^7 into 100 bins", "functions", 1, [&] {
+      keep(vexel::histogram(large_, 100, {.range = vexel::Interval{-2, 22}}).counts.data());
+    });
     measure(
         "10^7 into 100 bins", "vexel", 1,
         entry("STATS_VexelTallyInto_HW", large, none(), false, kernel_.eval("[-2 .. 22]"), 100));
@@ -156,6 +165,8 @@ class Arrays {
 
   void smoothing() {
     const vexel::Value medium = kernel_.wrap(medium_);
+    measure("moving median, 101 over 10^6", "functions", 1,
+            [&] { keep(vexel::moving(medium_, 101, vexel::Statistic::median).data()); });
     measure("moving median, 101 over 10^6", "vexel", 1,
             entry("STATS_VexelMovingMedian_HW", medium, 101, 50, none(), false, false));
     gsl_vector_view in = gsl_vector_view_array(medium_.data(), medium_.size());
@@ -167,6 +178,8 @@ class Arrays {
     gsl_vector_free(out);
 
     const Doubles taps(101, 1.0 / 101.0);
+    measure("filter, 101 taps over 10^6", "functions", 1,
+            [&] { keep(vexel::filter(medium_, taps).data()); });
     measure(
         "filter, 101 taps over 10^6", "vexel", 1,
         entry("STATS_VexelLinearFilter_HW", medium, kernel_.toValue(taps), none(), false, false));
@@ -180,6 +193,12 @@ class Arrays {
         y[i] = sum;
       }
       keep(y.data());
+    });
+    measure("density of 10^6 at 4096 points", "functions", 1, [&] {
+      keep(
+          vexel::kde(medium_, {.bandwidth = 0.1, .points = 4096, .bounds = vexel::Interval{-2, 22}})
+              .y()
+              .data());
     });
     measure("density of 10^6 at 4096 points", "vexel", 1,
             entry("STATS_VexelKernelDensity_HW", medium, none(), 0, 0.1, 4096, true, -2.0, 22.0));
