@@ -201,6 +201,14 @@ Data Input::flat() {
   return lane(0, 0);
 }
 
+py::object Input::array() const {
+  if (owner_ || !given_) {
+    return owner_ ? owner_ : py::none();
+  }
+  const std::span<const double> values(reinterpret_cast<const double*>(data_), size_);
+  return dimensions_ == 0 ? toArray(values).attr("reshape")(py::tuple()) : toArray(values);
+}
+
 Data Input::vector() {
   if (dimensions_ > 1) {
     throw py::value_error(std::string(name_) + ": one dimension is allowed, an array of shape " +
@@ -323,6 +331,9 @@ py::object pythonHelper(const char* name) {
 }
 
 void bindArrays(py::module_& m) {
+  m.def("checked_out", [](py::handle out, const std::vector<py::ssize_t>& shape) {
+    return outputArray(out, shape);
+  });
   m.def("from_arrow", &fromArrow, "An object with __arrow_c_stream__ or __arrow_c_array__");
 }
 

@@ -50,6 +50,8 @@ class Input {
   // Elements along `axis`, starting `offset` bytes behind the first.
   Data lane(int axis, std::ptrdiff_t offset) const;
   std::ptrdiff_t byteStride(int axis) const { return strides_[axis]; }
+  // The array itself, a list's as a new one; None where nothing was given.
+  py::object array() const;
 
  private:
   void readNumber(double value);

@@ -33,15 +33,16 @@ Work::Work(std::size_t elements, py::handle progress) {
   if (elements <= lockedElements && !reports) {
     return;
   }
-  watch_.emplace([progress = reports ? progress.ptr() : nullptr,
-                  last = std::chrono::steady_clock::now()](double done) mutable {
+  report_ = [progress = reports ? progress.ptr() : nullptr,
+             last = std::chrono::steady_clock::now()](double done) mutable {
     const auto now = std::chrono::steady_clock::now();
     if (now - last < patience) {
       return true;
     }
     last = now;
     return ask(progress, done);
-  });
+  };
+  watch_.emplace([this](double done) { return report_(done); });
   if (elements != keepLock) {
     released_.emplace();
   }
@@ -171,8 +172,9 @@ py::object finish(const std::vector<double>& byElement, std::span<const py::ssiz
 
 py::object reduceAll(Input& x, Input& weights, const ReduceArguments& a,
                      std::span<const py::ssize_t> leading, const Reduction& reduction) {
-  const Data data = x.flat();
   const Data w = flatWeights(weights, x);
+  const std::vector<py::ssize_t> ones(a.keepdims ? x.shape().size() : 0, 1);
+  const Data data = x.flat();  // may give x another shape
   if (leading.empty() && a.out.is_none() && !a.keepdims) {
     double result = 0;
     {
@@ -186,8 +188,20 @@ py::object reduceAll(Input& x, Input& weights, const ReduceArguments& a,
     const Work work(data.size(), a.progress);
     reduction(data, w, results.data());
   }
-  const std::vector<py::ssize_t> ones(a.keepdims ? x.shape().size() : 0, 1);
   return finish(results, joined(leading, ones), a.out);
+}
+
+// Several axes: they become the last one.
+py::object reduceAxes(const Input& x, const Input& weights, const ReduceArguments& a,
+                      std::span<const py::ssize_t> leading, const Reduction& reduction) {
+  const py::tuple joinedAxes = pythonHelper("join_axes")(x.array(), weights.array(), a.axis);
+  Input joinedX(joinedAxes[0], x.name());
+  Input joinedWeights(joinedAxes[1], weights.name());
+  const py::int_ last(-1);
+  const py::object values =
+      reduce(joinedX, joinedWeights, {last, false, py::none(), a.progress}, leading, reduction);
+  return pythonHelper("place")(values, a.keepdims ? py::object(joinedAxes[2]) : py::none(),
+                               leading.size(), a.out);
 }
 
 }  // namespace
@@ -196,6 +210,9 @@ py::object reduce(Input& x, Input& weights, const ReduceArguments& a,
                   std::span<const py::ssize_t> leading, const Reduction& reduction) {
   if (a.axis.is_none()) {
     return reduceAll(x, weights, a, leading, reduction);
+  }
+  if (PyTuple_Check(a.axis.ptr())) {
+    return reduceAxes(x, weights, a, leading, reduction);
   }
   const int axis = readAxis(a.axis, x.dimensions());
   const Lanes lanes(x, axis);
@@ -223,8 +240,8 @@ namespace {
 
 // The mapping of all elements as one dimension.
 py::array mapAll(Input& x, Input& weights, const MapArguments& a, const Mapping& mapping) {
-  const Data data = x.flat();
   const Data w = x.dimensions() <= 1 ? weights.vector() : flatWeights(weights, x);
+  const Data data = x.flat();
   const py::ssize_t shape[] = {static_cast<py::ssize_t>(data.size())};
   py::array result = outputArray(a.out, shape, a.element);
   const bool direct = (result.flags() & py::array::c_style) != 0;
@@ -289,6 +306,33 @@ py::array map(Input& x, Input& weights, const MapArguments& a, const Mapping& ma
   return result;
 }
 
+namespace {
+
+template <typename T>
+Data part(const T* first, const Data& data, std::size_t begin, std::size_t end) {
+  return Data(first + static_cast<std::ptrdiff_t>(begin) * data.stride(), end - begin,
+              data.stride());
+}
+
+Data part(const Data& data, std::size_t begin, std::size_t end) {
+  switch (data.element()) {
+    case Element::float32:
+      return part(static_cast<const float*>(data.data()), data, begin, end);
+    case Element::int32:
+      return part(static_cast<const std::int32_t*>(data.data()), data, begin, end);
+    case Element::int64:
+      return part(static_cast<const std::int64_t*>(data.data()), data, begin, end);
+    default:
+      return part(static_cast<const double*>(data.data()), data, begin, end);
+  }
+}
+
+std::span<const py::ssize_t> shapeOf(const py::array& array) {
+  return {array.shape(), static_cast<std::size_t>(array.ndim())};
+}
+
+}  // namespace
+
 py::object pointwise(Input& x, py::handle out, const Pointwise& f) {
   if (x.isNumber() && out.is_none()) {
     double result = 0;
@@ -297,19 +341,15 @@ py::object pointwise(Input& x, py::handle out, const Pointwise& f) {
   }
   py::array result = outputArray(out, x.shape());
   const Data data = x.flat();
-  const auto place = contiguousDoubles(result);
-  if (place.size() == data.size()) {
-    const Work work(data.size());
-    f(data, place);
-    return result;
+  const bool direct = (result.flags() & py::array::c_style) != 0;
+  py::array place = direct ? result : py::array(makeArray(Element::float64, shapeOf(result)));
+  auto* const to = static_cast<double*>(place.mutable_data());
+  inPieces(data.size(), [&](std::size_t begin, std::size_t end) {
+    f(part(data, begin, end), {to + begin, end - begin});
+  });
+  if (!direct) {
+    result[py::ellipsis()] = place;
   }
-  Doubles values = makeDoubles(x.shape());
-  {
-    const std::span<double> span(values.mutable_data(), data.size());
-    const Work work(data.size());
-    f(data, span);
-  }
-  result[py::ellipsis()] = values;
   return result;
 }
 

@@ -22,7 +22,15 @@ class Work {
   Work(const Work&) = delete;
   Work& operator=(const Work&) = delete;
 
+  // Looks and tells between two pieces of work that do not do so themselves.
+  void step(double done) const {
+    if (report_) {
+      report_(done);
+    }
+  }
+
  private:
+  std::function<bool(double)> report_;
   std::optional<Watch> watch_;
   std::optional<py::gil_scoped_release> released_;
 };
@@ -60,6 +68,18 @@ py::array map(Input& x, Input& weights, const MapArguments& arguments, const Map
 // One number for each element; a float for one number.
 using Pointwise = std::function<void(const Data& x, std::span<double> result)>;
 py::object pointwise(Input& x, py::handle out, const Pointwise& f);
+
+// f(begin, end) over the numbers 0 to n in pieces, with a look at Python's signals between them.
+// Elementwise work gives the same whatever the pieces.
+template <typename F>
+void inPieces(std::size_t n, F f) {
+  constexpr std::size_t piece = 1U << 14;
+  const Work work(n);
+  for (std::size_t begin = 0; begin < n; begin += piece) {
+    f(begin, n - begin < piece ? n : begin + piece);
+    work.step(static_cast<double>(begin) / static_cast<double>(n));
+  }
+}
 
 // ---- without data
 

@@ -121,12 +121,7 @@ template <typename F>
 std::unique_ptr<AnyLaw> byName(std::string_view name, F f) {
   std::unique_ptr<AnyLaw> result;
   Laws::forEach([&]<typename L>() {
-#ifdef VEXEL_PYTHON_PENDING
-    if constexpr (std::string_view(L::name).starts_with("NonCentral")) {
-      return;
-    } else
-#endif
-        if (name == L::name) {
+    if (name == L::name) {
       result = f.template operator()<L>();
     }
   });

@@ -83,20 +83,17 @@ py::object fillDoubles(py::handle size, py::handle out, const std::function<doub
     }
     result = outputArray(out, wanted);
   }
-  const auto n = static_cast<std::size_t>(result.size());
-  if (const auto place = contiguousDoubles(result); place.size() == n) {
-    const Work work(n);
-    many(place);
-    return result;
+  const bool direct = (result.flags() & py::array::c_style) != 0;
+  const std::span<const py::ssize_t> dimensions(result.shape(),
+                                                static_cast<std::size_t>(result.ndim()));
+  py::array place = direct ? result : py::array(makeDoubles(dimensions));
+  auto* const to = static_cast<double*>(place.mutable_data());
+  inPieces(static_cast<std::size_t>(result.size()), [&](std::size_t begin, std::size_t end) {
+    many({to + begin, end - begin});
+  });
+  if (!direct) {
+    result[py::ellipsis()] = place;
   }
-  std::vector<double> values(n);
-  {
-    const Work work(n);
-    many(values);
-  }
-  result[py::ellipsis()] =
-      adopt(std::move(values))
-          .reshape(std::vector<py::ssize_t>(result.shape(), result.shape() + result.ndim()));
   return result;
 }
 
