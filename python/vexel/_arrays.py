@@ -15,6 +15,36 @@ def ravel(array: np.ndarray) -> np.ndarray:
     return np.ascontiguousarray(array).reshape(-1)
 
 
+def join_axes(x: np.ndarray, weights: np.ndarray | None, axis: tuple[int, ...]) -> tuple[Any, Any, Any]:
+    """The axes joined as the last one, of weights too, and the shape that keepdims gives."""
+    axes = {a + x.ndim if a < 0 else a for a in axis}
+    if len(axes) < len(axis) or not all(0 <= a < x.ndim for a in axes):
+        raise ValueError(f"axis: different axes of an array of {x.ndim} dimensions are allowed, {axis} came")
+    kept = [a for a in range(x.ndim) if a not in axes]
+    order = kept + sorted(axes)
+
+    def joined(array: np.ndarray) -> np.ndarray:
+        return array.transpose(order).reshape([x.shape[a] for a in kept] + [-1])
+
+    if weights is not None and weights.shape != x.shape:
+        raise ValueError(f"weights: the shape of the data, {x.shape}, is allowed, {weights.shape} came")
+    shape = tuple(1 if a in axes else n for a, n in enumerate(x.shape))
+    return joined(x), None if weights is None else joined(weights), shape
+
+
+def place(values: Any, shape: tuple[int, ...] | None, leading: int, out: Any) -> Any:
+    """Values in the shape that keepdims gives, and in `out`."""
+    if shape is not None:
+        values = np.asarray(values)
+        values = values.reshape(values.shape[:leading] + shape)
+    if out is None:
+        return values
+    from ._core import checked_out
+
+    checked_out(out, np.shape(values))[...] = values
+    return out
+
+
 def convert(x: Any, name: str) -> np.ndarray:
     """`x` as a float64, float32, int32 or int64 array; missing values become NaN."""
     if isinstance(x, np.ndarray):

@@ -1,0 +1,3 @@
+"""Other libraries' names for what vexel does."""
+
+from __future__ import annotations
