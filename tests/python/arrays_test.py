@@ -1,8 +1,12 @@
-"""The array door: what numbers come in as, and what is refused."""
+"""The array door: what numbers come in as, without a copy where there is one, and what is refused."""
+
+import ctypes
 
 import numpy as np
+import pandas as pd
 import pytest
 
+import vexel as vx
 from vexel import _arrays
 
 
@@ -13,16 +17,65 @@ from vexel import _arrays
     (np.array([True, False]), [1, 0]),
     (np.array([1.5, 2], ">f8"), [1.5, 2]),
     (np.array([1.5, 2], "f2"), [1.5, 2]),
+    (np.array([1.5, 2], "g"), [1.5, 2]),
     (np.array([2**63, 1], "u8"), [2.0**63, 1]),
     (range(3), [0, 1, 2]),
     ((i / 2 for i in range(3)), [0, 0.5, 1]),
+    (memoryview(np.arange(3.0)), [0, 1, 2]),
+    ((ctypes.c_double * 2)(1, 2), [1, 2]),
+    (pd.Series([1.0, None, 2]), [1, np.nan, 2]),
+    (pd.Series([1, None, 2], dtype="Int64"), [1, np.nan, 2]),
+    (pd.Series([True, None], dtype="boolean"), [1, np.nan]),
+    (pd.Series([1.5, None], dtype="Float32"), [1.5, np.nan]),
+    (pd.DataFrame({"a": [1, 2], "b": [3.5, None]}), [[1, 3.5], [2, np.nan]]),
+    (pd.Index([1, 2]), [1, 2]),
+    (np.float64(3), 3),
+    (np.array(4), 4),
+    (np.zeros(3, [("a", "i1"), ("b", "f8")])["b"], [0, 0, 0]),
 ])
 def test_conversions(given, expected):
     np.testing.assert_array_equal(_arrays.convert(given, "x"), expected)
 
 
 @pytest.mark.parametrize("given", ["text", np.array([1j]), np.array(["a"]), {1: 2}, object(),
-                                   np.array(["2020-01-01"], "M8[D]"), [1, "a"]])
+                                   np.array(["2020-01-01"], "M8[D]"), [1, "a"], pd.Series(["a"]),
+                                   pd.Series(["a", "b"], dtype="category")])
 def test_refusals(given):
     with pytest.raises(TypeError, match="^x: numbers are expected"):
         _arrays.convert(given, "x")
+
+
+def test_functions_take_what_numpy_takes():
+    x = [4.0, 1, 3]
+    for given in (x, tuple(x), np.array(x), np.array(x)[::-1], np.array([x, x])[0], np.array([x, x]).T[:, 1], pd.Series(x),
+                  np.ma.array(x), np.array(x, "f4"), memoryview(np.array(x)), iter(x)):
+        assert vx.mean(given) == 8 / 3
+    assert vx.mean(5) == vx.mean(np.array(5)) == vx.median(np.float32(5)) == 5
+    assert vx.Normal().cdf(np.array(0.0)) == 0.5 and type(vx.Normal().cdf(np.float64(0))) is float
+
+
+def test_arrow_columns():
+    pa = pytest.importorskip("pyarrow")
+    column = pa.array([1.5, None, 4], pa.float64())
+    np.testing.assert_array_equal(_arrays.convert(column, "x"), [1.5, np.nan, 4])
+    for kind in ("int8", "uint16", "int32", "uint64", "float32", "float16", "bool_"):
+        values = np.array([1, 0, 1]).astype(kind.rstrip("_"))
+        np.testing.assert_array_equal(_arrays.convert(pa.array(values), "x"), values)
+    whole = pa.array(np.arange(10.0))
+    view = _arrays.convert(whole[3:7], "x")
+    assert view.__array_interface__["data"][0] == whole.buffers()[1].address + 24 and not view.flags.writeable
+    chunked = pa.chunked_array([[1, 2], [None], [3]])
+    np.testing.assert_array_equal(_arrays.convert(chunked, "x"), [1, 2, np.nan, 3])
+    table = pa.table({"a": [1, 2], "b": [0.5, None]})
+    np.testing.assert_array_equal(_arrays.convert(table, "x"), [[1, 0.5], [2, np.nan]])
+    del whole, column, chunked, table
+    assert view.tolist() == [3, 4, 5, 6]
+    with pytest.raises(TypeError, match="^x: numbers are expected"):
+        vx.mean(pa.array(["a"]))
+
+
+def test_polars_columns():
+    pl = pytest.importorskip("polars")
+    frame = pl.DataFrame({"a": [1, 2, None], "b": [0.5, 1, 1.5]})
+    assert vx.mean(frame["a"], nan_policy="omit") == 1.5 and vx.mean(frame["b"]) == 1
+    assert vx.mean(frame, axis=0, nan_policy="omit").tolist() == [1.5, 1]

@@ -3,6 +3,7 @@
 import doctest
 import importlib
 import inspect
+import pathlib
 import pkgutil
 
 import numpy as np
@@ -30,3 +31,14 @@ def test_surface():
         if inspect.isfunction(value):
             assert "Examples" in value.__doc__ and "Parameters" in value.__doc__, name
             assert inspect.signature(value).return_annotation is not inspect.Signature.empty, name
+
+
+ROOT = pathlib.Path(__file__).resolve().parents[2]
+
+
+@pytest.mark.parametrize("page", ["python.md", "from-scipy.md"])
+def test_pages(page, monkeypatch):
+    monkeypatch.chdir(ROOT)
+    result = doctest.testfile(str(ROOT / "docs" / page), module_relative=False, globs={"vx": vx, "np": np},
+                              optionflags=doctest.NORMALIZE_WHITESPACE | doctest.ELLIPSIS)
+    assert result.failed == 0 and result.attempted > 1

@@ -1,0 +1,216 @@
+"""Distributions, generators, sequences, states, laws of one's own: values that pickle and read back."""
+
+import copy
+import math
+import pickle
+
+import numpy as np
+import pytest
+
+import vexel as vx
+
+# One of each law.
+LAWS = [
+    vx.Normal(1, 2), vx.LogNormal(0.5, 0.7), vx.Uniform(-1, 3), vx.Exponential(2), vx.Gamma(2.5, 2), vx.Beta(2, 3.5),
+    vx.ChiSquare(4), vx.StudentT(5), vx.FRatio(4, 9), vx.Cauchy(), vx.Laplace(1, 2), vx.Logistic(), vx.Gumbel(1, 2),
+    vx.Weibull(1.5, 2), vx.Pareto(5, 2), vx.Power(2, 3), vx.Rayleigh(2), vx.Maxwell(2), vx.Triangular(0, 4, 1),
+    vx.InverseGaussian(1, 2), vx.Moyal(), vx.ExponentialPower(0, 1, 1.5), vx.Bernoulli(0.3), vx.Binomial(10, 0.3),
+    vx.Poisson(4), vx.Geometric(0.3), vx.NegativeBinomial(5, 0.4), vx.Hypergeometric(20, 7, 12), vx.DiscreteUniform(2, 8),
+    vx.Empirical([1, 1, 4]), vx.Empirical([1, 2.5], [3, 1])]
+NON_CENTRAL = [(vx.NonCentralChiSquare, (4, 2)), (vx.NonCentralBeta, (2, 3, 1)), (vx.NonCentralFRatio, (4, 9, 2)),
+               (vx.NonCentralStudentT, (5, 1))]
+LAWS += [law(*arguments) for law, arguments in NON_CENTRAL]
+P = np.array([0.001, 0.3, 0.5, 0.99])
+
+
+@pytest.mark.parametrize("law", LAWS, ids=lambda law: type(law).__name__)
+def test_laws(law):
+    assert pickle.loads(pickle.dumps(law)) == law == copy.deepcopy(law) == type(law)(**law.parameters)
+    assert hash(law) == hash(copy.copy(law)) and eval(repr(law), vars(vx)) == law
+    assert law != vx.Normal(17)
+    with pytest.raises(AttributeError):
+        law.mean = 3
+    density = law.pmf if hasattr(law, "pmf") else law.pdf
+    logdensity = law.logpmf if hasattr(law, "pmf") else law.logpdf
+    x = law.quantile(P)
+    for f in (density, logdensity, law.cdf, law.sf, law.logcdf, law.logsf):
+        many = f(np.stack([x, x]))
+        assert many.shape == (2, 4) and [f(v) for v in x.tolist()] == many[0].tolist() and type(f(x[0])) is float
+        out = np.empty((4, 2)).T
+        assert f(np.stack([x, x]), out=out) is out and (out == many).all()
+        assert math.isnan(f(math.nan))
+    np.testing.assert_allclose(law.cdf(x) + law.sf(x), 1, rtol=1e-14)
+    assert (law.cdf(x) >= P * (1 - 1e-11)).all() and (law.quantile(law.cdf(x)) <= x + 1e-11 * (1 + abs(x))).all()
+    low, high = law.interval(0.9)
+    assert low <= law.median() <= high and law.support().low <= low and law.ppf(0.3) == law.quantile(0.3)
+    for bad in (-0.1, 1.1):
+        with pytest.raises(ValueError):
+            law.quantile(bad)
+
+
+@pytest.mark.parametrize("law", LAWS, ids=lambda law: type(law).__name__)
+def test_samples(law):
+    many = law.sample(1000, rng=7)
+    rng = vx.Random(7)
+    assert [law.sample(rng=rng) for _ in range(1000)] == many.tolist()
+    assert (law.rvs(size=(10, 100), random_state=7).ravel() == many).all()
+    whole = hasattr(law, "pmf") and type(law) is not vx.Empirical
+    assert many.dtype == (np.int64 if whole else np.float64)
+    distance, pvalue = vx.ks_test(many, law)
+    assert pvalue > 1e-4 or whole or type(law) is vx.Empirical
+    assert np.isfinite(law.log_likelihood(many))
+    fit = getattr(type(law), "fit", None)
+    if fit is None or type(law).__name__.startswith("NonCentral"):
+        return
+    given = {k: v for k, v in law.parameters.items() if k in ("n", "population", "drawn")}
+    if type(law) in (vx.Binomial, vx.Hypergeometric):
+        fitted = fit(many, **given)
+    else:
+        fitted = fit(many)
+    assert type(fitted) is type(law) and fitted.log_likelihood(many) >= law.log_likelihood(many) - 1e-6 * many.size
+
+
+def test_random():
+    rng = vx.Random(42)
+    assert eval(repr(rng), vars(vx)) == rng and vx.Random(3, 5).block == 5 and 0 <= vx.Random().seed < 2**64
+    for draw in ("uniform", "normal", "exponential"):
+        a, b = vx.Random(1), vx.Random(1)
+        many = getattr(a, draw)(50)
+        assert [getattr(b, draw)() for _ in range(50)] == many.tolist()
+        out = np.empty((2, 25), order="F")
+        assert (getattr(vx.Random(1), draw)(out=out) == many.reshape(2, 25)).all()
+        assert a == b == pickle.loads(pickle.dumps(a)) == copy.copy(a)
+    assert vx.Random(1).integers(5, 8, 1000).min() == 5 and vx.Random(1).integers(2**62) >= 0
+    state = rng.state
+    first = rng.uniform(9)
+    rng.state = state
+    assert (rng.uniform(9) == first).all()
+    other = vx.Random(42)
+    other.jump()
+    assert (other.uniform(9) == vx.Random(42, 1).uniform(9)).all()
+    x = list("abcde")
+    vx.shuffle(x, rng=1)
+    assert sorted(x) == list("abcde")
+    for array in (np.arange(6.0), np.arange(6), np.arange(12).reshape(6, 2), np.arange(6)[::-1], np.array(list("abcdef"))):
+        before = np.sort(array, axis=0)
+        vx.shuffle(array, rng=1)
+        assert (np.sort(array, axis=0) == before).all()
+    assert sorted(vx.choice(5, 5, replace=False, rng=1)) == list(range(5)) and vx.choice(np.eye(3), 2, rng=1).shape == (2, 3)
+    assert set(vx.choice([10, 20], (50, 2), weights=[0, 1], rng=1).ravel()) == {20}
+    with pytest.raises(ValueError):
+        vx.choice(3, 4, replace=False)
+
+
+def test_bit_generator():
+    rng = vx.Random(1)
+    generator = np.random.Generator(rng.bit_generator)
+    assert isinstance(rng.bit_generator, np.random.BitGenerator)
+    assert 0 <= generator.random() < 1 and generator.normal(size=1000).std() < 2
+    assert (generator.bit_generator.random_raw(5) == vx.Random.from_bytes(rng.to_bytes()).bits(5)).sum() == 0
+    again = pickle.loads(pickle.dumps(generator.bit_generator))
+    assert np.random.Generator(again).random() == generator.random()
+    assert vx.Normal().sample(rng=np.random.default_rng(1)) == vx.Normal().sample(rng=np.random.default_rng(1))
+
+
+@pytest.mark.parametrize("make", [vx.Sobol, vx.Halton, vx.Faure])
+@pytest.mark.parametrize("scramble", [False, True, "shift"])
+def test_sequences(make, scramble):
+    s = make(3, scramble=scramble, rng=vx.Random(5), start=2)
+    first = s.points(10)
+    assert first.shape == (10, 3) and s.index == 12 and first.min() >= 0 and first.max() < 1
+    again = pickle.loads(pickle.dumps(s))
+    assert (again.points(5) == s.points(5)).all() and again.index == s.index == 17
+    out = np.empty((3, 20))[:, ::2].T
+    assert s.reset().points(10, out=out) is out and (out == first).all()
+    assert (make(3, scramble=scramble, rng=5).fast_forward(2).random(10) == first).all()
+    with pytest.raises(ValueError):
+        make(0)
+
+
+STATES = [vx.Sums, vx.Moments, vx.Extremes, vx.Tally, lambda **k: vx.Histogram([0, 1, 5], **k),
+          lambda **k: vx.DensityGrid((-5, 5), 101, **k), lambda **k: vx.Ranks([0.5], **k)]
+
+
+@pytest.mark.parametrize("make", STATES)
+def test_states(make):
+    x = np.random.default_rng(1).normal(size=1000)
+    whole = make().update(x)
+    parts = [make().update(p) for p in np.array_split(x, 7)]
+    merged = parts[0]
+    for part in parts[:0:-1]:
+        merged = merged.merge(pickle.loads(pickle.dumps(part)))
+    assert merged is parts[0] and merged == whole == copy.deepcopy(whole) and merged != make()
+    assert type(whole).from_bytes(whole.to_bytes()).to_bytes() == whole.to_bytes()
+    with pytest.raises(ValueError):
+        type(whole).from_bytes(b"nonsense")
+    with pytest.raises(ValueError):
+        make(nan_policy="raise").update([1, np.nan])
+
+
+def test_state_results():
+    x = np.random.default_rng(2).normal(size=(500, 2))
+    m = vx.Moments().update(x[:, 0], weights=np.ones(500))
+    np.testing.assert_allclose([m.mean, m.var, m.std, m.skewness, m.kurtosis, m.moment(3)],
+                               [f(x[:, 0]) for f in (vx.mean, vx.var, vx.std, vx.skewness, vx.kurtosis)] + [vx.moment(x[:, 0], 3)],
+                               rtol=1e-12)
+    c = vx.Covariance(2).update(x[:100]).update(x[100:])
+    np.testing.assert_allclose(c.cov, vx.cov(x), rtol=1e-12)
+    np.testing.assert_allclose(c.mean, x.mean(axis=0), rtol=1e-12)
+    assert pickle.loads(pickle.dumps(c)) == c
+    assert vx.Sums().sum == 0 and math.isnan(vx.Extremes().min)
+
+
+def bell(x):
+    return math.exp(-x * x / 2)
+
+
+def test_own_laws():
+    sympy = pytest.importorskip("sympy")
+    t = sympy.Symbol("t")
+    forms = [bell, "x -> exp(-x^2/2)", sympy.exp(-t**2 / 2), sympy.Lambda(t, sympy.exp(-t**2 / 2))]
+    laws = [vx.Density(f, support=(-math.inf, math.inf)) for f in forms]
+    laws.append(vx.Density(lambda x: np.exp(-x * x / 2), support=(-math.inf, math.inf), vectorized=True))
+    laws.append(vx.Density(lambda x: -x * x / 2, support=(-math.inf, math.inf), log=True))
+    x = np.linspace(-3, 3, 7)
+    for law in laws:
+        np.testing.assert_allclose(law.cdf(x), vx.Normal().cdf(x), atol=1e-9)
+        np.testing.assert_allclose(law.quantile(P), vx.Normal().quantile(P), atol=1e-8)
+        np.testing.assert_allclose(law.pdf(x), vx.Normal().pdf(x), rtol=1e-8)
+        assert law.evaluations <= 2000 and law.error <= 1e-10 and law.log_concave
+        assert vx.ks_test(law.sample(2000, rng=1), vx.Normal()).pvalue > 1e-4
+    np.testing.assert_array_equal(laws[0].sample(100, rng=1), vx.Density(bell, support=(-math.inf, math.inf)).sample(100, rng=1))
+    np.testing.assert_allclose(laws[0].sample(100, rng=1), laws[4].sample(100, rng=1), rtol=1e-4)
+    assert pickle.loads(pickle.dumps(laws[0])).mean() == laws[0].mean() and "support" in repr(laws[1])
+    distribution = vx.CumulativeDistribution("x -> x^2", support=(0, 1))
+    assert distribution.quantile(0.25) == pytest.approx(0.5, abs=1e-9)
+
+    class Mine(Exception):
+        pass
+
+    def fails(x):
+        raise Mine
+
+    for call in (lambda: vx.Density(fails, support=(0, 1)), lambda: vx.find_root(fails, (0, 1)),
+                 lambda: vx.moving([1, 2], 2, fails), lambda: vx.bootstrap([1, 2], fails, rng=1),
+                 lambda: vx.ks_test([1, 2], fails), lambda: vx.CumulativeDistribution(fails, support=(0, 1))):
+        with pytest.raises(Mine):
+            call()
+    with pytest.raises(ValueError):
+        vx.Density("x -> x + y", support=(0, 1))
+    with pytest.raises(ValueError):
+        vx.Density(lambda x: -1, support=(0, 1))
+    with pytest.raises(TypeError):
+        vx.Density(3.5, support=(0, 1))
+
+
+def test_roots():
+    with pytest.raises(vx.RootError) as info:
+        vx.find_root(lambda x: x * x + 1, (-1, 2))
+    assert (info.value.best, info.value.value) == (-1, 2) and isinstance(info.value, ValueError)
+    again = pickle.loads(pickle.dumps(info.value))
+    assert again.best == -1 and str(again) == str(info.value)
+    r = vx.find_root(math.exp, (None, None), target=10, derivative=math.exp)
+    assert r.root == pytest.approx(math.log(10)) and r.converged and r.evaluations < 40
+    assert vx.find_integer(lambda k: k, None, None, target=-5.5) == -5
+    k = vx.find_integer(vx.Binomial(100, 0.3).cdf, 0, 100, target=0.5)
+    assert k == vx.Binomial(100, 0.3).quantile(0.5) and type(k) is int
