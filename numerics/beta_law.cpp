@@ -20,7 +20,6 @@ namespace {
 
 constexpr double epsilon = std::numeric_limits<double>::epsilon();
 constexpr double nan = std::numeric_limits<double>::quiet_NaN();
-constexpr double infinity = std::numeric_limits<double>::infinity();
 constexpr double hugeParameter = 1e7;
 constexpr double hugeRatio = 1e17;
 constexpr int maxTerms = 200000;  // a guard

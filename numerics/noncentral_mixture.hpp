@@ -59,15 +59,19 @@ MixtureSums mixtureSums(const Family& family, double mean, Tail which, bool asLo
                                  : std::floor(peak + 9.5 * spread + 12.0);
   MixtureSums sums{0.0, 0.0, 0.0, 0.0, 0.0};
   const PowerPiece poisson(peak + offset);
-  if (!(peak < mostTerms)) {
-    sums.tail = sums.density = notANumber;
-    return sums;
-  }
-  if (peak > manyTerms && !asLog) {
+  if (peak > manyTerms) {
     sums.logUnit = poisson.logAt(mean, mean - (peak + offset)) + family.logDecrement(peak);
-    if (sums.logUnit < -900.0) {
+    if (!asLog && sums.logUnit < -900.0) {
       return sums;  // the sums underflow
     }
+  }
+  if (!(peak < mostTerms)) {
+    // Laplace's approximation of the logarithms, which are far greater than its error.
+    const double few = asLog && sums.logUnit < -900.0 ? spread * rootTwoPi : notANumber;
+    sums.tail = few / (1.0 - std::fmin(mean / peak, 0.5));
+    sums.density = few * (family.shape() + peak);
+    sums.meanIndex = peak;
+    return sums;
   }
   double w = 1.0;
   double d = 1.0;

@@ -27,6 +27,7 @@ namespace {
 constexpr double nan = std::numeric_limits<double>::quiet_NaN();
 constexpr double infinity = std::numeric_limits<double>::infinity();
 constexpr double hugeFreedom = 1e17;
+constexpr double leastArgument = 1e-140;  // below it, as at 0: squares would underflow
 
 Tail other(Tail which) { return which == Tail::lower ? Tail::upper : Tail::lower; }
 
@@ -310,7 +311,7 @@ double NoncentralStudentLaw::tail(double x, Tail which) const {
     return StudentLaw(nu_).tail(x, which);
   }
   const double sign = which == Tail::lower ? 1.0 : -1.0;
-  if (x == 0.0) {
+  if (std::fabs(x) < leastArgument) {
     return normalLower(-sign * delta_);
   }
   if (nu_ >= hugeFreedom) {
@@ -329,7 +330,7 @@ double NoncentralStudentLaw::logTail(double x, Tail which) const {
     return StudentLaw(nu_).logTail(x, which);
   }
   const double sign = which == Tail::lower ? 1.0 : -1.0;
-  if (x == 0.0) {
+  if (std::fabs(x) < leastArgument) {
     return logNormalLower(-sign * delta_);
   }
   if (nu_ >= hugeFreedom) {
@@ -350,7 +351,7 @@ double NoncentralStudentLaw::density(double x) const {
   if (nu_ >= hugeFreedom) {
     return inverseRootTwoPi * std::exp(-0.5 * (x - delta_) * (x - delta_));
   }
-  if (x == 0.0) {
+  if (std::fabs(x) < leastArgument) {
     return StudentLaw(nu_).density(0.0) * std::exp(-0.5 * delta_ * delta_);
   }
   if (!std::isfinite(x)) {
@@ -366,7 +367,7 @@ double NoncentralStudentLaw::logDensity(double x) const {
   if (nu_ >= hugeFreedom) {
     return -0.5 * (x - delta_) * (x - delta_) - logRootTwoPi;
   }
-  if (x == 0.0) {
+  if (std::fabs(x) < leastArgument) {
     return StudentLaw(nu_).logDensity(0.0) - 0.5 * delta_ * delta_;
   }
   if (!std::isfinite(x)) {
