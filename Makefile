@@ -7,6 +7,7 @@
 #   make bench-peers  the same jobs in R, SciPy, GSL and Boost: docs/performance.md
 #   make accuracy  error of every probability and quantile against high-precision references: docs/accuracy.md, docs/functions/accuracy.md
 #   make gallery   run the examples and write docs/gallery.md
+#   make tidy      clang-tidy over the product and its kernels; every finding is an error
 #   make format    format the sources; make format-check: fail where they are not
 #   make install PREFIX=/usr/local
 
@@ -15,7 +16,7 @@ JOBS ?= $(shell nproc)
 CTEST_FLAGS ?= --output-on-failure -j $(JOBS)
 SOURCES = git ls-files '*.cpp' '*.hpp' '*.h'
 
-.PHONY: all packages build demo check asan bench bench-peers gallery accuracy format format-check install clean
+.PHONY: all packages build demo check asan bench bench-peers gallery accuracy tidy format format-check install clean
 
 all: build
 
@@ -57,6 +58,12 @@ gallery: build
 accuracy: build
 	@PATH=/usr/bin:$$PATH python3 bench/accuracy/accuracy_report.py build/lib/libnag2.so build/bin/vexel --markdown
 	@PATH=/usr/bin:$$PATH python3 bench/accuracy/functions_report.py build/lib include
+
+TIDY = git ls-files 'stats/src/*.cpp' 'kernels/sorting/*.cpp' 'kernels/descriptive/*.cpp' 'kernels/tallies/*.cpp' \
+	'kernels/smoothing/*.cpp' 'kernels/density/*.cpp' 'kernels/classic/*.cpp'
+
+tidy: build
+	@$(TIDY) | xargs -P $(JOBS) -n 8 clang-tidy -p build --quiet --extra-arg=-Wno-unknown-warning-option
 
 format:
 	@$(SOURCES) | xargs clang-format -i
