@@ -91,6 +91,14 @@ def test_tables_frames_and_levels():
     values, counts = vd.tally(lazy["b"]).compute()
     assert values.dtype == np.int64 and counts.sum() == 5000
     assert (vd.rank(lazy["b"]).compute() == vx.rank(frame["b"])).all()
+    own = pd.DataFrame({"n": pd.array([1, None, 3, 4], dtype="Int64"), "c": pd.Categorical(list("xyxy")),
+                        "g": ["u", None, "v", "u"]})
+    lazy = dd.from_pandas(own, npartitions=2)
+    assert vd.mean(lazy["n"], by=lazy["c"], nan_policy="omit").compute() == {"x": 2.0, "y": 4.0}
+    assert vd.mean(lazy["n"], by=lazy["g"]).compute() == {"u": 2.5, "v": 3.0}  # without level: left out
+    for bad, text in ((dict(weights=[1, 2]), "weights"), (dict(by=[1]), "by"), (dict(axis=1), "axis")):
+        with pytest.raises(ValueError, match=text):
+            vd.mean(da.from_array(X), **bad)
 
 
 def test_kde_is_the_direct_sum_within_its_binning():

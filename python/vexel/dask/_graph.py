@@ -147,18 +147,27 @@ def run(job: Job, source: Source, shape: Callable[..., Any]) -> Delayed:
     return step
 
 
+def as_array(a: Any, kind: Any = np.float64) -> Any:
+    """A Series or DataFrame as a Dask array; columns of pandas' own types become `kind`."""
+    if not hasattr(a, "to_dask_array"):
+        return a
+    own = {name: kind for name, t in a.dtypes.items() if not isinstance(t, np.dtype)} if a.ndim == 2 else \
+        None if isinstance(a.dtype, np.dtype) else kind
+    return (a.astype(own) if own else a).to_dask_array()
+
+
 def chunks_like(a: Any, x: Any, name: str) -> Any:
     """Weights or levels as a Dask array in the chunks of x, or of its rows."""
     if a is None:
         return None
-    if hasattr(a, "to_dask_array"):
-        a = a.to_dask_array()
+    a = as_array(a, object if name == "by" else np.float64)
     if not isinstance(a, da.Array):
         a = np.asarray(a)
         if any(np.isnan(c) for axis in x.chunks for c in axis):
             raise ValueError(f"{name}: of data in chunks of unknown sizes a Dask collection is expected")
         if a.shape not in (x.shape, x.shape[:1]):
-            raise ValueError(f"{name}: the shape {x.shape} or {x.shape[:1]} is expected, {a.shape} came")
+            allowed = f"{x.shape}" if x.ndim == 1 else f"{x.shape} or {x.shape[:1]}"
+            raise ValueError(f"{name}: the shape {allowed} is expected, {a.shape} came")
         a = da.from_array(a, chunks=x.chunks[:a.ndim])
     if a.ndim not in (1, x.ndim):
         raise ValueError(f"{name}: one dimension or as many as x has are allowed, {a.ndim} came")

@@ -15,7 +15,7 @@ from .. import _passes
 from .._random import Random
 from .._random import bootstrap as _bootstrap_of
 from .._results import Description
-from ._graph import Source, chunks_like, columns, levels, run, whole
+from ._graph import Source, as_array, chunks_like, columns, levels, run, whole
 
 _policies = ("propagate", "omit", "raise")
 
@@ -57,7 +57,7 @@ def _source(x: Any, weights: Any, by: Any, axis: int | None, nan_policy: str) ->
     names = None
     if hasattr(x, "to_dask_array"):
         names = list(x.columns) if x.ndim == 2 else None
-        x = x.to_dask_array()
+        x = as_array(x)
     if not isinstance(x, da.Array):
         raise TypeError(f"x: a Dask array, Series or DataFrame is expected, {type(x).__name__} came")
     if x.ndim == 0:
@@ -203,11 +203,10 @@ def kde(x: Any, *, bandwidth: Any = "silverman", kernel: str = "gaussian", point
 
 
 def _pair(x: Any, y: Any) -> Any:
-    arrays = [a.to_dask_array() if hasattr(a, "to_dask_array") else a for a in (x, y)]
-    if not all(isinstance(a, da.Array) and a.ndim == 1 for a in arrays):
-        raise TypeError("x, y: two Dask arrays or Series of one dimension are expected")
-    y = chunks_like(arrays[1], arrays[0], "y")
-    return da.stack([arrays[0], y], axis=1, allow_unknown_chunksizes=True)
+    x = as_array(x)
+    if not isinstance(x, da.Array) or x.ndim != 1:
+        raise TypeError("x: a Dask array or Series of one dimension is expected where there is a y")
+    return da.stack([x, chunks_like(y, x, "y")], axis=1, allow_unknown_chunksizes=True)
 
 
 def _matrix(pair: bool, results: dict[Any, Any]) -> Any:
@@ -216,9 +215,7 @@ def _matrix(pair: bool, results: dict[Any, Any]) -> Any:
 
 
 def _covariance(x: Any, y: Any, ddof: float, correlation: bool, weights: Any, nan_policy: str) -> Delayed:
-    table = x if y is None else _pair(x, y)
-    if hasattr(table, "to_dask_array"):
-        table = table.to_dask_array()
+    table = as_array(x) if y is None else _pair(x, y)
     if not isinstance(table, da.Array) or table.ndim != 2:
         raise ValueError("x: a table with a variable in each column is expected, or y")
     source, _ = _source(table, weights, None, 0, nan_policy)
@@ -244,8 +241,7 @@ def corr(x: Any, y: Any = None, *, method: str = "pearson", weights: Any = None,
         raise ValueError(f'method: "pearson" and "spearman" are allowed on Dask collections, {method!r} came')
     if weights is not None or nan_policy == "omit":
         raise ValueError('method: "spearman" goes without weights and with nan_policy "propagate" or "raise"')
-    table = x if y is None else _pair(x, y)
-    table = table.to_dask_array() if hasattr(table, "to_dask_array") else table
+    table = as_array(x) if y is None else _pair(x, y)
     ranks = [rank(table[:, i], nan_policy=nan_policy) for i in range_of(table.shape[1])]
     joined = da.stack(ranks, axis=1, allow_unknown_chunksizes=True)
     return _covariance(joined, None, 1, True, None, nan_policy) if y is None else \
