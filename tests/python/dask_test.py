@@ -163,6 +163,29 @@ def test_a_killed_worker_changes_no_bit(cluster):
         client.compute(vd.mean(x, weights=da.where(da.arange(1 << 22, chunks=1 << 18) == 3 << 18, -1, 1))).result()
 
 
+def _flaky(block, folder, block_info=None):
+    mark = os.path.join(folder, str(block_info[0]["chunk-location"]))
+    if not os.path.exists(mark):
+        open(mark, "w").close()
+        raise OSError("the first time fails")
+    return block
+
+
+def test_tasks_that_run_again_and_chunks_on_disk_change_no_bit(cluster, tmp_path):
+    here, client = cluster
+    x = vd.sample(vx.Normal(3, 2), 1 << 20, chunks=1 << 18, seed=7)
+    flaky = x.map_blocks(_flaky, str(tmp_path), dtype=float)
+    assert client.compute(vd.var(flaky), retries=3).result(timeout=60) == vx.var(x.compute())
+    distributed = pytest.importorskip("distributed")
+    with distributed.LocalCluster(n_workers=2, threads_per_worker=1, memory_limit="230MB",
+                                  dashboard_address=None) as small, distributed.Client(small) as own:
+        x = vd.sample(vx.Normal(3, 2), 1 << 25, chunks=1 << 20, seed=7)
+        held = own.persist(x)  # more than the workers' memory
+        found = own.compute(vd.mean(held)).result(timeout=100)
+        assert sum(own.run(lambda dask_worker: len(dask_worker.data.slow)).values()) > 0
+    assert found == vd.mean(x).compute()
+
+
 def test_states_refuse_other_bytes():
     data = vx.Moments().update([1.0, 2.0]).to_bytes()
     for bad in (data[:-1], data + b"x", b"", vx.Sums().to_bytes()):
