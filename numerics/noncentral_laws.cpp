@@ -52,7 +52,8 @@ double NoncentralChiSquareLaw::density(double x) const {
   if (!(x > 0.0) || std::isinf(x)) {
     return std::exp(-0.5 * nc_) * 0.5 * GammaLaw(0.5 * df_).density(y);
   }
-  const MixtureSums sums = mixtureSums(GammaFamily(0.5 * df_, y), 0.5 * nc_, Tail::lower, false);
+  const GammaFamily family(0.5 * df_, y);
+  const MixtureSums sums = mixtureSums(family, 0.5 * nc_, shortSide(family, 0.5 * nc_), false);
   return inUnits(sums.density, sums) / x;
 }
 
@@ -61,7 +62,8 @@ double NoncentralChiSquareLaw::logDensity(double x) const {
   if (nc_ == 0.0 || !(x > 0.0) || std::isinf(x)) {
     return GammaLaw(0.5 * df_).logDensity(y) - 0.5 * nc_ - 0.69314718055994530942;
   }
-  const MixtureSums sums = mixtureSums(GammaFamily(0.5 * df_, y), 0.5 * nc_, Tail::lower, true);
+  const GammaFamily family(0.5 * df_, y);
+  const MixtureSums sums = mixtureSums(family, 0.5 * nc_, shortSide(family, 0.5 * nc_), true);
   return logInUnits(sums.density, sums) - std::log(x);
 }
 
@@ -112,7 +114,8 @@ double NoncentralBetaLaw::logTail(UnitPair at, Tail which) const {
 }
 
 double NoncentralBetaLaw::logScaledDensity(UnitPair at) const {
-  const MixtureSums sums = mixtureSums(BetaFamily(a_, b_, at), 0.5 * nc_, Tail::lower, true);
+  const BetaFamily family(a_, b_, at);
+  const MixtureSums sums = mixtureSums(family, 0.5 * nc_, shortSide(family, 0.5 * nc_), true);
   return logInUnits(sums.density, sums);
 }
 
@@ -125,7 +128,8 @@ double NoncentralBetaLaw::density(UnitPair at) const {
            : at.x == 0.0                     ? std::exp(-0.5 * nc_) * central
                                              : central;
   }
-  const MixtureSums sums = mixtureSums(BetaFamily(a_, b_, at), 0.5 * nc_, Tail::lower, false);
+  const BetaFamily family(a_, b_, at);
+  const MixtureSums sums = mixtureSums(family, 0.5 * nc_, shortSide(family, 0.5 * nc_), false);
   return inUnits(sums.density, sums) / at.x / at.y;
 }
 

@@ -78,6 +78,9 @@ MixtureSums mixtureSums(const Family& family, double mean, Tail which, bool asLo
   // Lower: the central tail at j; upper: the weights above j.
   double rest = which == Tail::lower ? family.lowerTerms(top)
                                      : weightsAbove(mean, top + offset, !family.belowMean(mean));
+  if (!std::isfinite(rest)) {
+    rest = 0.0;  // the law lies far below: this tail is nearly 1 and nobody's sum
+  }
   const double inverse = 1.0 / mean;
   const double shape = family.shape();
   double moment = 0.0;
@@ -155,6 +158,12 @@ inline double logSum(double x, double y) {
   return high == -HUGE_VAL ? high : high + std::log1p(std::exp(std::fmin(x, y) - high));
 }
 
+// The side whose sum is short; the density's terms are the same on both.
+template <typename Family>
+Tail shortSide(const Family& family, double mean) {
+  return family.belowMean(mean) ? Tail::lower : Tail::upper;
+}
+
 // A tail, with the density times the argument and the mean index of its terms.
 struct MixturePoint {
   double tail;
@@ -215,7 +224,7 @@ MixturePoint mixturePoint(const Family& family, double mean, Tail which) {
     return MixturePoint{side == Tail::lower ? value : value + family.centralUpper(),
                         inUnits(sums.density, sums), sums.meanIndex};
   };
-  const Tail small = family.belowMean(mean) ? Tail::lower : Tail::upper;
+  const Tail small = shortSide(family, mean);
   MixturePoint point = direct(small);
   if (small != which) {
     point.tail = point.tail < 0.7 ? 1.0 - point.tail : direct(which).tail;

@@ -300,10 +300,11 @@ double NoncentralStudentLaw::positiveDensity(double x, double delta, bool log) c
     return side.logScale() + std::log(sum);
   }
   if (log) {
-    return logBoth(Families(x, nu_), 0.5 * delta * delta, Tail::lower, &MixtureSums::density) -
+    return logBoth(Families(x, nu_), 0.5 * delta * delta, x > delta ? Tail::upper : Tail::lower,
+                   &MixtureSums::density) -
            std::log(x);
   }
-  return pointAt(x, delta, false).density;
+  return pointAt(x, delta, x > delta).density;
 }
 
 double NoncentralStudentLaw::tail(double x, Tail which) const {
