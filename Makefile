@@ -32,7 +32,10 @@ demo: packages
 	@cmake --build --preset release -j $(JOBS) --target vexel
 	@examples/demo build/bin/vexel
 
-check: build
+check:
+	@scripts/install-packages tests
+	@cmake --preset release >/dev/null
+	@cmake --build --preset release -j $(JOBS)
 	@ctest --test-dir build $(CTEST_FLAGS)
 
 asan: packages
