@@ -71,7 +71,7 @@ py::tuple tallyOf(py::handle object, py::handle weights, py::handle policy) {
   Input w(weights, "weights");
   const Data data = x.flat();
   const TallyOptions options{.weights = w.flat(), .missing = missingPolicy(policy)};
-  return byElement(x.element(), [&]<typename T>() {
+  return byElement(x.element(), [&]<typename T>() -> py::tuple {
     TallyResult<T> result;
     {
       const Work work(data.size());
