@@ -19,7 +19,7 @@ namespace {
 
 // Overwrites dead stack below the caller, where stale handles would keep objects alive.
 __attribute__((noinline)) void scrubStack() {
-  volatile char waste[16384];
+  volatile char waste[262144];
   for (volatile char& c : waste) {
     c = 0;
   }
@@ -247,6 +247,18 @@ __attribute__((noinline)) void makeTracked(State& state, Handles& root, int* mar
   VexelPointerSetDisposeFunction(&state, x, disposeTracked);
 }
 
+// Makes such an object, sees it kept, and lets go of it; in a frame of its own, so that no handle
+// stays behind in the caller's.
+__attribute__((noinline)) void holdAndRelease(Kernel& kernel, int* marks, int* disposals) {
+  State& state = *kernel.vector();
+  Handles root(state);
+  makeTracked(state, root, marks, disposals);
+  scrubStack();
+  kernel.collect();
+  EXPECT_GE(*marks, 1);
+  EXPECT_TRUE(is(tracked(&state, root[0]).held, Tag::list));
+}
+
 TEST(CorePointerTest, MarkRunsWhileReachableAndDisposeOnce) {
   int marks = 0;
   int disposals = 0;
@@ -256,15 +268,9 @@ TEST(CorePointerTest, MarkRunsWhileReachableAndDisposeOnce) {
     State& state = *kernel.vector();
     hookVector = &state;
     kernel.stress(true);
-    Handles root(state);
     Handles kept(state);
-    makeTracked(state, root, &marks, &disposals);
-    scrubStack();
-    kernel.collect();
-    EXPECT_GE(marks, 1);
-    EXPECT_TRUE(is(tracked(&state, root[0]).held, Tag::list));
+    holdAndRelease(kernel, &marks, &disposals);
     makeTracked(state, kept, &marks, &atTheEnd);
-    root[0] = nullptr;
     scrubStack();
     kernel.collect();
     kernel.collect();
