@@ -45,7 +45,7 @@ def in_kernel():
 
 LONG = [lambda: vx.bootstrap(np.arange(10_000.0), "median", rng=1, replicates=10**6),
         lambda: vx.bootstrap(np.arange(100.0), np.mean, rng=1, replicates=10**7),
-        lambda: vx.moving(np.random.default_rng(1).normal(size=3_000_000), 100_001, "median"),
+        lambda: vx.moving(np.random.default_rng(1).normal(size=30_000_000), 100_001, "median"),
         lambda: vx.StudentT(3.5).quantile(np.random.default_rng(1).uniform(size=30_000_000))]
 
 
