@@ -37,9 +37,11 @@ Turns& turns() {
 
 struct sigaction pythons {};
 
-void onInterrupt(int signal) {
+void onInterrupt(int signal, siginfo_t* info, void* context) {
   Kernel::interrupt();
-  if (pythons.sa_handler != SIG_DFL && pythons.sa_handler != SIG_IGN) {
+  if ((pythons.sa_flags & SA_SIGINFO) != 0) {
+    pythons.sa_sigaction(signal, info, context);
+  } else {
     pythons.sa_handler(signal);
   }
 }
@@ -75,15 +77,16 @@ InterruptWatch::InterruptWatch() {
     return;
   }
   struct sigaction mine {};
-  mine.sa_handler = onInterrupt;
+  mine.sa_sigaction = onInterrupt;
   sigemptyset(&mine.sa_mask);
   sigaction(SIGINT, nullptr, &before_);
-  if (before_.sa_handler == onInterrupt || before_.sa_handler == SIG_DFL ||
-      before_.sa_handler == SIG_IGN || (before_.sa_flags & SA_SIGINFO) != 0) {
+  const bool plain = (before_.sa_flags & SA_SIGINFO) == 0;
+  if ((plain && (before_.sa_handler == SIG_DFL || before_.sa_handler == SIG_IGN)) ||
+      (!plain && before_.sa_sigaction == onInterrupt)) {
     return;
   }
-  pythons = before_;
-  mine.sa_flags = before_.sa_flags;
+  pythons = before_;  // Python's, or that of a library which calls it
+  mine.sa_flags = before_.sa_flags | SA_SIGINFO;
   installed_ = sigaction(SIGINT, &mine, nullptr) == 0;
 }
 

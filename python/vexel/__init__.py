@@ -6,6 +6,8 @@ are NaN.  `help(vexel.quantile)` explains one; docs/python.md explains them toge
 
 from __future__ import annotations
 
+from typing import TYPE_CHECKING
+
 from ._distributions import (
     Bernoulli, Beta, Binomial, Cauchy, ChiSquare, DiscreteUniform, Empirical, Exponential,
     ExponentialPower, FRatio, Gamma, Geometric, Gumbel, Hypergeometric, InverseGaussian, Laplace,
@@ -29,9 +31,24 @@ from ._statistics import (
     winsorized_mean)
 from ._core import __version__
 
-__all__ = [name for name in globals() if not name.startswith("_") and name != "annotations"]
+__all__ = [
+    "Bernoulli", "Beta", "Binomial", "Cauchy", "ChiSquare", "Covariance", "CumulativeDistribution", "Density",
+    "DensityGrid", "DiscreteUniform", "Empirical", "Exponential", "ExponentialPower", "Extremes", "FRatio",
+    "Faure", "Gamma", "Geometric", "Gumbel", "Halton", "Histogram", "Hypergeometric", "InverseGaussian",
+    "Kernel", "KernelDensity", "KernelError", "Laplace", "LogNormal", "Logistic", "Maxwell", "Moments",
+    "Moyal", "NegativeBinomial", "NonCentralBeta", "NonCentralChiSquare", "NonCentralFRatio",
+    "NonCentralStudentT", "Normal", "Pareto", "Poisson", "Power", "Random", "Ranks", "Rayleigh", "RootError",
+    "Sobol", "StudentT", "Sums", "Tally", "Triangular", "Uniform", "Urn", "Weibull", "__version__", "argsort",
+    "autocorrelation", "bootstrap", "chi_square_test", "choice", "corr", "cov", "cumulative", "describe",
+    "filter", "find_integer", "find_root", "five_number", "frequency_table", "histogram", "iqr", "kde",
+    "ks_test", "kurtosis", "mean", "mean_absolute_deviation", "median", "median_absolute_deviation", "mode",
+    "moment", "moving", "normal_plot", "order_statistic", "permutation", "quantile", "rank", "shapiro",
+    "shuffle", "skewness", "sort", "std", "t_test", "tally", "trim", "trimmed_mean", "var", "winsorize",
+    "winsorized_mean",
+]
+if TYPE_CHECKING:
+    from ._kernel import Kernel, KernelError
 _lazy = {"Kernel": "_kernel", "KernelError": "_kernel"}
-__all__ += [*_lazy, "__version__"]
 
 
 def __getattr__(name: str) -> object:

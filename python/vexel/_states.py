@@ -178,7 +178,7 @@ class DensityGrid(_State, _core.DensityGrid):
     Examples
     --------
     >>> g = vx.DensityGrid((-5, 5), 1001).update([0, 1])
-    >>> g.density(1.0, "gaussian").shape, g.x[0]
+    >>> g.density(1.0, "gaussian").shape, float(g.x[0])
     ((1001,), -5.0)
     """
 

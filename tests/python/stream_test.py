@@ -27,8 +27,8 @@ def files(request, tmp_path):
         frame.to_parquet(path)
         return path, "x", "w"
     parts = [tmp_path / "a.csv", tmp_path / "b.csv"] if request.param == "two" else [path]
-    for part, rows in zip(parts, np.array_split(frame, len(parts))):
-        rows.to_csv(part, index=False)
+    for part, rows in zip(parts, np.array_split(np.arange(len(frame)), len(parts))):
+        frame.iloc[rows].to_csv(part, index=False)
     return parts, "x", "w"
 
 
