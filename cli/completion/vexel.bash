@@ -5,7 +5,7 @@ _vexel() {
     -e | --seed) return ;;
   esac
   if [[ $current == -* && $previous != --library ]]; then
-    mapfile -t COMPREPLY < <(compgen -W "-e -i -k --json --keep-going --seed --quiet --library --help --version" -- "$current")
+    mapfile -t COMPREPLY < <(compgen -W "-e -i -k --json --keep-going --seed --quiet --strict --library --help --version" -- "$current")
   else
     mapfile -t COMPREPLY < <(compgen -f -- "$current")
   fi
