@@ -1,25 +1,16 @@
 // Checks of what a law is made of and asked for.
 #include "functions/distributions/checks.hpp"
 
-#include <charconv>
 #include <stdexcept>
 #include <string>
 
+#include "functions/text.hpp"
+
 namespace vexel::detail {
-
-namespace {
-
-std::string text(double value) {
-  char digits[32];
-  const auto end = std::to_chars(digits, digits + sizeof digits, value);
-  return {digits, end.ptr};
-}
-
-}  // namespace
 
 void refuse(const char* law, const char* parameter, const char* allowed, double value) {
   throw std::domain_error(std::string(law) + ": " + parameter + " must be " + allowed + ", got " +
-                          text(value));
+                          number(value));
 }
 
 void requireExact(const char* law, const char* parameter, std::int64_t value) {

@@ -2,12 +2,12 @@
 #include "functions/distributions/observations.hpp"
 
 #include <algorithm>
-#include <charconv>
 #include <numeric>
 #include <stdexcept>
 #include <string>
 
 #include "functions/distributions/checks.hpp"
+#include "functions/text.hpp"
 
 namespace vexel::detail {
 
@@ -20,11 +20,8 @@ void requireWeightsSize(const char* function, const Data& weights, std::size_t s
 
 void requireWeight(const char* function, double weight) {
   if (!(weight >= 0.0) || std::isinf(weight)) {
-    char digits[32];
-    const auto end = std::to_chars(digits, digits + sizeof digits, weight);
     throw std::invalid_argument(std::string(function) +
-                                ": weights must be at least 0 and finite, got " +
-                                std::string(digits, end.ptr));
+                                ": weights must be at least 0 and finite, got " + number(weight));
   }
 }
 
