@@ -317,11 +317,7 @@ void refuseChoice(const char* parameter, py::handle came, const std::string& all
                         shortText(came) + " came");
 }
 
-Missing missingPolicy(py::handle object) {
-  static constexpr Choice<Missing> choices[] = {
-      {"propagate", Missing::propagate}, {"omit", Missing::omit}, {"raise", Missing::raise}};
-  return choose<Missing>(object, "nan_policy", choices);
-}
+Missing missingPolicy(py::handle object) { return choose<Missing>(object, "nan_policy"); }
 
 py::object pythonHelper(const char* name) {
   if (helperModule == nullptr) {

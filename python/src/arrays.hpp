@@ -18,6 +18,7 @@
 #include <utility>
 #include <vector>
 #include <vexel/data.hpp>
+#include <vexel/names.hpp>
 
 namespace vexel::python {
 
@@ -106,25 +107,20 @@ std::string shapeText(std::span<const py::ssize_t> shape);
 // A short repr of an object, for errors.
 std::string shortText(py::handle object);
 
-// One of a few names, as an option's value.
-template <typename E>
-struct Choice {
-  std::string_view name;
-  E value;
-};
+// One of the names of an option's values.
 [[noreturn]] void refuseChoice(const char* parameter, py::handle came, const std::string& allowed);
 std::string_view textOf(py::handle object);  // empty for what is no string
 
 template <typename E>
-E choose(py::handle object, const char* parameter, std::span<const Choice<E>> choices) {
+E choose(py::handle object, const char* parameter) {
   const std::string_view text = textOf(object);
-  for (const auto& c : choices) {
+  for (const auto& c : namesOf<E>) {
     if (c.name == text) {
       return c.value;
     }
   }
   std::string allowed;
-  for (const auto& c : choices) {
+  for (const auto& c : namesOf<E>) {
     allowed += (allowed.empty() ? "\"" : ", \"") + std::string(c.name) + "\"";
   }
   refuseChoice(parameter, object, allowed);

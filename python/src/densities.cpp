@@ -4,7 +4,6 @@
 
 #include "bindings.hpp"
 #include "calls.hpp"
-#include "choices.hpp"
 #include "laws.hpp"
 #include "random.hpp"
 
@@ -148,17 +147,15 @@ std::unique_ptr<OwnLawOf> cumulativeOf(py::handle f, py::handle support, py::han
 
 KernelDensity kdeOf(py::handle object, py::handle bandwidth, py::handle kernel, std::size_t points,
                     py::handle bounds, py::handle weights, py::handle policy) {
-  static constexpr Choice<BandwidthRule> rules[] = {{"silverman", BandwidthRule::silverman},
-                                                    {"scott", BandwidthRule::scott}};
   Input x(object, "x");
   Input w(weights, "weights");
   const Data data = x.flat();
   KdeOptions options{.weights = w.flat(),
-                     .kernel = choose<DensityKernel>(kernel, "kernel", densityKernels),
+                     .kernel = choose<DensityKernel>(kernel, "kernel"),
                      .points = points,
                      .missing = missingPolicy(policy)};
   if (PyUnicode_Check(bandwidth.ptr())) {
-    options.bandwidth = choose<BandwidthRule>(bandwidth, "bandwidth", rules);
+    options.bandwidth = choose<BandwidthRule>(bandwidth, "bandwidth");
   } else {
     options.bandwidth = bandwidth.cast<double>();
   }

@@ -51,14 +51,9 @@ py::array argsortOf(py::handle object, py::handle axis, py::handle policy, py::h
 
 py::array rankOf(py::handle object, py::handle method, py::handle axis, py::handle policy,
                  py::handle out, py::handle progress) {
-  static constexpr Choice<RankMethod> methods[] = {{"average", RankMethod::average},
-                                                   {"min", RankMethod::min},
-                                                   {"max", RankMethod::max},
-                                                   {"dense", RankMethod::dense},
-                                                   {"ordinal", RankMethod::ordinal}};
   Input x(object, "x");
   Input none(py::none(), "weights");
-  const RankOptions options{.method = choose<RankMethod>(method, "method", methods),
+  const RankOptions options{.method = choose<RankMethod>(method, "method"),
                             .missing = missingPolicy(policy)};
   return map(x, none, {axis, out, progress}, [&](const Data& lane, const Data&, void* to) {
     vexel::rank(lane, std::span(static_cast<double*>(to), lane.size()), options);
@@ -96,11 +91,7 @@ py::object modeOf(py::handle object, py::handle weights, py::handle policy, py::
 // A count, a rule's name or edges; the edges are kept by `place`.
 Bins readBins(py::handle bins, std::optional<Input>& place) {
   if (PyUnicode_Check(bins.ptr())) {
-    static constexpr Choice<BinRule> rules[] = {{"auto", BinRule::automatic},
-                                                {"fd", BinRule::fd},
-                                                {"scott", BinRule::scott},
-                                                {"sturges", BinRule::sturges}};
-    return choose<BinRule>(bins, "bins", rules);
+    return choose<BinRule>(bins, "bins");
   }
   if (PyIndex_Check(bins.ptr()) && !py::isinstance<py::array>(bins)) {
     return bins.cast<std::int64_t>();
@@ -163,13 +154,9 @@ py::tuple frequencyTableOf(py::handle object, py::handle bins, py::handle range,
 
 py::array cumulativeOf(py::handle object, py::handle kind, py::handle weights, py::handle policy,
                        py::handle axis, py::handle out) {
-  static constexpr Choice<Cumulative> kinds[] = {{"sum", Cumulative::sum},
-                                                 {"product", Cumulative::product},
-                                                 {"min", Cumulative::min},
-                                                 {"max", Cumulative::max}};
   Input x(object, "x");
   Input w(weights, "weights");
-  CumulativeOptions options{.kind = choose<Cumulative>(kind, "kind", kinds),
+  CumulativeOptions options{.kind = choose<Cumulative>(kind, "kind"),
                             .missing = missingPolicy(policy)};
   return map(x, w, {axis, out}, [&](const Data& lane, const Data& wl, void* to) {
     CumulativeOptions o = options;

@@ -4,7 +4,6 @@
 
 #include "bindings.hpp"
 #include "calls.hpp"
-#include "choices.hpp"
 
 namespace vexel::python {
 
@@ -264,21 +263,16 @@ py::capsule bitFunctionsOf(Random& rng) {
   });
 }
 
-constexpr Choice<BootstrapMethod> bootstrapMethods[] = {{"BCa", BootstrapMethod::BCa},
-                                                        {"percentile", BootstrapMethod::percentile},
-                                                        {"basic", BootstrapMethod::basic}};
-
 py::tuple bootstrapOf(py::handle object, py::handle statistic, std::size_t replicates,
                       double confidence, py::handle method, py::handle rng, py::handle policy,
                       py::handle progress) {
   Input x(object, "x");
   const Data data = x.vector();
   Generator generator(rng);
-  const BootstrapOptions options{
-      .replicates = replicates,
-      .confidence = confidence,
-      .method = choose<BootstrapMethod>(method, "method", bootstrapMethods),
-      .missing = missingPolicy(policy)};
+  const BootstrapOptions options{.replicates = replicates,
+                                 .confidence = confidence,
+                                 .method = choose<BootstrapMethod>(method, "method"),
+                                 .missing = missingPolicy(policy)};
   Bootstrap b;
   if (PyCallable_Check(statistic.ptr()) != 0) {
     const Work work(Work::keepLock, progress);
@@ -286,7 +280,7 @@ py::tuple bootstrapOf(py::handle object, py::handle statistic, std::size_t repli
         data, [&](std::span<const double> y) { return statistic(toArray(y)).cast<double>(); },
         *generator, options);
   } else {
-    const auto which = choose<Statistic>(statistic, "statistic", statistics);
+    const auto which = choose<Statistic>(statistic, "statistic");
     const Work work(data.size() * replicates, progress);
     b = vexel::bootstrap(data, which, *generator, options);
   }

@@ -17,9 +17,7 @@ Scramble readScramble(py::handle scramble) {
   if (scramble.ptr() == Py_True) {
     return Scramble::owen;
   }
-  static constexpr Choice<Scramble> kinds[] = {{"owen", Scramble::owen},
-                                               {"shift", Scramble::shift}};
-  return choose<Scramble>(scramble, "scramble", kinds);
+  return choose<Scramble>(scramble, "scramble");
 }
 
 // Degree, coefficients and integers of each dimension.

@@ -4,18 +4,10 @@
 
 #include "bindings.hpp"
 #include "calls.hpp"
-#include "choices.hpp"
 
 namespace vexel::python {
 
 namespace {
-
-constexpr Choice<Align> alignments[] = {
-    {"center", Align::center}, {"right", Align::right}, {"left", Align::left}};
-constexpr Choice<Edges> edgeRules[] = {{"shrink", Edges::shrink},
-                                       {"nan", Edges::nan},
-                                       {"reflect", Edges::reflect},
-                                       {"nearest", Edges::nearest}};
 
 py::array movingOf(py::handle object, std::int64_t window, py::handle statistic, py::handle q,
                    std::int64_t minCount, py::handle align, py::handle edges, py::handle weights,
@@ -29,8 +21,8 @@ py::array movingOf(py::handle object, std::int64_t window, py::handle statistic,
   }
   Input x(object, "x");
   Input w(weights, "weights");
-  const MovingOptions options{.align = choose<Align>(align, "align", alignments),
-                              .edges = choose<Edges>(edges, "edges", edgeRules),
+  const MovingOptions options{.align = choose<Align>(align, "align"),
+                              .edges = choose<Edges>(edges, "edges"),
                               .min_count = static_cast<std::size_t>(minCount),
                               .missing = missingPolicy(policy)};
   const auto size = static_cast<std::size_t>(window);
@@ -52,7 +44,7 @@ py::array movingOf(py::handle object, std::int64_t window, py::handle statistic,
   if (textOf(statistic) == "quantile") {
     return along(Quantile{q.cast<double>()});
   }
-  return along(choose<Statistic>(statistic, "statistic", statistics));
+  return along(choose<Statistic>(statistic, "statistic"));
 }
 
 py::array filterOf(py::handle object, py::handle taps, bool recursive, py::handle initial,

@@ -3,7 +3,6 @@
 
 #include "bindings.hpp"
 #include "calls.hpp"
-#include "choices.hpp"
 
 namespace vexel::python {
 
@@ -131,16 +130,14 @@ void bindStates(py::module_& m) {
       .def_property_readonly("x", [](const DensityGrid& s) { return adopt(s.x()); })
       .def("_density",
            [](const DensityGrid& s, double bandwidth, py::handle kernel) {
-             return adopt(
-                 s.density(bandwidth, choose<DensityKernel>(kernel, "kernel", densityKernels)));
+             return adopt(s.density(bandwidth, choose<DensityKernel>(kernel, "kernel")));
            })
       .def_property_readonly("weight", &DensityGrid::weight)
       .def_property_readonly("missing", &DensityGrid::missing);
   bindState<Ranks>(m, "Ranks")
       .def(py::init([](py::handle q, py::handle method, py::handle policy) {
         Input probabilities(q, "q");
-        return Ranks(probabilities.vector(),
-                     choose<QuantileMethod>(method, "method", quantileMethods),
+        return Ranks(probabilities.vector(), choose<QuantileMethod>(method, "method"),
                      missingPolicy(policy));
       }))
       .def("_update", &update<Ranks>)

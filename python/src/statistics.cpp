@@ -3,7 +3,6 @@
 
 #include "bindings.hpp"
 #include "calls.hpp"
-#include "choices.hpp"
 
 namespace vexel::python {
 
@@ -35,11 +34,7 @@ py::object reduction(py::handle object, const Common& c, F f) {
 
 py::object meanOf(py::handle x, py::handle kind, py::handle weights, py::handle policy,
                   py::handle axis, bool keepdims, py::handle out) {
-  static constexpr Choice<Mean> kinds[] = {{"arithmetic", Mean::arithmetic},
-                                           {"geometric", Mean::geometric},
-                                           {"harmonic", Mean::harmonic},
-                                           {"quadratic", Mean::quadratic}};
-  const Mean which = choose<Mean>(kind, "kind", kinds);
+  const Mean which = choose<Mean>(kind, "kind");
   return reduction(x, {weights, policy, axis, keepdims, out},
                    [=](const Data& d, const Data& w, Missing missing) {
                      return vexel::mean(d, {.weights = w, .kind = which, .missing = missing});
@@ -104,8 +99,7 @@ py::object shapeOf(py::handle x, bool bias, py::handle weights, py::handle polic
 
 py::object meanDeviationOf(py::handle x, py::handle center, py::handle weights, py::handle policy,
                            py::handle axis, bool keepdims, py::handle out) {
-  static constexpr Choice<Center> centers[] = {{"mean", Center::mean}, {"median", Center::median}};
-  const Center about = choose<Center>(center, "center", centers);
+  const Center about = choose<Center>(center, "center");
   return reduction(x, {weights, policy, axis, keepdims, out},
                    [=](const Data& d, const Data& w, Missing missing) {
                      return vexel::mean_absolute_deviation(
@@ -125,7 +119,7 @@ py::object medianDeviationOf(py::handle x, double scale, py::handle weights, py:
 py::object quantileOf(py::handle object, py::handle probabilities, py::handle method,
                       py::handle weights, py::handle policy, py::handle axis, bool keepdims,
                       py::handle out, py::handle progress) {
-  const auto definition = choose<QuantileMethod>(method, "method", quantileMethods);
+  const auto definition = choose<QuantileMethod>(method, "method");
   Input q(probabilities, "q");
   if (!q.given()) {
     throw py::type_error("q: a probability or an array of them is expected, None came");
@@ -161,7 +155,7 @@ py::object medianOf(py::handle x, py::handle weights, py::handle policy, py::han
 
 py::object iqrOf(py::handle x, py::handle method, py::handle weights, py::handle policy,
                  py::handle axis, bool keepdims, py::handle out) {
-  const auto definition = choose<QuantileMethod>(method, "method", quantileMethods);
+  const auto definition = choose<QuantileMethod>(method, "method");
   return reduction(x, {weights, policy, axis, keepdims, out},
                    [=](const Data& d, const Data& w, Missing missing) {
                      return vexel::iqr(d, {.weights = w, .method = definition, .missing = missing});
@@ -277,12 +271,9 @@ py::object covOf(py::handle x, py::handle y, double ddof, py::handle weights, py
 
 py::object corrOf(py::handle x, py::handle y, py::handle method, py::handle weights,
                   py::handle policy) {
-  static constexpr Choice<Correlation> methods[] = {{"pearson", Correlation::pearson},
-                                                    {"spearman", Correlation::spearman},
-                                                    {"kendall", Correlation::kendall}};
   Input w(weights, "weights");
   const CorrelationOptions options{.weights = w.vector(),
-                                   .method = choose<Correlation>(method, "method", methods),
+                                   .method = choose<Correlation>(method, "method"),
                                    .missing = missingPolicy(policy)};
   return ofPairs(
       x, y, [&](const Data& a, const Data& b) { return vexel::corr(a, b, options); },

@@ -241,11 +241,7 @@ std::string Call::word(std::string_view parameter, std::string_view fallback) {
   refuse(parameter, "a name");
 }
 
-Missing Call::missing(Missing fallback) {
-  static constexpr Choice<Missing> kChoices[] = {
-      {"propagate", Missing::propagate}, {"omit", Missing::omit}, {"raise", Missing::raise}};
-  return choice("missing", kChoices, fallback);
-}
+Missing Call::missing(Missing fallback) { return choice("missing", fallback); }
 
 Random& Call::random() {
   const ALGEB x = value("rng");

@@ -15,6 +15,7 @@
 #include <vector>
 #include <vexel/data.hpp>
 #include <vexel/interval.hpp>
+#include <vexel/names.hpp>
 
 #include "values/kernel_state.hpp"
 #include "values/objects.hpp"
@@ -49,12 +50,6 @@ struct Signature {
   std::vector<Parameter> parameters;
 };
 
-template <typename E>
-struct Choice {
-  std::string_view name;
-  E value;
-};
-
 class Call {
  public:
   // Binds arguments to parameters; raises for one too many, one missing, or a name that is none.
@@ -81,14 +76,14 @@ class Call {
   // The text of a name, a function's name or a string.
   std::string word(std::string_view parameter, std::string_view fallback = "");
 
-  template <typename E, std::size_t N>
-  E choice(std::string_view parameter, const Choice<E> (&choices)[N], E fallback) {
+  template <typename E>
+  E choice(std::string_view parameter, E fallback) {
     if (!given(parameter)) {
       return fallback;
     }
     const std::string wanted = word(parameter);
     std::string all;
-    for (const Choice<E>& c : choices) {
+    for (const NameOf<E>& c : namesOf<E>) {
       if (c.name == wanted) {
         return c.value;
       }

@@ -152,13 +152,9 @@ ALGEB draw(Call& call) {
 }
 
 ALGEB bootstrapOf(Call& call) {
-  static constexpr Choice<BootstrapMethod> kMethods[] = {
-      {"BCa", BootstrapMethod::BCa},
-      {"percentile", BootstrapMethod::percentile},
-      {"basic", BootstrapMethod::basic}};
   const BootstrapOptions options{.replicates = call.size("replicates", 9999),
                                  .confidence = call.number("confidence", 0.95),
-                                 .method = call.choice("method", kMethods, BootstrapMethod::BCa),
+                                 .method = call.choice("method", BootstrapMethod::BCa),
                                  .missing = call.missing()};
   const ALGEB statistic = call.value("statistic");
   State& state = call.state();
@@ -183,15 +179,12 @@ ALGEB bootstrapOf(Call& call) {
 
 // --- sequences
 
-constexpr Choice<Scramble> kScrambles[] = {
-    {"none", Scramble::none}, {"owen", Scramble::owen}, {"shift", Scramble::shift}};
-
 Scramble scrambleOf(Call& call) {
   const ALGEB x = call.value("scramble");
   if (x != nullptr && isBoolean(call.state(), x)) {
     return x == call.state().trueValue ? Scramble::owen : Scramble::none;
   }
-  return call.choice("scramble", kScrambles, Scramble::none);
+  return call.choice("scramble", Scramble::none);
 }
 
 template <typename S>

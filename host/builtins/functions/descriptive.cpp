@@ -13,25 +13,6 @@ namespace vexel {
 
 namespace {
 
-constexpr Choice<Mean> kMeans[] = {{"arithmetic", Mean::arithmetic},
-                                   {"geometric", Mean::geometric},
-                                   {"harmonic", Mean::harmonic},
-                                   {"quadratic", Mean::quadratic}};
-constexpr Choice<QuantileMethod> kQuantiles[] = {
-    {"inverted_cdf", QuantileMethod::inverted_cdf},
-    {"averaged_inverted_cdf", QuantileMethod::averaged_inverted_cdf},
-    {"closest_observation", QuantileMethod::closest_observation},
-    {"interpolated_inverted_cdf", QuantileMethod::interpolated_inverted_cdf},
-    {"hazen", QuantileMethod::hazen},
-    {"weibull", QuantileMethod::weibull},
-    {"linear", QuantileMethod::linear},
-    {"median_unbiased", QuantileMethod::median_unbiased},
-    {"normal_unbiased", QuantileMethod::normal_unbiased}};
-constexpr Choice<Center> kCenters[] = {{"mean", Center::mean}, {"median", Center::median}};
-constexpr Choice<Correlation> kCorrelations[] = {{"pearson", Correlation::pearson},
-                                                 {"spearman", Correlation::spearman},
-                                                 {"kendall", Correlation::kendall}};
-
 // A moment of a law, where x is one.
 ALGEB momentOfLaw(Call& call, LawMoment m) {
   const LawObject* const law = objectOf<LawObject>(call.value("x"));
@@ -43,7 +24,7 @@ ALGEB mean(Call& call) {
     return m;
   }
   return call.real(mean(call.data("x"), {.weights = call.data("weights"),
-                                         .kind = call.choice("kind", kMeans, Mean::arithmetic),
+                                         .kind = call.choice("kind", Mean::arithmetic),
                                          .missing = call.missing()}));
 }
 
@@ -112,10 +93,10 @@ ALGEB kurtosis(Call& call) {
 }
 
 ALGEB meanAbsoluteDeviation(Call& call) {
-  return call.real(mean_absolute_deviation(call.data("x"),
-                                           {.weights = call.data("weights"),
-                                            .center = call.choice("center", kCenters, Center::mean),
-                                            .missing = call.missing()}));
+  return call.real(
+      mean_absolute_deviation(call.data("x"), {.weights = call.data("weights"),
+                                               .center = call.choice("center", Center::mean),
+                                               .missing = call.missing()}));
 }
 
 ALGEB medianAbsoluteDeviation(Call& call) {
@@ -214,11 +195,10 @@ ALGEB covariance(Call& call) {
 }
 
 ALGEB correlation(Call& call) {
-  return pairOrMatrix<CorrelationOptions>(
-      call, corr, corr,
-      {.weights = call.data("weights"),
-       .method = call.choice("method", kCorrelations, Correlation::pearson),
-       .missing = call.missing()});
+  return pairOrMatrix<CorrelationOptions>(call, corr, corr,
+                                          {.weights = call.data("weights"),
+                                           .method = call.choice("method", Correlation::pearson),
+                                           .missing = call.missing()});
 }
 
 constexpr FunctionRow kRows[] = {
@@ -286,7 +266,7 @@ Cut cutOf(Call& call) {
 }
 
 QuantileMethod quantileMethodOf(Call& call) {
-  return call.choice("method", kQuantiles, QuantileMethod::linear);
+  return call.choice("method", QuantileMethod::linear);
 }
 
 void defineDescriptiveFunctions(State& state) { defineRows(state, kRows); }

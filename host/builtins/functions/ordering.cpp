@@ -19,38 +19,6 @@ namespace vexel {
 
 namespace {
 
-constexpr Choice<RankMethod> kRanks[] = {{"average", RankMethod::average},
-                                         {"min", RankMethod::min},
-                                         {"max", RankMethod::max},
-                                         {"dense", RankMethod::dense},
-                                         {"ordinal", RankMethod::ordinal}};
-constexpr Choice<BinRule> kBinRules[] = {{"auto", BinRule::automatic},
-                                         {"fd", BinRule::fd},
-                                         {"scott", BinRule::scott},
-                                         {"sturges", BinRule::sturges}};
-constexpr Choice<Cumulative> kCumulatives[] = {{"sum", Cumulative::sum},
-                                               {"product", Cumulative::product},
-                                               {"min", Cumulative::min},
-                                               {"max", Cumulative::max}};
-constexpr Choice<Align> kAligns[] = {
-    {"center", Align::center}, {"right", Align::right}, {"left", Align::left}};
-constexpr Choice<Edges> kEdges[] = {{"shrink", Edges::shrink},
-                                    {"nan", Edges::nan},
-                                    {"reflect", Edges::reflect},
-                                    {"nearest", Edges::nearest}};
-constexpr Choice<DensityKernel> kKernels[] = {{"gaussian", DensityKernel::gaussian},
-                                              {"epanechnikov", DensityKernel::epanechnikov},
-                                              {"rectangular", DensityKernel::rectangular},
-                                              {"triangular", DensityKernel::triangular},
-                                              {"biweight", DensityKernel::biweight}};
-constexpr Choice<BandwidthRule> kBandwidths[] = {{"silverman", BandwidthRule::silverman},
-                                                 {"scott", BandwidthRule::scott}};
-constexpr Choice<Statistic> kStatistics[] = {
-    {"mean", Statistic::mean}, {"median", Statistic::median},     {"std", Statistic::std},
-    {"var", Statistic::var},   {"min", Statistic::min},           {"max", Statistic::max},
-    {"sum", Statistic::sum},   {"skewness", Statistic::skewness}, {"kurtosis", Statistic::kurtosis},
-    {"iqr", Statistic::iqr}};
-
 // Lists, and arrays of host objects, of exact numbers are sorted exactly.
 bool isExactData(Call& call, const char* parameter, Handles& all) {
   const ALGEB x = call.value(parameter);
@@ -90,7 +58,7 @@ ALGEB argsort(Call& call) {
 
 ALGEB rank(Call& call) {
   return call.reals(
-      vexel::rank(call.data("x"), {.method = call.choice("method", kRanks, RankMethod::average),
+      vexel::rank(call.data("x"), {.method = call.choice("method", RankMethod::average),
                                    .missing = call.missing()}),
       call.value("x"));
 }
@@ -155,7 +123,7 @@ Bins binsOf(Call& call) {
   if (isContainer(bins)) {
     return call.data("bins");
   }
-  return call.choice("bins", kBinRules, BinRule::automatic);
+  return call.choice("bins", BinRule::automatic);
 }
 
 HistogramOptions histogramOptions(Call& call) {
@@ -182,11 +150,10 @@ ALGEB frequencyTable(Call& call) {
 }
 
 ALGEB cumulative(Call& call) {
-  return call.reals(
-      vexel::cumulative(call.data("x"), {.kind = call.choice("kind", kCumulatives, Cumulative::sum),
-                                         .weights = call.data("weights"),
-                                         .missing = call.missing()}),
-      call.value("x"));
+  return call.reals(vexel::cumulative(call.data("x"), {.kind = call.choice("kind", Cumulative::sum),
+                                                       .weights = call.data("weights"),
+                                                       .missing = call.missing()}),
+                    call.value("x"));
 }
 
 TrimOptions trimOptions(Call& call) {
@@ -207,8 +174,8 @@ ALGEB winsorize(Call& call) {
 
 ALGEB moving(Call& call) {
   const Data x = call.data("x");
-  const MovingOptions options{.align = call.choice("align", kAligns, Align::center),
-                              .edges = call.choice("edges", kEdges, Edges::shrink),
+  const MovingOptions options{.align = call.choice("align", Align::center),
+                              .edges = call.choice("edges", Edges::shrink),
                               .min_count = call.size("min_count", 1),
                               .weights = call.data("weights"),
                               .missing = call.missing()};
@@ -280,10 +247,9 @@ struct DensityObject final : Foreign {
 
 ALGEB kde(Call& call) {
   const ALGEB b = call.value("bandwidth");
-  const Bandwidth bandwidth =
-      b != nullptr && isReal(b)
-          ? Bandwidth(call.number("bandwidth"))
-          : Bandwidth(call.choice("bandwidth", kBandwidths, BandwidthRule::silverman));
+  const Bandwidth bandwidth = b != nullptr && isReal(b)
+                                  ? Bandwidth(call.number("bandwidth"))
+                                  : Bandwidth(call.choice("bandwidth", BandwidthRule::silverman));
   auto density = vexel::kde(call.data("x"), {.weights = call.data("weights"),
                                              .bandwidth = bandwidth,
                                              .kernel = densityKernelOf(call),
@@ -388,11 +354,9 @@ constexpr FunctionRow kRows[] = {
 
 }  // namespace
 
-Statistic statisticOf(Call& call) { return call.choice("statistic", kStatistics, Statistic::mean); }
+Statistic statisticOf(Call& call) { return call.choice("statistic", Statistic::mean); }
 
-DensityKernel densityKernelOf(Call& call) {
-  return call.choice("kernel", kKernels, DensityKernel::gaussian);
-}
+DensityKernel densityKernelOf(Call& call) { return call.choice("kernel", DensityKernel::gaussian); }
 
 void defineOrderFunctions(State& state) { defineRows(state, kRows); }
 
