@@ -6,6 +6,7 @@
 #   make bench     the measurements
 #   make bench-peers  the same jobs in R, SciPy, GSL and Boost: docs/performance.md
 #   make accuracy  error of every probability and quantile against high-precision references: docs/accuracy.md, docs/functions/accuracy.md
+#   make docs      the reference site, build/site/index.html: guide, Python, C++, language, entry points, with search
 #   make gallery   run the examples and write docs/gallery.md
 #   make tidy      clang-tidy over the product and its kernels; every finding is an error
 #   make format    format the sources; make format-check: fail where they are not
@@ -16,7 +17,7 @@ JOBS ?= $(shell nproc)
 CTEST_FLAGS ?= --output-on-failure -j $(JOBS)
 SOURCES = git ls-files '*.cpp' '*.hpp' '*.h'
 
-.PHONY: all packages build demo check asan bench bench-peers gallery accuracy tidy format format-check install clean
+.PHONY: all packages build demo check asan bench bench-peers docs gallery accuracy tidy format format-check install clean
 
 all: build
 
@@ -54,6 +55,12 @@ bench-peers:
 	@cmake --preset bench >/dev/null
 	@cmake --build --preset bench -j $(JOBS) --target peers
 	@scripts/bench-peers build-bench/bin/peers
+
+docs: build
+	@scripts/install-packages docs
+	@rm -rf build/pages build/site && mkdir -p build/pages
+	@PATH=/usr/bin:$$PATH sphinx-build -q -W --keep-going -b html -d build/doctrees -c docs/site build/pages build/site
+	@echo build/site/index.html
 
 gallery: build
 	@scripts/gallery build/bin/vexel

@@ -201,14 +201,16 @@ FiveNumber five_number(Data x, const WeightedOptions& options) {
     const double far = std::ceil(depth);
     center = interpolated((n - 1.0) * 0.5, n);
     return std::vector<Target>{kFirst,      {near},           {far},           center.low,
-                               center.high, {n - near, true}, {n - far, true}, kLast};
+                               center.high, {n + 1.0 - near}, {n + 1.0 - far}, kLast};
   });
   if (!values) {
     return {kNaN, kNaN, kNaN, kNaN, kNaN};
   }
   const std::vector<double>& v = *values;
-  return {v[0], between(v[1], v[2], 0.5), between(v[3], v[4], center.fraction),
-          between(v[6], v[5], 0.5), v[7]};
+  // In this order for any weights: points of weights below 1 may reach neither depth nor median.
+  const double median = between(v[3], v[4], center.fraction);
+  return {v[0], std::min(between(v[1], v[2], 0.5), median), median,
+          std::max(between(v[6], v[5], 0.5), median), v[7]};
 }
 
 }  // namespace vexel

@@ -495,6 +495,8 @@ TEST(Quantile, RisesWithQForAnyWeights) {
           vexel::quantile(x, q, {.weights = w, .method = static_cast<QuantileMethod>(method)});
       EXPECT_TRUE(std::is_sorted(v.begin(), v.end())) << method << " " << scale;
     }
+    const auto [min, low, median, high, max] = vexel::five_number(x, {.weights = w});
+    EXPECT_TRUE(min <= low && low <= median && median <= high && high <= max) << scale;
   }
 }
 

@@ -36,7 +36,10 @@ def test_surface():
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 
 
-@pytest.mark.parametrize("page", ["python.md", "from-scipy.md"])
+PAGES = ["python.md", "from-scipy.md", *(f"guide/{p.name}" for p in (ROOT / "docs/guide").glob("*.md") if p.name != "README.md")]
+
+
+@pytest.mark.parametrize("page", PAGES)
 def test_pages(page, monkeypatch):
     monkeypatch.chdir(ROOT)
     result = doctest.testfile(str(ROOT / "docs" / page), module_relative=False, globs={"vx": vx, "np": np},
