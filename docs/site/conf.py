@@ -118,7 +118,7 @@ def write_index():
           tree("Python", ["python", *python_pages()]) +
           tree("C++", [*pages_of("functions", "statistics", "distributions"), *header_pages()]) +
           tree("Language and entry points", ["command", *pages_of("reference", "README", "tasks", "language"), "gallery"]) +
-          tree("The project", ["architecture", "accuracy", "performance", "reliability", "beyond-one-machine", "embedding",
+          tree("The project", ["architecture", "comparison", "accuracy", "performance", "reliability", "beyond-one-machine", "embedding",
                                "host-interface"]))
 
 
