@@ -19,6 +19,7 @@
 #include "options.hpp"
 #include "prompt.hpp"
 #include "runner.hpp"
+#include "stream/command.hpp"
 
 namespace {
 
@@ -73,6 +74,9 @@ void catchInterrupts() {
 }  // namespace
 
 int main(int argc, char** argv) {
+  if (const std::optional<int> status = runStreamCommand(argc, argv)) {
+    return *status;
+  }
   Options options;
   if (const std::optional<int> status = readCommandLine(argc, argv, options)) {
     return *status;

@@ -45,6 +45,7 @@ std::optional<int> readCommandLine(int argc, char** argv, Options& options) {
   CLI::App app("Runs scripts of the Vexel language with the statistics library loaded.", "vexel");
   app.footer(
       "Without a FILE or -e: standard input, or a prompt on a terminal.\n"
+      "Large files: vexel describe, vexel quantile, vexel tally; each has its --help.\n"
       "Exit status: 0 success, 1 a statement failed, 2 bad command line or unreadable file.");
   app.set_help_flag("-h,--help", "print this help and exit");
   app.set_version_flag("--version", "vexel " VEXEL_VERSION, "print the version and exit");

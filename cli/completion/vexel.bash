@@ -1,13 +1,26 @@
 # bash completion for vexel
 _vexel() {
-  local current=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]}
-  case $previous in
-    -e | --seed) return ;;
+  local current=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]} command=${COMP_WORDS[1]}
+  local options="-e -i -k --json --keep-going --seed --quiet --strict --library --help --version"
+  case $command in
+    describe | tally | quantile)
+      options="-c --column -w --weights --missing --na --rows --state --stop-after --json --quiet --help"
+      [[ $command == quantile ]] && options+=" -q --method"
+      ;;
   esac
-  if [[ $current == -* && $previous != --library ]]; then
-    mapfile -t COMPREPLY < <(compgen -W "-e -i -k --json --keep-going --seed --quiet --strict --library --help --version" -- "$current")
+  case $previous in
+    --missing) mapfile -t COMPREPLY < <(compgen -W "omit propagate raise" -- "$current"); return ;;
+    --method)
+      mapfile -t COMPREPLY < <(compgen -W "linear inverted_cdf averaged_inverted_cdf closest_observation interpolated_inverted_cdf hazen weibull median_unbiased normal_unbiased" -- "$current")
+      return
+      ;;
+    -e | --seed | -c | --column | -w | --weights | -q | --na | --rows | --stop-after) return ;;
+  esac
+  if [[ $current == -* && $previous != --library && $previous != --state ]]; then
+    mapfile -t COMPREPLY < <(compgen -W "$options" -- "$current")
   else
     mapfile -t COMPREPLY < <(compgen -f -- "$current")
+    ((COMP_CWORD == 1)) && mapfile -t -O "${#COMPREPLY[@]}" COMPREPLY < <(compgen -W "describe quantile tally" -- "$current")
   fi
 }
 complete -o filenames -F _vexel vexel

@@ -3,11 +3,7 @@
 #include <csv.h>
 
 #include <algorithm>
-#include <charconv>
-#include <cmath>
 #include <cstdio>
-#include <iterator>
-#include <limits>
 #include <map>
 #include <memory>
 #include <span>
@@ -15,6 +11,7 @@
 #include <vector>
 
 #include "builtins/builtins.hpp"
+#include "kernels/cell_number.hpp"
 #include "values/arrays.hpp"
 #include "values/errors.hpp"
 #include "values/numbers.hpp"
@@ -109,42 +106,8 @@ std::vector<Row> readRows(State& s, ALGEB name) {
   return std::move(reader.rows);
 }
 
-std::string_view trimmed(std::string_view cell) {
-  const std::size_t from = cell.find_first_not_of(" \t");
-  return from == std::string_view::npos
-             ? std::string_view()
-             : cell.substr(from, cell.find_last_not_of(" \t") - from + 1);
-}
-
-// What programs write for a missing number.
-bool isMissing(std::string_view cell) {
-  constexpr std::string_view kMissing[] = {"", "na", "n/a", "nan", ".", "null"};
-  std::string lower(cell);
-  std::transform(lower.begin(), lower.end(), lower.begin(),
-                 [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; });
-  return std::find(std::begin(kMissing), std::end(kMissing), lower) != std::end(kMissing);
-}
-
-// The number in a cell; some texts are missing ones.  False for anything else.
-bool cellNumber(std::string_view cell, double& value) {
-  cell = trimmed(cell);
-  value = std::numeric_limits<double>::quiet_NaN();
-  if (cell.size() <= 4 && isMissing(cell)) {
-    return true;
-  }
-  if (cell.front() == '+') {
-    cell.remove_prefix(1);
-  }
-  const auto [end, error] = std::from_chars(cell.data(), cell.data() + cell.size(), value);
-  if (end != cell.data() + cell.size()) {
-    return false;
-  }
-  if (error == std::errc::result_out_of_range) {
-    // from_chars leaves the value alone: too large and too small look the same to it.
-    value = std::strtod(std::string(cell).c_str(), nullptr);
-  }
-  return error != std::errc::invalid_argument;
-}
+using kernels::cellNumber;
+using kernels::trimmed;
 
 ALGEB floatVector(State& s, const std::vector<double>& values) {
   RTableSettings settings{};

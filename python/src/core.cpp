@@ -3,6 +3,8 @@
 #include <pybind11/pybind11.h>
 
 #include <exception>
+#include <stdexcept>
+#include <string>
 #include <vexel/interruption.hpp>
 
 #include "arrays.hpp"
@@ -13,9 +15,23 @@ namespace vexel::python {
 
 namespace {
 
+// pybind11 before 2.12 reads the types of arrays as NumPy 1 lays them out in memory: with NumPy 2
+// every size of an element would be wrong.
+void requireNumpyOfPybind() {
+#if PYBIND11_VERSION_HEX < 0x020C0000
+  const auto version = py::module_::import("numpy").attr("__version__").cast<std::string>();
+  if (!version.starts_with("1.")) {
+    throw std::runtime_error(
+        "this build of vexel serves NumPy 1, because pybind11 was older than 2.12; NumPy " +
+        version + " is installed: build with a newer pybind11 (pip install . does)");
+  }
+#endif
+}
+
 int fill(PyObject* object) noexcept {
   try {
     auto m = py::reinterpret_borrow<py::module_>(object);
+    requireNumpyOfPybind();
     py::options options;
     options.disable_function_signatures();
     py::register_exception_translator([](std::exception_ptr p) {

@@ -5,8 +5,9 @@ the same bits whatever the size of the pieces.  `describe` and `quantile` read t
 `tally` once, `histogram` once to five times by its bins.
 
 With `state=` a file takes the state of the work every few seconds; the same call goes on from there
-after a crash or an interruption, and removes the file when it is done.  Parquet needs PyArrow, CSV
-pandas.  `python3 -m vexel.stream describe FILE...` is a command of it; `--help` tells more.
+after a crash or an interruption, and removes the file when it is done.  The command `vexel describe
+FILE...` reads and writes the same, so that each can go on with the other's work.  Parquet needs
+PyArrow, CSV pandas.  `python3 -m vexel.stream describe FILE...` is a command of it; `--help` tells more.
 
 Examples
 --------
@@ -19,17 +20,15 @@ array([100., 500.])
 
 from __future__ import annotations
 
-import hashlib
-import io
+import itertools
 import os
-import pickle
 import time
-from collections.abc import Iterator
+from collections.abc import Iterable, Iterator
 from typing import TYPE_CHECKING, Any
 
 import numpy as np
 
-from . import _core, _passes
+from . import _passes, _states
 from ._progress import reporter
 from ._results import Description, HistogramResult, TallyResult
 
@@ -38,57 +37,76 @@ if TYPE_CHECKING:
 
 __all__ = ["describe", "histogram", "pieces", "quantile", "tally"]
 
-_header = b"vexel stream 1\n"
+_magic = b"vexel stream 2\n"
 _every = 5.0  # seconds between two saved states
 
+# What every reader of the library takes for a missing number, beyond what pandas does.
+_missing = [".", *("".join(letters) for text in ("na", "n/a", "nan", "null")
+                   for letters in itertools.product(*((c, c.upper()) if c.isalpha() else (c,) for c in text)))]
 
-def _chosen(names: list[Any], column: Any, path: str) -> Any:
+
+def _chosen(names: list[str] | int, column: Any, path: str) -> int:
+    """The position of a column among names, or among so many without names."""
+    count, known = (names, []) if isinstance(names, int) else (len(names), names)
+    if column is None and count == 1:
+        return 0
+    if isinstance(column, str) and column in known:
+        return known.index(column)
+    if isinstance(column, (int, np.integer)) and 0 <= column < count:
+        return int(column)
+    shown = ", ".join(known[:8]) + (", ..." if count > 8 else "") if known else f"columns 0 to {count - 1}"
     if column is None:
-        if len(names) != 1:
-            shown = ", ".join(map(str, names[:8])) + (", ..." if len(names) > 8 else "")
-            raise ValueError(f"column: one has to be chosen of {path}, which has {shown}")
-        return names[0]
-    if column not in names:
-        raise ValueError(f"column: {path} has none that is called {column!r}")
-    return column
+        raise ValueError(f"column: one has to be chosen of {path}, which has {shown}")
+    raise ValueError(f"column: {path} has no {column!r}, it has {shown}")
 
 
-def _csv(path: str, wanted: list[Any], rows: int) -> Iterator[tuple[list[Any], float]]:
-    import pandas
+class _Csv:
+    def __init__(self, path: str) -> None:
+        import pandas
 
-    names = list(pandas.read_csv(path, nrows=0).columns)
-    use = [_chosen(names, c, path) for c in wanted]
-    size = max(os.path.getsize(path), 1)
-    with open(path, "rb") as file:
-        # Not the default parser of numbers, which does not round them correctly.
-        for frame in pandas.read_csv(file, usecols=list(dict.fromkeys(use)), chunksize=rows, dtype=np.float64,
-                                     float_precision="round_trip"):
-            yield [frame[c].to_numpy() for c in use], file.tell() / size
+        self.path, self.pandas = path, pandas
+        self.names: list[str] | int = [str(n).strip() for n in pandas.read_csv(path, nrows=0, index_col=False).columns]
 
-
-def _npy(path: str, wanted: list[Any], rows: int) -> Iterator[tuple[list[Any], float]]:
-    data = np.load(path, mmap_mode="r", allow_pickle=False)
-    if data.ndim not in (1, 2):
-        raise ValueError(f"{path}: one or two dimensions are allowed, {data.ndim} came")
-    use = [_chosen(list(range(1 if data.ndim == 1 else data.shape[1])), c, path) for c in wanted]
-    for start in range(0, len(data), rows):
-        part = data[start:start + rows]
-        yield ([np.array(part if data.ndim == 1 else part[:, c]) for c in use],
-               (start + len(part)) / len(data))
+    def pieces(self, use: list[int], rows: int, na: list[str]) -> Iterator[tuple[list[Any], float]]:
+        size = max(os.path.getsize(self.path), 1)
+        columns = sorted(set(use))
+        with open(self.path, "rb") as file:
+            # Not the default parser of numbers, which does not round them correctly.
+            for frame in self.pandas.read_csv(file, usecols=columns, chunksize=rows, dtype=np.float64, index_col=False,
+                                              float_precision="round_trip", na_values=_missing + na):
+                yield [frame.iloc[:, columns.index(c)].to_numpy() for c in use], file.tell() / size
 
 
-def _parquet(path: str, wanted: list[Any], rows: int) -> Iterator[tuple[list[Any], float]]:
-    import pyarrow.parquet
+class _Npy:
+    def __init__(self, path: str) -> None:
+        self.data = np.load(path, mmap_mode="r", allow_pickle=False)
+        if self.data.ndim not in (1, 2):
+            raise ValueError(f"{path}: one or two dimensions are allowed, {self.data.ndim} came")
+        self.names: list[str] | int = 1 if self.data.ndim == 1 else self.data.shape[1]
 
-    file = pyarrow.parquet.ParquetFile(path)
-    use = [_chosen(file.schema_arrow.names, c, path) for c in wanted]
-    done, total = 0, max(file.metadata.num_rows, 1)
-    for batch in file.iter_batches(batch_size=rows, columns=list(dict.fromkeys(use))):
-        done += batch.num_rows
-        yield [batch.column(batch.schema.get_field_index(c)) for c in use], done / total
+    def pieces(self, use: list[int], rows: int, na: list[str]) -> Iterator[tuple[list[Any], float]]:
+        for start in range(0, len(self.data), rows):
+            part = self.data[start:start + rows]
+            yield ([np.array(part if self.data.ndim == 1 else part[:, c]) for c in use],
+                   (start + len(part)) / len(self.data))
 
 
-_readers = {".csv": _csv, ".npy": _npy, ".parquet": _parquet, ".pq": _parquet}
+class _Parquet:
+    def __init__(self, path: str) -> None:
+        import pyarrow.parquet
+
+        self.file = pyarrow.parquet.ParquetFile(path)
+        self.names: list[str] | int = list(self.file.schema_arrow.names)
+
+    def pieces(self, use: list[int], rows: int, na: list[str]) -> Iterator[tuple[list[Any], float]]:
+        names = [self.file.schema_arrow.names[c] for c in use]
+        done, total = 0, max(self.file.metadata.num_rows, 1)
+        for batch in self.file.iter_batches(batch_size=rows, columns=list(dict.fromkeys(names))):
+            done += batch.num_rows
+            yield [batch.column(batch.schema.get_field_index(n)) for n in names], done / total
+
+
+_readers: dict[str, Any] = {".csv": _Csv, ".npy": _Npy, ".parquet": _Parquet, ".pq": _Parquet}
 
 
 def _reader(path: str) -> Any:
@@ -106,7 +124,13 @@ def _paths(files: Any) -> list[str]:
     return paths
 
 
-def pieces(files: Any, *, column: Any = None, weights: Any = None,
+def _uses(path: str, column: Any, weights: Any) -> tuple[Any, list[int]]:
+    """A reader of the file and the positions of the columns."""
+    reader = _reader(path)(path)
+    return reader, [_chosen(reader.names, c, path) for c in ([column] if weights is None else [column, weights])]
+
+
+def pieces(files: Any, *, column: Any = None, weights: Any = None, na: Iterable[str] = (),
            rows: int = 1 << 20) -> Iterator[tuple[Any, Any, float]]:
     """The pieces of files: data, weights or None, the share of the files that is read.
 
@@ -115,91 +139,143 @@ def pieces(files: Any, *, column: Any = None, weights: Any = None,
     files : path or list of paths
         .csv (with a line of names), .npy, .parquet.
     column : str or int, optional
-        A name, of .npy a number from 0; not needed where there is one only.
+        A name or a number from 0; not needed where there is one only.
     weights : str or int, optional
         The column of weights.
+    na : list of str, optional
+        Further texts of missing cells in CSV files.
     rows : int
         In a piece.
     """
     if rows < 1:
         raise ValueError(f"rows: from 1 is allowed, {rows} came")
-    paths = _paths(files)
-    wanted = [column] if weights is None else [column, weights]
+    paths, texts = _paths(files), list(na)
     for number, path in enumerate(paths):
-        for found, share in _reader(path)(path, wanted, rows):
-            yield found[0], found[1] if weights is not None else None, (number + share) / len(paths)
+        reader, use = _uses(path, column, weights)
+        for found, share in reader.pieces(use, rows, texts):
+            if len(found[0]):
+                yield found[0], found[1] if weights is not None else None, (number + share) / len(paths)
 
 
-class _Unpickler(pickle.Unpickler):
-    def find_class(self, module: str, name: str) -> Any:
-        if module in (f"{__package__}._states", f"{__package__}._passes"):
-            return super().find_class(module, name)
-        raise pickle.UnpicklingError(f"{module}.{name} is no part of a state")
+_kinds: dict[bytes, Any] = {b"mome": _states.Moments, b"extr": _states.Extremes, b"rank": _states.Ranks,
+                            b"taly": _states.Tally, b"hist": _states.Histogram}
 
 
-def _save(path: str, work: Any) -> None:
-    body = pickle.dumps(work, protocol=4)
+def _check(text: bytes) -> bytes:
+    """FNV-1a, as the states have it."""
+    value = 0xCBF29CE484222325
+    for byte in text:
+        value = (value ^ byte) * 0x100000001B3 & 0xFFFFFFFFFFFFFFFF
+    return b"check %016x\n" % value
+
+
+def _parts(kept: Any, current: Any) -> list[Any]:
+    """The states of a pass: what is kept of earlier ones, and what takes the data."""
+    return list(current.states) if isinstance(current, _passes.Several) else [*(kept or ()), current]
+
+
+def _save(path: str, task: bytes, number: int, done: int, kept: Any, current: Any) -> None:
+    # Lines of text and the bytes of the states, as the command has them (cli/stream/state_file.hpp).
+    states = [part.to_bytes() for part in _parts(kept, current)]
+    sizes = "".join(f" {len(state)}" for state in states)
+    head = _magic + task + f"pass {number + 1}\npiece {done}\nstates{sizes}\n".encode()
     with open(path + ".new", "wb") as file:
-        file.write(_header + hashlib.sha256(body).digest() + body)
+        file.write(head + _check(head) + b"".join(states))
     os.replace(path + ".new", path)
 
 
-def _load(path: str, task: str) -> Any:
+def _load(path: str, task: bytes) -> tuple[int, int, Any, Any]:
     with open(path, "rb") as file:
         data = file.read()
-    digest, body = data[len(_header):len(_header) + 32], data[len(_header) + 32:]
-    if not data.startswith(_header) or hashlib.sha256(body).digest() != digest:
-        raise ValueError(f"state: {path} is damaged, or of another version")
-    try:
-        found, *work = _Unpickler(io.BytesIO(body)).load()
-    except pickle.UnpicklingError as error:
-        raise ValueError(f"state: {path}: {error}") from None
-    if found != task:
+    damaged = f"state: {path} is damaged, or of another version"
+    at = data.find(b"\ncheck ") + 1
+    head, check, rest = data[:at], data[at:at + 23], data[at + 23:]
+    if not data.startswith(_magic) or not at or check != _check(head):
+        raise ValueError(damaged)
+    if not head.startswith(_magic + task + b"pass "):
         raise ValueError(f"state: {path} is of other work, or the files have changed")
-    return work
+    (_, number), (_, done), (_, *sizes) = (line.split() for line in head[len(_magic + task):].splitlines())
+    parts = []
+    for size in map(int, sizes):
+        part, rest = rest[:size], rest[size:]
+        if len(part) != size or part[4:8] not in _kinds:
+            raise ValueError(damaged)
+        try:
+            parts.append(_kinds[part[4:8]].from_bytes(part))
+        except ValueError as error:
+            raise ValueError(f"state: {path}: {error}") from None
+    if rest or not parts:
+        raise ValueError(damaged)
+    if number == b"1":
+        return 0, int(done), None, parts[0] if len(parts) == 1 else _passes.Several(*parts)
+    return int(number) - 1, int(done), tuple(parts[:-1]) or None, parts[-1]
 
 
-def _run(job: Any, files: Any, column: Any, weights: Any, rows: int, state: Any, progress: Progress) -> Any:
-    paths = _paths(files)
-    marks = [(os.path.abspath(p), os.path.getsize(p), os.stat(p).st_mtime_ns) for p in paths]
-    described = sorted((k, v.tobytes() if isinstance(v, np.ndarray) else str(v)) for k, v in job.__dict__.items()
-                       if not callable(v))
-    task = repr((_core.__version__, type(job).__name__, described, marks, column, weights, rows))
+def _escaped(text: str) -> bytes:
+    return os.fsencode(text).replace(b"\\", b"\\\\").replace(b"\n", b"\\n")
+
+
+def _bits(values: Any) -> str:
+    return "".join(f" {bits:016x}" for bits in np.asarray(values, dtype=np.float64).ravel().view(np.uint64).tolist())
+
+
+def _task(what: str, paths: list[str], column: Any, weights: Any, na: list[str], rows: int) -> bytes:
+    """Lines that tell this work from other work: what is done, with files untouched since."""
+    lines = [what.encode(), b"rows %d" % rows, *(b"na " + _escaped(text) for text in na)]
+    for path in paths:
+        _, use = _uses(path, column, weights)
+        status = os.stat(path)
+        second = str(use[1]) if len(use) == 2 else "-"
+        lines.append(f"file {status.st_size} {status.st_mtime_ns} {use[0]} {second} ".encode()
+                     + _escaped(os.path.abspath(path)))
+    return b"\n".join(lines) + b"\n"
+
+
+def _run(what: str, job: Any, files: Any, state: Any, progress: Progress, *, column: Any, weights: Any,
+         na: Iterable[str], rows: int) -> Any:
+    paths, na = _paths(files), sorted(na)
     report = reporter(progress)
-    state = None if state is None else os.fspath(state)
     first, done, kept, current = 0, 0, None, job.begin()
-    if state is not None and os.path.exists(state):
-        first, done, kept, current = _load(state, task)
-    saved = time.monotonic()
+    if state is not None:
+        state = os.fspath(state)
+        task = _task(what, paths, column, weights, na, rows)
+        if os.path.exists(state):
+            first, done, kept, current = _load(state, task)
+    saved, zeros = time.monotonic(), False
     for number in range(first, job.passes):
-        for at, (x, w, share) in enumerate(pieces(paths, column=column, weights=weights, rows=rows)):
+        for at, (x, w, share) in enumerate(pieces(paths, column=column, weights=weights, na=na, rows=rows)):
             if at < done:
                 continue
             try:
                 current.update(x, w)
             except (TypeError, ValueError) as error:
                 raise type(error)(f"piece {at} of {rows} rows: {error}") from None
+            zeros = zeros or w is not None and bool(np.any((np.asarray(w) == 0) & ~np.isnan(np.asarray(x, float))))
             if state is not None and time.monotonic() - saved > _every:
-                _save(state, (task, number, at + 1, kept, current))
+                _save(state, task, number, at + 1, kept, current)
                 saved = time.monotonic()
             if report is not None:
                 report((number + share) / job.passes)
         done = 0
         if number + 1 < job.passes:
             kept, current = job.advance(kept, current)
+    weighed = [part.weight for part in _parts(kept, current) if hasattr(part, "weight")]
+    if zeros and weighed and weighed[0] == 0:
+        raise ValueError("weights: their total must be positive, it is 0")
     result = job.finish(kept, current)
     if state is not None and os.path.exists(state):
         os.remove(state)
     return result
 
 
-def describe(files: Any, *, column: Any = None, weights: Any = None, nan_policy: NanPolicy = "omit",
-             rows: int = 1 << 20, state: Any = None, progress: Progress = None) -> Description:
+def describe(files: Any, *, column: Any = None, weights: Any = None, na: Iterable[str] = (),
+             nan_policy: NanPolicy = "omit", rows: int = 1 << 20, state: Any = None,
+             progress: Progress = None) -> Description:
     """The usual statistics of files; as `vexel.describe`.
 
     Parameters
     ----------
-    files, column, weights, rows
+    files, column, weights, na, rows
         As in `pieces`.
     nan_policy : {"omit", "propagate", "raise"}
         Missing values (empty cells, nulls) are left out and counted, unless told otherwise.
@@ -208,28 +284,34 @@ def describe(files: Any, *, column: Any = None, weights: Any = None, nan_policy:
     progress : callable or bool, optional
         Told the share done, 0 to 1; True shows a bar where tqdm is installed.
     """
-    return _run(_passes.DescribeJob(nan_policy), files, column, weights, rows, state, progress)
+    return _run(f"describe {nan_policy}", _passes.DescribeJob(nan_policy), files, state, progress,
+                column=column, weights=weights, na=na, rows=rows)
 
 
 def quantile(files: Any, q: Any, *, method: QuantileMethod = "linear", column: Any = None, weights: Any = None,
-             nan_policy: NanPolicy = "propagate", rows: int = 1 << 20, state: Any = None,
+             na: Iterable[str] = (), nan_policy: NanPolicy = "propagate", rows: int = 1 << 20, state: Any = None,
              progress: Progress = None) -> Any:
     """Exact quantiles of files, up to 250; as `vexel.quantile`, the rest as in `describe`."""
-    return _run(_passes.QuantileJob(q, method, nan_policy), files, column, weights, rows, state, progress)
+    return _run(f"quantile {nan_policy} {method}{_bits(q)}", _passes.QuantileJob(q, method, nan_policy), files,
+                state, progress, column=column, weights=weights, na=na, rows=rows)
 
 
-def tally(files: Any, *, column: Any = None, weights: Any = None, nan_policy: NanPolicy = "propagate",
-          rows: int = 1 << 20, state: Any = None, progress: Progress = None) -> TallyResult:
+def tally(files: Any, *, column: Any = None, weights: Any = None, na: Iterable[str] = (),
+          nan_policy: NanPolicy = "propagate", rows: int = 1 << 20, state: Any = None,
+          progress: Progress = None) -> TallyResult:
     """Distinct values of files and their counts; memory goes by distinct values.  As `vexel.tally`."""
-    return _run(_passes.tally_job(nan_policy), files, column, weights, rows, state, progress)
+    return _run(f"tally {nan_policy}", _passes.tally_job(nan_policy), files, state, progress,
+                column=column, weights=weights, na=na, rows=rows)
 
 
 def histogram(files: Any, bins: Any = "auto", *, range: Any = None, density: bool = False, column: Any = None,
-              weights: Any = None, nan_policy: NanPolicy = "propagate", rows: int = 1 << 20,
+              weights: Any = None, na: Iterable[str] = (), nan_policy: NanPolicy = "propagate", rows: int = 1 << 20,
               state: Any = None, progress: Progress = None) -> HistogramResult:
     """Counts in bins of files; as `vexel.histogram`, the rest as in `describe`."""
     job = _passes.HistogramJob(bins, range, density, nan_policy)
-    return _run(job, files, column, weights, rows, state, progress)
+    between = "" if range is None else " range" + _bits(range)
+    return _run(f"histogram {nan_policy} {bins if np.ndim(bins) == 0 else 'edges' + _bits(bins)}{between}", job, files,
+                state, progress, column=column, weights=weights, na=na, rows=rows)
 
 
 def _main() -> None:
@@ -240,7 +322,7 @@ def _main() -> None:
     options.add_argument("files", nargs="+", help=".csv, .npy or .parquet")
     options.add_argument("-q", type=float, nargs="+", default=[0.25, 0.5, 0.75], help="probabilities of quantile")
     options.add_argument("--bins", default="auto", help="of histogram: their number or a rule")
-    options.add_argument("--column", help="a name, of .npy a number from 0")
+    options.add_argument("--column", help="a name, or a number from 0 of .npy")
     options.add_argument("--weights", help="the column of weights")
     options.add_argument("--missing", choices=["omit", "propagate", "raise"], default="omit")
     options.add_argument("--rows", type=int, default=1 << 20, help="in a piece")

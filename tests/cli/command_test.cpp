@@ -76,6 +76,65 @@ TEST_F(CommandTest, RunsFilesTextsAndStandardInputInOrder) {
   EXPECT_EQ(run("-e '-7;'").out, "-7\n");
 }
 
+// tests/python/stream_test.py compares the numbers and the states.
+TEST_F(CommandTest, LargeFilesAreReadInPieces) {
+  const std::string csv =
+      file("d.csv",
+           "\xEF\xBB\xBFx, \"w, eight\" ,name\r\n2,1,a\n\n+1e0,3,\"b\"\"c\"\nNA,1,d\n 5 ,?,e\n7\n");
+  EXPECT_EQ(run("quantile -q 0.5,1 -q 0 --json -c x " + csv).out,
+            R"({"q": [0.5, 1.0, 0.0], "quantiles": [3.5, 7.0, 1.0], "missing": 1})"
+            "\n");
+  const Outcome tally = run("tally - -c 1 -w 'w, eight' --na '?' --rows 1", contents(csv));
+  EXPECT_EQ(tally.out, "values  counts\n     1       3\n     2       1\n");
+  EXPECT_EQ(tally.errors, "3 missing values were left out\n");
+  EXPECT_EQ(run("quantile --missing propagate --json -q .5 -c 1 " + csv).out,
+            R"({"q": [0.5], "quantiles": [{"float": "undefined"}], "missing": 1})"
+            "\n");
+  EXPECT_THAT(run("describe -c x " + csv).out,
+              AllOf(HasSubstr("count            4\nmissing          1\nmean          3.75\n"),
+                    HasSubstr("max              7\n")));
+  // A script of that name runs, as every file does.
+  EXPECT_EQ(
+      run("tally", "",
+          "cd " + std::filesystem::path(file("tally", "6*7;\n")).parent_path().string() + " && ")
+          .out,
+      "42\n");
+}
+
+TEST_F(CommandTest, LargeFilesThatAreNotAsTheyShouldBe) {
+  const std::string csv = file("d.csv", "x,y\n1,2\n3,four\n");
+  const std::string npy = file("d.npy", "\x93NUMPY\x01\x00\x10\x00{'descr': '<f8'}");
+  const struct {
+    std::string arguments;
+    int status;
+    const char* message;
+  } rows[] = {
+      {"describe", 2, "FILE is required"},
+      {"describe " + csv + " --method hazen", 2, "not expected"},
+      {"describe - -c 1", 2, "standard input cannot be read 4 times"},
+      {"tally none.csv", 2, "cannot read none.csv"},
+      {"tally " + file("d.txt", ""), 2, ".csv and .npy are allowed"},
+      {"tally " + npy, 2, "is no .npy file"},
+      {"tally " + file("e.csv", ""), 1, "is empty"},
+      {"tally " + csv, 1, "one has to be chosen"},
+      {"tally -c z " + csv, 1, "has no column z, it has x, y"},
+      {"tally -c 2 " + csv, 1, "row 3, column 2: a number is expected, \"four\" came"},
+      {"tally " + file("f.csv", "x\n1\n2,3\n"), 1,
+       "row 3, column 2: more cells than there are headings"},
+      {"tally " + file("g.csv", "x\n\"1\n"), 1, "never closes"},
+      {"tally -c 1 -w 2 " + file("h.csv", "x,y\n1,-1\n"), 1,
+       "from row 1 of the data: weights: expected"},
+      {"describe -c 1 -w 2 " + file("i.csv", "x,y\n1,0\n"), 1, "total must be positive"},
+      {"quantile -q 2 -c 1 " + csv, 1, "probabilities from 0 to 1"},
+  };
+  for (const auto& row : rows) {
+    const Outcome outcome = run(row.arguments);
+    EXPECT_EQ(outcome.status, row.status) << row.arguments;
+    EXPECT_THAT(outcome.errors, HasSubstr(row.message)) << row.arguments;
+    EXPECT_EQ(outcome.out, "") << row.arguments;
+  }
+}
+
 TEST_F(CommandTest, AnErrorNamesFileAndLineAndEndsTheRun) {
   const std::string script = file("b.vx", "1;\n\nerror(\"no %1\", 7);\n2;\n");
   const Outcome stopped = run(script + " -e '3;'");

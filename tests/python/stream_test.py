@@ -1,5 +1,7 @@
 """vexel.stream: files in pieces give what their data give at once, also when the work is interrupted."""
 
+import json
+import os
 import subprocess
 import sys
 
@@ -72,10 +74,65 @@ def test_interrupted_work_goes_on(tmp_path, monkeypatch):
             stream.quantile(path, 0.5, rows=500, state=state)
     kept = state.read_bytes()
     assert same(stream.describe(path, rows=500, state=state), stream.describe(path)) and not state.exists()
-    for bad in (kept[:-1], b"", kept.replace(b"stream 1", b"stream 0")):
+    for bad in (kept[:-1], b"", kept.replace(b"stream 2", b"stream 1"), kept.replace(b"pass 4", b"pass 3")):
         state.write_bytes(bad)
         with pytest.raises(ValueError, match="damaged, or of another version"):
             stream.describe(path, rows=500, state=state)
+
+
+COMMAND = os.environ.get("VEXEL_COMMAND", "")
+
+
+def command(*words, status=0):
+    done = subprocess.run([COMMAND, *map(str, words)], capture_output=True, text=True)
+    assert done.returncode == status, done.stderr
+    return json.loads(done.stdout) if "--json" in words and status == 0 else done.stdout + done.stderr
+
+
+@pytest.mark.skipif(not COMMAND, reason="no command beside the package")
+@pytest.mark.parametrize("kind", ["csv", "npy", "swapped", "columns"])
+def test_the_command_gives_the_same_and_goes_on_with_the_work(tmp_path, monkeypatch, kind):
+    table, path = np.stack([X, W], axis=1), tmp_path / ("x.csv" if kind == "csv" else "x.npy")
+    if kind == "csv":
+        pytest.importorskip("pandas").DataFrame({"name": "a", "x": X, "w": W}).to_csv(path, index=False, na_rep="NULL")
+        column, weights, given = "x", "w", ["-c", "x", "-w", "3"]
+    else:
+        np.save(path, {"npy": table, "swapped": table.astype(">f4"), "columns": np.asfortranarray(table)}[kind])
+        column, weights, given = 0, 1, ["-c", 1, "-w", 2]
+    options = {"column": column, "weights": weights, "nan_policy": "omit", "rows": 700}
+    state, q = tmp_path / "state", [0, 0.1, 0.93]
+    jobs = [(("quantile", "-q", "0,0.1", "-q", "0.93", "--method", "hazen"),
+             lambda **more: stream.quantile(path, q, method="hazen", **options, **more), "quantiles"),
+            (("describe",), lambda **more: stream.describe(path, **options, **more), None),
+            (("tally",), lambda **more: stream.tally(path, **options, **more), "values")]
+    for words, job, part in jobs:
+        words = (*words, path, *given, "--rows", 700)
+        found, one = command(*words, "--json"), job()
+        numbers = list(found.values()) if part is None else found[part]
+        assert same(np.array(numbers), np.array(one if part != "values" else one.values))
+        # Begun here and ended there, and the other way round.
+        monkeypatch.setattr(stream, "_every", -1.0)
+        for limit in (0.2, 0.9):
+            stopped = []
+            with pytest.raises(KeyboardInterrupt):
+                job(state=state, progress=lambda share: stopped.append(share) or _interrupt(share > limit))
+        assert command(*words, "--json", "--state", state) == found and not state.exists()
+        for _ in range(4):
+            assert "goes on from there" in command(*words, "--state", state, "--stop-after", 0, status=1)
+        kept = state.read_bytes()
+        assert "other work" in command(*words[:-1], 701, "--state", state, status=1)
+        shares = []
+        assert same(np.array(job(state=state, progress=shares.append)[:2]), np.array(one[:2])) and not state.exists()
+        assert part == "values" or min(shares) > 0.1  # not from the start
+        for bad in (kept[:-1], b"", kept.replace(b"stream 2", b"stream 3")):
+            state.write_bytes(bad)
+            assert "damaged, or of another version" in command(*words, "--state", state, status=1)
+        state.unlink()
+
+
+def _interrupt(now):
+    if now:
+        raise KeyboardInterrupt
 
 
 def test_errors_say_what_is_wrong(tmp_path):
@@ -89,6 +146,9 @@ def test_errors_say_what_is_wrong(tmp_path):
     np.save(tmp_path / "w.npy", np.array([[1.0, 1], [2, 1], [3, -1]]))
     with pytest.raises(ValueError, match="piece 1 of 2 rows.*weights"):
         stream.quantile(tmp_path / "w.npy", 0.5, column=0, weights=1, rows=2)
+    np.save(tmp_path / "z.npy", np.array([[1.0, 0], [2, 0]]))
+    with pytest.raises(ValueError, match="total must be positive"):
+        stream.describe(tmp_path / "z.npy", column=0, weights=1)
 
 
 def test_command(tmp_path):

@@ -1,0 +1,214 @@
+// CSV files through libcsv: a line of headings, then rows.  Blank lines are left out.
+
+#include <csv.h>
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <iterator>
+#include <limits>
+#include <string_view>
+
+#include "kernels/cell_number.hpp"
+#include "stream/table.hpp"
+
+namespace stream {
+
+namespace {
+
+using vexel::kernels::trimmed;
+
+constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
+constexpr std::size_t kBlock = std::size_t{1} << 18;
+
+// What other systems write for a missing number, beyond what every reader here takes.
+constexpr std::string_view kForeignMissing[] = {"#N/A",     "#N/A N/A", "#NA",  "-1.#IND",
+                                                "-1.#QNAN", "-NaN",     "-nan", "1.#IND",
+                                                "1.#QNAN",  "<NA>",     "None"};
+
+// The parser of libcsv.  Strict: a quote within an unquoted cell, or text behind a closing one, is
+// malformed, and so is a file that ends within quotes.
+class Parser {
+ public:
+  Parser() {
+    if (csv_init(&parser_, CSV_APPEND_NULL | CSV_STRICT | CSV_STRICT_FINI) != 0) {
+      throw std::bad_alloc();
+    }
+    csv_set_blk_size(&parser_, std::size_t{1} << 16);
+  }
+  ~Parser() { csv_free(&parser_); }
+  Parser(const Parser&) = delete;
+  Parser& operator=(const Parser&) = delete;
+  csv_parser* get() { return &parser_; }
+
+ private:
+  csv_parser parser_{};
+};
+
+class CsvTable : public Table {
+ public:
+  CsvTable(const std::string& path, const Columns& wanted)
+      : path_(path == "-" ? "standard input" : path),
+        wanted_(wanted),
+        file_(path == "-" ? stdin : std::fopen(path.c_str(), "rb"), std::fclose) {
+    struct stat status {};
+    if (!file_ || fstat(fileno(file_.get()), &status) != 0 || S_ISDIR(status.st_mode)) {
+      throw Unreadable("cannot read " + path_);
+    }
+    size_ = S_ISREG(status.st_mode) ? static_cast<double>(status.st_size) : 0;
+    while (row_ == 0 && parseBlock()) {
+    }
+    if (row_ == 0) {
+      throw std::invalid_argument(path_ + " is empty");
+    }
+  }
+
+  void read(std::size_t rows, Piece& piece) override {
+    while (pending_.values.size() < rows && parseBlock()) {
+    }
+    const std::size_t n = std::min(rows, pending_.values.size());
+    hand(pending_.values, piece.values, n);
+    hand(pending_.weights, piece.weights, weights == npos ? 0 : n);
+  }
+
+  double share() const override { return size_ > 0 ? std::min(1.0, bytes_ / size_) : 0; }
+
+ private:
+  static void hand(std::vector<double>& from, std::vector<double>& to, std::size_t n) {
+    const auto end = from.begin() + static_cast<std::ptrdiff_t>(n);
+    to.assign(from.begin(), end);
+    from.erase(from.begin(), end);
+  }
+
+  // False when there is nothing more.
+  bool parseBlock() {
+    if (ended_) {
+      return false;
+    }
+    block_.resize(kBlock);
+    const std::size_t n = std::fread(block_.data(), 1, kBlock, file_.get());
+    if (std::ferror(file_.get()) != 0) {
+      throw Unreadable("cannot read " + path_);
+    }
+    std::string_view text(block_.data(), n);
+    constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+    if (bytes_ == 0 && text.starts_with(kByteOrderMark)) {
+      text.remove_prefix(kByteOrderMark.size());
+    }
+    bytes_ += static_cast<double>(n);
+    ended_ = n == 0;
+    const bool parsed = ended_ ? csv_fini(parser_.get(), &onCell, &onRow, this) == 0
+                               : csv_parse(parser_.get(), text.data(), text.size(), &onCell, &onRow,
+                                           this) == text.size();
+    if (fault_.empty() && !parsed) {
+      fault_ = place(cell_) + (ended_ ? ": a quote is opened that the file never closes"
+                                      : ": a quote stands inside a cell without quotes, or text "
+                                        "behind the closing one");
+    }
+    if (!fault_.empty()) {
+      throw std::invalid_argument(fault_);
+    }
+    return true;
+  }
+
+  std::string place(std::size_t cell) const {
+    return path_ + ", row " + std::to_string(row_ + 1) + ", column " + std::to_string(cell + 1);
+  }
+
+  // Nothing may be thrown through libcsv: what is wrong waits until it has returned.
+  template <typename Take>
+  static void within(void* self, Take take) {
+    auto& table = *static_cast<CsvTable*>(self);
+    try {
+      if (table.fault_.empty()) {
+        take(table);
+      }
+    } catch (const std::exception& e) {
+      table.fault_ = e.what();
+    }
+  }
+  static void onCell(void* text, std::size_t size, void* self) {
+    within(self, [&](CsvTable& table) {
+      table.take({static_cast<const char*>(text), text == nullptr ? 0 : size});
+    });
+  }
+  static void onRow(int, void* self) {
+    within(self, [](CsvTable& table) { table.endRow(); });
+  }
+
+  void take(std::string_view cell) {
+    const std::size_t at = cell_++;
+    if (row_ == 0) {
+      headings_.emplace_back(trimmed(cell));
+      return;
+    }
+    if (at >= headings_.size() && !trimmed(cell).empty()) {
+      throw std::invalid_argument(place(at) + ": more cells than there are headings");
+    }
+    if (at == column) {
+      value_ = number(cell, at);
+    }
+    if (at == weights) {
+      weight_ = number(cell, at);
+    }
+  }
+
+  double number(std::string_view cell, std::size_t at) const {
+    double value = kNan;
+    const bool isNumber = vexel::kernels::cellNumber(cell, value);
+    if ((!isNumber || !wanted_.missing.empty()) && isForeign(trimmed(cell))) {
+      return kNan;
+    }
+    if (!isNumber) {
+      throw std::invalid_argument(place(at) + ": a number is expected, \"" +
+                                  std::string(cell.substr(0, 40)) +
+                                  (cell.size() > 40 ? "...\" came" : "\" came"));
+    }
+    return value;
+  }
+
+  bool isForeign(std::string_view cell) const {
+    const auto holds = [&](const auto& texts) {
+      return std::find(std::begin(texts), std::end(texts), cell) != std::end(texts);
+    };
+    return holds(wanted_.missing) || holds(kForeignMissing);
+  }
+
+  void endRow() {
+    if (row_ == 0) {
+      choose(path_, wanted_, headings_, headings_.size());
+    } else {
+      pending_.values.push_back(value_);
+      if (weights != npos) {
+        pending_.weights.push_back(weight_);
+      }
+    }
+    ++row_;
+    cell_ = 0;
+    value_ = weight_ = kNan;  // what a short row leaves out is missing
+  }
+
+  std::string path_;
+  Columns wanted_;
+  std::unique_ptr<std::FILE, int (*)(std::FILE*)> file_;
+  double size_ = 0;
+  double bytes_ = 0;  // read
+  Parser parser_;
+  std::vector<char> block_;
+  bool ended_ = false;
+  std::vector<std::string> headings_;
+  std::size_t row_ = 0;   // from 0, the headings
+  std::size_t cell_ = 0;  // of the row, from 0
+  double value_ = kNan;
+  double weight_ = kNan;
+  Piece pending_;      // parsed, not handed out
+  std::string fault_;  // found while libcsv was at work
+};
+
+}  // namespace
+
+std::unique_ptr<Table> openCsv(const std::string& path, const Columns& wanted) {
+  return std::make_unique<CsvTable>(path, wanted);
+}
+
+}  // namespace stream

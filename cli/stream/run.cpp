@@ -1,0 +1,181 @@
+#include "stream/run.hpp"
+
+#include <sys/stat.h>
+
+#include <atomic>
+#include <chrono>
+#include <cmath>
+#include <filesystem>
+#include <optional>
+#include <vexel/interruption.hpp>
+
+#include "stream/bar.hpp"
+#include "stream/state_file.hpp"
+
+namespace stream {
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+constexpr std::chrono::seconds kBetweenStates{5};
+
+std::atomic<bool> stopped{false};
+
+// A path within a line.
+std::string escaped(const std::string& path) {
+  std::string out;
+  for (const char c : path) {
+    out += c == '\\' ? "\\\\" : c == '\n' ? "\\n" : std::string(1, c);
+  }
+  return out;
+}
+
+// The lines of a state file that say which work it is of: the same files, untouched since.
+std::string taskOf(const Job& job, const Request& request) {
+  std::string text = job.task() + "\nrows " + std::to_string(request.rows) + '\n';
+  for (const std::string& missing : request.columns.missing) {
+    text += "na " + escaped(missing) + '\n';
+  }
+  for (const std::string& path : request.files) {
+    const auto table = openTable(path, request.columns);
+    struct stat status {};
+    if (stat(path.c_str(), &status) != 0) {
+      throw Unreadable("cannot read " + path);
+    }
+    const long long modified =
+        static_cast<long long>(status.st_mtim.tv_sec) * 1000000000 + status.st_mtim.tv_nsec;
+    text += "file " + std::to_string(status.st_size) + ' ' + std::to_string(modified) + ' ' +
+            std::to_string(table->column) + ' ' +
+            (table->weights == Table::npos ? "-" : std::to_string(table->weights)) + ' ' +
+            escaped(std::filesystem::absolute(path).lexically_normal().string()) + '\n';
+  }
+  return text;
+}
+
+class Run {
+ public:
+  Run(Job& job, const Request& request)
+      : job_(job), request_(request), bar_(request.title, request.quiet) {
+    if (request_.state.empty()) {
+      return;
+    }
+    task_ = taskOf(job, request);
+    if (const auto found = loadProgress(request.state, task_)) {
+      try {
+        job_.restore(found->pass, found->states);
+      } catch (const std::invalid_argument& e) {
+        throw std::invalid_argument("--state: " + request.state + ": " + e.what());
+      }
+      pass_ = found->pass;
+      done_ = found->pieces;
+    }
+  }
+
+  void all() {
+    const vexel::Watch watch([](double) { return !stopped.load(); });
+    try {
+      for (; pass_ <= job_.passes(); ++pass_, done_ = 0) {
+        if (done_ > 0) {
+          toSkip_ = done_;
+        }
+        for (file_ = 0; file_ < request_.files.size(); ++file_) {
+          readFile(request_.files[file_]);
+        }
+        job_.endPass();
+      }
+    } catch (const vexel::Interrupted&) {
+      end("interrupted");
+    }
+    if (zeroWeights_ && job_.needsWeight() && job_.weight() == 0) {
+      throw std::invalid_argument("weights: their total must be positive, it is 0");
+    }
+    if (!request_.state.empty()) {
+      std::filesystem::remove(request_.state);
+    }
+  }
+
+ private:
+  void readFile(const std::string& path) {
+    const auto table = openTable(path, request_.columns);
+    std::size_t row = 0;
+    for (;;) {
+      if (stopped.load()) {
+        end("interrupted");
+      }
+      table->read(request_.rows, piece_);
+      if (piece_.values.empty()) {
+        return;
+      }
+      if (toSkip_ > 0) {
+        --toSkip_;
+      } else {
+        take(path, row);
+        pieceTaken();
+      }
+      row += piece_.values.size();
+      const double files = static_cast<double>(request_.files.size());
+      const double share = (static_cast<double>(file_) + table->share()) / files;
+      bar_.show((pass_ - 1 + share) / job_.passes(), pass_, job_.passes());
+    }
+  }
+
+  void take(const std::string& path, std::size_t row) {
+    const bool weighted = isWeighted();
+    try {
+      job_.update(piece_.values, weighted ? vexel::Data(piece_.weights) : vexel::Data());
+    } catch (const std::invalid_argument& e) {
+      throw std::invalid_argument(path + ", from row " + std::to_string(row + 1) +
+                                  " of the data: " + e.what());
+    }
+    for (std::size_t i = 0; weighted && !zeroWeights_ && i < piece_.values.size(); ++i) {
+      zeroWeights_ = piece_.weights[i] == 0 && !std::isnan(piece_.values[i]);
+    }
+  }
+
+  bool isWeighted() const { return !request_.columns.weights.empty(); }
+
+  void pieceTaken() {
+    ++done_;
+    const auto now = Clock::now();
+    if (!request_.state.empty() && now - saved_ > kBetweenStates) {
+      save();
+      saved_ = Clock::now();
+    }
+    if (request_.seconds >= 0 &&
+        std::chrono::duration<double>(now - start_).count() >= request_.seconds) {
+      end("stopped");
+    }
+  }
+
+  void save() const { saveProgress(request_.state, task_, {pass_, done_, job_.states()}); }
+
+  [[noreturn]] void end(const std::string& how) const {
+    if (request_.state.empty()) {
+      throw Stopped(how);
+    }
+    save();
+    throw Stopped(how + "; the work is in " + request_.state +
+                  ", the same command goes on from there");
+  }
+
+  Job& job_;
+  const Request& request_;
+  Bar bar_;
+  std::string task_;
+  int pass_ = 1;
+  std::size_t done_ = 0;    // pieces of this pass
+  std::size_t toSkip_ = 0;  // of them, from the work that was resumed
+  std::size_t file_ = 0;
+  bool zeroWeights_ = false;
+  Piece piece_;
+  Clock::time_point start_ = Clock::now();
+  Clock::time_point saved_ = start_;
+};
+
+}  // namespace
+
+void run(Job& job, const Request& request) { Run(job, request).all(); }
+
+void stop() { stopped.store(true); }
+
+}  // namespace stream
