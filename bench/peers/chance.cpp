@@ -1,30 +1,34 @@
-// Chance: samples, probabilities and quantiles, quasi-random points, root solves and the bootstrap,
-// beside the standard library, Boost and GSL.
+// Chance: samples, urns, quasi-random points, root solves and the bootstrap, beside the standard
+// library, Boost and GSL.
 
-#include <gsl/gsl_cdf.h>
 #include <gsl/gsl_errno.h>
 #include <gsl/gsl_qrng.h>
 #include <gsl/gsl_randist.h>
 #include <gsl/gsl_roots.h>
-#include <nag2/nag2.h>
 
-#include <array>
-#include <boost/math/distributions.hpp>
+#include <algorithm>
 #include <boost/math/tools/roots.hpp>
 #include <boost/random.hpp>
+#include <cmath>
+#include <cstdint>
+#include <limits>
+#include <numeric>
 #include <random>
 #include <string>
 #include <vector>
 #include <vexel/distributions.hpp>
 #include <vexel/kernel.hpp>
+#include <vexel/own_laws.hpp>
+#include <vexel/random.hpp>
+#include <vexel/roots.hpp>
 #include <vexel/sampling.hpp>
+#include <vexel/sequences.hpp>
 
 #include "stopwatch.hpp"
 
 namespace {
 
 constexpr int kSample = 1'000'000;
-constexpr int kCalls = 10'000;
 
 class Chance {
  public:
@@ -33,8 +37,8 @@ class Chance {
 
   void run() {
     samples();
-    probabilities();
-    quantiles();
+    urns();
+    ownLaws();
     points();
     roots();
     bootstrap();
@@ -44,7 +48,7 @@ class Chance {
   // --- samples: nanoseconds a variate ---
   template <typename... Args>
   void vexelSample(const char* job, const std::string& name, Args... parameters) {
-    measure(job, "vexel", kSample, [&] {
+    measure(job, "entry points", kSample, [&] {
       kernel_.call("STATS_Vexel" + name + "RandomSample_HW", kSample, parameters...);
     });
   }
@@ -127,103 +131,38 @@ class Chance {
               [](gsl_rng* r) { return gsl_ran_binomial(r, 0.3, 100); });
   }
 
-  // --- distribution functions: nanoseconds a call, arguments over the middle of the range ---
-  template <typename F>
-  static void call(const std::string& job, const char* peer, double from, double to, F f) {
-    measure(job.c_str(), peer, kCalls, [&] {
-      double sum = 0.0;
-      for (int i = 0; i < kCalls; ++i) {
-        sum += f(from + (to - from) * (i + 0.5) / kCalls);
-      }
-      keep(sum);
+  void urns() {
+    std::vector<double> weights(1000);
+    std::iota(weights.begin(), weights.end(), 1.0);
+    const char* job = "alias urn of 1000";
+    measure(job, "entry points", kSample, [&] {
+      kernel_.call("STATS_VexelAliasUrnSample_HW", kSample, kernel_.toValue(weights));
     });
+    const vexel::Urn urn{vexel::Data(weights)};
+    std::vector<std::int64_t> drawn(kSample);
+    measure(job, "functions", kSample, [&] { urn.sample(drawn, random_); });
+    gsl_ran_discrete_t* table = gsl_ran_discrete_preproc(weights.size(), weights.data());
+    gslSample(job, [&](gsl_rng* r) { return static_cast<double>(gsl_ran_discrete(r, table)); });
+    gsl_ran_discrete_free(table);
+
+    job = "shuffle of 10^7";
+    std::vector<double> x(10'000'000);
+    measure(job, "functions", 1, [&] { vexel::shuffle(x, random_); });
+    measure(job, "entry points", 1,
+            [&] { kernel_.call("STATS_VexelShuffle_HW", kernel_.wrap(x)); });
+    std::mt19937_64 engine(1);
+    measure(job, "C++", 1, [&] { std::shuffle(x.begin(), x.end(), engine); });
+    measure(job, "GSL", 1,
+            [&] { gsl_ran_shuffle(generator_, x.data(), x.size(), sizeof(double)); });
   }
 
-  static void probabilities() {
-    namespace bm = boost::math;
-    NagError fail{};
-    const auto boost = [](const std::string& job, double from, double to, auto distribution) {
-      call(job, "Boost", from, to, [&](double x) { return bm::cdf(distribution, x); });
-    };
-    call("normal probability", "vexel", -3, 3,
-         [&](double x) { return nag2_normal_probability(Nag_LowerTail, x, &fail); });
-    boost("normal probability", -3, 3, bm::normal());
-    call("normal probability", "GSL", -3, 3, [](double x) { return gsl_cdf_ugaussian_P(x); });
-
-    call("Student t(5) probability", "vexel", -3, 3,
-         [&](double x) { return nag2_student_t_probability(Nag_LowerTail, x, 5, &fail); });
-    boost("Student t(5) probability", -3, 3, bm::students_t(5));
-    call("Student t(5) probability", "GSL", -3, 3, [](double x) { return gsl_cdf_tdist_P(x, 5); });
-
-    call("gamma(2.5) probability", "vexel", 0, 8,
-         [&](double x) { return nag2_gamma_probability(Nag_LowerTail, x, 2.5, 1, &fail); });
-    boost("gamma(2.5) probability", 0, 8, bm::gamma_distribution<>(2.5, 1));
-    call("gamma(2.5) probability", "GSL", 0, 8,
-         [](double x) { return gsl_cdf_gamma_P(x, 2.5, 1.0); });
-
-    call("beta(2, 3) probability", "vexel", 0, 1,
-         [&](double x) { return nag2_beta_probability(x, 2, 3, 0, &fail); });
-    boost("beta(2, 3) probability", 0, 1, bm::beta_distribution<>(2, 3));
-    call("beta(2, 3) probability", "GSL", 0, 1,
-         [](double x) { return gsl_cdf_beta_P(x, 2.0, 3.0); });
-
-    call("F(5, 7) probability", "vexel", 0, 5,
-         [&](double x) { return nag2_f_probability(Nag_LowerTail, x, 5, 7, &fail); });
-    boost("F(5, 7) probability", 0, 5, bm::fisher_f(5, 7));
-    call("F(5, 7) probability", "GSL", 0, 5, [](double x) { return gsl_cdf_fdist_P(x, 5, 7); });
-
-    call("Poisson(10) probability", "vexel", 0, 25, [&](double x) {
-      double le = 0.0;
-      double gt = 0.0;
-      double eq = 0.0;
-      nag2_poisson(10, static_cast<int>(x), &le, &gt, &eq, &fail);
-      return le;
-    });
-    call("Poisson(10) probability", "Boost", 0, 25,
-         [](double x) { return bm::cdf(bm::poisson(10), std::floor(x)); });
-    call("Poisson(10) probability", "GSL", 0, 25,
-         [](double x) { return gsl_cdf_poisson_P(static_cast<unsigned>(x), 10); });
-
-    call("binomial(100, 0.3) probability", "vexel", 10, 50, [&](double x) {
-      double le = 0.0;
-      double gt = 0.0;
-      double eq = 0.0;
-      nag2_binomial(100, 0.3, static_cast<int>(x), &le, &gt, &eq, &fail);
-      return le;
-    });
-    call("binomial(100, 0.3) probability", "Boost", 10, 50,
-         [](double x) { return bm::cdf(bm::binomial(100, 0.3), std::floor(x)); });
-    call("binomial(100, 0.3) probability", "GSL", 10, 50,
-         [](double x) { return gsl_cdf_binomial_P(static_cast<unsigned>(x), 0.3, 100); });
-  }
-
-  static void quantiles() {
-    namespace bm = boost::math;
-    NagError fail{};
-    const auto boost = [](const std::string& job, auto distribution) {
-      call(job, "Boost", 0, 1, [&](double p) { return bm::quantile(distribution, p); });
-    };
-    call("normal quantile", "vexel", 0, 1,
-         [&](double p) { return nag2_normal_quantile(Nag_LowerTail, p, &fail); });
-    boost("normal quantile", bm::normal());
-    call("normal quantile", "GSL", 0, 1, [](double p) { return gsl_cdf_ugaussian_Pinv(p); });
-
-    call("Student t(5) quantile", "vexel", 0, 1,
-         [&](double p) { return nag2_student_t_quantile(Nag_LowerTail, p, 5, &fail); });
-    boost("Student t(5) quantile", bm::students_t(5));
-    call("Student t(5) quantile", "GSL", 0, 1, [](double p) { return gsl_cdf_tdist_Pinv(p, 5); });
-
-    call("gamma(2.5) quantile", "vexel", 0, 1,
-         [&](double p) { return nag2_gamma_quantile(p, 2.5, 1, 0, &fail); });
-    boost("gamma(2.5) quantile", bm::gamma_distribution<>(2.5, 1));
-    call("gamma(2.5) quantile", "GSL", 0, 1,
-         [](double p) { return gsl_cdf_gamma_Pinv(p, 2.5, 1.0); });
-
-    call("beta(2, 3) quantile", "vexel", 0, 1,
-         [&](double p) { return nag2_beta_quantile(p, 2, 3, 0, &fail); });
-    boost("beta(2, 3) quantile", bm::beta_distribution<>(2, 3));
-    call("beta(2, 3) quantile", "GSL", 0, 1,
-         [](double p) { return gsl_cdf_beta_Pinv(p, 2.0, 3.0); });
+  void ownLaws() {
+    constexpr double infinity = std::numeric_limits<double>::infinity();
+    sample("own log-concave density", vexel::Density([](double t) { return std::exp(-t * t / 2); },
+                                                     {.support = {-infinity, infinity}}));
+    sample("own distribution function", vexel::CumulativeDistribution([](double t) {
+             return 0.5 * std::erfc(-t * std::sqrt(0.5));
+           }));
   }
 
   // --- a million points in ten dimensions: nanoseconds a coordinate ---
@@ -231,7 +170,7 @@ class Chance {
     constexpr int kPoints = 1'000'000;
     const vexel::Value out = kernel_.eval("Array(1..10, 1..1000000, datatype = float[8])");
     const auto stream = [&](const char* job, const vexel::Value& handle) {
-      measure(job, "vexel", 10.0 * kPoints,
+      measure(job, "entry points", 10.0 * kPoints,
               [&] { kernel_.call("STATS_QRStreamNext_HW", handle, kPoints, out); });
     };
     stream("Sobol points, 10 dimensions", kernel_.eval(R"(
@@ -247,6 +186,17 @@ class Chance {
       end:
       STATS_InitializeQRStream_HW(10, 0, degrees, codes, directions, 30);)"));
     stream("Halton points, 10 dimensions", kernel_.eval("STATS_InitializeQRStream_HW(10, 1)"));
+    stream("Faure points, 10 dimensions", kernel_.eval("STATS_InitializeQRStream_HW(10, 2)"));
+    const auto sequence = [&](const char* job, auto made) {
+      std::vector<double> x(10 * kPoints);
+      measure(job, "functions", 10.0 * kPoints, [&] {
+        made.reset();
+        made.points(kPoints, x);
+      });
+    };
+    sequence("Sobol points, 10 dimensions", vexel::Sobol(10));
+    sequence("Halton points, 10 dimensions", vexel::Halton(10));
+    sequence("Faure points, 10 dimensions", vexel::Faure(10));
     const auto gsl = [&](const char* job, const gsl_qrng_type* type) {
       gsl_qrng* q = gsl_qrng_alloc(type, 10);
       std::vector<double> x(10 * kPoints);
@@ -265,9 +215,14 @@ class Chance {
   void roots() {
     const char* job = "Brent solve, the user's function";
     const vexel::Value f = kernel_.eval("x -> x^3 - 2*x - 5");
-    measure(job, "vexel", 1000, [&] {
+    measure(job, "entry points", 1000, [&] {
       for (int i = 0; i < 1000; ++i) {
         kernel_.call("STATS_VexelBrentMethod_HW", 0.0, f, 2.0, 3.0, 1, 100);
+      }
+    });
+    measure(job, "functions", 1000, [&] {
+      for (int i = 0; i < 1000; ++i) {
+        keep(vexel::find_root([](double x) { return x * x * x - 2 * x - 5; }, {2.0, 3.0}).root);
       }
     });
     measure(job, "Boost", 1000, [&] {
@@ -300,7 +255,7 @@ class Chance {
     const vexel::Value data = kernel_.call("STATS_VexelNormalRandomSample_HW", 1000, 0, 1);
     const vexel::Value mean =
         kernel_.eval("x -> STATS_VexelMean_HW(x, Array(1..0, datatype = float[8]), false, 0)");
-    measure(job, "vexel", 1, [&] {
+    measure(job, "entry points", 1, [&] {
       kernel_.call("STATS_VexelBootstrapStatistic_HW", data, kernel_.array({}), mean, 1000, 2000);
     });
     const std::vector<double> x = data.numbers();
@@ -322,6 +277,7 @@ class Chance {
   }
 
   vexel::Kernel kernel_;
+  vexel::Random random_{1};
   gsl_rng* generator_;
 };
 

@@ -11,14 +11,14 @@ void keep(const T& value) {
   asm volatile("" : : "r,m"(value) : "memory");
 }
 
-// The shortest of at least three runs, and of as many as half a second holds; `count` operations a
+// The shortest of at least three runs, and of as many as 0.3 seconds hold; `count` operations a
 // run.
 template <typename F>
 void measure(const char* job, const char* peer, double count, F run) {
   using Clock = std::chrono::steady_clock;
   double best = 1e300;
   double total = 0.0;
-  for (int runs = 0; runs < 3 || total < 0.5; ++runs) {
+  for (int runs = 0; runs < 3 || total < 0.3; ++runs) {
     const auto start = Clock::now();
     run();
     const double seconds = std::chrono::duration<double>(Clock::now() - start).count();

@@ -14,9 +14,11 @@
 //   pmf logpmf                                called at values of the support
 //   cdf sf logcdf logsf                       called at places other than the ends
 //   quantile isf                              called at 0 < p < 1
+// Each of them may have a second form of two spans, for any arguments, with the same results.
 #pragma once
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <limits>
 #include <span>
@@ -46,6 +48,24 @@ void mapInto(const char* method, const Data& x, std::span<double> out, F f) {
   }
   for (std::size_t i = 0; i < x.size(); ++i) {
     out[i] = f(x[i]);
+  }
+}
+
+// The same for f(in, out) of arrays of doubles.
+template <typename F>
+void mapArrays(const char* method, const Data& x, std::span<double> out, F f) {
+  requireSize(method, out.size(), x.size());
+  if (x.dense()) {
+    f(x.doubles(), out);
+    return;
+  }
+  std::array<double, 256> part;
+  for (std::size_t i = 0; i < x.size(); i += part.size()) {
+    const std::size_t size = std::min(part.size(), x.size() - i);
+    for (std::size_t j = 0; j < size; ++j) {
+      part[j] = x[i + j];
+    }
+    f(std::span<const double>(part.data(), size), out.subspan(i, size));
   }
 }
 
@@ -165,17 +185,24 @@ double DiscreteLaw<L>::logpmf(double k) const {
                               [&](double t) { return formulas.logpmf(t); });
 }
 
-// The array forms.
-#define VEXEL_ARRAY_FORMS(Frame, method)                                      \
-  template <typename L>                                                       \
-  void Frame<L>::method(Data x, std::span<double> out) const {                \
-    detail::mapInto(#method, x, out, [this](double t) { return method(t); }); \
-  }                                                                           \
-  template <typename L>                                                       \
-  std::vector<double> Frame<L>::method(Data x) const {                        \
-    std::vector<double> out(x.size());                                        \
-    method(x, out);                                                           \
-    return out;                                                               \
+// The array forms: the formulas' own, where they have one, or one number after the other.
+#define VEXEL_ARRAY_FORMS(Frame, method)                                                         \
+  template <typename L>                                                                          \
+  void Frame<L>::method(Data x, std::span<double> out) const {                                   \
+    const detail::Formulas<L> formulas{static_cast<const L&>(*this)};                            \
+    if constexpr (requires { formulas.method(std::span<const double>(), out); }) {               \
+      detail::mapArrays(#method, x, out, [&](std::span<const double> in, std::span<double> to) { \
+        formulas.method(in, to);                                                                 \
+      });                                                                                        \
+    } else {                                                                                     \
+      detail::mapInto(#method, x, out, [this](double t) { return method(t); });                  \
+    }                                                                                            \
+  }                                                                                              \
+  template <typename L>                                                                          \
+  std::vector<double> Frame<L>::method(Data x) const {                                           \
+    std::vector<double> out(x.size());                                                           \
+    method(x, out);                                                                              \
+    return out;                                                                                  \
   }
 
 VEXEL_ARRAY_FORMS(Law, cdf)

@@ -4,9 +4,12 @@
 // edition (1994), chapter 13.
 #include "vexel/distributions/normal.hpp"
 
+#include <algorithm>
+
 #include "functions/distributions/location_scale.hpp"
 #include "functions/distributions/normal_tails.hpp"
 #include "functions/distributions/precise.hpp"
+#include "kernels/normal.hpp"
 #include "numerics/normal_functions.hpp"
 
 namespace vexel {
@@ -23,8 +26,11 @@ struct StandardNormal {
 
   static double pdf(double z) { return std::exp(-0.5 * z * z) / rootTwoPi; }
   static double logpdf(double z) { return -0.5 * z * z - logRootTwoPi; }
-  static double cdf(double z) { return nag2::normalLower(z); }
-  static double sf(double z) { return nag2::normalLower(-z); }
+  static double cdf(double z) {
+    return std::fabs(z) < kernels::NormalTable::range ? kernels::normalCdf(z)
+                                                      : nag2::normalLower(z);
+  }
+  static double sf(double z) { return cdf(-z); }
   static double logcdf(double z) { return logNormalUpper(-z); }
   static double logsf(double z) { return logNormalUpper(z); }
   static double quantile(double p) { return nag2::normalInverse(p); }
@@ -34,7 +40,64 @@ struct StandardNormal {
 }  // namespace
 
 template <>
-struct Formulas<Normal> : LocationScale<Normal, StandardNormal, &Normal::logScale_> {};
+struct Formulas<Normal> : LocationScale<Normal, StandardNormal, &Normal::logScale_> {
+  using Plain = LocationScale<Normal, StandardNormal, &Normal::logScale_>;
+  using Plain::cdf, Plain::sf, Plain::quantile, Plain::isf;
+  using In = std::span<const double>;
+
+  void cdf(In t, std::span<double> out) const { tails(t, out, false); }
+  void sf(In t, std::span<double> out) const { tails(t, out, true); }
+  void quantile(In p, std::span<double> out) const { quantiles(p, out, "p", false); }
+  void isf(In q, std::span<double> out) const { quantiles(q, out, "q", true); }
+
+ private:
+  static constexpr std::size_t kChunk = 512;
+
+  void tails(In t, std::span<double> out, bool upper) const {
+    double zs[kChunk];
+    for (std::size_t i = 0; i < t.size(); i += kChunk) {
+      const std::size_t n = std::min(kChunk, t.size() - i);
+      standardize(t.data() + i, n, upper, zs);
+      if (!kernels::normalCdfs(zs, n, out.data() + i)) {
+        std::transform(zs, zs + n, out.data() + i, StandardNormal::cdf);
+      }
+    }
+  }
+
+  void standardize(const double* t, std::size_t n, bool upper, double* zs) const {
+    const auto& [location, scale] = law.parameters();
+    const double sign = upper ? -1.0 : 1.0;
+    if (location == 0.0 && scale == 1.0) {
+      for (std::size_t j = 0; j < n; ++j) {
+        zs[j] = sign * t[j];
+      }
+      return;
+    }
+    for (std::size_t j = 0; j < n; ++j) {
+      zs[j] = sign * ((t[j] - location) / scale);
+    }
+  }
+
+  void quantiles(In p, std::span<double> out, const char* parameter, bool upper) const {
+    const auto inside = [](double q) { return q > 0.0 && q < 1.0; };
+    const auto& [location, scale] = law.parameters();
+    for (std::size_t i = 0; i < p.size(); i += kChunk) {
+      const In part = p.subspan(i, std::min(kChunk, p.size() - i));
+      double* const to = out.data() + i;
+      if (!std::all_of(part.begin(), part.end(), inside)) {
+        std::transform(part.begin(), part.end(), to, [&](double q) {
+          return quantileAt<Normal>(parameter, *this, q, upper,
+                                    [&](double r) { return upper ? isf(r) : quantile(r); });
+        });
+        continue;
+      }
+      kernels::normalQuantiles(part.data(), part.size(), to);
+      for (std::size_t j = 0; j < part.size(); ++j) {
+        to[j] = location + scale * (upper ? -to[j] : to[j]);
+      }
+    }
+  }
+};
 
 }  // namespace detail
 

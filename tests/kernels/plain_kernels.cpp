@@ -8,6 +8,7 @@
 
 #undef VEXEL_HAVE_HIGHWAY
 #define kernels plain_kernels
+#include "kernels/vector/normal.cpp"
 #include "kernels/vector/powers.cpp"
 #include "kernels/vector/selection.cpp"
 #include "kernels/vector/sums.cpp"

@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "kernels/normal.hpp"
 #include "kernels/vector/powers.hpp"
 #include "kernels/vector/presence.hpp"
 #include "kernels/vector/selection.hpp"
@@ -38,11 +39,23 @@ std::size_t countAndCollect(const double* x, std::size_t n, double low, double h
                             BracketCounts& counts, double* between);
 void cellsOf(const double* x, std::size_t n, double base, double scale, std::int32_t cells,
              std::int32_t* to);
+bool normalCdfs(const double* z, std::size_t n, double* out);
+void normalQuantiles(const double* p, std::size_t n, double* out);
 }  // namespace vexel::plain_kernels
 
 namespace {
 
 using Vector = std::vector<double>;
+
+// Between 0 and 1, near the ends too.
+Vector probabilities(const double* x, std::size_t n) {
+  Vector p(x, x + n);
+  for (double& v : p) {
+    v = v < 0.0 ? 0.5 / (1.0 - v) : 1.0 - 0.5 / (1.0 + v);
+    v = v < 1.0 ? v : 0.5;
+  }
+  return p;
+}
 
 // Everything that the kernels say of a block, one number after the other.
 #define EVERYTHING(space)                                                                     \
@@ -70,6 +83,11 @@ using Vector = std::vector<double>;
     space::cellsOf(x, n, -1.0, 100.0, 200, cells.data());                                     \
     more.insert(more.end(), cells.begin(), cells.end());                                      \
     all.insert(all.end(), more.begin(), more.end());                                          \
+    Vector normal(2 * n + 1);                                                                 \
+    normal[2 * n] = space::normalCdfs(x, n, normal.data());                                   \
+    const Vector p = probabilities(x, n);                                                     \
+    space::normalQuantiles(p.data(), n, normal.data() + n);                                   \
+    all.insert(all.end(), normal.begin(), normal.end());                                      \
     return all;                                                                               \
   }
 
@@ -120,6 +138,32 @@ TEST(VectorKernels, HaveTheSameBitsOnEveryTarget) {
   hwy::SetSupportedTargetsForTest(0);
   hwy::GetChosenTarget().Update(hwy::SupportedTargets());
 #endif
+}
+
+TEST(VectorKernels, GiveOneNormalValueAsTheyGiveMany) {
+  Vector z;
+  Vector p;
+  for (double x = -7.99; x < 8.0; x += 0.0173) {
+    z.push_back(x);
+    p.push_back(std::ldexp(1.0 + std::fabs(x) / 8.0, -1 - static_cast<int>(8.0 * std::fabs(x))));
+  }
+  for (const double x : {-0.0, 0.0, 1e-300, 0x1p-6, std::nextafter(8.0, 0.0)}) {
+    z.push_back(x);
+    p.push_back(0.5);
+  }
+  Vector out(z.size());
+  ASSERT_TRUE(vexel::kernels::normalCdfs(z.data(), z.size(), out.data()));
+  Vector quantiles(p.size());
+  vexel::kernels::normalQuantiles(p.data(), p.size(), quantiles.data());
+  for (std::size_t i = 0; i < z.size(); ++i) {
+    EXPECT_EQ(out[i], vexel::kernels::normalCdf(z[i])) << z[i];
+    EXPECT_NEAR(out[i], 0.5 * std::erfc(-z[i] * std::sqrt(0.5)), 3e-14 * out[i]) << z[i];
+    EXPECT_EQ(quantiles[i], vexel::kernels::normalQuantile(p[i])) << p[i];
+  }
+  for (const double bad : {8.0, -8.0, HUGE_VAL, std::nan("")}) {
+    z[100] = bad;
+    EXPECT_FALSE(vexel::kernels::normalCdfs(z.data(), z.size(), out.data()));
+  }
 }
 
 TEST(VectorKernels, SeeWhatIsMissingAnywhere) {
