@@ -108,7 +108,7 @@ double DensityGrid::weight() const { return cells_->weight.total(0); }
 std::int64_t DensityGrid::missing() const { return cells_->missing; }
 
 std::vector<std::uint8_t> DensityGrid::to_bytes() const {
-  ByteWriter out("dgrd", 1);
+  ByteWriter out("dgrd", totalsVersion);
   out.put(static_cast<std::uint8_t>(cells_->policy)).put(cells_->missing);
   out.put(cells_->bounds.low).put(cells_->bounds.high);
   putTotals(out, cells_->weight);
@@ -118,7 +118,7 @@ std::vector<std::uint8_t> DensityGrid::to_bytes() const {
 }
 
 DensityGrid DensityGrid::from_bytes(std::span<const std::uint8_t> bytes) {
-  ByteReader in(bytes, "dgrd", 1, "DensityGrid");
+  ByteReader in(bytes, "dgrd", totalsVersion, "DensityGrid");
   const Missing policy = getMissing(in);
   const std::int64_t missing = getCount(in);
   Interval bounds{};

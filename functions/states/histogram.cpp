@@ -79,14 +79,14 @@ const std::vector<double>& Histogram::edges() const { return cells_->edges; }
 std::int64_t Histogram::missing() const { return cells_->missing; }
 
 std::vector<std::uint8_t> Histogram::to_bytes() const {
-  ByteWriter out("hist", 1);
+  ByteWriter out("hist", totalsVersion);
   out.put(static_cast<std::uint8_t>(cells_->policy)).put(cells_->missing).put(cells_->edges);
   putTotals(out, cells_->totals);
   return out.finish();
 }
 
 Histogram Histogram::from_bytes(std::span<const std::uint8_t> bytes) {
-  ByteReader in(bytes, "hist", 1, "Histogram");
+  ByteReader in(bytes, "hist", totalsVersion, "Histogram");
   const Missing policy = getMissing(in);
   const std::int64_t missing = getCount(in);
   Histogram h(in.getVector<double>(), policy);

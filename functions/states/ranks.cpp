@@ -211,7 +211,7 @@ std::int64_t Ranks::missing() const { return search_->missing; }
 
 std::vector<std::uint8_t> Ranks::to_bytes() const {
   const Search& s = *search_;
-  ByteWriter out("rank", 1);
+  ByteWriter out("rank", totalsVersion);
   out.put(static_cast<std::uint8_t>(s.policy)).put(static_cast<std::uint8_t>(s.method)).put(s.q);
   out.put(s.missing).put(static_cast<std::uint8_t>(s.pass)).put(static_cast<std::uint8_t>(s.fed));
   putTotals(out, s.weight);
@@ -222,7 +222,7 @@ std::vector<std::uint8_t> Ranks::to_bytes() const {
 }
 
 Ranks Ranks::from_bytes(std::span<const std::uint8_t> bytes) {
-  ByteReader in(bytes, "rank", 1, "Ranks");
+  ByteReader in(bytes, "rank", totalsVersion, "Ranks");
   const Missing policy = getMissing(in);
   const auto method = in.get<std::uint8_t>();
   in.check(method <= static_cast<std::uint8_t>(QuantileMethod::normal_unbiased),

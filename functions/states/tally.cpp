@@ -89,14 +89,14 @@ std::vector<std::uint8_t> Tally::to_bytes() const {
     ordered.resize(values.size());
     ordered.merge(values.size() - 1, levels_->totals, cell);
   }
-  ByteWriter out("taly", 1);
+  ByteWriter out("taly", totalsVersion);
   out.put(static_cast<std::uint8_t>(levels_->policy)).put(levels_->missing).put(values);
   putTotals(out, ordered);
   return out.finish();
 }
 
 Tally Tally::from_bytes(std::span<const std::uint8_t> bytes) {
-  ByteReader in(bytes, "taly", 1, "Tally");
+  ByteReader in(bytes, "taly", totalsVersion, "Tally");
   Tally t(getMissing(in));
   t.levels_->missing = getCount(in);
   const auto values = in.getVector<double>();

@@ -13,26 +13,93 @@
 
 namespace vexel {
 
-// The parts of each total, one after the other: the same bytes for the same totals.
+// A number in bytes of 7 bits, least significant first, all but the last with the high bit.
+inline void putShort(Bytes& to, std::uint64_t value) {
+  for (; value >= 0x80; value >>= 7) {
+    to.push_back(static_cast<std::uint8_t>(value | 0x80));
+  }
+  to.push_back(static_cast<std::uint8_t>(value));
+}
+
+// What putShort and append wrote; a complaint for anything that they would not have written.
+class ShortReader {
+ public:
+  ShortReader(const ByteReader& in, const Bytes& bytes) : in_(in), bytes_(bytes) {}
+
+  bool atEnd() const { return at_ == bytes_.size(); }
+  std::uint64_t number() {
+    std::uint64_t value = 0;
+    for (int shift = 0;; shift += 7) {
+      in_.check(at_ < bytes_.size() && shift < 64, "the totals do not fit together");
+      const std::uint64_t byte = bytes_[at_++];
+      const std::uint64_t bits = byte & 0x7F;
+      in_.check(bits << shift >> shift == bits && (byte != 0 || shift == 0),
+                "a total is not as it was written");
+      value |= bits << shift;
+      if (byte < 0x80) {
+        return value;
+      }
+    }
+  }
+  double part() {
+    in_.check(bytes_.size() - at_ >= sizeof(double), "the totals do not fit together");
+    at_ += sizeof(double);
+    return bytes::taken<double>(bytes_.data() + at_ - sizeof(double));
+  }
+
+ private:
+  const ByteReader& in_;
+  const Bytes& bytes_;
+  std::size_t at_ = 0;
+};
+
+inline constexpr std::uint32_t totalsVersion = 2;  // of every state that holds totals
+
+// The totals that are not 0, the same bytes for the same totals: how many cells on from the one
+// before; then twice the total where it is a whole number below 2^53, as counts are, else twice
+// the number of its parts and 1, and the parts.
 inline void putTotals(ByteWriter& out, const kernels::ExactTotals& totals) {
-  std::vector<std::uint64_t> cells;
-  std::vector<std::uint8_t> counts;
-  std::vector<double> parts;
+  Bytes content;
+  std::size_t next = 0;
   for (std::size_t i = 0; i < totals.size(); ++i) {
     if (totals.isZero(i)) {
       continue;
     }
-    const std::vector<double> of = totals.parts(i);
-    cells.push_back(i);
-    counts.push_back(static_cast<std::uint8_t>(of.size()));
-    parts.insert(parts.end(), of.begin(), of.end());
+    const std::vector<double> parts = totals.parts(i);
+    putShort(content, i - next);
+    next = i + 1;
+    if (parts.size() == 1 && parts[0] < 0x1p53 && parts[0] == std::floor(parts[0])) {
+      putShort(content, 2 * static_cast<std::uint64_t>(parts[0]));
+      continue;
+    }
+    putShort(content, 2 * parts.size() + 1);
+    for (const double part : parts) {
+      bytes::append(content, part);
+    }
   }
-  out.put(static_cast<std::uint64_t>(totals.size())).put(cells).put(counts).put(parts);
+  out.put(static_cast<std::uint64_t>(totals.size())).put(content);
 }
 
-// size: how many cells there have to be.
-inline kernels::ExactTotals getTotals(ByteReader& in, std::size_t size) {
-  in.check(in.get<std::uint64_t>() == size, "the number of totals is wrong");
+namespace states {
+
+// One total of its parts, each the rounded rest of those before.
+template <typename Part>
+void addParts(const ByteReader& in, kernels::ExactTotals& totals, std::size_t cell,
+              std::uint64_t count, Part part) {
+  in.check(count > 0, "the totals do not fit together");
+  double last = 0;
+  for (std::uint64_t p = 0; p < count; ++p) {
+    const double next = part();
+    in.check(p > 0 || next > 0, "a total is not positive");
+    in.check(!std::isnan(next) && (p == 0 || std::abs(next) < std::abs(last)),
+             "a total is not as it was written");
+    totals.add(cell, next);
+    last = next;
+  }
+}
+
+// As version 1 wrote them.
+inline kernels::ExactTotals getFirstTotals(ByteReader& in, std::size_t size) {
   const auto cells = in.getVector<std::uint64_t>();
   const auto counts = in.getVector<std::uint8_t>();
   const auto parts = in.getVector<double>();
@@ -41,15 +108,38 @@ inline kernels::ExactTotals getTotals(ByteReader& in, std::size_t size) {
   std::size_t at = 0;
   for (std::size_t c = 0; c < cells.size(); ++c) {
     in.check(cells[c] < size && (c == 0 || cells[c - 1] < cells[c]), "the totals are out of order");
-    in.check(counts[c] > 0 && counts[c] <= parts.size() - at, "the totals do not fit together");
-    in.check(parts[at] > 0, "a total is not positive");
-    for (std::size_t p = 0; p < counts[c]; ++p, ++at) {
-      in.check(!std::isnan(parts[at]) && (p == 0 || std::abs(parts[at]) < std::abs(parts[at - 1])),
-               "a total is not as it was written");
-      totals.add(static_cast<std::size_t>(cells[c]), parts[at]);
-    }
+    in.check(counts[c] <= parts.size() - at, "the totals do not fit together");
+    addParts(in, totals, static_cast<std::size_t>(cells[c]), counts[c],
+             [&] { return parts[at++]; });
   }
   in.check(at == parts.size(), "the totals do not fit together");
+  return totals;
+}
+
+}  // namespace states
+
+// size: how many cells there have to be.
+inline kernels::ExactTotals getTotals(ByteReader& in, std::size_t size) {
+  in.check(in.get<std::uint64_t>() == size, "the number of totals is wrong");
+  if (in.version() == 1) {
+    return states::getFirstTotals(in, size);
+  }
+  const auto content = in.getVector<std::uint8_t>();
+  ShortReader from(in, content);
+  kernels::ExactTotals totals(size);
+  for (std::uint64_t next = 0; !from.atEnd(); ++next) {
+    const std::uint64_t skipped = from.number();
+    in.check(skipped < size - next, "the totals are out of order");
+    next += skipped;
+    const std::uint64_t what = from.number();
+    if (what % 2 == 0) {
+      in.check(what > 0 && what >> 54 == 0, "a total is not as it was written");
+      totals.add(static_cast<std::size_t>(next), static_cast<double>(what / 2));
+    } else {
+      states::addParts(in, totals, static_cast<std::size_t>(next), what / 2,
+                       [&] { return from.part(); });
+    }
+  }
   return totals;
 }
 

@@ -202,4 +202,20 @@ TEST(CountingStates, BytesAreChecked) {
   expectOnlyItsOwn(vx::Ranks({0.5}).update(p.x, p.w).next_pass().update(p.x, p.w));
 }
 
+// Weights 0.1 of 1, and 1 and 0.2 of 3, as the first version wrote them.
+TEST(CountingStates, BytesOfOlderVersionsAreRead) {
+  const std::string hexadecimal =
+      "7665786c74616c79010000006b0000000000000000000000000000000002000000000000000000000000"
+      "00f03f000000000000084002000000000000000200000000000000000000000000000001000000000000"
+      "000200000000000000010203000000000000009a9999999999b93f333333333333f33f00000000000090"
+      "3c0f2256feb32a51b7";
+  std::vector<std::uint8_t> bytes;
+  for (std::size_t i = 0; i < hexadecimal.size(); i += 2) {
+    bytes.push_back(static_cast<std::uint8_t>(std::stoi(hexadecimal.substr(i, 2), nullptr, 16)));
+  }
+  const auto now = vx::Tally().update(Doubles{3, 1, 3}, Doubles{1, 0.1, 0.2}).to_bytes();
+  EXPECT_EQ(vx::Tally::from_bytes(bytes).to_bytes(), now);
+  EXPECT_LT(now.size(), bytes.size());
+}
+
 }  // namespace
