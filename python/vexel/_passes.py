@@ -77,6 +77,29 @@ class Middle:
         return self
 
 
+def total_weight(state: Any) -> float | None:
+    """What the data weigh, by the first state that knows; None where none does."""
+    if isinstance(state, (Several, tuple)):
+        parts = state.states if isinstance(state, Several) else state
+        return next((w for w in map(total_weight, parts) if w is not None), None)
+    return total_weight(state.state) if isinstance(state, Changed) else getattr(state, "weight", None)
+
+
+def require_weight(kept: Any, state: Any) -> None:
+    """Complains of data that are there and weigh nothing, as the functions do."""
+    if total_weight((kept, state)) == 0:
+        raise ValueError("weights: their total must be positive, it is 0")
+
+
+def weightless(x: Any, weights: Any) -> bool:
+    """Whether some value that is there has the weight 0."""
+    if weights is None:
+        return False
+    x, w = np.asarray(x, dtype=np.float64), np.asarray(weights)
+    missing = np.isnan(x) if x.ndim == w.ndim else np.isnan(x).any(axis=1)
+    return bool(np.any((w == 0) & ~missing))
+
+
 class Job:
     """One state in one pass; the others are more."""
 

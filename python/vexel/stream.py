@@ -250,7 +250,7 @@ def _run(what: str, job: Any, files: Any, state: Any, progress: Progress, *, col
                 current.update(x, w)
             except (TypeError, ValueError) as error:
                 raise type(error)(f"piece {at} of {rows} rows: {error}") from None
-            zeros = zeros or w is not None and bool(np.any((np.asarray(w) == 0) & ~np.isnan(np.asarray(x, float))))
+            zeros = zeros or _passes.weightless(x, w)
             if state is not None and time.monotonic() - saved > _every:
                 _save(state, task, number, at + 1, kept, current)
                 saved = time.monotonic()
@@ -259,9 +259,8 @@ def _run(what: str, job: Any, files: Any, state: Any, progress: Progress, *, col
         done = 0
         if number + 1 < job.passes:
             kept, current = job.advance(kept, current)
-    weighed = [part.weight for part in _parts(kept, current) if hasattr(part, "weight")]
-    if zeros and weighed and weighed[0] == 0:
-        raise ValueError("weights: their total must be positive, it is 0")
+    if zeros:
+        _passes.require_weight(kept, current)
     result = job.finish(kept, current)
     if state is not None and os.path.exists(state):
         os.remove(state)

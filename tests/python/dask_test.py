@@ -1,6 +1,7 @@
 """vexel.dask: the bits of one machine for every chunking, and on a cluster that loses a worker."""
 
 import os
+import threading
 import time
 
 import numpy as np
@@ -79,6 +80,13 @@ def test_tables_frames_and_levels():
     np.testing.assert_allclose(vd.cov(lazy).compute(), vx.cov(table), rtol=1e-14)
     np.testing.assert_allclose(vd.corr(lazy, method="spearman").compute(), vx.corr(table, method="spearman"),
                                atol=1e-15)
+    for method in ("average", "min", "max", "dense", "ordinal"):
+        x = np.floor(table[:, 0] * 3)
+        x[[7, 2100]] = np.nan, -0.0
+        assert bits(vd.rank(da.from_array(x, chunks=700), method=method).compute()) == bits(vx.rank(x, method=method))
+    small = np.floor(table[:600, :2])
+    assert vd.corr(da.from_array(small[:, 0], chunks=99), small[:, 1], method="kendall").compute() == \
+        vx.corr(small[:, 0], small[:, 1], method="kendall")
     import pandas as pd
 
     frame = pd.DataFrame({"a": table[:, 0], "b": np.arange(5000) % 7, "g": np.array(list("uvw"))[np.arange(5000) % 3]})
@@ -136,6 +144,13 @@ def test_poison_names_its_chunk():
     poisoned = lazy.map_blocks(lambda b, block_id: b.astype("U9") if block_id == (1,) else b, dtype=float)
     with pytest.raises((ValueError, TypeError), match=r"chunk \(1,\)"):
         vd.var(poisoned).compute()
+    for f, more in ((vd.mean, {}), (vd.median, {}), (vd.std, {}), (vd.describe, {}), (vd.kde, {"bandwidth": 1.0}),
+                    (vd.mean, {"kind": "quadratic"}), (vd.trimmed_mean, {"cut": 0.1}), (vd.cov, {"y": lazy})):
+        with pytest.raises(ValueError, match="weights: their total must be positive, it is 0"):
+            f(lazy, weights=np.zeros(len(X)), **more).compute()
+    with pytest.raises(ValueError, match="1: weights: their total"):
+        vd.mean(lazy, weights=np.arange(len(X)) % 2 == 0, by=np.arange(len(X)) % 2).compute()
+    assert np.isnan(vd.mean(lazy * np.nan, weights=np.zeros(len(X)), nan_policy="omit").compute())
 
 
 @pytest.fixture(scope="module")
@@ -161,6 +176,18 @@ def test_a_killed_worker_changes_no_bit(cluster):
     assert client.compute(vd.quantile(client.persist(x), q)).result(timeout=120).tobytes() == expected
     with pytest.raises(ValueError, match=r"chunk \(3,\)"):
         client.compute(vd.mean(x, weights=da.where(da.arange(1 << 22, chunks=1 << 18) == 3 << 18, -1, 1))).result()
+
+
+def _poison(block, block_id):
+    block = block.astype(object)
+    block[0] = threading.Lock() if block_id == (1,) else 1
+    return block
+
+
+def test_a_chunk_that_cannot_be_pickled_is_named(cluster):
+    poisoned = da.from_array(X, chunks=5000).map_blocks(_poison, dtype=float)
+    with pytest.raises(TypeError, match=r"chunk \(1,\).*lock"):
+        cluster[1].compute(vd.median(poisoned)).result(timeout=60)
 
 
 def _flaky(block, folder, block_info=None):

@@ -14,7 +14,7 @@ from dask.delayed import Delayed
 from dask.graph_manipulation import bind
 from dask.highlevelgraph import HighLevelGraph
 
-from .._passes import Job
+from .._passes import Job, require_weight, weightless
 
 _fan = 8  # states merged by one task
 
@@ -59,9 +59,10 @@ def _array(x: Any) -> Any:
 
 
 def take(job: Job, split: Callable[..., Any], place: tuple[int, ...], before: Any, x: Any, weights: Any,
-         by: Any) -> dict[Any, bytes]:
-    """The states of one chunk, by variable: as bytes, which have no room for empty cells."""
-    states: dict[Any, bytes] = {}
+         by: Any) -> dict[Any, tuple[bytes, bool]]:
+    """The states of one chunk, by variable: as bytes, which have no room for empty cells, and
+    whether values of weight 0 were there."""
+    states: dict[Any, tuple[bytes, bool]] = {}
     try:
         x = _array(x)
         if x.dtype == object:
@@ -73,36 +74,49 @@ def take(job: Job, split: Callable[..., Any], place: tuple[int, ...], before: An
             raise ValueError(f"weights: {len(x)} are expected, {len(weights)} came")
         for key, (values, w) in split(x, weights, None if by is None else np.asarray(by)).items():
             state = job.begin() if before is None else pickle.loads(before[key][1])
-            states[key] = pickle.dumps(state.update(values, w))
-    except (ValueError, TypeError) as error:
-        raise type(error)(f"chunk {place}: {error}") from None
+            states[key] = pickle.dumps(state.update(values, w)), weightless(values, w)
+    except (ValueError, TypeError, LookupError, ArithmeticError) as error:
+        kind = TypeError if isinstance(error, TypeError) else ValueError
+        raise kind(f"chunk {place}: {error}") from None
     return states
 
 
-def combine(parts: list[dict[Any, bytes]]) -> dict[Any, bytes]:
+def combine(parts: list[dict[Any, tuple[bytes, bool]]]) -> dict[Any, tuple[bytes, bool]]:
     """The merged states of each variable."""
-    out: dict[Any, bytes] = {}
+    out: dict[Any, tuple[bytes, bool]] = {}
     for key in {key: None for part in parts for key in part}:
-        merged = None
+        merged, zeros = None, False
         for part in parts:
             if key in part:
-                state = pickle.loads(part[key])
+                state = pickle.loads(part[key][0])
                 merged = state if merged is None else merged.merge(state)
-        out[key] = pickle.dumps(merged)
+                zeros = zeros or part[key][1]
+        out[key] = pickle.dumps(merged), zeros
     return out
 
 
-def advance(job: Job, before: Any, states: dict[Any, bytes]) -> dict[Any, Any]:
+def _merged(before: Any, states: dict[Any, tuple[bytes, bool]]) -> Any:
+    """What is kept of earlier passes and the state of this one, by variable."""
+    for key, (data, zeros) in states.items():
+        kept, state = None if before is None else before[key][0], pickle.loads(data)
+        if zeros:
+            try:
+                require_weight(kept, state)
+            except ValueError as error:
+                raise error if key is None else ValueError(f"{key!r}: {error}") from None
+        yield key, kept, state
+
+
+def advance(job: Job, before: Any, states: dict[Any, tuple[bytes, bool]]) -> dict[Any, Any]:
     out = {}
-    for key, state in states.items():
-        kept, state = job.advance(None if before is None else before[key][0], pickle.loads(state))
+    for key, kept, state in _merged(before, states):
+        kept, state = job.advance(kept, state)
         out[key] = kept, pickle.dumps(state)
     return out
 
 
-def finish(job: Job, shape: Callable[..., Any], before: Any, states: dict[Any, bytes]) -> Any:
-    return shape({key: job.finish(None if before is None else before[key][0], pickle.loads(state))
-                  for key, state in states.items()})
+def finish(job: Job, shape: Callable[..., Any], before: Any, states: dict[Any, tuple[bytes, bool]]) -> Any:
+    return shape({key: job.finish(kept, state) for key, kept, state in _merged(before, states)})
 
 
 def _one_pass(job: Job, source: Source, before: Delayed | None, last: Any, number: int) -> Delayed:

@@ -15,6 +15,7 @@ from .. import _passes
 from .._random import Random
 from .._random import bootstrap as _bootstrap_of
 from .._results import Description
+from .._statistics import corr as _corr_of
 from ._graph import Source, as_array, chunks_like, columns, levels, run, whole
 
 _policies = ("propagate", "omit", "raise")
@@ -223,6 +224,11 @@ def _covariance(x: Any, y: Any, ddof: float, correlation: bool, weights: Any, na
     return run(job, Source(source.x, source.weights, None, whole), partial(_matrix, y is not None))
 
 
+def _kendall(table: Any, weights: Any, nan_policy: Any, pair: bool) -> Any:
+    matrix = _corr_of(table, method="kendall", weights=weights, nan_policy=nan_policy)
+    return float(matrix[0, 1]) if pair else matrix
+
+
 def cov(x: Any, y: Any = None, *, ddof: float = 1, weights: Any = None,
         nan_policy: str = "propagate") -> Delayed:
     """Covariance of two variables or of a table's columns, in one pass; as `vexel.cov`."""
@@ -234,11 +240,16 @@ def corr(x: Any, y: Any = None, *, method: str = "pearson", weights: Any = None,
     """Correlation of two variables or of a table's columns, in one pass; as `vexel.corr`.
 
     method "spearman" ranks the columns first, one more pass (without weights and missing values).
+    "kendall" is one task, on the worker that gathers the chunks: they must fit there.
     """
     if method == "pearson":
         return _covariance(x, y, 1, True, weights, nan_policy)
+    if method == "kendall":
+        both = as_array(x) if y is None else _pair(x, y)
+        return delayed(_kendall)(both, None if weights is None else chunks_like(weights, both, "weights"), nan_policy,
+                                 y is not None)
     if method != "spearman":
-        raise ValueError(f'method: "pearson" and "spearman" are allowed on Dask collections, {method!r} came')
+        raise ValueError(f'method: "pearson", "spearman" and "kendall" are allowed, {method!r} came')
     if weights is not None or nan_policy == "omit":
         raise ValueError('method: "spearman" goes without weights and with nan_policy "propagate" or "raise"')
     table = as_array(x) if y is None else _pair(x, y)
@@ -251,33 +262,59 @@ def corr(x: Any, y: Any = None, *, method: str = "pearson", weights: Any = None,
 range_of = range  # `range` is a parameter's name above
 
 
-def _ranked(method: str, found: Any, x: Any) -> Any:
-    values, counts = found.values, found.counts
-    at = np.searchsorted(values, x)
+def _before(found: Any, before: Any, x: Any) -> Any:
+    """How often each value of the tally came in the chunks before and in this one."""
+    at = np.searchsorted(found.values, x[~np.isnan(x)])
+    return np.bincount(at, minlength=len(found.values)) + (0 if before is None else before)
+
+
+def _ordinal(found: Any, before: Any, at: Any) -> Any:
+    """Ranks of a chunk's values, at these places of the tally, when equal ones are counted in their order."""
+    order = np.argsort(at, kind="stable")
+    ordered = at[order]
+    out = np.empty(len(at))
+    out[order] = np.arange(len(at)) - np.searchsorted(ordered, ordered)  # within the chunk
+    starts = np.cumsum(found.counts) - found.counts + 1
+    return out + starts[at] + (0 if before is None else before[at])
+
+
+def _ranked(method: str, found: Any, before: Any, x: Any) -> Any:
+    there = ~np.isnan(x)
+    at = np.searchsorted(found.values, x[there])
+    out = np.full(np.shape(x), np.nan)
+    if method == "ordinal":
+        out[there] = _ordinal(found, before, at)
+        return out
+    counts = found.counts
     ends = np.cumsum(counts)  # whole numbers
     of = {"min": ends - counts + 1, "max": ends, "average": ends - (counts - 1) / 2,
-          "dense": np.arange(1.0, len(values) + 1)}[method]
-    out = np.full(np.shape(x), np.nan)
-    there = ~np.isnan(x)
-    out[there] = of[at[there]]
+          "dense": np.arange(1.0, len(counts) + 1)}[method]
+    out[there] = of[at]
     return out
 
 
 def rank(x: Any, *, method: str = "average", nan_policy: str = "propagate") -> Any:
     """Ranks from 1 of one variable, as a Dask array in the chunks of `x`; two passes.
 
-    Each task looks the ranks up in the tally of all values, so memory goes by distinct values.
-    method "ordinal" is not there.
+    Each task looks the ranks up in the tally of all values, so memory goes by distinct values;
+    method "ordinal" counts the values of the chunks before one after the other.
     """
-    if method not in ("average", "min", "max", "dense"):
-        raise ValueError(f'method: "average", "min", "max" and "dense" are allowed on Dask collections, {method!r} came')
+    if method not in ("average", "min", "max", "dense", "ordinal"):
+        raise ValueError('method: "average", "min", "max", "dense" and "ordinal" are allowed, '
+                         f"{method!r} came")
     source, shape = _source(x, None, None, None, nan_policy)
     if source.x.ndim != 1:
         raise ValueError(f"x: one dimension is expected, {source.x.ndim} came")
     found = run(_passes.tally_job(nan_policy), source, shape)
     again = source.after(found).x
     name = "vexel-rank-" + tokenize(again.name, found.key, method)
-    graph = {(name, i): (_ranked, method, found.key, (again.name, i)) for i in range_of(again.numblocks[0])}
+    graph: dict[Any, Any] = {}
+    before = None
+    for i in range_of(again.numblocks[0]):
+        graph[name, i] = (_ranked, method, found.key, before, (again.name, i))
+        if method == "ordinal":
+            graph["before-" + name, i] = (_before, found.key, before, (again.name, i))
+            before = ("before-" + name, i)
     return da.Array(HighLevelGraph.from_collections(name, graph, dependencies=[again, found]), name,
                     chunks=again.chunks, dtype=np.float64)
 
