@@ -3,6 +3,7 @@
 #   make demo      descriptive statistics of real data, through the host and the library
 #   make check     build everything and run the tests
 #   make asan      the tests under AddressSanitizer and UndefinedBehaviorSanitizer
+#   make tsan      all functions in eight threads at once under ThreadSanitizer
 #   make bench     the measurements
 #   make bench-peers  the same jobs in R, SciPy, GSL and Boost: docs/performance.md
 #   make accuracy  error of every probability and quantile against high-precision references: docs/accuracy.md, docs/functions/accuracy.md
@@ -17,7 +18,7 @@ JOBS ?= $(shell nproc)
 CTEST_FLAGS ?= --output-on-failure -j $(JOBS)
 SOURCES = git ls-files '*.cpp' '*.hpp' '*.h'
 
-.PHONY: all packages build demo check asan bench bench-peers docs gallery accuracy tidy format format-check install clean
+.PHONY: all packages build demo check asan tsan bench bench-peers docs gallery accuracy tidy format format-check install clean
 
 all: build
 
@@ -43,6 +44,11 @@ asan: packages
 	@cmake --preset asan >/dev/null
 	@cmake --build --preset asan -j $(JOBS)
 	@ctest --test-dir build-asan $(CTEST_FLAGS)
+
+tsan: packages
+	@cmake --preset tsan >/dev/null
+	@cmake --build --preset tsan -j $(JOBS) --target functions_faults
+	@setarch -R build-tsan/bin/functions_faults --gtest_filter='Functions.*'
 
 bench:
 	@scripts/install-packages bench

@@ -14,7 +14,7 @@ namespace vexel::kernels {
 // Compiled for wider vectors as well, the fitting one chosen when the library is loaded; the
 // arithmetic is the same.
 #if defined(__x86_64__) && defined(__gnu_linux__) && !defined(__clang__) && \
-    !defined(__SANITIZE_ADDRESS__)
+    !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
 #define KERNELS_WIDER_VECTORS __attribute__((target_clones("default", "avx2", "avx512f")))
 #else
 #define KERNELS_WIDER_VECTORS

@@ -18,7 +18,7 @@ thread_local std::int64_t allocationsLeft = -1;  // counts down; the one that fi
 thread_local std::int64_t allocations = 0;
 std::atomic<std::int64_t> alive{0};
 
-void* allocate(std::size_t size, std::size_t alignment) {
+[[maybe_unused]] void* allocate(std::size_t size, std::size_t alignment) {
   ++allocations;
   if (allocationsLeft >= 0 && allocationsLeft-- == 0) {
     throw std::bad_alloc();
@@ -32,7 +32,7 @@ void* allocate(std::size_t size, std::size_t alignment) {
   return p;
 }
 
-void release(void* p) noexcept {
+[[maybe_unused]] void release(void* p) noexcept {
   if (p != nullptr) {
     --alive;
     std::free(p);
@@ -49,6 +49,7 @@ std::vector<std::uint64_t> bitsOf(const std::vector<double>& v) {
 
 }  // namespace
 
+#ifndef __SANITIZE_THREAD__  // which has its own, before anything else runs
 void* operator new(std::size_t size) { return allocate(size, 0); }
 void* operator new[](std::size_t size) { return allocate(size, 0); }
 void* operator new(std::size_t size, std::align_val_t a) {
@@ -57,6 +58,13 @@ void* operator new(std::size_t size, std::align_val_t a) {
 void* operator new[](std::size_t size, std::align_val_t a) {
   return allocate(size, static_cast<std::size_t>(a));
 }
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
+  try {
+    return allocate(size, 0);
+  } catch (const std::bad_alloc&) {
+    return nullptr;
+  }
+}
 void operator delete(void* p) noexcept { release(p); }
 void operator delete[](void* p) noexcept { release(p); }
 void operator delete(void* p, std::size_t) noexcept { release(p); }
@@ -64,6 +72,7 @@ void operator delete[](void* p, std::size_t) noexcept { release(p); }
 void operator delete(void* p, std::align_val_t) noexcept { release(p); }
 void operator delete[](void* p, std::align_val_t) noexcept { release(p); }
 void operator delete(void* p, std::size_t, std::align_val_t) noexcept { release(p); }
+#endif
 void operator delete[](void* p, std::size_t, std::align_val_t) noexcept { release(p); }
 
 namespace {

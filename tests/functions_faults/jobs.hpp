@@ -2,6 +2,7 @@
 #pragma once
 
 #include <functional>
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -9,5 +10,7 @@ struct Job {
   std::string name;
   std::function<std::vector<double>()> run;  // all of its results
 };
+
+inline void PrintTo(const Job& job, std::ostream* out) { *out << job.name; }
 
 std::vector<Job> jobs();
