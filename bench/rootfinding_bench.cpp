@@ -13,8 +13,8 @@
 #include <cmath>
 #include <vexel/kernel.hpp>
 
-#include "rootfinding/brent.hpp"
-#include "rootfinding/newton_raphson.hpp"
+#include "kernel/callback_adapters.hpp"
+#include "rootfinding/given_names.hpp"
 
 namespace {
 
@@ -44,7 +44,7 @@ vexel::Kernel& kernel() {
 }
 
 void BrentInternal(benchmark::State& state) {
-  STATS_VexelCFuncAdapter_HW f(nullptr, cdf);
+  const auto f = [](double x) { return cdf(x); };
   Targets targets;
   for (auto _ : state) {
     benchmark::DoNotOptimize(STATS_BrentMethod_HW(nullptr, targets.next(), f, -10, 10, kTol, 100));
@@ -103,8 +103,8 @@ void BrentGsl(benchmark::State& state) {
 BENCHMARK(BrentGsl);
 
 void NewtonInternal(benchmark::State& state) {
-  STATS_VexelCFuncAdapter_HW f(nullptr, cdf);
-  STATS_VexelCFuncAdapter_HW d(nullptr, pdf);
+  const auto f = [](double x) { return cdf(x); };
+  const auto d = [](double x) { return pdf(x); };
   Targets targets;
   for (auto _ : state) {
     benchmark::DoNotOptimize(

@@ -60,7 +60,7 @@ TEST_F(EnvelopeTest, BoundsBoundRefinementSavesAndSamplesFit) {
     const vexel::Value s = setup(d, 200);
     STATS_EnvelopeGenerator_HW generator(kv);
     ASSERT_EQ(generator.initialize(kv, s.handle()), 1);
-    EXPECT_EQ(generator.envelope().size(), d.basePoints.size() - 1);
+    EXPECT_EQ(generator.envelope().elements().size(), d.basePoints.size() - 1);
     calls = 0;
     draw(generator, 100);
     const double early = static_cast<double>(calls) / 100;
@@ -71,14 +71,13 @@ TEST_F(EnvelopeTest, BoundsBoundRefinementSavesAndSamplesFit) {
     EXPECT_LT(late, 0.1);
     EXPECT_LT(late, early);
     EXPECT_LT(misfit(sample, d.cdf), 5);
-    EXPECT_LE(generator.envelope().size(), 200U);
+    EXPECT_LE(generator.envelope().elements().size(), 200U);
 
-    for (std::uint32_t i = 0; i < generator.envelope().size(); ++i) {
-      const auto& e = generator.envelope().elementAt(i);
+    for (const auto& e : generator.envelope().elements()) {
       for (const double u : {0.0, 0.1, 0.35, 0.5, 0.62, 0.9, 1.0}) {
         const double x = e.x[0] + (e.x[2] - e.x[0]) * u;
-        EXPECT_GE(generator.fU(e, x), d.h(x) - 1e-12) << x;
-        EXPECT_LE(generator.fL(e, x), d.h(x) + 1e-12) << x;
+        EXPECT_GE(e.upper(x), d.h(x) - 1e-12) << x;
+        EXPECT_LE(e.lower(x), d.h(x) + 1e-12) << x;
       }
     }
   }

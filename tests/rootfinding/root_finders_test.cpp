@@ -6,7 +6,7 @@
 
 #include "host_call.hpp"
 #include "kernel_test.hpp"
-#include "rootfinding/discrete_interpolation.hpp"
+#include "rootfinding/given_names.hpp"
 
 namespace {
 
@@ -63,7 +63,7 @@ TEST_F(RootTest, HardFunctionsHaveTheirRoots) {
 TEST_F(RootTest, TheEndsOfThe32BitRangeAreSafe) {
   using Limits = std::numeric_limits<std::int32_t>;
   const VKernelVector kv = kernel.vector();
-  STATS_VexelCFuncAdapter_HW line(kv, [](double x) { return x / 0x1p31; });
+  const auto line = [](double x) { return x / 0x1p31; };
   for (const double p : {-0.5, 0.5}) {
     EXPECT_EQ(STATS_DiscreteInterpolation_HW(kv, p, line, Limits::min(), Limits::max(), 100),
               p * 0x1p31);

@@ -4,10 +4,9 @@
 
 #include "distributions/families.hpp"
 #include "distributions/nag_call.hpp"
-#include "distributions/probability_adapter.hpp"
-#include "distributions/searched_sample.hpp"
 #include "kernel/uniform_source.hpp"
-#include "rootfinding/discrete_interpolation.hpp"
+#include "kernels/classic/searched_sample.hpp"
+#include "rootfinding/given_names.hpp"
 
 double STATS_BinomialProbability_HW(VKernelVector kv, double x, std::int32_t n, double p) {
   const std::int32_t k = STATS_DoubleToInteger_HW(std::floor(x));
@@ -22,7 +21,7 @@ auto distributionFunction(VKernelVector kv, std::int32_t n, double p) {
   return [=](double x) { return STATS_BinomialProbability_HW(kv, x, n, p); };
 }
 
-std::int32_t search(VKernelVector kv, double u, std::int32_t n, STATS_VexelCallbackAdapter_HW& F) {
+std::int32_t search(VKernelVector kv, double u, std::int32_t n, STATS_RealFunction_HW F) {
   const int limit = STATS_IterationLimit_HW(kv);
   return STATS_DiscreteInterpolation_HW(kv, u, F, 0, n, limit);
 }
@@ -36,7 +35,7 @@ bool isRoundedNormal(std::int32_t n, double p) {
 }  // namespace
 
 std::int32_t STATS_BinomialDeviate_HW(VKernelVector kv, double u, std::int32_t n, double p) {
-  STATS_ProbabilityAdapter_HW F(kv, distributionFunction(kv, n, p));
+  const auto F = distributionFunction(kv, n, p);
   return search(kv, u, n, F);
 }
 
@@ -63,7 +62,8 @@ void STATS_BinomialRandomSample_HW(VKernelVector kv, double* data, std::int32_t 
     }
     return;
   }
-  STATS_FillBySearch_HW(
-      kv, data, size, distributionFunction(kv, n, p),
-      [=](double u, STATS_VexelCallbackAdapter_HW& F) { return search(kv, u, n, F); });
+  STATS_VexelRandomStream_HW uniforms;
+  vexel::kernels::classic::fillBySearch(
+      uniforms, data, size, distributionFunction(kv, n, p),
+      [=](double u, STATS_RealFunction_HW F) { return search(kv, u, n, F); });
 }

@@ -10,7 +10,7 @@
 #include "distributions/families.hpp"
 #include "kernel/conversions.hpp"
 #include "kernel/uniform_source.hpp"
-#include "rootfinding/newton_raphson.hpp"
+#include "rootfinding/given_names.hpp"
 
 // The sign's uniform is drawn before the gamma variate.  A NaN or negative shape gives NaN without
 // a draw.
@@ -36,9 +36,8 @@ double STATS_ErrorRandomVariate_HW(VKernelVector kv, double a, double b, double 
 
 // Starts at a Cauchy-like quantile whose 3.1 stands where pi would: at p = 0 and 1 the start stays
 // moderate.
-double STATS_ErrorDeviate_HW(VKernelVector kv, double p, STATS_VexelCallbackAdapter_HW& F,
-                             STATS_VexelCallbackAdapter_HW& f, double a, double, double,
-                             double tol) {
+double STATS_ErrorDeviate_HW(VKernelVector kv, double p, STATS_RealFunction_HW F,
+                             STATS_RealFunction_HW f, double a, double, double, double tol) {
   const int limit = STATS_IterationLimit_HW(kv);
   const double x0 = std::tan((2.0 * p - 1.0) * 3.1 * 0.5) + a;
   return STATS_NewtonRaphson_HW(kv, p, F, f, x0, 0, 0.0, 0, 0.0, tol, limit);

@@ -26,8 +26,7 @@
 
 #include "kernel/uniform_source.hpp"
 #include "kernels/classic/variates.hpp"
-
-class STATS_VexelCallbackAdapter_HW;
+#include "kernels/rootfinding/real_function.hpp"
 
 // NOLINTBEGIN(bugprone-macro-parentheses): parameter lists
 #define STATS_VARIATE(Name, ...) \
@@ -122,8 +121,8 @@ STATS_VARIATE(Moyal, double a, double b);                  // location, scale
 
 // The x with F(x) = p of an error distribution by Newton-Raphson, f the derivative of F.  b and c
 // are not looked at: the procedures know them.
-double STATS_ErrorDeviate_HW(VKernelVector kv, double p, STATS_VexelCallbackAdapter_HW& F,
-                             STATS_VexelCallbackAdapter_HW& f, double a, double b, double c,
+double STATS_ErrorDeviate_HW(VKernelVector kv, double p, vexel::kernels::RealFunction F,
+                             vexel::kernels::RealFunction f, double a, double b, double c,
                              double tol);
 
 #undef STATS_VARIATE

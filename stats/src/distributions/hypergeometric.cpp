@@ -5,10 +5,9 @@
 
 #include "distributions/families.hpp"
 #include "distributions/nag_call.hpp"
-#include "distributions/probability_adapter.hpp"
-#include "distributions/searched_sample.hpp"
 #include "kernel/uniform_source.hpp"
-#include "rootfinding/discrete_interpolation.hpp"
+#include "kernels/classic/searched_sample.hpp"
+#include "rootfinding/given_names.hpp"
 
 double STATS_HypergeometricProbability_HW(VKernelVector kv, double x, std::int32_t n,
                                           std::int32_t l, std::int32_t m) {
@@ -31,7 +30,7 @@ auto distributionFunction(VKernelVector kv, std::int32_t n, std::int32_t l, std:
 }
 
 std::int32_t search(VKernelVector kv, double u, std::int32_t l, std::int32_t m,
-                    STATS_VexelCallbackAdapter_HW& F) {
+                    STATS_RealFunction_HW F) {
   if (u >= 1.0) {
     return std::min(l, m);
   }
@@ -43,7 +42,7 @@ std::int32_t search(VKernelVector kv, double u, std::int32_t l, std::int32_t m,
 
 std::int32_t STATS_HypergeometricDeviate_HW(VKernelVector kv, double u, std::int32_t n,
                                             std::int32_t l, std::int32_t m) {
-  STATS_ProbabilityAdapter_HW F(kv, distributionFunction(kv, n, l, m));
+  const auto F = distributionFunction(kv, n, l, m);
   return search(kv, u, l, m, F);
 }
 
@@ -55,7 +54,8 @@ double STATS_HypergeometricRandomVariate_HW(VKernelVector kv, std::int32_t n, st
 
 void STATS_HypergeometricRandomSample_HW(VKernelVector kv, double* data, std::int32_t size,
                                          std::int32_t n, std::int32_t l, std::int32_t m) {
-  STATS_FillBySearch_HW(
-      kv, data, size, distributionFunction(kv, n, l, m),
-      [=](double u, STATS_VexelCallbackAdapter_HW& F) { return search(kv, u, l, m, F); });
+  STATS_VexelRandomStream_HW uniforms;
+  vexel::kernels::classic::fillBySearch(
+      uniforms, data, size, distributionFunction(kv, n, l, m),
+      [=](double u, STATS_RealFunction_HW F) { return search(kv, u, l, m, F); });
 }

@@ -6,11 +6,10 @@
 #include <cmath>
 
 #include "distributions/families.hpp"
-#include "distributions/probability_adapter.hpp"
-#include "distributions/searched_sample.hpp"
 #include "kernel/conversions.hpp"
 #include "kernel/uniform_source.hpp"
-#include "rootfinding/discrete_interpolation.hpp"
+#include "kernels/classic/searched_sample.hpp"
+#include "rootfinding/given_names.hpp"
 
 double STATS_NegativeBinomialProbability_HW(VKernelVector kv, double x, double n, double p) {
   return STATS_BetaProbability_HW(kv, p, n, std::floor(x) + 1.0);
@@ -24,7 +23,7 @@ auto distributionFunction(VKernelVector kv, double n, double p) {
 
 // The search starts at the whole part of n: n below 1 raises, and so may a start far below the
 // answer.  Its limit is 100 steps whatever the host sets.
-std::int32_t search(VKernelVector kv, double u, double n, STATS_VexelCallbackAdapter_HW& F) {
+std::int32_t search(VKernelVector kv, double u, double n, STATS_RealFunction_HW F) {
   return STATS_DiscreteInterpolationHybridLeft_HW(kv, u, F, 0.0, 1.0, 0,
                                                   STATS_DoubleToInteger_HW(n), 100);
 }
@@ -32,7 +31,7 @@ std::int32_t search(VKernelVector kv, double u, double n, STATS_VexelCallbackAda
 }  // namespace
 
 std::int32_t STATS_NegativeBinomialDeviate_HW(VKernelVector kv, double u, double n, double p) {
-  STATS_ProbabilityAdapter_HW F(kv, distributionFunction(kv, n, p));
+  const auto F = distributionFunction(kv, n, p);
   return search(kv, u, n, F);
 }
 
@@ -43,7 +42,8 @@ double STATS_NegativeBinomialRandomVariate_HW(VKernelVector kv, double n, double
 
 void STATS_NegativeBinomialRandomSample_HW(VKernelVector kv, double* data, std::int32_t size,
                                            double n, double p) {
-  STATS_FillBySearch_HW(
-      kv, data, size, distributionFunction(kv, n, p),
-      [=](double u, STATS_VexelCallbackAdapter_HW& F) { return search(kv, u, n, F); });
+  STATS_VexelRandomStream_HW uniforms;
+  vexel::kernels::classic::fillBySearch(
+      uniforms, data, size, distributionFunction(kv, n, p),
+      [=](double u, STATS_RealFunction_HW F) { return search(kv, u, n, F); });
 }

@@ -3,8 +3,7 @@
 
 #include "distributions/families.hpp"
 #include "distributions/nag_call.hpp"
-#include "distributions/probability_adapter.hpp"
-#include "rootfinding/brent.hpp"
+#include "rootfinding/given_names.hpp"
 
 double STATS_NonCentralBetaProbability_HW(VKernelVector kv, double x, double nu1, double nu2,
                                           double delta, double tol) {
@@ -16,9 +15,9 @@ double STATS_NonCentralBetaProbability_HW(VKernelVector kv, double x, double nu1
 
 double STATS_NonCentralBetaDeviate_HW(VKernelVector kv, double p, double nu1, double nu2,
                                       double delta, double tol) {
-  STATS_ProbabilityAdapter_HW probability(kv, [=](double x) {
+  const auto probability = [=](double x) {
     return STATS_NonCentralBetaProbability_HW(kv, x, nu1, nu2, delta, tol);
-  });
+  };
   const int limit = STATS_IterationLimit_HW(kv);
   return STATS_BrentMethod_HW(kv, p, probability, 0.0, 1.0, tol, limit);
 }

@@ -7,9 +7,8 @@
 
 #include "distributions/families.hpp"
 #include "distributions/nag_call.hpp"
-#include "distributions/probability_adapter.hpp"
 #include "kernel/uniform_source.hpp"
-#include "rootfinding/brent.hpp"
+#include "rootfinding/given_names.hpp"
 
 double STATS_NonCentralChiSquareProbability_HW(VKernelVector kv, double x, double nu, double delta,
                                                double tol) {
@@ -22,8 +21,9 @@ double STATS_NonCentralChiSquareProbability_HW(VKernelVector kv, double x, doubl
 // The search starts at the mean.
 double STATS_NonCentralChiSquareDeviate_HW(VKernelVector kv, double p, double nu, double delta,
                                            double tol) {
-  STATS_ProbabilityAdapter_HW probability(
-      kv, [=](double x) { return STATS_NonCentralChiSquareProbability_HW(kv, x, nu, delta, tol); });
+  const auto probability = [=](double x) {
+    return STATS_NonCentralChiSquareProbability_HW(kv, x, nu, delta, tol);
+  };
   const int limit = STATS_IterationLimit_HW(kv);
   return STATS_BrentMethodHybridLeft_HW(kv, p, probability, 0.0, 1.0, 0.0, nu + delta, tol, limit);
 }

@@ -2,8 +2,7 @@
 
 #include "distributions/families.hpp"
 #include "distributions/nag_call.hpp"
-#include "distributions/probability_adapter.hpp"
-#include "rootfinding/brent.hpp"
+#include "rootfinding/given_names.hpp"
 
 double STATS_NonCentralFRatioProbability_HW(VKernelVector kv, double x, double nu1, double nu2,
                                             double delta, double tol) {
@@ -19,9 +18,9 @@ double STATS_NonCentralFRatioProbability_HW(VKernelVector kv, double x, double n
 // The search starts at 5.
 double STATS_NonCentralFRatioDeviate_HW(VKernelVector kv, double p, double nu1, double nu2,
                                         double delta, double tol) {
-  STATS_ProbabilityAdapter_HW probability(kv, [=](double x) {
+  const auto probability = [=](double x) {
     return STATS_NonCentralFRatioProbability_HW(kv, x, nu1, nu2, delta, tol);
-  });
+  };
   const int limit = STATS_IterationLimit_HW(kv);
   return STATS_BrentMethodHybridLeft_HW(kv, p, probability, 0.0, 1.0, 0.0, 5.0, tol, limit);
 }

@@ -4,10 +4,9 @@
 
 #include "distributions/families.hpp"
 #include "distributions/nag_call.hpp"
-#include "distributions/probability_adapter.hpp"
-#include "distributions/searched_sample.hpp"
 #include "kernel/uniform_source.hpp"
-#include "rootfinding/discrete_interpolation.hpp"
+#include "kernels/classic/searched_sample.hpp"
+#include "rootfinding/given_names.hpp"
 
 // x is truncated, not floored: -0.5 counts as 0.
 double STATS_PoissonProbability_HW(VKernelVector kv, double x, double lambda) {
@@ -24,7 +23,7 @@ auto distributionFunction(VKernelVector kv, double lambda) {
 }
 
 // The search starts at floor(lambda), at least at 1 when that is 0.
-std::int32_t search(VKernelVector kv, double u, double lambda, STATS_VexelCallbackAdapter_HW& F) {
+std::int32_t search(VKernelVector kv, double u, double lambda, STATS_RealFunction_HW F) {
   const std::int32_t mean = STATS_DoubleToInteger_HW(std::floor(lambda));
   const int limit = STATS_IterationLimit_HW(kv);
   return STATS_DiscreteInterpolationHybridLeft_HW(kv, u, F, 0.0, 1.0, 0, mean == 0 ? 1 : mean,
@@ -34,7 +33,7 @@ std::int32_t search(VKernelVector kv, double u, double lambda, STATS_VexelCallba
 }  // namespace
 
 std::int32_t STATS_PoissonDeviate_HW(VKernelVector kv, double u, double lambda) {
-  STATS_ProbabilityAdapter_HW F(kv, distributionFunction(kv, lambda));
+  const auto F = distributionFunction(kv, lambda);
   return search(kv, u, lambda, F);
 }
 
@@ -44,7 +43,8 @@ double STATS_PoissonRandomVariate_HW(VKernelVector kv, double lambda) {
 }
 
 void STATS_PoissonRandomSample_HW(VKernelVector kv, double* data, std::int32_t n, double lambda) {
-  STATS_FillBySearch_HW(
-      kv, data, n, distributionFunction(kv, lambda),
-      [=](double u, STATS_VexelCallbackAdapter_HW& F) { return search(kv, u, lambda, F); });
+  STATS_VexelRandomStream_HW uniforms;
+  vexel::kernels::classic::fillBySearch(
+      uniforms, data, n, distributionFunction(kv, lambda),
+      [=](double u, STATS_RealFunction_HW F) { return search(kv, u, lambda, F); });
 }

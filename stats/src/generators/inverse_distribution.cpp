@@ -2,53 +2,17 @@
 
 #include "generators/inverse_distribution.hpp"
 
-#include <cmath>
 #include <memory>
 #include <vector>
 
 #include "distributions/random_sample.hpp"
 #include "kernel/conversions.hpp"
 #include "kernel/entry_frame.hpp"
+#include "kernel/host_procedure.hpp"
 #include "kernel/uniform_source.hpp"
+#include "kernels/rootfinding/inversion.hpp"
 
 namespace {
-
-using Callback = STATS_ICDFGenerator_HW::VexelCallback;
-
-struct Evaluation {
-  const Callback* callback;
-  double x;
-};
-
-// Bodies of the trapped evaluations; each leaves its result in a cell of its own.
-void* trapEvalhf(void* evaluation) {
-  static double cell;
-  const auto* e = static_cast<const Evaluation*>(evaluation);
-  const double args[] = {0.0, e->x};  // the host counts arguments from 1
-  cell = EvalhfVexelProc(e->callback->kv, e->callback->proc, 1, args);
-  return &cell;
-}
-
-void* trapEvalf(void* evaluation) {
-  static double cell;
-  const auto* e = static_cast<const Evaluation*>(evaluation);
-  const VKernelVector kv = e->callback->kv;
-  ALGEB r = EvalVexelProc(kv, e->callback->proc, 1, STATS_DoubleToVexelFloat_HW(kv, e->x));
-  if (!IsVexelNumeric(kv, r)) {
-    r = EvalVexelProcedure(kv, e->callback->evalfName, r);
-  }
-  cell = STATS_VexelFloatToDouble_HW(kv, r);
-  return &cell;
-}
-
-bool trapped(void* (*body)(void*), Evaluation e, double* out) {
-  V_BOOL failed = 0;
-  const void* cell = VexelTrapError(e.callback->kv, body, &e, &failed);
-  if (!failed) {
-    *out = *static_cast<const double*>(cell);
-  }
-  return !failed;
-}
 
 // The checks of entry points that name the position and kind of a missing or wrong argument.
 class ArgumentChecks {
@@ -80,58 +44,41 @@ class ArgumentChecks {
 
 STATS_ICDFGenerator_HW::STATS_ICDFGenerator_HW(VKernelVector kv, ALGEB cdf, ALGEB pdf, ALGEB lower,
                                                ALGEB upper, ALGEB tol, int useEvalhf)
-    : evalfName_(kv, ToVexelName(kv, "evalf", 1)),
-      lower_(STATS_VexelFloatToDouble_HW(kv, lower)),
+    : lower_(STATS_VexelFloatToDouble_HW(kv, lower)),
       upper_(STATS_VexelFloatToDouble_HW(kv, upper)),
       tol_(STATS_VexelFloatToDouble_HW(kv, tol)),
-      cdf_{kv, cdf, evalfName_.get(), useEvalhf},
-      pdf_{kv, pdf, evalfName_.get(), useEvalhf},
+      cdf_{kv, cdf, useEvalhf},
+      pdf_{kv, pdf, useEvalhf},
       cdfLower_(EvalfVexelProc1(cdf_, lower_)),
       cdfUpper_(EvalfVexelProc1(cdf_, upper_)),
       cdfRange_(cdfUpper_ - cdfLower_) {}
 
 double STATS_ICDFGenerator_HW::EvalfVexelProc1(const VexelCallback& callback, double x) {
-  double value = 0.0;
-  if (callback.useEvalhf && trapped(trapEvalhf, {&callback, x}, &value)) {
-    return value;
-  }
-  if (trapped(trapEvalf, {&callback, x}, &value)) {
-    return value;
-  }
   const VKernelVector kv = callback.kv;
+  const ALGEB proc = callback.proc;
+  const auto inHardware = [=] {
+    const double args[] = {0.0, x};  // the host counts arguments from 1
+    return EvalhfVexelProc(kv, proc, 1, args);
+  };
+  const auto inSoftware = [=] {
+    return STATS_SoftwareValue_HW(kv, proc, STATS_DoubleToVexelFloat_HW(kv, x));
+  };
+  double value = 0.0;
+  if (callback.useEvalhf && STATS_Trapped_HW(kv, inHardware, &value)) {
+    return value;
+  }
+  if (STATS_Trapped_HW(kv, inSoftware, &value)) {
+    return value;
+  }
   VexelRaiseError1(kv, "%1 does not evaluate to float",
-                   EvalVexelProc(kv, callback.proc, 1, STATS_DoubleToVexelFloat_HW(kv, x)));
+                   EvalVexelProc(kv, proc, 1, STATS_DoubleToVexelFloat_HW(kv, x)));
 }
 
 double STATS_ICDFGenerator_HW::Quantile(const VexelCallback& cdf, const VexelCallback& pdf,
                                         double p, double lower, double upper, double tol) {
-  constexpr int kPasses = 100;
-  double xl = lower;
-  double xh = upper;
-  double x = (lower + upper) * 0.5;
-  double dx = upper - lower;  // signed; a reversed interval starts with a negative step
-  double dxOld = dx;
-  double g = EvalfVexelProc1(cdf, x) - p;
-  double d = EvalfVexelProc1(pdf, x);
-  for (int pass = 0; pass < kPasses; ++pass) {
-    const bool staysInside = ((x - xh) * d - g) * ((x - xl) * d - g) <= 0.0;
-    const bool halvesStep = std::abs(2.0 * g) <= std::abs(dxOld * d);
-    dxOld = dx;
-    const bool newton = staysInside && halvesStep;
-    dx = newton ? g / d : (xh - xl) * 0.5;
-    const double next = newton ? x - dx : xl + dx;
-    if (next == (newton ? x : xl)) {
-      return next;
-    }
-    x = next;
-    if (std::abs(dx) < tol) {
-      return x;
-    }
-    g = EvalfVexelProc1(cdf, x) - p;
-    d = EvalfVexelProc1(pdf, x);
-    (g < 0.0 ? xl : xh) = x;
-  }
-  return x;
+  return vexel::kernels::invert([&](double x) { return EvalfVexelProc1(cdf, x); },
+                                [&](double x) { return EvalfVexelProc1(pdf, x); }, p, lower, upper,
+                                tol);
 }
 
 double STATS_ICDFGenerator_HW::Next() const {

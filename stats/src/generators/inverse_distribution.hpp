@@ -12,7 +12,6 @@ class STATS_ICDFGenerator_HW {
   struct VexelCallback {
     VKernelVector kv;
     ALGEB proc;
-    ALGEB evalfName;
     int useEvalhf;  // nonzero: try hardware evaluation first
   };
 
@@ -25,8 +24,7 @@ class STATS_ICDFGenerator_HW {
   // number.  Raises "%1 does not evaluate to float" when neither works.
   static double EvalfVexelProc1(const VexelCallback& callback, double x);
 
-  // The x in [lower, upper] where cdf is p.  Never fails: an impossible p gives a point of the
-  // interval, and the 100th step ends the search wherever it is.
+  // The x in [lower, upper] where cdf is p (kernels/rootfinding/inversion.hpp).
   static double Quantile(const VexelCallback& cdf, const VexelCallback& pdf, double p, double lower,
                          double upper, double tol);
 
@@ -34,21 +32,6 @@ class STATS_ICDFGenerator_HW {
   double Next() const;
 
  private:
-  // Keeps a host object from the collector.
-  class Protected {
-   public:
-    Protected(VKernelVector kv, ALGEB x) : kv_(kv), x_(x) { VexelGcProtect(kv, x); }
-    ~Protected() { VexelGcAllow(kv_, x_); }
-    Protected(const Protected&) = delete;
-    Protected& operator=(const Protected&) = delete;
-    ALGEB get() const { return x_; }
-
-   private:
-    VKernelVector kv_;
-    ALGEB x_;
-  };
-
-  Protected evalfName_;
   double lower_;
   double upper_;
   double tol_;

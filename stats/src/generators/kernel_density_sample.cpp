@@ -7,24 +7,12 @@
 #include <vector>
 
 #include "distributions/random_sample.hpp"
-#include "kernel/callback_adapters.hpp"
 #include "kernel/conversions.hpp"
 #include "kernel/entry_frame.hpp"
 #include "kernel/uniform_source.hpp"
-#include "rootfinding/discrete_interpolation.hpp"
+#include "rootfinding/given_names.hpp"
 
 namespace {
-
-// The cumulative table as a function of the integers 0 .. its last index.
-class _KernelProbabilityAdapter : public STATS_VexelCallbackAdapter_HW {
- public:
-  _KernelProbabilityAdapter(VKernelVector kv, const double* table)
-      : STATS_VexelCallbackAdapter_HW(kv), table_(table) {}
-  double Call(double x) override { return table_[STATS_DoubleToInteger_HW(x)]; }
-
- private:
-  const double* table_;
-};
 
 // Values at a, a + h, ...; in one cell more at either end the density falls linearly to 0.
 struct Grid {
@@ -97,7 +85,9 @@ STATS_ENTRY(STATS_VexelKernelDensitySample_HW) {
   const ALGEB sample = STATS_CreateRandomSample_HW(kv, n, ToVexelNULL(kv));
   auto* out = static_cast<double*>(RTableDataBlock(kv, sample));
   const std::vector<double> cumulative = grid.cumulative();
-  _KernelProbabilityAdapter probability(kv, cumulative.data());
+  const auto probability = [&](double x) {
+    return cumulative[static_cast<std::size_t>(STATS_DoubleToInteger_HW(x))];
+  };
   const auto last = static_cast<std::int32_t>(grid.size());
   constexpr int kSteps = 100;  // bisection of 2^31 cells takes 31
   for (std::int32_t j = 0; j < n; ++j) {

@@ -11,7 +11,7 @@
 #include "kernel/conversions.hpp"
 #include "kernel/entry_frame.hpp"
 #include "kernel/host_arrays.hpp"
-#include "rootfinding/brent.hpp"
+#include "rootfinding/given_names.hpp"
 
 namespace {
 

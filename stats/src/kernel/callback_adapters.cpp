@@ -3,15 +3,12 @@
 #include "kernel/callback_adapters.hpp"
 
 #include "kernel/conversions.hpp"
+#include "kernel/host_procedure.hpp"
 
 STATS_VexelProcAdapter_HW STATS_VexelStaticProcAdapter_HW::m_procInstance{nullptr, nullptr};
 
 double STATS_VexelProcAdapter_HW::Call(double x) {
-  ALGEB value = EvalVexelProcedure(kv_, proc_, STATS_DoubleToVexelFloat_HW(kv_, x));
-  if (!IsVexelNumeric(kv_, value)) {
-    value = EvalVexelProcedure(kv_, ToVexelName(kv_, "evalf", 1), value);
-  }
-  return VexelToFloat64(kv_, value);
+  return STATS_SoftwareValue_HW(kv_, proc_, STATS_DoubleToVexelFloat_HW(kv_, x));
 }
 
 namespace {

@@ -9,6 +9,7 @@ class STATS_VexelCallbackAdapter_HW {
   explicit STATS_VexelCallbackAdapter_HW(VKernelVector kv) : kv_(kv) {}
   virtual ~STATS_VexelCallbackAdapter_HW() = default;
   virtual double Call(double x) = 0;
+  double operator()(double x) { return Call(x); }
   void Initialize(VKernelVector kv) { kv_ = kv; }
 
  protected:

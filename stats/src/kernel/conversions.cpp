@@ -9,7 +9,7 @@
 #include <cmath>
 #include <limits>
 
-#include "kernel/host_arrays.hpp"
+#include "kernel/host_procedure.hpp"
 
 VKernelVector STATS_VexelUtils_HW::gVKernelVector = nullptr;
 ALGEB STATS_VexelUtils_HW::gVexelEvalfProc = nullptr;
@@ -122,12 +122,16 @@ void* STATS_VexelUtils_HW::TrapEvalfVexelProc(void* callbackArgs) {
   static double cell;
   const VKernelVector kv = gVKernelVector;
   const auto* call = static_cast<const VexelCallbackArgs*>(callbackArgs);
-  ALGEB value = EvalVexelProcedure(kv, call->proc, floatSequence(kv, *call));
-  if (!IsVexelNumeric(kv, value)) {
-    value = EvalVexelProcedure(kv, gVexelEvalfProc, value);
-  }
-  cell = VexelToFloat64(kv, value);
+  cell = STATS_SoftwareValue_HW(kv, call->proc, floatSequence(kv, *call));
   return &cell;
+}
+
+double STATS_SoftwareValue_HW(VKernelVector kv, ALGEB proc, ALGEB args) {
+  ALGEB value = EvalVexelProcedure(kv, proc, args);
+  if (!IsVexelNumeric(kv, value)) {
+    value = EvalVexelProcedure(kv, ToVexelName(kv, "evalf", 1), value);
+  }
+  return VexelToFloat64(kv, value);
 }
 
 bool STATS_IsVexelFloat_HW(ALGEB x) {

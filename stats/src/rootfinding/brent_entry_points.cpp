@@ -4,13 +4,13 @@
 // three guard digits.  Only the plain method rounds its result to Digits; the searches hand out the
 // float as it is.
 
-#include "rootfinding/brent.hpp"
 #include "rootfinding/entry_helpers.hpp"
+#include "rootfinding/given_names.hpp"
 
 namespace {
 
-using HybridWorker = double (*)(VKernelVector, double, STATS_VexelCallbackAdapter_HW&, double,
-                                double, double, double, double, int);
+using HybridWorker = double (*)(VKernelVector, double, STATS_RealFunction_HW, double, double,
+                                double, double, double, int);
 
 // (target, f, lowerValue, upperValue, two points, tolFactor, maxIter)
 ALGEB callHybrid(VKernelVector kv, ALGEB args, HybridWorker worker, const char* countMessage,

@@ -1,8 +1,8 @@
 // The exported integer quantile searches.  They neither raise Digits nor round: F is evaluated at
 // the host's precision and the result is an integer.
 
-#include "rootfinding/discrete_interpolation.hpp"
 #include "rootfinding/entry_helpers.hpp"
+#include "rootfinding/given_names.hpp"
 
 namespace {
 
@@ -10,8 +10,8 @@ std::int32_t integerPoint(const Arguments& arg, V_INT i) {
   return STATS_DoubleToInteger_HW(arg.real(i));
 }
 
-using HybridWorker = std::int32_t (*)(VKernelVector, double, STATS_VexelCallbackAdapter_HW&, double,
-                                      double, std::int32_t, std::int32_t, int);
+using HybridWorker = std::int32_t (*)(VKernelVector, double, STATS_RealFunction_HW, double, double,
+                                      std::int32_t, std::int32_t, int);
 
 // (p, F, lowerValue, upperValue, two integer points, maxIter).  The three searches share their
 // messages.

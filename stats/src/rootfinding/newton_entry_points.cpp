@@ -4,7 +4,7 @@
 // run with three guard digits; the result is rounded to Digits.
 
 #include "rootfinding/entry_helpers.hpp"
-#include "rootfinding/newton_raphson.hpp"
+#include "rootfinding/given_names.hpp"
 
 namespace {
 

@@ -13,18 +13,19 @@
 #include <utility>
 #include <vector>
 
-#include "kernel/callback_adapters.hpp"
-#include "kernel/uniform_source.hpp"
+#include "kernels/classic/uniforms.hpp"
+
+namespace vexel::kernels::classic {
 
 // The size of the tables for a sample of n, as a power of two: short ones are not worth large
 // tables.
-inline int STATS_CacheBits_HW(std::int32_t n) {
+inline int cacheBits(std::int32_t n) {
   return std::clamp(static_cast<int>(std::bit_width(static_cast<std::uint32_t>(n))), 4, 14);
 }
 
 // A table of integers with a value for each; one that falls into the same place displaces another.
 template <typename Value>
-class STATS_IntegerCache_HW {
+class IntegerCache {
  public:
   struct Entry {
     std::int32_t k;
@@ -33,8 +34,8 @@ class STATS_IntegerCache_HW {
     bool holds(std::int32_t i) const { return used && k == i; }
   };
 
-  explicit STATS_IntegerCache_HW(std::int32_t n)
-      : shift_(32 - STATS_CacheBits_HW(n)), entries_(std::size_t{1} << STATS_CacheBits_HW(n)) {}
+  explicit IntegerCache(std::int32_t n)
+      : shift_(32 - cacheBits(n)), entries_(std::size_t{1} << cacheBits(n)) {}
 
   // Fibonacci hashing: bisection of a power of two visits multiples of powers of two.
   Entry& at(std::int32_t k) {
@@ -48,12 +49,11 @@ class STATS_IntegerCache_HW {
 
 // A distribution function of integers that remembers its values.
 template <typename F>
-class STATS_RememberedProbability_HW : public STATS_VexelCallbackAdapter_HW {
+class Remembered {
  public:
-  STATS_RememberedProbability_HW(VKernelVector kv, std::int32_t n, F f)
-      : STATS_VexelCallbackAdapter_HW(kv), f_(std::move(f)), values_(n) {}
+  Remembered(std::int32_t n, F f) : f_(std::move(f)), values_(n) {}
 
-  double Call(double x) override {
+  double operator()(double x) {
     const auto k = static_cast<std::int32_t>(x);
     auto& entry = values_.at(k);
     if (!entry.holds(k)) {
@@ -64,15 +64,15 @@ class STATS_RememberedProbability_HW : public STATS_VexelCallbackAdapter_HW {
 
  private:
   F f_;
-  STATS_IntegerCache_HW<double> values_;
+  IntegerCache<double> values_;
 };
 
 // The uniforms that were found to end at each integer: all from the least to the largest do.
-class STATS_SearchGuide_HW {
+class SearchGuide {
  public:
-  explicit STATS_SearchGuide_HW(std::int32_t n)
+  explicit SearchGuide(std::int32_t n)
       : found_(n),
-        last_(std::size_t{1} << (STATS_CacheBits_HW(n) - 1)),
+        last_(std::size_t{1} << (cacheBits(n) - 1)),
         cells_(static_cast<double>(last_.size())) {}
 
   // search(u), or its result as far as earlier searches prove it: the integer that the last uniform
@@ -109,23 +109,24 @@ class STATS_SearchGuide_HW {
   };
   static constexpr int kTries = 8;
 
-  STATS_IntegerCache_HW<Range> found_;
+  IntegerCache<Range> found_;
   std::vector<std::int32_t> last_;  // by equal cells of the unit interval
   double cells_;
 };
 
 // n variates by inversion: data[i] = search(u, F) for the next uniform u, with F(x) =
 // probability(x).
-template <typename Probability, typename Search>
-void STATS_FillBySearch_HW(VKernelVector kv, double* data, std::int32_t n, Probability probability,
-                           Search search) {
+template <typename Uniforms, typename Probability, typename Search>
+void fillBySearch(Uniforms& uniforms, double* data, std::int32_t n, Probability probability,
+                  Search search) {
   if (n < 1) {
     return;
   }
-  STATS_RememberedProbability_HW F(kv, n, probability);
-  STATS_SearchGuide_HW guide(n);
+  Remembered F(n, probability);
+  SearchGuide guide(n);
   for (std::int32_t i = 0; i < n; ++i) {
-    data[i] = guide.find(STATS_VexelRandomStream_HW::NextDouble(),
-                         [&](double u) { return search(u, F); });
+    data[i] = guide.find(uniforms.unit(), [&](double u) { return search(u, F); });
   }
 }
+
+}  // namespace vexel::kernels::classic

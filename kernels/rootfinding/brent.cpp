@@ -2,14 +2,15 @@
 // tolerance relative to the root, and bracket searches by secant extrapolation to the end of f's
 // range.
 
-#include "rootfinding/brent.hpp"
+#include "kernels/rootfinding/brent.hpp"
 
 #include <algorithm>
 #include <cmath>
 
-namespace {
+#include "kernels/refusal.hpp"
 
-using Function = STATS_VexelCallbackAdapter_HW;
+namespace vexel::kernels {
+namespace {
 
 constexpr const char* kNotNondecreasing = "specified function is not a nondecreasing function.";
 constexpr const char* kNotConverged =
@@ -60,21 +61,20 @@ struct Step {
   }
 };
 
-void requireInRange(VKernelVector kv, double target, double lowerValue, double upperValue) {
+void requireInRange(double target, double lowerValue, double upperValue) {
   if (target < lowerValue || target > upperValue) {
-    VexelRaiseError(kv, "the specified approximation point must be between function bounds.");
+    throw Refusal("the specified approximation point must be between function bounds.");
   }
 }
 
 }  // namespace
 
-double STATS_BrentMethod_HW(VKernelVector kv, double target, STATS_VexelCallbackAdapter_HW& f,
-                            double aStart, double bStart, double tol, int maxIter) {
+double brent(double target, RealFunction f, double aStart, double bStart, double tol, int maxIter) {
   constexpr const char* kExhausted = "maximum number of iterations exceeded in Brent root finding.";
-  Point a{aStart, f.Call(aStart) - target};
-  Point b{bStart, f.Call(bStart) - target};
+  Point a{aStart, f(aStart) - target};
+  Point b{bStart, f(bStart) - target};
   if (sameStrictSign(a.f, b.f)) {
-    VexelRaiseError(kv, "root must be bracketed by lower and upper boundaries.");
+    throw Refusal("root must be bracketed by lower and upper boundaries.");
   }
   Point z = b;
   Step step;
@@ -98,25 +98,23 @@ double STATS_BrentMethod_HW(VKernelVector kv, double target, STATS_VexelCallback
     step.choose(a, b, z, xm, tol1);
     a = b;
     b.x += std::abs(step.d) > tol1 ? step.d : (xm < 0.0 ? -tol1 : tol1);
-    b.f = f.Call(b.x) - target;
+    b.f = f(b.x) - target;
   }
-  VexelRaiseError(kv, kExhausted);
+  throw Refusal(kExhausted);
 }
 
-double STATS_BrentMethodHybridRight_HW(VKernelVector kv, double target,
-                                       STATS_VexelCallbackAdapter_HW& f, double lowerValue,
-                                       double upperValue, double x0, double right, double tol,
-                                       int maxIter) {
+double brentLeftOf(double target, RealFunction f, double lowerValue, double upperValue, double x0,
+                   double right, double tol, int maxIter) {
   if (!(x0 < right)) {  // a NaN too
-    VexelRaiseError(kv, "the specified initial point must be less than the right barrier.");
+    throw Refusal("the specified initial point must be less than the right barrier.");
   }
-  requireInRange(kv, target, lowerValue, upperValue);
-  Point current{x0, f.Call(x0)};
+  requireInRange(target, lowerValue, upperValue);
+  Point current{x0, f(x0)};
   if (maxIter < 1) {
-    VexelRaiseError(kv, kNotConverged);
+    throw Refusal(kNotConverged);
   }
   if (target >= current.f) {
-    return STATS_BrentMethod_HW(kv, target, f, x0, right, tol, maxIter);
+    return brent(target, f, x0, right, tol, maxIter);
   }
   // The barrier pairs with the top of f's range, whatever f is there.
   Point reference{right, upperValue};
@@ -124,72 +122,67 @@ double STATS_BrentMethodHybridRight_HW(VKernelVector kv, double target,
     const double slope = (reference.f - current.f) / (reference.x - current.x);
     Point next{(lowerValue - (current.f - current.x * slope)) / slope, 0.0};
     if (next.x > current.x) {
-      VexelRaiseError(kv, kNotNondecreasing);
+      throw Refusal(kNotNondecreasing);
     }
-    next.f = f.Call(next.x);
+    next.f = f(next.x);
     if (next.f > current.f) {
-      VexelRaiseError(kv, kNotNondecreasing);
+      throw Refusal(kNotNondecreasing);
     }
     if (next.f == current.f || used == maxIter) {
-      VexelRaiseError(kv, kNotConverged);
+      throw Refusal(kNotConverged);
     }
     if (target >= next.f) {
-      return STATS_BrentMethod_HW(kv, target, f, next.x, current.x, tol, maxIter - used);
+      return brent(target, f, next.x, current.x, tol, maxIter - used);
     }
     reference = current;
     current = next;
   }
 }
 
-double STATS_BrentMethodHybridLeft_HW(VKernelVector kv, double target,
-                                      STATS_VexelCallbackAdapter_HW& f, double lowerValue,
-                                      double upperValue, double left, double x0, double tol,
-                                      int maxIter) {
+double brentRightOf(double target, RealFunction f, double lowerValue, double upperValue,
+                    double left, double x0, double tol, int maxIter) {
   if (!(x0 > left)) {  // a NaN too
-    VexelRaiseError(kv, "the specified initial point must be greater than the left barrier.");
+    throw Refusal("the specified initial point must be greater than the left barrier.");
   }
-  requireInRange(kv, target, lowerValue, upperValue);
-  Point current{x0, f.Call(x0)};
+  requireInRange(target, lowerValue, upperValue);
+  Point current{x0, f(x0)};
   if (maxIter < 1) {
-    VexelRaiseError(kv, kNotConverged);
+    throw Refusal(kNotConverged);
   }
   if (current.f >= target) {
-    return STATS_BrentMethod_HW(kv, target, f, left, x0, tol, maxIter);
+    return brent(target, f, left, x0, tol, maxIter);
   }
   Point reference{left, lowerValue};
   for (int used = 1;; ++used) {
     const double slope = (current.f - reference.f) / (current.x - reference.x);
     Point next{(upperValue - (reference.f - slope * reference.x)) / slope, 0.0};
     if (next.x < current.x) {
-      VexelRaiseError(kv, kNotNondecreasing);
+      throw Refusal(kNotNondecreasing);
     }
-    next.f = f.Call(next.x);
+    next.f = f(next.x);
     if (next.f < current.f) {
-      VexelRaiseError(kv, kNotNondecreasing);
+      throw Refusal(kNotNondecreasing);
     }
     if (next.f == current.f || used == maxIter) {
-      VexelRaiseError(kv, kNotConverged);
+      throw Refusal(kNotConverged);
     }
     if (next.f >= target) {
-      return STATS_BrentMethod_HW(kv, target, f, current.x, next.x, tol, maxIter - used);
+      return brent(target, f, current.x, next.x, tol, maxIter - used);
     }
     reference = current;
     current = next;
   }
 }
 
-double STATS_BrentMethodHybridUnbound_HW(VKernelVector kv, double target,
-                                         STATS_VexelCallbackAdapter_HW& f, double lowerValue,
-                                         double upperValue, double initPoint1, double initPoint2,
-                                         double tol, int maxIter) {
+double brentFromTwo(double target, RealFunction f, double lowerValue, double upperValue,
+                    double initPoint1, double initPoint2, double tol, int maxIter) {
   if (initPoint1 == initPoint2) {
-    VexelRaiseError(
-        kv,
+    throw Refusal(
         "BrentMethodHybridUnbound requires distinct initial points (InitPoint1 != InitPoint2).");
   }
   const auto [lo, hi] = std::minmax(initPoint2, initPoint1);  // in this order for a NaN
-  const double flo = f.Call(lo);
-  const double fhi = f.Call(hi);
+  const double flo = f(lo);
+  const double fhi = f(hi);
   if (flo == target) {
     return lo;
   }
@@ -199,7 +192,9 @@ double STATS_BrentMethodHybridUnbound_HW(VKernelVector kv, double target,
   // The value at the far point takes the place of the range's end, so that the first extrapolation
   // is the secant through both points.
   if (target > flo) {
-    return STATS_BrentMethodHybridLeft_HW(kv, target, f, flo, upperValue, lo, hi, tol, maxIter);
+    return brentRightOf(target, f, flo, upperValue, lo, hi, tol, maxIter);
   }
-  return STATS_BrentMethodHybridRight_HW(kv, target, f, lowerValue, fhi, lo, hi, tol, maxIter);
+  return brentLeftOf(target, f, lowerValue, fhi, lo, hi, tol, maxIter);
 }
+
+}  // namespace vexel::kernels

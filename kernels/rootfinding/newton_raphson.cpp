@@ -4,13 +4,14 @@
 // The points at which f and df are called, and their order, are what hosts see of these functions;
 // comparisons are written so that a NaN falls on the side it has always fallen on.
 
-#include "rootfinding/newton_raphson.hpp"
+#include "kernels/rootfinding/newton_raphson.hpp"
 
 #include <cmath>
 
-namespace {
+#include "kernels/refusal.hpp"
 
-using Function = STATS_VexelCallbackAdapter_HW;
+namespace vexel::kernels {
+namespace {
 
 constexpr const char* kOutsideBarriers =
     "the specified initial point must be between the specified barriers";
@@ -18,11 +19,6 @@ constexpr const char* kPlainFailed = "NewtonRaphson root-finding method failed t
 constexpr const char* kSafeFailed = "NewtonRaphsonSafe root-finding method failed to converge.";
 constexpr const char* kHybridFailed = "NewtonRaphsonHybrid root-finding method failed to converge.";
 constexpr const char* kNotNondecreasing = "specified function is not a nondecreasing function.";
-
-void hint(VKernelVector kv, const char* text) {
-  constexpr int kLevel = 2;
-  VexelUserInfo(kv, kLevel, "hints", text);
-}
 
 // Distance of two points relative to their sizes; NaN when both are 0, which converges nowhere.
 double relativeStep(double x, double y) { return std::abs(x - y) / (std::abs(y) + std::abs(x)); }
@@ -48,34 +44,30 @@ struct Barriers {
 };
 
 // Leaves a point of zero derivative halfway toward a barrier; d becomes the derivative there.
-double leaveFlatPoint(VKernelVector kv, Function& df, const Barriers& barriers, double x,
-                      double& d) {
+double leaveFlatPoint(RealFunction df, const Barriers& barriers, double x, double& d) {
   if (barriers.hasLeft) {
     x = (x + barriers.left) * 0.5;
-    d = df.Call(x);
+    d = df(x);
   }
   if (d == 0.0 && barriers.hasRight) {
     x = (x + barriers.right) * 0.5;
-    d = df.Call(x);
+    d = df(x);
   }
   if (d == 0.0) {
-    VexelRaiseError(kv, kPlainFailed);
+    throw Refusal(kPlainFailed);
   }
   return x;
 }
 
 // The converged point, or the barrier that it has reached.
-double snapToBarrier(VKernelVector kv, const Barriers& barriers, double x, double tol) {
-  constexpr const char* kAtBarrier = "NewtonRaphson has converged to a barrier point";
+FoundRoot snapToBarrier(const Barriers& barriers, double x, double tol) {
   if (barriers.hasLeft && relativeStep(x, barriers.left) < tol) {
-    hint(kv, kAtBarrier);
-    return barriers.left;
+    return {barriers.left, RootEnd::atBarrier};
   }
   if (barriers.hasRight && relativeStep(x, barriers.right) < tol) {
-    hint(kv, kAtBarrier);
-    return barriers.right;
+    return {barriers.right, RootEnd::atBarrier};
   }
-  return x;
+  return {x};
 }
 
 // A bracket with f below the target at xl and not below it at xh, and the current point in it.
@@ -87,10 +79,9 @@ struct Bracket {
   double d;   // derivative at x
 };
 
-// At most passes of Newton or bisection; the last point of an exhausted budget is reported with the
-// safe method's name, whichever method is running.
-double polish(VKernelVector kv, double target, Function& f, Function& df, Bracket b, double width,
-              double tol, int passes, const char* flatMessage) {
+// At most passes of Newton or bisection.
+FoundRoot polish(double target, RealFunction f, RealFunction df, Bracket b, double width,
+                 double tol, int passes, const char* flatMessage) {
   double dx = width;
   double dxOld = width;
   for (int k = 0; k < passes; ++k) {
@@ -100,32 +91,31 @@ double polish(VKernelVector kv, double target, Function& f, Function& df, Bracke
       dx = (b.xh - b.xl) * 0.5;
       b.x = b.xl + dx;
       if (b.x == b.xl) {
-        return b.x;
+        return {b.x};
       }
     } else {
       if (b.d == 0.0) {
         if (b.gx == 0.0) {
-          return b.x;
+          return {b.x};
         }
-        VexelRaiseError(kv, flatMessage);
+        throw Refusal(flatMessage);
       }
       dxOld = dx;
       dx = b.gx / b.d;
       const double previous = b.x;
       b.x = b.x - dx;
       if (b.x == previous) {
-        return b.x;
+        return {b.x};
       }
     }
     if (std::abs(dx) < tol) {
-      return b.x;
+      return {b.x};
     }
-    b.gx = f.Call(b.x) - target;
-    b.d = df.Call(b.x);
+    b.gx = f(b.x) - target;
+    b.d = df(b.x);
     (b.gx < 0.0 ? b.xl : b.xh) = b.x;
   }
-  hint(kv, "NewtonRaphsonSafe completed the maximum number of iterations without converging");
-  return b.x;
+  return {b.x, RootEnd::exhausted};
 }
 
 // The values of f, for the outward search.
@@ -140,18 +130,18 @@ struct ValueRange {
 //
 // After the first step the residual is taken against the far end of f's range instead of the
 // target: the steps then overshoot, and few are needed.
-int searchOutward(VKernelVector kv, Function& f, Function& df, const ValueRange& range, double x,
-                  double gx, bool rightward, Barriers& bracket, int maxIter) {
+int searchOutward(RealFunction f, RealFunction df, const ValueRange& range, double x, double gx,
+                  bool rightward, Barriers& bracket, int maxIter) {
   for (int used = 0; used < maxIter; ++used) {
-    const double d = df.Call(x);
+    const double d = df(x);
     if (d == 0.0) {
-      VexelRaiseError(kv, kHybridFailed);
+      throw Refusal(kHybridFailed);
     }
     const double xn = x - gx / d;
     if (rightward ? xn < x : xn > x) {
-      VexelRaiseError(kv, kNotNondecreasing);
+      throw Refusal(kNotNondecreasing);
     }
-    const double fn = f.Call(xn);
+    const double fn = f(xn);
     if (fn > range.target) {
       bracket.right = xn;
       bracket.hasRight = true;
@@ -165,93 +155,85 @@ int searchOutward(VKernelVector kv, Function& f, Function& df, const ValueRange&
     gx = fn - (rightward ? range.upper : range.lower);
     x = xn;
   }
-  VexelRaiseError(kv, kHybridFailed);
+  throw Refusal(kHybridFailed);
 }
 
 }  // namespace
 
-double STATS_NewtonRaphson_HW(VKernelVector kv, double target, STATS_VexelCallbackAdapter_HW& f,
-                              STATS_VexelCallbackAdapter_HW& df, double x0, int hasLeft,
-                              double left, int hasRight, double right, double tol, int maxIter) {
-  constexpr const char* kExhausted =
-      "NewtonRaphson completed the maximum number of iterations without converging";
-  const Barriers barriers{hasLeft != 0, left, hasRight != 0, right};
+FoundRoot newtonRaphson(double target, RealFunction f, RealFunction df, double x0, bool hasLeft,
+                        double left, bool hasRight, double right, double tol, int maxIter) {
+  const Barriers barriers{hasLeft, left, hasRight, right};
   if (barriers.exclude(x0)) {
-    VexelRaiseError(kv, kOutsideBarriers);
+    throw Refusal(kOutsideBarriers);
   }
   double x = x0;
-  double gx = f.Call(x0) - target;
-  double d = df.Call(x0);
+  double gx = f(x0) - target;
+  double d = df(x0);
   if (maxIter < 1) {
-    hint(kv, kExhausted);
-    return 0.0;  // not x0: hosts have always been given 0 here
+    return {0.0, RootEnd::exhausted};  // not x0: hosts have always been given 0 here
   }
   for (int k = 1;; ++k) {
     if (d == 0.0) {
-      x = leaveFlatPoint(kv, df, barriers, x, d);
-      gx = f.Call(x);  // the target is left out: the step after a rescue aims at f = 0
+      x = leaveFlatPoint(df, barriers, x, d);
+      gx = f(x);  // the target is left out: the step after a rescue aims at f = 0
     }
     const double xn = barriers.hold(x, x - gx / d);
-    const double fn = f.Call(xn);
-    d = df.Call(xn);
+    const double fn = f(xn);
+    d = df(xn);
     if (relativeStep(xn, x) < tol) {
-      return snapToBarrier(kv, barriers, xn, tol);
+      return snapToBarrier(barriers, xn, tol);
     }
     if (k == maxIter) {
-      hint(kv, kExhausted);
-      return xn;
+      return {xn, RootEnd::exhausted};
     }
     x = xn;
     gx = fn - target;
   }
 }
 
-double STATS_NewtonRaphsonSafe_HW(VKernelVector kv, double target, STATS_VexelCallbackAdapter_HW& f,
-                                  STATS_VexelCallbackAdapter_HW& df, double x0, double lower,
-                                  double upper, double tol, int maxIter) {
+FoundRoot newtonRaphsonSafe(double target, RealFunction f, RealFunction df, double x0, double lower,
+                            double upper, double tol, int maxIter) {
   if (!(x0 >= lower) || !(x0 <= upper)) {  // a NaN is outside
-    VexelRaiseError(kv, kOutsideBarriers);
+    throw Refusal(kOutsideBarriers);
   }
-  const double fl = f.Call(lower) - target;
-  const double fh = f.Call(upper) - target;
+  const double fl = f(lower) - target;
+  const double fh = f(upper) - target;
   if ((fl > 0.0 && fh > 0.0) || (fl < 0.0 && fh < 0.0)) {
-    VexelRaiseError(kv, "root must be bracketed by lower and upper barriers");
+    throw Refusal("root must be bracketed by lower and upper barriers");
   }
   if (fl == 0.0) {
-    return lower;
+    return {lower};
   }
   if (fh == 0.0) {
-    return upper;
+    return {upper};
   }
-  const double gx = f.Call(x0) - target;
-  const double d = df.Call(x0);
+  const double gx = f(x0) - target;
+  const double d = df(x0);
   if (gx == 0.0) {
-    return x0;
+    return {x0};
   }
   const bool rising = fl < 0.0;
   const Bracket bracket{rising ? lower : upper, rising ? upper : lower, x0, gx, d};
-  return polish(kv, target, f, df, bracket, std::abs(upper - lower), tol, maxIter, kSafeFailed);
+  return polish(target, f, df, bracket, std::abs(upper - lower), tol, maxIter, kSafeFailed);
 }
 
-double STATS_NewtonRaphsonHybrid_HW(VKernelVector kv, double target,
-                                    STATS_VexelCallbackAdapter_HW& f,
-                                    STATS_VexelCallbackAdapter_HW& df, double x0, double lowerValue,
-                                    double upperValue, int hasLeft, double left, int hasRight,
-                                    double right, double tol, int maxIter) {
-  Barriers bracket{hasLeft != 0, left, hasRight != 0, right};
+FoundRoot newtonRaphsonHybrid(double target, RealFunction f, RealFunction df, double x0,
+                              double lowerValue, double upperValue, bool hasLeft, double left,
+                              bool hasRight, double right, double tol, int maxIter) {
+  Barriers bracket{hasLeft, left, hasRight, right};
   if (bracket.exclude(x0)) {
-    VexelRaiseError(kv, kOutsideBarriers);
+    throw Refusal(kOutsideBarriers);
   }
   if (target <= lowerValue || target >= upperValue) {
-    VexelRaiseError(kv,
-                    "the specified approximation point must be strictly between the specified "
-                    "bounds");
+    throw Refusal(
+        "the specified approximation point must be strictly between the specified "
+        "bounds");
   }
   int used = 0;
   if (!(bracket.hasLeft && bracket.hasRight)) {
-    const double gx = f.Call(x0) - target;
+    const double gx = f(x0) - target;
     if (gx == 0.0) {
-      return x0;
+      return {x0};
     }
     // x0 becomes the barrier on its side of the root; a NaN residual counts as a root to the left.
     const bool rightward = gx < 0.0;
@@ -263,17 +245,19 @@ double STATS_NewtonRaphsonHybrid_HW(VKernelVector kv, double target,
       bracket.hasRight = true;
     }
     if (!(bracket.hasLeft && bracket.hasRight)) {
-      used = searchOutward(kv, f, df, {target, lowerValue, upperValue}, x0, gx, rightward, bracket,
+      used = searchOutward(f, df, {target, lowerValue, upperValue}, x0, gx, rightward, bracket,
                            maxIter);
     }
   }
   Bracket b{bracket.left, bracket.right, (bracket.left + bracket.right) * 0.5, 0.0, 0.0};
-  b.gx = f.Call(b.x) - target;
-  b.d = df.Call(b.x);
+  b.gx = f(b.x) - target;
+  b.d = df(b.x);
   if (b.gx == 0.0) {
-    return b.x;
+    return {b.x};
   }
   // used < maxIter after a search; without one an empty budget ends at the midpoint.
-  return polish(kv, target, f, df, b, std::abs(bracket.right - bracket.left), tol, maxIter - used,
+  return polish(target, f, df, b, std::abs(bracket.right - bracket.left), tol, maxIter - used,
                 kHybridFailed);
 }
+
+}  // namespace vexel::kernels
