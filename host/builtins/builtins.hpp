@@ -10,12 +10,14 @@ namespace vexel {
 // Gives a new kernel its language: the interpreter, and all of the functions below.
 void initialiseLanguage(State& state);
 
-void defineStructuralFunctions(State& state);  // count, part, map, tolist, typeof, table, ...
-void defineCollectionFunctions(State& state);  // append, concat, reverse, unique, where, any, all
-void defineNumberFunctions(State& state);      // floor, round, abs, min, max, ...
-void defineArrayFunction(State& state);        // Array
-void defineSystemFunctions(State& state);      // print, error, time, random numbers, gc, ...
-void defineTextFunctions(State& state);        // printf, cat, WriteText
-void defineCsvFunctions(State& state);         // ReadCSV, WriteCSV
+void defineStructuralFunctions(State& state);   // count, part, map, tolist, typeof, table, ...
+void defineCollectionFunctions(State& state);   // append, concat, reverse, unique, where, any, all
+void defineNumberFunctions(State& state);       // floor, round, abs, min, max, ...
+void defineWholeNumberFunctions(State& state);  // factorial, binomial, gcd, lcm, mod
+void defineCalculusFunctions(State& state);     // diff, integrate
+void defineArrayFunction(State& state);         // Array
+void defineSystemFunctions(State& state);       // print, error, time, random numbers, gc, ...
+void defineTextFunctions(State& state);         // printf, cat, WriteText
+void defineCsvFunctions(State& state);          // ReadCSV, WriteCSV
 
 }  // namespace vexel

@@ -8,6 +8,7 @@
 #include "mathematics/elementwise.hpp"
 #include "mathematics/evaluation.hpp"
 #include "mathematics/parts.hpp"
+#include "mathematics/summation.hpp"
 #include "values/arrays.hpp"
 #include "values/errors.hpp"
 #include "values/numbers.hpp"
@@ -240,7 +241,16 @@ ALGEB makeTable(State& s, ALGEB args) {
   return result;
 }
 
+// sum(list), and sum(e, k = a .. b) of expressions that exist already.
 ALGEB sumOfElements(State& s, ALGEB args) {
+  if (!isNull(args) && argumentCount(args) == 2) {
+    const ALGEB over = argument(s, args, 2);
+    if (isEquation(over) && is(operand(over, 1), Tag::name) && isRange(operand(over, 2))) {
+      const ALGEB range = operand(over, 2);
+      return sumOver(s, argument(s, args, 1), operand(over, 1), operand(range, 1),
+                     operand(range, 2));
+    }
+  }
   const ALGEB x = only(s, args);
   if (isMachineArray(x)) {
     return machineSum(s, x);
@@ -306,14 +316,6 @@ void defineStructuralFunctions(State& state) {
       return operand(args, 2);
     }
     raise(s, "expected an equation or a range, received: %1", args);
-  });
-  defineFunction(state, "diff", [](State& s, ALGEB args) {
-    requireCount(s, args, 2, "diff expects an expression and a name, received: %1");
-    const ALGEB variable = argument(s, args, 2);
-    if (!is(variable, Tag::name)) {
-      raise(s, "expected an unassigned name, received: %1", variable);
-    }
-    return derivative(s, argument(s, args, 1), variable);
   });
   defineFunction(state, "unapply", unapply);
   defineFunction(state, "Complex", [](State& s, ALGEB args) {

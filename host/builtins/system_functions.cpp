@@ -138,6 +138,8 @@ void initialiseLanguage(State& state) {
   defineElementaryFunctions(state);
   defineCollectionFunctions(state);
   defineNumberFunctions(state);
+  defineWholeNumberFunctions(state);
+  defineCalculusFunctions(state);
   defineStructuralFunctions(state);
   defineArrayFunction(state);
   defineSystemFunctions(state);

@@ -10,6 +10,7 @@
 #include "mathematics/algebra.hpp"
 #include "mathematics/elementwise.hpp"
 #include "mathematics/evaluation.hpp"
+#include "mathematics/summation.hpp"
 #include "values/errors.hpp"
 #include "values/numbers.hpp"
 #include "values/objects.hpp"
@@ -168,6 +169,11 @@ ALGEB Evaluator::hardwareValue(const Node& node) {
 ALGEB Evaluator::overRange(const Node& node) {
   const ALGEB lower = value(*node.children[1]);
   const ALGEB upper = value(*node.children[2]);
+  if (node.kind == NodeKind::sumOver && (!isReal(lower) || !isReal(upper))) {
+    const Unassigned unassigned(state_, node.value);
+    slots_[node.slot] = node.value;
+    return symbolicSum(state_, value(*node.children[0]), node.value, lower, upper);
+  }
   if (!isReal(lower) || !isReal(upper)) {
     raise(state_, "expected a range of numbers, received: %1 .. %2", lower, upper);
   }

@@ -79,7 +79,9 @@ class Parser {
   Node* conditionalExpression();
   Node* nameReference(const Token& token);
   Node* callOf(Node* function, const Token& at);
+  std::size_t commaBeforeRange() const;
   Node* overRange(NodeKind kind, const Token& at);
+  Node* integralOver(Node* function, const Token& at);
   void quoteOption(Node* argument);
   bool arrowAhead() const;
   bool conditionalAhead() const;

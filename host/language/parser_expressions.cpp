@@ -1,4 +1,4 @@
-// Expressions: by recursive descent, one function for each level of binding; procedures and calls.
+// Expressions: by recursive descent, one function for each level of binding; procedures.
 
 #include <utility>
 
@@ -135,18 +135,30 @@ Node* Parser::sum() {
 
 Node* Parser::product() {
   const Token& at = peek();
-  Node* first = unary();
-  if (!isSymbol("*") && !isSymbol("/")) {
-    return first;
+  Node* left = unary();
+  for (;;) {
+    if (isSymbol("*") || isSymbol("/")) {
+      Node* node = make(NodeKind::product, at);
+      node->children.push_back(left);
+      node->flags.push_back(false);
+      while (isSymbol("*") || isSymbol("/")) {
+        node->flags.push_back(take().text == "/");
+        node->children.push_back(unary());
+      }
+      left = node;
+    } else if (isWord("mod")) {
+      // a mod b: a call of the function, whose name has no other meaning behind an operand.
+      const Token& word = take();
+      Node* callee = make(NodeKind::global, word);
+      callee->value = name(state_, "mod");
+      program_->literals.push(callee->value);
+      Node* node = make(NodeKind::call, word);
+      node->children = {callee, left, unary()};
+      left = node;
+    } else {
+      return left;
+    }
   }
-  Node* node = make(NodeKind::product, at);
-  node->children.push_back(first);
-  node->flags.push_back(false);
-  while (isSymbol("*") || isSymbol("/")) {
-    node->flags.push_back(take().text == "/");
-    node->children.push_back(unary());
-  }
-  return node;
 }
 
 Node* Parser::unary() {
@@ -318,6 +330,9 @@ Node* Parser::arrow() {
     addSlot(take().text);
   }
   node->function->parameters = node->function->slots;
+  for (const Binding& binding : scopes_.back().bindings) {
+    node->function->names.push_back(binding.name);
+  }
   expectSymbol("->");
   node->function->body = expression();
   node->function->source = sourceBetween(from, at_);
@@ -384,92 +399,6 @@ Node* Parser::conditionalExpression() {
     expectSymbol(i < 2 ? "," : ")");
   }
   return node;
-}
-
-// --- calls ---
-
-Node* Parser::callOf(Node* function, const Token& at) {
-  const std::string_view called = function->kind == NodeKind::global ? text(function->value) : "";
-  take();
-  if ((called == "seq" || called == "sum") && !isSymbol(")")) {
-    if (Node* over = overRange(called == "seq" ? NodeKind::sequenceOver : NodeKind::sumOver, at)) {
-      return over;
-    }
-  }
-  Node* call = make(NodeKind::call, at);
-  call->children.push_back(function);
-  if (!isSymbol(")")) {
-    do {
-      call->children.push_back(expression());
-    } while (acceptSymbol(","));
-  }
-  expectSymbol(")");
-  if (called == "clear" && call->children.size() == 2 &&
-      call->children[1]->kind == NodeKind::global) {
-    call->kind = NodeKind::clear;
-    call->value = call->children[1]->value;
-    call->children.clear();
-  } else if (called == "evalhf" && call->children.size() == 2) {
-    call->kind = NodeKind::hardware;
-  } else if (called == "Array") {
-    for (std::size_t i = 1; i < call->children.size(); ++i) {
-      quoteOption(call->children[i]);
-    }
-  }
-  return call;
-}
-
-// seq(e, i = a .. b): i is bound in e, so e is parsed with a slot for it.  Null when the call has
-// another shape; the tokens are then as before.
-Node* Parser::overRange(NodeKind kind, const Token& at) {
-  // The comma that ends e, relative to the parser's place just after the parenthesis.
-  const std::size_t comma = firstComma_[at_ - 1];
-  if (comma == 0) {
-    return nullptr;
-  }
-  const std::size_t n = comma - at_;
-  if (peek(n + 1).kind != TokenKind::name || !isSymbol("=", n + 2)) {
-    return nullptr;
-  }
-  Node* node = make(kind, at);
-  const std::string_view variable = peek(n + 1).text;
-  node->slot = addSlot(variable);
-  Node* body = expression();
-  // Captures may have been added at the front; the bound name is the last.
-  scopes_.back().bindings.pop_back();
-  expectSymbol(",");
-  take();
-  expectSymbol("=");
-  Node* lower = sum();
-  expectSymbol("..");
-  Node* upper = sum();
-  expectSymbol(")");
-  node->children = {body, lower, upper};
-  return node;
-}
-
-// "datatype = float[8]" means these words, whatever values the names have.
-void Parser::quoteOption(Node* argument) {
-  if (argument->kind != NodeKind::compare || argument->op != CompareOp::equal ||
-      argument->children[0]->kind != NodeKind::global) {
-    return;
-  }
-  auto quote = [&](Node* node) {
-    if (node->kind == NodeKind::global) {
-      node->kind = NodeKind::literal;
-    } else if (node->kind == NodeKind::index && node->children.size() == 2 &&
-               node->children[0]->kind == NodeKind::global &&
-               node->children[1]->kind == NodeKind::literal &&
-               isImmediate(node->children[1]->value)) {
-      node->value =
-          name(state_, std::string(text(node->children[0]->value)) + "[" +
-                           std::to_string(immediateValue(node->children[1]->value)) + "]");
-      program_->literals.push(node->value);
-      node->kind = NodeKind::literal;
-    }
-  };
-  quote(argument->children[0]);
-  quote(argument->children[1]);
 }
 
 }  // namespace vexel

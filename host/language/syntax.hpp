@@ -41,7 +41,7 @@ enum class NodeKind : std::uint8_t {
   hardware,         // evalhf(e); children as of a call
   procedure,        // function
   conditional,      // children: condition, then, else
-  sequenceOver,     // seq: children: expression, lower, upper; slot
+  sequenceOver,     // seq: children: expression, lower, upper; slot; value: the name
   sumOver,          // sum over a range; the same
   clear,            // value: the name
   assign,           // children: target, value

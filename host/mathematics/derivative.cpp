@@ -5,6 +5,7 @@
 
 #include "mathematics/algebra.hpp"
 #include "mathematics/known_parts.hpp"
+#include "mathematics/summation.hpp"
 #include "values/errors.hpp"
 #include "values/numbers.hpp"
 #include "values/objects.hpp"
@@ -90,6 +91,17 @@ ALGEB applicationSlope(State& state, KnownParts& known, ALGEB x, ALGEB variable)
       if (rule.name == function) {
         return productOf(state, rule.derivative(state, u), inner);
       }
+    }
+  } else if (isOpenSum(state, x)) {
+    const ALGEB k = operand(operand(x, 3), 1);
+    const ALGEB range = operand(operand(x, 3), 2);
+    if (variable == k) {
+      return immediate(0);
+    }
+    if (slope(state, known, operand(range, 1), variable) == immediate(0) &&
+        slope(state, known, operand(range, 2), variable) == immediate(0)) {
+      return symbolicSum(state, slope(state, known, operand(x, 2), variable), k, operand(range, 1),
+                         operand(range, 2));
     }
   } else {
     bool constant = true;

@@ -11,6 +11,7 @@
 #include "mathematics/complex_functions.hpp"
 #include "mathematics/elementwise.hpp"
 #include "mathematics/evaluation.hpp"
+#include "mathematics/exact_values.hpp"
 #include "values/arrays.hpp"
 #include "values/errors.hpp"
 #include "values/numbers.hpp"
@@ -77,41 +78,6 @@ ALGEB settled(State& state, int digits, Compute compute) {
   }
 }
 
-bool isExactSquare(ALGEB x) {
-  const IntegerView n(numerator(x));
-  const IntegerView d(denominator(x));
-  return mpz_sgn(n.get()) >= 0 && mpz_perfect_square_p(n.get()) != 0 &&
-         mpz_perfect_square_p(d.get()) != 0;
-}
-
-ALGEB exactRoot(State& state, ALGEB x) {
-  BigInteger n;
-  BigInteger d;
-  mpz_sqrt(n.get(), IntegerView(numerator(x)).get());
-  mpz_sqrt(d.get(), IntegerView(denominator(x)).get());
-  return newRational(state, n.get(), d.get());
-}
-
-// n for 10^n, null for any other number.
-ALGEB exactCommonLogarithm(State& state, ALGEB x) {
-  const bool whole = isInteger(x);
-  const ALGEB power = whole ? x : denominator(x);
-  if (sign(x) <= 0 || (!whole && numerator(x) != immediate(1))) {
-    return nullptr;
-  }
-  const IntegerView z(power);
-  const std::size_t digits = mpz_sizeinbase(z.get(), 10);  // one too many at times
-  for (std::size_t n = digits > 1 ? digits - 2 : 0; n < digits; ++n) {
-    BigInteger candidate;
-    mpz_ui_pow_ui(candidate.get(), 10, n);
-    if (mpz_cmp(candidate.get(), z.get()) == 0) {
-      const auto exponent = static_cast<std::int64_t>(n);
-      return newInteger(state, whole ? exponent : -exponent);
-    }
-  }
-  return nullptr;
-}
-
 // (a - 1)! (b - 1)! / (a + b - 1)! of positive integers, null for large ones.
 ALGEB exactBeta(State& state, ALGEB a, ALGEB b) {
   std::int64_t m = 0;
@@ -124,53 +90,6 @@ ALGEB exactBeta(State& state, ALGEB a, ALGEB b) {
                static_cast<unsigned long>(m - 1));
   return divide(state, immediate(1),
                 multiply(state, newInteger(state, choices.get()), immediate(m + n - 1)));
-}
-
-// The exact value of f at an exact number, null when there is none.
-ALGEB exactValue(State& state, std::string_view f, ALGEB x) {
-  if (f == "sqrt") {
-    if (isExactSquare(x)) {
-      return exactRoot(state, x);
-    }
-    const ALGEB minus = negate(state, x);
-    return sign(x) < 0 && isExactSquare(minus)
-               ? newComplex(state, immediate(0), exactRoot(state, minus))
-               : nullptr;
-  }
-  const bool zero = x == immediate(0);
-  const bool one = x == immediate(1);
-  if (zero) {
-    for (const std::string_view odd : {"sin", "tan", "arcsin", "arctan", "asin", "atan", "sinh",
-                                       "tanh", "arcsinh", "arctanh", "asinh", "atanh", "erf"}) {
-      if (f == odd) {
-        return immediate(0);
-      }
-    }
-    if (f == "cos" || f == "cosh" || f == "exp" || f == "erfc") {
-      return immediate(1);
-    }
-    if (f == "ln" || f == "log" || f == "log10") {
-      raise(state, "the logarithm of 0 has no value");
-    }
-  }
-  if (one && (f == "ln" || f == "log" || f == "log10" || f == "arccos" || f == "acos")) {
-    return immediate(0);
-  }
-  if (f == "log10") {
-    return exactCommonLogarithm(state, x);
-  }
-  if (f == "gamma" && isInteger(x)) {
-    if (sign(x) <= 0) {
-      raise(state, "gamma has no value at %1", x);
-    }
-    std::int64_t n = 0;
-    if (fitsInt64(x, &n) && n <= 10000) {
-      BigInteger z;
-      mpz_fac_ui(z.get(), static_cast<unsigned long>(n - 1));
-      return newInteger(state, z.get());
-    }
-  }
-  return nullptr;
 }
 
 }  // namespace
@@ -258,18 +177,11 @@ ALGEB applyElementary(State& state, const ElementaryFunction& f, ALGEB x) {
       return value;
     }
   }
-  if (isExact(x)) {
-    if (const ALGEB value = exactValue(state, f.name, x)) {
-      return value;
-    }
-  } else if (!isComplex(x) && !is(x, Tag::name) && !isExpression(x)) {
+  if (!isNumber(x) && !is(x, Tag::name) && !isExpression(x)) {
     raise(state, "expected a number or an expression, received: %1", x);
   }
-  if (x == state.piName && (f.name == "sin" || f.name == "tan")) {
-    return immediate(0);
-  }
-  if (x == state.piName && f.name == "cos") {
-    return immediate(-1);
+  if (const ALGEB value = exactValue(state, f.name, x)) {
+    return value;
   }
   return applicationOf(state, std::string(f.name).c_str(), x);
 }

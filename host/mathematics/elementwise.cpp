@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "mathematics/algebra.hpp"
+#include "mathematics/whole_numbers.hpp"
 #include "values/errors.hpp"
 #include "values/numbers.hpp"
 #include "values/text.hpp"
@@ -151,6 +152,8 @@ ALGEB single(State& state, ArithmeticOp op, ALGEB a, ALGEB b) {
       return productOf(state, a, b);
     case ArithmeticOp::divide:
       return quotientOf(state, a, b);
+    case ArithmeticOp::modulo:
+      return moduloOf(state, a, b);
     default:
       return powerOf(state, a, b);
   }
@@ -166,6 +169,8 @@ double inHardware(ArithmeticOp op, double x, double y) {
       return x * y;
     case ArithmeticOp::divide:
       return x / y;
+    case ArithmeticOp::modulo:
+      return hardwareModulo(x, y);
     default:
       return std::pow(x, y);
   }
@@ -220,6 +225,17 @@ ALGEB integers(State& state, ALGEB a, ALGEB b, Operation overflows) {
   return result;
 }
 
+// A zero divisor goes the way of what does not fit.
+bool moduloFails(std::int64_t a, std::int64_t b, std::int64_t* result) {
+  if (b == 0 || b == -1) {
+    *result = 0;
+    return b == 0;
+  }
+  *result = a % b;
+  *result += *result != 0 && (*result < 0) != (b < 0) ? b : 0;
+  return false;
+}
+
 bool powerOverflows(std::int64_t base, std::int64_t exponent, std::int64_t* result) {
   *result = 1;
   bool overflows = false;
@@ -248,6 +264,8 @@ ALGEB integerArithmetic(State& state, ArithmeticOp op, ALGEB a, ALGEB b) {
     case ArithmeticOp::multiply:
       return integers(state, a, b,
                       [](Int x, Int y, Int* r) { return __builtin_mul_overflow(x, y, r); });
+    case ArithmeticOp::modulo:
+      return integers(state, a, b, moduloFails);
     default:
       return integers(state, a, b, powerOverflows);
   }
@@ -263,6 +281,8 @@ ALGEB doubleArithmetic(State& state, ArithmeticOp op, ALGEB a, ALGEB b) {
       return doubles<ArithmeticOp::multiply>(state, a, b);
     case ArithmeticOp::divide:
       return doubles<ArithmeticOp::divide>(state, a, b);
+    case ArithmeticOp::modulo:
+      return doubles<ArithmeticOp::modulo>(state, a, b);
     default:
       return doubles<ArithmeticOp::power>(state, a, b);
   }

@@ -17,7 +17,7 @@ namespace vexel {
 
 inline bool isContainer(ALGEB x) { return isArray(x) || isList(x); }
 
-enum class ArithmeticOp : std::uint8_t { add, subtract, multiply, divide, power };
+enum class ArithmeticOp : std::uint8_t { add, subtract, multiply, divide, power, modulo };
 
 // Either of a and b is a container.  All of these may collect; raise for shapes that differ.
 ALGEB elementwise(State& state, ArithmeticOp op, ALGEB a, ALGEB b);

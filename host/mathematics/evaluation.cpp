@@ -10,6 +10,7 @@
 #include "mathematics/algebra.hpp"
 #include "mathematics/elementary.hpp"
 #include "mathematics/known_parts.hpp"
+#include "mathematics/summation.hpp"
 #include "values/arrays.hpp"
 #include "values/errors.hpp"
 #include "values/numbers.hpp"
@@ -79,6 +80,9 @@ ALGEB floatsOf(State& state, KnownParts& known, ALGEB x) {
       return powerOf(state, base, kept ? exponent : inFloats(state, known, exponent));
     }
     case Tag::application: {
+      if (isOpenSum(state, x)) {
+        return openSumAnew(state, x, [&](ALGEB part) { return inFloats(state, part); });
+      }
       Handles args(state);
       for (std::size_t i = 2; i <= operandCount(x); ++i) {
         args.push(inFloats(state, known, operand(x, i)));
@@ -222,6 +226,10 @@ bool mentionsValues(State& state, ALGEB x) {
       }
     } else if (isExpression(part) && !settled.expressions.contains(part) &&
                seen.insert(part).second) {
+      if (isOpenSum(state, part)) {
+        const ALGEB range = operand(operand(part, 3), 2);
+        open.insert(open.end(), {operand(range, 1), operand(range, 2)});
+      }
       for (std::size_t i = 1; i <= operandCount(part); ++i) {
         open.push_back(operand(part, i));
       }
@@ -243,6 +251,9 @@ ALGEB evaluatedParts(State& state, KnownParts& known, ALGEB x) {
 }
 
 ALGEB anew(State& state, KnownParts& known, ALGEB x) {
+  if (isOpenSum(state, x)) {
+    return openSumAnew(state, x, [&](ALGEB part) { return evaluate(state, part); });
+  }
   const bool application = is(x, Tag::application);
   Handles parts(state);
   bool same = true;
