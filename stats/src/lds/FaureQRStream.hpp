@@ -1,14 +1,7 @@
-// Faure stream: coordinate k of point n is the radical inverse, in the smallest prime base b not
-// below the dimension, of the digits of n multiplied by the k-th power of the Pascal matrix.
-// H. Faure, Discrepance de suites associees a un systeme de numeration (en dimension s), Acta
-// Arithmetica 41 (1982); points in base-b Gray-code order after S. Tezuka, Uniform Random Numbers:
-// Theory and Practice (1995), section 6.
+// Faure stream (kernels/classic/faure_points.hpp).
 #pragma once
 
-#include <cstddef>
-#include <cstdint>
-#include <vector>
-
+#include "kernels/classic/faure_points.hpp"
 #include "lds/VexelQRStream.hpp"
 
 class FaureQRStream : public VexelQRStream {
@@ -23,32 +16,12 @@ class FaureQRStream : public VexelQRStream {
 
   int reset(VKernelVector kv) override;
 
-  // 0 once every index that the digits can hold has been used, and from then on until a reset.
+  // 0 once the points are exhausted, and from then on until a reset.
   int next(VKernelVector kv, double* out, int pointStride, int coordStride, int count) override;
 
-  // As many calls of next for one point: past the last one the stream is exhausted.
   int skip(VKernelVector kv, V_INT n) override;
   const char* getType(VKernelVector kv) const override;
 
  private:
-  int initialize(VKernelVector kv, int dimension, int startExponent);
-  void buildGenerators();
-  void moveTo(std::int64_t counter);
-  std::int64_t counter() const;
-  int increment();
-  void addGenerator(int j);
-  std::size_t generator(int j, int i) const;
-
-  int startExponent_ = 0;
-  int base_ = 0;
-  int digits_ = 0;  // m, digits of an index; 0: no tables
-  bool exhausted_ = false;
-  std::vector<int> counterDigits_;  // m + 1, least significant first; the last one ends the count
-  std::vector<std::int32_t> weights_;  // b^(m-1-j), m of them
-  std::int32_t denominator_ = 0;       // b^m
-
-  // Digit tables run over the coordinates fastest: cell [row * dimension + k].
-  std::vector<std::int32_t> generators_;  // C_j,i for i <= j: row j (j + 1) / 2 + i
-  std::vector<std::int32_t> y_;           // digit i of the coordinates: row i
-  std::vector<std::int32_t> x_;           // sum over i of digit i times weight i
+  vexel::kernels::classic::FaurePoints points_;
 };

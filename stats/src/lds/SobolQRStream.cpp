@@ -1,4 +1,4 @@
-// Sobol stream: direction numbers by the classical recurrence, indices, generator matrices.
+// Sobol stream: the host's tables, indices, generator matrices.
 
 #include "lds/SobolQRStream.hpp"
 
@@ -6,8 +6,10 @@
 #include <cstddef>
 
 #include "kernel/interrupt.hpp"
+#include "kernels/classic/sobol_points.hpp"
 #include "lds/host_tables.hpp"
-#include "lds/sobol_points.hpp"
+
+using vexel::kernels::classic::SobolPolynomial;
 
 SobolQRStream::SobolQRStream(VKernelVector kv, int dimension, ALGEB directions, V_INT rowLength,
                              ALGEB polynomials, ALGEB degrees, V_INT precision)
@@ -48,31 +50,17 @@ void SobolQRStream::initialize(VKernelVector kv, V_INT precision) {
 
 std::uint64_t* SobolQRStream::row(int j) const { return directions_ + j * rowLength_; }
 
-// m_k = 2 a_1 m_(k-1) ^ 4 a_2 m_(k-2) ^ ... ^ 2^(s-1) a_(s-1) m_(k-s+1) ^ 2^s m_(k-s) ^ m_(k-s),
-// where a_1 is the highest of the s - 1 bits of the coefficient code.
 void SobolQRStream::genDirectionIntegers() {
   std::fill(row(0) + 1, row(0) + precision_, 1);
   for (int j = 1; j < dimension_; ++j) {
-    std::uint64_t* const m = row(j);
-    const int s = degrees_[j];
-    for (int k = s; k < precision_; ++k) {
-      std::uint64_t sum = m[k - s] << s ^ m[k - s];
-      std::int32_t code = polynomials_[j];
-      for (int t = 1; t < s; ++t, code >>= 1) {
-        if ((code & 1) != 0) {
-          sum ^= m[k - s + t] << (s - t);
-        }
-      }
-      m[k] = sum;
-    }
+    vexel::kernels::classic::continueDirections(
+        row(j), SobolPolynomial{degrees_[j], polynomials_[j]}, precision_);
   }
 }
 
 void SobolQRStream::toDirectionNumbers() {
   for (int j = 0; j < dimension_; ++j) {
-    for (int k = 0; k < precision_; ++k) {
-      row(j)[k] <<= precision_ - 1 - k;
-    }
+    vexel::kernels::classic::toDirectionNumbers(row(j), precision_);
   }
 }
 
@@ -96,12 +84,13 @@ int SobolQRStream::next(VKernelVector kv, double* out, int pointStride, int coor
                         int count) {
   // Looks for an interrupt after some 10^6 coordinates.
   const int block = std::clamp((1 << 20) / dimension_, 64, 4096);
-  const STATS_SobolNumbers_HW numbers{directions_, rowLength_, dimension_, precision_};
+  const vexel::kernels::classic::SobolNumbers numbers{directions_, rowLength_, dimension_,
+                                                      precision_};
   for (int done = 0; done < count;) {
     const int length = std::min(count - done, block);
-    STATS_WriteSobolPoints_HW(numbers, index_, length,
-                              out + static_cast<std::ptrdiff_t>(done) * pointStride, pointStride,
-                              coordStride);
+    vexel::kernels::classic::writeSobolPoints(numbers, index_, length,
+                                              out + static_cast<std::ptrdiff_t>(done) * pointStride,
+                                              pointStride, coordStride);
     index_ += static_cast<std::uint32_t>(length);
     done += length;
     STATS_LookForInterrupt_HW(kv);
@@ -133,19 +122,8 @@ void SobolQRStream::genBinaryMatrixRow(VKernelVector /*kv*/, const std::int64_t*
     std::fill_n(bits + 1, std::max(n, 1) - 1, 0);
     return;
   }
-  const std::int64_t* const m = directions + static_cast<std::ptrdiff_t>(row) * rowStride;
-  const int s = degrees[row];
-  for (int k = 0; k < s; ++k) {
-    bits[k] = k < 63 && m[k] >= std::int64_t{1} << k ? 1 : 0;
-  }
-  for (int k = s; k < n; ++k) {
-    std::int32_t bit = bits[k - s];
-    std::int32_t code = polynomials[row];
-    for (int t = 1; t < s; ++t, code >>= 1) {
-      bit ^= (code & 1) & bits[k - s + t];
-    }
-    bits[k] = bit;
-  }
+  vexel::kernels::classic::leadingBits(directions + static_cast<std::ptrdiff_t>(row) * rowStride,
+                                       SobolPolynomial{degrees[row], polynomials[row]}, n, bits);
 }
 
 void SobolQRStream::genBinaryMatrix(VKernelVector kv, const std::int64_t* directions, int d,

@@ -2,7 +2,7 @@
 // point to the next (Antonov and Saleev 1979), for all coordinates of a point at once or, where
 // the points of a coordinate are contiguous, for aligned groups of points at once.
 
-#include "lds/sobol_points.hpp"
+#include "kernels/classic/sobol_points.hpp"
 
 #include <algorithm>
 #include <array>
@@ -10,9 +10,10 @@
 #include <cmath>
 #include <vector>
 
+namespace vexel::kernels::classic {
 namespace {
 
-using Numbers = STATS_SobolNumbers_HW;
+using Numbers = SobolNumbers;
 
 // Bits of the Gray code of a 32-bit index that can be set: the index is signed and shifted
 // arithmetically, so its sign cancels.
@@ -145,8 +146,47 @@ void write(const Numbers& n, std::uint32_t index, int count, double* out,
 
 }  // namespace
 
-void STATS_WriteSobolPoints_HW(const Numbers& numbers, std::uint32_t index, int count, double* out,
-                               std::ptrdiff_t pointStride, std::ptrdiff_t coordStride) {
+void writeSobolPoints(const Numbers& numbers, std::uint32_t index, int count, double* out,
+                      std::ptrdiff_t pointStride, std::ptrdiff_t coordStride) {
   const auto writer = count >= kManyPoints && allSmall(numbers) ? write<true> : write<false>;
   writer(numbers, index, count, out, pointStride, coordStride);
 }
+
+// m_k = 2 a_1 m_(k-1) ^ 4 a_2 m_(k-2) ^ ... ^ 2^(s-1) a_(s-1) m_(k-s+1) ^ 2^s m_(k-s) ^ m_(k-s),
+// where a_1 is the highest of the s - 1 bits of the coefficient code.
+void continueDirections(std::uint64_t* m, SobolPolynomial polynomial, int precision) {
+  const int s = polynomial.degree;
+  for (int k = s; k < precision; ++k) {
+    std::uint64_t sum = m[k - s] << s ^ m[k - s];
+    std::int32_t code = polynomial.code;
+    for (int t = 1; t < s; ++t, code >>= 1) {
+      if ((code & 1) != 0) {
+        sum ^= m[k - s + t] << (s - t);
+      }
+    }
+    m[k] = sum;
+  }
+}
+
+void toDirectionNumbers(std::uint64_t* m, int precision) {
+  for (int k = 0; k < precision; ++k) {
+    m[k] <<= precision - 1 - k;
+  }
+}
+
+void leadingBits(const std::int64_t* m, SobolPolynomial polynomial, int n, std::int32_t* bits) {
+  const int s = polynomial.degree;
+  for (int k = 0; k < s; ++k) {
+    bits[k] = k < 63 && m[k] >= std::int64_t{1} << k ? 1 : 0;
+  }
+  for (int k = s; k < n; ++k) {
+    std::int32_t bit = bits[k - s];
+    std::int32_t code = polynomial.code;
+    for (int t = 1; t < s; ++t, code >>= 1) {
+      bit ^= (code & 1) & bits[k - s + t];
+    }
+    bits[k] = bit;
+  }
+}
+
+}  // namespace vexel::kernels::classic
