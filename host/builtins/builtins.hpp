@@ -19,5 +19,6 @@ void defineArrayFunction(State& state);         // Array
 void defineSystemFunctions(State& state);       // print, error, time, random numbers, gc, ...
 void defineTextFunctions(State& state);         // printf, cat, WriteText
 void defineCsvFunctions(State& state);          // ReadCSV, WriteCSV
+void definePlotFunctions(State& state);         // plot, picture, layer
 
 }  // namespace vexel

@@ -151,6 +151,7 @@ void initialiseLanguage(State& state) {
   defineLawFunctions(state);
   defineRandomFunctions(state);
   defineStateFunctions(state);
+  definePlotFunctions(state);
 }
 
 }  // namespace vexel

@@ -8,6 +8,7 @@
 #include <vector>
 #include <vexel/data.hpp>
 #include <vexel/interval.hpp>
+#include <vexel/kernel_density.hpp>
 #include <vexel/random.hpp>
 #include <vexel/sequences.hpp>
 
@@ -38,6 +39,13 @@ struct SequenceObject : Foreign {
   void print(State& state, std::string& out) const override;
   const char* name;
   PointSequence sequence;
+};
+
+struct DensityObject final : Foreign {
+  explicit DensityObject(KernelDensity d) : density(std::move(d)) {}
+  void print(State& state, std::string& out) const override;
+  ALGEB field(State& state, std::string_view part) override;
+  KernelDensity density;
 };
 
 enum class LawFunction { pdf, logpdf, cdf, sf, logcdf, logsf, quantile, isf };

@@ -225,26 +225,6 @@ ALGEB autocorrelation(Call& call) {
 
 // --- densities and tests
 
-struct DensityObject final : Foreign {
-  explicit DensityObject(KernelDensity d) : density(std::move(d)) {}
-  void print(State&, std::string& out) const override {
-    out += "KernelDensity(" + std::to_string(density.x().size()) + " points)";
-  }
-  ALGEB field(State& state, std::string_view part) override {
-    if (part == "bandwidth") {
-      return newFloat(state, density.bandwidth());
-    }
-    if (part != "x" && part != "y") {
-      return nullptr;
-    }
-    const std::vector<double>& from = part == "x" ? density.x() : density.y();
-    const RTableSettings settings{RTABLE_FLOAT64, RTABLE_RECTANGULAR, RTABLE_COLUMN_MAJOR, 1, 0};
-    const V_INT bounds[] = {1, static_cast<V_INT>(from.size())};
-    return newArray(state, settings, from.data(), bounds);
-  }
-  KernelDensity density;
-};
-
 ALGEB kde(Call& call) {
   const ALGEB b = call.value("bandwidth");
   const Bandwidth bandwidth = b != nullptr && isReal(b)
@@ -353,6 +333,23 @@ constexpr FunctionRow kRows[] = {
 };
 
 }  // namespace
+
+void DensityObject::print(State&, std::string& out) const {
+  out += "KernelDensity(" + std::to_string(density.x().size()) + " points)";
+}
+
+ALGEB DensityObject::field(State& state, std::string_view part) {
+  if (part == "bandwidth") {
+    return newFloat(state, density.bandwidth());
+  }
+  if (part != "x" && part != "y") {
+    return nullptr;
+  }
+  const std::vector<double>& from = part == "x" ? density.x() : density.y();
+  const RTableSettings settings{RTABLE_FLOAT64, RTABLE_RECTANGULAR, RTABLE_COLUMN_MAJOR, 1, 0};
+  const V_INT bounds[] = {1, static_cast<V_INT>(from.size())};
+  return newArray(state, settings, from.data(), bounds);
+}
 
 Statistic statisticOf(Call& call) { return call.choice("statistic", Statistic::mean); }
 
