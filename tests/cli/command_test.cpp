@@ -57,6 +57,8 @@ class CommandTest : public testing::Test {
     return result;
   }
 
+  const std::filesystem::path& folder() const { return directory_; }
+
   // The path of a file with this text.
   std::string file(const std::string& name, const std::string& text) {
     std::ofstream(directory_ / name, std::ios::binary) << text;
@@ -271,6 +273,37 @@ TEST_F(CommandTest, AnInterruptEndsTheStatementWithAnError) {
     EXPECT_THAT(ended.errors, HasSubstr("Error, interrupted")) << text;
     EXPECT_EQ(ended.status, 1) << text;
   }
+}
+
+// PNG is another program's work, which may be missing, fail, or take for ever; it gets texts as
+// they are, and nothing of a picture that failed is left.
+TEST_F(CommandTest, PngPicturesNeedAWorkingGnuplot) {
+  const std::string picture = (folder() / "a.png").string();
+  const std::string call = "-e 'plot([1, 2], title = \"a`touch " + (folder() / "b").string() +
+                           "`\\ $(id) \\n\", \"x\" = layer([2, 1], style = area), file = \"" +
+                           picture + "\"):'";
+  const auto with = [&](const std::string& program, const std::string& prefix = "") {
+    const std::filesystem::path programs = folder() / "programs";
+    std::filesystem::remove_all(programs);
+    std::filesystem::create_directory(programs);
+    if (!program.empty()) {
+      std::ofstream(programs / "gnuplot") << "#!/bin/sh\n" << program << '\n';
+      std::filesystem::permissions(programs / "gnuplot", std::filesystem::perms::owner_all);
+    }
+    const Outcome outcome = run(call, "", prefix + "PATH=" + programs.string() + ":/none ");
+    EXPECT_FALSE(std::filesystem::exists(picture)) << program;
+    return outcome.errors;
+  };
+  EXPECT_THAT(with(""), HasSubstr("gnuplot, which is not installed; .svg needs nothing"));
+  EXPECT_THAT(with("exit 3"), HasSubstr("gnuplot could not draw the picture"));
+  EXPECT_THAT(with("echo no picture"), HasSubstr("gnuplot could not draw the picture"));
+  EXPECT_THAT(with("exec /bin/sleep 60", "timeout -k 20 -s INT 1 env "),
+              HasSubstr("Error, interrupted"));
+  if (std::system("gnuplot --version > /dev/null 2>&1") == 0) {
+    EXPECT_EQ(run(call).errors, "");
+    EXPECT_THAT(contents(picture), testing::StartsWith("\x89PNG"));
+  }
+  EXPECT_FALSE(std::filesystem::exists(folder() / "b"));
 }
 
 // Memory that runs out is the statement's error, and the next statement has it again.

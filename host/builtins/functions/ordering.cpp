@@ -135,9 +135,14 @@ HistogramOptions histogramOptions(Call& call) {
 
 ALGEB histogram(Call& call) {
   const HistogramResult h = vexel::histogram(call.data("x"), binsOf(call), histogramOptions(call));
-  return call.parts({{"counts", call.reals(h.counts, nullptr)},
-                     {"edges", call.reals(h.edges, nullptr)},
-                     {"missing", count(call, h.missing)}});
+  const ALGEB result = call.parts({{"counts", call.reals(h.counts, nullptr)},
+                                   {"edges", call.reals(h.edges, nullptr)},
+                                   {"missing", count(call, h.missing)}});
+  if (call.boolean("plot")) {
+    State& state = call.state();
+    apply(state, nameFunction(name(state, "plot")), std::span<const ALGEB>(&result, 1));
+  }
+  return result;
 }
 
 ALGEB frequencyTable(Call& call) {
@@ -290,8 +295,9 @@ constexpr FunctionRow kRows[] = {
      "tally([2, 1, 2]);", tally},
     {"mode", "x; weights, missing = propagate", "the most frequent value, the smallest of several",
      "mode([2, 1, 2]);", mode},
-    {"histogram", "x, bins = auto; range, density = false, weights, missing = propagate",
-     "counts in bins: a number, edges, or auto, fd, scott, sturges",
+    {"histogram",
+     "x, bins = auto; range, density = false, plot = false, weights, missing = propagate",
+     "counts in bins: a number, edges, or auto, fd, scott, sturges; plot = true draws them",
      "h := histogram([1, 2, 3, 4], 2): h[counts], h[edges];", histogram},
     {"frequency_table", "x, bins = auto; range, weights, missing = propagate",
      "lower, upper, count, relative and cumulative frequency of bins",

@@ -81,6 +81,21 @@ std::vector<Tick> logTicks(const Axis& axis, int about) {
   return ticks;
 }
 
+std::vector<Tick> linearTicks(const Axis& axis, int about) {
+  const double step = roundStep((axis.high - axis.low) / about);
+  const double largest = std::max(std::fabs(axis.low), std::fabs(axis.high));
+  std::vector<Tick> ticks;
+  const double first = std::ceil(axis.low / step - 1e-9);
+  for (int i = 0; i < kMostTicks; ++i) {
+    const double v = (first + i) * step;
+    if (!(v <= axis.high + 1e-9 * step)) {
+      break;
+    }
+    ticks.push_back({axis.at(v), tickText(v, step, largest)});
+  }
+  return ticks;
+}
+
 }  // namespace
 
 double Axis::at(double v) const {
@@ -102,16 +117,9 @@ std::vector<Tick> ticksOf(const Axis& axis, int about) {
       return ticks;
     }
   }
-  const double step = roundStep((axis.high - axis.low) / about);
-  const double largest = std::max(std::fabs(axis.low), std::fabs(axis.high));
-  std::vector<Tick> ticks;
-  const double first = std::ceil(axis.low / step - 1e-9);
-  for (int i = 0; i < kMostTicks; ++i) {
-    const double v = (first + i) * step;
-    if (!(v <= axis.high + 1e-9 * step)) {
-      break;
-    }
-    ticks.push_back({axis.at(v), tickText(v, step, largest)});
+  std::vector<Tick> ticks = linearTicks(axis, about);
+  for (; ticks.size() < 2 && about < kMostTicks / 4; about += 2) {
+    ticks = linearTicks(axis, about);
   }
   return ticks;
 }

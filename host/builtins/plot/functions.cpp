@@ -156,13 +156,18 @@ bool isFlat(State& state, ALGEB x) {
          (isList(x) && (countOf(x) == 0 || !isContainer(element(state, x, 1))));
 }
 
-Drawn sorted(State& state, ALGEB args) {
-  Drawn drawn;
-  std::vector<ALGEB> flat;  // x, then y, then errors
-  const std::size_t n = isNull(args) ? 0 : argumentCount(args);
-  for (std::size_t i = 1; i <= n; ++i) {
-    const ALGEB x = argument(state, args, i);
-    if (isEquation(x) && is(operand(x, 1), Tag::string)) {
+// Sorts arguments; those of sequences and of lists of pictures or layers one by one.
+class Sorter {
+ public:
+  explicit Sorter(State& state) : state_(state) {}
+
+  void take(ALGEB x) {
+    checkStack(state_);
+    if (isSequence(x) || isListOfMade(x)) {
+      for (std::size_t i = 1; i <= countOf(x); ++i) {
+        take(element(state_, x, i));
+      }
+    } else if (isEquation(x) && is(operand(x, 1), Tag::string)) {
       Source source = sourceOf(operand(x, 2));
       source.label = shown(text(operand(x, 1)));
       drawn.sources.push_back(std::move(source));
@@ -170,28 +175,48 @@ Drawn sorted(State& state, ALGEB args) {
       drawn.options.push_back(x);
     } else if (isRange(x)) {
       if (drawn.range) {
-        raise(state, "plot takes one range, that of x; yrange = a .. b is that of y");
+        raise(state_, "plot takes one range, that of x; yrange = a .. b is that of y");
       }
       drawn.range = x;
     } else if (const auto* picture = objectOf<PictureObject>(x)) {
       drawn.pictures.push_back(picture);
-    } else if (isFlat(state, x)) {
-      flat.push_back(x);
-      if (flat.size() == 1) {
-        drawn.sources.push_back({.x = x});
-      } else if (flat.size() > 3) {
-        raise(state,
-              "plot takes x, y and errors; several series are written \"label\" = y or [x, y]");
-      } else {
-        const auto first = std::find_if(drawn.sources.begin(), drawn.sources.end(),
-                                        [&](const Source& s) { return s.x == flat[0]; });
-        (flat.size() == 2 ? first->y : first->error) = x;
-      }
+    } else if (isFlat(state_, x)) {
+      takeColumn(x);
     } else {
       drawn.sources.push_back(sourceOf(x));
     }
   }
-  return drawn;
+
+  Drawn drawn;
+
+ private:
+  bool isListOfMade(ALGEB x) {
+    return isList(x) && countOf(x) > 0 && is(element(state_, x, 1), Tag::foreign);
+  }
+
+  // x, then y, then errors.
+  void takeColumn(ALGEB x) {
+    if (++columns_ > 3) {
+      raise(state_,
+            "plot takes x, y and errors; several series are written \"label\" = y or [x, y]");
+    }
+    if (columns_ == 1) {
+      first_ = drawn.sources.size();
+      drawn.sources.push_back({.x = x});
+    } else {
+      (columns_ == 2 ? drawn.sources[first_].y : drawn.sources[first_].error) = x;
+    }
+  }
+
+  State& state_;
+  int columns_ = 0;
+  std::size_t first_ = 0;
+};
+
+Drawn sorted(State& state, ALGEB args) {
+  Sorter sorter(state);
+  sorter.take(args);
+  return std::move(sorter.drawn);
 }
 
 int pixelsOf(Call& call, const char* parameter, int fallback) {

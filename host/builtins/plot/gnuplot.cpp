@@ -10,6 +10,7 @@
 
 #include <array>
 #include <cerrno>
+#include <cmath>
 #include <csignal>
 #include <cstdio>
 
@@ -158,7 +159,7 @@ std::string gnuplotCommands(const Picture& picture) {
     const std::string block = "$d" + std::to_string(blocks++);
     out += block + " << EOD\n";
     for (const Point& p : shape.points) {
-      out += place(p) + "\n";
+      out += (std::isnan(p.x) ? "" : place(p)) + "\n";
     }
     out += "EOD\n";
     plots += ", " + block;

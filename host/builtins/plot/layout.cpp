@@ -19,7 +19,7 @@ constexpr std::uint32_t kInk = 0x333333;
 constexpr std::uint32_t kGrid = 0xe4e4e4;
 constexpr double kLetter = 0.56 * kFontSize;  // the width of one, nearly
 constexpr double kLineOfText = 20;
-constexpr std::size_t kFewPoints = 100;  // which are larger
+constexpr std::size_t kFewPoints = 80;  // which are larger
 
 double widthOf(const std::string& text) { return kLetter * static_cast<double>(lengthOf(text)); }
 
@@ -282,13 +282,21 @@ void Page::drawPoints(const Layer& layer, const std::vector<Point>& places) {
              .colour = layer.colour,
              .points = {},
              .size = layer.style == Style::points && places.size() <= kFewPoints ? 6.0 : 4.0};
+  std::vector<Point> marks;  // of a rug or of errors
+  const auto add = [](std::vector<Point>& to, Point a, Point b) {
+    if (!to.empty()) {
+      to.push_back({NAN, NAN});
+    }
+    to.push_back(a);
+    to.push_back(b);
+  };
   for (std::size_t i = 0; i < places.size(); ++i) {
     if (!inside(places[i].x)) {
       continue;
     }
     const double x = px(places[i].x);
     if (layer.style == Style::rug) {
-      line({{x, y0_ + 3}, {x, y0_ + 12}}, layer.colour);
+      add(marks, {x, y0_ + 3}, {x, y0_ + 12});
       continue;
     }
     // Of a line: what has errors, or no neighbour to be joined with.
@@ -304,15 +312,16 @@ void Page::drawPoints(const Layer& layer, const std::vector<Point>& places) {
       const double from = std::isnan(low) ? 0 : std::max(low, 0.0);
       const double to = std::min(high, 1.0);
       if (from <= to) {
-        line({{x, py(from)}, {x, py(to)}}, layer.colour);
+        add(marks, {x, py(from)}, {x, py(to)});
         for (const double end : {low, high}) {
           if (inside(end)) {
-            line({{x - 3, py(end)}, {x + 3, py(end)}}, layer.colour);
+            add(marks, {x - 3, py(end)}, {x + 3, py(end)});
           }
         }
       }
     }
   }
+  line(std::move(marks), layer.colour);
   if (!dots.points.empty()) {
     shapes_.push_back(std::move(dots));
   }

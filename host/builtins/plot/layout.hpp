@@ -20,7 +20,7 @@ struct Shape {
   enum class Anchor : std::uint8_t { start, middle, end };
   Kind kind;
   std::uint32_t colour;
-  std::vector<Point> points;  // of a text where it stands
+  std::vector<Point> points;  // of a text where it stands; of a line, NaN begins a new one
   double size = 1;            // width of a line, diameter of a dot
   double opacity = 1;
   std::string text = {};

@@ -2,6 +2,7 @@
 // everywhere.
 
 #include <array>
+#include <cmath>
 #include <cstdio>
 
 #include "builtins/plot/layout.hpp"
@@ -41,8 +42,14 @@ std::string escaped(const std::string& text) {
 
 std::string pathOf(const Shape& shape) {
   std::string d;
+  const char* next = "M";
   for (const Point& p : shape.points) {
-    d += (d.empty() ? "M" : " ") + pixels(p.x) + "," + pixels(p.y);
+    if (std::isnan(p.x)) {
+      next = "M";
+      continue;
+    }
+    d += next + pixels(p.x) + "," + pixels(p.y);
+    next = " ";
   }
   return d;
 }

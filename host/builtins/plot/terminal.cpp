@@ -14,7 +14,7 @@ namespace {
 
 constexpr int kCellWidth = 10;
 constexpr int kCellHeight = 20;
-constexpr std::size_t kFewPoints = 100;  // which are drawn as discs
+constexpr std::size_t kFewPoints = 80;  // which are drawn as discs
 
 std::string utf8(unsigned code) {  // of three bytes
   return {static_cast<char>(0xE0U | (code >> 12U)), static_cast<char>(0x80U | ((code >> 6U) & 63U)),
