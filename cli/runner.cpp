@@ -10,13 +10,20 @@
 #include "progress.hpp"
 #include "reference.hpp"
 
+Runner::Runner(vexel::Kernel& kernel, const Options& options) : kernel_(kernel), options_(options) {
+  vexel::onShown(kernel, [this](const vexel::Value& value) {
+    vexel::Outcome outcome;
+    outcome.value = value;
+    if (!(shorten_ && value.isNull()) && !printValue(outcome)) {
+      throw std::runtime_error(outcome.error);
+    }
+  });
+}
+
 bool Runner::printValue(vexel::Outcome& outcome) const {
   const vexel::Value& value = outcome.value;
   try {
-    std::cout << (options_.json ? value.json()
-                  : shorten_    ? vexel::shortened(value)
-                                : value.source())
-              << std::endl;
+    std::cout << (options_.json ? value.json() : vexel::displayed(value, shorten_)) << std::endl;
     return true;
   } catch (const std::runtime_error& e) {  // vexel::Error or vexel::Interrupted
     outcome.error = e.what();

@@ -9,7 +9,9 @@
 
 class Runner {
  public:
-  Runner(vexel::Kernel& kernel, const Options& options) : kernel_(kernel), options_(options) {}
+  Runner(vexel::Kernel& kernel, const Options& options);
+  Runner(const Runner&) = delete;  // the kernel calls it
+  Runner& operator=(const Runner&) = delete;
 
   // Runs the statements of text.  source names the file for errors; empty at the prompt.  Stops at
   // the first error unless JSON or keep-going is on.

@@ -18,7 +18,7 @@ void defineCalculusFunctions(State& state);     // diff, integrate
 void defineArrayFunction(State& state);         // Array
 void defineSystemFunctions(State& state);       // print, error, time, random numbers, gc, ...
 void defineTextFunctions(State& state);         // printf, cat, WriteText
-void defineCsvFunctions(State& state);          // ReadCSV, WriteCSV
 void definePlotFunctions(State& state);         // plot, picture, layer
+void defineScriptFunctions(State& state);       // read, source_folder
 
 }  // namespace vexel

@@ -212,6 +212,9 @@ ALGEB typeOf(State& s, ALGEB args) {
       case Tag::array:
         kind = "array";
         break;
+      case Tag::date:
+        kind = "date";
+        break;
       case Tag::pointer:
         kind = "pointer";
         break;

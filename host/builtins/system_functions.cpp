@@ -6,9 +6,11 @@
 
 #include "builtins/builtins.hpp"
 #include "builtins/functions/call.hpp"
+#include "builtins/tables/tables.hpp"
 #include "language/interpreter.hpp"
 #include "mathematics/elementary.hpp"
 #include "values/errors.hpp"
+#include "values/frames.hpp"
 #include "values/numbers.hpp"
 #include "values/objects.hpp"
 #include "values/text.hpp"
@@ -21,7 +23,9 @@ ALGEB print(State& s, ALGEB args) {
   std::string line;
   const std::size_t n = isNull(args) ? 0 : argumentCount(args);
   for (std::size_t i = 1; i <= n; ++i) {
-    line += (i > 1 ? ", " : "") + plainText(s, argument(s, args, i));
+    const ALGEB x = argument(s, args, i);
+    line +=
+        isFrame(x) ? (i > 1 ? "\n" : "") + frameText(s, x) : (i > 1 ? ", " : "") + plainText(s, x);
   }
   s.output(line + "\n");
   return s.null;
@@ -106,17 +110,6 @@ void defineSystemFunctions(State& state) {
       state, "RandomDouble01", [](State& s, ALGEB) { return newFloat(s, VexelRandomDouble01(&s)); },
       [](State& s, int, const double*) { return VexelRandomDouble01(&s); });
   defineFunction(state, "info_level", infoLevel);
-  // The folder of the file that is run, so that a script finds what lies beside it.
-  defineFunction(state, "source_folder", [](State& s, ALGEB args) {
-    if (!isNull(args)) {
-      raise(s, "source_folder takes no arguments, received: %1", args);
-    }
-    const TextPlace here = s.language->where();
-    const std::size_t slash = here.text == nullptr ? std::string::npos : here.text->rfind('/');
-    return string(s, slash == std::string::npos ? "."
-                     : slash == 0               ? "/"
-                                                : here.text->substr(0, slash));
-  });
   defineFunction(state, "gc", [](State& s, ALGEB) {
     s.heap.collect();
     return s.null;
@@ -144,7 +137,6 @@ void initialiseLanguage(State& state) {
   defineArrayFunction(state);
   defineSystemFunctions(state);
   defineTextFunctions(state);
-  defineCsvFunctions(state);
   defineFunctionList(state);
   defineDescriptiveFunctions(state);
   defineOrderFunctions(state);
@@ -152,6 +144,8 @@ void initialiseLanguage(State& state) {
   defineRandomFunctions(state);
   defineStateFunctions(state);
   definePlotFunctions(state);
+  defineScriptFunctions(state);
+  defineTables(state);
 }
 
 }  // namespace vexel

@@ -11,6 +11,7 @@
 #include "language/parser.hpp"
 #include "values/big_number_work.hpp"
 #include "values/errors.hpp"
+#include "values/frames.hpp"
 #include "values/numbers.hpp"
 #include "values/objects.hpp"
 #include "values/text.hpp"
@@ -212,6 +213,20 @@ std::string shortened(const Value& value) {
   }
   return value.kernel()->impl().run(
       [&] { return sourceText(*value.kernel()->vector(), value.handle(), options); });
+}
+
+std::string displayed(const Value& value, bool shorten) {
+  if (value.kernel() == nullptr || !isFrame(value.handle())) {
+    return shorten ? shortened(value) : value.source();
+  }
+  return value.kernel()->impl().run(
+      [&] { return frameText(*value.kernel()->vector(), value.handle()); });
+}
+
+void onShown(Kernel& kernel, std::function<void(const Value&)> show) {
+  interpreter(*kernel.vector()).show = [&kernel, show = std::move(show)](ALGEB x) {
+    show(Value(kernel, x));
+  };
 }
 
 std::vector<std::string> knownNames(Kernel& kernel) {

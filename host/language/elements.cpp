@@ -7,7 +7,9 @@
 #include "mathematics/comparison.hpp"
 #include "mathematics/elementwise.hpp"
 #include "values/arrays.hpp"
+#include "values/dates.hpp"
 #include "values/errors.hpp"
+#include "values/frames.hpp"
 #include "values/numbers.hpp"
 #include "values/objects.hpp"
 #include "values/text.hpp"
@@ -48,6 +50,14 @@ ALGEB tableKey(State& state, ALGEB t, std::span<const ALGEB> index) {
 }  // namespace
 
 void assignIndexed(State& state, ALGEB what, std::span<const ALGEB> index, ALGEB v) {
+  if (isFrame(what)) {
+    if (index.size() == 2) {  // t[row, column]
+      assignIndexed(state, columnOf(state, what, index[1]), index.first(1), v);
+    } else {
+      assignColumn(state, what, sequenceOf(state, index), v);
+    }
+    return;
+  }
   if (is(what, Tag::table)) {
     table(what).assign(tableKey(state, what, index), v);
     return;
@@ -205,7 +215,56 @@ ALGEB arraySelection(State& state, ALGEB x, std::span<const ALGEB> index) {
 
 }  // namespace
 
+namespace {
+
+// A list of headings, which selects columns.
+bool areHeadings(State& state, ALGEB index) {
+  if (!isList(index) || countOf(index) == 0) {
+    return false;
+  }
+  const ALGEB first = element(state, index, 1);
+  return is(first, Tag::string) || is(first, Tag::name) || is(first, Tag::function);
+}
+
+// t[column], t[rows], t[[column, ...]], t[row or rows, column or columns] of a table of columns.
+ALGEB frameSelection(State& state, ALGEB x, std::span<const ALGEB> index) {
+  if (index.size() > 2) {
+    raise(state, "a table takes one or two indices, received: %1", sequenceOf(state, index));
+  }
+  const ALGEB last = index.back();
+  if (index.size() == 2 && !areHeadings(state, last)) {
+    return indexed(state, columnOf(state, x, last), index.first(1));
+  }
+  if (index.size() == 2) {
+    return frameSelection(state, frameSelection(state, x, index.first(1)), index.last(1));
+  }
+  if (areHeadings(state, last)) {
+    const ALGEB result = newFrame(state, frame(x).rows);
+    for (std::size_t i = 1; i <= countOf(last); ++i) {
+      const ALGEB heading = element(state, last, i);
+      assignColumn(state, result, heading, columnOf(state, x, heading));
+    }
+    return result;
+  }
+  if (selectsSeveral(last)) {
+    return takeRows(state, x, placesOf(state, {1, frame(x).rows}, last));
+  }
+  return columnOf(state, x, last);
+}
+
+}  // namespace
+
 ALGEB indexed(State& state, ALGEB x, std::span<const ALGEB> index) {
+  if (isFrame(x) && !index.empty()) {
+    return frameSelection(state, x, index);
+  }
+  if (isDate(x) && index.size() == 1) {
+    if (const auto part = datePart(daysOf(x), plainText(state, index[0]))) {
+      return newInteger(state, *part);
+    }
+    raise(state, "a date has the parts year, month, day, weekday, yearday, week and days, not %1",
+          index[0]);
+  }
   if (is(x, Tag::table)) {
     const ALGEB key = tableKey(state, x, index);
     if (const ALGEB found = table(x).find(key)) {

@@ -1,6 +1,8 @@
 // The language of one kernel: what it keeps while it runs, and the way in for the values.
 #pragma once
 
+#include <functional>
+
 #include "language/syntax.hpp"
 #include "values/kernel_state.hpp"
 
@@ -9,6 +11,9 @@ namespace vexel {
 class Interpreter final : public Language {
  public:
   bool quit = false;
+
+  // Prints the value of a statement that ends with ';' in a script that another one reads.
+  std::function<void(ALGEB)> show;
 
   // What is being run, for errors.  Programs of texts without a name leave it as it is.
   const Program* program = nullptr;

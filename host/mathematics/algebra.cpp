@@ -9,6 +9,7 @@
 
 #include "mathematics/elementary.hpp"
 #include "mathematics/elementwise.hpp"
+#include "values/dates.hpp"
 #include "values/errors.hpp"
 #include "values/numbers.hpp"
 #include "values/objects.hpp"
@@ -177,6 +178,9 @@ ALGEB sumOf(State& state, ALGEB a, ALGEB b) {
   if (isContainer(a) || isContainer(b)) {
     return elementwise(state, ArithmeticOp::add, a, b);
   }
+  if (isDate(a) || isDate(b)) {
+    return dateSum(state, a, b);
+  }
   const ALGEB both[] = {a, b};
   return sumOf(state, both);
 }
@@ -321,6 +325,9 @@ ALGEB differenceOf(State& state, ALGEB a, ALGEB b) {
   }
   if (isContainer(a) || isContainer(b)) {
     return elementwise(state, ArithmeticOp::subtract, a, b);
+  }
+  if (isDate(a) || isDate(b)) {
+    return dateDifference(state, a, b);
   }
   requireSymbolic(state, "unable to subtract %2 from %1", a, b);
   return sumOf(state, a, negativeOf(state, b));

@@ -3,6 +3,7 @@
 #include "mathematics/comparison.hpp"
 
 #include "mathematics/evaluation.hpp"
+#include "values/dates.hpp"
 #include "values/errors.hpp"
 #include "values/numbers.hpp"
 #include "values/objects.hpp"
@@ -23,6 +24,9 @@ std::optional<bool> comparison(State& state, CompareOp op, ALGEB a, ALGEB b) {
   const bool equality = op == CompareOp::equal || op == CompareOp::unequal;
   if (a == b && equality && !(isReal(a) && isUndefined(state, a))) {
     return op == CompareOp::equal;
+  }
+  if (isDate(a) && isDate(b)) {
+    return comparison(state, op, immediate(daysOf(a)), immediate(daysOf(b)));
   }
   const ALGEB x = constant(a);
   const ALGEB y = constant(b);

@@ -12,6 +12,7 @@
 #include "mathematics/known_parts.hpp"
 #include "mathematics/summation.hpp"
 #include "values/arrays.hpp"
+#include "values/dates.hpp"
 #include "values/errors.hpp"
 #include "values/numbers.hpp"
 #include "values/objects.hpp"
@@ -388,6 +389,8 @@ double evaluateHardware(State& state, ALGEB x) {
       }
       return applyHardware(state, f, static_cast<int>(args.size()) - 1, args.data());
     }
+    case Tag::date:
+      return static_cast<double>(daysOf(x));
     default:
       return refuse();
   }

@@ -227,6 +227,7 @@ void Heap::markOperands(ALGEB x) {
     case Tag::integer:
     case Tag::string:
     case Tag::boolean:
+    case Tag::date:
     case Tag::free:
       return;
     case Tag::softwareFloat:

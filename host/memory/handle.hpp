@@ -55,6 +55,7 @@ enum class Tag : std::uint8_t {
   pointer = 29,       // address, type, mark and dispose functions
   block = 30,         // memory handed out by VexelAlloc: size, then bytes
   foreign = 31,       // any other Foreign
+  date = 32,          // interned: a word, the days since 1970-01-01
   range = 36,         // a .. b
 };
 

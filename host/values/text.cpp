@@ -4,9 +4,11 @@
 
 #include <charconv>
 #include <cmath>
+#include <cstdio>
 #include <cstring>
 
 #include "values/arrays.hpp"
+#include "values/dates.hpp"
 #include "values/decimal.hpp"
 #include "values/errors.hpp"
 #include "values/numbers.hpp"
@@ -16,8 +18,7 @@ namespace vexel {
 
 namespace {
 
-// Digits with a decimal point put in or an exponent behind them.  leading is the exponent of the
-// first digit; exponents are written outside [-4, fixedLimit).
+// Digits with a point, or an exponent outside [-4, fixedLimit); leading is the first digit's.
 std::string layOut(std::string_view digits, std::int64_t leading, std::int64_t fixedLimit) {
   std::string out;
   const auto count = static_cast<std::int64_t>(digits.size());
@@ -208,6 +209,9 @@ class Printer {
       case Tag::array:
         printArray(x);
         return;
+      case Tag::date:
+        out_ += "date(\"" + dateText(daysOf(x)) + "\")";
+        return;
       case Tag::pointer:
         printPointer(x);
         return;
@@ -300,9 +304,7 @@ class Printer {
     }
   }
 
-  void printRest(std::size_t elements) {
-    out_ += "... (" + std::to_string(elements) + " elements)";
-  }
+  void printRest(std::size_t n) { out_ += "... (" + std::to_string(n) + " elements)"; }
 
   void printApplication(ALGEB x) {
     print(operand(x, 1), kAtom);
@@ -378,13 +380,10 @@ class Printer {
   }
 
   void printPointer(ALGEB x) {
-    char buffer[32];
-    const auto end = std::to_chars(buffer, buffer + sizeof buffer,
-                                   reinterpret_cast<Word>(pointerOf(x).address), 16)
-                         .ptr;
-    out_ += "pointer(0x";
-    out_.append(buffer, end);
-    out_ += ')';
+    char buffer[40];
+    std::snprintf(buffer, sizeof buffer, "pointer(0x%lx)",
+                  reinterpret_cast<Word>(pointerOf(x).address));
+    out_ += buffer;
   }
 
   void printArray(ALGEB x) {
@@ -493,7 +492,9 @@ std::string sourceText(State& state, ALGEB x, const TextOptions& options) {
 }
 
 std::string plainText(State& state, ALGEB x) {
-  return is(x, Tag::string) ? std::string(text(x)) : sourceText(state, x);
+  return is(x, Tag::string) ? std::string(text(x))
+         : isDate(x)        ? dateText(daysOf(x))
+                            : sourceText(state, x);
 }
 
 }  // namespace vexel

@@ -19,7 +19,7 @@ struct TextOptions {
 std::string sourceText(State& state, ALGEB x, const TextOptions& options = {});
 void appendSource(State& state, std::string& out, ALGEB x, const TextOptions& options = {});
 
-// The same, but a string without its quotes.
+// The same, but a string without its quotes and a date as 2024-02-29.
 std::string plainText(State& state, ALGEB x);
 
 // A double or a float in its shortest form: 2.0, 0.1, 1e+20, Float(undefined).

@@ -20,4 +20,17 @@ std::size_t utf8Length(std::string_view text) {
   return overlong || invalid ? 0 : n;
 }
 
+void appendUtf8(std::string& out, std::uint32_t code) {
+  if (code < 0x80) {
+    out += static_cast<char>(code);
+    return;
+  }
+  const int more = code < 0x800 ? 1 : code < 0x10000 ? 2 : 3;
+  constexpr unsigned kLead[] = {0, 0xC0, 0xE0, 0xF0};
+  out += static_cast<char>(kLead[more] | (code >> (6 * more)));
+  for (int i = more - 1; i >= 0; --i) {
+    out += static_cast<char>(0x80U | ((code >> (6 * i)) & 0x3FU));
+  }
+}
+
 }  // namespace vexel

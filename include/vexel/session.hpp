@@ -1,6 +1,7 @@
 // Scripts run statement by statement: what the command and the prompt are made of.
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -66,6 +67,14 @@ bool quitRequested(Kernel& kernel);
 
 // The printed form with long arrays, lists and texts shortened.
 std::string shortened(const Value& value);
+
+// The printed form for people: a table of columns laid out in lines, anything else its printed
+// form, shortened or not.
+std::string displayed(const Value& value, bool shorten);
+
+// What to do with the values of statements that end with ';' in a script that another one reads; at
+// first they are dropped.
+void onShown(Kernel& kernel, std::function<void(const Value&)> show);
 
 // Names that are assigned or known, for completion.
 std::vector<std::string> knownNames(Kernel& kernel);

@@ -31,6 +31,10 @@ void addParameters(std::string_view list, bool byPosition, std::vector<Parameter
   while (!trimmed(list).empty()) {
     const std::size_t comma = list.find(',');
     const std::string_view one = trimmed(list.substr(0, comma));
+    list = comma == std::string_view::npos ? "" : list.substr(comma + 1);
+    if (one == "...") {
+      continue;
+    }
     const std::size_t equals = one.find('=');
     Parameter parameter;
     parameter.name = trimmed(one.substr(0, equals));
@@ -38,7 +42,6 @@ void addParameters(std::string_view list, bool byPosition, std::vector<Parameter
     parameter.fallback = equals == std::string_view::npos ? "" : trimmed(one.substr(equals + 1));
     parameter.byPosition = byPosition;
     out.push_back(std::move(parameter));
-    list = comma == std::string_view::npos ? "" : list.substr(comma + 1);
   }
 }
 
@@ -62,17 +65,19 @@ double elementValue(State& state, ALGEB x) {
 Signature::Signature(std::string_view name, std::string_view list)
     : function(name), text(std::string(name) + "(" + std::string(list) + ")") {
   const std::size_t semicolon = list.find(';');
+  open = list.find("...") != std::string_view::npos;
   addParameters(list.substr(0, semicolon), true, parameters);
   if (semicolon != std::string_view::npos) {
     addParameters(list.substr(semicolon + 1), false, parameters);
   }
 }
 
-Call::Call(State& state, const Signature& signature, ALGEB args)
+Call::Call(State& state, const Signature& signature, ALGEB args, void* context)
     : state_(state),
       signature_(signature),
       values_(signature.parameters.size(), nullptr),
-      args_(args) {
+      args_(args),
+      context_(context) {
   const std::size_t n = isNull(args) ? 0 : argumentCount(args);
   std::size_t next = 0;
   for (std::size_t i = 1; i <= n; ++i) {
@@ -83,6 +88,10 @@ Call::Call(State& state, const Signature& signature, ALGEB args)
       const std::string_view name = vexel::text(operand(x, 1));
       const auto found = std::find_if(signature.parameters.begin(), signature.parameters.end(),
                                       [&](const Parameter& p) { return p.name == name; });
+      if (found == signature.parameters.end() && signature.open) {
+        others_.emplace_back(operand(x, 1), operand(x, 2));
+        continue;
+      }
       if (found == signature.parameters.end()) {
         raise(state, signature.function + " has no parameter %1; it is called as " + signature.text,
               operand(x, 1));
@@ -370,15 +379,17 @@ double NumericProcedure::operator()(double x) {
   return doubleOfValue(*state_, value);
 }
 
-void defineRows(State& state, std::span<const FunctionRow> rows) {
+void defineRows(State& state, std::span<const FunctionRow> rows, std::shared_ptr<void> context) {
   for (const FunctionRow& row : rows) {
     auto signature = std::make_shared<const Signature>(row.name, row.parameters);
     auto function = std::make_unique<MachineFunction>();
     function->name = row.name;
     function->takesEquations = true;
-    function->usage = {signature->text, row.summary, row.example == nullptr ? "" : row.example};
-    function->call = [signature, body = row.body](State& s, ALGEB args) {
-      Call call(s, *signature, args);
+    if (row.summary != nullptr) {
+      function->usage = {signature->text, row.summary, row.example == nullptr ? "" : row.example};
+    }
+    function->call = [signature, body = row.body, context](State& s, ALGEB args) {
+      Call call(s, *signature, args, context.get());
       const Watch watch([](double) {
         lookAtInterrupt();
         return true;

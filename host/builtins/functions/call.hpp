@@ -2,11 +2,12 @@
 //
 // A function is a row: its name, its parameters as they are written in the help, a line of what it
 // does and a body.  Parameters before the semicolon may be given by position or as equations, those
-// after it as equations only; "= value" makes one optional.  A body asks for its arguments by name
-// and kind.
+// after it as equations only; "= value" makes one optional, and "..." among the latter takes equations
+// with any other name.  A body asks for its arguments by name and kind.
 #pragma once
 
 #include <deque>
+#include <memory>
 #include <optional>
 #include <span>
 #include <string>
@@ -37,7 +38,7 @@ using FunctionBody = ALGEB (*)(Call&);
 struct FunctionRow {
   const char* name;
   const char* parameters;
-  const char* summary;
+  const char* summary;  // null for a function that a page describes by hand
   const char* example;  // statements; null for none
   FunctionBody body;
 };
@@ -48,18 +49,25 @@ struct Signature {
   std::string function;
   std::string text;  // mean(x; weights, kind = arithmetic)
   std::vector<Parameter> parameters;
+  bool open = false;  // takes equations with other names
 };
 
 class Call {
  public:
   // Binds arguments to parameters; raises for one too many, one missing, or a name that is none.
-  Call(State& state, const Signature& signature, ALGEB args);
+  Call(State& state, const Signature& signature, ALGEB args, void* context = nullptr);
 
   State& state() { return state_; }
   const Signature& signature() const { return signature_; }
 
   bool given(std::string_view parameter) const { return value(parameter) != nullptr; }
   ALGEB value(std::string_view parameter) const;  // null: not given
+
+  // The equations with other names, in their order.
+  using Named = std::pair<ALGEB, ALGEB>;
+  std::span<const Named> others() const { return others_; }
+  // What the row was defined with.
+  void* context() const { return context_; }
 
   // Numbers of a list, an array of any type or a range, without a copy where they lie in memory as
   // such; Data() where the parameter is not given.  Valid as long as the call.
@@ -113,6 +121,8 @@ class Call {
   const Signature& signature_;
   std::vector<ALGEB> values_;  // live in the argument sequence, which the caller holds
   ALGEB args_;
+  void* context_;
+  std::vector<Named> others_;  // in the argument sequence, too
   std::deque<std::vector<double>> converted_;
   std::optional<std::vector<Random>> own_;
 };
@@ -134,8 +144,10 @@ class NumericProcedure {
   bool hardware_ = true;
 };
 
-// Defines the rows of one file.
-void defineRows(State& state, std::span<const FunctionRow> rows);
+// Defines the rows of one file.  The context is theirs as long as the kernel lives; it holds no
+// handles.
+void defineRows(State& state, std::span<const FunctionRow> rows,
+                std::shared_ptr<void> context = nullptr);
 
 // The kernel's own stream of the functions, seeded with the host's.
 Random& streamOf(State& state);

@@ -11,6 +11,7 @@
 #include "builtins/functions/call.hpp"
 #include "builtins/functions/objects.hpp"
 #include "builtins/functions/statistics.hpp"
+#include "builtins/tables/tables.hpp"
 #include "mathematics/elementwise.hpp"
 #include "values/errors.hpp"
 #include "values/numbers.hpp"
@@ -92,6 +93,9 @@ ALGEB exactTally(Call& call, Handles& all) {
 }
 
 ALGEB tally(Call& call) {
+  if (const ALGEB ofTexts = tallyOfTexts(call)) {
+    return ofTexts;
+  }
   Handles exact(call.state());
   if (!call.given("weights") && isExactData(call, "x", exact)) {
     return exactTally(call, exact);
@@ -166,6 +170,12 @@ TrimOptions trimOptions(Call& call) {
 }
 
 ALGEB trim(Call& call) {
+  if (const ALGEB text = trimmedText(call)) {
+    return text;
+  }
+  if (!call.given("cut")) {
+    call.refuse("x", "texts, or numbers and what to cut,");
+  }
   return call.reals(trimmed<double>(call.data("x"), cutOf(call), trimOptions(call)),
                     call.value("x"));
 }
@@ -204,6 +214,9 @@ ALGEB moving(Call& call) {
 }
 
 ALGEB filter(Call& call) {
+  if (is(call.value("x"), Tag::table) || is(call.value("taps"), Tag::procedure)) {
+    return filterRows(call);
+  }
   return call.reals(
       vexel::filter(call.data("x"), call.data("taps"),
                     {.recursive = call.boolean("recursive"), .initial = call.data("initial")}),
@@ -305,7 +318,8 @@ constexpr FunctionRow kRows[] = {
     {"cumulative", "x; kind = sum, weights, missing = propagate",
      "running sum, product, min or max",
      "cumulative([1, 2, 3]), cumulative([1, 2, 3], kind = product);", cumulative},
-    {"trim", "x, cut; weights, missing = propagate", "x without the fraction cut at each end",
+    {"trim", "x, cut = none; weights, missing = propagate",
+     "x without the fraction cut at each end; of texts each without the blanks at its ends",
      "trim([5, 1, 100, 2, 3], 1/5);", trim},
     {"winsorize", "x, cut; weights, missing = propagate",
      "x with the fraction cut at each end moved to the nearest value that stays",
@@ -317,7 +331,8 @@ constexpr FunctionRow kRows[] = {
      "moving([1, 2, 3, 10], 3), moving([1, 2, 3, 10], 3, median), moving([1, 2, 3, 10], 2, max, "
      "align = right);",
      moving},
-    {"filter", "x, taps; recursive = false, initial", "a linear filter",
+    {"filter", "x, taps; recursive = false, initial",
+     "a linear filter; with a procedure as taps the elements or rows where it is true",
      "filter([1, 2, 3], [1, -1]), filter([1, 1, 1], [1/2], recursive = true);", filter},
     {"autocorrelation", "x, lags; missing = propagate",
      "autocorrelations of lags 0 to k, or of some", "autocorrelation([1, 2, 3, 4], 1);",
