@@ -210,10 +210,8 @@ class Printer {
         printArray(x);
         return;
       case Tag::date:
-        out_ += "date(\"" + dateText(daysOf(x)) + "\")";
-        return;
       case Tag::pointer:
-        printPointer(x);
+        printMade(x);
         return;
       case Tag::procedure:
       case Tag::function:
@@ -221,9 +219,7 @@ class Printer {
         foreign(x)->print(state_, out_);
         tooLong();
         return;
-      case Tag::integer:
-      case Tag::block:
-      case Tag::free:
+      default:
         out_ += "memory";
     }
   }
@@ -379,11 +375,15 @@ class Printer {
     out_ += "])";
   }
 
-  void printPointer(ALGEB x) {
-    char buffer[40];
-    std::snprintf(buffer, sizeof buffer, "pointer(0x%lx)",
-                  reinterpret_cast<Word>(pointerOf(x).address));
-    out_ += buffer;
+  // date("2024-02-29"), pointer(0x1f)
+  void printMade(ALGEB x) {
+    char address[40];
+    if (isDate(x)) {
+      out_ += "date(\"" + dateText(daysOf(x)) + "\")";
+      return;
+    }
+    std::snprintf(address, sizeof address, "%lx", reinterpret_cast<Word>(pointerOf(x).address));
+    out_ += std::string("pointer(0x") + address + ')';
   }
 
   void printArray(ALGEB x) {

@@ -1,12 +1,11 @@
 #include "builtins/tables/csv_columns.hpp"
 
 #include <algorithm>
-#include <charconv>
 #include <cmath>
-#include <cstdlib>
 #include <cstring>
 #include <limits>
 
+#include "kernels/cell_number.hpp"
 #include "values/arrays.hpp"
 #include "values/dates.hpp"
 #include "values/objects.hpp"
@@ -17,19 +16,8 @@ namespace {
 
 constexpr double kMissing = std::numeric_limits<double>::quiet_NaN();
 
-// What programs write for a missing number.
 bool isUsualMissing(std::string_view cell) {
-  constexpr std::string_view kWords[] = {"na", "n/a", "nan", ".", "null"};
-  if (cell.empty() || cell.size() > 4) {
-    return cell.empty();
-  }
-  char lower[4] = {};
-  for (std::size_t i = 0; i < cell.size() && i < sizeof lower; ++i) {
-    const char c = cell[i];
-    lower[i] = c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c;
-  }
-  const std::string_view word(lower, cell.size());
-  return std::find(std::begin(kWords), std::end(kWords), word) != std::end(kWords);
+  return cell.size() <= 4 && kernels::isMissingCell(cell);
 }
 
 constexpr double kPowersOfTen[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
@@ -67,21 +55,6 @@ bool plainNumber(std::string_view cell, char decimal, double& value) {
   return true;
 }
 
-bool anyNumber(std::string_view cell, double& value) {
-  if (cell.front() == '+') {
-    cell.remove_prefix(1);
-  }
-  const auto [end, error] = std::from_chars(cell.data(), cell.data() + cell.size(), value);
-  if (end != cell.data() + cell.size() || error == std::errc::invalid_argument) {
-    return false;
-  }
-  if (error == std::errc::result_out_of_range) {
-    // from_chars leaves the value alone: too large and too small look the same to it.
-    value = std::strtod(std::string(cell).c_str(), nullptr);
-  }
-  return true;
-}
-
 std::uint64_t hashOf(std::string_view text) {
   std::uint64_t hash = 0x9E3779B97F4A7C15U ^ text.size();
   const auto stir = [&hash](std::uint64_t word) {
@@ -102,13 +75,6 @@ std::uint64_t hashOf(std::string_view text) {
 }
 
 }  // namespace
-
-std::string_view withoutBlanks(std::string_view cell) {
-  const std::size_t from = cell.find_first_not_of(" \t");
-  return from == std::string_view::npos
-             ? std::string_view()
-             : cell.substr(from, cell.find_last_not_of(" \t") - from + 1);
-}
 
 bool CellRules::isMissing(std::string_view cell) const {
   if (!ownMissing) {
@@ -131,28 +97,26 @@ bool CellRules::isMissingText(Scanner::Cell cell) const {
 }
 
 bool CellRules::number(std::string_view cell, double& value) const {
-  if (!cell.empty() &&
-      (cell.front() == ' ' || cell.front() == '\t' || cell.back() == ' ' || cell.back() == '\t')) {
-    cell = withoutBlanks(cell);  // within quotes
-  }
+  cell = kernels::trimmed(cell);  // within quotes
   if (!plainNumber(cell, decimal, value)) {
     if (isMissing(cell)) {
       value = kMissing;
       return true;
     }
-    if (decimal == '.') {
-      if (!anyNumber(cell, value)) {
-        return false;
-      }
-    } else {
-      std::string pointed(cell);
+    if (isUsualMissing(cell)) {  // but none of the own words
+      return false;
+    }
+    std::string pointed;
+    if (decimal != '.') {
+      pointed = cell;
       if (pointed.find('.') != std::string::npos) {
         return false;
       }
       std::replace(pointed.begin(), pointed.end(), decimal, '.');
-      if (!anyNumber(pointed, value)) {
-        return false;
-      }
+      cell = pointed;
+    }
+    if (!kernels::cellNumber(cell, value)) {
+      return false;
     }
   }
   if (!missingNumbers.empty() &&
@@ -240,10 +204,10 @@ bool CsvColumn::add(const Scanner::Cell& cell, std::size_t record, const CellRul
       values_.push_back(good ? value : kMissing);
       break;
     case ColumnKind::date:
-      if (const auto days = daysOfText(withoutBlanks(cell.text))) {
+      if (const auto days = daysOfText(kernels::trimmed(cell.text))) {
         value = static_cast<double>(*days);
       } else {
-        good = rules.isMissing(withoutBlanks(cell.text));
+        good = rules.isMissing(kernels::trimmed(cell.text));
       }
       values_.push_back(value);
       break;

@@ -12,8 +12,6 @@
 
 namespace vexel {
 
-std::string_view withoutBlanks(std::string_view cell);
-
 // How cells are understood.
 struct CellRules {
   char decimal = '.';

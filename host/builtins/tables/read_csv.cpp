@@ -8,6 +8,7 @@
 
 #include "builtins/tables/csv_columns.hpp"
 #include "builtins/tables/tables.hpp"
+#include "kernels/cell_number.hpp"
 #include "values/errors.hpp"
 #include "values/numbers.hpp"
 #include "values/text.hpp"
@@ -76,7 +77,7 @@ void readMissing(Call& call, CellRules& rules) {
       rules.missingNumbers.push_back(toDouble(call.state(), x));
     } else if (is(x, Tag::string) || is(x, Tag::name)) {
       double value = 0;
-      rules.missingTexts.emplace_back(withoutBlanks(text(x)));
+      rules.missingTexts.emplace_back(kernels::trimmed(text(x)));
       CellRules plain;
       plain.decimal = rules.decimal;
       if (plain.number(rules.missingTexts.back(), value) && !std::isnan(value)) {
@@ -194,7 +195,7 @@ void CsvReading::readHeadings(Scanner& scanner) {
             newInteger(state_, static_cast<std::int64_t>(kMostColumns)));
     }
     if (options_.header) {
-      headings_.push(string(state_, withoutBlanks(cell.text)));
+      headings_.push(string(state_, kernels::trimmed(cell.text)));
     } else {
       firstTexts_.emplace_back(cell.text);
       first_.push_back({firstTexts_.back(), cell.quoted, cell.endsRecord});
@@ -278,9 +279,9 @@ void CsvReading::requireDistinctHeadings(const std::vector<std::size_t>& places)
   for (const std::size_t c : places) {
     const auto [at, isNew] = seen.emplace(headings_[c], c);
     if (!isNew && at->second != c) {
-      raise(state_,
-            "columns " + std::to_string(at->second + 1) + " and %1 have the same heading, %2",
-            newInteger(state_, static_cast<std::int64_t>(c + 1)), headings_[c]);
+      const ALGEB parts[] = {newInteger(state_, static_cast<std::int64_t>(at->second + 1)),
+                             newInteger(state_, static_cast<std::int64_t>(c + 1)), headings_[c]};
+      raise(state_, "columns %1 and %2 have the same heading, %3", parts);
     }
   }
 }
@@ -308,8 +309,10 @@ void CsvReading::addCell(const Scanner::Cell& cell, std::size_t c, std::size_t r
     report_.add(record, headingText(c), cell.text, "not read");
   }
   if (strict_ && column.isText()) {
-    raise(state_, "row %1, column " + std::to_string(c + 1) + ": expected a number, received: %2",
-          newInteger(state_, static_cast<std::int64_t>(record)), string(state_, cell.text));
+    const ALGEB place[] = {newInteger(state_, static_cast<std::int64_t>(record)),
+                           newInteger(state_, static_cast<std::int64_t>(c + 1)),
+                           string(state_, cell.text)};
+    raise(state_, "row %1, column %2: expected a number, received: %3", place);
   }
 }
 
@@ -323,7 +326,7 @@ void CsvReading::readRows(Scanner& scanner) {
     const std::size_t c = scanner.column();
     if (c < columns_.size()) {
       addCell(cell, c, scanner.record());
-    } else if (!withoutBlanks(cell.text).empty()) {
+    } else if (!kernels::trimmed(cell.text).empty()) {
       raise(state_, "row %1, column %2: more cells than there are headings",
             newInteger(state_, static_cast<std::int64_t>(scanner.record())),
             newInteger(state_, static_cast<std::int64_t>(c + 1)));

@@ -108,8 +108,7 @@ void Scanner::skipLines(std::size_t n) {
 }
 
 void Scanner::malformed(const char* what) {
-  raise(state_, std::string("row %1, column %2 of the CSV file ") + what,
-        newInteger(state_, static_cast<std::int64_t>(record_)),
+  raise(state_, what, newInteger(state_, static_cast<std::int64_t>(record_)),
         newInteger(state_, static_cast<std::int64_t>(column_ + 1)));
 }
 
@@ -141,7 +140,7 @@ void Scanner::quotedCell(Cell& cell) {
   bool whole = true;  // no quote was doubled: the text lies as it is in the buffer
   for (;;) {
     if (atEnd()) {
-      malformed("opens a quote that the file never closes");
+      malformed("row %1, column %2 of the CSV file opens a quote that the file never closes");
     }
     const void* const found = std::memchr(at_, '"', static_cast<std::size_t>(end_ - at_));
     if (found == nullptr) {
@@ -169,7 +168,9 @@ void Scanner::quotedCell(Cell& cell) {
     ++at_;
   }
   if (at_ != end_ && classes_[static_cast<unsigned char>(*at_)] != Class::ends) {
-    malformed("has a quote inside a cell without quotes or text behind the closing quote");
+    malformed(
+        "row %1, column %2 of the CSV file has a quote inside a cell without quotes or text behind "
+        "the closing quote");
   }
   cell.text = whole ? std::string_view(begin_, length) : std::string_view(unquoted_);
   cell.quoted = true;
@@ -185,7 +186,9 @@ void Scanner::plainCell(Cell& cell) {
     }
   }
   if (at_ != end_ && *at_ == '"') {
-    malformed("has a quote inside a cell without quotes or text behind the closing quote");
+    malformed(
+        "row %1, column %2 of the CSV file has a quote inside a cell without quotes or text behind "
+        "the closing quote");
   }
   const char* last = at_;
   while (last != begin_ && isBlank(last[-1])) {

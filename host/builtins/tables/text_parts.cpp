@@ -7,6 +7,7 @@
 
 #include "builtins/tables/csv_columns.hpp"
 #include "builtins/tables/tables.hpp"
+#include "kernels/cell_number.hpp"
 #include "mathematics/elementwise.hpp"
 #include "values/dates.hpp"
 #include "values/errors.hpp"
@@ -227,7 +228,7 @@ ALGEB lower(Call& call) {
 // The number that a text is: exact where it is an integer.
 ALGEB numberOfText(Call& call, std::string_view all, const CellRules& rules) {
   State& state = call.state();
-  const std::string_view text = withoutBlanks(all);
+  const std::string_view text = kernels::trimmed(all);
   const std::string_view digits =
       text.substr(text.starts_with('-') || text.starts_with('+') ? 1 : 0);
   if (!digits.empty() && digits.find_first_not_of("0123456789") == std::string_view::npos) {
