@@ -38,7 +38,8 @@ class Marker {
   friend class Heap;
   static bool reachesNothing(ALGEB x) {
     const Tag t = tag(x);
-    return t == Tag::integer || t == Tag::string || t == Tag::date || (t == Tag::softwareFloat && length(x) < 3);
+    return t == Tag::integer || t == Tag::string || t == Tag::date ||
+           (t == Tag::softwareFloat && length(x) < 3);
   }
   std::vector<ALGEB> pending_;
 };

@@ -2,8 +2,8 @@
 //
 // A function is a row: its name, its parameters as they are written in the help, a line of what it
 // does and a body.  Parameters before the semicolon may be given by position or as equations, those
-// after it as equations only; "= value" makes one optional, and "..." among the latter takes equations
-// with any other name.  A body asks for its arguments by name and kind.
+// after it as equations only; "= value" makes one optional, and "..." among the latter takes
+// equations with any other name.  A body asks for its arguments by name and kind.
 #pragma once
 
 #include <deque>
