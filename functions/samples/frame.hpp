@@ -17,9 +17,6 @@ namespace vexel {
 
 namespace detail {
 
-template <typename L>
-class Variates;
-
 inline constexpr std::size_t worthTables = 300;
 
 }  // namespace detail

@@ -20,6 +20,7 @@
 #include <utility>
 #include <vector>
 #include <vexel/data.hpp>
+#include <vexel/distributions/law.hpp>
 #include <vexel/export.hpp>
 #include <vexel/interval.hpp>
 #include <vexel/random.hpp>
@@ -53,54 +54,11 @@ concept FunctionOfDouble =
 
 }  // namespace detail
 
-// The methods of a distribution.  Copies share their tables; any number of threads may use them if
-// the function may be called so.
-class VEXEL_API OwnLaw {
+// What a density and a distribution function give: a law with the methods of all others.  Copies
+// share their tables; any number of threads may use them if the function may be called so.
+class VEXEL_API OwnLaw : public ContinuousLaw<OwnLaw> {
  public:
-  double pdf(double x) const;
-  void pdf(Data x, std::span<double> out) const;
-  std::vector<double> pdf(Data x) const;
-  double logpdf(double x) const;
-  void logpdf(Data x, std::span<double> out) const;
-  std::vector<double> logpdf(Data x) const;
-  double cdf(double x) const;
-  void cdf(Data x, std::span<double> out) const;
-  std::vector<double> cdf(Data x) const;
-  double sf(double x) const;
-  void sf(Data x, std::span<double> out) const;
-  std::vector<double> sf(Data x) const;
-  double logcdf(double x) const;
-  void logcdf(Data x, std::span<double> out) const;
-  std::vector<double> logcdf(Data x) const;
-  double logsf(double x) const;
-  void logsf(Data x, std::span<double> out) const;
-  std::vector<double> logsf(Data x) const;
-  double quantile(double p) const;
-  void quantile(Data p, std::span<double> out) const;
-  std::vector<double> quantile(Data p) const;
-  double ppf(double p) const { return quantile(p); }
-  void ppf(Data p, std::span<double> out) const { quantile(p, out); }
-  std::vector<double> ppf(Data p) const { return quantile(p); }
-  double isf(double q) const;
-  void isf(Data q, std::span<double> out) const;
-  std::vector<double> isf(Data q) const;
-  Interval interval(double level) const;
-
-  Interval support() const;
-  double mean() const;
-  double var() const;
-  double std() const;
-  double skewness() const;
-  double kurtosis() const;  // excess: 0 for the normal law
-  double median() const { return quantile(0.5); }
-  double log_likelihood(Data x) const;
-
-  double sample(Random& rng) const;
-  void sample(std::span<double> out, Random& rng) const;
-  std::vector<double> sample(std::size_t n, Random& rng) const;
-  double rvs(Random& rng) const { return sample(rng); }
-  void rvs(std::span<double> out, Random& rng) const { sample(out, rng); }
-  std::vector<double> rvs(std::size_t n, Random& rng) const { return sample(n, rng); }
+  static constexpr const char* name = "OwnLaw";
 
   bool log_concave() const;         // sampled by rejection
   double log_integral() const;      // logarithm of the integral of f; 0 for a distribution function
@@ -111,6 +69,10 @@ class VEXEL_API OwnLaw {
   explicit OwnLaw(std::shared_ptr<const detail::OwnLawTables> tables);
 
  private:
+  template <typename>
+  friend struct detail::Formulas;
+  template <typename>
+  friend class detail::Variates;
   std::shared_ptr<const detail::OwnLawTables> tables_;
 };
 

@@ -101,21 +101,7 @@ class OwnLawOf final : public LawFrame<OwnLaw> {
  public:
   using LawFrame<OwnLaw>::LawFrame;
   double likelihood(const Data& x, const Data& weights, Missing missing) const override {
-    if (weights.given()) {
-      throw std::invalid_argument("weights: a law of one's own takes none");
-    }
-    if (missing == Missing::propagate) {
-      return law().log_likelihood(x);
-    }
-    std::vector<double> present;
-    for (std::size_t i = 0; i < x.size(); ++i) {
-      if (x[i] == x[i]) {
-        present.push_back(x[i]);
-      } else if (missing == Missing::raise) {
-        throw std::invalid_argument("x: a missing value came");
-      }
-    }
-    return law().log_likelihood(present);
+    return law().log_likelihood(x, {.weights = weights, .missing = missing});
   }
   bool whole() const override { return false; }
   py::dict parameters() const override { return {}; }

@@ -37,6 +37,10 @@ namespace detail {
 template <typename L>
 struct Formulas;
 
+// A law's sampler, where the library defines it.
+template <typename L>
+class Variates;
+
 // Room for what the library computes once for a law and keeps to itself.
 template <std::size_t bytes>
 class Opaque {
