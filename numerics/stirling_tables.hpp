@@ -1,4 +1,5 @@
-// Tables of the Stirling error, log Gamma(z + 1) - (z + 1/2) log z + z - log(2 pi) / 2.
+// Tables of the Stirling error, log Gamma(z + 1) - (z + 1/2) log z + z - log(2 pi) / 2, written by
+// tools/stirling_tables.py.
 #pragma once
 
 namespace nag2 {

@@ -1,5 +1,8 @@
 #!/usr/bin/env python3
-"""Writes kernels/variates/ziggurat_layers.hpp: the right edges of the layers of the two ziggurats."""
+"""Writes kernels/variates/ziggurat_layers.hpp: the right edges of the layers of the two ziggurats.
+
+usage: ziggurat_layers.py > kernels/variates/ziggurat_layers.hpp
+"""
 import mpmath as mp
 
 mp.mp.dps = 40
@@ -33,8 +36,7 @@ normal = edges(lambda x: mp.exp(-x * x / 2), lambda y: mp.sqrt(-2 * mp.log(y)),
 exponential = edges(lambda x: mp.exp(-x), lambda y: -mp.log(y), lambda r: mp.exp(-r),
                     mp.mpf(6), mp.mpf(10))
 
-with open("kernels/variates/ziggurat_layers.hpp", "w") as out:
-    print("""// Written by tools/ziggurat_layers.py: right edges of the layers of equal area under exp(-x^2/2) and
+print("""// Written by tools/ziggurat_layers.py: right edges of the layers of equal area under exp(-x^2/2) and
 // under exp(-x).  [0] is the width that the base layer would have as a rectangle, [1] where its tail
 // begins, the last one 0.
 #pragma once
@@ -42,15 +44,15 @@ with open("kernels/variates/ziggurat_layers.hpp", "w") as out:
 namespace vexel::kernels {
 
 inline constexpr int zigguratLayers = %d;
-""" % LAYERS, file=out)
-    for name, x in (("normalEdges", normal), ("exponentialEdges", exponential)):
-        print("// clang-format off\ninline constexpr double %s[zigguratLayers + 1] = {" % name, file=out)
-        row = "   "
-        for v in x:
-            text = " " + float(v).hex() + ","
-            if len(row) + len(text) > 100:
-                print(row, file=out)
-                row = "   "
-            row += text
-        print(row + "\n};\n// clang-format on\n", file=out)
-    print("}  // namespace vexel::kernels", file=out)
+""" % LAYERS)
+for name, x in (("normalEdges", normal), ("exponentialEdges", exponential)):
+    print("// clang-format off\ninline constexpr double %s[zigguratLayers + 1] = {" % name)
+    row = "   "
+    for v in x:
+        text = " " + float(v).hex() + ","
+        if len(row) + len(text) > 100:
+            print(row)
+            row = "   "
+        row += text
+    print(row + "\n};\n// clang-format on\n")
+print("}  // namespace vexel::kernels")
