@@ -17,6 +17,7 @@
 #include "generators/envelope_generator.hpp"
 #include "generators/inverse_distribution.hpp"
 #include "kernel/uniform_source.hpp"
+#include "kernel/conversions.hpp"
 
 namespace {
 

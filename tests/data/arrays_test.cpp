@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "data/element_types.hpp"
+#include "kernel/element_types.hpp"
 #include "kernel_test.hpp"
 
 namespace {

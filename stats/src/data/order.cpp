@@ -5,9 +5,9 @@
 #include <cstring>
 #include <vector>
 
-#include "data/data_argument.hpp"
-#include "data/element_types.hpp"
 #include "data/rank.hpp"
+#include "kernel/data_argument.hpp"
+#include "kernel/element_types.hpp"
 #include "kernel/entry_frame.hpp"
 #include "kernel/host_arrays.hpp"
 
@@ -42,7 +42,7 @@ struct Layout {
 
 ALGEB denseRankArray(VKernelVector kv, ALGEB ranks) {
   RTableSettings settings = STATS_SettingsOf_HW(kv, ranks);
-  if (settings.storage == RTABLE_RECTANGULAR && settings.data_type == RTABLE_INTEGER32) {
+  if (STATS_IsDense_HW(settings, RTABLE_INTEGER32)) {
     return ranks;
   }
   settings.storage = RTABLE_RECTANGULAR;

@@ -13,8 +13,9 @@
 #include <type_traits>
 #include <vector>
 
-#include "data/element_types.hpp"
 #include "kernel/conversions.hpp"
+#include "kernel/element_types.hpp"
+#include "kernel/nag_call.hpp"
 
 namespace {
 

@@ -7,8 +7,9 @@
 #include <cstddef>
 #include <cstring>
 
-#include "data/data_argument.hpp"
-#include "data/element_types.hpp"
+#include "kernel/conversions.hpp"
+#include "kernel/data_argument.hpp"
+#include "kernel/element_types.hpp"
 #include "kernel/entry_frame.hpp"
 
 namespace {

@@ -4,8 +4,8 @@
 
 #include <limits>
 
-#include "data/data_argument.hpp"
-#include "data/element_types.hpp"
+#include "kernel/data_argument.hpp"
+#include "kernel/element_types.hpp"
 #include "kernel/entry_frame.hpp"
 #include "kernel/uniform_source.hpp"
 #include "kernels/classic/shuffle.hpp"

@@ -6,9 +6,9 @@
 #include <cstring>
 #include <type_traits>
 
-#include "data/data_argument.hpp"
-#include "data/element_types.hpp"
 #include "data/rank.hpp"
+#include "kernel/data_argument.hpp"
+#include "kernel/element_types.hpp"
 #include "kernel/entry_frame.hpp"
 #include "kernel/host_arrays.hpp"
 

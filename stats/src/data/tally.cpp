@@ -12,9 +12,9 @@
 #include <type_traits>
 #include <vector>
 
-#include "data/data_argument.hpp"
-#include "data/element_types.hpp"
+#include "kernel/data_argument.hpp"
 #include "kernel/data_sample.hpp"
+#include "kernel/element_types.hpp"
 #include "kernel/entry_frame.hpp"
 #include "kernel/interrupt.hpp"
 #include "kernels/tallies/count_table.hpp"
@@ -172,7 +172,7 @@ ALGEB VexelTallySorted(VKernelVector kv, ALGEB args) {
     const Weights weights(kv, arg);
     ALGEB data = arg[1];
     RTableSettings settings = STATS_SettingsOf_HW(kv, data);
-    if (settings.data_type != RTABLE_DAG || settings.storage != RTABLE_RECTANGULAR) {
+    if (!STATS_IsDense_HW(settings, RTABLE_DAG)) {
       settings.data_type = RTABLE_DAG;
       settings.storage = RTABLE_RECTANGULAR;
       data = RTableCopy(kv, &settings, data);

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "data/host_relations.hpp"
+#include "kernel/conversions.hpp"
 #include "kernel/entry_frame.hpp"
 #include "kernel/host_arrays.hpp"
 #include "kernel/interrupt.hpp"

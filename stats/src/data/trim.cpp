@@ -4,7 +4,8 @@
 #include <cstddef>
 #include <cstring>
 
-#include "data/data_argument.hpp"
+#include "kernel/conversions.hpp"
+#include "kernel/data_argument.hpp"
 #include "kernel/data_sample.hpp"
 #include "kernel/entry_frame.hpp"
 #include "kernels/sorting/split_by_key.hpp"

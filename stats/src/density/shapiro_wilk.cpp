@@ -9,6 +9,7 @@
 #include "kernel/data_sample.hpp"
 #include "kernel/entry_frame.hpp"
 #include "kernel/host_arrays.hpp"
+#include "kernel/nag_call.hpp"
 #include "kernel/sample_view.hpp"
 
 void STATS_ShapiroWilk_HW(VKernelVector kv, long n, double* x, double* W, double* p) {

@@ -8,6 +8,7 @@
 
 #include "descriptive/given_names.hpp"
 #include "descriptive/one_or_list.hpp"
+#include "kernel/conversions.hpp"
 #include "kernel/entry_frame.hpp"
 #include "kernel/sample_view.hpp"
 

@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "kernel/entry_frame.hpp"
+#include "kernel/nag_call.hpp"
 #include "kernel/sample_view.hpp"
 
 namespace {

@@ -1,7 +1,7 @@
 // Beta distribution with parameters nu1 and nu2, from the numerical library.
 
 #include "distributions/families.hpp"
-#include "distributions/nag_call.hpp"
+#include "kernel/nag_call.hpp"
 
 double STATS_BetaProbability_HW(VKernelVector kv, double x, double nu1, double nu2) {
   return STATS_CallNag_HW(

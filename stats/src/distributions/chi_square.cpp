@@ -2,7 +2,7 @@
 // gamma.
 
 #include "distributions/families.hpp"
-#include "distributions/nag_call.hpp"
+#include "kernel/nag_call.hpp"
 
 double STATS_ChiSquareProbability_HW(VKernelVector kv, double x, double nu) {
   return STATS_CallNag_HW(kv, [&](NagError* fail) {

@@ -6,10 +6,12 @@
 #include <cstdint>
 #include <tuple>
 
-#include "distributions/nag_call.hpp"
 #include "distributions/random_sample.hpp"
+#include "kernel/conversions.hpp"
 #include "kernel/entry_frame.hpp"
 #include "kernel/host_arrays.hpp"
+#include "kernel/host_settings.hpp"
+#include "kernel/nag_call.hpp"
 
 namespace distribution_rows {
 
@@ -76,8 +78,7 @@ ALGEB callTolerant(VKernelVector kv, ALGEB args, const char* countMessage, Worke
 template <typename... Kind, typename Worker>
 ALGEB callRounded(VKernelVector kv, ALGEB args, const char* countMessage, Worker worker) {
   const ALGEB result = callTolerant<AtDigits, Kind...>(kv, args, countMessage, worker);
-  return EvalVexelProc(kv, ToVexelName(kv, "evalf", 1), 2, result,
-                       ToVexelInteger(kv, STATS_HostDigits_HW(kv)));
+  return STATS_RoundedTo_HW(kv, result, STATS_HostDigits_HW(kv));
 }
 
 // fill(data, n, values...) writes the variates.  Everything is converted before the array is made.

@@ -9,6 +9,7 @@
 
 #include "distributions/families.hpp"
 #include "kernel/conversions.hpp"
+#include "kernel/host_settings.hpp"
 #include "kernel/uniform_source.hpp"
 #include "rootfinding/given_names.hpp"
 

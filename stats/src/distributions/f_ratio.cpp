@@ -1,7 +1,7 @@
 // F distribution with nu1 and nu2 degrees of freedom, from the numerical library.
 
 #include "distributions/families.hpp"
-#include "distributions/nag_call.hpp"
+#include "kernel/nag_call.hpp"
 
 double STATS_FRatioProbability_HW(VKernelVector kv, double x, double nu1, double nu2) {
   return STATS_CallNag_HW(kv, [&](NagError* fail) {

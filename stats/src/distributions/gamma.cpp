@@ -1,7 +1,7 @@
 // Gamma distribution with scale b and shape c, from the numerical library.
 
 #include "distributions/families.hpp"
-#include "distributions/nag_call.hpp"
+#include "kernel/nag_call.hpp"
 #include "kernel/uniform_source.hpp"
 #include "kernels/classic/variates.hpp"
 

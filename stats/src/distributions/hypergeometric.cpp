@@ -4,7 +4,9 @@
 #include <cmath>
 
 #include "distributions/families.hpp"
-#include "distributions/nag_call.hpp"
+#include "kernel/conversions.hpp"
+#include "kernel/host_settings.hpp"
+#include "kernel/nag_call.hpp"
 #include "kernel/uniform_source.hpp"
 #include "kernels/classic/searched_sample.hpp"
 #include "rootfinding/given_names.hpp"

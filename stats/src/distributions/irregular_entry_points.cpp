@@ -7,8 +7,9 @@
 #include "distributions/entry_rows.hpp"
 #include "distributions/families.hpp"
 #include "distributions/normal_approximations.hpp"
-#include "kernel/callback_adapters.hpp"
+#include "kernel/host_settings.hpp"
 #include "kernel/sample_view.hpp"
+#include "rootfinding/entry_helpers.hpp"
 
 // (n, mu, sigma) or (array, mu, sigma): the only sample that fills an array of the caller's.
 STATS_ENTRY(STATS_VexelNormalRandomSample_HW) {
@@ -78,23 +79,16 @@ STATS_ENTRY(STATS_VexelEmpiricalRandomSample_HW) {
 STATS_ENTRY(STATS_VexelErrorDeviate_HW) {
   const Arguments arg(kv, args, 6, "VexelErrorDeviate expects 6 arguments, received: %1");
   const double p = arg.real(1);
-  if (!IsVexelProcedure(kv, arg[2])) {
-    VexelRaiseError1(
-        kv, "VexelErrorDeviate expects a procedure as its second parameter, received: %1", arg[2]);
-  }
-  if (!IsVexelProcedure(kv, arg[3])) {
-    VexelRaiseError1(
-        kv, "VexelErrorDeviate expects a procedure as its third parameter, received: %1", arg[3]);
-  }
-  STATS_VexelProcAdapter_HW F(kv, arg[2]);
-  STATS_VexelProcAdapter_HW f(kv, arg[3]);
+  auto F = procedureArgument(
+      kv, arg, 2, "VexelErrorDeviate expects a procedure as its second parameter, received: %1");
+  auto f = procedureArgument(
+      kv, arg, 3, "VexelErrorDeviate expects a procedure as its third parameter, received: %1");
   const double a = arg.real(4);
   const double b = arg.real(5);
   const double c = arg.real(6);
   const std::int32_t digits = STATS_HostDigits_HW(kv);
   const double root = STATS_ErrorDeviate_HW(kv, p, F, f, a, b, c, STATS_HostTolerance_HW(kv));
-  return EvalVexelProc(kv, ToVexelName(kv, "evalf", 1), 2, STATS_DoubleToVexelFloat_HW(kv, root),
-                       ToVexelInteger(kv, digits));
+  return STATS_RoundedTo_HW(kv, STATS_DoubleToVexelFloat_HW(kv, root), digits);
 }
 
 STATS_ENTRY(STATS_VexelNormalDeviateApprox_HW) {

@@ -3,7 +3,8 @@
 // Walck, Hand-book on Statistical Distributions for Experimentalists, Stockholm 1996, chapter 26.
 
 #include "distributions/families.hpp"
-#include "distributions/nag_call.hpp"
+#include "kernel/host_settings.hpp"
+#include "kernel/nag_call.hpp"
 #include "kernel/uniform_source.hpp"
 #include "kernels/classic/variates.hpp"
 

@@ -2,7 +2,8 @@
 // method.
 
 #include "distributions/families.hpp"
-#include "distributions/nag_call.hpp"
+#include "kernel/host_settings.hpp"
+#include "kernel/nag_call.hpp"
 #include "rootfinding/given_names.hpp"
 
 double STATS_NonCentralBetaProbability_HW(VKernelVector kv, double x, double nu1, double nu2,

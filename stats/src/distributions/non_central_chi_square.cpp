@@ -6,7 +6,8 @@
 #include <limits>
 
 #include "distributions/families.hpp"
-#include "distributions/nag_call.hpp"
+#include "kernel/host_settings.hpp"
+#include "kernel/nag_call.hpp"
 #include "kernel/uniform_source.hpp"
 #include "rootfinding/given_names.hpp"
 

@@ -1,7 +1,8 @@
 // Non-central F distribution: the numerical library's probability, its inverse by Brent's method.
 
 #include "distributions/families.hpp"
-#include "distributions/nag_call.hpp"
+#include "kernel/host_settings.hpp"
+#include "kernel/nag_call.hpp"
 #include "rootfinding/given_names.hpp"
 
 double STATS_NonCentralFRatioProbability_HW(VKernelVector kv, double x, double nu1, double nu2,

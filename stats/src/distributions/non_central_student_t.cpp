@@ -3,7 +3,8 @@
 #include <cmath>
 
 #include "distributions/families.hpp"
-#include "distributions/nag_call.hpp"
+#include "kernel/host_settings.hpp"
+#include "kernel/nag_call.hpp"
 
 double STATS_NonCentralStudentTProbability_HW(VKernelVector kv, double x, double nu, double delta,
                                               double tol) {

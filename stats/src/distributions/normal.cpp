@@ -2,7 +2,7 @@
 // library's.
 
 #include "distributions/families.hpp"
-#include "distributions/nag_call.hpp"
+#include "kernel/nag_call.hpp"
 
 double STATS_NormalProbability_HW(VKernelVector kv, double x, double mu, double sigma) {
   return STATS_CallNag_HW(kv, [&](NagError* fail) {

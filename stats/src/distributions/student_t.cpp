@@ -1,7 +1,7 @@
 // Student t distribution with nu degrees of freedom, from the numerical library.
 
 #include "distributions/families.hpp"
-#include "distributions/nag_call.hpp"
+#include "kernel/nag_call.hpp"
 #include "kernel/uniform_source.hpp"
 
 double STATS_StudentTProbability_HW(VKernelVector kv, double x, double nu) {

@@ -6,6 +6,7 @@
 
 #include "generators/alias_urn.hpp"
 #include "kernel/conversions.hpp"
+#include "kernel/data_argument.hpp"
 #include "kernel/data_sample.hpp"
 #include "kernel/entry_frame.hpp"
 #include "kernel/host_arrays.hpp"
@@ -60,9 +61,7 @@ void resampleArray(VKernelVector kv, ALGEB data, int dataType, ALGEB out, Next n
 }
 
 void requireOneDimension(VKernelVector kv, ALGEB x) {
-  if (!IsVexelRTable(kv, x) || RTableNumDimensions(kv, x) != 1) {
-    VexelRaiseError1(kv, "expected: one-dimensional array, received %1", x);
-  }
+  STATS_RequireVector_HW(kv, x, "expected: one-dimensional array, received %1");
 }
 
 double statisticOf(VKernelVector kv, ALGEB statistic, ALGEB sample) {

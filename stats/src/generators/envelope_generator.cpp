@@ -5,6 +5,8 @@
 #include <array>
 #include <vector>
 
+#include "kernel/conversions.hpp"
+#include "kernel/data_argument.hpp"
 #include "kernel/refusals.hpp"
 #include "kernel/uniform_source.hpp"
 
@@ -25,8 +27,7 @@ std::vector<double> pointsOfList(VKernelVector kv, ALGEB list) {
 
 std::vector<double> pointsOfArray(VKernelVector kv, ALGEB array) {
   std::vector<double> points;
-  RTableSettings settings;
-  RTableGetSettings(kv, &settings, array);
+  const RTableSettings settings = STATS_SettingsOf_HW(kv, array);
   const V_INT n = RTableNumElements(kv, array);
   const V_INT lower = RTableLowerBound(kv, array, 1);
   for (V_INT k = 0; k < n; ++k) {
@@ -40,12 +41,9 @@ void requireBasePoints(VKernelVector kv, ALGEB points) {
   if (IsVexelList(kv, points)) {
     return;
   }
-  if (!IsVexelRTable(kv, points) || RTableNumDimensions(kv, points) != 1) {
-    VexelRaiseError1(kv, "expected base points as list or one-dimensional array, received %1",
-                     points);
-  }
-  RTableSettings settings;
-  RTableGetSettings(kv, &settings, points);
+  STATS_RequireVector_HW(kv, points,
+                         "expected base points as list or one-dimensional array, received %1");
+  const RTableSettings settings = STATS_SettingsOf_HW(kv, points);
   if (settings.data_type != RTABLE_FLOAT32 && settings.data_type != RTABLE_FLOAT64 &&
       settings.data_type != RTABLE_DAG) {
     VexelRaiseError1(kv, "expected array of floats, received %1", points);

@@ -8,6 +8,7 @@
 
 #include "distributions/random_sample.hpp"
 #include "kernel/conversions.hpp"
+#include "kernel/data_argument.hpp"
 #include "kernel/entry_frame.hpp"
 #include "kernel/uniform_source.hpp"
 #include "rootfinding/given_names.hpp"
@@ -52,10 +53,9 @@ struct Grid {
 
 // The density's values; the array must be a dense float[8] array with elements.
 std::vector<double> densityValues(VKernelVector kv, ALGEB array) {
-  RTableSettings settings;
-  RTableGetSettings(kv, &settings, array);
+  const RTableSettings settings = STATS_SettingsOf_HW(kv, array);
   const V_INT n = RTableNumElements(kv, array);
-  if (settings.data_type != RTABLE_FLOAT64 || settings.storage != RTABLE_RECTANGULAR || n < 1 ||
+  if (!STATS_IsDense_HW(settings, RTABLE_FLOAT64) || n < 1 ||
       n >= std::numeric_limits<std::int32_t>::max()) {
     VexelRaiseError1(kv, "expected: non-empty array of float[8] as density, received %1", array);
   }

@@ -11,16 +11,11 @@
 #include "kernel/conversions.hpp"
 #include "kernel/entry_frame.hpp"
 #include "kernel/host_arrays.hpp"
+#include "kernel/host_settings.hpp"
+#include "rootfinding/entry_helpers.hpp"
 #include "rootfinding/given_names.hpp"
 
 namespace {
-
-ALGEB requireProcedure(VKernelVector kv, const Arguments& arg, V_INT i, const char* message) {
-  if (!IsVexelProcedure(kv, arg[i])) {
-    VexelRaiseError1(kv, message, arg[i]);
-  }
-  return arg[i];
-}
 
 // A list of five base points; a density with one point of inflection leaves the last two unset,
 // and unset elements are no base points.
@@ -65,7 +60,7 @@ void fillFromEnvelope(VKernelVector kv, const Arguments& arg, std::int32_t n, do
   STATS_VexelProcAdapter_HW firstDerivative(kv, first);
   STATS_VexelProcAdapter_HW secondDerivative(kv, second);
 
-  const double tol = std::pow(10.0, -static_cast<double>(STATS_HostDigits_HW(kv)));
+  const double tol = STATS_HostTolerance_HW(kv);
   const double pHigh = std::max(1.0 - 0.1 / n, 0.999);
   const double pLow = std::min(0.1 / n, 0.001);
   const double xLow = STATS_NonCentralChiSquareDeviate_HW(kv, pLow, nu, delta, tol);

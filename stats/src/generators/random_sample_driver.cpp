@@ -6,22 +6,12 @@
 #include "generators/default_generator.hpp"
 #include "generators/envelope_generator.hpp"
 #include "kernel/conversions.hpp"
+#include "kernel/data_argument.hpp"
 #include "kernel/entry_frame.hpp"
 
 namespace {
 
 using Generators = std::vector<std::unique_ptr<STATS_RandomVariateGenerator_HW>>;
-
-void requireFloatBlock(VKernelVector kv, ALGEB output) {
-  RTableSettings settings;
-  RTableGetSettings(kv, &settings, output);
-  if (settings.storage != RTABLE_RECTANGULAR) {
-    VexelRaiseError1(kv, "output rtable has invalid storage type %1", output);
-  }
-  if (settings.data_type != RTABLE_FLOAT64) {
-    VexelRaiseError1(kv, "output rtable has invalid data type %1", output);
-  }
-}
 
 // One generator for each description [kind, setup]; kind 1 is an envelope.
 Generators makeGenerators(VKernelVector kv, ALGEB descriptions) {
@@ -75,7 +65,8 @@ STATS_ENTRY(STATS_VexelRandomSample_HW) {
   if (VexelNumArgs(kv, descriptions) == 0) {
     return output;
   }
-  requireFloatBlock(kv, output);
+  STATS_RequireFloatBlock_HW(kv, output, "output rtable has invalid storage type %1",
+                             "output rtable has invalid data type %1");
   const V_INT n = RTableNumElements(kv, output);
   auto* out = static_cast<double*>(RTableDataBlock(kv, output));
   const Generators generators = makeGenerators(kv, descriptions);

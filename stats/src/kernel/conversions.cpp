@@ -5,9 +5,7 @@
 
 #include "kernel/conversions.hpp"
 
-#include <algorithm>
 #include <cmath>
-#include <limits>
 
 #include "kernel/host_procedure.hpp"
 
@@ -162,41 +160,5 @@ double RTableDataToDouble(VKernelVector kv, RTableData element, int dataType) {
         VexelRaiseError1(kv, "expected vexel float, received %1", element.dag);
       }
       return VexelToFloat64(kv, element.dag);
-  }
-}
-
-Nag_TailProbability STATS_ToNag_TailProbability_HW(STATS_PROBABILITY_TYPE_HW type) {
-  switch (type) {
-    case STATS_UPPER_TAIL_HW:
-      return Nag_UpperTail;
-    case STATS_TWO_TAIL_SIGNIFICANCE_HW:
-      return Nag_TwoTailSignif;
-    case STATS_TWO_TAIL_CONFIDENCE_HW:
-      return Nag_TwoTailConfid;
-    default:
-      return Nag_LowerTail;
-  }
-}
-
-int STATS_IterationLimit_HW(VKernelVector kv) {
-  constexpr int kDefaultLimit = 100;
-  const ALGEB name = ToVexelName(kv, "_EnvStatisticsIterations", 1);
-  if (!IsVexelAssignedName(kv, name)) {
-    return kDefaultLimit;
-  }
-  using Int = std::numeric_limits<int>;
-  const V_INT limit = VexelToV_INT(kv, VexelEval(kv, name));
-  return static_cast<int>(std::clamp(limit, V_INT{Int::min()}, V_INT{Int::max()}));
-}
-
-std::int32_t STATS_HostDigits_HW(VKernelVector kv) {
-  return VexelToInteger32(kv, VexelEval(kv, ToVexelName(kv, "Digits", 1)));
-}
-
-NagError STATS_NagError_HW() { return NagError{}; }
-
-void STATS_RaiseNagError_HW(VKernelVector kv, const NagError& fail) {
-  if (fail.code != NAG2_OK) {
-    VexelRaiseError1(kv, fail.message, ToVexelNULL(kv));
   }
 }

@@ -5,19 +5,11 @@
 // library's own.
 #pragma once
 
-#include <nag2/nag2.h>
 #include <vexelc/vexelc.h>
 
 #include <cstdint>
 
 #include "kernels/saturate.hpp"
-
-enum STATS_PROBABILITY_TYPE_HW : int {
-  STATS_LOWER_TAIL_HW = 1,  // the only one the library passes
-  STATS_UPPER_TAIL_HW = 2,
-  STATS_TWO_TAIL_SIGNIFICANCE_HW = 3,
-  STATS_TWO_TAIL_CONFIDENCE_HW = 4,
-};
 
 // Conversion of host values and evaluation of host procedures; static members only.
 class STATS_VexelUtils_HW {
@@ -76,17 +68,3 @@ inline int STATS_GetVexelDigits_HW() { return 15; }
 // One array element as a double.  Codes 6 and 8 hold machine floats; any other code is taken as a
 // host object, which must be a number ("expected vexel float, received %1").
 double RTableDataToDouble(VKernelVector kv, RTableData element, int dataType);
-
-Nag_TailProbability STATS_ToNag_TailProbability_HW(STATS_PROBABILITY_TYPE_HW type);
-
-// The value of the host variable _EnvStatisticsIterations if it is assigned, else 100.
-int STATS_IterationLimit_HW(VKernelVector kv);
-
-// The value of the host variable Digits as a 32-bit integer.
-std::int32_t STATS_HostDigits_HW(VKernelVector kv);
-
-// Clears a failure record for a call: no handler, no printing.
-NagError STATS_NagError_HW();
-
-// Raises the record's message as the host error unless its code is 0.
-void STATS_RaiseNagError_HW(VKernelVector kv, const NagError& fail);

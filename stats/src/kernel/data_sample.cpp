@@ -14,6 +14,8 @@
 #include <vector>
 
 #include "kernel/conversions.hpp"
+#include "kernel/data_argument.hpp"
+#include "kernel/element_types.hpp"
 #include "kernel/host_arrays.hpp"
 
 namespace {
@@ -67,44 +69,11 @@ double elementToDouble(VKernelVector kv, const RTableData& element, int dataType
   }
 }
 
-// Element i of a dense block of the given type, other than 64-bit floats, which stay in place.
-RTableData blockElement(const void* block, int dataType, int i) {
-  RTableData element{};
-  switch (dataType) {
-    case RTABLE_DAG:
-      element.dag = static_cast<const ALGEB*>(block)[i];
-      break;
-    case RTABLE_COMPLEX_DAG:
-      element.complexdag.re = static_cast<const ALGEB*>(block)[2 * std::int64_t{i}];
-      element.complexdag.im = static_cast<const ALGEB*>(block)[2 * std::int64_t{i} + 1];
-      break;
-    case RTABLE_INTEGER8:
-      element.int8 = static_cast<const std::int8_t*>(block)[i];
-      break;
-    case RTABLE_INTEGER16:
-      element.int16 = static_cast<const std::int16_t*>(block)[i];
-      break;
-    case RTABLE_INTEGER32:
-      element.int32 = static_cast<const std::int32_t*>(block)[i];
-      break;
-    case RTABLE_INTEGER64:
-      element.int64 = static_cast<const std::int64_t*>(block)[i];
-      break;
-    case RTABLE_COMPLEX:
-      element.complexf64.re = static_cast<const double*>(block)[2 * std::int64_t{i}];
-      element.complexf64.im = static_cast<const double*>(block)[2 * std::int64_t{i} + 1];
-      break;
-    default:
-      element.float32 = static_cast<const float*>(block)[i];
-      break;
-  }
-  return element;
-}
-
 void fillFromBlock(VKernelVector kv, ALGEB rtable, int dataType, double* out, int n) {
   const void* block = RTableDataBlock(kv, rtable);
+  const int size = STATS_RTableDataSize_HW(kv, dataType);
   for (int i = 0; i < n; ++i) {
-    out[i] = elementToDouble(kv, blockElement(block, dataType, i), dataType);
+    out[i] = elementToDouble(kv, STATS_BlockElement_HW(block, i, size), dataType);
   }
 }
 
@@ -144,9 +113,7 @@ void STATS_Vector_HW::SetData(VKernelVector kv, STATS_Vector_HW* vector, ALGEB r
   if (vector->size() == 0) {
     return;
   }
-  RTableSettings settings;
-  RTableGetSettings(kv, &settings, rtable);
-  if (settings.storage == RTABLE_RECTANGULAR && settings.data_type == RTABLE_FLOAT64) {
+  if (STATS_IsDense_HW(STATS_SettingsOf_HW(kv, rtable), RTABLE_FLOAT64)) {
     vector->converted_ = rtable;
     vector->data_ = static_cast<double*>(RTableDataBlock(kv, rtable));
   } else {
@@ -190,7 +157,7 @@ void STATS_Vector_HW::ConvertData(VKernelVector kv, STATS_Vector_HW* vector) {
 
   RTableSettings settings;
   RTableGetSettings(kv, &settings, vector->rtable_);
-  const bool knownType = settings.data_type >= RTABLE_DAG && settings.data_type <= RTABLE_FLOAT32;
+  const bool knownType = STATS_IsElementType_HW(settings.data_type);
   if (knownType && settings.storage == RTABLE_RECTANGULAR) {
     fillFromBlock(kv, vector->rtable_, settings.data_type, out, n);
   } else if (knownType) {

@@ -9,6 +9,7 @@
 #include <utility>
 #include <vector>
 
+#include "kernel/data_argument.hpp"
 #include "kernel/entry_frame.hpp"
 #include "kernel/host_arrays.hpp"
 #include "lds/FaureQRStream.hpp"
@@ -85,10 +86,9 @@ std::unique_ptr<VexelQRStream> makeStream(VKernelVector kv, const Arguments& arg
 
 // Raises unless out is a dense array of doubles with room for count points; its order code.
 int checkedOutputOrder(VKernelVector kv, ALGEB out, V_INT count, int dimension) {
-  RTableSettings s;
   if (IsVexelRTable(kv, out) != 0) {
-    RTableGetSettings(kv, &s, out);
-    if (s.data_type == RTABLE_FLOAT64 && s.storage == RTABLE_RECTANGULAR) {
+    const RTableSettings s = STATS_SettingsOf_HW(kv, out);
+    if (STATS_IsDense_HW(s, RTABLE_FLOAT64)) {
       if (count > kMaxInt || count > RTableNumElements(kv, out) / dimension) {
         VexelRaiseError2(kv, "output array has no room for %1 points: %2",
                          ToVexelInteger(kv, count), out);

@@ -6,6 +6,8 @@
 #include <concepts>
 #include <cstdint>
 
+#include "kernel/data_argument.hpp"
+
 // The block of a dense host array of 32- or 64-bit integers.
 template <typename T>
 requires std::same_as<T, std::int32_t> || std::same_as<T, std::int64_t>
@@ -14,15 +16,12 @@ class STATS_HostTable_HW {
   // Raises for anything but a dense array of that element type.
   STATS_HostTable_HW(VKernelVector kv, ALGEB table) : kv_(kv), table_(table) {
     constexpr bool wide = sizeof(T) == sizeof(std::int64_t);
-    RTableSettings s;
-    if (IsVexelRTable(kv, table) != 0) {
-      RTableGetSettings(kv, &s, table);
-      if (s.data_type == (wide ? RTABLE_INTEGER64 : RTABLE_INTEGER32) &&
-          s.storage == RTABLE_RECTANGULAR) {
-        size_ = RTableNumElements(kv, table);
-        data_ = static_cast<T*>(RTableDataBlock(kv, table));
-        return;
-      }
+    if (IsVexelRTable(kv, table) != 0 &&
+        STATS_IsDense_HW(STATS_SettingsOf_HW(kv, table),
+                         wide ? RTABLE_INTEGER64 : RTABLE_INTEGER32)) {
+      size_ = RTableNumElements(kv, table);
+      data_ = static_cast<T*>(RTableDataBlock(kv, table));
+      return;
     }
     VexelRaiseError1(kv,
                      wide ? "invalid table, expected: dense array of 64-bit integers, received %1"

@@ -4,6 +4,7 @@
 // three guard digits.  Only the plain method rounds its result to Digits; the searches hand out the
 // float as it is.
 
+#include "kernel/host_settings.hpp"
 #include "rootfinding/entry_helpers.hpp"
 #include "rootfinding/given_names.hpp"
 
@@ -27,7 +28,7 @@ ALGEB callHybrid(VKernelVector kv, ALGEB args, HybridWorker worker, const char* 
   const std::int32_t maxIter = arg.integer32(8);
   return withGuardDigits(kv, digits, [&] {
     return worker(kv, target, f, lowerValue, upperValue, point1, point2,
-                  lastDigit(digits) * tolFactor, maxIter);
+                  STATS_LastDigit_HW(digits) * tolFactor, maxIter);
   });
 }
 
@@ -49,9 +50,10 @@ STATS_ENTRY(STATS_VexelBrentMethod_HW) {
   const std::int32_t maxIter = arg.integer32(6);
 
   const ALGEB root = withGuardDigits(kv, digits, [&] {
-    return STATS_BrentMethod_HW(kv, target, f, a, b, lastDigit(digits) * tolFactor, maxIter);
+    return STATS_BrentMethod_HW(kv, target, f, a, b, STATS_LastDigit_HW(digits) * tolFactor,
+                                maxIter);
   });
-  return roundedTo(kv, root, digits);
+  return STATS_RoundedTo_HW(kv, root, digits);
 }
 
 // (target, f, lowerValue, upperValue, left, x0, tolFactor, maxIter)

@@ -1,6 +1,7 @@
 // The exported integer quantile searches.  They neither raise Digits nor round: F is evaluated at
 // the host's precision and the result is an integer.
 
+#include "kernel/conversions.hpp"
 #include "rootfinding/entry_helpers.hpp"
 #include "rootfinding/given_names.hpp"
 

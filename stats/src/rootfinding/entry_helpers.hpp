@@ -1,26 +1,26 @@
 // What the root finders' entry points share: procedure arguments and guard digits.
 #pragma once
 
-#include <cmath>
 #include <cstdint>
 
 #include "kernel/callback_adapters.hpp"
 #include "kernel/conversions.hpp"
 #include "kernel/entry_frame.hpp"
 
-// Argument i as a callable; raises message, with the argument for its %1, unless it is a procedure.
-inline STATS_VexelProcAdapter_HW procedureArgument(VKernelVector kv, const Arguments& arg, V_INT i,
-                                                   const char* message) {
+// Argument i; raises message, with the argument for its %1, unless it is a procedure.
+inline ALGEB requireProcedure(VKernelVector kv, const Arguments& arg, V_INT i,
+                              const char* message) {
   const ALGEB proc = arg[i];
   if (!IsVexelProcedure(kv, proc)) {
     VexelRaiseError1(kv, message, proc);
   }
-  return STATS_VexelProcAdapter_HW(kv, proc);
+  return proc;
 }
 
-// One unit of the last of digits decimal digits.
-inline double lastDigit(std::int32_t digits) {
-  return std::pow(10.0, -static_cast<double>(digits));
+// The same as a callable.
+inline STATS_VexelProcAdapter_HW procedureArgument(VKernelVector kv, const Arguments& arg, V_INT i,
+                                                   const char* message) {
+  return {kv, requireProcedure(kv, arg, i, message)};
 }
 
 // Runs worker, which calls host procedures, with Digits three above digits; its double result
@@ -35,9 +35,4 @@ ALGEB withGuardDigits(VKernelVector kv, std::int32_t digits, Worker worker) {
   const ALGEB result = STATS_DoubleToVexelFloat_HW(kv, worker());
   VexelAssign(kv, name, former);
   return result;
-}
-
-// A float rounded by the host to that many digits.
-inline ALGEB roundedTo(VKernelVector kv, ALGEB x, std::int32_t digits) {
-  return EvalVexelProc(kv, ToVexelName(kv, "evalf", 1), 2, x, ToVexelInteger(kv, digits));
 }

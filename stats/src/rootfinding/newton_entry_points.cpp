@@ -3,6 +3,7 @@
 // tolFactor is a multiple of the last digit at the host's Digits.  f and df are host procedures and
 // run with three guard digits; the result is rounded to Digits.
 
+#include "kernel/host_settings.hpp"
 #include "rootfinding/entry_helpers.hpp"
 #include "rootfinding/given_names.hpp"
 
@@ -35,9 +36,9 @@ STATS_ENTRY(STATS_VexelNewtonRaphson_HW) {
 
   const ALGEB root = withGuardDigits(kv, digits, [&] {
     return STATS_NewtonRaphson_HW(kv, target, f, df, x0, left.set, left.value, right.set,
-                                  right.value, tolFactor * lastDigit(digits), maxIter);
+                                  right.value, tolFactor * STATS_LastDigit_HW(digits), maxIter);
   });
-  return roundedTo(kv, root, digits);
+  return STATS_RoundedTo_HW(kv, root, digits);
 }
 
 // (target, f, df, x0, lower, upper, tolFactor, maxIter)
@@ -59,9 +60,9 @@ STATS_ENTRY(STATS_VexelNewtonRaphsonSafe_HW) {
 
   const ALGEB root = withGuardDigits(kv, digits, [&] {
     return STATS_NewtonRaphsonSafe_HW(kv, target, f, df, x0, lower, upper,
-                                      tolFactor * lastDigit(digits), maxIter);
+                                      tolFactor * STATS_LastDigit_HW(digits), maxIter);
   });
-  return roundedTo(kv, root, digits);
+  return STATS_RoundedTo_HW(kv, root, digits);
 }
 
 // (target, f, df, x0, lowerValue, upperValue, hasLeft, left, hasRight, right, tolFactor, maxIter)
@@ -86,7 +87,7 @@ STATS_ENTRY(STATS_VexelNewtonRaphsonHybrid_HW) {
   const ALGEB root = withGuardDigits(kv, digits, [&] {
     return STATS_NewtonRaphsonHybrid_HW(kv, target, f, df, x0, lowerValue, upperValue, left.set,
                                         left.value, right.set, right.value,
-                                        tolFactor * lastDigit(digits), maxIter);
+                                        tolFactor * STATS_LastDigit_HW(digits), maxIter);
   });
-  return roundedTo(kv, root, digits);
+  return STATS_RoundedTo_HW(kv, root, digits);
 }

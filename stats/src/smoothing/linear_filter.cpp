@@ -2,11 +2,11 @@
 
 #include <algorithm>
 
+#include "kernel/data_argument.hpp"
 #include "kernel/data_sample.hpp"
 #include "kernel/entry_frame.hpp"
 #include "kernel/host_arrays.hpp"
 #include "smoothing/given_names.hpp"
-#include "smoothing/smoothing_result.hpp"
 
 // STATS_VexelLinearFilter_HW(data, coefficients, initial values, recursive, ignore)
 //
@@ -40,7 +40,7 @@ STATS_ENTRY(STATS_VexelLinearFilter_HW) {
   std::reverse_copy(coefficients.points(), coefficients.points() + k, taps);
 
   const int n = inPlace ? data.size() : head;
-  const ALGEB result = STATS_SmoothingResult_HW(kv, arg[1], RTableLowerBound(kv, arg[1], 1), n);
+  const ALGEB result = STATS_FloatsLike_HW(kv, arg[1], RTableLowerBound(kv, arg[1], 1), n);
   double* y = STATS_FloatBlock_HW(kv, result);
   STATS_LinearFilter_HW(kv, series, taps, head, k, recursive, y);
   if (head < n) {

@@ -8,12 +8,12 @@
 #include <limits>
 
 #include "descriptive/given_names.hpp"
+#include "kernel/data_argument.hpp"
 #include "kernel/data_sample.hpp"
 #include "kernel/entry_frame.hpp"
 #include "kernel/host_arrays.hpp"
 #include "kernel/interrupt.hpp"
 #include "smoothing/given_names.hpp"
-#include "smoothing/smoothing_result.hpp"
 
 namespace {
 
@@ -94,7 +94,7 @@ Series copied(VKernelVector kv, const STATS_VexelDataSample_HW& data,
 // A new result 1..series.results whose leading values are the series'.
 ALGEB newResult(VKernelVector kv, ALGEB data, const Series& series, const Window& window,
                 double** block) {
-  const ALGEB result = STATS_SmoothingResult_HW(kv, data, 1, series.results);
+  const ALGEB result = STATS_FloatsLike_HW(kv, data, 1, series.results);
   *block = STATS_FloatBlock_HW(kv, result);
   std::copy_n(series.values, std::min(V_INT{window.offset}, series.results), *block);
   return result;

@@ -3,33 +3,11 @@
 #include <cstring>
 #include <limits>
 
+#include "kernel/data_argument.hpp"
+#include "kernel/element_types.hpp"
 #include "kernel/entry_frame.hpp"
 
 namespace {
-
-// Bytes of one element, 0 for a type that the library does not know.
-std::size_t elementWidth(int dataType) {
-  switch (dataType) {
-    case RTABLE_DAG:
-      return sizeof(ALGEB);
-    case RTABLE_COMPLEX_DAG:
-      return 2 * sizeof(ALGEB);
-    case RTABLE_INTEGER8:
-      return 1;
-    case RTABLE_INTEGER16:
-      return 2;
-    case RTABLE_INTEGER32:
-    case RTABLE_FLOAT32:
-      return 4;
-    case RTABLE_INTEGER64:
-    case RTABLE_FLOAT64:
-      return 8;
-    case RTABLE_COMPLEX:
-      return 16;
-    default:
-      return 0;
-  }
-}
 
 // Copies count elements of data, from the start-th on, into window.
 class WindowFiller {
@@ -41,7 +19,7 @@ class WindowFiller {
         window_(window),
         lower_(RTableLowerBound(kv, data, 1)),
         size_(size),
-        width_(elementWidth(settings.data_type)) {
+        width_(static_cast<std::size_t>(STATS_RTableDataSize_HW(kv, settings.data_type))) {
     if (settings.storage == RTABLE_RECTANGULAR) {
       from_ = static_cast<const char*>(RTableDataBlock(kv, data));
       to_ = static_cast<char*>(RTableDataBlock(kv, window));
@@ -110,9 +88,7 @@ STATS_ENTRY(STATS_VexelMoving_HW) {
     VexelRaiseError1(kv, "VexelMoving expects at least 3 arguments, received: %1", args);
   }
   const ALGEB data = arg[1];
-  if (!IsVexelRTable(kv, data) || RTableNumDimensions(kv, data) != 1) {
-    VexelRaiseError1(kv, "invalid data sample, expected: one-dimensional array, received %1", data);
-  }
+  STATS_RequireVector_HW(kv, data, STATS_kInvalidVector_HW);
   const V_INT n = RTableNumElements(kv, data);
   const V_INT size = arg.integer(2);
   if (size < 1 || size > n) {
@@ -129,7 +105,7 @@ STATS_ENTRY(STATS_VexelMoving_HW) {
   resultSettings.storage = RTABLE_RECTANGULAR;
   const V_INT lower = RTableLowerBound(kv, data, 1);
   const ALGEB result = newArray(kv, resultSettings, lower, upperBound(n, size, lower));
-  if (elementWidth(settings.data_type) == 0) {
+  if (!STATS_IsElementType_HW(settings.data_type)) {
     return result;
   }
   const ALGEB window = newArray(kv, settings, lower, lower + (size - 1));

@@ -1,8 +1,8 @@
 // One-dimensional array arguments in their own element type.
 
-#include "data/data_argument.hpp"
+#include "kernel/data_argument.hpp"
 
-#include "data/element_types.hpp"
+#include "kernel/element_types.hpp"
 #include "kernel/host_arrays.hpp"
 
 void STATS_RequireVector_HW(VKernelVector kv, ALGEB x, const char* message) {
@@ -15,6 +15,17 @@ RTableSettings STATS_SettingsOf_HW(VKernelVector kv, ALGEB array) {
   RTableSettings settings;
   RTableGetSettings(kv, &settings, array);
   return settings;
+}
+
+void STATS_RequireFloatBlock_HW(VKernelVector kv, ALGEB array, const char* wrongStorage,
+                                const char* wrongType) {
+  const RTableSettings settings = STATS_SettingsOf_HW(kv, array);
+  if (settings.storage != RTABLE_RECTANGULAR) {
+    VexelRaiseError1(kv, wrongStorage, array);
+  }
+  if (settings.data_type != RTABLE_FLOAT64) {
+    VexelRaiseError1(kv, wrongType, array);
+  }
 }
 
 ALGEB STATS_DenseArray_HW(VKernelVector kv, ALGEB array) {
@@ -35,6 +46,14 @@ ALGEB STATS_CreateLike_HW(VKernelVector kv, const RTableSettings& like, V_INT lo
   return RTableCreate(kv, &settings, count > 0 ? data : nullptr, bounds);
 }
 
+ALGEB STATS_FloatsLike_HW(VKernelVector kv, ALGEB data, V_INT lower, V_INT count) {
+  RTableSettings settings = STATS_SettingsOf_HW(kv, data);
+  settings.data_type = RTABLE_FLOAT64;
+  settings.storage = RTABLE_RECTANGULAR;
+  settings.read_only = 0;
+  return STATS_CreateLike_HW(kv, settings, lower, count);
+}
+
 STATS_ElementReader_HW::STATS_ElementReader_HW(VKernelVector kv, ALGEB array)
     : kv_(kv),
       array_(array),
@@ -52,9 +71,7 @@ RTableData STATS_ElementReader_HW::operator[](V_INT i) const {
     const V_INT index = lower_ + i;
     return RTableSelect(kv_, array_, &index);
   }
-  RTableData element{};
-  std::memcpy(&element, block_ + i * elementSize_, static_cast<std::size_t>(elementSize_));
-  return element;
+  return STATS_BlockElement_HW(block_, i, elementSize_);
 }
 
 void STATS_ElementReader_HW::copyTo(char* out) const {

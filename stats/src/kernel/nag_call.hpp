@@ -1,13 +1,23 @@
-// Calls of the numerical library with its failure record turned into host errors, and the host
-// settings that distribution workers read.
+// Calls of the numerical library with its failure record turned into host errors.
 #pragma once
 
 #include <nag2/nag2.h>
 #include <vexelc/vexelc.h>
 
-#include <cmath>
+enum STATS_PROBABILITY_TYPE_HW : int {
+  STATS_LOWER_TAIL_HW = 1,  // the only one the library passes
+  STATS_UPPER_TAIL_HW = 2,
+  STATS_TWO_TAIL_SIGNIFICANCE_HW = 3,
+  STATS_TWO_TAIL_CONFIDENCE_HW = 4,
+};
 
-#include "kernel/conversions.hpp"
+Nag_TailProbability STATS_ToNag_TailProbability_HW(STATS_PROBABILITY_TYPE_HW type);
+
+// Clears a failure record for a call: no handler, no printing.
+NagError STATS_NagError_HW();
+
+// Raises the record's message as the host error unless its code is 0.
+void STATS_RaiseNagError_HW(VKernelVector kv, const NagError& fail);
 
 // The value of f(&record); a failure raises the numerical library's own text.
 template <typename F>
@@ -32,14 +42,4 @@ double STATS_CallNagDiscrete_HW(VKernelVector kv, F f) {
 
 inline Nag_TailProbability STATS_LowerTail_HW() {
   return STATS_ToNag_TailProbability_HW(STATS_LOWER_TAIL_HW);
-}
-
-// The host's own Pi, which a host may redefine.
-inline double STATS_HostPi_HW(VKernelVector kv) {
-  return STATS_VexelUtils_HW::VexelDAGToDouble(ToVexelName(kv, "Pi", 1));
-}
-
-// One unit of the last of the host's Digits.
-inline double STATS_HostTolerance_HW(VKernelVector kv) {
-  return std::pow(10.0, -static_cast<double>(STATS_HostDigits_HW(kv)));
 }

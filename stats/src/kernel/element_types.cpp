@@ -1,6 +1,6 @@
 // Element sizes and comparators of host arrays.
 
-#include "data/element_types.hpp"
+#include "kernel/element_types.hpp"
 
 #include <cmath>
 #include <cstring>

@@ -16,6 +16,16 @@ inline constexpr char STATS_kInvalidVector_HW[] =
 
 RTableSettings STATS_SettingsOf_HW(VKernelVector kv, ALGEB array);
 
+// Whether arrays of these settings are one block of elements of that type.
+inline bool STATS_IsDense_HW(const RTableSettings& settings, int dataType) {
+  return settings.storage == RTABLE_RECTANGULAR && settings.data_type == dataType;
+}
+
+// Raises wrongStorage or, after it, wrongType, with array for its %1, unless array is a block of
+// doubles.
+void STATS_RequireFloatBlock_HW(VKernelVector kv, ALGEB array, const char* wrongStorage,
+                                const char* wrongType);
+
 // The array itself if it is dense, otherwise a dense copy.
 ALGEB STATS_DenseArray_HW(VKernelVector kv, ALGEB array);
 
@@ -23,6 +33,17 @@ ALGEB STATS_DenseArray_HW(VKernelVector kv, ALGEB array);
 // unless null, is copied into it.
 ALGEB STATS_CreateLike_HW(VKernelVector kv, const RTableSettings& like, V_INT lower, V_INT count,
                           const void* data = nullptr);
+
+// A new float[8] array of count elements from index lower, otherwise with the settings of data.
+ALGEB STATS_FloatsLike_HW(VKernelVector kv, ALGEB data, V_INT lower, V_INT count);
+
+// Element i of a dense block whose elements have that many bytes.
+inline RTableData STATS_BlockElement_HW(const void* block, V_INT i, int elementSize) {
+  RTableData element{};
+  std::memcpy(&element, static_cast<const char*>(block) + i * elementSize,
+              static_cast<std::size_t>(elementSize));
+  return element;
+}
 
 // The elements of a one-dimensional array of any storage, counted from 0.
 class STATS_ElementReader_HW {

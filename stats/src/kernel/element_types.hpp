@@ -9,6 +9,10 @@
 
 #include <cstdint>
 
+constexpr bool STATS_IsElementType_HW(int dataType) {
+  return dataType >= RTABLE_DAG && dataType <= RTABLE_FLOAT32;
+}
+
 // Bytes of one array element.  Codes that are not element types count as host objects.
 int STATS_RTableDataSize_HW(VKernelVector kv, int dataType);
 
