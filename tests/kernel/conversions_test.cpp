@@ -12,7 +12,9 @@
 #include "host_call.hpp"
 #include "kernel/callback_adapters.hpp"
 #include "kernel/entry_frame.hpp"
+#include "kernel/host_settings.hpp"
 #include "kernel/interrupt.hpp"
+#include "kernel/nag_call.hpp"
 #include "kernel_test.hpp"
 
 extern "C" ALGEB STATS_StatsInitialize_HW(VKernelVector kv);
