@@ -16,8 +16,8 @@
 #include "generators/alias_urn.hpp"
 #include "generators/envelope_generator.hpp"
 #include "generators/inverse_distribution.hpp"
-#include "kernel/uniform_source.hpp"
 #include "kernel/conversions.hpp"
+#include "kernel/uniform_source.hpp"
 
 namespace {
 
