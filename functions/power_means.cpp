@@ -40,15 +40,20 @@ class PowerSums {
 
   // Whether nothing overflowed and the last sum of even order is far from where its terms vanish.
   bool inRange() const {
-    return finite_ && sums_[sums_.size() / 2 * 2 - 1].scaled().value.high != 0.0 &&
-           sums_[sums_.size() / 2 * 2 - 1].scaled().exponent > -600 && !isExtreme(weight_);
+    if (!finite_ || isExtreme(weight_)) {
+      return false;
+    }
+    const kernels::Scaled even = sums_[sums_.size() / 2 * 2 - 1].scaled();
+    return even.value.high != 0.0 && even.exponent > -600;
   }
 
   DoubleDouble weight() const { return weight_.inTwo(); }
   std::vector<DoubleDouble> means() const {
     std::vector<DoubleDouble> result = {1.0};
+    result.reserve(sums_.size() + 1);
+    const DoubleDouble total = weight();
     for (const ExactSum& sum : sums_) {
-      result.push_back(sum.finite() ? sum.inTwo() / weight() : DoubleDouble(sum.rounded()));
+      result.push_back(sum.finite() ? sum.inTwo() / total : DoubleDouble(sum.rounded()));
     }
     return result;
   }

@@ -93,9 +93,9 @@ double Sample::roughMean() const {
       ++count;
     }
   }
-  kernels::ExactSum number;
-  number.add(count);
-  return count == 0.0 ? 0.0 : sum.scaled() / number.scaled();
+  int exponent = 0;
+  const double fraction = std::frexp(count, &exponent);
+  return count == 0.0 ? 0.0 : sum.scaled() / kernels::Scaled{fraction, exponent};
 }
 
 const double* Sample::scaled(const double* from, std::size_t n, double factor, double* buffer) {

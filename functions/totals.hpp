@@ -22,7 +22,11 @@ inline bool addLanes(kernels::ExactSum& sum, const double* lanes) {
   if (check != 0.0) {  // NaN
     return false;
   }
-  sum.add({lanes, kernels::sumLanes});
+  for (std::size_t i = 0; i < kernels::sumLanes; ++i) {
+    if (lanes[i] != 0.0) {  // most are 0 in small samples
+      sum.add(lanes[i]);
+    }
+  }
   return true;
 }
 
@@ -65,7 +69,11 @@ inline void addWeights(kernels::ExactSum& sum, const double* w, std::size_t n) {
 
 // Whether a sum of products lost digits at an end of the range of doubles, or may have.
 inline bool isExtreme(const kernels::ExactSum& sum) {
-  return !sum.finite() || std::abs(sum.scaled().exponent) > 900 || sum.scaled().value.high == 0.0;
+  if (!sum.finite()) {
+    return true;
+  }
+  const kernels::Scaled scaled = sum.scaled();
+  return std::abs(scaled.exponent) > 900 || scaled.value.high == 0.0;
 }
 
 // A weighted sum and the total weight.

@@ -78,37 +78,31 @@ class FixedPoint {
     bool more = false;  // rest > 0
   };
   Leading leading() const {
-    std::vector<std::int64_t> digits(cells_.begin(), cells_.end());
-    Leading result;
-    FixedPoint copy(digits, lowest_);
-    copy.carry();
-    if (digits.back() < 0) {
-      result.negative = true;
-      for (std::int64_t& d : digits) {
-        d = -d;
-      }
-      copy.carry();
+    // Of the many cells few are not 0; carries go at most two beyond them.
+    std::size_t first = 0;
+    std::size_t end = cells_.size();
+    while (end - first >= 8 && noneOfEight(first)) {
+      first += 8;
     }
-    std::size_t last = digits.size();
-    while (last > 0 && digits[last - 1] == 0) {
-      --last;
+    while (first < end && cells_[first] == 0) {
+      ++first;
     }
-    if (last == 0) {
-      return result;
+    if (first == end) {
+      return {};
     }
-    // Five digits hold 128 bits behind any leading one.
-    const auto digit = [&](std::size_t back) {
-      return back <= last ? static_cast<unsigned __int128>(digits[last - back]) : 0;
-    };
-    const int zeros = std::countl_zero(static_cast<std::uint32_t>(digits[last - 1]));
-    result.top = (digit(1) << 96 | digit(2) << 64 | digit(3) << 32 | digit(4)) << zeros;
-    result.top |= (digit(5) << zeros) >> 32;
-    result.exponent = lowest_ + 32 * (static_cast<int>(last) - 4) - zeros;
-    result.more = (static_cast<std::uint32_t>(digit(5)) << zeros) != 0;
-    for (std::size_t i = 0; i + 5 < last && !result.more; ++i) {
-      result.more = digits[i] != 0;
+    while (end - first >= 8 && noneOfEight(end - 8)) {
+      end -= 8;
     }
-    return result;
+    while (cells_[end - 1] == 0) {
+      --end;
+    }
+    const auto used = cells_.subspan(first, std::min(end + 2, cells_.size()) - first);
+    std::array<std::int64_t, 80> few;
+    std::vector<std::int64_t> many(used.size() > few.size() ? used.size() : 0);
+    const std::span<std::int64_t> digits =
+        many.empty() ? std::span(few).first(used.size()) : std::span(many);
+    std::copy(used.begin(), used.end(), digits.begin());
+    return FixedPoint(digits, lowest_ + 32 * static_cast<int>(first)).takeLeading();
   }
 
   // To nearest, ties to even; infinite beyond the doubles.
@@ -140,6 +134,47 @@ class FixedPoint {
 
  private:
   static constexpr std::int64_t kDigit = 0xFFFFFFFF;
+
+  bool noneOfEight(std::size_t from) const {
+    std::int64_t any = 0;
+    for (std::size_t i = 0; i < 8; ++i) {
+      any |= cells_[from + i];
+    }
+    return any == 0;
+  }
+
+  // Of this number, which is changed.
+  Leading takeLeading() {
+    Leading result;
+    carry();
+    if (cells_.back() < 0) {
+      result.negative = true;
+      for (std::int64_t& d : cells_) {
+        d = -d;
+      }
+      carry();
+    }
+    std::size_t last = cells_.size();
+    while (last > 0 && cells_[last - 1] == 0) {
+      --last;
+    }
+    if (last == 0) {
+      return result;
+    }
+    // Five digits hold 128 bits behind any leading one.
+    const auto digit = [&](std::size_t back) {
+      return back <= last ? static_cast<unsigned __int128>(cells_[last - back]) : 0;
+    };
+    const int zeros = std::countl_zero(static_cast<std::uint32_t>(cells_[last - 1]));
+    result.top = (digit(1) << 96 | digit(2) << 64 | digit(3) << 32 | digit(4)) << zeros;
+    result.top |= (digit(5) << zeros) >> 32;
+    result.exponent = lowest_ + 32 * (static_cast<int>(last) - 4) - zeros;
+    result.more = (static_cast<std::uint32_t>(digit(5)) << zeros) != 0;
+    for (std::size_t i = 0; i + 5 < last && !result.more; ++i) {
+      result.more = cells_[i] != 0;
+    }
+    return result;
+  }
 
   std::span<std::int64_t> cells_;
   int lowest_;
