@@ -29,20 +29,23 @@ bool ask(PyObject* progress, double done) {
 }  // namespace
 
 Work::Work(std::size_t elements, py::handle progress) {
-  const bool reports = progress && !progress.is_none();
+  if (progress && !progress.is_none()) {
+    progress_ = pythonHelper("reporter")(progress);
+  }
+  const bool reports = progress_ && !progress_.is_none();
   if (elements <= lockedElements && !reports) {
     return;
   }
-  report_ = [progress = reports ? progress.ptr() : nullptr,
+  report_ = [told = reports ? progress_.ptr() : nullptr,
              last = std::chrono::steady_clock::now()](double done) mutable {
     const auto now = std::chrono::steady_clock::now();
     if (now - last < patience) {
       return true;
     }
     last = now;
-    return ask(progress, done);
+    return ask(told, done);
   };
-  watch_.emplace([this](double done) { return report_(done); });
+  watch_.emplace([this](double done) { return report_(begin_ + share_ * done); });
   if (elements != keepLock) {
     released_.emplace();
   }
@@ -220,9 +223,10 @@ py::object reduce(Input& x, Input& weights, const ReduceArguments& a,
   const std::size_t k = product(leading);
   std::vector<double> results(k * lanes.count());
   {
-    const Work work(x.size(), a.progress);
+    Work work(x.size(), a.progress);
     std::vector<double> one(k);
     for (std::size_t i = 0; i < lanes.count(); ++i) {
+      work.part(i, lanes.count());
       reduction(lanes[i], weightLanes[i], one.data());
       for (std::size_t j = 0; j < k; ++j) {
         results[j * lanes.count() + i] = one[j];
@@ -294,8 +298,9 @@ py::array map(Input& x, Input& weights, const MapArguments& a, const Mapping& ma
   const std::size_t width = elementSize(a.element);
   const auto n = static_cast<std::size_t>(x.shape()[static_cast<std::size_t>(along)]);
   std::vector<char> one(n * width);
-  const Work work(x.size(), a.progress);
+  Work work(x.size(), a.progress);
   for (std::size_t i = 0; i < lanes.count(); ++i) {
+    work.part(i, lanes.count());
     fillMissing(one.data(), a.element, mapping(lanes[i], weightLanes[i], one.data()), n);
     char* to = first + lanes.offset(i, strides);
     for (const char* from = one.data(); from < one.data() + one.size(); from += width) {

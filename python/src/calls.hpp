@@ -13,7 +13,8 @@
 namespace vexel::python {
 
 // While it lives: with more than 10^4 elements the lock is released, and every 50 ms Python's
-// signals are looked at and `progress` (a callable of one float, or None) is told the share done.
+// signals are looked at and `progress` (a callable of one float, True for a bar, or None) is told
+// the share done.
 class Work {
  public:
   explicit Work(std::size_t elements, py::handle progress = py::none());
@@ -28,8 +29,21 @@ class Work {
       report_(done);
     }
   }
+  // What follows is part i of n equal ones.
+  void part(std::size_t i, std::size_t n) {
+    if (report_) {
+      begin_ = static_cast<double>(i) / static_cast<double>(n);
+      share_ = 1 / static_cast<double>(n);
+      if (i % 64 == 0) {
+        report_(begin_);
+      }
+    }
+  }
 
  private:
+  double begin_ = 0;  // of the part that is being done, in the whole
+  double share_ = 1;
+  py::object progress_;
   std::function<bool(double)> report_;
   std::optional<Watch> watch_;
   std::optional<py::gil_scoped_release> released_;

@@ -61,7 +61,7 @@ py::array rankOf(py::handle object, py::handle method, py::handle axis, py::hand
   });
 }
 
-py::tuple tallyOf(py::handle object, py::handle weights, py::handle policy) {
+py::tuple tallyOf(py::handle object, py::handle weights, py::handle policy, py::handle progress) {
   Input x(object, "x");
   Input w(weights, "weights");
   const Data data = x.flat();
@@ -69,7 +69,7 @@ py::tuple tallyOf(py::handle object, py::handle weights, py::handle policy) {
   return byElement(x.element(), [&]<typename T>() -> py::tuple {
     TallyResult<T> result;
     {
-      const Work work(data.size());
+      const Work work(data.size(), progress);
       result = vexel::tallyOf<T>(data, options);
     }
     return py::make_tuple(adopt(std::move(result.values)), adopt(std::move(result.counts)),
@@ -78,11 +78,11 @@ py::tuple tallyOf(py::handle object, py::handle weights, py::handle policy) {
 }
 
 py::object modeOf(py::handle object, py::handle weights, py::handle policy, py::handle axis,
-                  bool keepdims) {
+                  bool keepdims, py::handle progress) {
   Input x(object, "x");
   Input w(weights, "weights");
   const Missing missing = missingPolicy(policy);
-  return reduce(x, w, {axis, keepdims, py::none(), py::none()}, {},
+  return reduce(x, w, {axis, keepdims, py::none(), progress}, {},
                 [&](const Data& lane, const Data& wl, double* result) {
                   *result = vexel::mode(lane, {.weights = wl, .missing = missing});
                 });
@@ -114,7 +114,7 @@ std::optional<Interval> readRange(py::handle range, const char* name) {
 }
 
 py::tuple histogramOf(py::handle object, py::handle bins, py::handle range, bool density,
-                      py::handle weights, py::handle policy) {
+                      py::handle weights, py::handle policy, py::handle progress) {
   Input x(object, "x");
   Input w(weights, "weights");
   std::optional<Input> edges;
@@ -126,7 +126,7 @@ py::tuple histogramOf(py::handle object, py::handle bins, py::handle range, bool
                                  .missing = missingPolicy(policy)};
   HistogramResult result;
   {
-    const Work work(data.size());
+    const Work work(data.size(), progress);
     result = vexel::histogram(data, how, options);
   }
   return py::make_tuple(adopt(std::move(result.counts)), adopt(std::move(result.edges)),
@@ -134,7 +134,7 @@ py::tuple histogramOf(py::handle object, py::handle bins, py::handle range, bool
 }
 
 py::tuple frequencyTableOf(py::handle object, py::handle bins, py::handle range, py::handle weights,
-                           py::handle policy) {
+                           py::handle policy, py::handle progress) {
   Input x(object, "x");
   Input w(weights, "weights");
   std::optional<Input> edges;
@@ -144,7 +144,7 @@ py::tuple frequencyTableOf(py::handle object, py::handle bins, py::handle range,
       .weights = w.flat(), .range = readRange(range, "range"), .missing = missingPolicy(policy)};
   FrequencyTable t;
   {
-    const Work work(data.size());
+    const Work work(data.size(), progress);
     t = vexel::frequency_table(data, how, options);
   }
   return py::make_tuple(adopt(std::move(t.lower)), adopt(std::move(t.upper)),
@@ -153,12 +153,12 @@ py::tuple frequencyTableOf(py::handle object, py::handle bins, py::handle range,
 }
 
 py::array cumulativeOf(py::handle object, py::handle kind, py::handle weights, py::handle policy,
-                       py::handle axis, py::handle out) {
+                       py::handle axis, py::handle out, py::handle progress) {
   Input x(object, "x");
   Input w(weights, "weights");
   CumulativeOptions options{.kind = choose<Cumulative>(kind, "kind"),
                             .missing = missingPolicy(policy)};
-  return map(x, w, {axis, out}, [&](const Data& lane, const Data& wl, void* to) {
+  return map(x, w, {axis, out, progress}, [&](const Data& lane, const Data& wl, void* to) {
     CumulativeOptions o = options;
     o.weights = wl;
     vexel::cumulative(lane, std::span(static_cast<double*>(to), lane.size()), o);
@@ -167,7 +167,7 @@ py::array cumulativeOf(py::handle object, py::handle kind, py::handle weights, p
 }
 
 py::array trimOf(py::handle object, double lower, double upper, py::handle weights,
-                 py::handle policy) {
+                 py::handle policy, py::handle progress) {
   Input x(object, "x");
   Input w(weights, "weights");
   const Data data = x.flat();
@@ -175,7 +175,7 @@ py::array trimOf(py::handle object, double lower, double upper, py::handle weigh
   return byElement(x.element(), [&]<typename T>() -> py::array {
     std::vector<T> result;
     {
-      const Work work(data.size());
+      const Work work(data.size(), progress);
       result = vexel::trimmed<T>(data, Cut(lower, upper), options);
     }
     return adopt(std::move(result));
@@ -183,18 +183,18 @@ py::array trimOf(py::handle object, double lower, double upper, py::handle weigh
 }
 
 py::array winsorizeOf(py::handle object, double lower, double upper, py::handle weights,
-                      py::handle policy, py::handle axis, py::handle out) {
+                      py::handle policy, py::handle axis, py::handle out, py::handle progress) {
   Input x(object, "x");
   Input w(weights, "weights");
   const Missing missing = missingPolicy(policy);
   return byElement(x.element(), [&]<typename T>() {
-    return map(x, w, {axis, out, py::none(), x.element()},
-               [&](const Data& lane, const Data& wl, void* to) {
-                 const auto result = vexel::winsorized<T>(lane, Cut(lower, upper),
-                                                          {.weights = wl, .missing = missing});
-                 std::ranges::copy(result, static_cast<T*>(to));
-                 return result.size();
-               });
+    return map(
+        x, w, {axis, out, progress, x.element()}, [&](const Data& lane, const Data& wl, void* to) {
+          const auto result =
+              vexel::winsorized<T>(lane, Cut(lower, upper), {.weights = wl, .missing = missing});
+          std::ranges::copy(result, static_cast<T*>(to));
+          return result.size();
+        });
   });
 }
 

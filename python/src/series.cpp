@@ -48,14 +48,14 @@ py::array movingOf(py::handle object, std::int64_t window, py::handle statistic,
 }
 
 py::array filterOf(py::handle object, py::handle taps, bool recursive, py::handle initial,
-                   py::handle axis, py::handle out) {
+                   py::handle axis, py::handle out, py::handle progress) {
   Input x(object, "x");
   Input none(py::none(), "weights");
   Input t(taps, "taps");
   Input i(initial, "initial");
   const Data weights = t.vector();
   const FilterOptions options{.recursive = recursive, .initial = i.vector()};
-  return map(x, none, {axis, out}, [&](const Data& lane, const Data&, void* to) {
+  return map(x, none, {axis, out, progress}, [&](const Data& lane, const Data&, void* to) {
     vexel::filter(lane, weights, std::span(static_cast<double*>(to), lane.size()), options);
     return lane.size();
   });
@@ -78,7 +78,7 @@ std::vector<std::size_t> readLags(py::handle lags) {
 
 // A number means the lags from 0 to it.
 py::object autocorrelationOf(py::handle object, py::handle lags, py::handle policy, py::handle axis,
-                             py::handle out) {
+                             py::handle out, py::handle progress) {
   Input x(object, "x");
   Input none(py::none(), "weights");
   std::vector<std::size_t> at = readLags(lags);
@@ -91,7 +91,7 @@ py::object autocorrelationOf(py::handle object, py::handle lags, py::handle poli
   }
   const AutocorrelationOptions options{.missing = missingPolicy(policy)};
   const py::ssize_t leading[] = {static_cast<py::ssize_t>(at.size())};
-  return reduce(x, none, {axis, false, out, py::none()}, leading,
+  return reduce(x, none, {axis, false, out, progress}, leading,
                 [&](const Data& lane, const Data&, double* result) {
                   std::ranges::copy(vexel::autocorrelation(lane, at, options), result);
                 });

@@ -15,6 +15,7 @@ struct Common {
   py::handle axis;
   bool keepdims;
   py::handle out;
+  py::handle progress;
 };
 
 // One number from each lane: f(x, weights, missing).
@@ -23,19 +24,19 @@ py::object reduction(py::handle object, const Common& c, F f) {
   Input x(object, "x");
   Input w(c.weights, "weights");
   const Missing missing = missingPolicy(c.policy);
-  if (!c.keepdims && c.axis.is_none() && c.out.is_none() && x.dimensions() <= 1 &&
-      x.size() < 1000 && w.dimensions() <= 1) {
+  if (!c.keepdims && c.axis.is_none() && c.out.is_none() && c.progress.is_none() &&
+      x.dimensions() <= 1 && x.size() < 1000 && w.dimensions() <= 1) {
     return py::float_(f(x.vector(), w.vector(), missing));
   }
   return reduce(
-      x, w, {c.axis, c.keepdims, c.out, py::none()}, {},
+      x, w, {c.axis, c.keepdims, c.out, c.progress}, {},
       [&](const Data& lane, const Data& wl, double* result) { *result = f(lane, wl, missing); });
 }
 
 py::object meanOf(py::handle x, py::handle kind, py::handle weights, py::handle policy,
-                  py::handle axis, bool keepdims, py::handle out) {
+                  py::handle axis, bool keepdims, py::handle out, py::handle progress) {
   const Mean which = choose<Mean>(kind, "kind");
-  return reduction(x, {weights, policy, axis, keepdims, out},
+  return reduction(x, {weights, policy, axis, keepdims, out, progress},
                    [=](const Data& d, const Data& w, Missing missing) {
                      return vexel::mean(d, {.weights = w, .kind = which, .missing = missing});
                    });
@@ -43,8 +44,8 @@ py::object meanOf(py::handle x, py::handle kind, py::handle weights, py::handle 
 
 py::object trimmedMeanOf(py::handle x, double lower, double upper, bool winsorized,
                          py::handle weights, py::handle policy, py::handle axis, bool keepdims,
-                         py::handle out) {
-  return reduction(x, {weights, policy, axis, keepdims, out},
+                         py::handle out, py::handle progress) {
+  return reduction(x, {weights, policy, axis, keepdims, out, progress},
                    [=](const Data& d, const Data& w, Missing missing) {
                      const auto f = winsorized ? vexel::winsorized_mean : vexel::trimmed_mean;
                      return f(d, Cut(lower, upper), {.weights = w, .missing = missing});
@@ -52,14 +53,15 @@ py::object trimmedMeanOf(py::handle x, double lower, double upper, bool winsoriz
 }
 
 py::object momentOf(py::handle object, py::handle order, py::handle center, py::handle weights,
-                    py::handle policy, py::handle axis, bool keepdims, py::handle out) {
+                    py::handle policy, py::handle axis, bool keepdims, py::handle out,
+                    py::handle progress) {
   std::optional<double> about;
   if (!center.is_none()) {
     about = center.cast<double>();
   }
   if (PyIndex_Check(order.ptr()) && !py::isinstance<py::array>(order)) {
     const int k = order.cast<int>();
-    return reduction(object, {weights, policy, axis, keepdims, out},
+    return reduction(object, {weights, policy, axis, keepdims, out, progress},
                      [=](const Data& d, const Data& w, Missing missing) {
                        return vexel::moment(d, k,
                                             {.weights = w, .center = about, .missing = missing});
@@ -70,7 +72,7 @@ py::object momentOf(py::handle object, py::handle order, py::handle center, py::
   Input w(weights, "weights");
   const Missing missing = missingPolicy(policy);
   const py::ssize_t leading[] = {static_cast<py::ssize_t>(orders.size())};
-  return reduce(x, w, {axis, keepdims, out, py::none()}, leading,
+  return reduce(x, w, {axis, keepdims, out, progress}, leading,
                 [&](const Data& d, const Data& wl, double* result) {
                   std::ranges::copy(
                       vexel::moment(d, std::span<const int>(orders),
@@ -81,8 +83,8 @@ py::object momentOf(py::handle object, py::handle order, py::handle center, py::
 
 template <auto f>
 py::object varianceOf(py::handle x, double ddof, py::handle weights, py::handle policy,
-                      py::handle axis, bool keepdims, py::handle out) {
-  return reduction(x, {weights, policy, axis, keepdims, out},
+                      py::handle axis, bool keepdims, py::handle out, py::handle progress) {
+  return reduction(x, {weights, policy, axis, keepdims, out, progress},
                    [=](const Data& d, const Data& w, Missing missing) {
                      return f(d, {.weights = w, .ddof = ddof, .missing = missing});
                    });
@@ -90,17 +92,17 @@ py::object varianceOf(py::handle x, double ddof, py::handle weights, py::handle 
 
 template <auto f>
 py::object shapeOf(py::handle x, bool bias, py::handle weights, py::handle policy, py::handle axis,
-                   bool keepdims, py::handle out) {
-  return reduction(x, {weights, policy, axis, keepdims, out},
+                   bool keepdims, py::handle out, py::handle progress) {
+  return reduction(x, {weights, policy, axis, keepdims, out, progress},
                    [=](const Data& d, const Data& w, Missing missing) {
                      return f(d, {.weights = w, .bias = bias, .missing = missing});
                    });
 }
 
 py::object meanDeviationOf(py::handle x, py::handle center, py::handle weights, py::handle policy,
-                           py::handle axis, bool keepdims, py::handle out) {
+                           py::handle axis, bool keepdims, py::handle out, py::handle progress) {
   const Center about = choose<Center>(center, "center");
-  return reduction(x, {weights, policy, axis, keepdims, out},
+  return reduction(x, {weights, policy, axis, keepdims, out, progress},
                    [=](const Data& d, const Data& w, Missing missing) {
                      return vexel::mean_absolute_deviation(
                          d, {.weights = w, .center = about, .missing = missing});
@@ -108,8 +110,8 @@ py::object meanDeviationOf(py::handle x, py::handle center, py::handle weights, 
 }
 
 py::object medianDeviationOf(py::handle x, double scale, py::handle weights, py::handle policy,
-                             py::handle axis, bool keepdims, py::handle out) {
-  return reduction(x, {weights, policy, axis, keepdims, out},
+                             py::handle axis, bool keepdims, py::handle out, py::handle progress) {
+  return reduction(x, {weights, policy, axis, keepdims, out, progress},
                    [=](const Data& d, const Data& w, Missing missing) {
                      return vexel::median_absolute_deviation(
                          d, {.weights = w, .scale = scale, .missing = missing});
@@ -146,27 +148,27 @@ py::object quantileOf(py::handle object, py::handle probabilities, py::handle me
 }
 
 py::object medianOf(py::handle x, py::handle weights, py::handle policy, py::handle axis,
-                    bool keepdims, py::handle out) {
-  return reduction(x, {weights, policy, axis, keepdims, out},
+                    bool keepdims, py::handle out, py::handle progress) {
+  return reduction(x, {weights, policy, axis, keepdims, out, progress},
                    [](const Data& d, const Data& w, Missing missing) {
                      return vexel::median(d, {.weights = w, .missing = missing});
                    });
 }
 
 py::object iqrOf(py::handle x, py::handle method, py::handle weights, py::handle policy,
-                 py::handle axis, bool keepdims, py::handle out) {
+                 py::handle axis, bool keepdims, py::handle out, py::handle progress) {
   const auto definition = choose<QuantileMethod>(method, "method");
-  return reduction(x, {weights, policy, axis, keepdims, out},
+  return reduction(x, {weights, policy, axis, keepdims, out, progress},
                    [=](const Data& d, const Data& w, Missing missing) {
                      return vexel::iqr(d, {.weights = w, .method = definition, .missing = missing});
                    });
 }
 
 py::object orderStatisticOf(py::handle object, py::handle k, py::handle weights, py::handle policy,
-                            py::handle axis, bool keepdims, py::handle out) {
+                            py::handle axis, bool keepdims, py::handle out, py::handle progress) {
   if (PyIndex_Check(k.ptr()) && !py::isinstance<py::array>(k)) {
     const auto which = k.cast<std::int64_t>();
-    return reduction(object, {weights, policy, axis, keepdims, out},
+    return reduction(object, {weights, policy, axis, keepdims, out, progress},
                      [=](const Data& d, const Data& w, Missing missing) {
                        return vexel::order_statistic(d, which, {.weights = w, .missing = missing});
                      });
@@ -176,7 +178,7 @@ py::object orderStatisticOf(py::handle object, py::handle k, py::handle weights,
   Input w(weights, "weights");
   const Missing missing = missingPolicy(policy);
   const py::ssize_t leading[] = {static_cast<py::ssize_t>(ranks.size())};
-  return reduce(x, w, {axis, keepdims, out, py::none()}, leading,
+  return reduce(x, w, {axis, keepdims, out, progress}, leading,
                 [&](const Data& d, const Data& wl, double* result) {
                   std::ranges::copy(vexel::order_statistic(d, std::span<const std::int64_t>(ranks),
                                                            {.weights = wl, .missing = missing}),
@@ -185,12 +187,13 @@ py::object orderStatisticOf(py::handle object, py::handle k, py::handle weights,
 }
 
 // The five numbers in a leading axis.
-py::object fiveNumberOf(py::handle object, py::handle weights, py::handle policy, py::handle axis) {
+py::object fiveNumberOf(py::handle object, py::handle weights, py::handle policy, py::handle axis,
+                        py::handle progress) {
   Input x(object, "x");
   Input w(weights, "weights");
   const Missing missing = missingPolicy(policy);
   const py::ssize_t leading[] = {5};
-  return reduce(x, w, {axis, false, py::none(), py::none()}, leading,
+  return reduce(x, w, {axis, false, py::none(), progress}, leading,
                 [&](const Data& d, const Data& wl, double* result) {
                   const FiveNumber f = vexel::five_number(d, {.weights = wl, .missing = missing});
                   result[0] = f.min;
@@ -202,12 +205,13 @@ py::object fiveNumberOf(py::handle object, py::handle weights, py::handle policy
 }
 
 // The eleven fields in a leading axis.
-py::object describeOf(py::handle object, py::handle weights, py::handle policy, py::handle axis) {
+py::object describeOf(py::handle object, py::handle weights, py::handle policy, py::handle axis,
+                      py::handle progress) {
   Input x(object, "x");
   Input w(weights, "weights");
   const Missing missing = missingPolicy(policy);
   const py::ssize_t leading[] = {11};
-  return reduce(x, w, {axis, false, py::none(), py::none()}, leading,
+  return reduce(x, w, {axis, false, py::none(), progress}, leading,
                 [&](const Data& lane, const Data& wl, double* result) {
                   const Description d = vexel::describe(lane, {.weights = wl, .missing = missing});
                   const double fields[] = {d.count,   static_cast<double>(d.missing),
@@ -222,7 +226,7 @@ py::object describeOf(py::handle object, py::handle weights, py::handle policy, 
 
 // f(columns) for the columns of a matrix.
 template <typename F>
-py::array ofColumns(const Input& x, F f) {
+py::array ofColumns(const Input& x, py::handle progress, F f) {
   if (x.dimensions() != 2) {
     throw py::value_error(
         "x: without y, a matrix with a variable in each column is allowed; an "
@@ -235,7 +239,7 @@ py::array ofColumns(const Input& x, F f) {
   }
   SquareMatrix result;
   {
-    const Work work(x.size());
+    const Work work(x.size(), progress);
     result = f(std::span<const Data>(columns));
   }
   const auto size = static_cast<py::ssize_t>(result.size);
@@ -244,39 +248,40 @@ py::array ofColumns(const Input& x, F f) {
 
 // One number from two vectors, or the matrix of a matrix' columns.
 template <typename F, typename G>
-py::object ofPairs(py::handle first, py::handle second, F ofTwo, G ofMany) {
+py::object ofPairs(py::handle first, py::handle second, py::handle progress, F ofTwo, G ofMany) {
   Input x(first, "x");
   Input y(second, "y");
   if (!y.given()) {
-    return ofColumns(x, ofMany);
+    return ofColumns(x, progress, ofMany);
   }
   const Data a = x.vector();
   const Data b = y.vector();
   double result = 0;
   {
-    const Work work(a.size());
+    const Work work(a.size(), progress);
     result = ofTwo(a, b);
   }
   return py::float_(result);
 }
 
-py::object covOf(py::handle x, py::handle y, double ddof, py::handle weights, py::handle policy) {
+py::object covOf(py::handle x, py::handle y, double ddof, py::handle weights, py::handle policy,
+                 py::handle progress) {
   Input w(weights, "weights");
   const CovarianceOptions options{
       .weights = w.vector(), .ddof = ddof, .missing = missingPolicy(policy)};
   return ofPairs(
-      x, y, [&](const Data& a, const Data& b) { return vexel::cov(a, b, options); },
+      x, y, progress, [&](const Data& a, const Data& b) { return vexel::cov(a, b, options); },
       [&](std::span<const Data> columns) { return vexel::cov(columns, options); });
 }
 
 py::object corrOf(py::handle x, py::handle y, py::handle method, py::handle weights,
-                  py::handle policy) {
+                  py::handle policy, py::handle progress) {
   Input w(weights, "weights");
   const CorrelationOptions options{.weights = w.vector(),
                                    .method = choose<Correlation>(method, "method"),
                                    .missing = missingPolicy(policy)};
   return ofPairs(
-      x, y, [&](const Data& a, const Data& b) { return vexel::corr(a, b, options); },
+      x, y, progress, [&](const Data& a, const Data& b) { return vexel::corr(a, b, options); },
       [&](std::span<const Data> columns) { return vexel::corr(columns, options); });
 }
 

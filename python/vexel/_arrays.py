@@ -7,6 +7,10 @@ from typing import Any
 
 import numpy as np
 
+from ._progress import reporter
+
+__all__ = ["convert", "join_axes", "place", "ravel", "reporter", "whole"]  # what the extension calls
+
 _VIEWED = frozenset(np.dtype(t) for t in ("float64", "float32", "int32", "int64"))
 
 

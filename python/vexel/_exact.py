@@ -96,7 +96,7 @@ def exact_tally(x: Any, weights: Any, nan_policy: str) -> TallyResult:
         first.setdefault(level, i)
     numbers = np.full(len(x), np.nan)
     numbers[order] = levels
-    found, counts, missing = _core.tally(numbers, weights, nan_policy)
+    found, counts, missing = _core.tally(numbers, weights, nan_policy, None)
     values = np.empty(len(found), dtype=object)
     values[:] = [x[first[int(level)]] for level in found]
     return TallyResult(values, counts, missing)

@@ -7,7 +7,6 @@ from typing import TYPE_CHECKING, Any
 import numpy as np
 
 from . import _core
-from ._progress import reporter
 from ._results import FrequencyTable, HistogramResult, TallyResult
 from ._statistics import _ends
 
@@ -41,7 +40,7 @@ def sort(x: ArrayLike, *, axis: Axis = -1, nan_policy: NanPolicy = "propagate",
     out : ndarray, optional
         Where to put the result.
     progress : callable or bool, optional
-        As in `quantile`.
+        Told the share done, 0 to 1, during long work; True shows a bar where tqdm is installed.
 
     Examples
     --------
@@ -58,7 +57,7 @@ def sort(x: ArrayLike, *, axis: Axis = -1, nan_policy: NanPolicy = "propagate",
         from ._exact import exact_sort
 
         return exact_sort(x, nan_policy)
-    return _core.sort(x, axis, nan_policy, out, reporter(progress))
+    return _core.sort(x, axis, nan_policy, out, progress)
 
 
 def argsort(x: ArrayLike, *, axis: Axis = -1, nan_policy: NanPolicy = "propagate",
@@ -84,7 +83,7 @@ def argsort(x: ArrayLike, *, axis: Axis = -1, nan_policy: NanPolicy = "propagate
         from ._exact import exact_argsort
 
         return exact_argsort(x, nan_policy)
-    return _core.argsort(x, axis, nan_policy, out, reporter(progress))
+    return _core.argsort(x, axis, nan_policy, out, progress)
 
 
 def rank(x: ArrayLike, *, method: str = "average", axis: Axis = -1,
@@ -115,11 +114,11 @@ def rank(x: ArrayLike, *, method: str = "average", axis: Axis = -1,
         from ._exact import exact_rank
 
         return exact_rank(x, method, nan_policy)
-    return _core.rank(x, method, axis, nan_policy, out, reporter(progress))
+    return _core.rank(x, method, axis, nan_policy, out, progress)
 
 
 def tally(x: ArrayLike, *, weights: ArrayLike | None = None,
-          nan_policy: NanPolicy = "propagate") -> TallyResult:
+          nan_policy: NanPolicy = "propagate", progress: Progress = None) -> TallyResult:
     """Distinct values, ascending, and how often they occur.
 
     Parameters
@@ -130,6 +129,8 @@ def tally(x: ArrayLike, *, weights: ArrayLike | None = None,
         What each value counts.
     nan_policy : {"propagate", "omit", "raise"}
         Missing values are left out and counted in `missing`, or refused.
+    progress
+        As in `sort`.
 
     Returns
     -------
@@ -147,11 +148,11 @@ def tally(x: ArrayLike, *, weights: ArrayLike | None = None,
         from ._exact import exact_tally
 
         return exact_tally(x, weights, nan_policy)
-    return TallyResult(*_core.tally(x, weights, nan_policy))
+    return TallyResult(*_core.tally(x, weights, nan_policy, progress))
 
 
 def mode(x: ArrayLike, *, weights: ArrayLike | None = None, nan_policy: NanPolicy = "propagate",
-         axis: Axis = None, keepdims: bool = False) -> Any:
+         axis: Axis = None, keepdims: bool = False, progress: Progress = None) -> Any:
     """The most frequent value, the smallest of several.
 
     Parameters
@@ -160,19 +161,21 @@ def mode(x: ArrayLike, *, weights: ArrayLike | None = None, nan_policy: NanPolic
         Data.
     weights, nan_policy, axis, keepdims
         As in `mean`.
+    progress
+        As in `sort`.
 
     Examples
     --------
     >>> vx.mode([3, 1, 3, 1])
     1.0
     """
-    return _core.mode(x, weights, nan_policy, axis, keepdims)
+    return _core.mode(x, weights, nan_policy, axis, keepdims, progress)
 
 
 def histogram(x: ArrayLike, bins: int | str | ArrayLike = "auto", *,
               range: tuple[float, float] | None = None, density: bool = False,
               weights: ArrayLike | None = None,
-              nan_policy: NanPolicy = "propagate") -> HistogramResult:
+              nan_policy: NanPolicy = "propagate", progress: Progress = None) -> HistogramResult:
     """Counts in bins.
 
     Parameters
@@ -190,6 +193,8 @@ def histogram(x: ArrayLike, bins: int | str | ArrayLike = "auto", *,
         What each value counts.
     nan_policy : {"propagate", "omit", "raise"}
         Missing values are left out and counted in `missing`, or refused.
+    progress
+        As in `sort`.
 
     Returns
     -------
@@ -202,18 +207,21 @@ def histogram(x: ArrayLike, bins: int | str | ArrayLike = "auto", *,
     >>> counts, edges
     (array([1., 2., 1.]), array([1., 2., 3., 4.]))
     """
-    return HistogramResult(*_core.histogram(x, bins, range, density, weights, nan_policy))
+    return HistogramResult(*_core.histogram(x, bins, range, density, weights, nan_policy, progress))
 
 
 def frequency_table(x: ArrayLike, bins: int | str | ArrayLike = "auto", *,
                     range: tuple[float, float] | None = None, weights: ArrayLike | None = None,
-                    nan_policy: NanPolicy = "propagate") -> FrequencyTable:
+                    nan_policy: NanPolicy = "propagate",
+                    progress: Progress = None) -> FrequencyTable:
     """Counts in bins with their shares of the total and the cumulative shares.
 
     Parameters
     ----------
     x, bins, range, weights, nan_policy
         As in `histogram`.
+    progress
+        As in `sort`.
 
     Returns
     -------
@@ -227,12 +235,12 @@ def frequency_table(x: ArrayLike, bins: int | str | ArrayLike = "auto", *,
         1      2      1      0.25        0.25
         2      4      3      0.75           1
     """
-    return FrequencyTable(*_core.frequency_table(x, bins, range, weights, nan_policy))
+    return FrequencyTable(*_core.frequency_table(x, bins, range, weights, nan_policy, progress))
 
 
 def cumulative(x: ArrayLike, *, kind: str = "sum", weights: ArrayLike | None = None,
                nan_policy: NanPolicy = "propagate", axis: Axis = -1,
-               out: Array | None = None) -> Doubles:
+               out: Array | None = None, progress: Progress = None) -> Doubles:
     """Running sums, products, minima or maxima.
 
     Parameters
@@ -249,6 +257,8 @@ def cumulative(x: ArrayLike, *, kind: str = "sum", weights: ArrayLike | None = N
         Along which; None: all values as one dimension.
     out : ndarray of float64, optional
         Where to put the result.
+    progress
+        As in `sort`.
 
     Examples
     --------
@@ -257,11 +267,11 @@ def cumulative(x: ArrayLike, *, kind: str = "sum", weights: ArrayLike | None = N
     >>> vx.cumulative([2, 1, 3], kind="max")
     array([2., 2., 3.])
     """
-    return _core.cumulative(x, kind, weights, nan_policy, axis, out)
+    return _core.cumulative(x, kind, weights, nan_policy, axis, out, progress)
 
 
 def trim(x: ArrayLike, cut: Cut, *, weights: ArrayLike | None = None,
-         nan_policy: NanPolicy = "propagate") -> Array:
+         nan_policy: NanPolicy = "propagate", progress: Progress = None) -> Array:
     """The data without the smallest and largest values, in their order.
 
     Parameters
@@ -274,6 +284,8 @@ def trim(x: ArrayLike, cut: Cut, *, weights: ArrayLike | None = None,
         Frequencies.
     nan_policy : {"propagate", "omit", "raise"}
         propagate: missing values stay; omit: they go.
+    progress
+        As in `sort`.
 
     Examples
     --------
@@ -281,12 +293,12 @@ def trim(x: ArrayLike, cut: Cut, *, weights: ArrayLike | None = None,
     array([5, 3, 2])
     """
     low, high = _ends(cut)
-    return _core.trim(_elements(x), low, high, weights, nan_policy)
+    return _core.trim(_elements(x), low, high, weights, nan_policy, progress)
 
 
 def winsorize(x: ArrayLike, cut: Cut, *, weights: ArrayLike | None = None,
               nan_policy: NanPolicy = "propagate", axis: Axis = -1,
-              out: Array | None = None) -> Array:
+              out: Array | None = None, progress: Progress = None) -> Array:
     """The data with the smallest and largest values set to the nearest ones that stay.
 
     Parameters
@@ -299,6 +311,8 @@ def winsorize(x: ArrayLike, cut: Cut, *, weights: ArrayLike | None = None,
         Along which; None: all values as one dimension.
     out : ndarray, optional
         Where to put the result.
+    progress
+        As in `sort`.
 
     Examples
     --------
@@ -306,4 +320,4 @@ def winsorize(x: ArrayLike, cut: Cut, *, weights: ArrayLike | None = None,
     array([5, 2, 3, 2, 5])
     """
     low, high = _ends(cut)
-    return _core.winsorize(_elements(x), low, high, weights, nan_policy, axis, out)
+    return _core.winsorize(_elements(x), low, high, weights, nan_policy, axis, out, progress)

@@ -7,7 +7,6 @@ from typing import TYPE_CHECKING, Any
 import numpy as np
 
 from . import _core
-from ._progress import reporter
 from ._results import BootstrapResult, Interval
 
 if TYPE_CHECKING:
@@ -268,5 +267,5 @@ def bootstrap(x: ArrayLike, statistic: str | Callable[[Doubles], float] = "mean"
     if replicates < 1:
         raise ValueError(f"replicates: from 1 is allowed, {replicates} came")
     estimate, error, ends, values = _core.bootstrap(x, statistic, replicates, confidence, method,
-                                                    rng, nan_policy, reporter(progress))
+                                                    rng, nan_policy, progress)
     return BootstrapResult(estimate, error, Interval(*ends), values)

@@ -8,7 +8,6 @@ import numpy as np
 
 from . import _core
 from ._distributions import Distribution, Normal
-from ._progress import reporter
 from ._results import NormalPlot, TestResult
 
 if TYPE_CHECKING:
@@ -72,7 +71,7 @@ def moving(x: ArrayLike, window: int, statistic: str | Callable[[Doubles], float
     out : ndarray of float64, optional
         Where to put the result.
     progress : callable or bool, optional
-        As in `quantile`.
+        Told the share done, 0 to 1, during long work; True shows a bar where tqdm is installed.
 
     Returns
     -------
@@ -87,12 +86,13 @@ def moving(x: ArrayLike, window: int, statistic: str | Callable[[Doubles], float
     [1.0, 2.0, 6.0, 6.0]
     """
     result = _core.moving(x, window, statistic, q, 1 if min_count is None else min_count, align,
-                          edges, weights, nan_policy, axis, out, reporter(progress))
+                          edges, weights, nan_policy, axis, out, progress)
     return result.view(MovingResult) if out is None and result.ndim == 1 else result
 
 
 def filter(x: ArrayLike, taps: ArrayLike, *, recursive: bool = False,
-           initial: ArrayLike | None = None, axis: Axis = -1, out: Array | None = None) -> Doubles:
+           initial: ArrayLike | None = None, axis: Axis = -1, out: Array | None = None,
+           progress: Progress = None) -> Doubles:
     """Linear filter: y[i] = Σ taps[k] x[i-k]; recursive: y[i] = x[i] + Σ taps[k] y[i-1-k].
 
     Parameters
@@ -108,6 +108,8 @@ def filter(x: ArrayLike, taps: ArrayLike, *, recursive: bool = False,
         is left out.
     axis, out
         As in `moving`.
+    progress
+        As in `moving`.
 
     Examples
     --------
@@ -116,11 +118,12 @@ def filter(x: ArrayLike, taps: ArrayLike, *, recursive: bool = False,
     >>> vx.filter([1, 0, 0], [0.5], recursive=True)
     array([1.  , 0.5 , 0.25])
     """
-    return _core.filter(x, taps, recursive, initial, axis, out)
+    return _core.filter(x, taps, recursive, initial, axis, out, progress)
 
 
 def autocorrelation(x: ArrayLike, lags: int | ArrayLike, *, nan_policy: NanPolicy = "propagate",
-                    axis: Axis = None, out: Array | None = None) -> Doubles:
+                    axis: Axis = None, out: Array | None = None,
+                    progress: Progress = None) -> Doubles:
     """Autocorrelations r[k] = c[k]/c[0], c[k] = Σ (x[i] - mean)(x[i+k] - mean) / n.
 
     Parameters
@@ -135,13 +138,15 @@ def autocorrelation(x: ArrayLike, lags: int | ArrayLike, *, nan_policy: NanPolic
         The time axis; lags stand in the leading one.
     out : ndarray of float64, optional
         Where to put the result.
+    progress
+        As in `moving`.
 
     Examples
     --------
     >>> vx.autocorrelation([1, 2, 3, 4], 1)
     array([1.  , 0.25])
     """
-    return _core.autocorrelation(x, lags, nan_policy, axis, out)
+    return _core.autocorrelation(x, lags, nan_policy, axis, out, progress)
 
 
 class KernelDensity:

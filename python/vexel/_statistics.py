@@ -5,7 +5,6 @@ from __future__ import annotations
 from typing import TYPE_CHECKING, Any
 
 from . import _core
-from ._progress import reporter
 from ._results import Description, FiveNumber
 
 if TYPE_CHECKING:
@@ -23,7 +22,7 @@ def _ends(cut: Cut) -> tuple[float, float]:
 
 def mean(x: ArrayLike, *, kind: str = "arithmetic", weights: ArrayLike | None = None,
          nan_policy: NanPolicy = "propagate", axis: Axis = None, keepdims: bool = False,
-         out: Array | None = None) -> Any:
+         out: Array | None = None, progress: Progress = None) -> Any:
     """Mean.
 
     Parameters
@@ -43,6 +42,8 @@ def mean(x: ArrayLike, *, kind: str = "arithmetic", weights: ArrayLike | None = 
         Leave the reduced axes in the result with size one.
     out : ndarray of float64, optional
         Where to put the result.
+    progress : callable or bool, optional
+        Told the share done, 0 to 1, during long work; True shows a bar where tqdm is installed.
 
     Returns
     -------
@@ -61,12 +62,12 @@ def mean(x: ArrayLike, *, kind: str = "arithmetic", weights: ArrayLike | None = 
     >>> vx.mean([[1, 2], [3, 5]], axis=0)
     array([2. , 3.5])
     """
-    return _core.mean(x, kind, weights, nan_policy, axis, keepdims, out)
+    return _core.mean(x, kind, weights, nan_policy, axis, keepdims, out, progress)
 
 
 def trimmed_mean(x: ArrayLike, cut: Cut, *, weights: ArrayLike | None = None,
                  nan_policy: NanPolicy = "propagate", axis: Axis = None, keepdims: bool = False,
-                 out: Array | None = None) -> Any:
+                 out: Array | None = None, progress: Progress = None) -> Any:
     """Mean without the smallest and largest values.
 
     Parameters
@@ -76,7 +77,7 @@ def trimmed_mean(x: ArrayLike, cut: Cut, *, weights: ArrayLike | None = None,
     cut : float or pair of float
         The fraction to leave out at each end, or below and above: floor(cut n) values, by weight
         where there are weights.
-    weights, nan_policy, axis, keepdims, out
+    weights, nan_policy, axis, keepdims, out, progress
         As in `mean`.
 
     Examples
@@ -85,12 +86,12 @@ def trimmed_mean(x: ArrayLike, cut: Cut, *, weights: ArrayLike | None = None,
     3.0
     """
     low, high = _ends(cut)
-    return _core.trimmed_mean(x, low, high, False, weights, nan_policy, axis, keepdims, out)
+    return _core.trimmed_mean(x, low, high, False, weights, nan_policy, axis, keepdims, out, progress)
 
 
 def winsorized_mean(x: ArrayLike, cut: Cut, *, weights: ArrayLike | None = None,
                     nan_policy: NanPolicy = "propagate", axis: Axis = None, keepdims: bool = False,
-                    out: Array | None = None) -> Any:
+                    out: Array | None = None, progress: Progress = None) -> Any:
     """Mean with the smallest and largest values replaced by the nearest ones that stay.
 
     Parameters
@@ -99,7 +100,7 @@ def winsorized_mean(x: ArrayLike, cut: Cut, *, weights: ArrayLike | None = None,
         Data.
     cut : float or pair of float
         The fraction to replace at each end, or below and above: floor(cut n) values.
-    weights, nan_policy, axis, keepdims, out
+    weights, nan_policy, axis, keepdims, out, progress
         As in `mean`.
 
     Examples
@@ -110,12 +111,13 @@ def winsorized_mean(x: ArrayLike, cut: Cut, *, weights: ArrayLike | None = None,
     2.8
     """
     low, high = _ends(cut)
-    return _core.trimmed_mean(x, low, high, True, weights, nan_policy, axis, keepdims, out)
+    return _core.trimmed_mean(x, low, high, True, weights, nan_policy, axis, keepdims, out, progress)
 
 
 def moment(x: ArrayLike, order: int | ArrayLike, *, center: float | None = None,
            weights: ArrayLike | None = None, nan_policy: NanPolicy = "propagate",
-           axis: Axis = None, keepdims: bool = False, out: Array | None = None) -> Any:
+           axis: Axis = None, keepdims: bool = False, out: Array | None = None,
+           progress: Progress = None) -> Any:
     """The mean of (x - center)^order.
 
     Parameters
@@ -126,7 +128,7 @@ def moment(x: ArrayLike, order: int | ArrayLike, *, center: float | None = None,
         0 to 64.  The moments of a list are found in one pass and stand in a leading axis.
     center : float, optional
         The mean where it is left out.
-    weights, nan_policy, axis, keepdims, out
+    weights, nan_policy, axis, keepdims, out, progress
         As in `mean`.
 
     Examples
@@ -136,12 +138,12 @@ def moment(x: ArrayLike, order: int | ArrayLike, *, center: float | None = None,
     >>> vx.moment([1, 2, 6], [1, 2, 3], center=0)
     array([ 3.        , 13.66666667, 75.        ])
     """
-    return _core.moment(x, order, center, weights, nan_policy, axis, keepdims, out)
+    return _core.moment(x, order, center, weights, nan_policy, axis, keepdims, out, progress)
 
 
 def var(x: ArrayLike, *, ddof: float = 1, weights: ArrayLike | None = None,
         nan_policy: NanPolicy = "propagate", axis: Axis = None, keepdims: bool = False,
-        out: Array | None = None) -> Any:
+        out: Array | None = None, progress: Progress = None) -> Any:
     """Variance: Σw(x - mean)² / (Σw - ddof).
 
     Parameters
@@ -151,7 +153,7 @@ def var(x: ArrayLike, *, ddof: float = 1, weights: ArrayLike | None = None,
     ddof : float
         Taken from the divisor: 1 estimates the variance of what the data were drawn from (NumPy's
         default is 0).  NaN where the divisor is not positive.
-    weights, nan_policy, axis, keepdims, out
+    weights, nan_policy, axis, keepdims, out, progress
         As in `mean`.
 
     Examples
@@ -163,12 +165,12 @@ def var(x: ArrayLike, *, ddof: float = 1, weights: ArrayLike | None = None,
     >>> vx.var([3])
     nan
     """
-    return _core.var(x, ddof, weights, nan_policy, axis, keepdims, out)
+    return _core.var(x, ddof, weights, nan_policy, axis, keepdims, out, progress)
 
 
 def std(x: ArrayLike, *, ddof: float = 1, weights: ArrayLike | None = None,
         nan_policy: NanPolicy = "propagate", axis: Axis = None, keepdims: bool = False,
-        out: Array | None = None) -> Any:
+        out: Array | None = None, progress: Progress = None) -> Any:
     """Standard deviation: the square root of `var`.
 
     Parameters
@@ -177,7 +179,7 @@ def std(x: ArrayLike, *, ddof: float = 1, weights: ArrayLike | None = None,
         Data.
     ddof : float
         Taken from the divisor; NumPy's default is 0.
-    weights, nan_policy, axis, keepdims, out
+    weights, nan_policy, axis, keepdims, out, progress
         As in `mean`.
 
     Examples
@@ -185,12 +187,12 @@ def std(x: ArrayLike, *, ddof: float = 1, weights: ArrayLike | None = None,
     >>> vx.std([1, 2, 2, 3, 7])
     2.345207879911715
     """
-    return _core.std(x, ddof, weights, nan_policy, axis, keepdims, out)
+    return _core.std(x, ddof, weights, nan_policy, axis, keepdims, out, progress)
 
 
 def skewness(x: ArrayLike, *, bias: bool = True, weights: ArrayLike | None = None,
              nan_policy: NanPolicy = "propagate", axis: Axis = None, keepdims: bool = False,
-             out: Array | None = None) -> Any:
+             out: Array | None = None, progress: Progress = None) -> Any:
     """Skewness: the third central moment over the 3/2 power of the second.
 
     Parameters
@@ -200,7 +202,7 @@ def skewness(x: ArrayLike, *, bias: bool = True, weights: ArrayLike | None = Non
     bias : bool
         False: the estimate G1 (Joanes and Gill 1998, Comparing measures of sample skewness and
         kurtosis), of more than two values.
-    weights, nan_policy, axis, keepdims, out
+    weights, nan_policy, axis, keepdims, out, progress
         As in `mean`.
 
     Examples
@@ -208,12 +210,12 @@ def skewness(x: ArrayLike, *, bias: bool = True, weights: ArrayLike | None = Non
     >>> vx.skewness([1, 2, 3])
     0.0
     """
-    return _core.skewness(x, bias, weights, nan_policy, axis, keepdims, out)
+    return _core.skewness(x, bias, weights, nan_policy, axis, keepdims, out, progress)
 
 
 def kurtosis(x: ArrayLike, *, bias: bool = True, weights: ArrayLike | None = None,
              nan_policy: NanPolicy = "propagate", axis: Axis = None, keepdims: bool = False,
-             out: Array | None = None) -> Any:
+             out: Array | None = None, progress: Progress = None) -> Any:
     """Excess kurtosis: the fourth central moment over the square of the second, less 3.
 
     Parameters
@@ -222,7 +224,7 @@ def kurtosis(x: ArrayLike, *, bias: bool = True, weights: ArrayLike | None = Non
         Data.
     bias : bool
         False: the estimate G2 (Joanes and Gill 1998), of more than three values.
-    weights, nan_policy, axis, keepdims, out
+    weights, nan_policy, axis, keepdims, out, progress
         As in `mean`.
 
     Examples
@@ -230,12 +232,13 @@ def kurtosis(x: ArrayLike, *, bias: bool = True, weights: ArrayLike | None = Non
     >>> vx.kurtosis([-1, 1])
     -2.0
     """
-    return _core.kurtosis(x, bias, weights, nan_policy, axis, keepdims, out)
+    return _core.kurtosis(x, bias, weights, nan_policy, axis, keepdims, out, progress)
 
 
 def mean_absolute_deviation(x: ArrayLike, *, center: str = "mean", weights: ArrayLike | None = None,
                             nan_policy: NanPolicy = "propagate", axis: Axis = None,
-                            keepdims: bool = False, out: Array | None = None) -> Any:
+                            keepdims: bool = False, out: Array | None = None,
+                            progress: Progress = None) -> Any:
     """The mean of |x - center|.
 
     Parameters
@@ -244,7 +247,7 @@ def mean_absolute_deviation(x: ArrayLike, *, center: str = "mean", weights: Arra
         Data.
     center : {"mean", "median"}
         What deviations are taken from.
-    weights, nan_policy, axis, keepdims, out
+    weights, nan_policy, axis, keepdims, out, progress
         As in `mean`.
 
     Examples
@@ -252,12 +255,13 @@ def mean_absolute_deviation(x: ArrayLike, *, center: str = "mean", weights: Arra
     >>> vx.mean_absolute_deviation([1, 2, 6])
     2.0
     """
-    return _core.mean_absolute_deviation(x, center, weights, nan_policy, axis, keepdims, out)
+    return _core.mean_absolute_deviation(x, center, weights, nan_policy, axis, keepdims, out, progress)
 
 
 def median_absolute_deviation(x: ArrayLike, *, scale: float = 1.0, weights: ArrayLike | None = None,
                               nan_policy: NanPolicy = "propagate", axis: Axis = None,
-                              keepdims: bool = False, out: Array | None = None) -> Any:
+                              keepdims: bool = False, out: Array | None = None,
+                              progress: Progress = None) -> Any:
     """The median of |x - median(x)|, times `scale`.
 
     Parameters
@@ -266,7 +270,7 @@ def median_absolute_deviation(x: ArrayLike, *, scale: float = 1.0, weights: Arra
         Data.
     scale : float
         1.482602218505602 makes it the standard deviation of normal data.
-    weights, nan_policy, axis, keepdims, out
+    weights, nan_policy, axis, keepdims, out, progress
         As in `mean`.
 
     Examples
@@ -274,7 +278,7 @@ def median_absolute_deviation(x: ArrayLike, *, scale: float = 1.0, weights: Arra
     >>> vx.median_absolute_deviation([1, 2, 6, 7])
     2.5
     """
-    return _core.median_absolute_deviation(x, scale, weights, nan_policy, axis, keepdims, out)
+    return _core.median_absolute_deviation(x, scale, weights, nan_policy, axis, keepdims, out, progress)
 
 
 def quantile(x: ArrayLike, q: ArrayLike, *, method: QuantileMethod = "linear",
@@ -300,8 +304,8 @@ def quantile(x: ArrayLike, q: ArrayLike, *, method: QuantileMethod = "linear",
         values give.
     nan_policy, axis, keepdims, out
         As in `mean`.
-    progress : callable or bool, optional
-        Told the share done, 0 to 1, during long work; True shows a bar where tqdm is installed.
+    progress
+        As in `mean`.
 
     Returns
     -------
@@ -317,18 +321,19 @@ def quantile(x: ArrayLike, q: ArrayLike, *, method: QuantileMethod = "linear",
     2.0
     """
     return _core.quantile(x, q, method, weights, nan_policy, axis, keepdims, out,
-                          reporter(progress))
+                          progress)
 
 
 def median(x: ArrayLike, *, weights: ArrayLike | None = None, nan_policy: NanPolicy = "propagate",
-           axis: Axis = None, keepdims: bool = False, out: Array | None = None) -> Any:
+           axis: Axis = None, keepdims: bool = False, out: Array | None = None,
+           progress: Progress = None) -> Any:
     """Median: the middle value, or the mean of the two in the middle.
 
     Parameters
     ----------
     x : array_like
         Data.
-    weights, nan_policy, axis, keepdims, out
+    weights, nan_policy, axis, keepdims, out, progress
         As in `mean`.
 
     Examples
@@ -339,12 +344,12 @@ def median(x: ArrayLike, *, weights: ArrayLike | None = None, nan_policy: NanPol
     array([[2.],
            [5.]])
     """
-    return _core.median(x, weights, nan_policy, axis, keepdims, out)
+    return _core.median(x, weights, nan_policy, axis, keepdims, out, progress)
 
 
 def iqr(x: ArrayLike, *, method: QuantileMethod = "linear", weights: ArrayLike | None = None,
         nan_policy: NanPolicy = "propagate", axis: Axis = None, keepdims: bool = False,
-        out: Array | None = None) -> Any:
+        out: Array | None = None, progress: Progress = None) -> Any:
     """Interquartile range: quantile(x, 0.75) - quantile(x, 0.25).
 
     Parameters
@@ -353,7 +358,7 @@ def iqr(x: ArrayLike, *, method: QuantileMethod = "linear", weights: ArrayLike |
         Data.
     method
         As in `quantile`.
-    weights, nan_policy, axis, keepdims, out
+    weights, nan_policy, axis, keepdims, out, progress
         As in `mean`.
 
     Examples
@@ -361,12 +366,12 @@ def iqr(x: ArrayLike, *, method: QuantileMethod = "linear", weights: ArrayLike |
     >>> vx.iqr([1, 2, 3, 4, 5])
     2.0
     """
-    return _core.iqr(x, method, weights, nan_policy, axis, keepdims, out)
+    return _core.iqr(x, method, weights, nan_policy, axis, keepdims, out, progress)
 
 
 def order_statistic(x: ArrayLike, k: int | ArrayLike, *, weights: ArrayLike | None = None,
                     nan_policy: NanPolicy = "propagate", axis: Axis = None, keepdims: bool = False,
-                    out: Array | None = None) -> Any:
+                    out: Array | None = None, progress: Progress = None) -> Any:
     """The k-th smallest value, from 1, by selection.
 
     Parameters
@@ -377,7 +382,7 @@ def order_statistic(x: ArrayLike, k: int | ArrayLike, *, weights: ArrayLike | No
         1 to the number of values (the total weight).  A list gives a leading axis.
     weights : array_like, optional
         Then it is the smallest value whose cumulative weight reaches k.
-    nan_policy, axis, keepdims, out
+    nan_policy, axis, keepdims, out, progress
         As in `mean`.
 
     Examples
@@ -387,11 +392,12 @@ def order_statistic(x: ArrayLike, k: int | ArrayLike, *, weights: ArrayLike | No
     >>> vx.order_statistic([30, 10, 20], [1, 3])
     array([10., 30.])
     """
-    return _core.order_statistic(x, k, weights, nan_policy, axis, keepdims, out)
+    return _core.order_statistic(x, k, weights, nan_policy, axis, keepdims, out, progress)
 
 
 def five_number(x: ArrayLike, *, weights: ArrayLike | None = None,
-                nan_policy: NanPolicy = "propagate", axis: Axis = None) -> FiveNumber:
+                nan_policy: NanPolicy = "propagate", axis: Axis = None,
+                progress: Progress = None) -> FiveNumber:
     """Tukey's five numbers: minimum, hinges, median, maximum.
 
     The hinges are the medians of the halves, the median belonging to both where the number of
@@ -401,7 +407,7 @@ def five_number(x: ArrayLike, *, weights: ArrayLike | None = None,
     ----------
     x : array_like
         Data.
-    weights, nan_policy, axis
+    weights, nan_policy, axis, progress
         As in `mean`.
 
     Returns
@@ -414,18 +420,18 @@ def five_number(x: ArrayLike, *, weights: ArrayLike | None = None,
     >>> tuple(vx.five_number([1, 2, 3, 4, 5]))
     (1.0, 2.0, 3.0, 4.0, 5.0)
     """
-    return FiveNumber(*_parts(_core.five_number(x, weights, nan_policy, axis)))
+    return FiveNumber(*_parts(_core.five_number(x, weights, nan_policy, axis, progress)))
 
 
 def describe(x: ArrayLike, *, weights: ArrayLike | None = None, nan_policy: NanPolicy = "omit",
-             axis: Axis = None) -> Description:
+             axis: Axis = None, progress: Progress = None) -> Description:
     """The usual statistics at once; prints as a table.
 
     Parameters
     ----------
     x : array_like
         Data.
-    weights, axis
+    weights, axis, progress
         As in `mean`.
     nan_policy : {"omit", "propagate", "raise"}
         Missing values are left out and counted, unless told otherwise.
@@ -451,7 +457,7 @@ def describe(x: ArrayLike, *, weights: ArrayLike | None = None, nan_policy: NanP
     skewness  0.59517
     kurtosis     -1.5
     """
-    parts = _parts(_core.describe(x, weights, nan_policy, axis))
+    parts = _parts(_core.describe(x, weights, nan_policy, axis, progress))
     missing = int(parts[1]) if isinstance(parts[1], float) else parts[1].astype(int)
     return Description(parts[0], missing, *parts[2:])
 
@@ -462,7 +468,8 @@ def _parts(array: Array) -> list[Any]:
 
 
 def cov(x: ArrayLike, y: ArrayLike | None = None, *, ddof: float = 1,
-        weights: ArrayLike | None = None, nan_policy: NanPolicy = "propagate") -> Any:
+        weights: ArrayLike | None = None, nan_policy: NanPolicy = "propagate",
+        progress: Progress = None) -> Any:
     """Covariance of two variables, or the matrix of a matrix' columns.
 
     Parameters
@@ -477,6 +484,8 @@ def cov(x: ArrayLike, y: ArrayLike | None = None, *, ddof: float = 1,
         Frequencies of the rows.
     nan_policy : {"propagate", "omit", "raise"}
         omit leaves out each row with a missing value.
+    progress
+        As in `mean`.
 
     Returns
     -------
@@ -491,11 +500,12 @@ def cov(x: ArrayLike, y: ArrayLike | None = None, *, ddof: float = 1,
     array([[1. , 2.5],
            [2.5, 7. ]])
     """
-    return _core.cov(x, y, ddof, weights, nan_policy)
+    return _core.cov(x, y, ddof, weights, nan_policy, progress)
 
 
 def corr(x: ArrayLike, y: ArrayLike | None = None, *, method: str = "pearson",
-         weights: ArrayLike | None = None, nan_policy: NanPolicy = "propagate") -> Any:
+         weights: ArrayLike | None = None, nan_policy: NanPolicy = "propagate",
+         progress: Progress = None) -> Any:
     """Correlation of two variables, or the matrix of a matrix' columns.
 
     Parameters
@@ -506,7 +516,7 @@ def corr(x: ArrayLike, y: ArrayLike | None = None, *, method: str = "pearson",
         The other variable.
     method : {"pearson", "spearman", "kendall"}
         Of the values, of their ranks, or Kendall's tau-b (in n log n steps).
-    weights, nan_policy
+    weights, nan_policy, progress
         As in `cov`.
 
     Returns
@@ -518,4 +528,4 @@ def corr(x: ArrayLike, y: ArrayLike | None = None, *, method: str = "pearson",
     >>> vx.corr([1, 2, 3], [1, 2, 6], method="spearman")
     1.0
     """
-    return _core.corr(x, y, method, weights, nan_policy)
+    return _core.corr(x, y, method, weights, nan_policy, progress)

@@ -1,6 +1,7 @@
 """Threads, signals, processes, memory, types."""
 
 import gc
+import inspect
 import multiprocessing
 import os
 import pathlib
@@ -77,6 +78,41 @@ def test_progress():
         vx.bootstrap(np.arange(10_000.0), "median", rng=1, replicates=10**6, progress=stop)
     with pytest.raises(TypeError, match="progress"):
         vx.sort([1.0], progress=3)
+    assert vx.mean([1, 2], progress=False) == vx.mean([1, 2], progress=True) == 1.5
+
+
+def test_progress_of_everything_rises():
+    more = {"cov": [1], "corr": [1], "quantile": [0.5], "moment": [9], "order_statistic": [7], "trimmed_mean": [0.1], "winsorized_mean": [0.1],
+            "trim": [0.1], "winsorize": [0.1], "moving": [9], "filter": [[0.5] * 9], "autocorrelation": [9]}
+    names = [n for n in dir(vx) if inspect.isfunction(f := getattr(vx, n)) and "progress" in inspect.signature(f).parameters]
+    assert len(names) > 28
+    x = np.random.default_rng(1).normal(size=1_000_000)
+    told = set()
+    for name in names:
+        if name == "bootstrap":
+            continue
+        for data in (x, x.reshape(2000, -1)):
+            f, arguments, shares = getattr(vx, name), more.get(name, []), []
+            if name in ("cov", "corr"):
+                data, arguments = (data, [data[::-1]]) if data.ndim == 1 else (data[:, :20], [])
+            axis = {"axis": 1} if data.ndim == 2 and "axis" in inspect.signature(f).parameters else {}
+            found = f(data, *arguments, progress=shares.append, **axis)
+            assert all(0 <= s <= 1 for s in shares) and shares == sorted(shares), (name, shares)
+            told.update([name] * (len(shares) > 0))
+            plain = f(data, *arguments, **axis)
+            assert np.array_equal(np.asarray(found[0] if isinstance(found, tuple) else found),
+                                  np.asarray(plain[0] if isinstance(plain, tuple) else plain), equal_nan=True)
+    assert told  # some take longer than the twentieth of a second between two looks
+
+
+def test_many_small_lanes_answer():
+    asked = []
+    threading.Timer(0.3, lambda: (asked.append(time.monotonic()), os.kill(os.getpid(), signal.SIGINT))).start()
+    x = np.zeros((4_000_000, 3))
+    with pytest.raises(KeyboardInterrupt):
+        while True:
+            vx.kurtosis(x, axis=1)
+    assert time.monotonic() - asked[0] < 2
 
 
 def test_memory_stays():
