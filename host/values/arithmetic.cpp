@@ -371,6 +371,12 @@ ALGEB floatPower(State& state, ALGEB a, ALGEB n) {
   if (isSpecial(a) || isZero(a)) {
     return newFloat(state, std::pow(doubleOf(a), toDouble(state, n)));
   }
+  SmallDecimal small;
+  if (isImmediate(n) && immediateValue(n) >= 1 && immediateValue(n) <= 16 &&
+      state.digits() <= kSmallDigits && smallDecimalOf(a, small) &&
+      powerSmall(small, static_cast<int>(immediateValue(n)), state.digits(), small)) {
+    return toFloat(state, small);
+  }
   const Decimal base = decimalOfFloat(a);
   const std::size_t bits = bitsOf(base.mantissa.get());
   // A power of more bits has too many digits to lie half-way, or so near that it matters.
@@ -476,6 +482,9 @@ ALGEB roundToDigits(State& state, ALGEB x, int digits) {
   if (isRational(x)) {
     return toFloat(state, divideToDecimal(IntegerView(operand(x, 1)).get(),
                                           IntegerView(operand(x, 2)).get(), digits));
+  }
+  if (SmallDecimal small; digits <= kSmallDigits && smallDecimalOf(x, small)) {
+    return toFloat(state, roundSmall(small, digits));
   }
   Decimal d = toDecimal(x, digits);
   roundDecimal(d, digits);

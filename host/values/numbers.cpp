@@ -46,11 +46,17 @@ double doubleOfShortest(std::uint64_t m, std::int64_t e, bool negative) {
   if (e < -400 || e > 400) {
     return kNone;
   }
-  char buffer[48];
-  char* p = std::to_chars(buffer, buffer + 24, m).ptr;
-  *p++ = 'e';
-  p = std::to_chars(p, buffer + sizeof buffer, e).ptr;
-  const double d = doubleFromText(buffer, p, e > 0);
+  double d = 0;
+  if (m <= std::uint64_t{1} << 53 && e >= -22 && e <= 22) {
+    d = e >= 0 ? static_cast<double>(m) * kPowersOfTen[e]
+               : static_cast<double>(m) / kPowersOfTen[-e];
+  } else {
+    char buffer[48];
+    char* p = std::to_chars(buffer, buffer + 24, m).ptr;
+    *p++ = 'e';
+    p = std::to_chars(p, buffer + sizeof buffer, e).ptr;
+    d = doubleFromText(buffer, p, e > 0);
+  }
   if (d == 0.0 || std::isinf(d)) {
     return kNone;
   }
@@ -59,10 +65,16 @@ double doubleOfShortest(std::uint64_t m, std::int64_t e, bool negative) {
   return same ? (negative ? -d : d) : kNone;
 }
 
-void checkExponent(State& state, std::int64_t e) {
-  if (e > kMaxExponent || e < -kMaxExponent) {
+// No double's shortest decimal has more.
+constexpr std::uint64_t kSeventeenDigits = 100'000'000'000'000'000;
+
+// A float that is no double; the mantissa without trailing zeros.
+ALGEB newDecimal(State& state, ALGEB mantissa, std::int64_t exponent) {
+  if (exponent > kMaxExponent || exponent < -kMaxExponent) {
     raise(state, "exponent of a float out of range");
   }
+  const Word payload[] = {reinterpret_cast<Word>(mantissa), static_cast<Word>(exponent)};
+  return state.interned.words(Tag::softwareFloat, payload, 2);
 }
 
 }  // namespace
@@ -138,7 +150,6 @@ ALGEB newFloat(State& state, mpz_srcptr mantissa, std::int64_t exponent) {
   if (mpz_sgn(mantissa) == 0) {
     return state.interned.real(0.0);
   }
-  constexpr std::uint64_t kSeventeenDigits = 100'000'000'000'000'000;
   BigInteger stripped;
   mpz_srcptr m = mantissa;
   if (mpz_size(mantissa) > 1) {
@@ -164,26 +175,28 @@ ALGEB newFloat(State& state, mpz_srcptr mantissa, std::int64_t exponent) {
     }
     m = stripped.get();
   }
-  checkExponent(state, exponent);
-  ALGEB digits = newInteger(state, m);
-  const Word payload[] = {reinterpret_cast<Word>(digits), static_cast<Word>(exponent)};
-  return state.interned.words(Tag::softwareFloat, payload, 2);
+  return newDecimal(state, newInteger(state, m), exponent);
 }
 
 ALGEB newFloat(State& state, std::int64_t mantissa, std::int64_t exponent) {
+  if (mantissa == 0) {
+    return state.interned.real(0.0);
+  }
   const bool negative = mantissa < 0;
   std::uint64_t m = static_cast<std::uint64_t>(negative ? -mantissa : mantissa);
-  if (m != 0) {
-    std::int64_t stripped = exponent;
-    for (; m % 10 == 0; m /= 10) {
-      ++stripped;
-    }
-    const double d = doubleOfShortest(m, stripped, negative);
+  for (; m % 10 == 0; m /= 10) {
+    ++exponent;
+  }
+  if (m < kSeventeenDigits) {
+    const double d = doubleOfShortest(m, exponent, negative);
     if (d == d) {
       return state.interned.real(d);
     }
   }
-  return newFloat(state, BigInteger(mantissa).get(), exponent);
+  return newDecimal(
+      state,
+      newInteger(state, negative ? -static_cast<std::int64_t>(m) : static_cast<std::int64_t>(m)),
+      exponent);
 }
 
 ALGEB numberFromText(State& state, std::string_view literal) {

@@ -1,13 +1,14 @@
 // Decimal arithmetic in 128 bits.
 //
-// Sizes: mantissas of operands are below 10^17 and at most 17 digits are kept, so a product is
-// below 10^34; a term of a sum is scaled by at most 10^19, to below 10^36; a dividend has two
-// digits more than the divisor and the digits kept together, 36 at most.  All are below 2^127
-// = 1.7e38.
+// Sizes: mantissas of operands are below 10^18 and at most 18 digits are kept, so a product is
+// below 10^36; a term of a sum is scaled by at most 10^18, to below 10^36; a dividend has two
+// digits more than the divisor and the digits kept together, 38 at most; a power is carried with 36
+// digits, which are cut off by 19 at most and multiplied by 18.  All are below 2^127 = 1.7e38.
 
 #include "values/small_decimal.hpp"
 
 #include <array>
+#include <bit>
 #include <charconv>
 #include <cmath>
 #include <cstdlib>
@@ -31,12 +32,13 @@ constexpr std::array<Int128, kLargestPower + 1> kPowers = [] {
 
 Int128 power(std::int64_t k) { return kPowers[static_cast<std::size_t>(k)]; }
 
+// 0 for zero.
 int digitsOf(Int128 magnitude) {
-  int n = 0;
-  while (n < kLargestPower && magnitude >= power(n)) {
-    ++n;
-  }
-  return n;
+  const auto high = static_cast<std::uint64_t>(magnitude >> 64);
+  const auto low = static_cast<std::uint64_t>(magnitude);
+  const int bits = high != 0 ? 128 - std::countl_zero(high) : 64 - std::countl_zero(low);
+  const int n = bits * 1233 >> 12;  // log10(2) = 1233/4096 nearly: right or one too few
+  return n + (magnitude >= power(n) ? 1 : 0);
 }
 
 // Quotient and remainder by a positive divisor, in 64 bits where they fit: much faster.
@@ -45,8 +47,9 @@ Int128 divideBy(Int128 n, Int128 d, Int128& rest) {
     rest = static_cast<std::int64_t>(n) % static_cast<std::int64_t>(d);
     return static_cast<std::int64_t>(n) / static_cast<std::int64_t>(d);
   }
-  rest = n % d;
-  return n / d;
+  const Int128 q = n / d;
+  rest = n - q * d;
+  return q;
 }
 
 // m x 10^e rounded; sticky: a non-zero part below the last digit has been cut off.
@@ -66,9 +69,57 @@ SmallDecimal rounded(Int128 m, std::int64_t e, int digits, bool sticky) {
   return {negative ? -magnitude : magnitude, e};
 }
 
+constexpr std::array<double, 23> kExactPowers = [] {
+  std::array<double, 23> p{};
+  p[0] = 1;
+  for (std::size_t i = 1; i < p.size(); ++i) {
+    p[i] = p[i - 1] * 10;
+  }
+  return p;
+}();
+
+// The decimal of up to 15 digits that reads back to a moderate d, if there is one: no two of them
+// share a double, so it is the shortest.
+bool fifteenDigits(double d, SmallDecimal& result) {
+  const double magnitude = std::fabs(d);
+  if (!(magnitude > 1e-7 && magnitude < 1e22)) {
+    return false;
+  }
+  int places = 14 - (std::ilogb(magnitude) * 1233 >> 12);
+  constexpr double kMost = 1e15;
+  auto scaled = [&] {
+    return places >= 0 ? magnitude * kExactPowers[static_cast<std::size_t>(places)]
+                       : magnitude / kExactPowers[static_cast<std::size_t>(-places)];
+  };
+  double m = std::nearbyint(scaled());
+  if (m >= kMost) {
+    --places;
+    m = std::nearbyint(scaled());
+  }
+  // m is exact, and so is the power: the one operation rounds as reading the text would.
+  const double back = places >= 0 ? m / kExactPowers[static_cast<std::size_t>(places)]
+                                  : m * kExactPowers[static_cast<std::size_t>(-places)];
+  if (back != magnitude || m >= kMost) {
+    return false;
+  }
+  auto mantissa = static_cast<std::int64_t>(m);
+  int exponent = -places;
+  for (; mantissa % 100'000 == 0; mantissa /= 100'000) {
+    exponent += 5;
+  }
+  for (; mantissa % 10 == 0; mantissa /= 10) {
+    ++exponent;
+  }
+  result = {std::signbit(d) ? -mantissa : mantissa, exponent};
+  return true;
+}
+
 }  // namespace
 
 SmallDecimal shortestDecimal(double d) {
+  if (SmallDecimal few; fifteenDigits(d, few)) {
+    return few;
+  }
   char buffer[32];
   const auto end = std::to_chars(buffer, buffer + sizeof buffer, d, std::chars_format::scientific);
   std::int64_t mantissa = 0;
@@ -98,11 +149,26 @@ bool smallDecimalOf(ALGEB x, SmallDecimal& result) {
     result = {i, 0};
     return std::abs(i) < power(kSmallDigits);
   }
-  if (!isDoubleFloat(x) || !std::isfinite(doubleOf(x))) {
+  if (!isFloat(x)) {
     return false;
   }
-  result = shortestDecimal(doubleOf(x));
-  return true;
+  if (isDoubleObject(x)) {
+    if (!std::isfinite(doubleOf(x))) {
+      return false;
+    }
+    result = shortestDecimal(doubleOf(x));
+    return true;
+  }
+  const DecimalObject& decimal = decimalObject(x);
+  if (!isImmediate(decimal.mantissa)) {
+    return false;
+  }
+  result = {immediateValue(decimal.mantissa), decimal.exponent};
+  return std::abs(immediateValue(decimal.mantissa)) < power(kSmallDigits);
+}
+
+SmallDecimal roundSmall(const SmallDecimal& a, int digits) {
+  return rounded(a.mantissa, a.exponent, digits, false);
 }
 
 bool addSmall(const SmallDecimal& a, const SmallDecimal& b, int digits, SmallDecimal& sum) {
@@ -119,6 +185,35 @@ bool addSmall(const SmallDecimal& a, const SmallDecimal& b, int digits, SmallDec
 
 SmallDecimal multiplySmall(const SmallDecimal& a, const SmallDecimal& b, int digits) {
   return rounded(a.mantissa * b.mantissa, a.exponent + b.exponent, digits, false);
+}
+
+bool powerSmall(const SmallDecimal& a, int n, int digits, SmallDecimal& result) {
+  constexpr int kCarried = 36;
+  const bool negative = a.mantissa < 0 && n % 2 != 0;
+  const Int128 m = a.mantissa < 0 ? -a.mantissa : a.mantissa;
+  const int mDigits = digitsOf(m);
+  // |a|^i lies from p to p + error, in units of 10^exponent; error 0 is the power itself.
+  Int128 p = m;
+  Int128 error = 0;
+  std::int64_t exponent = a.exponent;
+  for (int i = 1; i < n; ++i) {
+    const int cut = std::max(0, digitsOf(p) + mDigits - kCarried);
+    Int128 low = 0;
+    Int128 rest = 0;
+    p = divideBy(p, power(cut), low) * m;
+    p += divideBy(low * m, power(cut), rest);
+    error = (error * m + power(cut) - 1) / power(cut) + (rest != 0 ? 1 : 0);
+    exponent += a.exponent + cut;
+  }
+  result = rounded(p, exponent, digits, error != 0);
+  if (error != 0) {
+    const SmallDecimal high = rounded(p + error, exponent, digits, false);
+    if (high.mantissa != result.mantissa || high.exponent != result.exponent) {
+      return false;
+    }
+  }
+  result.mantissa = negative ? -result.mantissa : result.mantissa;
+  return true;
 }
 
 SmallDecimal divideSmall(const SmallDecimal& a, const SmallDecimal& b, int digits) {

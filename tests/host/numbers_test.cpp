@@ -2,12 +2,16 @@
 
 #include "values/numbers.hpp"
 
+#include <algorithm>
+#include <array>
+#include <charconv>
 #include <limits>
 #include <string>
 
 #include "mathematics/evaluation.hpp"
 #include "state_test.hpp"
 #include "values/objects.hpp"
+#include "values/small_decimal.hpp"
 #include "values/text.hpp"
 
 namespace vexel {
@@ -187,30 +191,58 @@ TEST_F(CoreNumbersTest, TrailingZerosOfASumThatIsNoDouble) {
   EXPECT_EQ(show(subtract(state, number("1e16"), number("0.96"))), "9999999999999999.0");
 }
 
-// Arithmetic of doubles goes a short way; with 40 digits it goes the long one, and rounding that to
-// 15 digits gives the same but for double rounding, which such operands cannot cause.
+// Arithmetic of decimals of up to 18 digits goes a short way; with 400 digits it goes the long one,
+// and rounding that gives the same but for double rounding, which such operands cannot cause.
 TEST_F(CoreNumbersTest, ShortAndLongArithmeticAgree) {
   ALGEB digits = name(state, "Digits");
   std::uint64_t bits = 7;
-  for (int i = 0; i < 3000; ++i) {
-    const auto draw = [&] {
-      bits = bits * 6364136223846793005U + 1442695040888963407U;
-      const int scale = static_cast<int>(bits >> 60) - 8;
-      return newFloat(state, static_cast<double>(static_cast<std::int64_t>(bits) >> 30) *
-                                 std::pow(10.0, scale));
-    };
-    ALGEB a = draw();
-    ALGEB b = draw();
-    for (auto* operation : {&add, &subtract, &multiply, &divide}) {
-      if (isZero(b)) {
-        continue;
-      }
-      setNameValue(state, digits, immediate(40));
-      ALGEB exact = operation(state, a, b);
-      setNameValue(state, digits, immediate(15));
-      ASSERT_EQ(operation(state, a, b), roundToDigits(state, exact, 15))
-          << show(a) << " " << show(b);
+  const auto next = [&] { return bits = bits * 6364136223846793005U + 1442695040888963407U; };
+  const auto draw = [&] {
+    const auto size = static_cast<std::int64_t>(std::pow(10.0, (next() >> 33) % 19));
+    const auto exponent = static_cast<std::int64_t>((next() >> 33) % 31) - 20;
+    const auto mantissa = static_cast<std::int64_t>(next()) % size;
+    return newFloat(state, mantissa == 0 ? 1 : mantissa, exponent);
+  };
+  const auto cube = [](State& s, ALGEB x, ALGEB) { return integerPower(s, x, immediate(3)); };
+  const auto high = [](State& s, ALGEB x, ALGEB y) {
+    return integerPower(s, x, immediate(1 + std::abs(sign(y)) + (y == x ? 0 : 14)));
+  };
+  using Operation = std::function<ALGEB(State&, ALGEB, ALGEB)>;
+  for (const Operation& operation : {Operation(&add), Operation(&subtract), Operation(&multiply),
+                                     Operation(&divide), Operation(cube), Operation(high)}) {
+    for (int i = 0; i < 2000; ++i) {
+      const ALGEB a = draw();
+      const ALGEB b = i % 8 == 0 ? add(state, a, draw()) : draw();
+      const int kept = std::array{15, 18, 17, 16, 4}[static_cast<std::size_t>(i % 5)];
+      setNameValue(state, digits, immediate(400));
+      const ALGEB exact = isZero(b) ? a : operation(state, a, b);
+      setNameValue(state, digits, immediate(kept));
+      ASSERT_EQ(isZero(b) ? roundToDigits(state, a, kept) : operation(state, a, b),
+                roundToDigits(state, exact, kept))
+          << show(a) << " " << show(b) << " to " << kept;
     }
+  }
+}
+
+TEST_F(CoreNumbersTest, DecimalsOfDoublesAreTheShortest) {
+  std::uint64_t bits = 3;
+  for (int i = 0; i < 100'000; ++i) {
+    bits = bits * 6364136223846793005U + 1442695040888963407U;
+    const auto size = static_cast<std::int64_t>(std::pow(10.0, 1 + i % 17));
+    const std::string drawn = std::to_string(static_cast<std::int64_t>(bits >> 2) % size) + "e" +
+                              std::to_string(i / 17 % 60 - 40);
+    const double d = std::strtod(drawn.c_str(), nullptr);
+    char text[40];
+    const auto end = std::to_chars(text, text + sizeof text, d, std::chars_format::scientific);
+    const std::string shortest(text, end.ptr);
+    const SmallDecimal decimal = shortestDecimal(d);
+    const std::string mantissa = std::to_string(static_cast<std::int64_t>(decimal.mantissa));
+    ASSERT_EQ(std::strtod((mantissa + "e" + std::to_string(decimal.exponent)).c_str(), nullptr), d);
+    const auto digitsOf = [](const std::string& s) {
+      return std::count_if(s.begin(), std::find(s.begin(), s.end(), 'e'),
+                           [](char c) { return c >= '0' && c <= '9'; });
+    };
+    ASSERT_EQ(digitsOf(mantissa), digitsOf(shortest)) << drawn;
   }
 }
 
