@@ -18,6 +18,10 @@
 
 namespace vexel {
 
+// What a name stands for where it is read.  A name assigned to another name is followed until
+// something without a value comes; an expression is evaluated anew each time, since its names may
+// mean something else by now.  A name that has a function only stands for the function, but Pi
+// stays a name.
 ALGEB Evaluator::global(ALGEB n) {
   const ALGEB v = nameValue(n);
   if (v == nullptr) {
@@ -27,6 +31,9 @@ ALGEB Evaluator::global(ALGEB n) {
   return isExpression(v) || (is(v, Tag::name) && v != n) ? evaluate(state_, v) : v;
 }
 
+// What decides in if and while: true or false and nothing else.  A comparison that cannot be
+// decided, of a name without a value, raises here; compareValue makes a relation of it.  No object
+// is made for a truth value that is looked at once.
 bool Evaluator::condition(const Node& node) {
   switch (node.kind) {
     case NodeKind::compare: {
@@ -58,6 +65,9 @@ bool Evaluator::condition(const Node& node) {
   }
 }
 
+// A comparison outside a condition.  `=` always makes an equation, which the user may be about to
+// solve or to pass as a named argument; the others are decided where they can be.  > and >= have no
+// kinds of relation of their own: the operands change places.
 ALGEB Evaluator::compareValue(const Node& node) {
   const ALGEB a = value(*node.children[0]);
   const ALGEB b = value(*node.children[1]);
@@ -118,12 +128,18 @@ ALGEB Evaluator::logicalValue(const Node& node) {
   return result;
 }
 
+// A call.  The arguments lie in this frame, where the collector sees them by looking at the stack:
+// a call makes no object but those of its values.
 ALGEB Evaluator::callValue(const Node& node) {
   const std::size_t n = node.children.size() - 1;
+  // 32 KiB of stack at most.
   if (n > 4096) {
     raise(state_, "too many arguments");
   }
   auto* args = static_cast<ALGEB*>(alloca((n + 1) * sizeof(ALGEB)));
+  // The function comes before its arguments, which may assign to its name.  A function that the
+  // user has hidden by a value of the same name is not found; a name without either is applied to
+  // the values as it is, and stays symbolic.
   const Node& callee = *node.children[0];
   ALGEB function = nullptr;
   if (callee.kind == NodeKind::global) {
@@ -134,6 +150,7 @@ ALGEB Evaluator::callValue(const Node& node) {
   } else {
     function = value(callee);
   }
+  // The stack holds what was there before: stale handles would keep their objects alive.
   for (std::size_t i = 0; i < n; ++i) {
     args[i] = nullptr;
   }
@@ -149,6 +166,8 @@ ALGEB Evaluator::callValue(const Node& node) {
     }
     raise(state_, "unable to call %1", function);
   }
+  // Noted after the arguments, whose own calls have come and gone, so that an error names this one;
+  // when it has returned the one around it is noted again.
   const Node* const outer = interpreter(state_).node;
   note(callee);
   const ALGEB result = apply(state_, function, std::span<const ALGEB>(args, n));
@@ -158,6 +177,7 @@ ALGEB Evaluator::callValue(const Node& node) {
 
 // evalhf(e): e is run in hardware as a whole where it can be, else its value is converted.
 ALGEB Evaluator::hardwareValue(const Node& node) {
+  // Unless the user has given evalhf another meaning.
   if (nameValue(node.children[0]->value) == nullptr) {
     if (const auto d = runHardware(state_, *node.children[1], slots_)) {
       return newFloat(state_, *d);
@@ -166,6 +186,9 @@ ALGEB Evaluator::hardwareValue(const Node& node) {
   return callValue(node);
 }
 
+// seq(e, i = a .. b) and sum(e, i = a .. b). The index is a slot of this frame, so a variable of
+// its name outside keeps its value.  A sum whose range is no range of numbers is symbolic: the
+// index is a name then, and one without a value while e is evaluated.
 ALGEB Evaluator::overRange(const Node& node) {
   const ALGEB lower = value(*node.children[1]);
   const ALGEB upper = value(*node.children[2]);
@@ -179,6 +202,7 @@ ALGEB Evaluator::overRange(const Node& node) {
   }
   Handles elements(state_);
   RunningSum total(state_, immediate(0));
+  // Before memory runs out, not after.
   const auto raiseEndless = [&] { raise(state_, "the range %1 .. %2 has no end", lower, upper); };
   if (compare(state_, lower, upper) <= 0 &&
       (isInfinite(state_, lower) || isInfinite(state_, upper))) {
@@ -202,6 +226,7 @@ ALGEB Evaluator::overRange(const Node& node) {
   return node.kind == NodeKind::sumOver ? total.value() : sequenceOf(state_, elements.span());
 }
 
+// A closure: the values that its free variables have now, not the variables.
 ALGEB Evaluator::makeProcedure(const Node& node) {
   auto procedure = std::make_unique<LanguageProcedure>();
   procedure->program = program_;
@@ -209,6 +234,7 @@ ALGEB Evaluator::makeProcedure(const Node& node) {
   for (const FunctionCode::Capture& capture : node.function->captures) {
     procedure->captured.push_back(slots_[capture.outer]);
   }
+  // What a procedure weighs toward the next collection, captured values not counted.
   return newForeign(state_, Tag::procedure, std::move(procedure), 128);
 }
 
@@ -219,6 +245,7 @@ ALGEB Evaluator::assign(const Node& target, ALGEB v) {
     if (target.value == state_.piName) {
       raise(state_, "unable to assign to %1", target.value);
     }
+    // Digits is read by every operation on floats: what could not be read must not be stored.
     if (target.value == state_.digitsName) {
       std::int64_t digits = 0;
       if (!isInteger(v) || !fitsInt64(v, &digits)) {
@@ -226,6 +253,7 @@ ALGEB Evaluator::assign(const Node& target, ALGEB v) {
       }
       checkDigits(state_, digits);
     }
+    // x := x takes the value away, as clearing does; a name whose value is itself would never end.
     setNameValue(state_, target.value, v == target.value ? nullptr : v);
   } else {
     const Node& base = *target.children[0];
@@ -238,6 +266,9 @@ ALGEB Evaluator::assign(const Node& target, ALGEB v) {
   return v;
 }
 
+// The switch over the kinds of nodes.  The three that nearly every walk ends in come first, before
+// the look at the stack: they call nothing.  Operands are evaluated from left to right, each into a
+// variable of this frame, never as operands of one C++ call, whose order the compiler chooses.
 ALGEB Evaluator::value(const Node& node) {
   switch (node.kind) {
     case NodeKind::literal:
@@ -255,6 +286,8 @@ ALGEB Evaluator::value(const Node& node) {
   switch (node.kind) {
     case NodeKind::sum: {
       ALGEB total = value(*node.children[0]);
+      // A long sum collects its terms and makes one object in the end; term by term each would copy
+      // the sum so far.  For a few the plain way is quicker.
       constexpr std::size_t kLongSum = 8;
       if (node.children.size() >= kLongSum) {
         RunningSum sum(state_, total);
@@ -371,6 +404,8 @@ ALGEB Evaluator::value(const Node& node) {
       way_ = Way::returned;
       return result;
     }
+    // break and next are names that the user may have given a value, and then they are no
+    // statements.
     case NodeKind::leaveLoop:
     case NodeKind::nextPass:
       if (nameValue(node.value) != nullptr) {
@@ -380,6 +415,8 @@ ALGEB Evaluator::value(const Node& node) {
       return state_.null;
     case NodeKind::tryStatement:
       return tryStatement(node);
+    // A block ends early when a statement leads elsewhere: whoever can go there, a loop or the call
+    // of the procedure, sets way_ back.  quit leaves everything.
     case NodeKind::block: {
       ALGEB result = state_.null;
       for (const Node* child : node.children) {

@@ -22,6 +22,12 @@ namespace vexel {
 
 namespace {
 
+// One walk over a body.
+//
+// Intermediate values are a stack: temporaries_ is its height.  Whoever compiles operands notes the
+// height before them and goes back to it when the instruction that takes them is written, so that
+// the next value lies where they did.  An instruction reads its operands before it writes its
+// result; the two may share a place.
 class Compiler : HardwareDrafts {
  public:
   Compiler(State& state, int slots, HardwareCode& code)
@@ -98,6 +104,7 @@ class Compiler : HardwareDrafts {
       return std::nullopt;
     }
     const double d = toDouble(state_, x);
+    // A number beyond the doubles would turn into an infinity that the text does not have.
     if (std::isinf(d) && !isInfinite(state_, x)) {
       return std::nullopt;
     }
@@ -117,6 +124,8 @@ class Compiler : HardwareDrafts {
     return x ? std::optional(binary(op, *x, {}, wanted, mark)) : std::nullopt;
   }
 
+  // a + b - c from left to right, as the evaluator adds.  Only the last instruction writes to the
+  // wanted place: the operands may still read it, as in x := y - x.
   std::optional<Operand> chain(const Node& node, Operand wanted, std::size_t mark) {
     const bool isSum = node.kind == NodeKind::sum;
     auto total = compile(*node.children[0], node.children.size() == 1 ? wanted : kAnywhere);
@@ -133,6 +142,7 @@ class Compiler : HardwareDrafts {
     return total;
   }
 
+  // Squares and cubes, the powers that densities are made of, have instructions of their own.
   std::optional<Operand> power(const Node& node, Operand wanted, std::size_t mark) {
     const Node& exponent = *node.children[1];
     if (exponent.kind == NodeKind::literal && exponent.value == immediate(2)) {
@@ -146,11 +156,14 @@ class Compiler : HardwareDrafts {
     return y ? std::optional(binary(Op::power, *x, *y, wanted, mark)) : std::nullopt;
   }
 
+  // The function is a name that is looked up when the call runs; what the name means then may be a
+  // machine function, another procedure, or nothing that hardware can call.
   std::optional<Operand> call(const Node& node, Operand wanted, std::size_t mark) {
     const std::size_t n = node.children.size() - 1;
     if (node.children[0]->kind != NodeKind::global || n > kLargestFrame) {
       return std::nullopt;
     }
+    // An argument is a value, even of a call that is a condition.
     const bool outer = inCondition_;
     inCondition_ = false;
     // The arguments' places, one after another.
@@ -164,6 +177,7 @@ class Compiler : HardwareDrafts {
       temporaries_ = before;
     }
     inCondition_ = outer;
+    // The arguments' places were taken first, from mark on.
     const Operand first{Kind::temporary, static_cast<std::int32_t>(mark)};
     const Operand function{Kind::slot, object(node.children[0]->value)};
     const Operand to = binary(Op::call, first, function, wanted, mark);
@@ -171,6 +185,7 @@ class Compiler : HardwareDrafts {
     return to;
   }
 
+  // To a variable of the procedure only: the code assigns to nothing that outlives the call.
   std::optional<Operand> assignment(const Node& node, Operand wanted) {
     if (node.children[0]->kind != NodeKind::slot) {
       return std::nullopt;
@@ -216,6 +231,8 @@ class Compiler : HardwareDrafts {
     return ok;
   }
 
+  // The jumps come in pairs, IfLess and UnlessLess, because of NaN: not (a < b) is not b <= a.  >
+  // and >= exchange the operands.
   bool comparison(const Node& node, bool sense, Places& places) {
     const auto a = compile(*node.children[0], kAnywhere);
     const auto b = a ? compile(*node.children[1], kAnywhere) : std::nullopt;
@@ -249,6 +266,8 @@ class Compiler : HardwareDrafts {
   bool logical(const Node& node, bool sense, Places& places) {
     const bool decisive = node.kind == NodeKind::logicalOr;
     Places past;
+    // Each part but the last jumps where it decides: to the caller's places when the whole is then
+    // what the caller asked for, else past the rest.  The last part decides either way.
     for (std::size_t i = 0; i < node.children.size(); ++i) {
       const bool last = i + 1 == node.children.size();
       const bool leaves = sense == decisive || last;
@@ -283,6 +302,7 @@ class Compiler : HardwareDrafts {
 
   // Of parts condition, then, condition, then, ..., else; 0 without an else.
   std::optional<Operand> choice(const std::vector<Node*>& parts, Operand wanted) {
+    // All branches put their value at one place, chosen before the first.
     const Operand to = wanted.kind == Kind::nowhere ? wanted : target(wanted);
     const std::size_t mark = temporaries_;
     Places end;
@@ -357,6 +377,8 @@ class Compiler : HardwareDrafts {
   }
 
   // The body of a loop; jumps to the next pass land behind it.
+  // next lands behind the body, where the step is; break waits for the end of the loop, which the
+  // caller knows.
   bool loopBody(const Node& body, Operand value, Places& leave) {
     const std::size_t mark = temporaries_;
     loops_.emplace_back();
@@ -370,6 +392,7 @@ class Compiler : HardwareDrafts {
 
   std::optional<Operand> whileLoop(const Node& node, Operand wanted) {
     const Operand value = loopValue(wanted);
+    // An interrupt is looked for in every pass.
     const std::size_t top = here();
     Places leave;
     emit(Op::look, {});
@@ -387,6 +410,8 @@ class Compiler : HardwareDrafts {
     if (node.children[0]->kind != NodeKind::slot) {
       return std::nullopt;
     }
+    // The comparison that ends the loop is one instruction; a step whose sign came out at run time
+    // would need two.
     // A step is a number whose sign is known.
     const Node* const step = node.children.size() > 4 ? node.children[4] : nullptr;
     if (step != nullptr &&
@@ -413,6 +438,7 @@ class Compiler : HardwareDrafts {
       return std::nullopt;
     }
     if (step == nullptr) {
+      // Step 1 is nearly every loop: add, look, compare and jump in one instruction.
       emitJump(again, Op::next, running, last);
     } else {
       emit(Op::add, running, running, constant(toDouble(state_, step->value)));

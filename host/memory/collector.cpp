@@ -17,13 +17,12 @@
 #include <algorithm>
 #include <exception>
 #include <new>
-#include <string>
 #include <utility>
 
-#include "memory/guards.hpp"
 #include "memory/heap_chunk.hpp"
 #include "memory/layout.hpp"
 #include "memory/memory.hpp"
+#include "memory/object_state.hpp"
 #include "memory/stack_bounds.hpp"
 #include "memory/unwinding.hpp"
 
@@ -33,26 +32,6 @@ namespace {
 
 // Collections that a freed cell sits out in stress mode.
 constexpr std::uint32_t kQuarantine = 64;
-
-bool isMarked(ALGEB x) { return (words(x)[0] & kMarkBit) != 0; }
-
-// The bytes behind those that VexelAlloc handed out, to the end of the block.
-bool isBlockIntact(ALGEB x) {
-  const BlockObject& block = blockOf(x);
-  const std::size_t room = length(x) * sizeof(Word) - sizeof(BlockObject);
-  return isGuardIntact(block.bytes + block.size, room - block.size);
-}
-
-std::size_t dataBytes(const ArrayObject& array) {
-  return static_cast<std::size_t>(array.count) * elementSize(array.type);
-}
-
-bool ownsData(const ArrayObject& array) { return array.ownsData != 0 && array.data != nullptr; }
-
-bool isDataIntact(const ArrayObject& array) {
-  const auto* data = static_cast<const char*>(array.data);
-  return isGuardIntact(data - kGuardBytes) && isGuardIntact(data + dataBytes(array));
-}
 
 // Ends the process when the guards of an object are damaged.
 void checkGuards(ALGEB x) {
@@ -68,12 +47,18 @@ void checkGuards(ALGEB x) {
 
 // ---- marking
 
+// Nothing allocates from the heap between the first mark and the end of the sweep but dispose
+// functions, and what memory the collection itself wants (the extents, the list of what is due, the
+// marking stack) it asks for before anything is decided: when that fails, the marks are taken back,
+// nothing was freed, and the caller sees no more than a failed allocation.
 void Heap::collect() {
   if (collecting_) {
     return;
   }
   collecting_ = true;
+  // Counted for the quarantine, where 0 says that a cell never sat in it.
   collections_ += collections_ == UINT32_MAX ? 2 : 1;  // never 0
+  // Every allocation from here on takes the slow path, which marks what it makes.
   limit_ = 0;
   try {
     due_.reserve(disposable_.size());
@@ -82,12 +67,16 @@ void Heap::collect() {
     unmarkAll();
     throw;
   }
+  // In this order: dispose functions see everything as it was, and the tables let go of what the
+  // sweep is about to free.
   dispose(false);
   memory_.interned.dropUnmarked();
   sweep(false);
   extents_.clear();
   collecting_ = false;
   sinceCollection_ = 0;
+  // The next one when as much has been allocated as is alive now: each byte is marked a constant
+  // number of times on average, however large the heap grows.
   threshold_ = std::max(kMinimalThreshold, liveBytes_ + bytesOutside_);
   resetLimit();
 }
@@ -118,6 +107,8 @@ void Heap::unmarkAll() noexcept {
   resetLimit();
 }
 
+// After memory ran out somewhere: gives back all that can be, so that what reports the failure has
+// room.
 void Heap::recover() noexcept {
   try {
     collect();
@@ -131,6 +122,8 @@ void Heap::recover() noexcept {
   malloc_trim(0);
 }
 
+// A name is a root only while it has a value or a function; a name that stands nowhere and means
+// nothing goes like any other object, and is made anew when it is typed again.
 void Heap::markRoots() {
   for (Handles* h = handles_; h != nullptr; h = h->next_) {
     for (ALGEB x : h->items_) {
@@ -157,10 +150,15 @@ __attribute__((noinline)) void Heap::markStack() {
   markConservatively(from, reinterpret_cast<const Word*>(stackBounds().high));
 }
 
+// A word that looks like the address of an object keeps it alive, whatever it was meant as.  The
+// compiler may keep nothing but an address inside an object, so inner addresses count; the price is
+// now and then an object too many, never one too few.  Reads the red zones of the address
+// sanitizer, too.
 __attribute__((noinline, no_sanitize("address"))) void Heap::markConservatively(const Word* from,
                                                                                 const Word* to) {
   for (const Word* p = from; p < to; ++p) {
     const Word candidate = *p;
+    // One comparison for "low <= candidate < high": below low the difference wraps around.
     // A quick look that rejects most words.
     if (candidate - lowestChunk_ < highestChunk_ - lowestChunk_ || !extents_.empty()) {
       markCandidate(candidate);
@@ -182,6 +180,8 @@ ALGEB Heap::objectAt(Word address) const {
       Chunk* chunk = found->second;
       const Word first = reinterpret_cast<Word>(chunk->first());
       if (address >= first && address < reinterpret_cast<Word>(chunk->next)) {
+        // Cells of a chunk are of one size, so the object of an inner address is a division away.
+        // A free cell is none: what once pointed to it must not resurrect it.
         const Word cell = first + (address - first) / chunk->cellBytes * chunk->cellBytes;
         ALGEB x = reinterpret_cast<ALGEB>(cell);
         return tag(x) == Tag::free ? nullptr : x;
@@ -198,6 +198,9 @@ ALGEB Heap::objectAt(Word address) const {
   return address <= e.last ? e.object : nullptr;
 }
 
+// What lies outside of the chunks, by address.  An array's block counts as the array: C code walks
+// a block by a pointer while it holds no other trace of the array.  One past the end belongs to it
+// too, since that is where such a pointer ends.
 void Heap::buildExtents() {
   extents_.clear();
   for (ALGEB x : large_) {
@@ -214,6 +217,8 @@ void Heap::buildExtents() {
             [](const Extent& a, const Extent& b) { return a.first < b.first; });
 }
 
+// Depth first, from a stack of its own: a list a million deep takes a million words here, and none
+// of the machine's stack.
 void Heap::drain() {
   while (!marker_.pending_.empty()) {
     ALGEB x = marker_.pending_.back();
@@ -236,6 +241,7 @@ void Heap::markOperands(ALGEB x) {
       }
       return;
     case Tag::name:
+      // Its text lies in the object itself.
       marker_.mark(nameValue(x));
       marker_.mark(nameFunction(x));
       return;
@@ -251,13 +257,16 @@ void Heap::markOperands(ALGEB x) {
       markArray(x);
       return;
     case Tag::pointer:
+      // The library that made the pointer says what it holds (VexelPointerSetMarkFunction).
       if (pointerOf(x).mark != nullptr) {
         pointerOf(x).mark(x);
       }
       return;
     case Tag::block:
+      // Nobody knows what C code keeps in a block: handles are looked for, as on the stack.
       markConservatively(reinterpret_cast<const Word*>(blockOf(x).bytes), words(x) + length(x));
       return;
+    // Every other kind is handles from its second word to its last.
     default:
       for (std::size_t i = 1; i < length(x); ++i) {
         marker_.mark(operand(x, i));
@@ -265,6 +274,8 @@ void Heap::markOperands(ALGEB x) {
   }
 }
 
+// Machine numbers hold no handles.  An array of handles that is being filled may have null
+// elements; mark() passes over them.
 void Heap::markArray(ALGEB x) {
   const ArrayObject& array = arrayOf(x);
   if (array.type != RTABLE_DAG && array.type != RTABLE_COMPLEX_DAG) {
@@ -303,6 +314,7 @@ void Heap::dispose(bool everything) {
     auto* function = std::exchange(pointerOf(x).dispose, nullptr);
     if (function != nullptr) {
       try {
+        // The pointer and all it can reach are still whole, in whatever order several of them go.
         function(x);
       } catch (const HostErrorToken&) {  // nobody to tell; the object goes all the same
       } catch (const InterruptToken&) {  // meant for what called the collector
@@ -314,6 +326,8 @@ void Heap::dispose(bool everything) {
   due_.clear();
 }
 
+// What an object holds outside of its cell.  It may not look at other objects: those that it refers
+// to may have been freed a moment ago.
 void Heap::finalise(ALGEB x) noexcept {
   switch (tag(x)) {
     case Tag::procedure:
@@ -353,6 +367,8 @@ void Heap::sweep(bool everything) {
     const Swept swept = sweepChunk(*chunk, tail, everything);
     liveAfterCollection_ += swept.live;
     liveBytes_ += swept.live * chunk->cellBytes;
+    // A chunk without a live cell goes as a whole, and with it the stretch of the free list that
+    // its cells were put on: tail goes back to where it stood before the chunk.
     const bool isEmpty = swept.live == 0 && swept.held == 0;
     if (isEmpty) {
       tail = before;
@@ -419,53 +435,10 @@ Heap::Swept Heap::sweepChunk(Chunk& chunk, Cell**& tail, bool everything) {
     *tail = cell;
     tail = &cell->next;
   }
+  // Address order makes the next objects of a size lie side by side, as those that were made
+  // together should.
   *tail = nullptr;
   return swept;
-}
-
-// ---- checking
-
-std::string Heap::check() {
-  buildExtents();
-  std::string fault;
-  const auto valid = [&](ALGEB x) {
-    return x == nullptr || isImmediate(x) || objectAt(reinterpret_cast<Word>(x)) == x;
-  };
-  const auto inspect = [&](ALGEB x, std::size_t room) {
-    if (isMarked(x)) {
-      fault = "an object is marked outside a collection";
-    } else if (length(x) == 0 || length(x) * sizeof(Word) > room) {
-      fault = "an object is longer than its cell";
-    }
-    const Tag t = tag(x);
-    if (t == Tag::block && !isBlockIntact(x)) {
-      fault = "memory was written past the end of a block";
-    } else if (t == Tag::array && ownsData(arrayOf(x)) && !isDataIntact(arrayOf(x))) {
-      fault = "memory was written outside the elements of an array";
-    }
-    const bool holdsHandles = t == Tag::rational || t == Tag::complex || t == Tag::list ||
-                              t == Tag::sequence || t == Tag::sum || t == Tag::product ||
-                              t == Tag::power || t == Tag::application || t == Tag::range ||
-                              isRelation(x);
-    for (std::size_t i = 1; fault.empty() && holdsHandles && i < length(x); ++i) {
-      if (!valid(operand(x, i))) {
-        fault = "an operand is no object";
-      }
-    }
-  };
-  for (Chunk* chunk : chunks_) {
-    for (char* p = chunk->first(); p != chunk->next && fault.empty(); p += chunk->cellBytes) {
-      ALGEB x = reinterpret_cast<ALGEB>(p);
-      if (tag(x) != Tag::free) {
-        inspect(x, chunk->cellBytes);
-      }
-    }
-  }
-  for (ALGEB x : large_) {
-    inspect(x, length(x) * sizeof(Word));
-  }
-  extents_.clear();
-  return fault;
 }
 
 }  // namespace vexel

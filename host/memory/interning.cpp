@@ -20,6 +20,9 @@ namespace {
 constexpr std::size_t kSmallestTable = 1024;
 const ALGEB kRemoved = reinterpret_cast<ALGEB>(Word{2});  // never the address of an object
 
+// Small integers and neighbouring addresses differ in their low bits only, tables are indexed by
+// the low bits, and doubles of few digits differ in their high ones: the product carries low bits
+// up, the shift brings high ones down.
 std::uint64_t mix(std::uint64_t h) {
   h *= 0x9E3779B97F4A7C15U;  // 2^64 divided by the golden ratio
   return h ^ (h >> 32);
@@ -37,6 +40,8 @@ std::uint64_t hashText(std::string_view s) { return mix(std::hash<std::string_vi
 
 }  // namespace
 
+// The hash that an object was filed under, from the object alone: growing needs no room for hashes.
+// It has to agree with what real, words, string and name compute before there is an object.
 std::uint64_t InternTables::hashOf(ALGEB x) {
   switch (tag(x)) {
     case Tag::string:
@@ -53,6 +58,8 @@ std::uint64_t InternTables::hashOf(ALGEB x) {
 }
 
 template <typename Equal>
+// Linear probing ends at the first slot that was never used: there always is one, since tables are
+// at most half full, removed entries counted.
 ALGEB InternTables::find(const Table& table, std::uint64_t hash, Equal equal) {
   if (table.slots.empty()) {
     return nullptr;
@@ -67,6 +74,7 @@ ALGEB InternTables::find(const Table& table, std::uint64_t hash, Equal equal) {
 }
 
 void InternTables::insert(Table& table, ALGEB x, std::uint64_t hash) {
+  // used counts removed entries too; their slots are not used again before the table is made anew.
   if (2 * (table.used + 1) > table.slots.size() || table.removed > table.used / 2) {
     grow(table);
   }
@@ -80,6 +88,8 @@ void InternTables::insert(Table& table, ALGEB x, std::uint64_t hash) {
 }
 
 void InternTables::grow(Table& table) {
+  // Where most entries were removed the table shrinks, by half at a time, lest it grow at once
+  // again.
   const std::size_t live = table.used - table.removed;
   const std::size_t capacity =
       std::max({kSmallestTable, std::bit_ceil(4 * (live + 1)), table.slots.size() / 2});
@@ -99,6 +109,8 @@ void InternTables::grow(Table& table) {
   table.removed = 0;
 }
 
+// By bits: 0 and -0 are two objects, and each NaN is equal to itself, which its == is not.
+// Whatever compares reals compares their values, not their handles.
 ALGEB InternTables::real(double d) {
   const Word bits = std::bit_cast<Word>(d);
   const std::uint64_t hash = mix(bits);
@@ -106,12 +118,16 @@ ALGEB InternTables::real(double d) {
   if (ALGEB x = find(reals_, hash, sameBits)) {
     return x;
   }
+  // Allocating may collect, and so drop entries, but never add one: that there is none stays true,
+  // and insert() looks for a slot afresh.
   ALGEB x = heap_.allocate(Tag::softwareFloat, 2);
   vexel::words(x)[1] = bits;
   insert(reals_, x, hash);
   return x;
 }
 
+// payload may lie in another object: nothing moves.  Handles in it are the caller's to keep alive
+// over the allocation.
 ALGEB InternTables::words(Tag t, const Word* payload, std::size_t n) {
   const std::uint64_t hash = hashWords(t, payload, n);
   const auto same = [&](ALGEB x) {
@@ -127,6 +143,8 @@ ALGEB InternTables::words(Tag t, const Word* payload, std::size_t n) {
   return x;
 }
 
+// At least one byte is left over behind the text, of a cell that was cleared: texts end with a zero
+// for C.
 ALGEB InternTables::string(std::string_view s) {
   const std::uint64_t hash = hashText(s);
   const auto same = [&](ALGEB x) { return tag(x) == Tag::string && text(x) == s; };
@@ -165,6 +183,8 @@ void InternTables::markNames(Marker& marker) {
 
 bool InternTables::isEntry(ALGEB slot) { return slot != nullptr && slot != kRemoved; }
 
+// The tables do not keep their entries alive.  Runs between marking and sweep, while the words of
+// the dying can still be read, and allocates nothing.
 void InternTables::dropUnmarked() {
   for (Table* table : {&reals_, &values_, &names_}) {
     for (ALGEB& slot : table->slots) {

@@ -25,12 +25,14 @@ std::int64_t leadingExponent(const Decimal& d) {
 
 }  // namespace
 
+// Of |z|; 1 for zero.  Exact, for a digit too many would make roundDecimal cut one too many.
 std::int64_t decimalDigits(mpz_srcptr z) {
   // sizeinbase is exact or one too large.
   const std::size_t upper = mpz_sizeinbase(z, 10);
   if (upper == 1) {
     return 1;
   }
+  // Of numbers below 2^64, which most are, without making a power of ten.
   if (mpz_size(z) == 1) {
     std::uint64_t v = mpz_getlimbn(z, 0);
     std::int64_t n = 0;
@@ -49,6 +51,8 @@ void scaleByTen(mpz_ptr z, std::uint64_t k) {
   }
 }
 
+// To nearest, ties to even, like the machine's own arithmetic.  A carry out of the leading digit
+// leaves one digit more than asked for, a zero.
 void roundDecimal(Decimal& d, std::int64_t digits, bool sticky) {
   const std::int64_t excess = decimalDigits(d.mantissa.get()) - digits;
   if (excess <= 0) {
@@ -59,6 +63,8 @@ void roundDecimal(Decimal& d, std::int64_t digits, bool sticky) {
   const int sign = mpz_sgn(d.mantissa.get());
   mpz_tdiv_qr(d.mantissa.get(), rest.get(), d.mantissa.get(), unit.get());
   mpz_mul_2exp(rest.get(), rest.get(), 1);
+  // Twice the rest against the unit says on which side of the tie it lies.  sticky breaks a tie
+  // upward, in magnitude: what was cut off before is not in the rest.
   const int half = mpz_cmpabs(rest.get(), unit.get());
   if (half > 0 || (half == 0 && (sticky || mpz_odd_p(d.mantissa.get()) != 0))) {
     sign < 0 ? mpz_sub_ui(d.mantissa.get(), d.mantissa.get(), 1)
@@ -84,6 +90,8 @@ Decimal divideToDecimal(mpz_srcptr numerator, mpz_srcptr denominator, std::int64
   return q;
 }
 
+// The exact sum is rounded unless the terms are so far apart that it would be mostly zeros:
+// 1e100000 + 1 must not take 100000 digits.
 Decimal addDecimals(const Decimal& x, const Decimal& y, std::int64_t digits) {
   if (mpz_sgn(x.mantissa.get()) == 0 || mpz_sgn(y.mantissa.get()) == 0) {
     Decimal sum = mpz_sgn(x.mantissa.get()) == 0 ? y : x;
@@ -124,6 +132,8 @@ int compareDecimals(const Decimal& a, const Decimal& b) {
   }
   const std::int64_t leadA = leadingExponent(a);
   const std::int64_t leadB = leadingExponent(b);
+  // Most pairs are decided here, without a multiplication; and what is left has exponents no
+  // further apart than the numbers are long, so that scaling is cheap.
   if (leadA != leadB) {
     return leadA > leadB ? signA : -signA;
   }

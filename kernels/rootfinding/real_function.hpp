@@ -12,7 +12,7 @@ class RealFunction {
   requires(!std::same_as<std::remove_cvref_t<F>, RealFunction> &&
            std::is_object_v<std::remove_reference_t<F>> &&
            std::is_invocable_r_v<double, F&, double>)
-      RealFunction(F&& f)  // NOLINT(google-explicit-constructor): any callable stands for one
+      RealFunction(F&& f)  // NOLINT: any callable but a RealFunction stands for one
       : object_(const_cast<void*>(static_cast<const void*>(&f))),
         call_([](void* object, double x) -> double {
           return (*static_cast<std::remove_reference_t<F>*>(object))(x);
