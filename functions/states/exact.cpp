@@ -72,6 +72,11 @@ void Accumulator::add(const Product& product) {
   product.addTo(to);
 }
 
+void Accumulator::add(std::uint64_t word, int exponent, bool negative) {
+  count(1);
+  fixed().add(word, exponent, negative);
+}
+
 void Accumulator::add(double x) {
   if (!std::isfinite(x)) {
     addSpecial(x);

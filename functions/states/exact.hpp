@@ -35,7 +35,8 @@ class Accumulator {
   Accumulator(ExactSum& sum, int factors);
 
   void add(const Product& product);
-  void add(double x);                        // finite or not
+  void add(std::uint64_t word, int exponent, bool negative);  // +-word 2^exponent
+  void add(double x);                                         // finite or not
   void add(const double* x, std::size_t n);  // all of a block of at most kernels::sumBlock
   // What an infinite or missing factor makes of the sum.
   void addSpecial(double x);

@@ -1,10 +1,13 @@
 #include "vexel/states/moments.hpp"
 
+#include <algorithm>
 #include <stdexcept>
 #include <string>
 
 #include "functions/sample.hpp"
 #include "functions/states/exact.hpp"
+#include "kernels/power_sums.hpp"
+#include "kernels/vector/presence.hpp"
 
 namespace vexel {
 
@@ -51,6 +54,59 @@ double squareRoot(const Scaled& a, const Scaled& b) {
   return std::ldexp(sqrt(quotient).high, exponent / 2);
 }
 
+using Accumulators = std::vector<states::Accumulator>;
+
+// Adds w x^k to the k-th sum, from the first on.
+void addPowers(Accumulators& sums, double x, double w) {
+  double special = 1.0;
+  states::Product product(w);
+  for (std::size_t k = 1; k < sums.size(); ++k) {
+    if (std::isfinite(x)) {
+      product.multiply(x);
+      sums[k].add(product);
+    } else {
+      special *= x;
+      sums[k].addSpecial(special);
+    }
+  }
+}
+
+// The same for a block of points without weights: together those of about the largest one's size.
+template <int order>
+void addPowers(Accumulators& sums, const double* x, std::size_t n, double largest) {
+  kernels::PowerSums<order> together(kernels::PowerSums<order>::unitFor(largest));
+  for (std::size_t i = 0; i < n; ++i) {
+    if (!together.add(x[i]) && x[i] != 0.0) {
+      addPowers(sums, x[i], 1.0);
+    }
+  }
+  together.take([&](int k, std::uint64_t word, int exponent, bool negative) {
+    sums[static_cast<std::size_t>(k)].add(word, exponent, negative);
+  });
+}
+
+void addPowers(Accumulators& sums, const double* x, std::size_t n) {
+  const kernels::Range range = kernels::rangeOf(x, n);
+  const double largest = std::max(-range.min, range.max);
+  if (std::isfinite(range.min) && std::isfinite(range.max)) {
+    switch (sums.size() - 1) {
+      case 1:
+        return addPowers<1>(sums, x, n, largest);
+      case 2:
+        return addPowers<2>(sums, x, n, largest);
+      case 3:
+        return addPowers<3>(sums, x, n, largest);
+      case 4:
+        return addPowers<4>(sums, x, n, largest);
+      default:
+        break;
+    }
+  }
+  for (std::size_t i = 0; i < n; ++i) {
+    addPowers(sums, x[i], 1.0);
+  }
+}
+
 }  // namespace
 
 Moments::Moments(int order, Missing missing) : policy_(missing) {
@@ -64,28 +120,19 @@ Moments::Moments(int order, Missing missing) : policy_(missing) {
 Moments& Moments::update(Data x, Data weights) {
   const Sample sample("Moments::update", x, weights, policy_);
   Moments next = *this;
-  std::vector<states::Accumulator> sums;
+  Accumulators sums;
   for (std::size_t k = 0; k < next.powers_.size(); ++k) {
     sums.emplace_back(next.powers_[k], factorsOf(k));
   }
   const auto found = sample.present([&](const double* p, const double* w, std::size_t n) {
     if (w == nullptr) {
       sums[0].add(static_cast<double>(n));
-    } else {
-      sums[0].add(w, n);
+      addPowers(sums, p, n);
+      return;
     }
+    sums[0].add(w, n);
     for (std::size_t i = 0; i < n; ++i) {
-      double special = 1.0;
-      states::Product product(w == nullptr ? 1.0 : w[i]);
-      for (std::size_t k = 1; k < sums.size(); ++k) {
-        if (std::isfinite(p[i])) {
-          product.multiply(p[i]);
-          sums[k].add(product);
-        } else {
-          special *= p[i];
-          sums[k].addSpecial(special);
-        }
-      }
+      addPowers(sums, p[i], w[i]);
     }
   });
   next.count_ += static_cast<std::int64_t>(found.points);

@@ -236,4 +236,32 @@ TEST(States, GiveWhatTheFunctionsGive) {
   EXPECT_TRUE(std::isnan(Moments().kurtosis()));
 }
 
+// Weights of 1 go point by point; without them powers are added up together.
+TEST(States, AddPowersTogetherAsOneByOne) {
+  std::mt19937_64 random(5);
+  std::normal_distribution<double> normal;
+  Vector alike(20000);
+  for (double& v : alike) {
+    v = normal(random);
+  }
+  Vector whole(alike);
+  Vector edges(alike);
+  Vector tiny(alike);
+  for (std::size_t i = 0; i < alike.size(); ++i) {
+    whole[i] = std::round(100.0 * whole[i]) - 0.0;
+    edges[i] = std::ldexp(edges[i], 1020);
+    tiny[i] = std::ldexp(tiny[i], -1070);
+  }
+  Vector broken(alike);
+  broken[9000] = kInfinity;
+  for (const Vector& x : {alike, whole, edges, tiny, broken, Vector(10, -0.0), Vector{-3.0, 0x1p-9},
+                          anything(9000, random)}) {
+    for (int order = 1; order <= 5; ++order) {
+      const Moments together = Moments(order).update(x);
+      const Moments single = Moments(order).update(x, Vector(x.size(), 1.0));
+      EXPECT_EQ(together.to_bytes(), single.to_bytes()) << "order " << order;
+    }
+  }
+}
+
 }  // namespace

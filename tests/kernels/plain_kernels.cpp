@@ -5,9 +5,12 @@
 #include <cstddef>
 #include <cstdint>
 #include <limits>
+#include <span>
+#include <vector>
 
 #undef VEXEL_HAVE_HIGHWAY
 #define kernels plain_kernels
+#include "kernels/vector/filter.cpp"
 #include "kernels/vector/normal.cpp"
 #include "kernels/vector/powers.cpp"
 #include "kernels/vector/selection.cpp"

@@ -6,9 +6,11 @@
 #include <cstdint>
 #include <functional>
 #include <random>
+#include <span>
 #include <string>
 #include <vector>
 
+#include "kernels/filter.hpp"
 #include "kernels/normal.hpp"
 #include "kernels/vector/powers.hpp"
 #include "kernels/vector/presence.hpp"
@@ -41,6 +43,7 @@ void cellsOf(const double* x, std::size_t n, double base, double scale, std::int
              std::int32_t* to);
 bool normalCdfs(const double* z, std::size_t n, double* out);
 void normalQuantiles(const double* p, std::size_t n, double* out);
+void filterStretch(const double* x, std::size_t n, std::span<const double> taps, double* out);
 }  // namespace vexel::plain_kernels
 
 namespace {
@@ -88,6 +91,13 @@ Vector probabilities(const double* x, std::size_t n) {
     const Vector p = probabilities(x, n);                                                     \
     space::normalQuantiles(p.data(), n, normal.data() + n);                                   \
     all.insert(all.end(), normal.begin(), normal.end());                                      \
+    for (const std::size_t taps : {5, 50}) {                                                  \
+      if (n >= taps) {                                                                        \
+        Vector out(n - taps + 1);                                                             \
+        space::filterStretch(x + taps - 1, out.size(), {w, taps}, out.data());                \
+        all.insert(all.end(), out.begin(), out.end());                                        \
+      }                                                                                       \
+    }                                                                                         \
     return all;                                                                               \
   }
 
