@@ -278,6 +278,19 @@ TEST(Series, FiltersAddUpProducts) {
                   taps.begin(), taps.end(),
                   std::make_reverse_iterator(series.begin() + static_cast<long>(i) + 1), 0.0));
   }
+  // Many taps, sums that nearly cancel.
+  std::normal_distribution<double> normal;
+  std::generate(series.begin(), series.end(), [&] { return normal(random); });
+  taps.resize(57);
+  std::generate(taps.begin(), taps.end(), [&] { return normal(random); });
+  const Doubles many = vx::filter(series, taps);
+  for (std::size_t i = 56; i < many.size(); i += 11) {
+    long double sum = 0;
+    for (std::size_t k = 0; k < taps.size(); ++k) {
+      sum += static_cast<long double>(taps[k]) * series[i - k];
+    }
+    EXPECT_NEAR(many[i], static_cast<double>(sum), 3e-16 * std::abs(many[i]) + 2e-16);
+  }
   EXPECT_THROW(vx::filter(x, Doubles()), std::invalid_argument);
   EXPECT_THROW(vx::filter(x, {1}, {.initial = {1}}), std::length_error);
 }

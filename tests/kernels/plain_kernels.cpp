@@ -10,7 +10,9 @@
 
 #undef VEXEL_HAVE_HIGHWAY
 #define kernels plain_kernels
+#include "kernels/vector/binning.cpp"
 #include "kernels/vector/filter.cpp"
+#include "kernels/vector/moving_sums.cpp"
 #include "kernels/vector/normal.cpp"
 #include "kernels/vector/powers.cpp"
 #include "kernels/vector/selection.cpp"

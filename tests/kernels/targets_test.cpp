@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "kernels/filter.hpp"
+#include "kernels/moving_sums.hpp"
 #include "kernels/normal.hpp"
 #include "kernels/vector/powers.hpp"
 #include "kernels/vector/presence.hpp"
@@ -44,6 +45,8 @@ void cellsOf(const double* x, std::size_t n, double base, double scale, std::int
 bool normalCdfs(const double* z, std::size_t n, double* out);
 void normalQuantiles(const double* p, std::size_t n, double* out);
 void filterStretch(const double* x, std::size_t n, std::span<const double> taps, double* out);
+std::size_t movingSums(const double* x, std::size_t results, std::size_t window, bool means,
+                       double* out);
 }  // namespace vexel::plain_kernels
 
 namespace {
@@ -91,6 +94,11 @@ Vector probabilities(const double* x, std::size_t n) {
     const Vector p = probabilities(x, n);                                                     \
     space::normalQuantiles(p.data(), n, normal.data() + n);                                   \
     all.insert(all.end(), normal.begin(), normal.end());                                      \
+    if (n > 17 * 8) {                                                                         \
+      Vector out(n - 16);                                                                     \
+      out.resize(space::movingSums(x, n - 16, 17, true, out.data()));                         \
+      all.insert(all.end(), out.begin(), out.end());                                          \
+    }                                                                                         \
     for (const std::size_t taps : {5, 50}) {                                                  \
       if (n >= taps) {                                                                        \
         Vector out(n - taps + 1);                                                             \
