@@ -77,6 +77,14 @@ inline double productError(double a, double b, double p) { return exactProductEr
 
 #endif
 
+// Asks for the next sixteen elements of a block that will be read soon: memory is slow to notice
+// how far a block goes.  There may be nothing.
+HWY_INLINE void expect(const double* x) {
+  constexpr std::size_t ahead = 512;
+  __builtin_prefetch(x + ahead);
+  __builtin_prefetch(x + ahead + 8);
+}
+
 // The sum rounded, and what the rounding left, exactly (D. E. Knuth, The Art of Computer
 // Programming 2, section 4.2.2).
 HWY_INLINE Register twoSum(Register a, Register b, Register& error) {

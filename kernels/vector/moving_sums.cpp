@@ -254,7 +254,7 @@ bool runningSums(const double* x, std::size_t length, std::size_t window, const 
 }
 
 // The largest size, infinite or NaN where something is: sizes are in the order of their bits.
-double largestOf(const double* x, std::size_t n) {
+double largestSize(const double* x, std::size_t n) {
   constexpr std::int64_t withoutSign = std::numeric_limits<std::int64_t>::max();
   EightBits most[4] = {};
   std::size_t i = 0;
@@ -285,7 +285,7 @@ bool runningGroups(const double* x, std::size_t groups, std::size_t window, cons
                    Eight* room, double* out) {
   constexpr std::size_t most = 4096;
   const std::size_t length = groups * window;
-  const double largest = largestOf(x, 8 * length + window - 1);
+  const double largest = largestSize(x, 8 * length + window - 1);
   if (window > most || !(largest > 0x1p-700 && largest < 0x1p900)) {
     return false;
   }

@@ -63,6 +63,10 @@ void squaresInLanes(const double* x, const double* w, std::size_t n, double cent
     }
   };
   for (std::size_t i = 0; i < whole; i += 16) {
+    expect(x + i);
+    if (w != nullptr) {
+      expect(w + i);
+    }
     takeAll(x + i, w + (w == nullptr ? 0 : i));
   }
   if (whole < n) {
@@ -118,6 +122,9 @@ void powersInLanes(const double* x, std::size_t n, double center, double* sums) 
   const Register c = broadcast(center);
   const std::size_t whole = n / kRows * kRows;
   for (std::size_t i = 0; i < whole; i += kRows) {
+    for (std::size_t k = 0; k < kRows; k += 16) {
+      expect(x + i + k);
+    }
     powers.take(x + i, c);
   }
   if (whole < n) {

@@ -18,6 +18,7 @@ void sumInLanes(const double* x, std::size_t n, double* lanes) {
   EightSums b;
   const std::size_t whole = n / 16 * 16;
   for (std::size_t i = 0; i < whole; i += 16) {
+    expect(x + i);
     for (int k = 0; k < kParts; ++k) {
       a.take(k, read(x + i + static_cast<std::size_t>(k) * kLanes));
       b.take(k, read(x + i + 8 + static_cast<std::size_t>(k) * kLanes));
@@ -66,6 +67,7 @@ bool sumInLanesExactly(const double* x, std::size_t n, double* lanes) {
   CheckedSums b;
   const std::size_t whole = n / 16 * 16;
   for (std::size_t i = 0; i < whole; i += 16) {
+    expect(x + i);
     for (int k = 0; k < kParts; ++k) {
       a.take(k, read(x + i + static_cast<std::size_t>(k) * kLanes));
       b.take(k, read(x + i + 8 + static_cast<std::size_t>(k) * kLanes));
@@ -104,6 +106,8 @@ bool weightedSumsInLanes(const double* x, const double* w, std::size_t n, double
   Register signs = broadcast(0.0);
   const std::size_t whole = n / 16 * 16;
   for (std::size_t i = 0; i < whole; i += 16) {
+    expect(x + i);
+    expect(w + i);
     for (int k = 0; k < kParts; ++k) {
       const std::size_t at = i + static_cast<std::size_t>(k) * kLanes;
       a.take(k, read(x + at), read(w + at), signs);
