@@ -1,51 +1,26 @@
 // Moving sums in eight lanes.
 //
-// Short windows are added up each on its own.  Of longer ones, eight blocks of the window's length
-// lie side by side, a lane each: every window is the end of a block and the beginning of the next
-// one, so nothing is ever subtracted (M. van Herk, 1992, A fast algorithm for local minimum and
-// maximum filters, for sums).  The first half of this file is compiled once for each set of
+// Short windows are added up each on its own.  Longer ones are running sums where parts of the
+// numbers can be added exactly (windows_of_parts.hpp).  Of others, eight blocks of the window's
+// length lie side by side, a lane each: every window is the end of a block and the beginning of the
+// next one, so nothing is ever subtracted (M. van Herk, 1992, A fast algorithm for local minimum
+// and maximum filters, for sums).  The first half of this file is compiled once for each set of
 // instructions, in a namespace each; the second half picks among them at run time.  All give the
 // same bits.
 #include "kernels/moving_sums.hpp"
 
-#include <bit>
 #include <cmath>
-#include <cstdint>
-#include <limits>
 #include <vector>
 
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "kernels/vector/moving_sums.cpp"
 #include "kernels/vector/each_target.hpp"
 #include "kernels/vector/transpose.hpp"
+#include "kernels/vector/windows_of_parts.hpp"
 
 HWY_BEFORE_NAMESPACE();
 namespace vexel::kernels::HWY_NAMESPACE {
 namespace {
-
-// (high + low) times the factor, off by 2^-100 before the one rounding.
-inline __attribute__((always_inline)) void scale(Eight& high, const Eight& low,
-                                                 const WindowFactor& by) {
-  const Eight sum = high + low;
-  if (by.one) {
-    high = sum;
-    return;
-  }
-  const Eight rest = low - (sum - high);
-  const Eight product = sum * by.high;
-  // As arrays, which the compiler makes vectors of: it has no fused multiply-add of its own.
-  double sums[8];
-  double products[8];
-  double lost[8];
-  __builtin_memcpy(sums, &sum, sizeof sum);
-  __builtin_memcpy(products, &product, sizeof product);
-  for (int l = 0; l < 8; ++l) {
-    lost[l] = __builtin_fma(sums[l], by.high, -products[l]);
-  }
-  Eight error;
-  __builtin_memcpy(&error, lost, sizeof error);
-  high = product + (error + (sum * by.low + rest * by.high));
-}
 
 // 8 kCount windows, each on its own; several vectors at a time, since each waits for its last sum.
 template <int kCount>
@@ -156,153 +131,6 @@ void blocks(const double* x, std::size_t window, const WindowFactor& by, Eight* 
       out[l * window + j] = columns[j][l];
     }
   }
-}
-
-using EightBits = std::int64_t __attribute__((vector_size(64)));
-
-// Numbers below 2^exponent cut in two, at places so high that sums of `window` upper parts are
-// exact, and so are those of the lower ones.  What is below both is lost.
-struct Cut {
-  double upper;
-  double lower;
-};
-
-struct Parts {
-  Eight upper;
-  Eight lower;
-};
-
-inline __attribute__((always_inline)) void cutInTwo(const Eight& x, const Cut& by, Parts& parts,
-                                                    EightBits& lost) {
-  parts.upper = (x + by.upper) - by.upper;
-  const Eight rest = x - parts.upper;
-  parts.lower = (rest + by.lower) - by.lower;
-  lost |= reinterpret_cast<EightBits>(rest - parts.lower);
-}
-
-// Columns j to j + 7 of lanes that lie `length` apart.
-inline __attribute__((always_inline)) void loadTile(const double* x, std::size_t length,
-                                                    Eight* tile) {
-  for (std::size_t l = 0; l < 8; ++l) {
-    __builtin_memcpy(&tile[l], x + l * length, sizeof(Eight));
-  }
-  transpose(tile);
-}
-
-// 8 length results of running sums, a lane each for `length` of them; room for 2 window vectors.
-// Whether something was lost.
-bool runningSums(const double* x, std::size_t length, std::size_t window, const Cut& cut,
-                 const WindowFactor& by, Eight* room, double* out) {
-  auto* const ring = reinterpret_cast<Parts*>(room);
-  Parts sum = {};
-  EightBits lost = {};
-  for (std::size_t j = 0; j + 1 < window; ++j) {
-    Eight own;
-    for (std::size_t l = 0; l < 8; ++l) {
-      own[l] = x[l * length + j];
-    }
-    cutInTwo(own, cut, ring[j], lost);
-    sum.upper += ring[j].upper;
-    sum.lower += ring[j].lower;
-  }
-  ring[window - 1] = Parts{};
-  std::size_t next = window - 1;
-  const double* const from = x + window - 1;
-  const auto step = [&](Eight & v) __attribute__((always_inline)) {
-    Parts parts;
-    cutInTwo(v, cut, parts, lost);
-    ring[next] = parts;
-    next = next + 1 == window ? 0 : next + 1;
-    Parts& first = ring[next];  // leaves the window after this result
-    sum.upper += parts.upper;
-    sum.lower += parts.lower;
-    v = sum.upper;
-    scale(v, sum.lower, by);
-    sum.upper -= first.upper;
-    sum.lower -= first.lower;
-  };
-  std::size_t j = 0;
-  for (; j + 8 <= length; j += 8) {
-    Eight tile[8];
-    loadTile(from + j, length, tile);
-    for (std::size_t l = 0; l < 8; ++l) {  // what comes after these results
-      __builtin_prefetch(from + 8 * (length + j + l));
-    }
-    for (auto& v : tile) {
-      step(v);
-    }
-    transpose(tile);
-    for (std::size_t l = 0; l < 8; ++l) {
-      __builtin_memcpy(out + l * length + j, &tile[l], sizeof(Eight));
-    }
-  }
-  for (; j < length; ++j) {
-    Eight v;
-    for (std::size_t l = 0; l < 8; ++l) {
-      v[l] = from[l * length + j];
-    }
-    step(v);
-    for (std::size_t l = 0; l < 8; ++l) {
-      out[l * length + j] = v[l];
-    }
-  }
-  std::int64_t any = 0;
-  for (std::size_t l = 0; l < 8; ++l) {
-    any |= lost[l] << 1;  // zeros have either sign
-  }
-  return any != 0;
-}
-
-// The largest size, infinite or NaN where something is: sizes are in the order of their bits.
-double largestSize(const double* x, std::size_t n) {
-  constexpr std::int64_t withoutSign = std::numeric_limits<std::int64_t>::max();
-  EightBits most[4] = {};
-  std::size_t i = 0;
-  for (; i + 32 <= n; i += 32) {
-    for (std::size_t k = 0; k < 4; ++k) {
-      EightBits bits;
-      __builtin_memcpy(&bits, x + i + 8 * k, sizeof bits);
-      bits &= withoutSign;
-      most[k] = bits > most[k] ? bits : most[k];
-    }
-  }
-  std::int64_t largest = 0;
-  for (; i < n; ++i) {
-    const std::int64_t bits = std::bit_cast<std::int64_t>(x[i]) & withoutSign;
-    largest = bits > largest ? bits : largest;
-  }
-  for (const EightBits& bits : most) {
-    for (std::size_t l = 0; l < 8; ++l) {
-      largest = bits[l] > largest ? bits[l] : largest;
-    }
-  }
-  return std::bit_cast<double>(largest);
-}
-
-// Results of as many groups as fit running sums, from the first on: true, or false where they are
-// not for this: they have to be finite, and far above what gets lost.
-bool runningGroups(const double* x, std::size_t groups, std::size_t window, const WindowFactor& by,
-                   Eight* room, double* out) {
-  constexpr std::size_t most = 4096;
-  const std::size_t length = groups * window;
-  const double largest = largestSize(x, 8 * length + window - 1);
-  if (window > most || !(largest > 0x1p-700 && largest < 0x1p900)) {
-    return false;
-  }
-  const int exponent = __builtin_ilogb(largest) + 1;
-  const int bits = __builtin_ilogb(static_cast<double>(window)) + 2;
-  const Cut cut = {__builtin_ldexp(1.5, exponent + bits),
-                   __builtin_ldexp(1.5, exponent + 2 * bits - 53)};
-  if (!runningSums(x, length, window, cut, by, room, out)) {
-    return true;
-  }
-  // At most 2^(exponent + 3 bits - 106) of a sum is lost.
-  const double least = __builtin_ldexp(by.one ? 1.0 : by.high, exponent + 3 * bits - 50);
-  int small = 0;
-  for (std::size_t i = 0; i < 8 * length; ++i) {
-    small += static_cast<int>(!(__builtin_fabs(out[i]) >= least));
-  }
-  return small == 0;
 }
 
 void allBlocks(const double* x, std::size_t groups, std::size_t window, const WindowFactor& by,

@@ -168,6 +168,10 @@ void productsInLanes(const double* x, const double* y, std::size_t n, double xCe
   const Register cy = broadcast(yCenter);
   const std::size_t whole = n / kRows * kRows;
   for (std::size_t i = 0; i < whole; i += kRows) {
+    for (std::size_t k = 0; k < kRows; k += 16) {
+      expect(x + i + k);
+      expect(y + i + k);
+    }
     sums.take(x + i, y + i, cx, cy);
   }
   if (whole < n) {
