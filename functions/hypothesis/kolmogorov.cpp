@@ -138,7 +138,9 @@ double within(std::size_t n, double d) {
 }  // namespace
 
 double kolmogorovTail(std::size_t n, double d) {
-  constexpr double rareBoth = 2.2;  // n d^2 beyond which both sides together are a correction
+  // n d^2 beyond which both sides together are a correction, with an error below 1e-11 of the
+  // result up to 1000 points and 5e-9 beyond.
+  const double rareBoth = n > 1000 ? 2.2 : 4;
   constexpr std::size_t manyPoints = 4000;
   const auto size = static_cast<double>(n);
   if (std::isnan(d) || n == 0) {

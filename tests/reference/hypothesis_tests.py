@@ -88,3 +88,5 @@ for n in (4, 16, 64, 128):
     for d in (Fraction(1, 16), Fraction(5, 32), Fraction(3, 8), Fraction(75, 128), Fraction(29, 32)):
         if 2 * n * d > 1:
             kolmogorov(n, d)
+for d in (Fraction(5, 64), Fraction(7, 64), Fraction(1, 8), Fraction(9, 64)):  # where the ways to compute it meet
+    kolmogorov(256, d)
