@@ -10,6 +10,8 @@
 #   make docs      the reference site, build/site/index.html: guide, Python, C++, language, entry points, with search
 #   make gallery   run the examples and write docs/gallery.md
 #   make tidy      clang-tidy over the product and its kernels; every finding is an error
+#   make clang     the product, built by Clang without a warning
+#   make fuzz SECONDS=300   the fuzz targets, sharing that time
 #   make format    format the sources; make format-check: fail where they are not
 #   make install PREFIX=/usr/local
 
@@ -18,7 +20,7 @@ JOBS ?= $(shell nproc)
 CTEST_FLAGS ?= --output-on-failure -j $(JOBS)
 SOURCES = git ls-files '*.cpp' '*.hpp' '*.h'
 
-.PHONY: all packages build demo check asan tsan bench bench-peers docs gallery accuracy tidy format format-check install clean
+.PHONY: all packages build demo check asan tsan bench bench-peers docs gallery accuracy tidy clang fuzz format format-check install clean
 
 all: build
 
@@ -75,11 +77,23 @@ accuracy: build
 	@PATH=/usr/bin:$$PATH python3 bench/accuracy/accuracy_report.py build/lib/libnag2.so build/bin/vexel --markdown
 	@PATH=/usr/bin:$$PATH python3 bench/accuracy/functions_report.py build/lib include
 
-TIDY = git ls-files 'stats/src/*.cpp' 'kernels/sorting/*.cpp' 'kernels/descriptive/*.cpp' 'kernels/tallies/*.cpp' \
-	'kernels/smoothing/*.cpp' 'kernels/density/*.cpp' 'kernels/classic/*.cpp'
+TIDY = git ls-files 'stats/src/*.cpp' 'kernels/*.cpp'
 
 tidy: build
+	@scripts/install-packages check
 	@$(TIDY) | xargs -P $(JOBS) -n 8 clang-tidy -p build --quiet --extra-arg=-Wno-unknown-warning-option
+
+clang: packages
+	@scripts/install-packages fuzz
+	@cmake --preset clang >/dev/null
+	@cmake --build --preset clang -j $(JOBS) --target vexel stats_hw
+
+SECONDS ?= 300
+fuzz:
+	@scripts/install-packages fuzz
+	@cmake --preset fuzz >/dev/null
+	@cmake --build --preset fuzz -j $(JOBS) --target fuzz_calls fuzz_language
+	@scripts/fuzz build-fuzz/bin $(SECONDS)
 
 format:
 	@$(SOURCES) | xargs clang-format -i
