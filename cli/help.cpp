@@ -26,11 +26,11 @@ void printOverview() {
   for (const ReferencePage& page : referencePages()) {
     std::istringstream in(page.introduction);
     for (std::string row; page.name == "README" && std::getline(in, row);) {
-      const std::size_t name = row.find("| [");
-      const std::size_t nameEnd = row.find("](");
+      const std::size_t name = row.find("](");
+      const std::size_t nameEnd = row.find(".md) | ");
       const std::size_t what = row.find(") | ");
-      if (name == 0 && what != std::string::npos) {
-        std::string key = "  ?" + row.substr(3, nameEnd - 3);
+      if (row.starts_with("| [") && nameEnd != std::string::npos) {
+        std::string key = "  ?" + row.substr(name + 2, nameEnd - name - 2);
         key.resize(18, ' ');
         std::cout << key << row.substr(what + 4, row.rfind(" |") - what - 4) << '\n';
       }
@@ -61,32 +61,90 @@ bool printPage(const std::string& name) {
 // What users of other systems ask for, in words of these pages.
 std::string_view inOwnWords(std::string_view topic) {
   constexpr std::pair<std::string_view, std::string_view> kWords[] = {
-      {"std", "standard deviation"},
-      {"sd", "standard deviation"},
-      {"stdev", "standard deviation"},
-      {"var", "variance"},
-      {"ttest", "student"},
-      {"t test", "student"},
-      {"t-test", "student"},
+      {"sd", "std"},
+      {"stdev", "std"},
+      {"stddev", "std"},
+      {"variance", "var"},
+      {"avg", "mean"},
+      {"average", "mean"},
+      {"mad", "median_absolute_deviation"},
+      {"percentile", "quantile"},
+      {"prctile", "quantile"},
+      {"summary", "describe"},
+      {"len", "count"},
+      {"length", "count"},
+      {"size", "count"},
+      {"cor", "corr"},
+      {"correlation", "corr"},
       {"linear regression", "covariance"},
       {"regression", "covariance"},
       {"lm", "covariance"},
-      {"correlation", "covariance"},
-      {"cor", "covariance"},
-      {"hist", "tally"},
-      {"histogram", "tally"},
-      {"percentile", "quantile"},
-      {"shapiro", "Shapiro"},
-      {"kde", "KernelDensity"},
-      {"avg", "mean"},
-      {"average", "mean"},
-      {"mad", "MedianDeviation"}};
+      {"ttest", "t_test"},
+      {"t test", "t_test"},
+      {"t-test", "t_test"},
+      {"kstest", "ks_test"},
+      {"chisq", "chi_square_test"},
+      {"rolling", "moving"},
+      {"rollmean", "moving"},
+      {"cumsum", "cumulative"},
+      {"cumprod", "cumulative"},
+      {"acf", "autocorrelation"},
+      {"hist", "histogram"},
+      {"bincount", "tally"},
+      {"value_counts", "tally"},
+      {"boxplot", "five_number"},
+      {"chart", "plot"},
+      {"graph", "plot"},
+      {"figure", "plot"},
+      {"scatter", "plot"},
+      {"scatterplot", "plot"},
+      {"lines", "plot"},
+      {"errorbar", "plot"},
+      {"svg", "plot"},
+      {"png", "plot"},
+      {"gnuplot", "plot"},
+      {"subplot", "picture"},
+      {"dnorm", "pdf"},
+      {"pnorm", "cdf"},
+      {"qnorm", "ppf"},
+      {"rnorm", "normal"},
+      {"runif", "uniform"},
+      {"gaussian", "Normal"},
+      {"rand", "uniform"},
+      {"seed", "randomize"},
+      {"set.seed", "randomize"},
+      {"fsolve", "find_root"},
+      {"uniroot", "find_root"},
+      {"solve", "find_root"},
+      {"derivative", "diff"},
+      {"quad", "integrate"},
+      {"integral", "integrate"},
+      {"sprintf", "format"},
+      {"paste", "cat"},
+      {"strcat", "cat"},
+      {"read", "ReadCSV"},
+      {"load", "ReadCSV"},
+      {"import", "ReadCSV"},
+      {"write", "WriteCSV"},
+      {"export", "WriteCSV"},
+      {"save", "WriteCSV"},
+      {"function", "proc"},
+      {"def", "proc"},
+      {"lambda", "proc"},
+      {"exit", "quit"}};
   for (const auto& [foreign, own] : kWords) {
     if (foreign == topic) {
       return own;
     }
   }
   return topic;
+}
+
+void printEntry(const ReferenceEntry& entry) {
+  for (const std::string& heading : entry.headings) {
+    std::cout << heading << '\n';
+  }
+  std::cout << entry.text;
 }
 
 // For a topic that is no name: what mentions it, or a word of it, or a name that is spelled alike.
@@ -121,16 +179,18 @@ std::string helpTopic(const std::string& line) {
   return topic;
 }
 
-void printHelp(const std::string& topic, const std::vector<std::string>& sessionNames) {
+bool printHelp(const std::string& topic, const std::vector<std::string>& sessionNames) {
+  bool known = true;
   if (topic.empty()) {
     printOverview();
-  } else if (printPage(isKeyword(topic) ? "language" : topic)) {
+  } else if (printPage(isKeyword(inOwnWords(topic)) ? "language" : topic)) {
     // done
+  } else if (const auto own = findReference(std::string(inOwnWords(topic)));
+             inOwnWords(topic) != topic && own.size() == 1) {
+    std::cout << topic << " is " << inOwnWords(topic) << " here\n\n";
+    printEntry(own.front());
   } else if (const auto named = findReference(topic); named.size() == 1) {
-    for (const std::string& heading : named.front().headings) {
-      std::cout << heading << '\n';
-    }
-    std::cout << named.front().text;
+    printEntry(named.front());
   } else if (!named.empty()) {
     printHeadings(named);
   } else if (!sessionNames.empty()) {
@@ -139,6 +199,8 @@ void printHelp(const std::string& topic, const std::vector<std::string>& session
     }
   } else {
     printNearest(topic);
+    known = false;
   }
   std::cout.flush();
+  return known;
 }

@@ -8,5 +8,6 @@
 std::string helpTopic(const std::string& line);
 
 // The entry of a name, a page, or the entries whose names contain or texts mention the topic; an
-// overview for none.  sessionNames are names without an entry that contain it.
-void printHelp(const std::string& topic, const std::vector<std::string>& sessionNames);
+// overview for none.  sessionNames are names without an entry that contain it.  False where the
+// topic is no name.
+bool printHelp(const std::string& topic, const std::vector<std::string>& sessionNames);

@@ -1,4 +1,4 @@
-// Where the statistics library is, from where the command is.
+// Where the statistics library and the examples are, from where the command is.
 
 #include "library_path.hpp"
 
@@ -21,4 +21,17 @@ std::string findStatisticsLibrary() {
     }
   }
   return kName;
+}
+
+std::string findExamples() {
+  namespace fs = std::filesystem;
+  std::error_code error;
+  const fs::path directory = fs::read_symlink("/proc/self/exe", error).parent_path();
+  for (const fs::path& candidate :
+       {directory / ".." / VEXEL_DATA_DIRECTORY / "vexel" / "examples", fs::path(VEXEL_EXAMPLES)}) {
+    if (fs::exists(candidate / "quantiles.vexel", error)) {
+      return candidate.lexically_normal().string();
+    }
+  }
+  return "";
 }

@@ -1,4 +1,4 @@
-// Where the statistics library is.
+// Where what belongs to the command is.
 #pragma once
 
 #include <string>
@@ -7,3 +7,7 @@
 // command's own directory (or the multiarch directory the install put it in), else the command's
 // directory, else the bare name for the loader's search path.
 std::string findStatisticsLibrary();
+
+// The folder of the examples: ../share/vexel/examples seen from the command, or that of the sources
+// it was built from; empty where there is neither.
+std::string findExamples();

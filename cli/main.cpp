@@ -5,13 +5,9 @@
 #include <csignal>
 #include <cstdlib>
 #include <exception>
-#include <filesystem>
-#include <fstream>
 #include <iostream>
-#include <iterator>
 #include <optional>
 #include <string>
-#include <string_view>
 #include <vexel/kernel.hpp>
 #include <vexel/session.hpp>
 
@@ -20,30 +16,11 @@
 #include "prompt.hpp"
 #include "runner.hpp"
 #include "stream/command.hpp"
+#include "tools.hpp"
 
 namespace {
 
 void onInterrupt(int) { vexel::Kernel::interrupt(); }
-
-// The text of a file, or of standard input for "-"; nothing when it cannot be read.
-std::optional<std::string> readAll(const std::string& path) {
-  if (path == "-") {
-    return std::string(std::istreambuf_iterator<char>(std::cin), {});
-  }
-  std::ifstream in(path, std::ios::binary);
-  if (!in || std::filesystem::is_directory(path)) {
-    return std::nullopt;
-  }
-  std::string text(std::istreambuf_iterator<char>(in), {});
-  if (in.bad()) {
-    return std::nullopt;
-  }
-  constexpr std::string_view kByteOrderMark = "\xef\xbb\xbf";
-  if (text.starts_with(kByteOrderMark)) {
-    text.erase(0, kByteOrderMark.size());
-  }
-  return text;
-}
 
 // Runs the inputs in order; false when a file cannot be read.
 bool runInputs(Runner& runner, const Options& options) {
@@ -79,6 +56,9 @@ int main(int argc, char** argv) {
   }
   Options options;
   if (const std::optional<int> status = readCommandLine(argc, argv, options)) {
+    return *status;
+  }
+  if (const std::optional<int> status = runTool(options)) {
     return *status;
   }
   if (options.inputs.empty() && !options.prompt) {

@@ -69,12 +69,26 @@ std::optional<int> readCommandLine(int argc, char** argv, Options& options) {
   app.add_flag("--quiet", options.quiet, "no banner, no hints");
   app.add_option("--library", options.library, "load this statistics library")->type_name("PATH");
 
+  app.add_option("--explain", options.explain, "explain NAME, as ?NAME does at the prompt")
+      ->type_name("NAME");
+  std::string example;
+  const CLI::Option* exampleOption =
+      app.add_option("--example", example, "show the example NAME; without NAME list them")
+          ->type_name("[NAME]")
+          ->expected(0, 1);
+  CLI::Option* format =
+      app.add_flag("--format", options.format, "print the files indented and spaced; run nothing");
+  app.add_flag("--write", options.write, "with --format: write the files instead")->needs(format);
+
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& e) {
     return app.exit(e) == 0 ? kSuccess : kBadUsage;
   }
   options.inputs = inOrder(app, filesOption, textsOption);
+  if (exampleOption->count() > 0) {
+    options.example = example;
+  }
   if (seedOption->count() > 0) {
     options.seed = seedFromText(seed);
     if (!options.seed) {

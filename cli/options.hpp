@@ -18,7 +18,11 @@ struct Options {
   bool json = false;       // values and errors as JSON lines on standard output
   bool keepGoing = false;  // after an error go on with the next statement
   bool quiet = false;
-  bool strict = false;  // calling an undefined name is an error
+  bool strict = false;                 // calling an undefined name is an error
+  bool format = false;                 // lay the files out instead of running them
+  bool write = false;                  // in place
+  std::optional<std::string> explain;  // a name to explain
+  std::optional<std::string> example;  // an example to show; empty: list them
   std::optional<std::uint64_t> seed;
   std::string library;  // empty: the one installed beside the command
 };

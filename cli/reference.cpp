@@ -58,6 +58,10 @@ std::string plainName(std::string_view heading) {
   return lowerCase(name);
 }
 
+bool isEntryPoint(std::string_view name) {
+  return name.starts_with("STATS_") || name.starts_with("Vexel");
+}
+
 template <typename Matches>
 std::vector<ReferenceEntry> entriesWhere(Matches matches) {
   std::vector<ReferenceEntry> found;
@@ -151,7 +155,11 @@ std::string similarName(const std::string& name) {
   for (const ReferencePage& page : referencePages()) {
     for (const ReferenceEntry& entry : page.entries) {
       for (const std::string& heading : entry.headings) {
-        if (const std::size_t d = editDistance(wanted, plainName(heading)); d < least) {
+        // Of names equally near the one that is an entry point or none, as the name asked for.
+        const std::size_t d = editDistance(wanted, plainName(heading));
+        const bool sameKind = isEntryPoint(heading) == isEntryPoint(name);
+        if (d < least || (d == least && !similar.empty() && sameKind &&
+                          isEntryPoint(similar) != isEntryPoint(name))) {
           least = d;
           similar = heading.substr(0, heading.find('('));
         }

@@ -83,15 +83,16 @@ void Parser::fail(const std::string& message) {
     // The whole character, which may be several bytes.
     std::string_view rest = text_.substr(token.offset);
     rest = rest.substr(0, std::max<std::size_t>(utf8Length(rest), 1));
-    throw SyntaxError{
-        std::string(token.text) + (unterminated ? "" : " '" + std::string(rest) + "'"),
-        token.position, unterminated};
+    throw SyntaxError{std::string(token.text) +
+                          (unterminated ? "" : " '" + std::string(rest) + "'" + hint(message)),
+                      token.position, unterminated};
   }
   if (token.kind == TokenKind::end) {
     throw SyntaxError{message + ", found the end of the text", token.position, true};
   }
-  throw SyntaxError{message + ", found '" + std::string(token.text.substr(0, 40)) + "'",
-                    token.position, false};
+  throw SyntaxError{
+      message + ", found '" + std::string(token.text.substr(0, 40)) + "'" + hint(message),
+      token.position, false};
 }
 
 bool Parser::atEnd() const { return peek().kind == TokenKind::end; }

@@ -47,6 +47,7 @@ class Parser {
   void expectSymbol(std::string_view text);
   void expectKeyword(std::string_view text);
   [[noreturn]] void fail(const std::string& message);
+  std::string hint(std::string_view message) const;
 
   Node* statement();
   Node* statementList();

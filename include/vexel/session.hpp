@@ -3,6 +3,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -75,6 +76,10 @@ std::string displayed(const Value& value, bool shorten);
 // What to do with the values of statements that end with ';' in a script that another one reads; at
 // first they are dropped.
 void onShown(Kernel& kernel, std::function<void(const Value&)> show);
+
+// The text with its lines indented and its tokens spaced; nothing where it has characters that are
+// none of the language's.
+std::optional<std::string> formatted(std::string_view text);
 
 // Names that are assigned or known, for completion.
 std::vector<std::string> knownNames(Kernel& kernel);

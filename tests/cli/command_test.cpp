@@ -306,6 +306,35 @@ TEST_F(CommandTest, PngPicturesNeedAWorkingGnuplot) {
   EXPECT_FALSE(std::filesystem::exists(folder() / "b"));
 }
 
+TEST_F(CommandTest, ExplainsNamesSynonymsAndMisspellings) {
+  EXPECT_THAT(run("--explain quantile").out, testing::StartsWith("quantile(x, q;"));
+  EXPECT_THAT(run("--explain sd").out, testing::StartsWith("sd is std here\n\nstd(x;"));
+  const Outcome misspelled = run("--explain mead");
+  EXPECT_THAT(misspelled.out, HasSubstr("?mean is spelled alike"));
+  EXPECT_EQ(misspelled.status, 1);
+  // What foreign words lead to has a name, too.
+  for (const char* word : {"graph", "percentile", "rolling", "lambda", "uniroot", "hist", "exit"}) {
+    EXPECT_EQ(run(std::string("--explain ") + word).status, 0) << word;
+  }
+}
+
+TEST_F(CommandTest, ExamplesRunFromAnywhere) {
+  EXPECT_THAT(run("--example").out, HasSubstr("  quantiles  "));
+  const Outcome script = run("--example quantiles");
+  EXPECT_THAT(run("-", script.out).out, HasSubstr("Annual precipitation"));
+  EXPECT_EQ(run("--example no_such").status, 2);
+}
+
+TEST_F(CommandTest, FormatsScripts) {
+  EXPECT_EQ(run("--format", "x:=1;  # one\n").out, "x := 1;  # one\n");
+  const std::string script = file("a.vexel", "if x>1 then\ny:=2\nend;");
+  EXPECT_EQ(run("--format --write " + script).out, "");
+  EXPECT_EQ(contents(script), "if x > 1 then\n  y := 2\nend;\n");
+  EXPECT_EQ(run("--format", "a ~ b").status, 1);
+  EXPECT_EQ(run("--format /no/such/file").status, 2);
+  EXPECT_EQ(run("--write " + script).status, 2);
+}
+
 // Memory that runs out is the statement's error, and the next statement has it again.
 TEST_F(CommandTest, MemoryThatRunsOutEndsTheStatementAlone) {
 #if !defined(__SANITIZE_ADDRESS__)
