@@ -13,6 +13,7 @@
 #include "builtins/plot/sources.hpp"
 #include "mathematics/elementwise.hpp"
 #include "values/errors.hpp"
+#include "values/frames.hpp"
 #include "values/utf8.hpp"
 
 namespace vexel {
@@ -180,6 +181,13 @@ class Sorter {
       drawn.range = x;
     } else if (const auto* picture = objectOf<PictureObject>(x)) {
       drawn.pictures.push_back(picture);
+    } else if (isFrame(x)) {
+      for (const ALGEB heading : headingsOf(x)) {  // its columns of numbers
+        const ALGEB column = columnOf(state_, x, heading);
+        if (isMachineArray(column)) {
+          drawn.sources.push_back({.x = column, .label = shown(plainText(state_, heading))});
+        }
+      }
     } else if (isFlat(state_, x)) {
       takeColumn(x);
     } else {
