@@ -34,9 +34,9 @@ enum class Shift { follows, ignores, other };
 struct Statistic {
   std::string name;
   std::function<double(Data x, Data w, Missing missing)> of;
-  int scale;
-  Shift shift;
-  double ulps;  // of the references
+  int scale = 0;
+  Shift shift = Shift::other;
+  double ulps = 0;  // of the references
 };
 
 const Vector& partner() {
@@ -59,6 +59,25 @@ auto withPartner(double (*f)(Data, Data, const Options&), Options options) {
   };
 }
 
+// How it behaves: tests/python/properties_test.py reads the same table.
+void readProperties(Statistic& s) {
+  std::ifstream in(std::string(TEST_DATA_DIR) + "/statistic_properties.txt");
+  for (std::string line; std::getline(in, line);) {
+    std::istringstream fields(line);
+    std::string name;
+    std::string shift;
+    std::getline(fields, name, ';');
+    if (name == s.name) {
+      fields >> s.scale >> shift >> s.ulps;
+      s.shift = shift == "follows"   ? Shift::follows
+                : shift == "ignores" ? Shift::ignores
+                                     : Shift::other;
+      return;
+    }
+  }
+  throw std::logic_error("no properties of " + s.name);
+}
+
 const std::vector<Statistic>& statistics() {
   static const std::vector<Statistic> all = [] {
     std::vector<Statistic> s;
@@ -67,26 +86,20 @@ const std::vector<Statistic>& statistics() {
         return vexel::mean(x, {.weights = w, .kind = kind, .missing = m});
       };
     };
-    s.push_back({"mean", meanOf(Mean::arithmetic), 1, Shift::follows, 0.51});
-    s.push_back({"quadratic", meanOf(Mean::quadratic), 1, Shift::other, 1});
-    s.push_back({"harmonic", meanOf(Mean::harmonic), 1, Shift::other, 1});
-    s.push_back({"geometric", meanOf(Mean::geometric), 1, Shift::other, 2});
-    s.push_back({"trimmed_mean",
-                 [](Data x, Data w, Missing m) {
+    s.push_back({"mean", meanOf(Mean::arithmetic)});
+    s.push_back({"quadratic", meanOf(Mean::quadratic)});
+    s.push_back({"harmonic", meanOf(Mean::harmonic)});
+    s.push_back({"geometric", meanOf(Mean::geometric)});
+    s.push_back({"trimmed_mean", [](Data x, Data w, Missing m) {
                    return vexel::trimmed_mean(x, {0.1, 0.2}, {w, m});
-                 },
-                 1, Shift::follows, 1});
-    s.push_back({"winsorized_mean",
-                 [](Data x, Data w, Missing m) {
+                 }});
+    s.push_back({"winsorized_mean", [](Data x, Data w, Missing m) {
                    return vexel::winsorized_mean(x, 0.15, {w, m});
-                 },
-                 1, Shift::follows, 1});
+                 }});
     for (const int order : {2, 3, 4, 7}) {
-      s.push_back({"moment" + std::to_string(order),
-                   [=](Data x, Data w, Missing m) {
+      s.push_back({"moment" + std::to_string(order), [=](Data x, Data w, Missing m) {
                      return vexel::moment(x, order, {.weights = w, .missing = m});
-                   },
-                   order, Shift::ignores, 12});
+                   }});
     }
     s.push_back(
         {"var",
@@ -97,73 +110,52 @@ const std::vector<Statistic>& statistics() {
          [](Data x, Data w, Missing m) { return vexel::std(x, {.weights = w, .missing = m}); }, 1,
          Shift::ignores, 1});
     for (const bool bias : {true, false}) {
-      s.push_back({bias ? "skewness" : "G1",
-                   [=](Data x, Data w, Missing m) {
+      s.push_back({bias ? "skewness" : "G1", [=](Data x, Data w, Missing m) {
                      return vexel::skewness(x, {w, bias, m});
-                   },
-                   0, Shift::ignores, 12});
-      s.push_back({bias ? "kurtosis" : "G2",
-                   [=](Data x, Data w, Missing m) {
+                   }});
+      s.push_back({bias ? "kurtosis" : "G2", [=](Data x, Data w, Missing m) {
                      return vexel::kurtosis(x, {w, bias, m});
-                   },
-                   0, Shift::ignores, 12});
+                   }});
     }
     for (const vexel::Center center : {vexel::Center::mean, vexel::Center::median}) {
       s.push_back({center == vexel::Center::mean ? "mean_absolute_deviation" : "about the median",
                    [=](Data x, Data w, Missing m) {
                      return vexel::mean_absolute_deviation(x, {w, center, m});
-                   },
-                   1, Shift::ignores, 1});
+                   }});
     }
-    s.push_back({"median_absolute_deviation",
-                 [](Data x, Data w, Missing m) {
+    s.push_back({"median_absolute_deviation", [](Data x, Data w, Missing m) {
                    return vexel::median_absolute_deviation(x, {w, 1.0, m});
-                 },
-                 1, Shift::ignores, 1});
+                 }});
     for (int method = 0; method < 9; ++method) {
-      s.push_back({"quantile " + std::to_string(method),
-                   [=](Data x, Data w, Missing m) {
+      s.push_back({"quantile " + std::to_string(method), [=](Data x, Data w, Missing m) {
                      return vexel::quantile(x, 0.3, {w, static_cast<QuantileMethod>(method), m});
-                   },
-                   1, Shift::follows, 1});
+                   }});
     }
-    s.push_back({"median",
-                 [](Data x, Data w, Missing m) {
-                   return vexel::median(x, {w, m});
-                 },
-                 1, Shift::follows, 1});
+    s.push_back({"median", [](Data x, Data w, Missing m) { return vexel::median(x, {w, m}); }});
     s.push_back(
         {"iqr",
          [](Data x, Data w, Missing m) { return vexel::iqr(x, {.weights = w, .missing = m}); }, 1,
          Shift::ignores, 1});
-    s.push_back({"order_statistic",
-                 [](Data x, Data w, Missing m) {
+    s.push_back({"order_statistic", [](Data x, Data w, Missing m) {
                    return vexel::order_statistic(x, 1, {w, m});
-                 },
-                 1, Shift::follows, 1});
-    s.push_back({"lower_hinge",
-                 [](Data x, Data w, Missing m) {
+                 }});
+    s.push_back({"lower_hinge", [](Data x, Data w, Missing m) {
                    return vexel::five_number(x, {w, m}).lower_hinge;
-                 },
-                 1, Shift::follows, 1});
-    s.push_back({"upper_hinge",
-                 [](Data x, Data w, Missing m) {
+                 }});
+    s.push_back({"upper_hinge", [](Data x, Data w, Missing m) {
                    return vexel::five_number(x, {w, m}).upper_hinge;
-                 },
-                 1, Shift::follows, 1});
-    s.push_back({"describe",
-                 [](Data x, Data w, Missing m) {
+                 }});
+    s.push_back({"describe", [](Data x, Data w, Missing m) {
                    return vexel::describe(x, {w, m}).max;
-                 },
-                 1, Shift::follows, 1});
-    s.push_back(
-        {"cov", withPartner<vexel::CovarianceOptions>(vexel::cov, {}), 1, Shift::ignores, 4});
+                 }});
+    s.push_back({"cov", withPartner<vexel::CovarianceOptions>(vexel::cov, {})});
     for (const auto& [name, method] : {std::pair{"pearson", Correlation::pearson},
                                        {"spearman", Correlation::spearman},
                                        {"kendall", Correlation::kendall}}) {
       s.push_back({name, withPartner<vexel::CorrelationOptions>(vexel::corr, {.method = method}), 0,
                    Shift::ignores, 4});
     }
+    std::for_each(s.begin(), s.end(), readProperties);
     return s;
   }();
   return all;
