@@ -214,3 +214,24 @@ def test_roots():
     assert vx.find_integer(lambda k: k, None, None, target=-5.5) == -5
     k = vx.find_integer(vx.Binomial(100, 0.3).cdf, 0, 100, target=0.5)
     assert k == vx.Binomial(100, 0.3).quantile(0.5) and type(k) is int
+
+
+@pytest.mark.parametrize("name", ["_core", "_host"])
+def test_stubs_name_what_is_there(name):
+    import ast
+    import importlib
+    import pathlib
+
+    module = importlib.import_module(f"vexel.{name}")
+    tree = ast.parse(pathlib.Path(vx.__file__).with_name(f"{name}.pyi").read_text())
+
+    def names(body):
+        return {n.name for n in body if isinstance(n, (ast.FunctionDef, ast.ClassDef))} | \
+            {n.target.id for n in body if isinstance(n, ast.AnnAssign)}
+
+    plain = {n for n in names(tree.body) if not n.startswith("__")}
+    assert plain == {n for n in dir(module) if not n.startswith("__")}
+    for found in tree.body:
+        if isinstance(found, ast.ClassDef):
+            own = {n for n in vars(getattr(module, found.name)) if not n.startswith("__") and n != "_pybind11_conduit_v1_"}
+            assert {n for n in names(found.body) if not n.startswith("__")} == own, found.name
