@@ -231,12 +231,18 @@ ALGEB frameSelection(State& state, ALGEB x, std::span<const ALGEB> index) {
   if (index.size() > 2) {
     raise(state, "a table takes one or two indices, received: %1", sequenceOf(state, index));
   }
+  Handles kept(state);
+  kept.push(x);
   const ALGEB last = index.back();
   if (index.size() == 2 && !areHeadings(state, last)) {
     return indexed(state, columnOf(state, x, last), index.first(1));
   }
   if (index.size() == 2) {
-    return frameSelection(state, frameSelection(state, x, index.first(1)), index.last(1));
+    const ALGEB rows = selectsSeveral(index[0]) && !areHeadings(state, index[0])
+                           ? index[0]
+                           : newList(state, index.first(1));
+    const std::vector<V_INT> places = placesOf(state, {1, frame(x).rows}, rows);
+    return frameSelection(state, takeRows(state, x, places), index.last(1));
   }
   if (areHeadings(state, last)) {
     const ALGEB result = newFrame(state, frame(x).rows);

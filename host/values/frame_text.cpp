@@ -128,6 +128,8 @@ std::string frameText(State& state, ALGEB x) {
   }
   std::vector<Lines> columns;
   std::size_t width = 0;
+  Handles kept(state);
+  kept.push(x);  // the entries are copies
   const auto entries = frame(x).entries();
   for (const auto& [heading, column] : entries) {
     Lines lines = linesOf(state, heading, column, rows);

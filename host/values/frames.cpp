@@ -79,7 +79,7 @@ ALGEB headingOf(State& state, ALGEB x) {
   if (is(x, Tag::function)) {
     return string(state, machineFunction(x).name);
   }
-  raise(state, "expected the name of a column, received: %1", x);
+  raise(state, "expected the name of a column, in quotes where it has a value, received: %1", x);
 }
 
 std::vector<ALGEB> headingsOf(ALGEB x) {
@@ -181,6 +181,8 @@ ALGEB takeElements(State& state, ALGEB column, std::span<const std::int64_t> pla
 
 ALGEB takeRows(State& state, ALGEB x, std::span<const std::int64_t> places) {
   const ALGEB result = newFrame(state, static_cast<std::int64_t>(places.size()));
+  Handles kept(state);
+  kept.push(x);  // the entries are copies
   for (const auto& [heading, column] : frame(x).entries()) {
     lookAtInterrupt();
     frame(result).assign(heading, takeElements(state, column, places));

@@ -77,7 +77,8 @@ Call::Call(State& state, const Signature& signature, ALGEB args, void* context)
       signature_(signature),
       values_(signature.parameters.size(), nullptr),
       args_(args),
-      context_(context) {
+      context_(context),
+      kept_(state) {
   const std::size_t n = isNull(args) ? 0 : argumentCount(args);
   std::size_t next = 0;
   for (std::size_t i = 1; i <= n; ++i) {
@@ -86,8 +87,9 @@ Call::Call(State& state, const Signature& signature, ALGEB args, void* context)
     ALGEB given = x;
     if (isEquation(x) && is(operand(x, 1), Tag::name)) {
       const std::string_view name = vexel::text(operand(x, 1));
-      const auto found = std::find_if(signature.parameters.begin(), signature.parameters.end(),
-                                      [&](const Parameter& p) { return p.name == name; });
+      const auto found = std::find_if(
+          signature.parameters.begin(), signature.parameters.end(),
+          [&](const Parameter& p) { return p.name == name && !(signature.open && p.byPosition); });
       if (found == signature.parameters.end() && signature.open) {
         others_.emplace_back(operand(x, 1), operand(x, 2));
         continue;

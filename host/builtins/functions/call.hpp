@@ -2,8 +2,9 @@
 //
 // A function is a row: its name, its parameters as they are written in the help, a line of what it
 // does and a body.  Parameters before the semicolon may be given by position or as equations, those
-// after it as equations only; "= value" makes one optional, and "..." among the latter takes
-// equations with any other name.  A body asks for its arguments by name and kind.
+// after it as equations only; "= value" makes one optional.  "..." among the latter takes equations
+// with any other name, those of the parameters before the semicolon too.  A body asks for its
+// arguments by name and kind.
 #pragma once
 
 #include <deque>
@@ -69,6 +70,12 @@ class Call {
   // What the row was defined with.
   void* context() const { return context_; }
 
+  // Keeps what a body has made alive as long as the call.
+  ALGEB keep(ALGEB x) {
+    kept_.push(x);
+    return x;
+  }
+
   // Numbers of a list, an array of any type or a range, without a copy where they lie in memory as
   // such; Data() where the parameter is not given.  Valid as long as the call.
   Data data(std::string_view parameter);
@@ -122,6 +129,7 @@ class Call {
   std::vector<ALGEB> values_;  // live in the argument sequence, which the caller holds
   ALGEB args_;
   void* context_;
+  Handles kept_;
   std::vector<Named> others_;  // in the argument sequence, too
   std::deque<std::vector<double>> converted_;
   std::optional<std::vector<Random>> own_;

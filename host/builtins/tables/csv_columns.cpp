@@ -177,7 +177,7 @@ std::uint32_t TextPool::number(std::string_view text) {
 
 void CsvColumn::becomeText(const Scanner::Cell& cell, std::size_t record) {
   turning_ = {1, record, std::string(cell.text.substr(0, 60))};
-  numbersBefore_ = static_cast<std::size_t>(
+  numbers_ = static_cast<std::size_t>(
       std::count_if(values_.begin(), values_.end(), [](double v) { return !std::isnan(v); }));
   again_ = values_.size();
   codes_.assign(again_, 0);
@@ -219,6 +219,9 @@ bool CsvColumn::add(const Scanner::Cell& cell, std::size_t record, const CellRul
       pool_ = std::make_unique<TextPool>();
     }
     codes_.push_back(rules.isMissingText(cell) ? 0 : pool_->number(cell.text));
+    if (numbers_ > 0 && plainNumber(cell.text, rules.decimal, value)) {
+      ++numbers_;
+    }
   }
   if (!good && unreadable.count++ == 0) {
     unreadable.firstRow = record;

@@ -69,9 +69,9 @@ class CsvColumn {
   std::size_t again() const { return again_; }
   void addAgain(const Scanner::Cell& cell, std::size_t row, const CellRules& rules);
 
-  // What made it a text, after how many numbers.
+  // What made it a text after it began with numbers, and how many of its cells are numbers.
   const Unreadable& turning() const { return turning_; }
-  std::size_t numbersBefore() const { return numbersBefore_; }
+  std::size_t numbers() const { return numbers_; }
 
   Unreadable unreadable;
   ALGEB array(State& state);  // and gives up what it holds
@@ -84,7 +84,7 @@ class CsvColumn {
   std::vector<std::uint32_t> codes_;
   std::unique_ptr<TextPool> pool_;
   std::size_t again_ = 0;
-  std::size_t numbersBefore_ = 0;
+  std::size_t numbers_ = 0;
   Unreadable turning_;
 };
 

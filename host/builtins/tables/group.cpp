@@ -109,6 +109,8 @@ void addResult(State& state, Summary& summary, const Measure& measure, ALGEB res
     summary.add(measure.heading == nullptr ? own : measure.heading, result);
     return;
   }
+  Handles kept(state);
+  kept.push(result);  // the entries are copies
   for (const auto& [key, value] : table(result).entries()) {
     const std::string part = plainText(state, key);
     summary.add(
@@ -135,11 +137,7 @@ ALGEB group(Call& call) {
     if (!isProcedure(f)) {
       raise(state, "group expects procedures of a group's rows, received: %1 = %2", heading, f);
     }
-    measures.push_back({headingOf(state, heading), f});
-  }
-  Handles headings(state);  // made here, so kept here
-  for (const Measure& measure : measures) {
-    headings.push(measure.heading);
+    measures.push_back({call.keep(headingOf(state, heading)), f});
   }
   const std::vector<Places> groups = groupsOf(state, t, by);
   Places first;

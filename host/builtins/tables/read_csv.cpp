@@ -374,11 +374,11 @@ void CsvReading::tellUnreadable() {
     if (column.turning().count == 0) {
       continue;
     }
-    if (column.numbersBefore() > 0) {
+    if (column.numbers() > 0) {
       report_.add(column.turning().firstRow, headingText(c), column.turning().firstCell,
                   "makes the column one of texts");
     }
-    if (2 * column.numbersBefore() > rows_) {  // most of it are numbers
+    if (2 * column.numbers() > rows_) {  // most of it are numbers
       tell("column " + headingText(c) + " is read as texts because of row " +
            std::to_string(column.turning().firstRow) + ": " + column.turning().firstCell +
            " (types = [\"" + headingText(c) + "\" = number] reads the numbers)");

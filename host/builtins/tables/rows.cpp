@@ -214,7 +214,7 @@ ALGEB tableOf(Call& call, const char* parameter) {
   if (!is(x, Tag::table)) {
     call.refuse(parameter, "a table of columns");
   }
-  const ALGEB result = newFrame(state, 0);
+  const ALGEB result = call.keep(newFrame(state, 0));
   for (const auto& [heading, column] : table(x).entries()) {
     if (!isColumn(column)) {
       call.refuse(parameter, "a table of columns");
