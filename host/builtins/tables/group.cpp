@@ -101,12 +101,16 @@ struct Measure {
   ALGEB procedure;
 };
 
+ALGEB headingFor(State& state, const Measure& measure) {
+  return measure.heading != nullptr ? measure.heading
+         : is(measure.procedure, Tag::function)
+             ? string(state, machineFunction(measure.procedure).name)
+             : string(state, "value");
+}
+
 void addResult(State& state, Summary& summary, const Measure& measure, ALGEB result) {
   if (!is(result, Tag::table) || isFrame(result)) {
-    const ALGEB own = is(measure.procedure, Tag::function)
-                          ? string(state, machineFunction(measure.procedure).name)
-                          : string(state, "value");
-    summary.add(measure.heading == nullptr ? own : measure.heading, result);
+    summary.add(headingFor(state, measure), result);
     return;
   }
   Handles kept(state);
@@ -161,6 +165,14 @@ ALGEB group(Call& call) {
     frame(result).assign(headingOf(state, heading), column);
   }
   summary.finish(result);
+  if (groups.empty()) {  // columns all the same
+    for (const Measure& measure : measures) {
+      assignColumn(state, result, headingFor(state, measure), newList(state, 0));
+    }
+    if (measures.empty()) {
+      assignColumn(state, result, string(state, "count"), newList(state, 0));
+    }
+  }
   return result;
 }
 

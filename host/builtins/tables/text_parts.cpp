@@ -182,7 +182,7 @@ ALGEB split(Call& call) {
 ALGEB find(Call& call) {
   const std::string_view part = textOf(call, "part", false);
   const auto start =
-      static_cast<std::int64_t>(std::min<std::size_t>(call.size("from", 1), 1U << 30U));
+      static_cast<std::int64_t>(std::min<std::size_t>(call.size("start", 1), 1U << 30U));
   return ofTexts(call, "text", [&](std::string_view text) {
     const std::vector<std::size_t> starts = characterStarts(text);
     const auto first = static_cast<std::size_t>(std::max<std::int64_t>(start, 1)) - 1;
@@ -298,7 +298,7 @@ constexpr FunctionRow kRows[] = {
     {"length", "x", nullptr, nullptr, length},
     {"substring", "text, from, to = -1", nullptr, nullptr, substring},
     {"split", "text, separator = none", nullptr, nullptr, split},
-    {"find", "text, part; from = 1", nullptr, nullptr, find},
+    {"find", "text, part; start = 1", nullptr, nullptr, find},
     {"replace", "text, old, new", nullptr, nullptr, replace},
     {"upper", "text", nullptr, nullptr, upper},
     {"lower", "text", nullptr, nullptr, lower},
