@@ -227,6 +227,21 @@ TEST_F(CommandTest, ThePromptExplainsNamesAndTakesStatementsOfSeveralLines) {
   EXPECT_THAT(prompt.out, HasSubstr("no name contains nothing_like_it"));
 }
 
+TEST_F(CommandTest, ScriptsReadScriptsBesideThem) {
+  std::filesystem::create_directory(folder() / "lib");
+  file("lib/square.vexel", "square := x -> x^2: 1/3; read(\"../data.vexel\"):\n");
+  file("lib/bad.vexel", "2;\nsquare(1)/0;\n3;\n");
+  file("data.vexel", "t := frame(a = [1, 2]); t");
+  const std::string main =
+      file("main.vexel", "read(\"lib/square.vexel\"):\nsquare(3);\nread(\"lib/bad.vexel\");\n");
+  const Outcome plain = run(main);
+  EXPECT_EQ(plain.out, "1/3\na\n1\n2\na\n1\n2\n9\n2\n");
+  EXPECT_EQ(plain.errors, "Error, division by zero\n  at " + folder().string() +
+                              "/lib/bad.vexel, line 2, column 1\n  called from " + main +
+                              ", line 3, column 1\n");
+  EXPECT_THAT(run("--json " + main).out, HasSubstr("{\"expr\": \"1/3\"}\n{\"table\": [[\"a\", "));
+}
+
 TEST_F(CommandTest, QuitEndsTheRunWithSuccess) {
   const Outcome quit = run("-e '1; quit; 2;' -e '3;'");
   EXPECT_EQ(quit.out, "1\n");
