@@ -266,23 +266,7 @@ ALGEB Evaluator::assign(const Node& target, ALGEB v) {
   return v;
 }
 
-// The switch over the kinds of nodes.  The three that nearly every walk ends in come first, before
-// the look at the stack: they call nothing.  Operands are evaluated from left to right, each into a
-// variable of this frame, never as operands of one C++ call, whose order the compiler chooses.
-ALGEB Evaluator::value(const Node& node) {
-  switch (node.kind) {
-    case NodeKind::literal:
-      return node.value;
-    case NodeKind::slot: {
-      const ALGEB v = slots_[node.slot];
-      return v == nullptr ? state_.null : v;
-    }
-    case NodeKind::global:
-      return global(node.value);
-    default:
-      break;
-  }
-  checkStack(state_);
+ALGEB Evaluator::arithmetic(const Node& node) {
   switch (node.kind) {
     case NodeKind::sum: {
       ALGEB total = value(*node.children[0]);
@@ -326,6 +310,44 @@ ALGEB Evaluator::value(const Node& node) {
     case NodeKind::power: {
       const ALGEB base = value(*node.children[0]);
       return powerOf(state_, base, value(*node.children[1]));
+    }
+    default:
+      return state_.null;
+  }
+}
+
+// The switch over the kinds of nodes.  The three that nearly every walk ends in come first, before
+// the look at the stack: they call nothing.  Operands are evaluated from left to right, each into a
+// variable of this frame, never as operands of one C++ call, whose order the compiler chooses.
+ALGEB Evaluator::value(const Node& node) {
+  switch (node.kind) {
+    case NodeKind::literal:
+      return node.value;
+    case NodeKind::slot: {
+      const ALGEB v = slots_[node.slot];
+      return v == nullptr ? state_.null : v;
+    }
+    case NodeKind::global:
+      return global(node.value);
+    default:
+      break;
+  }
+  checkStack(state_);
+  switch (node.kind) {
+    case NodeKind::sum:
+    case NodeKind::product:
+    case NodeKind::negate:
+    case NodeKind::power: {
+      if (withObjects_) {
+        return arithmetic(node);
+      }
+      if (const ALGEB v = decimalValue(node)) {
+        return v;
+      }
+      withObjects_ = true;
+      const ALGEB v = arithmetic(node);
+      withObjects_ = false;
+      return v;
     }
     case NodeKind::logicalAnd:
     case NodeKind::logicalOr:

@@ -9,6 +9,7 @@
 #include "language/procedure.hpp"
 #include "language/syntax.hpp"
 #include "values/objects.hpp"
+#include "values/small_decimal.hpp"
 
 namespace vexel {
 
@@ -38,6 +39,19 @@ class Evaluator {
   ALGEB namedArgument(const Node& node) {
     return newPair(state_, Tag::equation, node.children[0]->value, value(*node.children[1]));
   }
+  // A float of few digits or an integer, and the digits kept (evaluator_decimals.cpp).
+  struct Decimals {
+    SmallDecimal value;
+    int digits = 0;
+    bool isExact = false;
+  };
+  // The value of arithmetic on such; false or null where something else takes part, or where a
+  // result is 0 or very large or small.  Nothing but reading has happened then.
+  ALGEB decimalValue(const Node& node);
+  bool decimals(const Node& node, Decimals& result);
+  bool decimalChain(const Node& node, Decimals& total);
+  static bool decimalOf(ALGEB x, Decimals& result);
+  ALGEB arithmetic(const Node& node);
   ALGEB overRange(const Node& node);
   ALGEB makeProcedure(const Node& node);
   ALGEB assign(const Node& target, ALGEB v);
@@ -65,6 +79,7 @@ class Evaluator {
   const std::shared_ptr<Program>& program_;
   ALGEB* slots_;
   Way way_ = Way::on;
+  bool withObjects_ = false;  // around the node is arithmetic that decimals do not fit
 };
 
 }  // namespace vexel

@@ -7,6 +7,7 @@
 #include "memory/interning.hpp"
 
 #include <algorithm>
+#include <array>
 #include <bit>
 #include <cstring>
 #include <functional>
@@ -186,11 +187,28 @@ bool InternTables::isEntry(ALGEB slot) { return slot != nullptr && slot != kRemo
 // The tables do not keep their entries alive.  Runs between marking and sweep, while the words of
 // the dying can still be read, and allocates nothing.
 void InternTables::dropUnmarked() {
+  // Few that stay are put into a cleared table, so that no marks lengthen searches.
+  constexpr std::size_t kFew = 2048;
+  std::array<ALGEB, kFew> few;
   for (Table* table : {&reals_, &values_, &names_}) {
+    std::size_t live = 0;
     for (ALGEB& slot : table->slots) {
-      if (isEntry(slot) && (vexel::words(slot)[0] & 1U) == 0) {
+      if (!isEntry(slot)) {
+        continue;
+      }
+      if ((vexel::words(slot)[0] & 1U) == 0) {
         slot = kRemoved;
         ++table->removed;
+      } else if (++live <= kFew) {
+        few[live - 1] = slot;
+      }
+    }
+    if (live <= kFew && table->removed > 0) {
+      std::fill(table->slots.begin(), table->slots.end(), nullptr);
+      table->used = 0;
+      table->removed = 0;
+      for (std::size_t i = 0; i < live; ++i) {
+        insert(*table, few[i], hashOf(few[i]));
       }
     }
   }

@@ -372,7 +372,7 @@ ALGEB floatPower(State& state, ALGEB a, ALGEB n) {
     return newFloat(state, std::pow(doubleOf(a), toDouble(state, n)));
   }
   SmallDecimal small;
-  if (isImmediate(n) && immediateValue(n) >= 1 && immediateValue(n) <= 16 &&
+  if (isImmediate(n) && immediateValue(n) >= 1 && immediateValue(n) <= kMostSmallPower &&
       state.digits() <= kSmallDigits && smallDecimalOf(a, small) &&
       powerSmall(small, static_cast<int>(immediateValue(n)), state.digits(), small)) {
     return toFloat(state, small);

@@ -31,8 +31,9 @@ bool smallDecimalOf(ALGEB x, SmallDecimal& result);
 SmallDecimal roundSmall(const SmallDecimal& a, int digits);
 bool addSmall(const SmallDecimal& a, const SmallDecimal& b, int digits, SmallDecimal& sum);
 SmallDecimal multiplySmall(const SmallDecimal& a, const SmallDecimal& b, int digits);
-// a^n for n from 1 to 16; false in the rare cases where the digits kept here do not settle how to
-// round.
+inline constexpr int kMostSmallPower = 16;
+// a^n for n from 1 to kMostSmallPower; false in the rare cases where the digits kept here do not
+// settle how to round.
 bool powerSmall(const SmallDecimal& a, int n, int digits, SmallDecimal& power);
 SmallDecimal divideSmall(const SmallDecimal& a, const SmallDecimal& b, int digits);  // b not zero
 
