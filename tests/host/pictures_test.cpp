@@ -92,6 +92,27 @@ TEST(PicturesTest, ThinningKeepsExtremesEndsAndGaps) {
   }
 }
 
+TEST(PicturesTest, CoordinatesAreNumbersHoweverFarValuesAre) {
+  for (const Style style : {Style::lines, Style::points, Style::bars, Style::steps, Style::area}) {
+    Layer layer;
+    layer.style = style;
+    layer.colour = 0;
+    for (const double y : {-1.7e308, 1.7e308, 0.5, -1e300, 1e-320, 1e308}) {
+      layer.x.push_back(static_cast<double>(layer.x.size()) / 4);
+      layer.y.push_back(y);
+      layer.error.push_back(style == Style::points ? 1e308 : 0);
+      layer.width.push_back(0.1);
+    }
+    Picture picture;
+    picture.panels.emplace_back();  // axes from 0 to 1
+    picture.panels[0].layers.push_back(layer);
+    for (const std::string& text : {svgOf(picture), gnuplotCommands(picture)}) {
+      EXPECT_EQ(text.find("nan"), std::string::npos);
+      EXPECT_EQ(text.find("inf"), std::string::npos);
+    }
+  }
+}
+
 struct PicturesOfStatements : StateTest {
   // What the statements draw in the terminal.
   std::string drawn(const std::string& statements) {

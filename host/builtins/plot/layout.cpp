@@ -19,6 +19,7 @@ constexpr std::uint32_t kInk = 0x333333;
 constexpr std::uint32_t kGrid = 0xe4e4e4;
 constexpr double kLetter = 0.56 * kFontSize;  // the width of one, nearly
 constexpr double kLineOfText = 20;
+constexpr double kFar = 1e6;            // widths of the picture
 constexpr std::size_t kFewPoints = 80;  // which are larger
 
 double widthOf(const std::string& text) { return kLetter * static_cast<double>(lengthOf(text)); }
@@ -166,7 +167,9 @@ void Page::draw(const Layer& layer) {
   std::vector<Point> places;  // on the axes, 0 to 1
   places.reserve(layer.x.size());
   for (std::size_t i = 0; i < layer.x.size(); ++i) {
-    places.push_back({panel_.x.at(layer.x[i]), panel_.y.at(layer.y[i])});
+    // How far outside makes no difference, but for differences that overflow.
+    places.push_back({std::clamp(panel_.x.at(layer.x[i]), -kFar, kFar),
+                      std::clamp(panel_.y.at(layer.y[i]), -kFar, kFar)});
   }
   switch (layer.style) {
     case Style::area:
