@@ -47,16 +47,51 @@ inline double weightsAbove(double mean, double n, bool rough) {
 // 1/2); peak(mean), the index of the largest product; curve(j), the negative second difference of
 // its logarithm there; fall(), d(1) / d(0); growth(j) = d(j) / d(j + 1); decrement(j) as a Piece
 // and logDecrement(j); lowerTerms(j), the lower tail at j over d(j).
+
+// Where the sums begin: nine and a half standard deviations of the normal law of the products above
+// the peak, and the skewness; few terms where they fall fast from the first one on.
+template <typename Family>
+double topIndex(const Family& family, double mean, double peak, double spread) {
+  const double fall = mean * family.fall();
+  return fall < 0.01 ? std::floor(1.0 - 45.0 / std::log(fall))
+                     : std::floor(peak + 9.5 * spread + 12.0);
+}
+
+// Laplace's approximation of the logarithms, which are far greater than its error; NaN where they
+// are not.
+template <typename Family>
+void approximateSums(const Family& family, double mean, double peak, double spread, bool asLog,
+                     MixtureSums* sums) {
+  const double few = asLog && sums->logUnit < -900.0 ? spread * rootTwoPi : notANumber;
+  sums->tail = few / (1.0 - std::fmin(mean / peak, 0.5));
+  sums->density = few * (family.shape() + peak);
+  sums->meanIndex = peak;
+}
+
+// Makes the product at the peak, atPeak as it was summed, the unit.
+template <typename Family>
+void scaleSums(const Family& family, double mean, double peak, const PowerPiece& poisson,
+               double atPeak, bool asLog, MixtureSums* sums) {
+  const double correction = 1.0 / atPeak;
+  sums->tail *= correction;
+  sums->density *= correction;
+  const double excess = mean - (peak + family.offset());
+  const Piece p = poisson.at(mean, excess);
+  const Piece q = family.decrement(peak);
+  const double exponent = p.exponent + q.exponent;
+  sums->unit = p.factor * q.factor * std::exp(-exponent);
+  if (asLog || !(sums->unit > 1e-290)) {
+    sums->logUnit = poisson.logAt(mean, excess) + family.logDecrement(peak);
+    sums->unit = asLog ? 0.0 : sums->unit;
+  }
+}
+
 template <typename Family>
 MixtureSums mixtureSums(const Family& family, double mean, Tail which, bool asLog) {
   const double offset = family.offset();
   const double peak = std::floor(family.peak(mean));
   const double spread = 1.0 / std::sqrt(family.curve(peak));
-  // Nine and a half standard deviations of the normal law of the products, and the skewness; few
-  // terms where they fall fast from the first one on.
-  const double fall = mean * family.fall();
-  const double top = fall < 0.01 ? std::floor(1.0 - 45.0 / std::log(fall))
-                                 : std::floor(peak + 9.5 * spread + 12.0);
+  const double top = topIndex(family, mean, peak, spread);
   MixtureSums sums{0.0, 0.0, 0.0, 0.0, 0.0};
   const PowerPiece poisson(peak + offset);
   if (peak > manyTerms) {
@@ -66,11 +101,7 @@ MixtureSums mixtureSums(const Family& family, double mean, Tail which, bool asLo
     }
   }
   if (!(peak < mostTerms)) {
-    // Laplace's approximation of the logarithms, which are far greater than its error.
-    const double few = asLog && sums.logUnit < -900.0 ? spread * rootTwoPi : notANumber;
-    sums.tail = few / (1.0 - std::fmin(mean / peak, 0.5));
-    sums.density = few * (family.shape() + peak);
-    sums.meanIndex = peak;
+    approximateSums(family, mean, peak, spread, asLog, &sums);
     return sums;
   }
   double w = 1.0;
@@ -126,17 +157,7 @@ MixtureSums mixtureSums(const Family& family, double mean, Tail which, bool asLo
     }
   }
   sums.meanIndex = moment / sums.density;
-  const double correction = 1.0 / atPeak;
-  sums.tail *= correction;
-  sums.density *= correction;
-  const Piece p = poisson.at(mean, mean - (peak + offset));
-  const Piece q = family.decrement(peak);
-  const double exponent = p.exponent + q.exponent;
-  sums.unit = p.factor * q.factor * std::exp(-exponent);
-  if (asLog || !(sums.unit > 1e-290)) {
-    sums.logUnit = poisson.logAt(mean, mean - (peak + offset)) + family.logDecrement(peak);
-    sums.unit = asLog ? 0.0 : sums.unit;
-  }
+  scaleSums(family, mean, peak, poisson, atPeak, asLog, &sums);
   return sums;
 }
 

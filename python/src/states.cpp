@@ -63,9 +63,8 @@ py::array matrixOf(SquareMatrix&& m) {
   return adopt(std::move(m.values)).reshape({size, size});
 }
 
-}  // namespace
-
-void bindStates(py::module_& m) {
+// States of a few numbers.
+void bindSummaries(py::module_& m) {
   bindState<Sums>(m, "Sums")
       .def(py::init([](py::handle policy) { return Sums(missingPolicy(policy)); }))
       .def("_update", &update<Sums>)
@@ -106,7 +105,10 @@ void bindStates(py::module_& m) {
       .def_property_readonly("max", &Extremes::max)
       .def_property_readonly("count", &Extremes::count)
       .def_property_readonly("missing", &Extremes::missing);
+}
 
+// States that grow with the data's values, or have a size of their own.
+void bindTables(py::module_& m) {
   bindState<Tally>(m, "Tally")
       .def(py::init([](py::handle policy) { return Tally(missingPolicy(policy)); }))
       .def("_update", &update<Tally>)
@@ -147,6 +149,13 @@ void bindStates(py::module_& m) {
       .def_property_readonly("result", [](const Ranks& s) { return adopt(s.result()); })
       .def_property_readonly("weight", &Ranks::weight)
       .def_property_readonly("missing", &Ranks::missing);
+}
+
+}  // namespace
+
+void bindStates(py::module_& m) {
+  bindSummaries(m);
+  bindTables(m);
 }
 
 }  // namespace vexel::python

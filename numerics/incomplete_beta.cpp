@@ -1,12 +1,9 @@
-// The regularised incomplete gamma and beta functions, both tails, and their inverses.
+// The regularised incomplete beta functions, both tails, and their inverse.
 //
-// Series and continued fractions behind saddle-point prefixes (deviance.hpp).  Gamma with a large
-// shape near its mean: Temme's uniform expansion; its first two terms serve both families where the
-// parameters are so large that sums and fractions grow long.  Beta: the power series at small b x,
-// otherwise the continued fraction of A. R. DiDonato and A. H. Morris, Significant Digit
-// Computation of the Incomplete Beta Function Ratios, ACM TOMS 18 (1992), equation 9.
-
-#include "incomplete_functions.hpp"
+// Behind saddle-point prefixes (deviance.hpp): the power series at small b x, otherwise the
+// continued fraction of A. R. DiDonato and A. H. Morris, Significant Digit Computation of the
+// Incomplete Beta Function Ratios, ACM TOMS 18 (1992), equation 9; the first two terms of the
+// uniform expansion where both parameters are huge.
 
 #include <algorithm>
 #include <cmath>
@@ -15,142 +12,13 @@
 #include "bisection.hpp"
 #include "boost_functions.hpp"
 #include "deviance.hpp"
+#include "incomplete_functions.hpp"
+#include "incomplete_parts.hpp"
 #include "normal_functions.hpp"
 
 namespace nag2 {
 
 namespace {
-
-constexpr double epsilon = std::numeric_limits<double>::epsilon();
-constexpr double nan = std::numeric_limits<double>::quiet_NaN();
-// Enough for every finite argument that the branches let through; a guard, not a working limit.
-constexpr int maxTerms = 200000;
-
-// P(a, x) by its power series, for x not far above a.
-double gammaSeries(double a, double x) {
-  double sum = 1.0;
-  double term = 1.0;
-  for (int n = 1; n < maxTerms; ++n) {
-    term *= x / (a + n);
-    sum += term;
-    if (term < 0.25 * epsilon * sum) {
-      return poissonWeight(a, x) * sum;
-    }
-  }
-  return nan;
-}
-
-// The value of a continued fraction b0 + a1 / (b1 + a2 / (b2 + ...)) by the recurrence of its
-// convergents, which needs no division a step; part(n, &a, &b) fills the n-th pair.  A NaN where it
-// has not converged.
-template <typename Part>
-double continuedFraction(double b0, Part part) {
-  double top = b0;
-  double lastTop = 1.0;
-  double bottom = 1.0;
-  double lastBottom = 0.0;
-  for (int n = 1; n < maxTerms; ++n) {
-    double a = 0.0;
-    double b = 0.0;
-    part(static_cast<double>(n), &a, &b);
-    const double nextTop = b * top + a * lastTop;
-    const double nextBottom = b * bottom + a * lastBottom;
-    lastTop = top;
-    lastBottom = bottom;
-    top = nextTop;
-    bottom = nextBottom;
-    const double cross = top * lastBottom;
-    if (std::fabs(cross - lastTop * bottom) <= epsilon * std::fabs(cross)) {
-      return top / bottom;
-    }
-    const double size = std::max(std::fabs(top), std::fabs(bottom));
-    if (!std::isfinite(cross)) {
-      break;
-    }
-    if (size > 1e100 || size < 1e-100) {
-      const double scale = 1.0 / size;
-      if (!std::isfinite(scale)) {
-        return nan;
-      }
-      top *= scale;
-      bottom *= scale;
-      lastTop *= scale;
-      lastBottom *= scale;
-    }
-  }
-  return nan;
-}
-
-// Q(a, x) by Legendre's continued fraction, for x > a + 1.
-double gammaFraction(double a, double x) {
-  const double weight = poissonWeight(a, x);
-  if (weight == 0.0) {
-    return 0.0;  // the fraction itself may overflow there
-  }
-  const double b0 = x + 1.0 - a;
-  const double value = continuedFraction(b0, [=](double n, double* an, double* bn) {
-    *an = -n * (n - a);
-    *bn = b0 + 2.0 * n;
-  });
-  return weight * a / value;
-}
-
-// Where Temme's expansion (or, for small shapes, the special forms of the upper tail) is the
-// method of choice.  Boost 1.74 takes an expansion for x far above the shape already from
-// x > 1000 and x > a - 50 on, with errors of 0.002 at a = 5e7: such points stay out.
-bool gammaByExpansion(double a, double x) {
-  const bool temme = a > 50.0 && std::fabs(x - a) < 0.3 * a && !(x > 999.0 && x > a - 51.0);
-  return temme || (a < 1.0 && x < 1.1);
-}
-
-double beyondFinite(double x, bool lower) { return std::isinf(x) == lower ? 1.0 : 0.0; }
-
-struct Tails {
-  double lower;
-  double upper;
-};
-
-// From this gamma shape, and this smaller one of the beta parameters, two terms of the uniform
-// expansion are enough: what they leave out is less than a change of x by 2e-15 of itself makes.
-constexpr double hugeShape = 1e6;
-constexpr double hugeParameter = 1e7;
-
-// Tails at u standard deviations above the mean; exponent is the deviance there, half the square of
-// the signed root z, and skew is what 1/z - 1/u goes to at the mean:
-// Phi(z) + phi(z) (1/z - 1/u).
-Tails uniformTails(long double u, long double exponent, long double skew) {
-  constexpr long double inverseRootTwoPi = 0.39894228040143267794L;
-  const long double z = std::copysign(std::sqrt(2.0L * exponent), u);
-  // Nearer to the mean the difference would lose its digits.
-  const long double excess = std::fabs(z) > 1e-6L ? 1.0L / z - 1.0L / u : skew;
-  const auto correction = static_cast<double>(inverseRootTwoPi * std::exp(-exponent) * excess);
-  return {std::min(std::max(0.0, normalLower(z) + correction), 1.0),
-          std::min(std::max(0.0, normalLower(-z) - correction), 1.0)};
-}
-
-Tails hugeGammaTails(double a, double x) {
-  const long double shape = a;
-  const long double difference = x - shape;
-  const long double root = std::sqrt(shape);
-  return uniformTails(difference / root, deviance(shape, x, difference), 1.0L / (3.0L * root));
-}
-
-// x with the given tail: Cornish and Fisher's expansion, then Newton steps.
-double hugeGammaInverse(double a, double target, bool upper) {
-  const double sign = upper ? -1.0 : 1.0;
-  const double z = sign * normalInverse(target);
-  const double root = std::sqrt(a);
-  double x = a + (z * root + (z * z - 1.0) / 3.0 + z * (z * z - 7.0) / (36.0 * root));
-  for (int i = 0; i < 2; ++i) {
-    const double tail = upper ? gammaUpper(a, x) : gammaLower(a, x);
-    const double step = sign * (tail - target) * (x / a) / poissonWeight(a, x);
-    if (!(std::fabs(step) < 0.1 * root)) {
-      break;  // the law is narrower than the distance of the doubles
-    }
-    x -= step;
-  }
-  return x;
-}
 
 // first + sum over n > 0 of (1 - b)_n a x^n / (n! (a + n)); a NaN where it has not converged.
 template <typename Real>
@@ -417,55 +285,6 @@ UnitPoint hugeBetaInverse(double a, double b, double p, bool upperTail) {
 }
 
 }  // namespace
-
-double gammaLower(double a, double x) {
-  if (x <= 0.0) {
-    return 0.0;
-  }
-  if (std::isinf(x) || std::isinf(a)) {
-    return beyondFinite(x, true);
-  }
-  if (a >= hugeShape) {
-    return hugeGammaTails(a, x).lower;
-  }
-  if (gammaByExpansion(a, x)) {
-    return a < 1.0 ? gammaSeries(a, x) : x > a ? 1.0 - boostGammaQ(a, x) : boostGammaP(a, x);
-  }
-  return x < a + 1.0 ? gammaSeries(a, x) : 1.0 - gammaFraction(a, x);
-}
-
-double gammaUpper(double a, double x) {
-  if (x <= 0.0) {
-    return 1.0;
-  }
-  if (std::isinf(x) || std::isinf(a)) {
-    return beyondFinite(x, false);
-  }
-  if (a >= hugeShape) {
-    return hugeGammaTails(a, x).upper;
-  }
-  if (gammaByExpansion(a, x)) {
-    // Far below the mean the expansion's upper tail is not quite the lower one's complement.
-    return a > 50.0 && x < a ? 1.0 - boostGammaP(a, x) : boostGammaQ(a, x);
-  }
-  return x < a + 1.0 ? 1.0 - gammaSeries(a, x) : gammaFraction(a, x);
-}
-
-// Boost's inverse, then Newton steps with the tails above.
-double gammaInverse(double a, double p, bool upperTail) {
-  if (p <= 0.0 || p >= 1.0) {
-    return (p <= 0.0) != upperTail ? 0.0 : std::numeric_limits<double>::infinity();
-  }
-  const bool upper = (p > 0.5) != upperTail;
-  const double target = p > 0.5 ? 1.0 - p : p;
-  if (a >= hugeShape) {
-    return std::isinf(a) ? a : hugeGammaInverse(a, target, upper);
-  }
-  const double start = upper ? boostGammaQInverse(a, target) : boostGammaPInverse(a, target);
-  const auto tail = [=](double x) { return upper ? gammaUpper(a, x) : gammaLower(a, x); };
-  const auto density = [=](double x) { return poissonWeight(a, x) * (a / x); };
-  return invertTail(tail, density, target, upper, start, {0.0, 1e308});
-}
 
 double betaLower(double a, double b, UnitPoint at) { return betaTails(a, b, at).lower; }
 
