@@ -110,6 +110,7 @@ void onMillion(benchmark::State& state, const char* statement) {
   state.SetItemsProcessed(state.iterations() * 1'000'000);
 }
 BENCHMARK_CAPTURE(onMillion, mapArray, "map(f, A):")->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(onMillion, mapInHardware, "evalhf(map(f, A)):")->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(onMillion, mapList, "map(f, L):")->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(onMillion, sumArray, "sum(A):")->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(onMillion, sumList, "sum(L):")->Unit(benchmark::kMillisecond);

@@ -182,6 +182,13 @@ ALGEB Evaluator::hardwareValue(const Node& node) {
     if (const auto d = runHardware(state_, *node.children[1], slots_)) {
       return newFloat(state_, *d);
     }
+    const Node& e = *node.children[1];
+    if (e.kind == NodeKind::call && e.children.size() == 3 &&
+        e.children[0]->kind == NodeKind::global && text(e.children[0]->value) == "map" &&
+        nameValue(e.children[0]->value) == nullptr) {
+      const ALGEB f = value(*e.children[1]);
+      return hardwareMap(state_, f, value(*e.children[2]));
+    }
   }
   return callValue(node);
 }

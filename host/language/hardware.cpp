@@ -10,6 +10,7 @@
 
 #include "language/interpreter.hpp"
 #include "language/procedure.hpp"
+#include "mathematics/elementwise.hpp"
 #include "mathematics/evaluation.hpp"
 #include "values/errors.hpp"
 #include "values/numbers.hpp"
@@ -165,6 +166,28 @@ std::optional<double> runHardware(State& state, const Node& expression, const AL
     frame[static_cast<std::size_t>(slot)] = vexel::evaluateHardware(state, slots[slot]);
   }
   return run(state, *code, frame.data());
+}
+
+ALGEB hardwareMap(State& state, ALGEB f, ALGEB x) {
+  if (!isMachineArray(x)) {
+    raise(state, "no hardware floating-point value: %1", x);
+  }
+  constexpr std::int64_t kBlock = 1024;
+  double room[kBlock];
+  const ALGEB result = arrayLike(state, x, RTABLE_FLOAT64);
+  const std::int64_t count = arrayOf(result).count;
+  for (std::int64_t first = 0; first < count; first += kBlock) {
+    // f may do anything to arrays: where the elements are is asked anew for each block, and those
+    // of a block are copied.
+    const std::int64_t n = std::min(kBlock, std::min(count, arrayOf(x).count) - first);
+    const double* const from = doublesOf(arrayOf(x), first, n, room);
+    std::copy_n(from, from == room ? 0 : n, room);
+    for (std::int64_t i = 0; i < n; ++i) {
+      const double args[] = {0.0, room[i]};
+      static_cast<double*>(arrayOf(result).data)[first + i] = applyHardware(state, f, 1, args);
+    }
+  }
+  return result;
 }
 
 double Interpreter::callHardware(State& state, ALGEB procedureObject, int n, const double* args) {

@@ -66,4 +66,8 @@ std::unique_ptr<HardwareCode> compileHardware(State& state, const Node& body, in
 // hardware form, or when a slot that it reads holds no real number.  Raises what running it raises.
 std::optional<double> runHardware(State& state, const Node& expression, const ALGEB* slots);
 
+// f of every element of an array of machine numbers, as an array of float[8]; raises where f has no
+// hardware form, and for anything but such an array.
+ALGEB hardwareMap(State& state, ALGEB f, ALGEB x);
+
 }  // namespace vexel
