@@ -4,6 +4,7 @@
 
 #include <histedit.h>
 #include <sys/file.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cctype>
@@ -42,6 +43,44 @@ std::filesystem::path historyFile() {
   std::error_code ignored;
   std::filesystem::create_directories(directory / "vexel", ignored);
   return directory / "vexel" / "history";
+}
+
+// Opens the history file and locks it, as long as the result lives: other prompts write to it, too.
+std::unique_ptr<std::FILE, int (*)(std::FILE*)> lockedHistory(const std::string& path,
+                                                              const char* mode) {
+  std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(
+      path.empty() ? nullptr : std::fopen(path.c_str(), mode), std::fclose);
+  if (file != nullptr && flock(fileno(file.get()), LOCK_EX) != 0) {
+    file.reset();
+  }
+  return file;
+}
+
+// Drops the oldest lines of a history file that has grown beyond the limit; the first line, which
+// names the format, stays.
+void trimHistory(std::FILE* file) {
+  constexpr std::size_t kMostLines = 10000;
+  std::string text;
+  char buffer[1 << 16];
+  for (std::size_t n = 0; (n = std::fread(buffer, 1, sizeof buffer, file)) > 0;) {
+    text.append(buffer, n);
+  }
+  auto excess =
+      std::count(text.begin(), text.end(), '\n') - 1 - static_cast<std::ptrdiff_t>(kMostLines);
+  if (excess <= 0) {
+    return;
+  }
+  const std::size_t start = text.find('\n') + 1;
+  std::size_t keep = start;
+  for (; excess > 0; --excess) {
+    keep = text.find('\n', keep) + 1;
+  }
+  text.erase(start, keep - start);
+  std::rewind(file);
+  if (std::fwrite(text.data(), 1, text.size(), file) == text.size() && std::fflush(file) == 0 &&
+      ftruncate(fileno(file), static_cast<off_t>(text.size())) != 0) {
+    return;  // what is left over is old lines, which do no harm
+  }
 }
 
 bool isNamePart(char c) { return std::isalnum(static_cast<unsigned char>(c)) != 0 || c == '_'; }
@@ -134,7 +173,8 @@ class Editor {
     el_set(edit_.get(), EL_SIGNAL, 0);
     history(history_.get(), &event_, H_SETSIZE, kHistoryLength);
     history(history_.get(), &event_, H_SETUNIQUE, 1);
-    if (!file_.empty()) {
+    if (const auto file = lockedHistory(file_, "r+"); file != nullptr) {
+      trimHistory(file.get());
       history(history_.get(), &event_, H_LOAD, file_.c_str());
     }
     el_set(edit_.get(), EL_HIST, ::history, history_.get());
@@ -169,11 +209,9 @@ class Editor {
   void forgetLine() { el_reset(edit_.get()); }
 
  private:
-  // At once and under a lock: other prompts write to the file, too, and a terminal may be closed.
+  // At once: a terminal may be closed.
   void appendToFile() {
-    const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(
-        file_.empty() ? nullptr : std::fopen(file_.c_str(), "a"), std::fclose);
-    if (file != nullptr && flock(fileno(file.get()), LOCK_EX) == 0) {
+    if (const auto file = lockedHistory(file_, "a"); file != nullptr) {
       std::fseek(file.get(), 0, SEEK_END);
       history(history_.get(), &event_, H_NSAVE_FP, std::size_t{1}, file.get());
     }

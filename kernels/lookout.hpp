@@ -14,12 +14,11 @@ class Lookout {
     work_ += operations;
     if (work_ >= kBetweenLooks) {
       work_ = 0;
-      poll(kUnknown);
+      poll();
     }
   }
 
  private:
-  static constexpr double kUnknown = 0.0;  // how much of the whole is done
   std::int64_t work_ = 0;
 };
 

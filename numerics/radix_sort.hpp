@@ -13,6 +13,8 @@
 #include <cstdint>
 #include <utility>
 
+#include "kernels/watch.hpp"
+
 namespace nag2 {
 
 // Measured on 10^7 random doubles and integers: more buckets lose in address translation what they
@@ -63,11 +65,11 @@ void spreadAndSort(Record* records, Record* scratch, std::size_t n, bool intoScr
                    KeyOfRecord keyOf) {
   std::uint64_t smallest = keyOf(records[0]);
   std::uint64_t largest = smallest;
-  for (std::size_t i = 1; i < n; ++i) {
+  vexel::kernels::forEach(n, [&](std::size_t i) {
     const std::uint64_t key = keyOf(records[i]);
     smallest = std::min(smallest, key);
     largest = std::max(largest, key);
-  }
+  });
   if (smallest == largest) {
     if (intoScratch) {
       std::copy_n(records, n, scratch);
@@ -84,17 +86,18 @@ void spreadAndSort(Record* records, Record* scratch, std::size_t n, bool intoScr
   const std::size_t buckets = static_cast<std::size_t>((largest - smallest) >> shift) + 1;
 
   std::array<std::size_t, std::size_t{1} << MaxBits> ends{};
-  for (std::size_t i = 0; i < n; ++i) {
-    ++ends[bucketOf(records[i])];
-  }
+  vexel::kernels::forEach(n, [&](std::size_t i) { ++ends[bucketOf(records[i])]; });
   std::size_t start = 0;
   for (std::size_t b = 0; b < buckets; ++b) {
     start += std::exchange(ends[b], start);
   }
-  for (std::size_t i = 0; i < n; ++i) {
-    scratch[ends[bucketOf(records[i])]++] = records[i];
-  }
+  vexel::kernels::forEach(
+      n, [&](std::size_t i) { scratch[ends[bucketOf(records[i])]++] = records[i]; });
   // The ranges have changed sides; shift 0 means that each bucket holds one key.
+  constexpr std::size_t kWorthALook = std::size_t{1} << 16;
+  if (n > kWorthALook) {
+    vexel::kernels::poll();
+  }
   start = 0;
   for (std::size_t b = 0; b < buckets; ++b) {
     const std::size_t size = ends[b] - start;
@@ -125,11 +128,11 @@ void radixSortKeys(Key* keys, Key* scratch, std::size_t n) {
     return (static_cast<std::size_t>(key) >> (place * kDigitBits)) & (kDigitValues - 1);
   };
   std::array<std::array<std::size_t, kDigitValues>, kPlaces> counts{};
-  for (std::size_t i = 0; i < n; ++i) {
+  vexel::kernels::forEach(n, [&](std::size_t i) {
     for (std::size_t place = 0; place < kPlaces; ++place) {
       ++counts[place][digit(keys[i], place)];
     }
-  }
+  });
   Key* from = keys;
   Key* to = scratch;
   for (std::size_t place = 0; place < kPlaces; ++place) {
@@ -141,9 +144,8 @@ void radixSortKeys(Key* keys, Key* scratch, std::size_t n) {
     for (std::size_t& s : starts) {
       start += std::exchange(s, start);
     }
-    for (std::size_t i = 0; i < n; ++i) {
-      to[starts[digit(from[i], place)]++] = from[i];
-    }
+    vexel::kernels::forEach(n,
+                            [&](std::size_t i) { to[starts[digit(from[i], place)]++] = from[i]; });
     std::swap(from, to);
   }
   if (from != keys) {

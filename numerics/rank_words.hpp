@@ -8,6 +8,7 @@
 #include <limits>
 #include <memory>
 
+#include "kernels/watch.hpp"
 #include "radix_sort.hpp"
 #include "sort_in_steps.hpp"
 #include "sort_keys.hpp"
@@ -49,10 +50,10 @@ class RankWords {
     int width = 8 * static_cast<int>(sizeof(Key));
     if (width + positionBits_ > 64) {
       Key largest = smallest_ = key(0);
-      for (std::size_t i = 1; i < n; ++i) {
+      vexel::kernels::forEach(n, [&](std::size_t i) {
         smallest_ = std::min(smallest_, key(i));
         largest = std::max(largest, key(i));
-      }
+      });
       width = static_cast<int>(std::bit_width(static_cast<Key>(largest - smallest_)));
     }
     lostBits_ = std::max(0, width + positionBits_ - 64);
@@ -107,9 +108,7 @@ void visitSorted(const T* x, std::size_t n, bool descending, Visit visit) {
   const auto words = std::make_unique_for_overwrite<std::uint64_t[]>(n);
   const auto scratch =
       vectorSortServes(n) ? nullptr : std::make_unique_for_overwrite<std::uint64_t[]>(n);
-  for (std::size_t i = 0; i < n; ++i) {
-    words[i] = make.word(i);
-  }
+  vexel::kernels::forEach(n, [&](std::size_t i) { words[i] = make.word(i); });
   vexel::kernels::poll(0);
   sortWords(words.get(), scratch.get(), n);
   const std::uint64_t mask = make.positionMask();

@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "failure.hpp"
+#include "kernels/lookout.hpp"
 #include "rank_words.hpp"
 
 namespace {
@@ -108,7 +109,10 @@ extern "C" void q70723(const void* data, size_t n, ptrdiff_t stride,
   };
   // Only "below 0" is trusted, so a comparison that calls two NaNs different both ways is harmless.
   const bool descending = order == Nag_Descending;
-  const auto before = [=](Position i, Position j) {
+  constexpr int kComparisonCost = 100;  // operations, near enough
+  vexel::kernels::Lookout lookout;
+  const auto before = [=, &lookout](Position i, Position j) {
+    lookout.done(kComparisonCost);
     return descending ? compare(at(j), at(i)) < 0 : compare(at(i), at(j)) < 0;
   };
   try {

@@ -20,6 +20,8 @@
 #include <vector>
 
 #include "failure.hpp"
+#include "kernels/lookout.hpp"
+#include "kernels/watch.hpp"
 #include "radix_sort.hpp"
 #include "sort_in_steps.hpp"
 #include "sort_keys.hpp"
@@ -195,7 +197,9 @@ void sortByRadix(const T* x, std::size_t n, bool descending, T* out) {
   const auto scratch = std::make_unique_for_overwrite<Key[]>(n);
   auto* const keys = reinterpret_cast<Key*>(out);
   Indistinct<T> equals;
+  vexel::kernels::Lookout lookout;
   for (std::size_t start = 0; start < n; start += kBlock) {
+    lookout.done(kBlock);
     const std::size_t end = std::min(n, start + kBlock);
     if constexpr (std::is_floating_point_v<T>) {
       equals.collect(x + start, end - start);
@@ -205,9 +209,9 @@ void sortByRadix(const T* x, std::size_t n, bool descending, T* out) {
     }
   }
   nag2::radixSortKeys(keys, scratch.get(), n);
-  for (std::size_t i = 0; i < n; ++i) {
+  vexel::kernels::forEach(n, [&](std::size_t i) {
     out[i] = nag2::fromAscendingKey<T>(static_cast<Key>(keys[i] ^ flip));
-  }
+  });
   equals.putBack(out, n, descending);
 }
 

@@ -10,10 +10,22 @@
 #include <vector>
 
 #include "failure.hpp"
+#include "kernels/lookout.hpp"
+#include "kernels/watch.hpp"
 
 namespace {
 
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+
+// std::nth_element, polling.
+void placeNth(std::vector<double>::iterator begin, std::vector<double>::iterator nth,
+              std::vector<double>::iterator end) {
+  vexel::kernels::Lookout lookout;
+  std::nth_element(begin, nth, end, [&](double a, double b) {
+    lookout.done(1);
+    return a < b;
+  });
+}
 
 // Minimum, hinges, median and maximum of n >= 5 numbers by selection; x is permuted.  Each half has
 // h = (n + 1) / 2 elements, the median among them when n is odd.
@@ -24,16 +36,16 @@ void fivePoints(std::vector<double>& x, double* out) {
   const std::ptrdiff_t middle = n / 2;
   const auto below = [begin](std::ptrdiff_t i) { return *std::max_element(begin, begin + i); };
 
-  std::nth_element(begin, begin + middle, x.end());
+  placeNth(begin, begin + middle, x.end());
   out[2] = n % 2 != 0 ? begin[middle] : std::midpoint(below(middle), begin[middle]);
 
   const std::ptrdiff_t lower = h / 2;
-  std::nth_element(begin, begin + lower, begin + middle);
+  placeNth(begin, begin + lower, begin + middle);
   out[1] = h % 2 != 0 ? begin[lower] : std::midpoint(below(lower), begin[lower]);
   out[0] = *std::min_element(begin, begin + lower + 1);
 
   const std::ptrdiff_t upper = n - h + (h - 1) / 2;
-  std::nth_element(begin + middle + 1, begin + upper, x.end());
+  placeNth(begin + middle + 1, begin + upper, x.end());
   out[3] = h % 2 != 0 ? begin[upper]
                       : std::midpoint(begin[upper], *std::min_element(begin + upper + 1, x.end()));
   out[4] = *std::max_element(begin + upper, x.end());
@@ -128,12 +140,14 @@ class Sample {
 
   template <typename Visit>
   void forEach(Visit visit) const {
+    vexel::kernels::poll();
     int i = 0;
-    for (; i <= n_ - kLanes; i += kLanes) {
+    vexel::kernels::forEach(n_ / kLanes, [&](int) {
       for (int lane = 0; lane < kLanes; ++lane) {
         visit(lane, x_[i + lane], kWeighted ? w_[i + lane] : 1.0);
       }
-    }
+      i += kLanes;
+    });
     for (int lane = 0; i + lane < n_; ++lane) {
       visit(lane, x_[i + lane], kWeighted ? w_[i + lane] : 1.0);
     }
@@ -254,6 +268,7 @@ extern "C" void q51748(int n, const double* x, double* out, NagError* fail) {
   }
   try {
     std::vector<double> copy(x, x + n);
+    vexel::kernels::poll();
     if (std::any_of(copy.begin(), copy.end(), [](double v) { return std::isnan(v); })) {
       std::fill(out, out + 5, kNaN);
       return;

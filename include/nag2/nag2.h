@@ -5,10 +5,10 @@
  * A caller links against these names; the default implementation is libnag2.  Some entry names are
  * opaque (q and five digits); hosts and libraries already import them so.
  *
- * Every function takes plain C data, keeps no state between calls, writes only where its comment
- * says, and may be called again with other arguments at once.  Functions that take a comparison
- * callback let a C++ exception of the callback pass through and leak nothing.  No other function
- * throws.
+ * Every function takes plain C data, keeps no state between calls (the watch aside), writes only
+ * where its comment says, and may be called again with other arguments at once.  Functions that
+ * take a comparison callback, and all that look while a watch is set, let a C++ exception of the
+ * callback pass through and leak nothing.  No other function throws.
  *
  * Failures go to the failure record: code 0 is success.  On failure the code and a message are set,
  * results are NaN (or untouched where there are several), and the handler, unless NULL, is called
@@ -65,6 +65,27 @@ typedef enum Nag_TailProbability {
   Nag_TwoTailSignif = 1331, /* P(|X| >= |x|), symmetric distributions */
   Nag_TwoTailConfid = 1332  /* P(|X| <= |x|), symmetric distributions */
 } Nag_TailProbability;
+
+/* ---- watching ---- */
+
+/*
+ * What is to be called while long work goes on: look(data, done), several times a second, on the
+ * thread that waits for the result; done is the share of the work that is done, or a NaN where that
+ * is not known.  An exception that look throws ends the work: what was to be written is left in no
+ * particular state.
+ */
+typedef struct Nag2Watch {
+  void (*look)(void *data, double done); /* NULL: nobody looks */
+  void *data;
+} Nag2Watch;
+
+/*
+ * Sets the watch over this thread's calls and returns the one before, for the caller to set again.
+ * Sorting, ranking, summaries, transforms and the non-central distributions look; other functions
+ * are done too soon.  A library without this function serves as well: its work is then not ended
+ * before it is done.
+ */
+Nag2Watch nag2_watch(Nag2Watch watch);
 
 /* ---- continuous distributions ---- */
 
@@ -140,7 +161,7 @@ void nag2_hypergeometric(int64_t n, int64_t l, int64_t m, int64_t k, double *le,
 /* ---- sorting and ranking ---- */
 
 /* Sorts x[0..n-1] in place; NaNs go last in ascending order, first in descending order.  Without
- * memory for it x is left in no particular state. */
+ * memory for it, or ended by the watch, x is left in no particular state. */
 void q43352(double *x, size_t n, int order, NagError *fail);
 
 /*

@@ -5,6 +5,9 @@
 #include <algorithm>
 #include <bit>
 
+#include "kernels/lookout.hpp"
+#include "kernels/watch.hpp"
+
 namespace vexel::kernels::classic {
 
 namespace {
@@ -15,8 +18,11 @@ using Cell = AliasUrn::Cell;
 // one off the large one.  worklist holds small cells from its start, large ones from its end.
 void pairCells(std::vector<Cell>& cells, std::vector<std::int32_t>& worklist, std::size_t small,
                std::size_t large) {
+  constexpr int kPairCost = 10;  // operations, near enough
+  Lookout lookout;
   const std::size_t end = worklist.size();
   while (small > 0 && large < end) {
+    lookout.done(kPairCost);
     Cell& needy = cells[static_cast<std::size_t>(worklist[small - 1])];
     const std::int32_t donor = worklist[large];
     Cell& giver = cells[static_cast<std::size_t>(donor)];
@@ -55,14 +61,12 @@ void AliasUrn::reset(int m, int n, const double* weights) {
   }
   const auto weighted = static_cast<std::size_t>(n_);
   double total = 0.0;
-  for (std::size_t i = 0; i < weighted; ++i) {
-    total += weights[i];
-  }
+  forEach(weighted, [&](std::size_t i) { total += weights[i]; });
   const double scale = m_ / total;
   std::vector<std::int32_t> worklist(cells);
   std::size_t small = 0;
   std::size_t large = cells;
-  for (std::size_t i = 0; i < cells; ++i) {
+  forEach(cells, [&](std::size_t i) {
     const auto cell = static_cast<std::int32_t>(i);
     cells_[i].cutoff = i < weighted ? scale * weights[i] : 0.0;
     if (i < weighted && cells_[i].cutoff >= 1.0) {
@@ -71,7 +75,7 @@ void AliasUrn::reset(int m, int n, const double* weights) {
     } else {
       worklist[small++] = cell;
     }
-  }
+  });
   pairCells(cells_, worklist, small, large);
 }
 

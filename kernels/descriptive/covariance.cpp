@@ -4,6 +4,8 @@
 
 #include <cstddef>
 
+#include "kernels/watch.hpp"
+
 namespace vexel::kernels {
 
 namespace {
@@ -20,18 +22,18 @@ CovarianceSums sums(const double* x, const double* y, const double* w, int n) {
   double total = 0.0;
   double sumX = 0.0;
   double sumY = 0.0;
-  for (int i = 0; i < n; ++i) {
+  forEach(n, [&](int i) {
     if (takesPart(i)) {
       total += kWeighted ? w[i] : 1.0;
       sumX += kWeighted ? w[i] * x[i] : x[i];
       sumY += kWeighted ? w[i] * y[i] : y[i];
     }
-  }
+  });
   const double meanX = sumX / total;
   const double meanY = sumY / total;
 
   CovarianceSums result{0.0, 0.0, 0.0, total};
-  for (int i = 0; i < n; ++i) {
+  forEach(n, [&](int i) {
     if (takesPart(i)) {
       const double dx = x[i] - meanX;
       const double dy = y[i] - meanY;
@@ -39,7 +41,7 @@ CovarianceSums sums(const double* x, const double* y, const double* w, int n) {
       result.xx += kWeighted ? dx * dx * w[i] : dx * dx;
       result.yy += kWeighted ? dy * dy * w[i] : dy * dy;
     }
-  }
+  });
   return result;
 }
 

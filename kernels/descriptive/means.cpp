@@ -11,62 +11,50 @@
 
 #include "kernels/saturate.hpp"
 #include "kernels/sorting/sorting.hpp"
+#include "kernels/watch.hpp"
 
 namespace vexel::kernels {
 
-double simpleMean(const double* x, int n, MeanKind type) {
+namespace {
+
+// The sum of term(i), first to last.
+template <typename Term>
+double sumOf(int n, Term term) {
   double sum = 0.0;
+  forEach(n, [&](int i) { sum += term(i); });
+  return sum;
+}
+
+double totalOf(const double* w, int n) {
+  return sumOf(n, [=](int i) { return w[i]; });
+}
+
+}  // namespace
+
+double simpleMean(const double* x, int n, MeanKind type) {
   switch (type) {
     case MeanKind::geometric:
-      for (int i = 0; i < n; ++i) {
-        sum += std::log(x[i]);
-      }
-      return std::exp(sum / n);
+      return std::exp(sumOf(n, [=](int i) { return std::log(x[i]); }) / n);
     case MeanKind::harmonic:
-      for (int i = 0; i < n; ++i) {
-        sum += 1.0 / x[i];
-      }
-      return n / sum;
+      return n / sumOf(n, [=](int i) { return 1.0 / x[i]; });
     case MeanKind::quadratic:
-      for (int i = 0; i < n; ++i) {
-        sum += x[i] * x[i];
-      }
-      return std::sqrt(sum / n);
+      return std::sqrt(sumOf(n, [=](int i) { return x[i] * x[i]; }) / n);
     default:
-      for (int i = 0; i < n; ++i) {
-        sum += x[i];
-      }
-      return sum / n;
+      return totalOf(x, n) / n;
   }
 }
 
 double weightedMean(const double* x, const double* w, int n, MeanKind type) {
-  double sum = 0.0;
-  double total = 0.0;
-  for (int i = 0; i < n; ++i) {
-    total += w[i];
-  }
+  const double total = totalOf(w, n);
   switch (type) {
     case MeanKind::geometric:
-      for (int i = 0; i < n; ++i) {
-        sum += w[i] * std::log(x[i]);
-      }
-      return std::exp(sum / total);
+      return std::exp(sumOf(n, [=](int i) { return w[i] * std::log(x[i]); }) / total);
     case MeanKind::harmonic:
-      for (int i = 0; i < n; ++i) {
-        sum += w[i] / x[i];
-      }
-      return total / sum;
+      return total / sumOf(n, [=](int i) { return w[i] / x[i]; });
     case MeanKind::quadratic:
-      for (int i = 0; i < n; ++i) {
-        sum += w[i] * (x[i] * x[i]);
-      }
-      return std::sqrt(sum / total);
+      return std::sqrt(sumOf(n, [=](int i) { return w[i] * (x[i] * x[i]); }) / total);
     default:
-      for (int i = 0; i < n; ++i) {
-        sum += w[i] * x[i];
-      }
-      return sum / total;
+      return sumOf(n, [=](int i) { return w[i] * x[i]; }) / total;
   }
 }
 
@@ -104,10 +92,7 @@ struct WeightCut {
 // A point whose cumulative weight is the low cut exactly is dropped; one whose cumulative weight is
 // the high cut exactly is kept whole.
 WeightCut cutByWeight(const double* w, int n, double lower, double upper) {
-  double total = 0.0;
-  for (int i = 0; i < n; ++i) {
-    total += w[i];
-  }
+  const double total = totalOf(w, n);
   const double lowCut = lower * total;
   const double highCut = total - (1.0 - upper) * total;
 

@@ -4,6 +4,8 @@
 
 #include <cmath>
 
+#include "kernels/watch.hpp"
+
 namespace vexel::kernels {
 
 namespace {
@@ -12,9 +14,7 @@ namespace {
 template <typename Term>
 double simpleAverage(const double* x, int n, Term term) {
   double sum = 0.0;
-  for (int i = 0; i < n; ++i) {
-    sum += term(x[i]);
-  }
+  forEach(n, [&](int i) { sum += term(x[i]); });
   return sum / n;
 }
 
@@ -23,10 +23,10 @@ template <typename Term>
 double weightedAverage(const double* x, const double* w, int n, Term term) {
   double sum = 0.0;
   double total = 0.0;
-  for (int i = 0; i < n; ++i) {
+  forEach(n, [&](int i) {
     sum += w[i] * term(x[i]);
     total += w[i];
-  }
+  });
   return sum / total;
 }
 

@@ -11,9 +11,11 @@
 #include <numeric>
 #include <vector>
 
+#include "kernels/lookout.hpp"
 #include "kernels/saturate.hpp"
 #include "kernels/sorting/select_reading.hpp"
 #include "kernels/sorting/sorting.hpp"
+#include "kernels/watch.hpp"
 
 namespace vexel::kernels {
 
@@ -205,9 +207,7 @@ void weightedQuantile(double* result, double* x, double* w, const double* probs,
   }
   const QuantileParameters q(type);
   double total = 0.0;
-  for (int i = 0; i < n; ++i) {
-    total += w[i];
-  }
+  forEach(n, [&](int i) { total += w[i]; });
   sortData(x, w, n);
 
   // Positions in ascending order, so that one walk serves all of them.
@@ -222,8 +222,10 @@ void weightedQuantile(double* result, double* x, double* w, const double* probs,
 
   int i = 0;
   double cumulative = w[0];
+  Lookout lookout;
   for (const std::size_t j : order) {
     while (i < n && !(cumulative > h[j])) {
+      lookout.done(1);
       ++i;
       cumulative += i < n ? w[i] : 0.0;
     }

@@ -8,7 +8,9 @@
 #include <limits>
 #include <numeric>
 
+#include "kernels/lookout.hpp"
 #include "kernels/sorting/sorting.hpp"
+#include "kernels/watch.hpp"
 
 namespace vexel::kernels {
 
@@ -26,8 +28,11 @@ RepeatedSort::RepeatedSort(const double* points, const double* weights, int n)
   sortData(x.data(), from.data(), n);
   movesPoints_ = std::memcmp(x.data(), points, at(n) * sizeof(double)) != 0;
 
+  constexpr int kPlaceCost = 10;  // operations, near enough
+  Lookout lookout;
   std::vector<bool> seen(at(n));
   for (int first = 0; first < n; ++first) {
+    lookout.done(kPlaceCost);
     const auto begin = static_cast<int>(order_.size());
     for (int i = first; !seen[at(i)]; i = static_cast<int>(from[at(i)])) {
       seen[at(i)] = true;
@@ -56,22 +61,21 @@ double RepeatedSort::weightAfter(std::int64_t sorts, int place) const {
 }
 
 void RepeatedSort::weightsAfter(std::int64_t sorts, double* weights) const {
-  for (std::size_t i = 0; i < weights_.size(); ++i) {
-    weights[i] = weightAfter(sorts, static_cast<int>(i));
-  }
+  forEach(weights_.size(),
+          [&](std::size_t i) { weights[i] = weightAfter(sorts, static_cast<int>(i)); });
 }
 
 TiedPoints::TiedPoints(const double* points, const double* weights, int n, const RepeatedSort& sort)
     : points_(points), sort_(sort) {
   double sum = 0.0;
-  for (int i = 0; i < n; ++i) {
+  forEach(n, [&](int i) {
     if (i == 0 || points[i] != points[i - 1]) {
       starts_.push_back(i);
       sums_.push_back(0.0);
     }
     sum += weights[i];
     sums_.back() = sum;
-  }
+  });
   doubt_ = 4.0 * n * std::numeric_limits<double>::epsilon() * sum;
 }
 

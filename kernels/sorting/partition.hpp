@@ -10,6 +10,7 @@
 #include <cstdint>
 #include <utility>
 
+#include "kernels/lookout.hpp"
 #include "kernels/sorting/sorting.hpp"
 
 namespace vexel::kernels {
@@ -38,6 +39,9 @@ constexpr bool sortsAfter(double x, double y) noexcept {
   }
 }
 
+// Ranges of more elements are worth a poll.
+inline constexpr int kWorthALook = 1 << 12;
+
 // Elements scanned at a time; offsets inside a block fit 8 bits.
 inline constexpr int kPartitionBlock = 64;
 
@@ -54,7 +58,9 @@ void partitionBlocks(Array array, double p, int& i, int& j) {
   int rightCount = 0;
   int first = i + 1;
   int last = j - 1;
+  Lookout lookout;
   while (last - first >= 2 * kPartitionBlock - 1) {
+    lookout.done(2 * kPartitionBlock);
     if (leftCount == 0) {
       leftStart = 0;
       for (int c = 0; c < kPartitionBlock; ++c) {
@@ -119,11 +125,15 @@ void heapSortRange(Array array, int lo, int hi) {
       i = child;
     }
   };
+  constexpr int kSinkCost = 100;  // operations in a large heap, near enough
+  Lookout lookout;
   const std::int64_t n = std::int64_t{hi} - lo + 1;
   for (std::int64_t i = n / 2; i-- > 0;) {
+    lookout.done(kSinkCost);
     sink(i, n);
   }
   for (std::int64_t end = n; end-- > 1;) {
+    lookout.done(kSinkCost);
     array.exchange(lo, lo + static_cast<int>(end));
     sink(0, end);
   }

@@ -19,6 +19,9 @@ template <bool kMissing>
 void placeRanks(PlainArray array, int l, int r, std::span<const int> ranks, std::int64_t& work) {
   constexpr int kShortRun = 16;
   while (!ranks.empty()) {
+    if (r - l > kWorthALook) {
+      poll();
+    }
     work -= r - l;
     if (r - l < kShortRun) {
       insertionSort(array.a, l, r);

@@ -65,6 +65,9 @@ double selectRange(Array array, int n, int k) {
 // a[k] after the array has been rearranged about position k, 0 <= k < n.
 template <typename Array>
 double selectEither(Array array, int n, int k) {
+  if (n > kWorthALook) {
+    poll();
+  }
   return anyMissing(array.a, 0, n - 1) ? selectRange<true>(array, n, k)
                                        : selectRange<false>(array, n, k);
 }

@@ -14,6 +14,7 @@
 #include <span>
 #include <vector>
 
+#include "kernels/lookout.hpp"
 #include "kernels/sorting/sorting.hpp"
 
 namespace vexel::kernels {
@@ -212,7 +213,9 @@ bool selectReading(const double* x, int n, const int* ranks, int m, double* valu
   for (Bracket& b : brackets) {
     b.start(sample, n);
   }
+  Lookout lookout;
   for (std::ptrdiff_t i = 0; i < n; i += kChunk) {
+    lookout.done(kChunk);
     const int size = static_cast<int>(std::min<std::ptrdiff_t>(kChunk, n - i));
     for (Bracket& b : brackets) {
       if (!b.read(x + i, size)) {

@@ -4,6 +4,7 @@
 #include <bit>
 
 #include "kernels/sorting/partition.hpp"
+#include "kernels/watch.hpp"
 
 namespace vexel::kernels {
 
@@ -45,6 +46,9 @@ void splitRange(Array array, int lo, int hi, int& i, int& j) {
 template <bool kMissing, typename Array>
 void quickSort(Array array, int lo, int hi, std::int64_t& work) {
   while (hi - lo > kShortRun) {
+    if (hi - lo > kWorthALook) {
+      poll();
+    }
     work -= hi - lo;
     if (work < 0) {
       heapSortRange<kMissing>(array, lo, hi);
@@ -92,28 +96,28 @@ void quickSort(double* a, double* w, int lo, int hi) {
 }
 
 void insertionSort(double* a, int lo, int hi) {
-  for (int j = lo + 1; j <= hi; ++j) {
-    const double value = a[j];
-    int i = j;
+  forEach(hi - lo, [=](int before) {
+    int i = lo + before + 1;
+    const double value = a[i];
     for (; i > lo && follows(a[i - 1], value); --i) {
       a[i] = a[i - 1];
     }
     a[i] = value;
-  }
+  });
 }
 
 void insertionSort(double* a, double* w, int lo, int hi) {
-  for (int j = lo + 1; j <= hi; ++j) {
-    const double value = a[j];
-    const double partner = w[j];
-    int i = j;
+  forEach(hi - lo, [=](int before) {
+    int i = lo + before + 1;
+    const double value = a[i];
+    const double partner = w[i];
     for (; i > lo && follows(a[i - 1], value); --i) {
       a[i] = a[i - 1];
       w[i] = w[i - 1];
     }
     a[i] = value;
     w[i] = partner;
-  }
+  });
 }
 
 void sortData(double* a, int n) {

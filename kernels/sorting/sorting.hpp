@@ -2,8 +2,9 @@
 // every move of the first.
 //
 // One order throughout: numbers as usual, every NaN after every number, NaNs equal to one another;
-// a missing value is a NaN, so missing values go last.  Nothing here allocates or fails.  An empty
-// range is left alone.  w is never compared, and must not be null.
+// a missing value is a NaN, so missing values go last.  Nothing here allocates; an interrupt
+// (watch.hpp) leaves the array permuted in some way.  An empty range is left alone.  w is never
+// compared, and must not be null.
 //
 // The exchanges are part of the interface: how ties carry their weights along, and the order that
 // a selection leaves behind it (trimmed sums run in that order), show in the last bits of results.

@@ -6,6 +6,8 @@
 #include <cstdint>
 #include <vector>
 
+#include "kernels/watch.hpp"
+
 namespace vexel::kernels {
 
 class CountTable {
@@ -61,7 +63,8 @@ class CountTable {
   void grow() {
     std::vector<Cell> old(cells_.size() * 2);
     old.swap(cells_);
-    for (const Cell& cell : old) {
+    forEach(old.size(), [&](std::size_t i) {
+      const Cell& cell = old[i];
       if (cell.count != 0) {
         std::size_t at = position(cell.key);
         while (cells_[at].count != 0) {
@@ -69,7 +72,7 @@ class CountTable {
         }
         cells_[at] = cell;
       }
-    }
+    });
   }
 
   std::uint64_t seed_;

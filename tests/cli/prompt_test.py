@@ -124,4 +124,18 @@ with tempfile.TemporaryDirectory() as state:
     with open(os.path.join(state, "vexel", "history")) as file:
         if "1000*7;" not in file.read():
             sys.exit("the history of a lost terminal is lost")
+
+    # A history that has grown beyond ten thousand lines loses its oldest ones.
+    with open(os.path.join(state, "vexel", "history"), "a") as file:
+        file.writelines(f"{i};\\012\n" for i in range(12000))
+    third = Session(state)
+    third.send("\x1b[A")
+    third.expect("11999;")
+    third.send("\n")
+    third.expect("11999")
+    third.quit()
+    with open(os.path.join(state, "vexel", "history")) as file:
+        lines = file.read().split("\n")
+    if len(lines) > 10010 or not lines[0].startswith("_H") or not lines[1][:4].isdigit():
+        sys.exit(f"{len(lines)} lines of history, from {lines[:2]}")
 print("ok")

@@ -16,6 +16,7 @@
 #include "kernel/interrupt.hpp"
 #include "kernel/nag_call.hpp"
 #include "kernel_test.hpp"
+#include "kernels/lookout.hpp"
 
 extern "C" ALGEB STATS_StatsInitialize_HW(VKernelVector kv);
 extern "C" ALGEB STATS_StatsTerminate_HW(VKernelVector kv);
@@ -143,7 +144,8 @@ TEST_F(ConversionsTest, StandardExceptionsBecomeHostErrors) {
 }
 
 TEST_F(ConversionsTest, InterruptsAreLookedForOnceInTenMillionOperations) {
-  STATS_InterruptLookout_HW lookout(kernel.vector());
+  const STATS_InterruptWatch_HW watch(kernel.vector());
+  vexel::kernels::Lookout lookout;
   const auto isInterrupted = [&](std::int64_t operations) {
     try {
       inHost(kernel, [&] {
@@ -161,7 +163,8 @@ TEST_F(ConversionsTest, InterruptsAreLookedForOnceInTenMillionOperations) {
     EXPECT_FALSE(isInterrupted(4999999));
     EXPECT_TRUE(isInterrupted(1));
   }
-  STATS_InterruptLookout_HW(nullptr).done(20000000);  // nobody to ask
+  const STATS_InterruptWatch_HW nobody(nullptr);
+  lookout.done(20000000);  // the watch without a host leaves the one before
 }
 
 TEST_F(ConversionsTest, StartAndStopMayRepeat) {

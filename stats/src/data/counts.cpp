@@ -7,6 +7,7 @@
 #include "kernel/conversions.hpp"
 #include "kernel/data_sample.hpp"
 #include "kernel/entry_frame.hpp"
+#include "kernels/watch.hpp"
 
 namespace {
 
@@ -20,15 +21,11 @@ ALGEB countOrWeigh(VKernelVector kv, const STATS_VexelDataSample_HW& sample, Cou
   constexpr double kNoWeight = 1.0;
   if (w == nullptr) {
     V_INT number = 0;
-    for (int i = 0; i < n; ++i) {
-      number += counted(x[i], kNoWeight) ? 1 : 0;
-    }
+    vexel::kernels::forEach(n, [&](int i) { number += counted(x[i], kNoWeight) ? 1 : 0; });
     return ToVexelInteger(kv, number);
   }
   double weight = 0.0;
-  for (int i = 0; i < n; ++i) {
-    weight += counted(x[i], w[i]) ? w[i] : 0.0;
-  }
+  vexel::kernels::forEach(n, [&](int i) { weight += counted(x[i], w[i]) ? w[i] : 0.0; });
   return STATS_DoubleToVexelFloat_HW(kv, weight);
 }
 

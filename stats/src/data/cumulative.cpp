@@ -5,6 +5,7 @@
 #include "kernel/data_sample.hpp"
 #include "kernel/entry_frame.hpp"
 #include "kernel/host_arrays.hpp"
+#include "kernels/watch.hpp"
 
 namespace {
 
@@ -45,7 +46,7 @@ void cumulate(const STATS_VexelDataSample_HW& sample, bool product, double* out)
   const double* w = sample.weights();
   const int n = sample.size();
   double running = 0.0;
-  for (int i = 0; i < n; ++i) {
+  vexel::kernels::forEach(n, [&](int i) {
     if (i == 0) {
       running = w != nullptr ? x[0] * w[0] : x[0];
     } else if (product) {
@@ -54,7 +55,7 @@ void cumulate(const STATS_VexelDataSample_HW& sample, bool product, double* out)
       running = w != nullptr ? x[i] * w[i] + running : running + x[i];
     }
     out[i] = running;
-  }
+  });
 }
 
 }  // namespace

@@ -10,6 +10,7 @@
 #include "kernel/element_types.hpp"
 #include "kernel/entry_frame.hpp"
 #include "kernel/host_arrays.hpp"
+#include "kernels/watch.hpp"
 
 namespace {
 
@@ -53,13 +54,13 @@ ALGEB denseRankArray(VKernelVector kv, ALGEB ranks) {
 // Closes the gaps that positions without a row leave; how many rows there are.
 V_INT dropUnused(char* block, V_INT rows, int elementSize, const std::uint32_t* used) {
   V_INT kept = 0;
-  for (V_INT i = 0; i < rows; ++i) {
+  vexel::kernels::forEach(rows, [&](V_INT i) {
     if (used[i] != 0) {
       std::memmove(block + kept * elementSize, block + i * elementSize,
                    static_cast<std::size_t>(elementSize));
       ++kept;
     }
-  }
+  });
   return kept;
 }
 

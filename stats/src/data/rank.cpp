@@ -16,6 +16,7 @@
 #include "kernel/conversions.hpp"
 #include "kernel/element_types.hpp"
 #include "kernel/nag_call.hpp"
+#include "kernels/watch.hpp"
 
 namespace {
 
@@ -34,12 +35,12 @@ void requireRankable(VKernelVector kv, V_INT n, int dataType) {
 // asked of it.
 std::vector<double> objectKeys(const ALGEB* objects, V_INT n) {
   std::vector<double> keys(static_cast<std::size_t>(n), 0.0);
-  for (V_INT i = 0; i < n && n > 1; ++i) {
+  vexel::kernels::forEach(n > 1 ? n : 0, [&](V_INT i) {
     if (STATS_VexelUtils_HW::VexelDAGToDouble(objects[i], &keys[static_cast<std::size_t>(i)]) ==
         0) {
       STATS_VexelUtils_HW::ReportNonNumeric(objects[i]);
     }
-  }
+  });
   return keys;
 }
 
@@ -49,7 +50,7 @@ void placeRows(VKernelVector kv, const char* source, std::ptrdiff_t sourceStep, 
                std::ptrdiff_t targetStep, V_INT nRows, V_INT rankBase, Bytes bytes,
                const std::uint32_t* ranks, std::uint32_t* used, bool forward,
                bool checkDuplicates) {
-  for (V_INT i = 0; i < nRows; ++i, source += sourceStep) {
+  vexel::kernels::forEach(nRows, [&](V_INT i) {
     const V_INT rank = static_cast<std::int32_t>(ranks[i]);
     const V_INT k = rank - rankBase;
     if (k < 0 || k >= nRows) {
@@ -65,7 +66,8 @@ void placeRows(VKernelVector kv, const char* source, std::ptrdiff_t sourceStep, 
       }
       used[position] = 1;
     }
-  }
+    source += sourceStep;
+  });
 }
 
 }  // namespace

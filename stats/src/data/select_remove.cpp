@@ -11,6 +11,7 @@
 #include "kernel/data_argument.hpp"
 #include "kernel/element_types.hpp"
 #include "kernel/entry_frame.hpp"
+#include "kernels/watch.hpp"
 
 namespace {
 
@@ -75,16 +76,16 @@ template <typename T, typename Test>
 ALGEB keepWanted(VKernelVector kv, const STATS_ElementReader_HW& data, Test wanted) {
   const T* const x = reinterpret_cast<const T*>(data.block());
   V_INT count = 0;
-  for (V_INT i = 0; i < data.size(); ++i) {
-    count += wanted(x[i]) ? 1 : 0;
-  }
+  vexel::kernels::forEach(data.size(), [&](V_INT i) { count += wanted(x[i]) ? 1 : 0; });
   const ALGEB result = STATS_CreateLike_HW(kv, data.settings(), data.lower(), count);
   T* const out = static_cast<T*>(RTableDataBlock(kv, result));
   V_INT kept = 0;
-  for (V_INT i = 0; kept < count; ++i) {
-    out[kept] = x[i];
-    kept += wanted(x[i]) ? 1 : 0;
-  }
+  vexel::kernels::inStretches(data.size(), [&](V_INT i, V_INT end) {
+    for (; i < end && kept < count; ++i) {
+      out[kept] = x[i];
+      kept += wanted(x[i]) ? 1 : 0;
+    }
+  });
   return result;
 }
 
@@ -235,10 +236,10 @@ STATS_ENTRY(STATS_VexelSelectRemoveInRange_HW) {
     return groups.pack(kv, pass, fail);
   }
   Split split(kv, data, groups);
-  for (V_INT i = 0; i < data.size(); ++i) {
+  vexel::kernels::forEach(data.size(), [&](V_INT i) {
     const RTableData element = data[i];
     split.add(element, elementInRange(element, data.dataType(), range));
-  }
+  });
   return split.result(data.lower());
 }
 
@@ -263,10 +264,10 @@ STATS_ENTRY(STATS_VexelSelectRemoveNonNumeric_HW) {
   }
   const NumericTest numeric{kv, refuseInfinity, refuseNaN};
   Split split(kv, data, groups);
-  for (V_INT i = 0; i < data.size(); ++i) {
+  vexel::kernels::forEach(data.size(), [&](V_INT i) {
     const RTableData element = data[i];
     split.add(element, !numeric.element(element, data.dataType()));
-  }
+  });
   return split.result(1);
 }
 
@@ -280,9 +281,9 @@ STATS_ENTRY(STATS_VexelRemoveNULL_HW) {
     return copyOf(kv, data.settings(), arg[1]);
   }
   Split split(kv, data, Groups(1));
-  for (V_INT i = 0; i < data.size(); ++i) {
+  vexel::kernels::forEach(data.size(), [&](V_INT i) {
     const RTableData element = data[i];
     split.add(element, IsVexelNULL(kv, element.dag) == 0);
-  }
+  });
   return split.result(1);
 }

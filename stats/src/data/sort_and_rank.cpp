@@ -11,18 +11,20 @@
 #include "kernel/element_types.hpp"
 #include "kernel/entry_frame.hpp"
 #include "kernel/host_arrays.hpp"
+#include "kernels/lookout.hpp"
+#include "kernels/watch.hpp"
 
 namespace {
 
 // Moves the first of each run of equal elements of a sorted block to the front; how many there are.
 template <typename T, typename Differ>
 V_INT compactRuns(T* sorted, V_INT n, Differ differ) {
-  V_INT kept = n > 0 ? 1 : 0;
-  for (V_INT i = 1; i < n; ++i) {
-    if (differ(sorted[kept - 1], sorted[i])) {
+  V_INT kept = 0;
+  vexel::kernels::forEach(n, [&](V_INT i) {
+    if (i == 0 || differ(sorted[kept - 1], sorted[i])) {
       sorted[kept++] = sorted[i];
     }
-  }
+  });
   return kept;
 }
 
@@ -50,13 +52,17 @@ ALGEB denseRanks(VKernelVector kv, const ALGEB* sorted, V_INT n) {
   }
   V_INT counter = 1;
   ALGEB value = sorted[0];
+  constexpr int kEntryCost = 1000;  // operations for an entry of a large host table, near enough
+  vexel::kernels::Lookout lookout;
   for (V_INT i = 1; i < n; ++i) {
+    lookout.done(1);
     if (sorted[i] == value) {
       continue;
     }
     if (IsVexelNumeric(kv, value) == 0) {
       VexelRaiseError1(kv, "expected: numeric data, received: %1", value);
     }
+    lookout.done(kEntryCost);
     VexelTableAssign(kv, table, value, ToVexelInteger(kv, counter++));
     value = sorted[i];
   }
@@ -109,9 +115,7 @@ STATS_ENTRY(STATS_VexelRankSort_HW) {
   STATS_RankSortDataBlock_HW(kv, RTableDataBlock(kv, data), ranks, n, settings.data_type,
                              VexelToV_BOOL(kv, arg[3]));
   if (arg.integer(2) != 0) {
-    for (V_INT i = 0; i < n; ++i) {
-      ++ranks[i];
-    }
+    vexel::kernels::forEach(n, [=](V_INT i) { ++ranks[i]; });
     return result;
   }
   ALGEB sorted = STATS_CreateLike_HW(kv, settings, lower, n);

@@ -16,8 +16,9 @@
 #include "kernel/data_sample.hpp"
 #include "kernel/element_types.hpp"
 #include "kernel/entry_frame.hpp"
-#include "kernel/interrupt.hpp"
+#include "kernels/lookout.hpp"
 #include "kernels/tallies/count_table.hpp"
+#include "kernels/watch.hpp"
 
 namespace {
 
@@ -46,12 +47,12 @@ void storeCount(VKernelVector kv, ALGEB table, T value, std::int64_t count, int 
 template <typename T>
 void tallyByBits(VKernelVector kv, ALGEB table, const T* x, V_INT n, int dataType) {
   vexel::kernels::CountTable counts;
-  for (V_INT i = 0; i < n; ++i) {
+  vexel::kernels::forEach(n, [&](V_INT i) {
     std::uint64_t bits = 0;
     std::memcpy(&bits, &x[i], sizeof(T));
     counts.add(bits);
-  }
-  STATS_InterruptLookout_HW lookout(kv);
+  });
+  vexel::kernels::Lookout lookout;
   for (const std::uint64_t bits : counts.keys()) {
     lookout.done(kEntryCost);
     storeCount(kv, table, bits, counts.count(bits), dataType);
@@ -64,10 +65,10 @@ template <typename T>
 bool tallyByValue(VKernelVector kv, ALGEB table, const T* x, V_INT n, int dataType) {
   T smallest = x[0];
   T largest = x[0];
-  for (V_INT i = 1; i < n; ++i) {
+  vexel::kernels::forEach(n, [&](V_INT i) {
     smallest = std::min(smallest, x[i]);
     largest = std::max(largest, x[i]);
-  }
+  });
   const std::uint64_t base = static_cast<std::uint64_t>(std::int64_t{smallest});
   const std::uint64_t span = static_cast<std::uint64_t>(std::int64_t{largest}) - base;
   if (span > 2 * static_cast<std::uint64_t>(n)) {
@@ -78,12 +79,12 @@ bool tallyByValue(VKernelVector kv, ALGEB table, const T* x, V_INT n, int dataTy
   };
   std::vector<std::int64_t> counts(span + 1);
   std::vector<T> values;
-  for (V_INT i = 0; i < n; ++i) {
+  vexel::kernels::forEach(n, [&](V_INT i) {
     if (counts[cell(x[i])]++ == 0) {
       values.push_back(x[i]);
     }
-  }
-  STATS_InterruptLookout_HW lookout(kv);
+  });
+  vexel::kernels::Lookout lookout;
   for (const T value : values) {
     lookout.done(kEntryCost);
     storeCount(kv, table, value, counts[cell(value)], dataType);
@@ -150,7 +151,7 @@ STATS_ENTRY(STATS_VexelTally_HW) {
     return table;
   }
   const ALGEB one = ToVexelInteger(kv, 1);
-  STATS_InterruptLookout_HW lookout(kv);
+  vexel::kernels::Lookout lookout;
   for (V_INT i = 0; i < data.size(); ++i) {
     lookout.done(kEntryCost);
     const ALGEB key = STATS_ElementToHost_HW(kv, data[i], data.dataType());
@@ -182,7 +183,7 @@ ALGEB VexelTallySorted(VKernelVector kv, ALGEB args) {
     const ALGEB table = VexelTableAlloc(kv);
     V_INT start = 0;
     double sum = weights.given() && n > 0 ? weights[0] : 0.0;
-    STATS_InterruptLookout_HW lookout(kv);
+    vexel::kernels::Lookout lookout;
     for (V_INT i = 1; i < n; ++i) {
       lookout.done(kEntryCost);
       if (objects[i] == objects[start]) {

@@ -10,8 +10,8 @@
 #include "kernel/conversions.hpp"
 #include "kernel/entry_frame.hpp"
 #include "kernel/host_arrays.hpp"
-#include "kernel/interrupt.hpp"
 #include "kernel/sample_view.hpp"
+#include "kernels/lookout.hpp"
 #include "kernels/tallies/bins.hpp"
 
 namespace {
@@ -51,15 +51,13 @@ ALGEB binRange(VKernelVector kv, const double* edges) {
   return STATS_NewPair_HW(kv, VEXEL_TAG_RANGE, low, high);
 }
 
-void countInto(VKernelVector kv, std::uint32_t* counts, const SampleView& sample,
-               const std::vector<double>& edges, int nRanges, int m) {
-  const STATS_InterruptWatch_HW watch(kv);
+void countInto(std::uint32_t* counts, const SampleView& sample, const std::vector<double>& edges,
+               int nRanges, int m) {
   vexel::kernels::tallyInto(counts, sample.points, sample.size, edges.data(), nRanges, m);
 }
 
-void sumInto(VKernelVector kv, double* sums, const SampleView& sample,
-             const std::vector<double>& edges, int nRanges, int m) {
-  const STATS_InterruptWatch_HW watch(kv);
+void sumInto(double* sums, const SampleView& sample, const std::vector<double>& edges, int nRanges,
+             int m) {
   vexel::kernels::weightedTallyInto(sums, sample.points, sample.weights, sample.size, edges.data(),
                                     nRanges, m);
 }
@@ -69,7 +67,7 @@ template <typename Value>
 ALGEB equationList(VKernelVector kv, const std::vector<double>& edges, int nRanges, int m,
                    Value value) {
   const ALGEB list = VexelListAlloc(kv, V_INT{nRanges} * m);
-  STATS_InterruptLookout_HW lookout(kv);
+  vexel::kernels::Lookout lookout;
   for (V_INT r = 0; r < nRanges; ++r) {
     for (V_INT k = 0; k < m; ++k) {
       const V_INT cell = r * m + k;
@@ -131,13 +129,13 @@ STATS_ENTRY(STATS_VexelTallyInto_HW) {
   const std::size_t cells = static_cast<std::size_t>(nRanges) * static_cast<std::size_t>(m);
   if (given.weighted()) {
     std::vector<double> sums(cells);
-    sumInto(kv, sums.data(), sample, edges, nRanges, m);
+    sumInto(sums.data(), sample, edges, nRanges, m);
     return equationList(kv, edges, nRanges, m, [&](std::size_t cell) {
       return STATS_DoubleToVexelFloat_HW(kv, sums[cell]);
     });
   }
   std::vector<std::uint32_t> counts(cells);
-  countInto(kv, counts.data(), sample, edges, nRanges, m);
+  countInto(counts.data(), sample, edges, nRanges, m);
   return equationList(kv, edges, nRanges, m,
                       [&](std::size_t cell) { return ToVexelInteger(kv, counts[cell]); });
 }
@@ -161,7 +159,7 @@ STATS_ENTRY(STATS_VexelFrequencyData_HW) {
 
   const ALGEB binArray = STATS_CreateVector_HW(kv, RTABLE_DAG, 1, m);
   auto* const binCells = static_cast<ALGEB*>(RTableDataBlock(kv, binArray));
-  STATS_InterruptLookout_HW lookout(kv);
+  vexel::kernels::Lookout lookout;
   for (int k = 0; k < m; ++k) {
     lookout.done(kBinCost);
     binCells[k] = binRange(kv, edges.data() + k);
@@ -171,10 +169,10 @@ STATS_ENTRY(STATS_VexelFrequencyData_HW) {
   void* const cells = RTableDataBlock(kv, frequencies);
   ALGEB cumulative = nullptr;
   if (given.weighted()) {
-    sumInto(kv, static_cast<double*>(cells), sample, edges, 1, m);
+    sumInto(static_cast<double*>(cells), sample, edges, 1, m);
     cumulative = cumulativeArray<double>(kv, dataType, frequencies, m);
   } else {
-    countInto(kv, static_cast<std::uint32_t*>(cells), sample, edges, 1, m);
+    countInto(static_cast<std::uint32_t*>(cells), sample, edges, 1, m);
     cumulative = cumulativeArray<std::uint32_t>(kv, dataType, frequencies, m);
   }
   const ALGEB result = VexelListAlloc(kv, 3);

@@ -9,6 +9,7 @@
 #include "kernel/data_sample.hpp"
 #include "kernel/entry_frame.hpp"
 #include "kernels/sorting/split_by_key.hpp"
+#include "kernels/watch.hpp"
 
 namespace {
 
@@ -121,11 +122,8 @@ STATS_ENTRY(STATS_VexelWinsorize_HW) {
   };
   // A lower cut at the very end takes the largest element for the cut.
   const int lowest = std::min(parts.low, parts.count - 1);
-  for (int i = 0; i < lowest; ++i) {
-    copyElement(lowest, i);
-  }
-  for (int i = parts.high + 1; i < parts.count; ++i) {
-    copyElement(parts.high, i);
-  }
+  vexel::kernels::forEach(lowest, [&](int i) { copyElement(lowest, i); });
+  vexel::kernels::forEach(parts.count - 1 - parts.high,
+                          [&](int i) { copyElement(parts.high, parts.high + 1 + i); });
   return result;
 }

@@ -8,7 +8,6 @@
 #include "kernel/data_sample.hpp"
 #include "kernel/entry_frame.hpp"
 #include "kernel/host_arrays.hpp"
-#include "kernel/interrupt.hpp"
 #include "kernels/density/linear_binning.hpp"
 
 void STATS_CheckGrid_HW(VKernelVector kv, std::int32_t M, double a, double b) {
@@ -24,7 +23,6 @@ void STATS_CheckGrid_HW(VKernelVector kv, std::int32_t M, double a, double b) {
 
 void STATS_Discretize_HW(VKernelVector kv, std::int32_t M, double a, double b, double c, bool quiet,
                          V_INT n, const double* x, const double* w, double* out) {
-  const STATS_InterruptWatch_HW watch(kv);
   if (vexel::kernels::binLinearly(M, a, b, c, n, x, w, out) && !quiet) {
     VexelUserInfo(kv, 1, "Statistics", "missing data has been detected in the dataset, discarded.");
   }

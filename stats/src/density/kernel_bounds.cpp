@@ -7,6 +7,7 @@
 #include "kernel/data_sample.hpp"
 #include "kernel/entry_frame.hpp"
 #include "kernel/host_arrays.hpp"
+#include "kernels/watch.hpp"
 
 // STATS_VexelKernelBounds_HW(data): the list [minimum, maximum].
 //
@@ -24,12 +25,12 @@ STATS_ENTRY(STATS_VexelKernelBounds_HW) {
   }
   const double* x = sample.points();
   double ends[2] = {x[0], x[0]};
-  for (int i = 1; i < n; ++i) {
+  vexel::kernels::forEach(n, [&](int i) {
     if (x[i] < ends[0]) {
       ends[0] = x[i];
     } else if (x[i] > ends[1]) {
       ends[1] = x[i];
     }
-  }
+  });
   return STATS_FloatList_HW(kv, ends, 2);
 }

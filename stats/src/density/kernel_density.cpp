@@ -14,6 +14,7 @@
 #include "kernel/host_arrays.hpp"
 #include "kernel/interrupt.hpp"
 #include "kernels/density/kernel_transforms.hpp"
+#include "kernels/watch.hpp"
 
 namespace {
 
@@ -28,11 +29,12 @@ double hostPi(VKernelVector kv) {
 // The middle element takes the factor of frequency M/2 for odd M too, where it is the real part of
 // term (M - 1)/2 and its imaginary partner stays as it is: estimates on odd grids rely on that.
 void smooth(vexel::kernels::KernelTransform kernel, double d, std::int32_t M, double* z) {
-  for (std::int32_t k = 1; k < M / 2; ++k) {
+  vexel::kernels::forEach(M / 2 - 1, [=](std::int32_t before) {
+    const std::int32_t k = before + 1;
     const double factor = kernel(k * d);
     z[k] *= factor;
     z[M - k] *= factor;
-  }
+  });
   z[M / 2] *= kernel(M * d * 0.5);
 }
 

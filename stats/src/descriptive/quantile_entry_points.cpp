@@ -11,6 +11,7 @@
 #include "kernel/conversions.hpp"
 #include "kernel/entry_frame.hpp"
 #include "kernel/sample_view.hpp"
+#include "kernels/watch.hpp"
 
 namespace {
 
@@ -69,9 +70,9 @@ std::vector<V_INT> integers(VKernelVector kv, ALGEB given) {
 int pointsTaken(const STATS_VexelDataSample_HW& sample, bool skipMissing) {
   const double* x = sample.points();
   const int n = sample.size();
-  return skipMissing
-             ? n - static_cast<int>(std::count_if(x, x + n, [](double v) { return v != v; }))
-             : n;
+  return skipMissing ? n - static_cast<int>(
+                               vexel::kernels::countWatched(x, n, [](double v) { return v != v; }))
+                     : n;
 }
 
 }  // namespace
@@ -163,8 +164,7 @@ STATS_ENTRY(STATS_VexelMedianDeviation_HW) {
   }
   // Points and weights are reordered together, so they stay partners for the second median.
   const double median = STATS_Median_HW(view.points, view.weights, view.size);
-  for (int i = 0; i < view.size; ++i) {
-    view.points[i] = std::fabs(view.points[i] - median);
-  }
+  vexel::kernels::forEach(view.size,
+                          [=](int i) { view.points[i] = std::fabs(view.points[i] - median); });
   return STATS_DoubleToVexelFloat_HW(kv, STATS_Median_HW(view.points, view.weights, view.size));
 }

@@ -4,6 +4,7 @@
 
 #include "kernel/element_types.hpp"
 #include "kernel/host_arrays.hpp"
+#include "kernels/watch.hpp"
 
 void STATS_RequireVector_HW(VKernelVector kv, ALGEB x, const char* message) {
   if (IsVexelRTable(kv, x) == 0 || RTableNumDimensions(kv, x) != 1) {
@@ -76,13 +77,13 @@ RTableData STATS_ElementReader_HW::operator[](V_INT i) const {
 
 void STATS_ElementReader_HW::copyTo(char* out) const {
   if (block_ != nullptr) {
-    std::memcpy(out, block_, static_cast<std::size_t>(size_ * elementSize_));
+    vexel::kernels::copyWatched(block_, size_ * elementSize_, out);
     return;
   }
-  for (V_INT i = 0; i < size_; ++i) {
+  vexel::kernels::forEach(size_, [&](V_INT i) {
     const RTableData element = (*this)[i];
     std::memcpy(out + i * elementSize_, &element, static_cast<std::size_t>(elementSize_));
-  }
+  });
 }
 
 ALGEB STATS_ElementToHost_HW(VKernelVector kv, const RTableData& element, int dataType) {

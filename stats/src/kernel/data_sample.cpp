@@ -17,6 +17,7 @@
 #include "kernel/data_argument.hpp"
 #include "kernel/element_types.hpp"
 #include "kernel/host_arrays.hpp"
+#include "kernels/watch.hpp"
 
 namespace {
 
@@ -72,9 +73,9 @@ double elementToDouble(VKernelVector kv, const RTableData& element, int dataType
 void fillFromBlock(VKernelVector kv, ALGEB rtable, int dataType, double* out, int n) {
   const void* block = RTableDataBlock(kv, rtable);
   const int size = STATS_RTableDataSize_HW(kv, dataType);
-  for (int i = 0; i < n; ++i) {
+  vexel::kernels::forEach(n, [&](int i) {
     out[i] = elementToDouble(kv, STATS_BlockElement_HW(block, i, size), dataType);
-  }
+  });
 }
 
 // Elements of an array without a block, along its first dimension.
@@ -89,7 +90,7 @@ void fillBySelection(VKernelVector kv, ALGEB rtable, const RTableSettings& setti
   }
   const V_INT lower = index.front();
   const V_INT first = settings.data_type == RTABLE_DAG ? lower : 0;
-  for (int i = 0; i < n; ++i) {
+  vexel::kernels::forEach(n, [&](int i) {
     index.front() = lower + i;
     const RTableData element = RTableSelect(kv, rtable, index.data());
     const double value = elementToDouble(kv, element, settings.data_type);
@@ -97,7 +98,7 @@ void fillBySelection(VKernelVector kv, ALGEB rtable, const RTableSettings& setti
     if (position >= 0 && position < n) {
       out[position] = value;
     }
-  }
+  });
 }
 
 }  // namespace
@@ -193,30 +194,30 @@ STATS_VexelDataSample_HW::STATS_VexelDataSample_HW(VKernelVector kv, ALGEB data,
 
 int STATS_CopySimpleData_HW(const double* src, double* dst, int n, int skipMissing) {
   if (!skipMissing) {
-    std::copy_n(src, n, dst);
+    vexel::kernels::copyWatched(src, n, dst);
     return n;
   }
   int kept = 0;
-  for (int i = 0; i < n; ++i) {
+  vexel::kernels::forEach(n, [&](int i) {
     dst[kept] = src[i];  // overwritten by the next value when it is missing
     kept += src[i] == src[i];
-  }
+  });
   return kept;
 }
 
 int STATS_CopyWeightedData_HW(const double* points, const double* weights, double* dstPoints,
                               double* dstWeights, int n, int skipMissing) {
   if (!skipMissing) {
-    std::copy_n(points, n, dstPoints);
-    std::copy_n(weights, n, dstWeights);
+    vexel::kernels::copyWatched(points, n, dstPoints);
+    vexel::kernels::copyWatched(weights, n, dstWeights);
     return n;
   }
   int kept = 0;
-  for (int i = 0; i < n; ++i) {
+  vexel::kernels::forEach(n, [&](int i) {
     dstPoints[kept] = points[i];
     dstWeights[kept] = weights[i];
     kept += (points[i] == points[i]) & (weights[i] == weights[i]);
-  }
+  });
   return kept;
 }
 

@@ -7,7 +7,8 @@
 //   }
 //
 // An exception of the standard library that leaves the body (no memory, most of all) becomes a host
-// error here; the host's own errors pass untouched.
+// error here; the host's own errors pass untouched.  Kernels that the body calls may be
+// interrupted.
 #pragma once
 
 #include <vexelc/vexelc.h>
@@ -17,6 +18,7 @@
 #include <span>
 
 #include "kernel/conversions.hpp"
+#include "kernel/interrupt.hpp"
 
 // Runs body and turns standard exceptions into host errors.  The host error is raised after the
 // handler has ended, so that nothing is in flight when the host's error unwinds.
@@ -70,6 +72,7 @@ ALGEB STATS_RunEntry_HW(VKernelVector kv, Body body) {
     char text[256] = {};
   } caught;
   try {
+    const STATS_InterruptWatch_HW watch(kv);
     return body();
   } catch (const std::bad_alloc&) {
     caught.noMemory = true;

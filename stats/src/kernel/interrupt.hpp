@@ -1,49 +1,43 @@
 // Looking for an interrupt of the user's in loops that evaluate nothing on the host.
 #pragma once
 
+#include <nag2/nag2.h>
 #include <vexelc/vexelc.h>
 
-#include <cstdint>
-
 #include "kernels/watch.hpp"
+
+// A numerical library may come without it.
+#pragma weak nag2_watch
 
 // Lets the host raise a pending interrupt; cheap enough to call once in some 10^5 operations.
 inline void STATS_LookForInterrupt_HW(VKernelVector kv) { VexelEval(kv, ToVexelInteger(kv, 0)); }
 
-// While it lives, kernels that poll let the host raise a pending interrupt.  Without a host, kv
-// null, there is nobody to ask.
+// While it lives, kernels and the numerical library let the host raise a pending interrupt.  Every
+// entry point has one.  Without a host, kv null, there is nobody to ask.
 class STATS_InterruptWatch_HW {
  public:
   explicit STATS_InterruptWatch_HW(VKernelVector kv)
       : watcher_{look, kv, vexel::kernels::currentWatcher} {
-    vexel::kernels::currentWatcher = kv != nullptr ? &watcher_ : watcher_.previous;
+    if (kv != nullptr) {
+      vexel::kernels::currentWatcher = &watcher_;
+      numericsBefore_ = setNumerics({look, kv});
+    }
   }
-  ~STATS_InterruptWatch_HW() { vexel::kernels::currentWatcher = watcher_.previous; }
+  ~STATS_InterruptWatch_HW() {
+    if (watcher_.data != nullptr) {
+      vexel::kernels::currentWatcher = watcher_.previous;
+      setNumerics(numericsBefore_);
+    }
+  }
   STATS_InterruptWatch_HW(const STATS_InterruptWatch_HW&) = delete;
   STATS_InterruptWatch_HW& operator=(const STATS_InterruptWatch_HW&) = delete;
 
  private:
   static void look(void* kv, double) { STATS_LookForInterrupt_HW(static_cast<VKernelVector>(kv)); }
-
-  vexel::kernels::Watcher watcher_;
-};
-
-// Looks once in some 10^7 operations, whatever the size of the steps that it is told of.
-class STATS_InterruptLookout_HW {
- public:
-  // Without a host, kv null, there is nobody to ask.
-  explicit STATS_InterruptLookout_HW(VKernelVector kv) : kv_(kv) {}
-
-  void done(std::int64_t operations) {
-    constexpr std::int64_t kBetweenLooks = 10000000;
-    work_ += operations;
-    if (work_ >= kBetweenLooks && kv_ != nullptr) {
-      work_ = 0;
-      STATS_LookForInterrupt_HW(kv_);
-    }
+  static Nag2Watch setNumerics(Nag2Watch watch) {
+    return nag2_watch != nullptr ? nag2_watch(watch) : Nag2Watch{};
   }
 
- private:
-  VKernelVector kv_;
-  std::int64_t work_ = 0;
+  vexel::kernels::Watcher watcher_;
+  Nag2Watch numericsBefore_{};
 };

@@ -12,7 +12,7 @@
 #include "kernel/data_sample.hpp"
 #include "kernel/entry_frame.hpp"
 #include "kernel/host_arrays.hpp"
-#include "kernel/interrupt.hpp"
+#include "kernels/lookout.hpp"
 #include "smoothing/given_names.hpp"
 
 namespace {
@@ -120,7 +120,7 @@ STATS_ENTRY(STATS_VexelMovingMean_HW) {
   const STATS_MEAN_TYPE_HW type = STATS_ToMeanType_HW(arg.integer(6));
 
   if (recursive) {
-    STATS_InterruptLookout_HW lookout(kv);
+    vexel::kernels::Lookout lookout;
     for (int s = 0; s <= series.n - window.size; ++s) {
       series.values[V_INT{window.offset} + s] =
           STATS_Mean_HW(kv, series.values + s, series.weights, window.size, type);
