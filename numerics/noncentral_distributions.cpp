@@ -18,6 +18,7 @@
 #include "deviance.hpp"
 #include "domain_check.hpp"
 #include "incomplete_functions.hpp"
+#include "kernels/lookout.hpp"
 #include "normal_functions.hpp"
 
 using namespace nag2;
@@ -100,7 +101,10 @@ double poissonMixture(const Family& family, double mean, double tolerance, int m
   double weight = startWeight;
   double decrement = startDecrement;
   const double largest = startWeight * startTail;
+  constexpr int kTermCost = 10;  // operations, near enough
+  vexel::kernels::Lookout lookout;
   while (true) {
+    lookout.done(kTermCost);
     const double rise = mean / (top + 1.0);  // of the weights
     const double fall = rise * std::min(1.0, family.tailFall(top));
     const double bound = weight * std::min(startTail, tailBound(family, top, decrement));
@@ -118,6 +122,7 @@ double poissonMixture(const Family& family, double mean, double tolerance, int m
   double tail = family.tail(top);
   double sum = weight * tail;
   for (double j = top - 1.0; j >= 0.0; j -= 1.0) {
+    lookout.done(kTermCost);
     weight = j == start ? startWeight : weight * ((j + 1.0) / mean);
     decrement = j == start ? startDecrement : decrement / family.ratio(j);
     tail = j == start ? startTail : std::min(1.0, tail + decrement);
@@ -247,8 +252,11 @@ double trapezoid(const Integral& f, double peak, double spread, double h, double
     return f.at(peak + spread * (v - pull + 0.125)) * (1.0 + pull);
   };
   double sum = node(0.0);
+  constexpr int kNodeCost = 1000;  // operations, near enough
+  vexel::kernels::Lookout lookout;
   for (const double direction : {1.0, -1.0}) {
     for (double i = 1.0;; i += 1.0) {
+      lookout.done(kNodeCost);
       const double value = node(direction * i * h);
       sum += value;
       *nodes += 1.0;

@@ -11,6 +11,7 @@
 #include <limits>
 
 #include "gamma_law.hpp"
+#include "kernels/lookout.hpp"
 
 namespace nag2 {
 
@@ -121,6 +122,8 @@ MixtureSums mixtureSums(const Family& family, double mean, Tail which, bool asLo
   const double weightDrift = 1.0 - stride * std::fma(inverse, mean, -1.0);
   const double growthDrift = 1.0 - stride * family.drift();
   double j = top;
+  constexpr int termCost = 10;  // operations, near enough
+  vexel::kernels::Lookout lookout;
   for (int step = 1;; ++step) {
     const double product = w * d * (shape + j);
     sums.density += product;
@@ -141,6 +144,7 @@ MixtureSums mixtureSums(const Family& family, double mean, Tail which, bool asLo
       w *= weightDrift;
       d *= growthDrift;
       step = 0;
+      lookout.done(stride * termCost);
     }
     if (which == Tail::lower) {
       rest += d;

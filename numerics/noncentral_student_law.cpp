@@ -15,6 +15,7 @@
 #include <numbers>
 
 #include "inversion.hpp"
+#include "kernels/lookout.hpp"
 #include "mixture_families.hpp"
 #include "noncentral_mixture.hpp"
 #include "normal_functions.hpp"
@@ -414,7 +415,10 @@ double NoncentralStudentLaw::quantile(double p, Tail which) const {
   const double delta = positive ? delta_ : -delta_;
   const double first = positive ? from : -from;
   const double sign = turned == Tail::lower ? 1.0 : -1.0;
+  constexpr int stepCost = 1000000;  // operations where degrees of freedom are few, near enough
+  vexel::kernels::Lookout lookout;
   const auto at = [&](double x) {
+    lookout.done(stepCost);
     const Point point = pointAt(x, delta, x > delta);
     double value = turned == Tail::upper ? point.upper : point.lower;
     if (value < 0.3 && delta > 0.0 && (x > delta) != (turned == Tail::upper)) {

@@ -36,7 +36,7 @@ class InterruptsTest : public KernelTest {
 
 TEST_F(InterruptsTest, LongCallsLookOnTheWayAndEnd) {
   for (const std::string statement : {
-           "Sort_HW(A, true, false)",
+           "Sort_HW(uniform(10^7, rng = 3), true, false)",
            "Sort_HW(A, true, true)",
            "Sort_HW(J, true, false)",
            "Sort_HW(S, true, false)",
