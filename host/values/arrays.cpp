@@ -155,6 +155,18 @@ bool widenToDoubles(const ArrayObject& from, double* to) {
   }
 }
 
+// std::memcpy that an interrupt ends.
+void copyBytes(void* to, const void* from, std::size_t bytes) {
+  constexpr std::size_t kStep = std::size_t{1} << 24;
+  for (std::size_t done = 0; done < bytes; done += kStep) {
+    if (done > 0) {
+      lookAtInterrupt();
+    }
+    std::memcpy(static_cast<char*>(to) + done, static_cast<const char*>(from) + done,
+                std::min(kStep, bytes - done));
+  }
+}
+
 void copyElement(State& state, ALGEB from, std::int64_t position, ALGEB to) {
   lookAtInterrupt();
   const ArrayObject& source = arrayOf(from);
@@ -193,7 +205,7 @@ ALGEB newArray(State& state, const RTableSettings& s, const void* data, const V_
   ArrayObject& a = arrayOf(x);
   const std::size_t size = elementSize(a.type);
   if (a.storage == RTABLE_RECTANGULAR) {
-    std::memcpy(a.data, data, static_cast<std::size_t>(a.count) * size);
+    copyBytes(a.data, data, static_cast<std::size_t>(a.count) * size);
     return x;
   }
   const char* source = static_cast<const char*>(data);
@@ -234,8 +246,7 @@ ALGEB copyArray(State& state, const RTableSettings& settings, ALGEB x) {
   const bool sameOrder = from.order == to.order || from.dimensions < 2;
   if (from.data != nullptr && to.data != nullptr && sameOrder) {
     if (from.type == to.type) {
-      std::memcpy(to.data, from.data,
-                  static_cast<std::size_t>(from.count) * elementSize(from.type));
+      copyBytes(to.data, from.data, static_cast<std::size_t>(from.count) * elementSize(from.type));
       return copy;
     }
     if (to.type == RTABLE_FLOAT64 && widenToDoubles(from, static_cast<double*>(to.data))) {
