@@ -4,6 +4,9 @@
 // edition (1995), chapter 25.
 #include "vexel/distributions/beta.hpp"
 
+#include <algorithm>
+#include <cmath>
+
 #include "functions/distributions/frame.hpp"
 #include "functions/distributions/gamma_functions.hpp"
 #include "functions/distributions/maximize.hpp"
@@ -12,6 +15,44 @@
 namespace vexel {
 
 namespace detail {
+
+namespace {
+
+// The lower tail for small whole parameters, a finite sum of positive terms:
+// x^a (1 + a y + a (a + 1) / 2 y^2 + ... b terms), y = 1 - x.  N. L. Johnson, A. W. Kemp and
+// S. Kotz, Univariate Discrete Distributions, 3rd edition (2005), section 5.6.
+class WholeBetaTail {
+ public:
+  static constexpr double most = 16.0;  // a + b
+
+  static bool serves(double a, double b) {
+    return a + b <= most && a == std::floor(a) && b == std::floor(b);
+  }
+
+  WholeBetaTail(double a, double b) : power_(static_cast<int>(a)), terms_(static_cast<int>(b)) {
+    factor_[0] = 1.0;
+    for (int j = 1; j < terms_; ++j) {
+      factor_[j] = factor_[j - 1] * (a + j - 1) / j;  // a binomial coefficient
+    }
+  }
+  double operator()(double x, double y) const {
+    double sum = factor_[terms_ - 1];
+    for (int j = terms_ - 1; j-- > 0;) {
+      sum = sum * y + factor_[j];
+    }
+    for (int i = 0; i < power_; ++i) {
+      sum *= x;
+    }
+    return std::fmin(sum, 1.0);
+  }
+
+ private:
+  int power_;
+  int terms_;
+  double factor_[static_cast<int>(most)];
+};
+
+}  // namespace
 
 template <>
 struct Formulas<Beta> {
@@ -27,8 +68,23 @@ struct Formulas<Beta> {
   double logpdf(double x) const {
     return x == 0.0 || x == 1.0 ? std::log(end(x)) : beta().logDensity(at(x));
   }
-  double cdf(double x) const { return beta().tail(at(x), nag2::Tail::lower); }
-  double sf(double x) const { return beta().tail(at(x), nag2::Tail::upper); }
+  bool whole() const { return WholeBetaTail::serves(a(), b()); }
+  double cdf(double x) const {
+    return whole() ? WholeBetaTail(a(), b())(x, 1.0 - x) : beta().tail(at(x), nag2::Tail::lower);
+  }
+  double sf(double x) const {
+    return whole() ? WholeBetaTail(b(), a())(1.0 - x, x) : beta().tail(at(x), nag2::Tail::upper);
+  }
+  void cdf(std::span<const double> x, std::span<double> out) const {
+    if (!whole()) {
+      std::transform(x.begin(), x.end(), out.begin(), [&](double t) { return law.cdf(t); });
+      return;
+    }
+    const WholeBetaTail tail(a(), b());
+    std::transform(x.begin(), x.end(), out.begin(), [&](double t) {
+      return tailAt(*this, t, 0.0, 1.0, [&](double u) { return tail(u, 1.0 - u); });
+    });
+  }
   double logcdf(double x) const { return beta().logTail(at(x), nag2::Tail::lower); }
   double logsf(double x) const { return beta().logTail(at(x), nag2::Tail::upper); }
   double quantile(double p) const { return beta().quantile(p, nag2::Tail::lower).x; }

@@ -92,15 +92,15 @@ double tailAt(const Formulas<L>& formulas, double x, double below, double above,
 
 template <typename L, typename F>
 double quantileAt(const char* parameter, const Formulas<L>& formulas, double p, bool upper, F f) {
+  if (p > 0.0 && p < 1.0) [[likely]] {
+    return f(p);
+  }
   if (std::isnan(p)) {
     return p;
   }
   requireProbability(L::name, parameter, p);
-  if (p == 0.0 || p == 1.0) {
-    const Interval support = formulas.support();
-    return (p == 0.0) != upper ? support.low : support.high;
-  }
-  return f(p);
+  const Interval support = formulas.support();
+  return (p == 0.0) != upper ? support.low : support.high;
 }
 
 // A density or point probability, its logarithm where outside is -infinity.

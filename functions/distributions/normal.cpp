@@ -33,8 +33,8 @@ struct StandardNormal {
   static double sf(double z) { return cdf(-z); }
   static double logcdf(double z) { return logNormalUpper(-z); }
   static double logsf(double z) { return logNormalUpper(z); }
-  static double quantile(double p) { return nag2::normalInverse(p); }
-  static double isf(double q) { return -nag2::normalInverse(q); }
+  static double quantile(double p) { return kernels::normalQuantile(p); }
+  static double isf(double q) { return -kernels::normalQuantile(q); }
 };
 
 }  // namespace

@@ -259,6 +259,47 @@ TEST(Distributions, ArraysAreElementByElement) {
   });
 }
 
+TEST(Distributions, LongArraysAreElementByElementToo) {
+  std::vector<double> x{-INFINITY, INFINITY, NAN, -0.0};
+  std::vector<double> p{0.0, 1.0, NAN, 0.5};
+  for (int i = 0; i < 700; ++i) {
+    x.push_back((i - 300) / 40.0);
+    p.push_back(i < 20 ? std::pow(10.0, -i) : i / 700.0);
+  }
+  const auto same = [](double a, double b) { return a == b || (std::isnan(a) && std::isnan(b)); };
+  const auto check = [&](const auto &law) {
+    const std::vector<double> cdf = law.cdf(x);
+    const std::vector<double> sf = law.sf(x);
+    const std::vector<double> quantile = law.quantile(p);
+    const std::vector<double> isf = law.isf(p);
+    for (std::size_t i = 0; i < x.size(); ++i) {
+      EXPECT_TRUE(same(cdf[i], law.cdf(x[i])) && same(sf[i], law.sf(x[i]))) << x[i];
+      EXPECT_TRUE(same(quantile[i], law.quantile(p[i])) && same(isf[i], law.isf(p[i]))) << p[i];
+    }
+    std::vector<double> bad(p);
+    bad[600] = 1.5;
+    EXPECT_THROW(law.quantile(bad), std::domain_error);
+    EXPECT_THROW(law.isf(bad), std::domain_error);
+  };
+  check(vexel::Normal());
+  check(vexel::Normal(-2.5, 3.0));
+  check(vexel::Beta(2.0, 3.0));
+  check(vexel::Beta(2.5, 3.0));
+}
+
+TEST(Distributions, WholeBetaTailsAreThoseOfTheBinomialLaw) {
+  for (int a = 1; a < 16; ++a) {
+    for (int b = 1; a + b <= 16; ++b) {
+      for (const double x : {0x1p-80, 0.001, 0.3, 0.5, 0.77, 0x1.fffffp-1}) {
+        const vexel::Beta beta(a, b);
+        const vexel::Binomial binomial(a + b - 1, x);
+        EXPECT_NEAR(beta.cdf(x) / binomial.sf(a - 1), 1.0, 1e-14) << a << ' ' << b << ' ' << x;
+        EXPECT_NEAR(beta.sf(x) / binomial.cdf(a - 1), 1.0, 1e-14) << a << ' ' << b << ' ' << x;
+      }
+    }
+  }
+}
+
 // A sample as even as possible.
 template <typename L>
 std::vector<double> evenSample(const L &law, int n) {
