@@ -1,7 +1,6 @@
 // group(table, by, f, ...): a row for each group of rows with the same keys; and tallies of texts.
 
 #include <algorithm>
-#include <numeric>
 
 #include "builtins/tables/keys.hpp"
 #include "builtins/tables/tables.hpp"
@@ -25,11 +24,8 @@ std::vector<Places> groupsOf(State& state, ALGEB t, std::span<const ALGEB> by) {
     const std::vector<std::int64_t> next = keysOf(state, column);
     keys = keys.empty() ? next : combinedKeys(keys, next, false);
   }
-  Places order(keys.size());
-  std::iota(order.begin(), order.end(), 0);
-  std::stable_sort(order.begin(), order.end(), [&](std::int64_t a, std::int64_t b) {
-    return keys[static_cast<std::size_t>(a)] < keys[static_cast<std::size_t>(b)];
-  });
+  const Places order =
+      placesInOrder(keys.size(), [&](std::size_t a, std::size_t b) { return keys[a] < keys[b]; });
   std::vector<Places> groups;
   std::int64_t last = -1;
   for (const std::int64_t row : order) {
@@ -202,16 +198,14 @@ ALGEB tallyOfTexts(Call& call) {
   if (!weights.empty() && weights.size() != all.size()) {
     call.refuse("weights", "as many weights as there are values");
   }
-  std::vector<std::size_t> order(keys.size());
-  std::iota(order.begin(), order.end(), 0);
-  std::stable_sort(order.begin(), order.end(),
-                   [&](std::size_t a, std::size_t b) { return keys[a] < keys[b]; });
+  const Places order =
+      placesInOrder(keys.size(), [&](std::size_t a, std::size_t b) { return keys[a] < keys[b]; });
   const Missing missing = call.missing();
   std::int64_t left = 0;
   Handles values(state);
   std::vector<double> counts;
   for (std::size_t i = 0; i < order.size(); ++i) {
-    const std::size_t at = order[i];
+    const auto at = static_cast<std::size_t>(order[i]);
     if (keys[at] == kMissingKey) {
       if (missing == Missing::raise) {
         raise(state, "missing value at %1", newInteger(state, static_cast<std::int64_t>(at + 1)));
@@ -219,7 +213,7 @@ ALGEB tallyOfTexts(Call& call) {
       ++left;
       continue;
     }
-    if (i == 0 || keys[at] != keys[order[i - 1]]) {
+    if (i == 0 || keys[at] != keys[static_cast<std::size_t>(order[i - 1])]) {
       values.push(all[at]);
       counts.push_back(0);
     }

@@ -165,14 +165,10 @@ ALGEB sortBy(Call& call) {
       key = down[c] && key != kMissingKey ? -key : key;  // missing ones last in any case
     }
   }
-  std::vector<std::int64_t> places(count);
-  std::iota(places.begin(), places.end(), 0);
-  std::stable_sort(places.begin(), places.end(), [&](std::int64_t a, std::int64_t b) {
+  const std::vector<std::int64_t> places = placesInOrder(count, [&](std::size_t a, std::size_t b) {
     for (const auto& key : keys) {
-      const std::int64_t x = key[static_cast<std::size_t>(a)];
-      const std::int64_t y = key[static_cast<std::size_t>(b)];
-      if (x != y) {
-        return x < y;
+      if (key[a] != key[b]) {
+        return key[a] < key[b];
       }
     }
     return false;
