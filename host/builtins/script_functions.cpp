@@ -2,7 +2,6 @@
 
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 
 #include "builtins/builtins.hpp"
 #include "language/evaluator.hpp"
@@ -28,7 +27,19 @@ std::string contentsOf(State& s, const std::string& path) {
   if (!in || std::filesystem::is_directory(path, failed)) {
     raise(s, "unable to read the file %1", string(s, path));
   }
-  std::string contents(std::istreambuf_iterator<char>(in), {});
+  constexpr std::size_t kLongest = std::size_t{1} << 28;
+  constexpr std::size_t kBlock = std::size_t{1} << 20;
+  std::string contents;
+  for (std::size_t n = 0; in; contents.resize(n)) {
+    lookAtInterrupt();
+    n = contents.size();
+    contents.resize(n + kBlock);
+    in.read(contents.data() + n, kBlock);
+    n += static_cast<std::size_t>(in.gcount());
+    if (n > kLongest) {
+      raise(s, "the script %1 is too long", string(s, path));
+    }
+  }
   constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
   if (contents.starts_with(kByteOrderMark)) {
     contents.erase(0, kByteOrderMark.size());
