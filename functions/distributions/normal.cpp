@@ -52,8 +52,14 @@ struct Formulas<Normal> : LocationScale<Normal, StandardNormal, &Normal::logScal
 
  private:
   static constexpr std::size_t kChunk = 512;
+  static constexpr std::size_t kFew = 4;  // not worth the eight lanes
 
   void tails(In t, std::span<double> out, bool upper) const {
+    if (t.size() < kFew) {
+      std::transform(t.begin(), t.end(), out.begin(),
+                     [&](double x) { return upper ? Plain::sf(x) : Plain::cdf(x); });
+      return;
+    }
     double zs[kChunk];
     for (std::size_t i = 0; i < t.size(); i += kChunk) {
       const std::size_t n = std::min(kChunk, t.size() - i);
@@ -84,7 +90,7 @@ struct Formulas<Normal> : LocationScale<Normal, StandardNormal, &Normal::logScal
     for (std::size_t i = 0; i < p.size(); i += kChunk) {
       const In part = p.subspan(i, std::min(kChunk, p.size() - i));
       double* const to = out.data() + i;
-      if (!std::all_of(part.begin(), part.end(), inside)) {
+      if (part.size() < kFew || !std::all_of(part.begin(), part.end(), inside)) {
         std::transform(part.begin(), part.end(), to, [&](double q) {
           return quantileAt<Normal>(parameter, *this, q, upper,
                                     [&](double r) { return upper ? isf(r) : quantile(r); });
