@@ -111,6 +111,21 @@ inline void requireWeights(Data weights, std::size_t n) {
   }
 }
 
+// Where there are pairs, but all of weight 0, there is nothing to go by.
+inline void requireSomeWeight(const char* function, Data x, Data weights) {
+  bool pairs = false;
+  for (std::size_t i = 0; weights.given() && i < weights.size(); ++i) {
+    if (weights[i] > 0) {
+      return;
+    }
+    pairs |= weights[i] == 0 && !isMissing(x[i]);
+  }
+  if (pairs) {
+    throw std::invalid_argument(std::string(function) +
+                                ": the total of the weights must be positive, it is 0");
+  }
+}
+
 // T is what a function's result has elements of: those of the data, or doubles.
 template <typename T>
 void requireElement(Data x) {

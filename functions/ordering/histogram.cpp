@@ -106,6 +106,7 @@ FrequencyTable frequency_table(Data x, const Bins& bins, const HistogramOptions&
   HistogramOptions counted = options;
   counted.density = false;
   const HistogramResult h = histogram(x, bins, counted);
+  requireSomeWeight("frequency_table", x, options.weights);
   kernels::ExactTotals total(1);
   std::vector<double> upTo;
   for (const double c : h.counts) {

@@ -1,4 +1,5 @@
 // Trimming and winsorizing: by weight, so that a weight of 3 counts as three equal elements.
+#include <algorithm>
 #include <cmath>
 
 #include "functions/elements.hpp"
@@ -9,10 +10,11 @@ namespace vexel {
 
 namespace {
 
-void requireCut(Cut cut) {
-  if (!(cut.lower >= 0 && cut.upper >= 0 && cut.lower + cut.upper < 1)) {
-    throw std::invalid_argument(expected("cut", "fractions of at least 0, together below 1",
-                                         number(cut.lower) + " and " + number(cut.upper)));
+void requireCut(const char* function, Cut cut) {
+  if (!(cut.lower >= 0 && cut.upper >= 0 && cut.lower + cut.upper <= 1)) {
+    throw std::domain_error(std::string(function) + ": " +
+                            expected("cut", "fractions of at least 0, together at most 1",
+                                     number(cut.lower) + " and " + number(cut.upper)));
   }
 }
 
@@ -27,10 +29,11 @@ struct Cutting {
 };
 
 template <typename T>
-Cutting cutting(std::span<const T> x, Cut cut, const TrimOptions& options) {
-  requireCut(cut);
+Cutting cutting(const char* function, std::span<const T> x, Cut cut, const TrimOptions& options) {
+  requireCut(function, cut);
   const Data w = options.weights;
   requireWeights(w, x.size());
+  requireSomeWeight(function, x, w);
   Cutting result{std::vector<Fate>(x.size(), Fate::kept)};
   double total = 0;
   for (std::size_t i = 0; i < x.size(); ++i) {
@@ -90,7 +93,7 @@ std::vector<T> onElementsAs(Data x, F f) {
 template <DataElement T>
 std::vector<T> trimmed(Data x, Cut cut, const TrimOptions& options) {
   return onElementsAs<T>(x, [&](std::span<const T> elements) {
-    const Cutting cuts = cutting(elements, cut, options);
+    const Cutting cuts = cutting("trim", elements, cut, options);
     std::vector<T> out;
     for (std::size_t i = 0; i < elements.size(); ++i) {
       const Fate fate = cuts.fates[i];
@@ -105,9 +108,13 @@ std::vector<T> trimmed(Data x, Cut cut, const TrimOptions& options) {
 template <DataElement T>
 std::vector<T> winsorized(Data x, Cut cut, const TrimOptions& options) {
   return onElementsAs<T>(x, [&](std::span<const T> elements) {
-    const Cutting cuts = cutting(elements, cut, options);
+    const Cutting cuts = cutting("winsorize", elements, cut, options);
     std::vector<T> out(elements.begin(), elements.end());
     if (!cuts.keepsAny) {
+      const auto cutOff = [](Fate fate) { return fate == Fate::below || fate == Fate::above; };
+      if (std::any_of(cuts.fates.begin(), cuts.fates.end(), cutOff)) {
+        throw std::domain_error("winsorize: the cut leaves no element to set the others to");
+      }
       return out;
     }
     for (std::size_t i = 0; i < out.size(); ++i) {

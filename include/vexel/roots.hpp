@@ -127,6 +127,12 @@ inline bool straddle(const RootPoint& a, const RootPoint& b) {
   return (a.f <= 0 && b.f >= 0) || (a.f >= 0 && b.f <= 0);
 }
 
+// At a change of sign f is near 0, or near what a jump makes of it; where it has grown to this much
+// more than at the ends of the bracket, it has a pole there.
+inline bool isPole(double f, double atLow, double atHigh) {
+  return std::abs(f) > 1e4 * std::max(std::abs(atLow), std::abs(atHigh));
+}
+
 // How far b may be off.
 inline double allowance(double x, const RootOptions& options) {
   return std::max(options.tolerance, 0x1p-52) * std::abs(x) + std::numeric_limits<double>::min();
@@ -296,8 +302,8 @@ std::pair<RootPoint, RootPoint> searchBothWays(RootProblem<F>& f) {
 }  // namespace detail
 
 // The root of f(x) = target in a bracket: f - target has different signs at its ends, or is 0 at
-// one of them.  f may rise or fall, jump (then the place of the jump is found) and be infinite; it
-// is evaluated at the ends first and never outside them.
+// one of them.  f may rise or fall, jump (then the place of the jump is found) and be infinite at
+// the ends; it is evaluated at the ends first and never outside them.
 //
 // Brent's method, or Newton's with a derivative.  The root is within the tolerance of a change of
 // sign of f as computed.  RootError for a NaN, for ends with the same sign and for a spent budget;
@@ -332,8 +338,13 @@ Root find_root(F&& f, Bracket bracket, const RootOptions& options = {}) {
   if (b.f == 0) {
     return problem.result(b);
   }
-  return options.derivative ? detail::newton(problem, a, b, options)
-                            : detail::brent(problem, a, b, options);
+  const Root root = options.derivative ? detail::newton(problem, a, b, options)
+                                       : detail::brent(problem, a, b, options);
+  if (detail::isPole(root.value, a.f, b.f)) {
+    detail::raiseRootError("f - target changes its sign at a pole, not at a root", root.root,
+                           root.root, {root.root, root.value});
+  }
+  return root;
 }
 
 struct IntegerOptions {

@@ -1,4 +1,5 @@
 // Moving statistics, filters, autocorrelation; hypothesis tests.
+#include <algorithm>
 #include <vexel/hypothesis.hpp>
 #include <vexel/series.hpp>
 
@@ -84,6 +85,10 @@ py::object autocorrelationOf(py::handle object, py::handle lags, py::handle poli
   std::vector<std::size_t> at = readLags(lags);
   if (PyIndex_Check(lags.ptr()) && !py::isinstance<py::array>(lags)) {
     const std::size_t last = at.at(0);
+    if (last >= static_cast<std::size_t>(std::max<py::ssize_t>(x.size(), 1))) {
+      throw py::value_error("lags: less than the number of elements, " + std::to_string(x.size()) +
+                            ", is allowed, " + std::to_string(last) + " came");
+    }
     at.clear();
     for (std::size_t k = 0; k <= last; ++k) {
       at.push_back(k);

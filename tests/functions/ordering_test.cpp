@@ -371,8 +371,11 @@ TEST(Ordering, ErrorsSayWhatCame) {
               vx::histogram(x, {1.0, 0.5});
             }),
             "bins: expected edges that do not fall, got 0.5 at position 1");
-  EXPECT_EQ(message([&] { vx::trim(x, 0.5); }),
-            "cut: expected fractions of at least 0, together below 1, got 0.5 and 0.5");
+  EXPECT_EQ(message([&] { vx::trim(x, 0.6); }),
+            "trim: cut: expected fractions of at least 0, together at most 1, got 0.6 and 0.6");
+  const std::string nothing = "the total of the weights must be positive, it is 0";
+  EXPECT_EQ(message([&] { vx::mode(x, {.weights = {0, 0}}); }), "mode: " + nothing);
+  EXPECT_EQ(message([&] { vx::trim(x, 0.1, {.weights = {0, 0}}); }), "trim: " + nothing);
   EXPECT_EQ(message([&] { vx::sort(Doubles{kNan}, {.missing = vx::Missing::raise}); }),
             "x has missing values (NaN)");
   EXPECT_EQ(message([&] {

@@ -196,4 +196,13 @@ TEST(FindInteger, FindsTheSmallest) {
                std::invalid_argument);
 }
 
+TEST(FindRoot, TellsAPoleFromARootAndFromAJump) {
+  const auto inverse = [](double t) { return 1 / (t - 0.3); };
+  EXPECT_THROW(vexel::find_root(inverse, {-1.0, 1.0}), vexel::RootError);
+  EXPECT_THROW(vexel::find_root([](double t) { return std::tan(t); }, {1.0, 2.0}),
+               vexel::RootError);
+  const auto jump = [](double t) { return t < 0.3 ? -2 + t : 5 - t; };
+  EXPECT_NEAR(vexel::find_root(jump, {-1.0, 1.0}).root, 0.3, 1e-15);
+}
+
 }  // namespace
