@@ -349,7 +349,7 @@ constexpr FunctionRow kRows[] = {
     {"log_likelihood", "law, x; weights, missing = propagate",
      "the sum of the logarithms of the densities", "log_likelihood(Exponential(2), [1, 2, 3]);",
      logLikelihood},
-    {"sample", "law, size = 1, rng", "exact variates of a law", "sample(Gamma(2, 3), 2, rng = 42);",
+    {"sample", "law, size = 1, rng = none", "exact variates of a law", "sample(Gamma(2, 3), 2, rng = 42);",
      sample},
     {"fit", "law, x; n, population, drawn, weights, missing = propagate",
      "the law of that name with the largest likelihood", "fit(Exponential, [1, 2, 6]);", fit},
