@@ -60,9 +60,12 @@ bool readElement(PyObject* item, double& value) {
 
 }  // namespace
 
-Input::Input(py::handle object, const char* name) : name_(name) {
+Input::Input(py::handle object, const char* name, bool mayBeNone) : name_(name) {
   PyObject* const p = object.ptr();
   if (p == Py_None) {
+    if (!mayBeNone) {
+      throw py::type_error(std::string(name) + ": numbers are expected, None came");
+    }
     return;
   }
   given_ = true;
@@ -201,6 +204,36 @@ Data Input::flat() {
   return lane(0, 0);
 }
 
+namespace {
+
+// The first byte of an array and the one behind its last.
+std::pair<const char*, const char*> bounds(const char* data, std::span<const py::ssize_t> shape,
+                                           const py::ssize_t* strides, std::size_t width) {
+  const char* low = data;
+  const char* high = data + width;
+  for (std::size_t i = 0; i < shape.size(); ++i) {
+    if (shape[i] == 0) {
+      return {data, data};
+    }
+    const py::ssize_t reach = (shape[i] - 1) * strides[i];
+    (reach < 0 ? low : high) += reach;
+  }
+  return {low, high};
+}
+
+}  // namespace
+
+bool Input::overlaps(const py::array& array) const {
+  if (data_ == nullptr) {
+    return false;
+  }
+  const auto mine = bounds(data_, shape(), strides_, elementSize(element_));
+  const auto its = bounds(static_cast<const char*>(array.data()),
+                          {array.shape(), static_cast<std::size_t>(array.ndim())}, array.strides(),
+                          static_cast<std::size_t>(array.itemsize()));
+  return mine.first < its.second && its.first < mine.second;
+}
+
 py::object Input::array() const {
   if (owner_ || !given_) {
     return owner_ ? owner_ : py::none();
@@ -280,6 +313,19 @@ std::span<double> contiguousDoubles(py::array& array) {
   return {static_cast<double*>(array.mutable_data()), static_cast<std::size_t>(array.size())};
 }
 
+Interval readPair(py::handle pair, const char* name, bool open) {
+  const Input ends(pair, name);
+  if (ends.dimensions() != 1 || ends.size() != 2) {
+    refuseValue(name, "a pair (low, high)", pair);
+  }
+  const auto end = [&](py::ssize_t i, double infinity) {
+    const py::object given = pair[py::int_(i)];
+    return open && given.is_none() ? infinity : ends.lane(0, 0)[static_cast<std::size_t>(i)];
+  };
+  constexpr double infinity = std::numeric_limits<double>::infinity();
+  return {end(0, -infinity), end(1, infinity)};
+}
+
 std::string shapeText(std::span<const py::ssize_t> shape) {
   std::string text = "(";
   for (std::size_t i = 0; i < shape.size(); ++i) {
@@ -289,15 +335,14 @@ std::string shapeText(std::span<const py::ssize_t> shape) {
 }
 
 std::string shortText(py::handle object) {
-  if (py::isinstance<py::array>(object) || py::isinstance<py::list>(object) ||
-      py::isinstance<py::tuple>(object)) {
-    return "a " + std::string(Py_TYPE(object.ptr())->tp_name) + " of length " +
-           (py::hasattr(object, "shape") && py::len(object.attr("shape")) == 0
-                ? std::string("0")
-                : std::to_string(py::len(object)));
+  PyObject* const p = object.ptr();
+  const bool text = PyUnicode_Check(p) != 0 || PyBytes_Check(p) != 0;
+  if (const Py_ssize_t n = text ? -1 : PyObject_Size(p); n >= 0) {
+    return "a " + std::string(Py_TYPE(p)->tp_name) + " of length " + std::to_string(n);
   }
-  std::string text = py::repr(object).cast<std::string>();
-  return text.size() > 80 ? text.substr(0, 77) + "..." : text;
+  PyErr_Clear();
+  const std::string shown = py::repr(object).cast<std::string>();
+  return shown.size() > 80 ? shown.substr(0, 77) + "..." : shown;
 }
 
 std::string_view textOf(py::handle object) {

@@ -18,7 +18,10 @@
 #include <utility>
 #include <vector>
 #include <vexel/data.hpp>
+#include <vexel/interval.hpp>
 #include <vexel/names.hpp>
+
+#include "scalars.hpp"
 
 namespace vexel::python {
 
@@ -28,8 +31,9 @@ namespace py = pybind11;
 // the call; needs the interpreter lock to be made and dropped, not to be read.
 class Input {
  public:
-  // `name` is the parameter's, for errors.  None is "not given".
-  Input(py::handle object, const char* name);
+  // `name` is the parameter's, for errors.  None is "not given", which is for `optional` ones.
+  static constexpr bool optional = true;
+  Input(py::handle object, const char* name, bool mayBeNone = false);
   Input(const Input&) = delete;
   Input& operator=(const Input&) = delete;
 
@@ -51,6 +55,8 @@ class Input {
   // Elements along `axis`, starting `offset` bytes behind the first.
   Data lane(int axis, std::ptrdiff_t offset) const;
   std::ptrdiff_t byteStride(int axis) const { return strides_[axis]; }
+  // Whether memory of the array may be memory of this one.
+  bool overlaps(const py::array& array) const;
   // The array itself, a list's as a new one; None where nothing was given.
   py::object array() const;
 
@@ -101,6 +107,9 @@ py::array outputArray(py::handle out, std::span<const py::ssize_t> shape,
                       Element element = Element::float64);
 // The array's memory where it is C-contiguous, otherwise nothing.
 std::span<double> contiguousDoubles(py::array& array);
+
+// A pair (low, high).  Of `open` ones None is an end at infinity.
+Interval readPair(py::handle pair, const char* name, bool open = false);
 
 // "(2, 3)", for errors.
 std::string shapeText(std::span<const py::ssize_t> shape);

@@ -55,12 +55,11 @@ namespace {
 
 // One axis, counted from the front.
 int readAxis(py::handle axis, int dimensions) {
-  const long given =
-      PyLong_AsLong(py::reinterpret_steal<py::object>(PyNumber_Index(axis.ptr())).ptr());
-  if (PyErr_Occurred() != nullptr) {
-    throw py::error_already_set();
+  if (PyIndex_Check(axis.ptr()) == 0 || PyBool_Check(axis.ptr()) != 0) {
+    refuseKind("axis", "a whole number", axis);
   }
-  const long found = given < 0 ? given + dimensions : given;
+  const std::int64_t given = readWhole(axis, "axis");
+  const std::int64_t found = given < 0 ? given + dimensions : given;
   if (found < 0 || found >= dimensions) {
     throw py::value_error("axis: from " + std::to_string(-dimensions) + " to " +
                           std::to_string(dimensions - 1) + " is allowed for an array of " +
@@ -199,7 +198,7 @@ py::object reduceAxes(const Input& x, const Input& weights, const ReduceArgument
                       std::span<const py::ssize_t> leading, const Reduction& reduction) {
   const py::tuple joinedAxes = pythonHelper("join_axes")(x.array(), weights.array(), a.axis);
   Input joinedX(joinedAxes[0], x.name());
-  Input joinedWeights(joinedAxes[1], weights.name());
+  Input joinedWeights(joinedAxes[1], weights.name(), Input::optional);
   const py::int_ last(-1);
   const py::object values =
       reduce(joinedX, joinedWeights, {last, false, py::none(), a.progress}, leading, reduction);
@@ -242,13 +241,18 @@ py::object reduce(Input& x, Input& weights, const ReduceArguments& a,
 
 namespace {
 
+// Where results share memory with what they are made from, they are made elsewhere and copied.
+bool overlap(const Input& x, const Input& weights, const py::array& result) {
+  return x.overlaps(result) || weights.overlaps(result);
+}
+
 // The mapping of all elements as one dimension.
 py::array mapAll(Input& x, Input& weights, const MapArguments& a, const Mapping& mapping) {
   const Data w = x.dimensions() <= 1 ? weights.vector() : flatWeights(weights, x);
   const Data data = x.flat();
   const py::ssize_t shape[] = {static_cast<py::ssize_t>(data.size())};
   py::array result = outputArray(a.out, shape, a.element);
-  const bool direct = (result.flags() & py::array::c_style) != 0;
+  const bool direct = (result.flags() & py::array::c_style) != 0 && !overlap(x, weights, result);
   py::array place = direct ? result : makeArray(a.element, shape);
   std::size_t written = 0;
   {
@@ -291,6 +295,12 @@ py::array map(Input& x, Input& weights, const MapArguments& a, const Mapping& ma
   const Lanes lanes(x, along);
   const WeightLanes weightLanes(weights, x, along);
   py::array result = outputArray(a.out, x.shape(), a.element);
+  if (overlap(x, weights, result)) {
+    const py::object out = result;
+    result = map(x, weights, {a.axis, py::none(), a.progress, a.element}, mapping);
+    out[py::ellipsis()] = result;
+    return out;
+  }
   std::vector<py::ssize_t> strides(result.strides(), result.strides() + result.ndim());
   const std::ptrdiff_t step = strides[static_cast<std::size_t>(along)];
   strides.erase(strides.begin() + along);
@@ -346,7 +356,7 @@ py::object pointwise(Input& x, py::handle out, const Pointwise& f) {
   }
   py::array result = outputArray(out, x.shape());
   const Data data = x.flat();
-  const bool direct = (result.flags() & py::array::c_style) != 0;
+  const bool direct = (result.flags() & py::array::c_style) != 0 && !x.overlaps(result);
   py::array place = direct ? result : py::array(makeArray(Element::float64, shapeOf(result)));
   auto* const to = static_cast<double*>(place.mutable_data());
   inPieces(data.size(), [&](std::size_t begin, std::size_t end) {

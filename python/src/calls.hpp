@@ -97,9 +97,14 @@ void inPieces(std::size_t n, F f) {
 
 // ---- without data
 
+// The shape that a size means: nothing for None.
+std::optional<std::vector<py::ssize_t>> readSize(py::handle size, const char* name);
+
 // `out` filled, or a new array of the shape `size` (a whole number or a tuple); without either one
 // value.
-py::object fillDoubles(py::handle size, py::handle out, const std::function<double()>& one,
+// `name` is the parameter's for the shape, "n" or "size".
+py::object fillDoubles(const char* name, py::handle size, py::handle out,
+                       const std::function<double()>& one,
                        const std::function<void(std::span<double>)>& many);
 
 }  // namespace vexel::python

@@ -30,7 +30,7 @@ struct Compiled {
 
 // A callable of one float or (vectorized) of an array; an integer is the address of a compiled
 // double(double); a capsule holds a Compiled.
-FunctionOfSpans functionOf(py::handle f, bool vectorized) {
+FunctionOfSpans functionOf(py::handle f, bool vectorized, const char* name) {
   auto kept = shared(f);
   if (py::isinstance<py::capsule>(f)) {
     const auto* compiled =
@@ -68,33 +68,23 @@ FunctionOfSpans functionOf(py::handle f, bool vectorized) {
       }
     };
   }
-  return [kept](std::span<const double> x, std::span<double> y) {
+  return [kept, name](std::span<const double> x, std::span<double> y) {
     const py::gil_scoped_acquire lock;
     for (std::size_t i = 0; i < x.size(); ++i) {
-      y[i] = (*kept)(py::float_(x[i])).cast<double>();
+      y[i] = readResult((*kept)(py::float_(x[i])), name);
     }
   };
 }
 
-std::function<double(double)> scalarFunctionOf(py::handle f) {
+std::function<double(double)> scalarFunctionOf(py::handle f, const char* name) {
   if (f.is_none()) {
     return {};
   }
-  return [f = functionOf(f, false)](double x) {
+  return [f = functionOf(f, false, name)](double x) {
     double y = 0;
     f({&x, 1}, {&y, 1});
     return y;
   };
-}
-
-Interval readSupport(py::handle support) {
-  const Input ends(support, "support");
-  if (ends.dimensions() != 1 || ends.size() != 2) {
-    throw py::value_error("support: a pair (low, high) is allowed, " + shortText(support) +
-                          " came");
-  }
-  const Data pair = ends.lane(0, 0);
-  return {pair[0], pair[1]};
 }
 
 class OwnLawOf final : public LawFrame<OwnLaw> {
@@ -107,34 +97,36 @@ class OwnLawOf final : public LawFrame<OwnLaw> {
   py::dict parameters() const override { return {}; }
 };
 
-std::unique_ptr<OwnLawOf> densityOf(py::handle f, py::handle support, bool log,
-                                    py::handle derivative, py::handle mode, double error,
-                                    bool vectorized) {
+std::unique_ptr<OwnLawOf> densityOf(py::handle f, py::handle support, Flag<"log"> log,
+                                    py::handle derivative, py::handle mode, Number<"error"> error,
+                                    Flag<"vectorized"> vectorized) {
   const Work work(Work::keepLock);
-  DensityOptions options{.support = readSupport(support),
+  DensityOptions options{.support = readPair(support, "support", true),
                          .log = log,
-                         .derivative = scalarFunctionOf(derivative),
+                         .derivative = scalarFunctionOf(derivative, "derivative"),
                          .error = error};
   if (!mode.is_none()) {
-    options.mode = mode.cast<double>();
+    options.mode = readNumber(mode, "mode");
   }
-  return std::make_unique<OwnLawOf>(Density(functionOf(f, vectorized), options));
+  return std::make_unique<OwnLawOf>(Density(functionOf(f, vectorized, "f"), options));
 }
 
 std::unique_ptr<OwnLawOf> cumulativeOf(py::handle f, py::handle support, py::handle density,
-                                       double error, bool vectorized) {
+                                       Number<"error"> error, Flag<"vectorized"> vectorized) {
   const Work work(Work::keepLock);
   return std::make_unique<OwnLawOf>(CumulativeDistribution(
-      functionOf(f, vectorized),
-      {.support = readSupport(support), .density = scalarFunctionOf(density), .error = error}));
+      functionOf(f, vectorized, "F"), {.support = readPair(support, "support", true),
+                                       .density = scalarFunctionOf(density, "density"),
+                                       .error = error}));
 }
 
 // ---- kernel densities
 
-KernelDensity kdeOf(py::handle object, py::handle bandwidth, py::handle kernel, std::size_t points,
-                    py::handle bounds, py::handle weights, py::handle policy) {
+KernelDensity kdeOf(py::handle object, py::handle bandwidth, py::handle kernel,
+                    Count<"points"> points, py::handle bounds, py::handle weights,
+                    py::handle policy) {
   Input x(object, "x");
-  Input w(weights, "weights");
+  Input w(weights, "weights", Input::optional);
   const Data data = x.flat();
   KdeOptions options{.weights = w.flat(),
                      .kernel = choose<DensityKernel>(kernel, "kernel"),
@@ -143,10 +135,10 @@ KernelDensity kdeOf(py::handle object, py::handle bandwidth, py::handle kernel, 
   if (PyUnicode_Check(bandwidth.ptr())) {
     options.bandwidth = choose<BandwidthRule>(bandwidth, "bandwidth");
   } else {
-    options.bandwidth = bandwidth.cast<double>();
+    options.bandwidth = readNumber(bandwidth, "bandwidth");
   }
   if (!bounds.is_none()) {
-    options.bounds = readSupport(bounds);
+    options.bounds = readPair(bounds, "bounds");
   }
   const Work work(data.size());
   return vexel::kde(data, options);
@@ -192,7 +184,7 @@ void bindDensities(py::module_& m) {
       .def("sample", [](const KernelDensity& d, py::handle n, py::handle rng) {
         Generator generator(rng);
         return fillDoubles(
-            n, py::none(), [&] { return d.sample(1, *generator)[0]; },
+            "n", n, py::none(), [&] { return d.sample(1, *generator)[0]; },
             [&](std::span<double> to) { d.sample(to, *generator); });
       });
 }

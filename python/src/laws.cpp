@@ -14,32 +14,10 @@ namespace {
 
 // ---- parameters from Python and back
 
-void readParameter(py::handle value, const char* name, double& to) {
-  to = PyFloat_AsDouble(value.ptr());
-  if (to == -1.0 && PyErr_Occurred() != nullptr) {
-    PyErr_Clear();
-    throw py::type_error(std::string(name) + ": a number is expected, " + shortText(value) +
-                         " came");
-  }
-}
+void readParameter(py::handle value, const char* name, double& to) { to = readNumber(value, name); }
 
 void readParameter(py::handle value, const char* name, std::int64_t& to) {
-  double real = 0;
-  if (PyIndex_Check(value.ptr()) == 0) {
-    readParameter(value, name, real);
-    if (!(std::fabs(real) < 0x1p63) || real != std::floor(real)) {
-      throw py::value_error(std::string(name) + ": a whole number is allowed, " + shortText(value) +
-                            " came");
-    }
-    to = static_cast<std::int64_t>(real);
-    return;
-  }
-  to = PyLong_AsLongLong(py::reinterpret_steal<py::object>(PyNumber_Index(value.ptr())).ptr());
-  if (to == -1 && PyErr_Occurred() != nullptr) {
-    PyErr_Clear();
-    throw py::value_error(std::string(name) + ": below 2^63 is allowed, " + shortText(value) +
-                          " came");
-  }
+  to = readWhole(value, name);
 }
 
 // Field k of the parameters from element k of the values; data are kept by `inputs`.
@@ -53,7 +31,7 @@ typename L::Parameters readParameters(const py::tuple& values,
         const auto read = [&](const auto& f) {
           auto& to = parameters.*(f.member);
           if constexpr (std::is_same_v<std::remove_cvref_t<decltype(to)>, Data>) {
-            to = inputs.at(k).emplace(values[k], f.name).vector();
+            to = inputs.at(k).emplace(values[k], f.name, k > 0).vector();
           } else {
             readParameter(values[k], f.name, to);
           }
@@ -141,7 +119,7 @@ std::unique_ptr<AnyLaw> makeLaw(const std::string& name, const py::tuple& values
 std::unique_ptr<AnyLaw> fitLaw(const std::string& name, py::handle object, py::handle weights,
                                py::handle policy, const py::dict& given) {
   Input x(object, "x");
-  Input w(weights, "weights");
+  Input w(weights, "weights", Input::optional);
   const Data data = x.flat();
   const Data wd = w.flat();
   const Missing missing = missingPolicy(policy);
@@ -156,9 +134,6 @@ py::object evaluate(const AnyLaw& law, py::handle x, py::handle out) {
     return py::float_(law.at(f, PyFloat_AS_DOUBLE(x.ptr())));
   }
   Input input(x, f == LawFunction::quantile ? "p" : f == LawFunction::isf ? "q" : "x");
-  if (!input.given()) {
-    throw py::type_error(std::string(input.name()) + ": numbers are expected, None came");
-  }
   if (input.isNumber() && out.is_none()) {
     return py::float_(law.at(f, input.number()));
   }
@@ -169,7 +144,7 @@ py::object evaluate(const AnyLaw& law, py::handle x, py::handle out) {
 py::object likelihoodOf(const AnyLaw& law, py::handle object, py::handle weights,
                         py::handle policy) {
   Input x(object, "x");
-  Input w(weights, "weights");
+  Input w(weights, "weights", Input::optional);
   const Data data = x.flat();
   const Data wd = w.flat();
   const Missing missing = missingPolicy(policy);
@@ -184,7 +159,7 @@ py::object likelihoodOf(const AnyLaw& law, py::handle object, py::handle weights
 py::object sampleOf(const AnyLaw& law, py::handle size, py::handle rng, py::handle out) {
   Generator generator(rng);
   const py::object values = fillDoubles(
-      size, out, [&] { return law.sample(*generator); },
+      "size", size, out, [&] { return law.sample(*generator); },
       [&](std::span<double> to) { law.sample(to, *generator); });
   if (!law.whole() || !out.is_none()) {
     return values;
@@ -193,6 +168,19 @@ py::object sampleOf(const AnyLaw& law, py::handle size, py::handle rng, py::hand
 }
 
 py::tuple pairOf(const Interval& interval) { return py::make_tuple(interval.low, interval.high); }
+
+// Of one level, or of an array of them.
+py::tuple intervalOf(const AnyLaw& law, py::handle object) {
+  Input level(object, "level");
+  const auto end = [&](double Interval::*which) {
+    return pointwise(level, py::none(), [&](const Data& data, std::span<double> to) {
+      for (std::size_t i = 0; i < to.size(); ++i) {
+        to[i] = law.interval(data[i]).*which;
+      }
+    });
+  };
+  return py::make_tuple(end(&Interval::low), end(&Interval::high));
+}
 
 py::tuple ksTestOf(py::handle object, const AnyLaw& law, py::handle policy) {
   Input x(object, "x");
@@ -219,7 +207,7 @@ void bindLaws(py::module_& m) {
       .def("logsf", &evaluate<LawFunction::logsf>)
       .def("quantile", &evaluate<LawFunction::quantile>)
       .def("isf", &evaluate<LawFunction::isf>)
-      .def("interval", [](const AnyLaw& l, double level) { return pairOf(l.interval(level)); })
+      .def("interval", &intervalOf)
       .def("support", [](const AnyLaw& l) { return pairOf(l.support()); })
       .def("mean", &AnyLaw::mean)
       .def("var", &AnyLaw::var)

@@ -26,7 +26,7 @@ auto byElement(Element element, F&& f) {
 py::array sortOf(py::handle object, py::handle axis, py::handle policy, py::handle out,
                  py::handle progress) {
   Input x(object, "x");
-  Input none(py::none(), "weights");
+  Input none(py::none(), "weights", Input::optional);
   const SortOptions options{.missing = missingPolicy(policy)};
   return byElement(x.element(), [&]<typename T>() {
     return map(x, none, {axis, out, progress, x.element()},
@@ -39,7 +39,7 @@ py::array sortOf(py::handle object, py::handle axis, py::handle policy, py::hand
 py::array argsortOf(py::handle object, py::handle axis, py::handle policy, py::handle out,
                     py::handle progress) {
   Input x(object, "x");
-  Input none(py::none(), "weights");
+  Input none(py::none(), "weights", Input::optional);
   const SortOptions options{.missing = missingPolicy(policy)};
   return map(x, none, {axis, out, progress, Element::int64},
              [&](const Data& lane, const Data&, void* to) {
@@ -52,7 +52,7 @@ py::array argsortOf(py::handle object, py::handle axis, py::handle policy, py::h
 py::array rankOf(py::handle object, py::handle method, py::handle axis, py::handle policy,
                  py::handle out, py::handle progress) {
   Input x(object, "x");
-  Input none(py::none(), "weights");
+  Input none(py::none(), "weights", Input::optional);
   const RankOptions options{.method = choose<RankMethod>(method, "method"),
                             .missing = missingPolicy(policy)};
   return map(x, none, {axis, out, progress}, [&](const Data& lane, const Data&, void* to) {
@@ -63,7 +63,7 @@ py::array rankOf(py::handle object, py::handle method, py::handle axis, py::hand
 
 py::tuple tallyOf(py::handle object, py::handle weights, py::handle policy, py::handle progress) {
   Input x(object, "x");
-  Input w(weights, "weights");
+  Input w(weights, "weights", Input::optional);
   const Data data = x.flat();
   const TallyOptions options{.weights = w.flat(), .missing = missingPolicy(policy)};
   return byElement(x.element(), [&]<typename T>() -> py::tuple {
@@ -78,9 +78,9 @@ py::tuple tallyOf(py::handle object, py::handle weights, py::handle policy, py::
 }
 
 py::object modeOf(py::handle object, py::handle weights, py::handle policy, py::handle axis,
-                  bool keepdims, py::handle progress) {
+                  Flag<"keepdims"> keepdims, py::handle progress) {
   Input x(object, "x");
-  Input w(weights, "weights");
+  Input w(weights, "weights", Input::optional);
   const Missing missing = missingPolicy(policy);
   return reduce(x, w, {axis, keepdims, py::none(), progress}, {},
                 [&](const Data& lane, const Data& wl, double* result) {
@@ -93,35 +93,26 @@ Bins readBins(py::handle bins, std::optional<Input>& place) {
   if (PyUnicode_Check(bins.ptr())) {
     return choose<BinRule>(bins, "bins");
   }
-  if (PyIndex_Check(bins.ptr()) && !py::isinstance<py::array>(bins)) {
-    return bins.cast<std::int64_t>();
-  }
   place.emplace(bins, "bins");
+  if (place->isNumber()) {
+    return readWhole(bins, "bins", 1);
+  }
   return place->vector();
 }
 
-std::optional<Interval> readRange(py::handle range, const char* name) {
-  if (range.is_none()) {
-    return std::nullopt;
-  }
-  const Input ends(range, name);
-  if (ends.dimensions() != 1 || ends.size() != 2) {
-    throw py::value_error(std::string(name) + ": a pair (low, high) is allowed, " +
-                          shortText(range) + " came");
-  }
-  const Data pair = ends.lane(0, 0);
-  return Interval{pair[0], pair[1]};
+std::optional<Interval> readRange(py::handle range) {
+  return range.is_none() ? std::nullopt : std::optional(readPair(range, "range"));
 }
 
-py::tuple histogramOf(py::handle object, py::handle bins, py::handle range, bool density,
+py::tuple histogramOf(py::handle object, py::handle bins, py::handle range, Flag<"density"> density,
                       py::handle weights, py::handle policy, py::handle progress) {
   Input x(object, "x");
-  Input w(weights, "weights");
+  Input w(weights, "weights", Input::optional);
   std::optional<Input> edges;
   const Bins how = readBins(bins, edges);
   const Data data = x.flat();
   const HistogramOptions options{.weights = w.flat(),
-                                 .range = readRange(range, "range"),
+                                 .range = readRange(range),
                                  .density = density,
                                  .missing = missingPolicy(policy)};
   HistogramResult result;
@@ -136,12 +127,12 @@ py::tuple histogramOf(py::handle object, py::handle bins, py::handle range, bool
 py::tuple frequencyTableOf(py::handle object, py::handle bins, py::handle range, py::handle weights,
                            py::handle policy, py::handle progress) {
   Input x(object, "x");
-  Input w(weights, "weights");
+  Input w(weights, "weights", Input::optional);
   std::optional<Input> edges;
   const Bins how = readBins(bins, edges);
   const Data data = x.flat();
   const HistogramOptions options{
-      .weights = w.flat(), .range = readRange(range, "range"), .missing = missingPolicy(policy)};
+      .weights = w.flat(), .range = readRange(range), .missing = missingPolicy(policy)};
   FrequencyTable t;
   {
     const Work work(data.size(), progress);
@@ -155,7 +146,7 @@ py::tuple frequencyTableOf(py::handle object, py::handle bins, py::handle range,
 py::array cumulativeOf(py::handle object, py::handle kind, py::handle weights, py::handle policy,
                        py::handle axis, py::handle out, py::handle progress) {
   Input x(object, "x");
-  Input w(weights, "weights");
+  Input w(weights, "weights", Input::optional);
   CumulativeOptions options{.kind = choose<Cumulative>(kind, "kind"),
                             .missing = missingPolicy(policy)};
   return map(x, w, {axis, out, progress}, [&](const Data& lane, const Data& wl, void* to) {
@@ -166,10 +157,10 @@ py::array cumulativeOf(py::handle object, py::handle kind, py::handle weights, p
   });
 }
 
-py::array trimOf(py::handle object, double lower, double upper, py::handle weights,
+py::array trimOf(py::handle object, Number<"cut"> lower, Number<"cut"> upper, py::handle weights,
                  py::handle policy, py::handle progress) {
   Input x(object, "x");
-  Input w(weights, "weights");
+  Input w(weights, "weights", Input::optional);
   const Data data = x.flat();
   const TrimOptions options{.weights = w.flat(), .missing = missingPolicy(policy)};
   return byElement(x.element(), [&]<typename T>() -> py::array {
@@ -182,10 +173,11 @@ py::array trimOf(py::handle object, double lower, double upper, py::handle weigh
   });
 }
 
-py::array winsorizeOf(py::handle object, double lower, double upper, py::handle weights,
-                      py::handle policy, py::handle axis, py::handle out, py::handle progress) {
+py::array winsorizeOf(py::handle object, Number<"cut"> lower, Number<"cut"> upper,
+                      py::handle weights, py::handle policy, py::handle axis, py::handle out,
+                      py::handle progress) {
   Input x(object, "x");
-  Input w(weights, "weights");
+  Input w(weights, "weights", Input::optional);
   const Missing missing = missingPolicy(policy);
   return byElement(x.element(), [&]<typename T>() {
     return map(

@@ -11,15 +11,16 @@ std::uint64_t readSeed(py::handle seed, const char* name) {
   const py::object whole = py::reinterpret_steal<py::object>(PyNumber_Index(seed.ptr()));
   if (!whole) {
     PyErr_Clear();
-    throw py::type_error(std::string(name) +
-                         ": a Random, a whole number from 0 to 2^64 - 1 or None is allowed, " +
-                         shortText(seed) + " came");
+    refuseKind(name,
+               std::string_view(name) == "rng"
+                   ? "a Random, a whole number from 0 to 2^64 - 1 or None"
+                   : "a whole number from 0 to 2^64 - 1",
+               seed);
   }
   const std::uint64_t value = PyLong_AsUnsignedLongLong(whole.ptr());
   if (PyErr_Occurred() != nullptr) {
     PyErr_Clear();
-    throw py::value_error(std::string(name) + ": from 0 to 2^64 - 1 is allowed, " +
-                          shortText(seed) + " came");
+    refuseValue(name, "from 0 to 2^64 - 1", seed);
   }
   return value;
 }
@@ -39,33 +40,27 @@ Generator::Generator(py::handle rng) {
   }
 }
 
-namespace {
-
-// The shape that `size` means: None (one value), a whole number or a tuple of them.
-std::optional<std::vector<py::ssize_t>> readSize(py::handle size) {
+// None is one value; else a whole number or a tuple or list of them.
+std::optional<std::vector<py::ssize_t>> readSize(py::handle size, const char* name) {
   if (size.is_none()) {
     return std::nullopt;
   }
   std::vector<py::ssize_t> shape;
-  if (PyIndex_Check(size.ptr())) {
-    shape.push_back(size.cast<py::ssize_t>());
-  } else {
-    shape = size.cast<std::vector<py::ssize_t>>();
-  }
-  for (const auto n : shape) {
-    if (n < 0) {
-      throw py::value_error("size: from 0 is allowed, " + std::to_string(n) + " came");
+  if (PyTuple_Check(size.ptr()) || PyList_Check(size.ptr())) {
+    for (const py::handle n : size) {
+      shape.push_back(readWhole(n, name, 0));
     }
+  } else {
+    shape.push_back(readWhole(size, name, 0));
   }
   return shape;
 }
 
-}  // namespace
-
 // Fills `out`, a new array of the shape `size`, or gives one value.
-py::object fillDoubles(py::handle size, py::handle out, const std::function<double()>& one,
+py::object fillDoubles(const char* name, py::handle size, py::handle out,
+                       const std::function<double()>& one,
                        const std::function<void(std::span<double>)>& many) {
-  const auto shape = readSize(size);
+  const auto shape = readSize(size, name);
   if (!shape && out.is_none()) {
     return py::float_(one());
   }
@@ -101,7 +96,7 @@ namespace {
 // The same for integers.
 py::object fillIntegers(py::handle size, py::handle out, const std::function<std::int64_t()>& one,
                         const std::function<void(std::span<std::int64_t>)>& many) {
-  const auto shape = readSize(size);
+  const auto shape = readSize(size, "n");
   if (!shape && out.is_none()) {
     return py::int_(one());
   }
@@ -124,10 +119,37 @@ py::object fillIntegers(py::handle size, py::handle out, const std::function<std
   return result;
 }
 
-py::object integersOf(Random& rng, std::int64_t low, py::handle high, py::handle size,
+// Integers up to the largest, 2^63 - 1: drawn one lower and moved, since 2^63 is no int64.
+py::object integersToLast(Random& rng, std::int64_t low, py::handle size, py::handle out) {
+  constexpr auto last = std::numeric_limits<std::int64_t>::max();
+  if (low == -last - 1) {
+    return fillIntegers(
+        size, out, [&] { return static_cast<std::int64_t>(rng.bits()); },
+        [&](std::span<std::int64_t> place) {
+          for (auto& k : place) {
+            k = static_cast<std::int64_t>(rng.bits());
+          }
+        });
+  }
+  return fillIntegers(
+      size, out, [&] { return rng.integers(low - 1, last) + 1; },
+      [&](std::span<std::int64_t> place) {
+        rng.integers(low - 1, last, place);
+        for (auto& k : place) {
+          ++k;
+        }
+      });
+}
+
+py::object integersOf(Random& rng, py::handle low, py::handle high, py::handle size,
                       py::handle out) {
-  const std::int64_t from = high.is_none() ? 0 : low;
-  const std::int64_t to = high.is_none() ? low : high.cast<std::int64_t>();
+  const char* const upper = high.is_none() ? "low" : "high";
+  const py::handle end = high.is_none() ? low : high;
+  const std::int64_t from = high.is_none() ? 0 : readWhole(low, "low");
+  if (PyLong_Check(end.ptr()) && end.equal(py::int_(std::uint64_t{1} << 63U))) {
+    return integersToLast(rng, from, size, out);
+  }
+  const std::int64_t to = readWhole(end, upper);
   return fillIntegers(
       size, out, [&] { return rng.integers(from, to); },
       [&](std::span<std::int64_t> place) { rng.integers(from, to, place); });
@@ -137,15 +159,15 @@ py::object bitsOf(Random& rng, py::handle size) {
   if (size.is_none()) {
     return py::int_(rng.bits());
   }
-  py::array_t<std::uint64_t> result(*readSize(size));
+  py::array_t<std::uint64_t> result(*readSize(size, "n"));
   rng.bits({result.mutable_data(), static_cast<std::size_t>(result.size())});
   return result;
 }
 
 py::array choiceOf(std::size_t size, std::size_t n, py::handle rng, py::handle weights,
-                   bool replace) {
+                   Flag<"replace"> replace) {
   Generator generator(rng);
-  Input w(weights, "weights");
+  Input w(weights, "weights", Input::optional);
   const ChoiceOptions options{.weights = w.vector(), .replace = replace};
   std::vector<std::int64_t> result;
   {
@@ -155,7 +177,7 @@ py::array choiceOf(std::size_t size, std::size_t n, py::handle rng, py::handle w
   return adopt(std::move(result));
 }
 
-py::array permutationOf(std::size_t n, py::handle rng) {
+py::array permutationOf(Count<"n"> n, py::handle rng) {
   Generator generator(rng);
   std::vector<std::int64_t> result;
   {
@@ -215,16 +237,25 @@ py::dict stateOf(const Random& rng) {
   return state;
 }
 
-void setState(Random& rng, const py::dict& state) {
+void setState(Random& rng, py::handle state) {
+  if (!PyDict_Check(state.ptr())) {
+    refuseKind("state", "a dictionary as `state` gives it", state);
+  }
+  for (const char* const key : {"seed", "block", "position", "lanes"}) {
+    if (!state.contains(key)) {
+      throw py::value_error("state: seed, block, position and lanes are expected, one without " +
+                            std::string(key) + " came");
+    }
+  }
   RandomState s;
-  s.seed = state["seed"].cast<std::uint64_t>();
-  s.block = state["block"].cast<std::uint64_t>();
-  s.position = state["position"].cast<std::uint32_t>();
+  s.seed = readSeed(state["seed"], "state: seed");
+  s.block = readSeed(state["block"], "state: block");
+  s.position = static_cast<std::uint32_t>(readWhole(state["position"], "state: position", 0, 7));
   const auto lanes =
-      py::array_t<std::uint64_t, py::array::c_style | py::array::forcecast>(state["lanes"]);
-  if (lanes.size() != 32) {
-    throw py::value_error("state: 8 lanes of 4 words are allowed, " + std::to_string(lanes.size()) +
-                          " words came");
+      py::array_t<std::uint64_t, py::array::c_style | py::array::forcecast>::ensure(state["lanes"]);
+  if (!lanes || lanes.size() != 32) {
+    PyErr_Clear();
+    refuseValue("state: lanes", "an array of 8 lanes of 4 words", state["lanes"]);
   }
   for (std::size_t i = 0; i < 32; ++i) {
     s.lanes[i / 4][i % 4] = lanes.data()[i];
@@ -237,8 +268,8 @@ py::bytes toBytes(const Random& rng) {
   return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
 }
 
-Random fromBytes(const py::bytes& bytes) {
-  const std::string_view text(bytes);
+Random fromBytes(py::handle bytes) {
+  const std::string_view text = readBytes(bytes, "data");
   return Random::from_bytes(std::as_bytes(std::span(text.data(), text.size())));
 }
 
@@ -263,11 +294,12 @@ py::capsule bitFunctionsOf(Random& rng) {
   });
 }
 
-py::tuple bootstrapOf(py::handle object, py::handle statistic, std::size_t replicates,
-                      double confidence, py::handle method, py::handle rng, py::handle policy,
-                      py::handle progress) {
+py::tuple bootstrapOf(py::handle object, py::handle statistic, py::handle replicateCount,
+                      Number<"confidence"> confidence, py::handle method, py::handle rng,
+                      py::handle policy, py::handle progress) {
   Input x(object, "x");
   const Data data = x.vector();
+  const auto replicates = static_cast<std::size_t>(readWhole(replicateCount, "replicates", 1));
   Generator generator(rng);
   const BootstrapOptions options{.replicates = replicates,
                                  .confidence = confidence,
@@ -277,7 +309,8 @@ py::tuple bootstrapOf(py::handle object, py::handle statistic, std::size_t repli
   if (PyCallable_Check(statistic.ptr()) != 0) {
     const Work work(Work::keepLock, progress);
     b = vexel::bootstrap(
-        data, [&](std::span<const double> y) { return statistic(toArray(y)).cast<double>(); },
+        data,
+        [&](std::span<const double> y) { return readResult(statistic(toArray(y)), "statistic"); },
         *generator, options);
   } else {
     const auto which = choose<Statistic>(statistic, "statistic");
@@ -307,17 +340,19 @@ void bindRandom(py::module_& m) {
       .def("uniform",
            [](Random& r, py::handle n, py::handle out) {
              return fillDoubles(
-                 n, out, [&] { return r.uniform(); }, [&](std::span<double> to) { r.uniform(to); });
+                 "n", n, out, [&] { return r.uniform(); },
+                 [&](std::span<double> to) { r.uniform(to); });
            })
       .def("normal",
            [](Random& r, py::handle n, py::handle out) {
              return fillDoubles(
-                 n, out, [&] { return r.normal(); }, [&](std::span<double> to) { r.normal(to); });
+                 "n", n, out, [&] { return r.normal(); },
+                 [&](std::span<double> to) { r.normal(to); });
            })
       .def("exponential",
            [](Random& r, py::handle n, py::handle out) {
              return fillDoubles(
-                 n, out, [&] { return r.exponential(); },
+                 "n", n, out, [&] { return r.exponential(); },
                  [&](std::span<double> to) { r.exponential(to); });
            })
       .def("integers", &integersOf)
@@ -329,7 +364,7 @@ void bindRandom(py::module_& m) {
       });
   py::class_<Urn>(m, "Urn")
       .def(py::init([](py::handle weights) {
-        Input w(weights, "weights");
+        Input w(weights, "weights", Input::optional);
         return Urn(w.vector());
       }))
       .def("size", &Urn::size)
@@ -339,6 +374,7 @@ void bindRandom(py::module_& m) {
             n, out, [&] { return urn.sample(*generator); },
             [&](std::span<std::int64_t> to) { urn.sample(to, *generator); });
       });
+  m.def("checked_size", [](py::handle size, const char* name) { return readSize(size, name); });
   m.def("choice", &choiceOf);
   m.def("permutation", &permutationOf);
   m.def("shuffle", &shuffleOf);

@@ -10,18 +10,20 @@ namespace vexel::python {
 
 namespace {
 
-py::array movingOf(py::handle object, std::int64_t window, py::handle statistic, py::handle q,
-                   std::int64_t minCount, py::handle align, py::handle edges, py::handle weights,
-                   py::handle policy, py::handle axis, py::handle out, py::handle progress) {
+py::array movingOf(py::handle object, Whole<"window"> window, py::handle statistic, py::handle q,
+                   Whole<"min_count"> minCount, py::handle align, py::handle edges,
+                   py::handle weights, py::handle policy, py::handle axis, py::handle out,
+                   py::handle progress) {
   if (window < 1) {
-    throw py::value_error("window: at least 1 is allowed, " + std::to_string(window) + " came");
+    throw py::value_error("window: at least 1 is allowed, " + std::to_string(window.value) +
+                          " came");
   }
   if (minCount < 0) {
-    throw py::value_error("min_count: at least 0 is allowed, " + std::to_string(minCount) +
+    throw py::value_error("min_count: at least 0 is allowed, " + std::to_string(minCount.value) +
                           " came");
   }
   Input x(object, "x");
-  Input w(weights, "weights");
+  Input w(weights, "weights", Input::optional);
   const MovingOptions options{.align = choose<Align>(align, "align"),
                               .edges = choose<Edges>(edges, "edges"),
                               .min_count = static_cast<std::size_t>(minCount),
@@ -39,23 +41,33 @@ py::array movingOf(py::handle object, std::int64_t window, py::handle statistic,
     // The lock is taken for each window.
     return along(WindowStatistic([&](std::span<const double> values) {
       const py::gil_scoped_acquire lock;
-      return statistic(toArray(values)).cast<double>();
+      return readResult(statistic(toArray(values)), "statistic");
     }));
   }
   if (textOf(statistic) == "quantile") {
-    return along(Quantile{q.cast<double>()});
+    return along(Quantile{readNumber(q, "q")});
   }
   return along(choose<Statistic>(statistic, "statistic"));
 }
 
-py::array filterOf(py::handle object, py::handle taps, bool recursive, py::handle initial,
-                   py::handle axis, py::handle out, py::handle progress) {
+std::vector<double> copyOf(const Data& data) {
+  std::vector<double> values(data.size());
+  for (std::size_t i = 0; i < values.size(); ++i) {
+    values[i] = data[i];
+  }
+  return values;
+}
+
+py::array filterOf(py::handle object, py::handle taps, Flag<"recursive"> recursive,
+                   py::handle initial, py::handle axis, py::handle out, py::handle progress) {
   Input x(object, "x");
-  Input none(py::none(), "weights");
+  Input none(py::none(), "weights", Input::optional);
   Input t(taps, "taps");
-  Input i(initial, "initial");
-  const Data weights = t.vector();
-  const FilterOptions options{.recursive = recursive, .initial = i.vector()};
+  Input i(initial, "initial", Input::optional);
+  // Copies, which `out` may not overlap.
+  const std::vector<double> weights = copyOf(t.vector());
+  const std::vector<double> before = copyOf(i.vector());
+  const FilterOptions options{.recursive = recursive, .initial = before};
   return map(x, none, {axis, out, progress}, [&](const Data& lane, const Data&, void* to) {
     vexel::filter(lane, weights, std::span(static_cast<double*>(to), lane.size()), options);
     return lane.size();
@@ -63,12 +75,9 @@ py::array filterOf(py::handle object, py::handle taps, bool recursive, py::handl
 }
 
 std::vector<std::size_t> readLags(py::handle lags) {
-  Input given(lags, "lags");
-  const Data data = given.vector();
   std::vector<std::size_t> result;
-  for (std::size_t i = 0; i < data.size(); ++i) {
-    const double lag = data[i];
-    if (!(lag >= 0 && lag < 0x1p53) || lag != static_cast<double>(static_cast<std::size_t>(lag))) {
+  for (const std::int64_t lag : readWholes(lags, "lags")) {
+    if (lag < 0) {
       throw py::value_error("lags: whole numbers from 0 are allowed, " + std::to_string(lag) +
                             " came");
     }
@@ -81,9 +90,9 @@ std::vector<std::size_t> readLags(py::handle lags) {
 py::object autocorrelationOf(py::handle object, py::handle lags, py::handle policy, py::handle axis,
                              py::handle out, py::handle progress) {
   Input x(object, "x");
-  Input none(py::none(), "weights");
+  Input none(py::none(), "weights", Input::optional);
   std::vector<std::size_t> at = readLags(lags);
-  if (PyIndex_Check(lags.ptr()) && !py::isinstance<py::array>(lags)) {
+  if (Input(lags, "lags").isNumber()) {
     const std::size_t last = at.at(0);
     if (last >= static_cast<std::size_t>(std::max<py::ssize_t>(x.size(), 1))) {
       throw py::value_error("lags: less than the number of elements, " + std::to_string(x.size()) +
@@ -115,19 +124,19 @@ py::tuple ksTestOf(py::handle object, py::handle cdf, py::handle policy) {
   const Data data = x.flat();
   const Missing missing = missingPolicy(policy);
   const Work work(Work::keepLock);
-  const auto function = [&](double t) { return cdf(py::float_(t)).cast<double>(); };
+  const auto function = [&](double t) { return readResult(cdf(py::float_(t)), "distribution"); };
   return pairOf(vexel::ks_test(data, function, {.missing = missing}));
 }
 
-py::tuple chiSquareTestOf(py::handle observed, py::handle expected, double ddof,
+py::tuple chiSquareTestOf(py::handle observed, py::handle expected, Number<"ddof"> ddof,
                           py::handle policy) {
   Input o(observed, "observed");
-  Input e(expected, "expected");
+  Input e(expected, "expected", Input::optional);
   return pairOf(
       vexel::chi_square_test(o.flat(), e.flat(), {.ddof = ddof, .missing = missingPolicy(policy)}));
 }
 
-py::tuple tTestOf(py::handle first, double mean, py::handle policy) {
+py::tuple tTestOf(py::handle first, Number<"mean"> mean, py::handle policy) {
   Input x(first, "x");
   const Data data = x.flat();
   TestResult result{};
@@ -139,7 +148,8 @@ py::tuple tTestOf(py::handle first, double mean, py::handle policy) {
   return pairOf(result);
 }
 
-py::tuple tTestOfTwo(py::handle first, py::handle second, bool equalVar, py::handle policy) {
+py::tuple tTestOfTwo(py::handle first, py::handle second, Flag<"equal_var"> equalVar,
+                     py::handle policy) {
   Input x(first, "x");
   Input y(second, "y");
   const Data a = x.flat();

@@ -15,8 +15,8 @@ py::bytes toBytes(const State& state) {
 }
 
 template <typename State>
-State fromBytes(const py::bytes& bytes) {
-  const std::string_view text(bytes);
+State fromBytes(py::handle bytes) {
+  const std::string_view text = readBytes(bytes, "data");
   return State::from_bytes(
       std::span(reinterpret_cast<const std::uint8_t*>(text.data()), text.size()));
 }
@@ -24,7 +24,7 @@ State fromBytes(const py::bytes& bytes) {
 template <typename State>
 void update(State& state, py::handle object, py::handle weights) {
   Input x(object, "x");
-  Input w(weights, "weights");
+  Input w(weights, "weights", Input::optional);
   const Data data = x.flat();
   const Data wd = w.flat();
   const Work work(data.size());
@@ -33,7 +33,7 @@ void update(State& state, py::handle object, py::handle weights) {
 
 void updateColumns(Covariance& state, py::handle object, py::handle weights) {
   Input x(object, "x");
-  Input w(weights, "weights");
+  Input w(weights, "weights", Input::optional);
   const auto shape = x.shape();
   const auto k = static_cast<py::ssize_t>(state.variables());
   if (shape.size() != 2 || shape[1] != k) {
@@ -53,9 +53,10 @@ void updateColumns(Covariance& state, py::handle object, py::handle weights) {
 template <typename State>
 py::class_<State> bindState(py::module_& m, const char* name) {
   return py::class_<State>(m, name)
-      .def("_merge", [](State& s, const State& other) { s.merge(other); })
+      .def("_merge",
+           [name](State& s, py::handle other) { s.merge(readObject<State>(other, "other", name)); })
       .def("to_bytes", &toBytes<State>)
-      .def("_assign", [](State& s, const py::bytes& bytes) { s = fromBytes<State>(bytes); });
+      .def("_assign", [](State& s, py::handle bytes) { s = fromBytes<State>(bytes); });
 }
 
 py::array matrixOf(SquareMatrix&& m) {
@@ -74,22 +75,23 @@ void bindSummaries(py::module_& m) {
       .def_property_readonly("count", &Sums::count)
       .def_property_readonly("missing", &Sums::missing);
   bindState<Moments>(m, "Moments")
-      .def(py::init(
-          [](int order, py::handle policy) { return Moments(order, missingPolicy(policy)); }))
+      .def(py::init([](Parameter<int, "order"> order, py::handle policy) {
+        return Moments(order, missingPolicy(policy));
+      }))
       .def("_update", &update<Moments>)
       .def_property_readonly("mean", &Moments::mean)
       .def_property_readonly("var", &Moments::var)
       .def_property_readonly("std", &Moments::std)
       .def_property_readonly("skewness", &Moments::skewness)
       .def_property_readonly("kurtosis", &Moments::kurtosis)
-      .def("moment", &Moments::moment)
+      .def("moment", [](const Moments& s, Parameter<int, "k"> k) { return s.moment(k); })
       .def_property_readonly("order", &Moments::order)
       .def_property_readonly("weight", &Moments::weight)
       .def_property_readonly("count", &Moments::count)
       .def_property_readonly("missing", &Moments::missing);
   bindState<Covariance>(m, "Covariance")
       .def(py::init(
-          [](std::size_t k, py::handle policy) { return Covariance(k, missingPolicy(policy)); }))
+          [](Count<"k"> k, py::handle policy) { return Covariance(k, missingPolicy(policy)); }))
       .def("_update", &updateColumns)
       .def_property_readonly("mean", [](const Covariance& s) { return adopt(s.mean()); })
       .def_property_readonly("cov", [](const Covariance& s) { return matrixOf(s.cov()); })
@@ -125,13 +127,13 @@ void bindTables(py::module_& m) {
       .def_property_readonly("edges", [](const Histogram& s) { return toArray(s.edges()); })
       .def_property_readonly("missing", &Histogram::missing);
   bindState<DensityGrid>(m, "DensityGrid")
-      .def(py::init([](double low, double high, std::size_t points, py::handle policy) {
-        return DensityGrid({low, high}, points, missingPolicy(policy));
+      .def(py::init([](py::handle bounds, Count<"points"> points, py::handle policy) {
+        return DensityGrid(readPair(bounds, "bounds"), points, missingPolicy(policy));
       }))
       .def("_update", &update<DensityGrid>)
       .def_property_readonly("x", [](const DensityGrid& s) { return adopt(s.x()); })
       .def("_density",
-           [](const DensityGrid& s, double bandwidth, py::handle kernel) {
+           [](const DensityGrid& s, Number<"bandwidth"> bandwidth, py::handle kernel) {
              return adopt(s.density(bandwidth, choose<DensityKernel>(kernel, "kernel")));
            })
       .def_property_readonly("weight", &DensityGrid::weight)

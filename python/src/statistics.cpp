@@ -22,7 +22,7 @@ struct Common {
 template <typename F>
 py::object reduction(py::handle object, const Common& c, F f) {
   Input x(object, "x");
-  Input w(c.weights, "weights");
+  Input w(c.weights, "weights", Input::optional);
   const Missing missing = missingPolicy(c.policy);
   if (!c.keepdims && c.axis.is_none() && c.out.is_none() && c.progress.is_none() &&
       x.dimensions() <= 1 && x.size() < 1000 && w.dimensions() <= 1) {
@@ -34,7 +34,7 @@ py::object reduction(py::handle object, const Common& c, F f) {
 }
 
 py::object meanOf(py::handle x, py::handle kind, py::handle weights, py::handle policy,
-                  py::handle axis, bool keepdims, py::handle out, py::handle progress) {
+                  py::handle axis, Flag<"keepdims"> keepdims, py::handle out, py::handle progress) {
   const Mean which = choose<Mean>(kind, "kind");
   return reduction(x, {weights, policy, axis, keepdims, out, progress},
                    [=](const Data& d, const Data& w, Missing missing) {
@@ -42,9 +42,9 @@ py::object meanOf(py::handle x, py::handle kind, py::handle weights, py::handle 
                    });
 }
 
-py::object trimmedMeanOf(py::handle x, double lower, double upper, bool winsorized,
-                         py::handle weights, py::handle policy, py::handle axis, bool keepdims,
-                         py::handle out, py::handle progress) {
+py::object trimmedMeanOf(py::handle x, Number<"cut"> lower, Number<"cut"> upper, bool winsorized,
+                         py::handle weights, py::handle policy, py::handle axis,
+                         Flag<"keepdims"> keepdims, py::handle out, py::handle progress) {
   return reduction(x, {weights, policy, axis, keepdims, out, progress},
                    [=](const Data& d, const Data& w, Missing missing) {
                      const auto f = winsorized ? vexel::winsorized_mean : vexel::trimmed_mean;
@@ -53,23 +53,26 @@ py::object trimmedMeanOf(py::handle x, double lower, double upper, bool winsoriz
 }
 
 py::object momentOf(py::handle object, py::handle order, py::handle center, py::handle weights,
-                    py::handle policy, py::handle axis, bool keepdims, py::handle out,
+                    py::handle policy, py::handle axis, Flag<"keepdims"> keepdims, py::handle out,
                     py::handle progress) {
   std::optional<double> about;
   if (!center.is_none()) {
-    about = center.cast<double>();
+    about = readNumber(center, "center");
   }
-  if (PyIndex_Check(order.ptr()) && !py::isinstance<py::array>(order)) {
-    const int k = order.cast<int>();
+  if (Input(order, "order").isNumber()) {
+    const int k = static_cast<int>(readWhole(order, "order", 0, 64));
     return reduction(object, {weights, policy, axis, keepdims, out, progress},
                      [=](const Data& d, const Data& w, Missing missing) {
                        return vexel::moment(d, k,
                                             {.weights = w, .center = about, .missing = missing});
                      });
   }
-  const auto orders = order.cast<std::vector<int>>();
+  std::vector<int> orders;
+  for (const std::int64_t k : readWholes(order, "order")) {
+    orders.push_back(static_cast<int>(std::clamp<std::int64_t>(k, -1, 1000)));
+  }
   Input x(object, "x");
-  Input w(weights, "weights");
+  Input w(weights, "weights", Input::optional);
   const Missing missing = missingPolicy(policy);
   const py::ssize_t leading[] = {static_cast<py::ssize_t>(orders.size())};
   return reduce(x, w, {axis, keepdims, out, progress}, leading,
@@ -82,8 +85,9 @@ py::object momentOf(py::handle object, py::handle order, py::handle center, py::
 }
 
 template <auto f>
-py::object varianceOf(py::handle x, double ddof, py::handle weights, py::handle policy,
-                      py::handle axis, bool keepdims, py::handle out, py::handle progress) {
+py::object varianceOf(py::handle x, Number<"ddof"> ddof, py::handle weights, py::handle policy,
+                      py::handle axis, Flag<"keepdims"> keepdims, py::handle out,
+                      py::handle progress) {
   return reduction(x, {weights, policy, axis, keepdims, out, progress},
                    [=](const Data& d, const Data& w, Missing missing) {
                      return f(d, {.weights = w, .ddof = ddof, .missing = missing});
@@ -91,8 +95,9 @@ py::object varianceOf(py::handle x, double ddof, py::handle weights, py::handle 
 }
 
 template <auto f>
-py::object shapeOf(py::handle x, bool bias, py::handle weights, py::handle policy, py::handle axis,
-                   bool keepdims, py::handle out, py::handle progress) {
+py::object shapeOf(py::handle x, Flag<"bias"> bias, py::handle weights, py::handle policy,
+                   py::handle axis, Flag<"keepdims"> keepdims, py::handle out,
+                   py::handle progress) {
   return reduction(x, {weights, policy, axis, keepdims, out, progress},
                    [=](const Data& d, const Data& w, Missing missing) {
                      return f(d, {.weights = w, .bias = bias, .missing = missing});
@@ -100,7 +105,8 @@ py::object shapeOf(py::handle x, bool bias, py::handle weights, py::handle polic
 }
 
 py::object meanDeviationOf(py::handle x, py::handle center, py::handle weights, py::handle policy,
-                           py::handle axis, bool keepdims, py::handle out, py::handle progress) {
+                           py::handle axis, Flag<"keepdims"> keepdims, py::handle out,
+                           py::handle progress) {
   const Center about = choose<Center>(center, "center");
   return reduction(x, {weights, policy, axis, keepdims, out, progress},
                    [=](const Data& d, const Data& w, Missing missing) {
@@ -109,8 +115,9 @@ py::object meanDeviationOf(py::handle x, py::handle center, py::handle weights, 
                    });
 }
 
-py::object medianDeviationOf(py::handle x, double scale, py::handle weights, py::handle policy,
-                             py::handle axis, bool keepdims, py::handle out, py::handle progress) {
+py::object medianDeviationOf(py::handle x, Number<"scale"> scale, py::handle weights,
+                             py::handle policy, py::handle axis, Flag<"keepdims"> keepdims,
+                             py::handle out, py::handle progress) {
   return reduction(x, {weights, policy, axis, keepdims, out, progress},
                    [=](const Data& d, const Data& w, Missing missing) {
                      return vexel::median_absolute_deviation(
@@ -119,16 +126,13 @@ py::object medianDeviationOf(py::handle x, double scale, py::handle weights, py:
 }
 
 py::object quantileOf(py::handle object, py::handle probabilities, py::handle method,
-                      py::handle weights, py::handle policy, py::handle axis, bool keepdims,
-                      py::handle out, py::handle progress) {
+                      py::handle weights, py::handle policy, py::handle axis,
+                      Flag<"keepdims"> keepdims, py::handle out, py::handle progress) {
   const auto definition = choose<QuantileMethod>(method, "method");
   Input q(probabilities, "q");
-  if (!q.given()) {
-    throw py::type_error("q: a probability or an array of them is expected, None came");
-  }
   const Data at = q.flat();
   Input x(object, "x");
-  Input w(weights, "weights");
+  Input w(weights, "weights", Input::optional);
   const Missing missing = missingPolicy(policy);
   if (q.isNumber()) {
     const double p = q.number();
@@ -148,7 +152,7 @@ py::object quantileOf(py::handle object, py::handle probabilities, py::handle me
 }
 
 py::object medianOf(py::handle x, py::handle weights, py::handle policy, py::handle axis,
-                    bool keepdims, py::handle out, py::handle progress) {
+                    Flag<"keepdims"> keepdims, py::handle out, py::handle progress) {
   return reduction(x, {weights, policy, axis, keepdims, out, progress},
                    [](const Data& d, const Data& w, Missing missing) {
                      return vexel::median(d, {.weights = w, .missing = missing});
@@ -156,7 +160,7 @@ py::object medianOf(py::handle x, py::handle weights, py::handle policy, py::han
 }
 
 py::object iqrOf(py::handle x, py::handle method, py::handle weights, py::handle policy,
-                 py::handle axis, bool keepdims, py::handle out, py::handle progress) {
+                 py::handle axis, Flag<"keepdims"> keepdims, py::handle out, py::handle progress) {
   const auto definition = choose<QuantileMethod>(method, "method");
   return reduction(x, {weights, policy, axis, keepdims, out, progress},
                    [=](const Data& d, const Data& w, Missing missing) {
@@ -165,17 +169,18 @@ py::object iqrOf(py::handle x, py::handle method, py::handle weights, py::handle
 }
 
 py::object orderStatisticOf(py::handle object, py::handle k, py::handle weights, py::handle policy,
-                            py::handle axis, bool keepdims, py::handle out, py::handle progress) {
-  if (PyIndex_Check(k.ptr()) && !py::isinstance<py::array>(k)) {
-    const auto which = k.cast<std::int64_t>();
+                            py::handle axis, Flag<"keepdims"> keepdims, py::handle out,
+                            py::handle progress) {
+  if (Input(k, "k").isNumber()) {
+    const std::int64_t which = readWhole(k, "k");
     return reduction(object, {weights, policy, axis, keepdims, out, progress},
                      [=](const Data& d, const Data& w, Missing missing) {
                        return vexel::order_statistic(d, which, {.weights = w, .missing = missing});
                      });
   }
-  const auto ranks = k.cast<std::vector<std::int64_t>>();
+  const std::vector<std::int64_t> ranks = readWholes(k, "k");
   Input x(object, "x");
-  Input w(weights, "weights");
+  Input w(weights, "weights", Input::optional);
   const Missing missing = missingPolicy(policy);
   const py::ssize_t leading[] = {static_cast<py::ssize_t>(ranks.size())};
   return reduce(x, w, {axis, keepdims, out, progress}, leading,
@@ -190,7 +195,7 @@ py::object orderStatisticOf(py::handle object, py::handle k, py::handle weights,
 py::object fiveNumberOf(py::handle object, py::handle weights, py::handle policy, py::handle axis,
                         py::handle progress) {
   Input x(object, "x");
-  Input w(weights, "weights");
+  Input w(weights, "weights", Input::optional);
   const Missing missing = missingPolicy(policy);
   const py::ssize_t leading[] = {5};
   return reduce(x, w, {axis, false, py::none(), progress}, leading,
@@ -208,7 +213,7 @@ py::object fiveNumberOf(py::handle object, py::handle weights, py::handle policy
 py::object describeOf(py::handle object, py::handle weights, py::handle policy, py::handle axis,
                       py::handle progress) {
   Input x(object, "x");
-  Input w(weights, "weights");
+  Input w(weights, "weights", Input::optional);
   const Missing missing = missingPolicy(policy);
   const py::ssize_t leading[] = {11};
   return reduce(x, w, {axis, false, py::none(), progress}, leading,
@@ -250,7 +255,7 @@ py::array ofColumns(const Input& x, py::handle progress, F f) {
 template <typename F, typename G>
 py::object ofPairs(py::handle first, py::handle second, py::handle progress, F ofTwo, G ofMany) {
   Input x(first, "x");
-  Input y(second, "y");
+  Input y(second, "y", Input::optional);
   if (!y.given()) {
     return ofColumns(x, progress, ofMany);
   }
@@ -264,9 +269,9 @@ py::object ofPairs(py::handle first, py::handle second, py::handle progress, F o
   return py::float_(result);
 }
 
-py::object covOf(py::handle x, py::handle y, double ddof, py::handle weights, py::handle policy,
-                 py::handle progress) {
-  Input w(weights, "weights");
+py::object covOf(py::handle x, py::handle y, Number<"ddof"> ddof, py::handle weights,
+                 py::handle policy, py::handle progress) {
+  Input w(weights, "weights", Input::optional);
   const CovarianceOptions options{
       .weights = w.vector(), .ddof = ddof, .missing = missingPolicy(policy)};
   return ofPairs(
@@ -276,7 +281,7 @@ py::object covOf(py::handle x, py::handle y, double ddof, py::handle weights, py
 
 py::object corrOf(py::handle x, py::handle y, py::handle method, py::handle weights,
                   py::handle policy, py::handle progress) {
-  Input w(weights, "weights");
+  Input w(weights, "weights", Input::optional);
   const CorrelationOptions options{.weights = w.vector(),
                                    .method = choose<Correlation>(method, "method"),
                                    .missing = missingPolicy(policy)};

@@ -21,6 +21,8 @@ def ravel(array: np.ndarray) -> np.ndarray:
 
 def join_axes(x: np.ndarray, weights: np.ndarray | None, axis: tuple[int, ...]) -> tuple[Any, Any, Any]:
     """The axes joined as the last one, of weights too, and the shape that keepdims gives."""
+    if not all(hasattr(a, "__index__") and not isinstance(a, bool) for a in axis):
+        raise TypeError(f"axis: whole numbers are expected, {axis} came")
     axes = {a + x.ndim if a < 0 else a for a in axis}
     if len(axes) < len(axis) or not all(0 <= a < x.ndim for a in axes):
         raise ValueError(f"axis: different axes of an array of {x.ndim} dimensions are allowed, {axis} came")
@@ -122,9 +124,20 @@ def _of_objects(x: np.ndarray, name: str) -> np.ndarray:
     result = np.empty(x.shape)
     try:
         result.reshape(-1)[:] = [_number(v) for v in x.reshape(-1)]
-    except (TypeError, ValueError, OverflowError):
-        raise _refusal(x, name) from None
+    except OverflowError:
+        raise ValueError(f"{name}: magnitudes below 1.8e308 are allowed, a larger one came") from None
+    except (TypeError, ValueError):
+        odd = next(v for v in x.reshape(-1) if not _is_number(v))
+        raise TypeError(f"{name}: numbers are expected, a {type(odd).__name__} came among them") from None
     return result
+
+
+def _is_number(value: Any) -> bool:
+    try:
+        _number(value)
+    except (TypeError, ValueError):
+        return False
+    return True
 
 
 def _of_pandas(x: Any, name: str) -> np.ndarray:

@@ -55,8 +55,8 @@ class Distribution:
         """x with sf(x) = q; of a discrete law the smallest x of the support with sf(x) <= q."""
         return self._law.isf(q, out)
 
-    def interval(self, level: float) -> Interval:
-        """From quantile((1 - level)/2) to isf((1 - level)/2)."""
+    def interval(self, level: ArrayLike) -> Interval:
+        """From quantile((1 - level)/2) to isf((1 - level)/2); arrays of ends for an array."""
         return Interval(*self._law.interval(level))
 
     def support(self) -> Interval:
@@ -178,6 +178,10 @@ class Discrete(Distribution):
     def logpmf(self, x: ArrayLike, *, out: Array | None = None) -> Any:
         """log P(X = x)."""
         return self._law.logdensity(x, out)
+
+    # The names that all laws answer to.
+    pdf = pmf
+    logpdf = logpmf
 
 
 class _Fitted(Distribution):

@@ -64,6 +64,13 @@ class _OwnLaw(Continuous):
         return _made, (type(self), self._arguments[0], self._options)
 
 
+def _given(options: dict[str, Any], default: dict[str, Any]) -> dict[str, Any]:
+    """The options that differ from the defaults; of the support, its ends as numbers."""
+    low, high = options["support"]
+    support = (-inf if low is None else low, inf if high is None else high)
+    return {"support": support, **{k: v for k, v in options.items() if k in default and v != default[k]}}
+
+
 def _made(kind: Any, f: Any, options: dict[str, Any]) -> Any:
     return kind(f, **options)
 
@@ -80,7 +87,7 @@ class Density(_OwnLaw):
         The density: a callable of one float; a `numba.cfunc`; text in the language, as
         "x -> exp(-x^4)", or a SymPy expression in one symbol, both of which are compiled.
     support : pair of float
-        Where f is; either end may be infinite.
+        Where f is; either end may be infinite, or None, which means the same.
     log : bool
         f is the logarithm of the density.
     derivative : callable, str or SymPy expression, optional
@@ -106,14 +113,14 @@ class Density(_OwnLaw):
     def __init__(self, f: Any, *, support: tuple[float, float], log: bool = False,
                  derivative: Any = None, mode: float | None = None, error: float = 1e-10,
                  vectorized: bool = False) -> None:
-        options = {"support": tuple(support), "log": log, "derivative": derivative, "mode": mode,
+        options = {"support": support, "log": log, "derivative": derivative, "mode": mode,
                    "error": error, "vectorized": vectorized}
         default = {"log": False, "derivative": None, "mode": None, "error": 1e-10, "vectorized": False}
-        _set(self, "_arguments", (f,))
-        _set(self, "_options", {k: v for k, v in options.items() if k == "support" or v != default[k]})
         _set(self, "_law", _core.own_density(_function(f, "f"), support, log,
                                              _function(derivative, "derivative"), mode, error,
                                              vectorized))
+        _set(self, "_arguments", (f,))
+        _set(self, "_options", _given(options, default))
 
 
 class CumulativeDistribution(_OwnLaw):
@@ -143,9 +150,9 @@ class CumulativeDistribution(_OwnLaw):
 
     def __init__(self, F: Callable[[float], float] | Any, *, support: tuple[float, float] = (-inf, inf),
                  density: Any = None, error: float = 1e-10, vectorized: bool = False) -> None:
-        options = {"support": tuple(support), "density": density, "error": error, "vectorized": vectorized}
+        options = {"support": support, "density": density, "error": error, "vectorized": vectorized}
         default = {"density": None, "error": 1e-10, "vectorized": False}
-        _set(self, "_arguments", (F,))
-        _set(self, "_options", {k: v for k, v in options.items() if k == "support" or v != default[k]})
         _set(self, "_law", _core.own_cumulative(_function(F, "F"), support, _function(density, "density"),
                                                 error, vectorized))
+        _set(self, "_arguments", (F,))
+        _set(self, "_options", _given(options, default))

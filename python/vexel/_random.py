@@ -2,6 +2,7 @@
 
 from __future__ import annotations
 
+from collections.abc import MutableSequence
 from typing import TYPE_CHECKING, Any
 
 import numpy as np
@@ -72,7 +73,7 @@ class Random(_core.Random):
         """As the function `choice`."""
         return choice(x, n, weights=weights, replace=replace, rng=self)
 
-    def permutation(self, n: int) -> Array:
+    def permutation(self, n: int | ArrayLike) -> Array:
         """As the function `permutation`."""
         return permutation(n, rng=self)
 
@@ -111,7 +112,8 @@ class Random(_core.Random):
 
     def __repr__(self) -> str:
         at = f", block={self.block}" if self.block else ""
-        return f"Random({self.seed}{at})"
+        made = f"Random({self.seed}{at})"
+        return made if self == Random(self.seed, self.block) else f"<{made} after draws>"
 
     __hash__ = None  # type: ignore[assignment]
 
@@ -175,22 +177,22 @@ def choice(x: ArrayLike, n: Size = None, *, weights: ArrayLike | None = None, re
     >>> vx.choice(["a", "b", "c"], 3, replace=False, rng=1).shape
     (3,)
     """
-    items = np.arange(x) if isinstance(x, (int, np.integer)) else np.asarray(x)
-    shape = () if n is None else n if isinstance(n, tuple) else (n,)
+    items = np.arange(_core.checked_size(x, "x")[0]) if isinstance(x, (int, np.integer)) else np.asarray(x)
+    if items.ndim == 0:
+        raise TypeError(f"x: a list, an array or a whole number is expected, a {type(x).__name__} came")
+    shape = tuple(_core.checked_size(n, "n") or ())
     count = int(np.prod(shape, dtype=np.int64))
-    if count < 0 or (shape and min(shape) < 0):
-        raise ValueError(f"n: from 0 is allowed, {n} came")
     drawn = items[_core.choice(len(items), count, rng, weights, replace)]
     return drawn[0] if n is None else drawn.reshape(shape + items.shape[1:])
 
 
-def permutation(n: int, rng: Rng = None) -> Array:
+def permutation(n: int | ArrayLike, rng: Rng = None) -> Array:
     """The numbers 0 to n - 1 in random order.
 
     Parameters
     ----------
-    n : int
-        How many.
+    n : int, list or ndarray
+        How many; of a list or an array, its elements in random order (of a matrix, its rows).
     rng : Random, int or None
         As in `choice`.
 
@@ -199,8 +201,9 @@ def permutation(n: int, rng: Rng = None) -> Array:
     >>> sorted(vx.permutation(4, rng=1).tolist())
     [0, 1, 2, 3]
     """
-    if n < 0:
-        raise ValueError(f"n: from 0 is allowed, {n} came")
+    if isinstance(n, (list, tuple, np.ndarray)) and np.ndim(n) > 0:
+        items = np.asarray(n)
+        return items[_core.permutation(len(items), rng)]
     return _core.permutation(n, rng)
 
 
@@ -221,9 +224,18 @@ def shuffle(x: Any, rng: Rng = None) -> None:
     >>> sorted(x)
     [1, 2, 3]
     """
+    if not isinstance(x, (np.ndarray, MutableSequence)) or (isinstance(x, np.ndarray) and not x.ndim):
+        raise TypeError(f"x: a list or an array is expected, a {type(x).__name__} came")
     plain = isinstance(x, list) or (isinstance(x, np.ndarray) and x.dtype.str[1:] in ("f8", "f4", "i8", "i4"))
-    if not plain or not _core.shuffle(x, rng):
-        x[:] = x[_core.permutation(len(x), rng)]
+    if plain and _core.shuffle(x, rng):
+        return
+    order = _core.permutation(len(x), rng)
+    if isinstance(x, np.ndarray):
+        x[:] = x[order]
+        return
+    before = list(x)
+    for i, k in enumerate(order):
+        x[i] = before[k]
 
 
 def bootstrap(x: ArrayLike, statistic: str | Callable[[Doubles], float] = "mean", *,
@@ -264,8 +276,6 @@ def bootstrap(x: ArrayLike, statistic: str | Callable[[Doubles], float] = "mean"
     >>> b.estimate, b.interval.low < 4 < b.interval.high, len(b.replicates)
     (4.0, True, 9999)
     """
-    if replicates < 1:
-        raise ValueError(f"replicates: from 1 is allowed, {replicates} came")
     estimate, error, ends, values = _core.bootstrap(x, statistic, replicates, confidence, method,
                                                     rng, nan_policy, progress)
     return BootstrapResult(estimate, error, Interval(*ends), values)

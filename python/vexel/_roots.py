@@ -2,7 +2,7 @@
 
 from __future__ import annotations
 
-from math import inf, isinf, nan
+from math import nan
 from typing import TYPE_CHECKING, Any
 
 from . import _core
@@ -27,6 +27,9 @@ class RootError(ValueError):
         super().__init__(message)
         self.best = best
         self.value = value
+
+    def __repr__(self) -> str:
+        return f"RootError({self.args[0]!r}, best={self.best!r}, value={self.value!r})"
 
     def __reduce__(self) -> Any:
         return RootError, (self.args[0], self.best, self.value)
@@ -74,9 +77,7 @@ def find_root(f: Callable[[float], float], bracket: tuple[float | None, float | 
     >>> round(vx.find_root(lambda x: x**3, (0, None), target=1000).root, 12)
     10.0
     """
-    low, high = bracket
-    return RootResult(*_core.find_root(f, -inf if low is None else low, inf if high is None else high,
-                                       target, derivative, tolerance, max_iterations))
+    return RootResult(*_core.find_root(f, bracket, target, derivative, tolerance, max_iterations))
 
 
 def find_integer(f: Callable[[int], float], low: int | None, high: int | None, *,
@@ -102,10 +103,4 @@ def find_integer(f: Callable[[int], float], low: int | None, high: int | None, *
     >>> vx.find_integer(vx.Poisson(4).cdf, 0, None, target=0.99)
     9
     """
-    return _core.find_integer(f, _end(low, _core.OPEN_LOW), _end(high, _core.OPEN_HIGH), target)
-
-
-def _end(k: int | float | None, unknown: int) -> int:
-    if k is None or (isinstance(k, float) and isinf(k)):
-        return unknown
-    return int(k)
+    return _core.find_integer(f, low, high, target)

@@ -184,7 +184,7 @@ class DensityGrid(_State, _core.DensityGrid):
 
     def __init__(self, bounds: tuple[float, float], points: int, *,
                  nan_policy: NanPolicy = "propagate") -> None:
-        _core.DensityGrid.__init__(self, bounds[0], bounds[1], points, nan_policy)
+        _core.DensityGrid.__init__(self, bounds, points, nan_policy)
 
     def density(self, bandwidth: float, kernel: str = "gaussian") -> Doubles:
         """The density at `x`, by the kernels of `kde`."""
