@@ -22,6 +22,7 @@ constexpr double epsilon = std::numeric_limits<double>::epsilon();
 constexpr double nan = std::numeric_limits<double>::quiet_NaN();
 constexpr double hugeParameter = 1e7;
 constexpr double hugeRatio = 1e17;
+constexpr double leastProduct = 1e-290;
 constexpr int maxTerms = 200000;  // a guard
 
 Tail other(Tail which) { return which == Tail::lower ? Tail::upper : Tail::lower; }
@@ -111,6 +112,24 @@ BetaLaw BetaLaw::mirrored() const {
 // a y - b x, from the smaller of x and y.
 double BetaLaw::excess(UnitPair at) const { return at.x <= at.y ? a_ - n_ * at.x : n_ * at.y - b_; }
 
+namespace {
+
+// The power's piece at n x, which may underflow where a small power of it does not.
+Piece pieceAt(const PowerPiece& power, double z, double n, double x, double difference) {
+  const double m = n * x;
+  return m > leastProduct || z >= 1.0 ? power.at(m, difference)
+                                      : Piece{std::pow(n, z) * std::pow(x, z) * power.scale(), m};
+}
+
+double logPieceAt(const PowerPiece& power, double z, double n, double x, double difference) {
+  const double m = n * x;
+  return m > leastProduct || z == 0.0
+             ? power.logAt(m, difference)
+             : z * (std::log(n) + std::log(x)) + power.logAt(1.0, 1.0 - z) + 1.0;
+}
+
+}  // namespace
+
 Piece BetaLaw::weightPiece(UnitPair at) const {
   const double e = excess(at);
   const double nx = n_ * at.x;
@@ -119,8 +138,8 @@ Piece BetaLaw::weightPiece(UnitPair at) const {
     return {scale_, (first_.rest() + second_.rest() - both_.rest()) +
                         (devianceOf(a_, nx, -e) + devianceOf(b_, ny, e))};
   }
-  const Piece p = first_.at(nx, -e);
-  const Piece q = second_.at(ny, e);
+  const Piece p = pieceAt(first_, a_, n_, at.x, -e);
+  const Piece q = pieceAt(second_, b_, n_, at.y, e);
   const Piece n = both_.atPeak();
   return {p.factor * q.factor / n.factor, p.exponent + q.exponent - n.exponent};
 }
@@ -132,7 +151,8 @@ double BetaLaw::weight(UnitPair at) const {
 
 double BetaLaw::logWeight(UnitPair at) const {
   const double e = excess(at);
-  return first_.logAt(n_ * at.x, -e) + second_.logAt(n_ * at.y, e) - both_.logAtPeak();
+  return logPieceAt(first_, a_, n_, at.x, -e) + logPieceAt(second_, b_, n_, at.y, e) -
+         both_.logAtPeak();
 }
 
 namespace {

@@ -23,11 +23,10 @@ inline double logQuotient(double tail, double p) {
 
 // x in (low, high) where at(x).gap is 0.  Halley's steps in log x, of third order, kept in the
 // bracket that the signs of the gaps give; each one that leaves it or finds no slope halves the
-// bracket in log x instead.
+// bracket in log x instead.  A root below the least positive double is 0.
 template <typename At>
 double invertTail(At at, bool rising, double start, double low, double high) {
   double x = start;
-  low = std::max(low, 1e-320);
   high = std::min(high, 1.7e308);
   // Below this quotient of its ends a bracket is halved in x.
   constexpr double narrow = 2.0;
@@ -48,20 +47,22 @@ double invertTail(At at, bool rising, double start, double low, double high) {
     ((s.gap < 0.0) == rising ? low : high) = x;
     const double newton = -s.gap / s.slope;
     const double curve = 0.5 * (s.bend - s.slope);
-    const double step = newton / std::max(0.3, 1.0 + newton * curve);
-    if (!(std::fabs(step) < 600.0)) {
+    const double share = std::max(0.3, 1.0 + newton * curve);
+    const double step = newton / share;
+    if (!(std::fabs(step) < 600.0) || std::isinf(s.gap) || std::isinf(s.slope)) {
       x = -1.0;
       continue;
     }
     const double next = std::fabs(step) < 0.01 ? x + x * (step * (1.0 + step * (0.5 + step / 6.0)))
                                                : x * std::exp(step);
     const double size = std::fabs(step);
-    if (size * size * size * (1.0 + 4.0 * curve * curve) < 1e-17) {
+    // Far from the root the curve may be mere rounding, and such a step says nothing.
+    if (share < 2.0 && size * size * size * (1.0 + 4.0 * curve * curve) < 1e-17) {
       return next;
     }
     x = next;
   }
-  return x;
+  return x > low && x < high ? x : low;
 }
 
 }  // namespace nag2

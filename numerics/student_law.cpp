@@ -49,8 +49,12 @@ double StudentLaw::timesPower(double x) const {
   if (s < 1.0) {
     return x * std::exp(-0.5 * (nu_ + 1.0) * std::log1p(s));
   }
-  return s < 1e17 ? std::pow(1.0 + s, -0.5 * nu_) * std::sqrt(nu_ / (1.0 + 1.0 / s))
-                  : std::pow(x / std::sqrt(nu_), -nu_) * std::sqrt(nu_);
+  if (s < 1e17) {
+    return std::pow(1.0 + s, -0.5 * nu_) * std::sqrt(nu_ / (1.0 + 1.0 / s));
+  }
+  const double quotient = x / std::sqrt(nu_);
+  return std::sqrt(nu_) * (std::isfinite(quotient) ? std::pow(quotient, -nu_)
+                                                   : std::pow(x, -nu_) * std::pow(nu_, 0.5 * nu_));
 }
 
 double StudentLaw::logPower(double x) const {

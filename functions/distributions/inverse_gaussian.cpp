@@ -8,6 +8,7 @@
 // N. L. Johnson, S. Kotz and N. Balakrishnan, Continuous Univariate Distributions, volume 1, 2nd
 // edition (1994), chapter 15.
 #include <cmath>
+#include <numbers>
 
 #include "functions/distributions/frame.hpp"
 #include "functions/distributions/normal_tails.hpp"
@@ -68,12 +69,12 @@ struct Formulas<InverseGaussian> {
     return std::isinf(at) ? -infinity
                           : std::log(root(x)) - std::log(x) - logRootTwoPi - 0.5 * at * at;
   }
-  double cdf(double x) const { return x < mu() ? std::exp(logTail(x, x < mu())) : 1.0 - sf(x); }
+  double cdf(double x) const { return x < turn() ? std::exp(logTail(x, true)) : 1.0 - sf(x); }
   double sf(double x) const {
-    return x < mu() ? 1.0 - cdf(x) : std::fmin(1.0, std::exp(logTail(x, x < mu())));
+    return x < turn() ? 1.0 - cdf(x) : std::fmin(1.0, std::exp(logTail(x, false)));
   }
-  double logcdf(double x) const { return x < mu() ? logTail(x, true) : std::log1p(-sf(x)); }
-  double logsf(double x) const { return x < mu() ? std::log1p(-cdf(x)) : logTail(x, false); }
+  double logcdf(double x) const { return x < turn() ? logTail(x, true) : std::log1p(-sf(x)); }
+  double logsf(double x) const { return x < turn() ? std::log1p(-cdf(x)) : logTail(x, false); }
   double quantile(double p) const { return inverse(p, false); }
   double isf(double q) const { return inverse(q, true); }
 
@@ -83,7 +84,10 @@ struct Formulas<InverseGaussian> {
   double kurtosis() const { return 15.0 * (mu() / shape()); }
 
  private:
-  // The lower tail up to the mean, the upper one from there on, over phi(a).
+  // Where the upper tail is computed instead of the lower: at the mean, or below it where the law
+  // has little drift and the upper tail is small long before.
+  double turn() const { return std::fmin(mu(), 25.0 * shape()); }
+  // The lower tail up to there, the upper one from there on, over phi(a).
   double factor(double x, bool left) const {
     const double at = a(x);
     return left ? mills(-at).ratio + mills((x + mu()) / mu() * root(x)).ratio
@@ -95,8 +99,8 @@ struct Formulas<InverseGaussian> {
     return std::isinf(exponent) ? exponent : exponent + std::log(factor(x, left));
   }
   double inverse(double p, bool upper) const {
-    // By the tail that is below the mean's, or above it.
-    const double below = cdf(mu());
+    // By the tail that is below the turn's, or above it.
+    const double below = cdf(turn());
     const bool left = upper ? p >= 1.0 - below : p <= below;
     const double target = left != upper ? p : 1.0 - p;
     const auto at = [&](double x) {
@@ -105,13 +109,19 @@ struct Formulas<InverseGaussian> {
       const double bend = -0.5 + 0.5 * shape() * (1.0 / x - x / mu() / mu());
       return nag2::TailSlope{log - std::log(target), left ? slope : -slope, bend};
     };
-    const double z = (left ? 1.0 : -1.0) * nag2::normalInverse(target);
-    // The normal law's point, or where the exponent of the far tails is about that of the target.
-    const double far = 1.0 + z * z * (mu() / shape());
-    const double near = 1.0 + std::fabs(z) * std::sqrt(mu() / shape());
-    return left ? nag2::invertTail(at, true, mu() * std::fmin(1.0 - 1e-9, 1.0 / far), 0.0, mu())
-                : nag2::invertTail(at, false, mu() * std::fmax(1.0 + 1e-9, std::fmin(near, far)),
-                                   mu(), infinity);
+    // Where a(x) is the normal law's point: with r^2 = x / mean, r - 1 / r = z sqrt(mean / shape).
+    // Beyond the mean both this and the point of the law without drift, whose upper tail is at most
+    // sqrt(2 shape / (pi x)), are too far out.
+    const double z = std::fabs(nag2::normalInverse(target)) * std::sqrt(mu() / shape());
+    const double r = 0.5 * z + std::sqrt(0.25 * z * z + 1.0);
+    if (left) {
+      return nag2::invertTail(at, true, std::fmin(std::nextafter(turn(), 0.0), mu() / r / r), 0.0,
+                              turn());
+    }
+    const double still = 2.0 / std::numbers::pi * shape() / target / target;
+    return nag2::invertTail(
+        at, false, std::fmax(std::nextafter(turn(), infinity), std::fmin(mu() * r * r, still)),
+        turn(), infinity);
   }
 };
 

@@ -29,7 +29,11 @@ inline double logOfTail(double tail, double complement) {
 
 // log(x / unit) for positive x, without loss near the unit.
 inline double logRatio(double x, double unit) {
-  return x > 0.5 * unit && x < 2.0 * unit ? std::log1p((x - unit) / unit) : std::log(x / unit);
+  if (x > 0.5 * unit && x < 2.0 * unit) {
+    return std::log1p((x - unit) / unit);
+  }
+  const double quotient = x / unit;
+  return std::isnormal(quotient) ? std::log(quotient) : std::log(x) - std::log(unit);
 }
 
 }  // namespace vexel::detail

@@ -20,7 +20,10 @@ struct Formulas<Weibull> {
 
   double shape() const { return law.parameters_.shape; }
   double scale() const { return law.parameters_.scale; }
-  double power(double x) const { return std::pow(x / scale(), shape()); }
+  double power(double x) const {
+    const double z = x / scale();
+    return std::isnormal(z) ? std::pow(z, shape()) : std::exp(logPower(x));
+  }
   double logPower(double x) const { return shape() * logRatio(x, scale()); }
 
   Interval support() const { return {0.0, infinity}; }

@@ -3,6 +3,8 @@
 
 #include <cmath>
 #include <fstream>
+#include <limits>
+#include <random>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -70,6 +72,52 @@ TEST(DistributionHardPoints, BetaMediansOfWholeParameters) {
       EXPECT_NEAR(law.cdf(law.quantile(0.5)), 0.5, 3e-15) << a << " " << b;
     }
   }
+}
+
+// The tail at the quantile is the probability, or the probability lies between the tails of the
+// doubles around it; 0 and infinity stand for roots that no double is.
+template <typename L>
+void expectRoundTrip(const L& law, double p) {
+  for (const bool upper : {false, true}) {
+    const double x = upper ? law.isf(p) : law.quantile(p);
+    const auto tail = [&](double t) { return upper ? law.sf(t) : law.cdf(t); };
+    const double width = 8e-16 * std::fabs(x) + 1e-323;
+    const double largest = std::numeric_limits<double>::max();
+    const double a = tail(std::isinf(x) && x > 0 ? largest : x - width);
+    const double b = tail(std::isinf(x) && x < 0 ? -largest : x + width);
+    EXPECT_TRUE(std::min(a, b) <= p * (1 + 1e-10) && std::max(a, b) >= p * (1 - 1e-10))
+        << L::name << (upper ? " isf(" : " quantile(") << p << ") = " << x << ", tails " << a << " "
+        << b;
+  }
+}
+
+TEST(DistributionHardPoints, QuantilesAtExtremeParametersGoBackToTheProbability) {
+  std::mt19937_64 random(71);
+  const auto unit = [&] { return std::uniform_real_distribution<double>()(random); };
+  for (int i = 0; i < 2000; ++i) {
+    const double p = i % 2 == 0 ? unit() : std::pow(10.0, -300.0 * unit());
+    const double a = std::pow(10.0, 24.0 * unit() - 12.0);
+    const double b = std::pow(10.0, 24.0 * unit() - 12.0);
+    expectRoundTrip(InverseGaussian(a, b), p);
+    expectRoundTrip(Gamma(a), p);
+    expectRoundTrip(ChiSquare(a), p);
+    expectRoundTrip(Beta(a, b), p);
+    expectRoundTrip(StudentT(a), p);
+    expectRoundTrip(Pareto(a, 1.0), p);
+    expectRoundTrip(Weibull(a, 1.0), p);
+    expectRoundTrip(LogNormal(0.0, std::pow(a, 0.2)), p);
+  }
+}
+
+TEST(DistributionHardPoints, RootsBelowTheLeastDoubleAreZero) {
+  EXPECT_EQ(ChiSquare(0.0017).quantile(1e-200), 0.0);
+  EXPECT_EQ(Gamma(1e-300).isf(1e-5), 0.0);
+  EXPECT_EQ(Beta(1e-300, 1e-300).quantile(0.3), 0.0);
+  EXPECT_EQ(Beta(1e-300, 1e-300).quantile(0.7), 1.0);
+  EXPECT_EQ(Beta(1e-300, 1e-300).cdf(5e-324), 0.5);
+  EXPECT_NEAR(Power(0.021, 26.0).cdf(5e-324), 1.51654e-07, 1e-12);
+  EXPECT_GT(Pareto(0.6, 0.1).sf(std::numeric_limits<double>::max()), 0.0);
+  EXPECT_NEAR(InverseGaussian(1.0, 1e-10).isf(1e-50), 1.68342e12, 1e7);
 }
 
 }  // namespace
