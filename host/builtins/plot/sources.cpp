@@ -199,6 +199,9 @@ std::vector<std::vector<double>> PanelMaker::columnsOf(const Source& source) {
       const auto across = static_cast<std::size_t>(arrayOf(x).extent(1));
       const bool byColumn = arrayOf(x).order == RTABLE_COLUMN_MAJOR;
       const std::vector<double> all = numbers(x);
+      if (all.size() != rows * across) {
+        raise(state_, "plot draws arrays that hold all of their elements, received: %1", x);
+      }
       for (std::size_t c = 0; c < std::min<std::size_t>(across, 4); ++c) {
         columns.emplace_back(rows);
         for (std::size_t r = 0; r < rows; ++r) {
@@ -218,6 +221,9 @@ std::vector<std::vector<double>> PanelMaker::columnsOf(const Source& source) {
     } else {
       columns.push_back(numbers(x));
     }
+  }
+  if (columns.empty()) {
+    columns.emplace_back();  // an array of no columns
   }
   return columns;
 }
