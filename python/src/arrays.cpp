@@ -375,6 +375,7 @@ void bindArrays(py::module_& m) {
   m.def("checked_out", [](py::handle out, const std::vector<py::ssize_t>& shape) {
     return outputArray(out, shape);
   });
+  m.def("short_text", &shortText);
   m.def("from_arrow", &fromArrow, "An object with __arrow_c_stream__ or __arrow_c_array__");
 }
 

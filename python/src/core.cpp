@@ -28,6 +28,21 @@ void requireNumpyOfPybind() {
 #endif
 }
 
+// Where an object's __init__ has not run or has failed, pybind11 would give its methods memory that
+// nobody has written.
+void refuseUnmadeObjects(const py::module_& m) {
+  for (const auto& [name, value] : py::cast<py::dict>(m.attr("__dict__"))) {
+    if (PyType_Check(value.ptr()) != 0) {
+      auto* const type = reinterpret_cast<PyTypeObject*>(value.ptr());
+      if (auto* const info = py::detail::get_type_info(type)) {
+        info->operator_new = [](std::size_t) -> void* {
+          throw py::type_error("self: an object whose __init__ has run is expected");
+        };
+      }
+    }
+  }
+}
+
 int fill(PyObject* object) noexcept {
   try {
     auto m = py::reinterpret_borrow<py::module_>(object);
@@ -53,6 +68,7 @@ int fill(PyObject* object) noexcept {
     bindDensities(m);
     bindSequences(m);
     bindStates(m);
+    refuseUnmadeObjects(m);
     return 0;
   } catch (py::error_already_set& e) {
     e.restore();

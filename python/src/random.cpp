@@ -374,6 +374,7 @@ void bindRandom(py::module_& m) {
             n, out, [&] { return urn.sample(*generator); },
             [&](std::span<std::int64_t> to) { urn.sample(to, *generator); });
       });
+  m.def("stream", [](py::handle rng) { return Random(*Generator(rng)); });
   m.def("checked_size", [](py::handle size, const char* name) { return readSize(size, name); });
   m.def("choice", &choiceOf);
   m.def("permutation", &permutationOf);

@@ -33,7 +33,7 @@ def _fraction(v: Any) -> Fraction | float | None:
 def _keys(x: Any, nan_policy: str) -> tuple[list[Any], list[int], list[int]]:
     """Something to compare for each element, and where elements are present and missing."""
     if nan_policy not in ("propagate", "omit", "raise"):
-        raise ValueError(f'nan_policy: allowed are "propagate", "omit", "raise"; {nan_policy!r} came')
+        raise ValueError(f'nan_policy: allowed are "propagate", "omit", "raise"; {_core.short_text(nan_policy)} came')
     missing = [i for i, v in enumerate(x) if _is_missing(v)]
     if missing and nan_policy == "raise":
         raise ValueError(f"x: missing values are not allowed, one came at {missing[0]}")
@@ -47,7 +47,7 @@ def _keys(x: Any, nan_policy: str) -> tuple[list[Any], list[int], list[int]]:
             if getattr(x[i], "is_comparable", False):
                 keys[i] = x[i]
             elif keys[i] is None:
-                raise TypeError(f"x: numbers are expected, {x[i]!r} came")
+                raise TypeError(f"x: numbers are expected, {_core.short_text(x[i])} came")
         compare = cmp_to_key(lambda a, b: -1 if _less(a, b) else int(_less(b, a)))
         keys = [None if k is None else compare(k) for k in keys]
     return keys, present, missing

@@ -14,17 +14,18 @@ if TYPE_CHECKING:
 
 def _function(f: Any, name: str) -> Any:
     """What the extension calls: a callable, a compiled function's address or capsule."""
-    if f is None:
-        return None
     if isinstance(f, str) or type(f).__module__.startswith("sympy"):
-        from ._kernel import compiled
+        from ._kernel import KernelError, compiled
 
-        return compiled(f)
+        try:
+            return compiled(f)
+        except KernelError as e:
+            raise ValueError(f"{name}: {e}") from None
     address = getattr(f, "address", None)  # of a numba.cfunc
     if isinstance(address, int):
         return address
     if not callable(f):
-        raise TypeError(f"{name}: a callable, a SymPy expression or text is expected, {f!r} came")
+        raise TypeError(f"{name}: a callable, a SymPy expression or text is expected, {_core.short_text(f)} came")
     return f
 
 
@@ -117,7 +118,7 @@ class Density(_OwnLaw):
                    "error": error, "vectorized": vectorized}
         default = {"log": False, "derivative": None, "mode": None, "error": 1e-10, "vectorized": False}
         _set(self, "_law", _core.own_density(_function(f, "f"), support, log,
-                                             _function(derivative, "derivative"), mode, error,
+                                             None if derivative is None else _function(derivative, "derivative"), mode, error,
                                              vectorized))
         _set(self, "_arguments", (f,))
         _set(self, "_options", _given(options, default))
@@ -152,7 +153,7 @@ class CumulativeDistribution(_OwnLaw):
                  density: Any = None, error: float = 1e-10, vectorized: bool = False) -> None:
         options = {"support": support, "density": density, "error": error, "vectorized": vectorized}
         default = {"density": None, "error": 1e-10, "vectorized": False}
-        _set(self, "_law", _core.own_cumulative(_function(F, "F"), support, _function(density, "density"),
+        _set(self, "_law", _core.own_cumulative(_function(F, "F"), support, None if density is None else _function(density, "density"),
                                                 error, vectorized))
         _set(self, "_arguments", (F,))
         _set(self, "_options", _given(options, default))

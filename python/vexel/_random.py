@@ -181,7 +181,12 @@ def choice(x: ArrayLike, n: Size = None, *, weights: ArrayLike | None = None, re
     if items.ndim == 0:
         raise TypeError(f"x: a list, an array or a whole number is expected, a {type(x).__name__} came")
     shape = tuple(_core.checked_size(n, "n") or ())
+    if len(items) == 0 and 0 not in shape:
+        raise ValueError("x: at least one element is allowed, none came")
     count = int(np.prod(shape, dtype=np.int64))
+    if weights is not None and np.shape(weights) != (len(items),):
+        raise ValueError(f"weights: one for each of the {len(items)} elements of x is allowed, "
+                         f"{_core.short_text(weights)} came")
     drawn = items[_core.choice(len(items), count, rng, weights, replace)]
     return drawn[0] if n is None else drawn.reshape(shape + items.shape[1:])
 

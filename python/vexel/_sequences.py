@@ -19,10 +19,11 @@ class _Sequence:
 
     def __init__(self, d: int, scramble: bool | str, rng: Rng, start: int, *more: Any) -> None:
         # Kept as it is before the keys are drawn: it makes the same sequence again.
-        stream = rng if isinstance(rng, Random) else Random(rng)
-        self._state = stream.to_bytes() if scramble else b""
-        self._arguments = (d, scramble, start, *more)
+        stream = rng if isinstance(rng, Random) else Random._of(_core.stream(rng))
+        state = stream.to_bytes()
         self._sequence = type(self)._make(d, scramble, stream, start, *more)
+        self._state = state if scramble else b""
+        self._arguments = (d, scramble, start, *more)
 
     def points(self, n: int, *, out: Array | None = None) -> Doubles:
         """The next n points, n by d; `out` may have any strides."""

@@ -290,7 +290,7 @@ def ks_test(x: ArrayLike, distribution: Distribution | Callable[[float], float],
         return TestResult(*_core.ks_test_law(x, distribution._law, nan_policy))
     cdf = getattr(distribution, "cdf", distribution)
     if not callable(cdf):
-        raise TypeError(f"distribution: an object with cdf or a callable is expected, {distribution!r} came")
+        raise TypeError(f"distribution: an object with cdf or a callable is expected, {_core.short_text(distribution)} came")
     return TestResult(*_core.ks_test(x, cdf, nan_policy))
 
 
