@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <chrono>
 #include <cmath>
 
 #include "builtins/plot/picture.hpp"
@@ -96,6 +97,77 @@ std::vector<Tick> linearTicks(const Axis& axis, int about) {
   return ticks;
 }
 
+// What may lie between the ticks of dates.
+struct DateStep {
+  int months;  // 0: days
+  int size;    // of them
+};
+
+DateStep dateStep(double days, int about) {
+  constexpr double kMonth = 365.2425 / 12;
+  for (const int size : {1, 2, 7, 14}) {
+    if (days <= size * about) {
+      return {0, size};
+    }
+  }
+  for (const int size : {1, 2, 3, 6}) {
+    if (days <= kMonth * size * about) {
+      return {size, 1};
+    }
+  }
+  return {12, static_cast<int>(roundStep(std::max(days / (12 * kMonth * about), 1.0)))};
+}
+
+std::string twoDigits(unsigned n) { return (n < 10 ? "0" : "") + std::to_string(n); }
+
+// Days as 06-15, first days of months as 1973-06, of years as 1973.
+std::string dateTickText(std::chrono::year_month_day day, const DateStep& step) {
+  if (step.months == 0) {
+    return twoDigits(unsigned{day.month()}) + "-" + twoDigits(unsigned{day.day()});
+  }
+  const std::string year = std::to_string(int{day.year()});
+  return step.months == 12 ? year : year + "-" + twoDigits(unsigned{day.month()});
+}
+
+std::vector<Tick> dateTicks(const Axis& axis, int about) {
+  using namespace std::chrono;
+  const DateStep step = dateStep(axis.high - axis.low, about);
+  std::vector<Tick> ticks;
+  const auto add = [&](sys_days day) {
+    const auto v = static_cast<double>(day.time_since_epoch().count());
+    if (v >= axis.low && v <= axis.high) {
+      ticks.push_back({axis.at(v), dateTickText(day, step)});
+    }
+  };
+  const sys_days low{days{static_cast<int>(std::floor(axis.low))}};
+  const sys_days high{days{static_cast<int>(std::ceil(axis.high))}};
+  if (step.months == 0) {
+    constexpr int kMonday = 4;  // 1970-01-05
+    const int first = static_cast<int>(std::floor(axis.low)) - kMonday;
+    const int skipped = ((first % step.size) + step.size) % step.size;
+    for (sys_days day = low - days{skipped}; day <= high; day += days{step.size}) {
+      add(day);
+    }
+    return ticks;
+  }
+  const year_month_day from{low};
+  const int every = step.months * step.size;
+  const int count = 12 * int{from.year()} + static_cast<int>(unsigned{from.month()}) - 1;
+  for (int month = count / every * every;; month += every) {
+    const sys_days day =
+        year{month / 12} / std::chrono::month{static_cast<unsigned>(month % 12 + 1)} / 1;
+    if (day > high) {
+      return ticks;
+    }
+    add(day);
+  }
+}
+
+// Years from 1 on, and not too many.
+bool areDates(const Axis& axis) {
+  return axis.dates && axis.low > -719'000 && axis.high < 3'000'000 && axis.high - axis.low >= 2;
+}
+
 }  // namespace
 
 double Axis::at(double v) const {
@@ -113,6 +185,12 @@ std::vector<Tick> ticksOf(const Axis& axis, int about) {
   about = std::max(about, 2);
   if (axis.scale == Scale::log) {
     std::vector<Tick> ticks = logTicks(axis, about);
+    if (ticks.size() >= 2) {
+      return ticks;
+    }
+  }
+  if (areDates(axis)) {
+    std::vector<Tick> ticks = dateTicks(axis, about);
     if (ticks.size() >= 2) {
       return ticks;
     }

@@ -18,7 +18,8 @@ struct Axis {
   double low = 0;
   double high = 1;
   Scale scale = Scale::linear;
-  std::string label;
+  std::string label = {};
+  bool dates = false;  // values are days since 1970-01-01
 
   // Where v lies between the ends: 0 at low, 1 at high; NaN where a scale has no place for it.
   double at(double v) const;

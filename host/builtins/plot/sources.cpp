@@ -12,6 +12,7 @@
 #include "builtins/functions/objects.hpp"
 #include "mathematics/elementwise.hpp"
 #include "values/arrays.hpp"
+#include "values/dates.hpp"
 #include "values/errors.hpp"
 #include "values/text.hpp"
 
@@ -228,6 +229,21 @@ std::vector<std::vector<double>> PanelMaker::columnsOf(const Source& source) {
   return columns;
 }
 
+// Whether the first value there is is a date.
+bool holdsDates(State& state, ALGEB x) {
+  if (isList(x)) {
+    return countOf(x) > 0 && isDate(element(state, x, 1));
+  }
+  if (!isArray(x) || arrayOf(x).type != RTABLE_DAG || arrayOf(x).data == nullptr) {
+    return false;
+  }
+  const auto* const elements = static_cast<const ALGEB*>(arrayOf(x).data);
+  const auto* const end = elements + arrayOf(x).count;
+  const auto* const first =
+      std::find_if(elements, end, [&](ALGEB e) { return e != nullptr && e != state.null; });
+  return first != end && isDate(*first);
+}
+
 // The least distance of neighbours, for the width of bars.
 double leastGap(std::vector<double> x) {
   std::sort(x.begin(), x.end());
@@ -246,6 +262,10 @@ void PanelMaker::addData(Part& part, const Source& source) {
     raise(state_, "plot draws y, [x, y] or [x, y, error], received: %1", source.x);
   }
   const std::size_t n = columns[0].size();
+  const ALGEB first = isList(source.x) && source.y == nullptr && countOf(source.x) > 0
+                          ? element(state_, source.x, 1)
+                          : source.x;
+  panel_.x.dates = panel_.x.dates || (columns.size() > 1 && holdsDates(state_, first));
   for (const std::vector<double>& column : columns) {
     if (column.size() != n) {
       raise(state_, "plot expects as many y and errors as x, received: " + std::to_string(n) +
