@@ -185,7 +185,11 @@ PowerMeans powerMeans(Sample& sample, int order) {
     result.exponent = 0;
     return result;
   }
-  sample.scale(exponentOf(spread.max / 2 - spread.min / 2) + 1, sample.wExponent());
+  // Halves only of what would overflow: the least double's half is 0.
+  const double width = spread.max - spread.min;
+  sample.scale(
+      std::isfinite(width) ? exponentOf(width) : exponentOf(spread.max / 2 - spread.min / 2) + 1,
+      sample.wExponent());
   return lookTwice(sample, order, squares, inRange);
 }
 
