@@ -7,6 +7,7 @@
 #include <string>
 
 #include "functions/order_replicates.hpp"
+#include "functions/sized.hpp"
 #include "functions/text.hpp"
 #include "kernels/variates/resample.hpp"
 #include "kernels/watch.hpp"
@@ -25,7 +26,7 @@ using Callable = std::function<double(std::span<const double>)>;
 // One call of `one` per replicate, with a report now and then.
 template <typename One>
 std::vector<double> replicated(std::size_t count, std::size_t size, One one) {
-  std::vector<double> replicates(count);
+  auto replicates = sized<double>("bootstrap", "replicates", count);
   const std::size_t polling = std::max<std::size_t>(1, (std::size_t{1} << 18) / (size + 1));
   for (std::size_t b = 0; b < count; ++b) {
     if (b % polling == 0) {
@@ -281,10 +282,10 @@ void addInterval(Bootstrap& b, double estimate, const BootstrapOptions& options,
 
 void check(const BootstrapOptions& options) {
   if (options.replicates == 0) {
-    throw std::invalid_argument("replicates must be at least 1, not 0");
+    throw std::invalid_argument("bootstrap: replicates must be at least 1, not 0");
   }
   if (!(options.confidence > 0 && options.confidence < 1)) {
-    throw std::invalid_argument("confidence must be between 0 and 1, not " +
+    throw std::invalid_argument("bootstrap: confidence must be between 0 and 1, not " +
                                 number(options.confidence));
   }
 }
@@ -306,7 +307,9 @@ std::vector<double> present(const Data& x, Missing missing) {
 }
 
 Bootstrap nothing(std::size_t replicates) {
-  return {nan, nan, {nan, nan}, std::vector<double>(replicates, nan)};
+  auto none = sized<double>("bootstrap", "replicates", replicates);
+  std::fill(none.begin(), none.end(), nan);
+  return {nan, nan, {nan, nan}, std::move(none)};
 }
 
 }  // namespace

@@ -2,11 +2,11 @@
 #include <algorithm>
 #include <bit>
 #include <cmath>
-#include <numeric>
 #include <stdexcept>
 #include <string>
 #include <unordered_map>
 
+#include "functions/sized.hpp"
 #include "kernels/watch.hpp"
 #include "vexel/random.hpp"
 
@@ -107,7 +107,7 @@ void Urn::sample(std::span<std::int64_t> out, Random& rng) const {
 }
 
 std::vector<std::int64_t> Urn::sample(std::size_t n, Random& rng) const {
-  std::vector<std::int64_t> out(n);
+  auto out = sized<std::int64_t>("Urn", "n", n);
   sample(out, rng);
   return out;
 }
@@ -116,26 +116,24 @@ namespace {
 
 // The first n places of a shuffle from the front.  Of many places only the moved ones are kept.
 std::vector<std::int64_t> withoutReplacement(std::size_t size, std::size_t n, Random& rng) {
-  std::vector<std::int64_t> chosen(n);
   if (n < size / 16) {
+    auto chosen = sized<std::int64_t>("choice", "n", n);
     std::unordered_map<std::uint64_t, std::uint64_t> moved;
-    for (std::uint64_t i = 0; i < n; ++i) {
+    kernels::forEach(std::uint64_t{n}, [&](std::uint64_t i) {
       const std::uint64_t j = i + rng.below(size - i);
       const auto atI = moved.find(i);
       const std::uint64_t first = atI == moved.end() ? i : atI->second;
       const auto [atJ, fresh] = moved.try_emplace(j, j);
       chosen[i] = static_cast<std::int64_t>(j == i ? first : atJ->second);
       atJ->second = first;
-    }
+    });
     return chosen;
   }
-  std::vector<std::int64_t> all(size);
-  std::iota(all.begin(), all.end(), std::int64_t{0});
-  for (std::size_t i = 0; i < n; ++i) {
-    std::swap(all[i], all[i + rng.below(size - i)]);
-  }
-  std::copy_n(all.begin(), n, chosen.begin());
-  return chosen;
+  auto all = sized<std::int64_t>("choice", "size", size);
+  kernels::forEach(size, [&](std::size_t i) { all[i] = static_cast<std::int64_t>(i); });
+  kernels::forEach(n, [&](std::size_t i) { std::swap(all[i], all[i + rng.below(size - i)]); });
+  all.resize(n);
+  return all;
 }
 
 // Successive draws with probabilities proportional to the weights that are left are the order of
@@ -158,7 +156,7 @@ std::vector<std::int64_t> weightedWithoutReplacement(const Data& weights, std::s
     }
   }
   if (n > arrivals.size()) {
-    throw std::invalid_argument("n must be at most " + std::to_string(arrivals.size()) +
+    throw std::invalid_argument("choice: n must be at most " + std::to_string(arrivals.size()) +
                                 ", the elements of positive weight, not " + std::to_string(n));
   }
   std::partial_sort(arrivals.begin(), arrivals.begin() + static_cast<std::ptrdiff_t>(n),
@@ -197,12 +195,12 @@ void shuffleAhead(std::span<T> x, Random& rng) {
 std::vector<std::int64_t> choice(std::size_t size, std::size_t n, Random& rng,
                                  const ChoiceOptions& options) {
   if (options.weights.given() && options.weights.size() != size) {
-    throw std::invalid_argument("weights must be " + std::to_string(size) + ", not " +
+    throw std::invalid_argument("choice: weights must be " + std::to_string(size) + ", not " +
                                 std::to_string(options.weights.size()));
   }
   if (!options.replace) {
     if (n > size) {
-      throw std::invalid_argument("n must be at most " + std::to_string(size) +
+      throw std::invalid_argument("choice: n must be at most " + std::to_string(size) +
                                   " without replacement, not " + std::to_string(n));
     }
     return options.weights.given() ? weightedWithoutReplacement(options.weights, n, rng)
@@ -212,7 +210,7 @@ std::vector<std::int64_t> choice(std::size_t size, std::size_t n, Random& rng,
     return {};
   }
   if (size == 0) {
-    throw std::invalid_argument("there must be something to choose from");
+    throw std::invalid_argument("choice: there must be something to choose from");
   }
   if (options.weights.given()) {
     return Urn(options.weights).sample(n, rng);
@@ -222,15 +220,15 @@ std::vector<std::int64_t> choice(std::size_t size, std::size_t n, Random& rng,
 
 std::vector<double> choice(Data x, std::size_t n, Random& rng, const ChoiceOptions& options) {
   const std::vector<std::int64_t> indices = choice(x.size(), n, rng, options);
-  std::vector<double> chosen(n);
+  auto chosen = sized<double>("choice", "n", n);
   std::transform(indices.begin(), indices.end(), chosen.begin(),
                  [&](std::int64_t i) { return x[static_cast<std::size_t>(i)]; });
   return chosen;
 }
 
 std::vector<std::int64_t> permutation(std::size_t n, Random& rng) {
-  std::vector<std::int64_t> order(n);
-  std::iota(order.begin(), order.end(), std::int64_t{0});
+  auto order = sized<std::int64_t>("permutation", "n", n);
+  kernels::forEach(n, [&](std::size_t i) { order[i] = static_cast<std::int64_t>(i); });
   shuffle(std::span(order), rng);
   return order;
 }

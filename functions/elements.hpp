@@ -85,8 +85,23 @@ inline std::string expected(const char* parameter, const char* allowed, const st
   return std::string(parameter) + ": expected " + allowed + ", got " + came;
 }
 
-[[noreturn]] inline void throwMissing(const char* parameter) {
-  throw std::invalid_argument(std::string(parameter) + " has missing values (NaN)");
+[[noreturn]] inline void throwMissing(const char* function,
+                                      const char* parameter = "x or weights") {
+  throw std::invalid_argument(std::string(function) + ": missing values (NaN) in " + parameter);
+}
+
+// The error of a missing value or weight under Missing::raise, with the first one's place.
+[[noreturn]] inline void throwMissing(const char* function, std::size_t index) {
+  throw std::invalid_argument(std::string(function) + ": element " + std::to_string(index) +
+                              " is missing");
+}
+inline void requireNoneMissing(const char* function, const Data& x, const Data& weights = {}) {
+  for (std::size_t i = 0; i < x.size(); ++i) {
+    const double w = weights.given() ? weights[i] : 1.0;
+    if (w != 0.0 && (std::isnan(x[i]) || std::isnan(w))) {
+      throwMissing(function, i);
+    }
+  }
 }
 
 inline void requireSize(const char* parameter, std::size_t size, std::size_t wanted) {

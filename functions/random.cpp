@@ -8,6 +8,7 @@
 #include <string>
 
 #include "functions/pieces.hpp"
+#include "functions/sized.hpp"
 #include "kernels/variates/lanes.hpp"
 #include "kernels/variates/ziggurat.hpp"
 
@@ -240,25 +241,25 @@ void Random::exponential(std::span<double> out) {
 }
 
 std::vector<double> Random::uniform(std::size_t n) {
-  std::vector<double> out(n);
+  auto out = sized<double>("uniform", "n", n);
   uniform(out);
   return out;
 }
 
 std::vector<double> Random::normal(std::size_t n) {
-  std::vector<double> out(n);
+  auto out = sized<double>("normal", "n", n);
   normal(out);
   return out;
 }
 
 std::vector<double> Random::exponential(std::size_t n) {
-  std::vector<double> out(n);
+  auto out = sized<double>("exponential", "n", n);
   exponential(out);
   return out;
 }
 
 std::vector<std::int64_t> Random::integers(std::int64_t low, std::int64_t high, std::size_t n) {
-  std::vector<std::int64_t> out(n);
+  auto out = sized<std::int64_t>("integers", "n", n);
   integers(low, high, out);
   return out;
 }

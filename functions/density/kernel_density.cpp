@@ -81,7 +81,7 @@ struct KernelDensity::Sample {
       throw std::invalid_argument(expected("x", "finite numbers", number(v)));
     }
     if (missing == Missing::raise) {
-      throwMissing("x or weights");
+      throwMissing("kde");
     }
     broken |= missing == Missing::propagate;
   }

@@ -67,7 +67,7 @@ void run(std::span<double> out, Missing missing, Value value, Add add) {
     }
     if (add(i)) {
       if (missing == Missing::raise) {
-        throwMissing("x or weights");
+        throwMissing("cumulative", i);
       }
       broken |= missing == Missing::propagate;
     }

@@ -88,7 +88,7 @@ HistogramResult histogram(Data x, const Bins& bins, const HistogramOptions& opti
     }
   });
   if (options.missing == Missing::raise && result.missing > 0) {
-    throwMissing("x or weights");
+    requireNoneMissing("histogram", x, options.weights);
   }
   if (options.density) {
     kernels::ExactTotals total(1);

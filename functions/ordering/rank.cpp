@@ -2,6 +2,7 @@
 #include <limits>
 
 #include "functions/elements.hpp"
+#include "kernels/watch.hpp"
 #include "numerics/rank_words.hpp"
 #include "vexel/ordering.hpp"
 
@@ -11,13 +12,12 @@ namespace {
 
 // How many elements are not missing; those come first in sorted order.
 template <typename T>
-std::size_t presentIn(std::span<const T> x, Missing missing) {
+std::size_t presentIn(const char* function, std::span<const T> x, Missing missing) {
   std::size_t gone = 0;
-  for (const T v : x) {
-    gone += static_cast<std::size_t>(isMissing(v));
-  }
+  kernels::forEach(x.size(),
+                   [&](std::size_t i) { gone += static_cast<std::size_t>(isMissing(x[i])); });
   if (missing == Missing::raise && gone > 0) {
-    throwMissing("x");
+    requireNoneMissing(function, Data(x));
   }
   return x.size() - gone;
 }
@@ -27,7 +27,7 @@ std::size_t presentIn(std::span<const T> x, Missing missing) {
 std::size_t argsort(Data x, std::span<std::int64_t> out, const SortOptions& options) {
   requireSize("out", out.size(), x.size());
   return onElements(x, [&]<typename T>(std::span<const T> elements) {
-    const std::size_t present = presentIn(elements, options.missing);
+    const std::size_t present = presentIn("argsort", elements, options.missing);
     nag2::visitSorted(elements.data(), elements.size(), false,
                       [to = out.data()](std::size_t first, nag2::TiedPositions tied) {
                         for (std::size_t i = 0; i < tied.size(); ++i) {
@@ -81,7 +81,7 @@ template <typename Set>
 void rank(Data x, std::span<double> out, const RankOptions& options) {
   requireSize("out", out.size(), x.size());
   onElements(x, [&]<typename T>(std::span<const T> elements) {
-    const std::size_t present = presentIn(elements, options.missing);
+    const std::size_t present = presentIn("rank", elements, options.missing);
     double group = 0;
     nag2::visitSorted(elements.data(), elements.size(), false,
                       [&, to = out.data()](std::size_t first, nag2::TiedPositions tied) {

@@ -35,9 +35,6 @@ template <typename T>
 std::size_t present(std::span<const T> sorted, Missing missing) {
   const auto last =
       std::partition_point(sorted.begin(), sorted.end(), [](T v) { return !isMissing(v); });
-  if (missing == Missing::raise && last != sorted.end()) {
-    throwMissing("x");
-  }
   return missing == Missing::omit ? static_cast<std::size_t>(last - sorted.begin()) : sorted.size();
 }
 
@@ -47,6 +44,9 @@ template <DataElement T>
 std::size_t sort(Data x, std::span<T> out, const SortOptions& options) {
   requireElement<T>(x);
   requireSize("out", out.size(), x.size());
+  if (options.missing == Missing::raise) {
+    requireNoneMissing("sort", x);
+  }
   onElements(x, [&]<typename E>(std::span<const E> elements) {
     if constexpr (std::is_same_v<E, T>) {
       sortInto(elements, out.data());

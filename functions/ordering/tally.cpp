@@ -213,7 +213,7 @@ TallyResult<T> tallyOf(Data x, const TallyOptions& options) {
     TallyResult<T> result =
         options.weights.given() ? tallyWeights(points, options.weights) : tallyCounts(points);
     if (options.missing == Missing::raise && result.missing > 0) {
-      throwMissing("x or weights");
+      requireNoneMissing("tally", x, options.weights);
     }
     return result;
   };

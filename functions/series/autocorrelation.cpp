@@ -25,7 +25,7 @@ std::vector<double> deviations(Data x, Missing missing, bool& broken) {
     d[i] = x[i];
     if (isMissing(d[i])) {
       if (missing == Missing::raise) {
-        throwMissing("x");
+        throwMissing("autocorrelation", i);
       }
       broken |= missing == Missing::propagate;
     } else {

@@ -113,7 +113,7 @@ void Stretch::classify(const WindowPlan& plan, std::size_t i, double value, doub
     kind = Kind::absent;
   } else if (isMissing(value) || isMissing(weight)) {
     if (plan.options.missing == Missing::raise) {
-      throwMissing("x or weights");
+      throwMissing("moving");
     }
     kind = plan.options.missing == Missing::omit ? Kind::absent : Kind::missing;
   } else if (std::isinf(value)) {

@@ -46,7 +46,7 @@ Histogram& Histogram::update(Data x, Data weights) {
     std::vector<std::uint64_t> counts(binning.bins());
     const std::size_t missing = binning.count(points, counts);
     if (missing > 0 && c.policy == Missing::raise) {
-      throwMissing("x");
+      throwMissing("update", "x");
     }
     for (std::size_t b = 0; b < counts.size(); ++b) {
       c.totals.add(b, static_cast<double>(counts[b]));

@@ -181,7 +181,7 @@ std::int64_t takePairs(Data x, Data weights, Missing policy, Take take) {
         static_cast<std::int64_t>(weight(i) != 0 && (isMissing(points[i]) || isMissing(weight(i))));
   }
   if (policy == Missing::raise && missing > 0) {
-    throwMissing("x or weights");
+    throwMissing("update");
   }
   for (std::size_t i = 0; i < points.size(); ++i) {
     if (i % kernels::pollInterval == 0) {

@@ -5,6 +5,7 @@
 
 #include "builtins/builtins.hpp"
 #include "builtins/collections.hpp"
+#include "builtins/functions/objects.hpp"
 #include "mathematics/algebra.hpp"
 #include "mathematics/elementary.hpp"
 #include "mathematics/elementwise.hpp"
@@ -80,6 +81,9 @@ void defineExtreme(State& state, const char* functionName, bool largest) {
       [functionName, largest](State& s, ALGEB args) -> ALGEB {
         if (isMachineArray(args) && arrayOf(args).count > 0) {
           return machineExtreme(s, args, largest);
+        }
+        if (const ALGEB held = resultOfState(s, args, functionName)) {
+          return held;
         }
         ALGEB best = nullptr;
         Handles all(s);

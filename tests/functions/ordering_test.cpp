@@ -377,7 +377,15 @@ TEST(Ordering, ErrorsSayWhatCame) {
   EXPECT_EQ(message([&] { vx::mode(x, {.weights = {0, 0}}); }), "mode: " + nothing);
   EXPECT_EQ(message([&] { vx::trim(x, 0.1, {.weights = {0, 0}}); }), "trim: " + nothing);
   EXPECT_EQ(message([&] { vx::sort(Doubles{kNan}, {.missing = vx::Missing::raise}); }),
-            "x has missing values (NaN)");
+            "sort: element 0 is missing");
+  EXPECT_EQ(message([&] {
+              vx::rank(Doubles{1, kNan}, {.missing = vx::Missing::raise});
+            }),
+            "rank: element 1 is missing");
+  EXPECT_EQ(message([&] {
+              vx::tally(Doubles{1, 2}, {.weights = {1, kNan}, .missing = vx::Missing::raise});
+            }),
+            "tally: element 1 is missing");
   EXPECT_EQ(message([&] {
               vx::histogram({1, kInf}, 3);
             }),

@@ -264,4 +264,24 @@ TEST(Bootstrap, OfLittleAndOfMuch) {
       bootstrap({1e308, 1e308, -1e308}, Statistic::mean, rng, {.replicates = 50}).estimate));
 }
 
+// More than memory will ever hold: an error that names function and parameter.
+TEST(Sampling, NumbersBeyondMemoryAreRefusedByName) {
+  Random rng(1);
+  const auto message = [](auto f) -> std::string {
+    try {
+      f();
+    } catch (const std::length_error& e) {
+      return e.what();
+    }
+    return "";
+  };
+  const std::size_t many = std::size_t{1} << 62;
+  EXPECT_TRUE(message([&] { permutation(many, rng); }).starts_with("permutation: n must"));
+  EXPECT_TRUE(message([&] { rng.normal(many); }).starts_with("normal: n must"));
+  EXPECT_TRUE(message([&] { choice(3, many, rng, {.weights = {1, 1, 1}}); }).find("n must") > 0);
+  EXPECT_TRUE(message([&] {
+                bootstrap({1, 2, 3}, Statistic::mean, rng, {.replicates = many});
+              }).starts_with("bootstrap: replicates must"));
+}
+
 }  // namespace

@@ -368,6 +368,13 @@ TEST(Statistics, AreRightToTheirLastPlaces) {
   }
 }
 
+TEST(Statistics, DeviationsOfSubnormalsAreRounded) {
+  EXPECT_EQ(vexel::std(Data({5e-324, 0})), 5e-324);
+  EXPECT_EQ(vexel::std(Data({5e-324, 0, 0, 0})), 0.0);  // half of it: the tie goes to even
+  EXPECT_EQ(vexel::std(Data({1e-322, 1e-322})), 0.0);
+  EXPECT_EQ(vexel::std(Data({1e-310, 0})), std::sqrt(0.5) * 1e-310);
+}
+
 // ---- quantiles
 
 }  // namespace

@@ -13,10 +13,11 @@ namespace vexel {
 
 namespace {
 
-// A moment of a law, where x is one.
+// A moment of a law or a result of a state, where x is one.
 ALGEB momentOfLaw(Call& call, LawMoment m) {
   const LawObject* const law = objectOf<LawObject>(call.value("x"));
-  return law == nullptr ? nullptr : call.real(law->moment(m));
+  return law == nullptr ? resultOfState(call.state(), call.value("x"), call.signature().function)
+                        : call.real(law->moment(m));
 }
 
 ALGEB mean(Call& call) {
@@ -188,13 +189,24 @@ ALGEB pairOrMatrix(Call& call, double (*ofTwo)(Data, Data, const Options&),
   return call.matrix(m.values, m.size, m.size);
 }
 
+// A result of a state, where x is one.
+ALGEB resultOf(Call& call) {
+  return resultOfState(call.state(), call.value("x"), call.signature().function);
+}
+
 ALGEB covariance(Call& call) {
+  if (const ALGEB held = resultOf(call)) {
+    return held;
+  }
   return pairOrMatrix<CovarianceOptions>(
       call, cov, cov,
       {.weights = call.data("weights"), .ddof = call.number("ddof", 1), .missing = call.missing()});
 }
 
 ALGEB correlation(Call& call) {
+  if (const ALGEB held = resultOf(call)) {
+    return held;
+  }
   return pairOrMatrix<CorrelationOptions>(call, corr, corr,
                                           {.weights = call.data("weights"),
                                            .method = call.choice("method", Correlation::pearson),

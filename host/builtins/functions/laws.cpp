@@ -9,6 +9,7 @@
 #include "builtins/functions/statistics.hpp"
 #include "mathematics/elementwise.hpp"
 #include "values/errors.hpp"
+#include "values/language.hpp"
 #include "values/numbers.hpp"
 #include "values/text.hpp"
 
@@ -168,7 +169,8 @@ class LibraryLaw final : public LawOf<L> {
 template <typename L>
 class UsersLaw final : public LawOf<L> {
  public:
-  UsersLaw(L l, ALGEB f) : LawOf<L>(std::move(l)), function_(f) {}
+  // f is what the law is printed with, second the other procedure that it calls, or null.
+  UsersLaw(L l, ALGEB f, ALGEB second) : LawOf<L>(std::move(l)), function_(f), second_(second) {}
   double logLikelihood(Data x, Data, Missing) const override { return this->law.log_likelihood(x); }
   void print(State& state, std::string& out) const override {
     const Interval s = this->law.support();
@@ -176,11 +178,17 @@ class UsersLaw final : public LawOf<L> {
     appendSource(state, out, function_);
     out += ", support = " + textOf(s.low) + " .. " + textOf(s.high) + ")";
   }
-  void mark(Marker& marker) override { marker.mark(function_); }
+  void mark(Marker& marker) override {
+    marker.mark(function_);
+    if (second_ != nullptr) {
+      marker.mark(second_);
+    }
+  }
   ALGEB parameters(State& state) const override { return newTable(state); }
 
  private:
-  ALGEB function_;  // which the law calls
+  ALGEB function_;
+  ALGEB second_;
 };
 
 ALGEB newLaw(State& state, std::unique_ptr<LawObject> law) {
@@ -284,15 +292,27 @@ ALGEB sample(Call& call) {
   return call.given("size") ? call.reals(x, nullptr) : call.real(x[0]);
 }
 
-// A procedure's values for a law; its handle is kept by the law.
-std::function<double(double)> functionFor(Call& call, const char* parameter) {
+// The procedure that a parameter is, or that its text says; null where it is not given.
+ALGEB procedureFor(Call& call, const char* parameter) {
   if (!call.given(parameter)) {
+    return nullptr;
+  }
+  ALGEB f = call.value(parameter);
+  if (is(f, Tag::string)) {
+    f = call.keep(call.state().language->runStatements(call.state(), std::string(text(f)) + "\n;"));
+  }
+  if (!isProcedure(f)) {
+    call.refuse(parameter, "a procedure or the text of one");
+  }
+  return f;
+}
+
+// A procedure's values for a law, which keeps the handle; none of none.
+std::function<double(double)> functionOf(Call& call, ALGEB procedure) {
+  if (procedure == nullptr) {
     return {};
   }
-  if (!isProcedure(call.value(parameter))) {
-    call.refuse(parameter, "a procedure");
-  }
-  return NumericProcedure(call.state(), call.value(parameter));
+  return NumericProcedure(call.state(), procedure);
 }
 
 Interval supportFor(Call& call, Interval fallback) {
@@ -303,22 +323,26 @@ constexpr Interval kLine{-std::numeric_limits<double>::infinity(),
                          std::numeric_limits<double>::infinity()};
 
 ALGEB density(Call& call) {
+  const ALGEB f = procedureFor(call, "f");
+  const ALGEB derivative = procedureFor(call, "derivative");
   DensityOptions options{.support = supportFor(call, kLine),
                          .log = call.boolean("log"),
-                         .derivative = functionFor(call, "derivative")};
+                         .derivative = functionOf(call, derivative)};
   if (call.given("mode")) {
     options.mode = call.number("mode");
   }
   return newLaw(call.state(), std::make_unique<UsersLaw<Density>>(
-                                  Density(functionFor(call, "f"), options), call.value("f")));
+                                  Density(functionOf(call, f), options), f, derivative));
 }
 
 ALGEB cumulativeDistribution(Call& call) {
+  const ALGEB f = procedureFor(call, "F");
+  const ALGEB density = procedureFor(call, "density");
   const CumulativeDistributionOptions options{.support = supportFor(call, kLine),
-                                              .density = functionFor(call, "density")};
+                                              .density = functionOf(call, density)};
   return newLaw(call.state(),
                 std::make_unique<UsersLaw<CumulativeDistribution>>(
-                    CumulativeDistribution(functionFor(call, "F"), options), call.value("F")));
+                    CumulativeDistribution(functionOf(call, f), options), f, density));
 }
 
 constexpr FunctionRow kRows[] = {

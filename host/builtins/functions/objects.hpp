@@ -5,6 +5,7 @@
 #include <memory>
 #include <span>
 #include <string>
+#include <string_view>
 #include <vector>
 #include <vexel/data.hpp>
 #include <vexel/interval.hpp>
@@ -21,6 +22,9 @@ template <typename T>
 T* objectOf(ALGEB x) {
   return is(x, Tag::foreign) ? dynamic_cast<T*>(foreign(x)) : nullptr;
 }
+
+// A state's result of that name, null where x is no state or has none.
+ALGEB resultOfState(State& state, ALGEB x, std::string_view name);
 
 struct RandomObject : Foreign {
   explicit RandomObject(Random r) : random(std::move(r)) {}

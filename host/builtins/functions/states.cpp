@@ -210,6 +210,15 @@ ALGEB momentOfState(Call& call) {
       static_cast<int>(std::clamp<std::int64_t>(call.integer("order"), -1, 100))));
 }
 
+}  // namespace
+
+ALGEB resultOfState(State& state, ALGEB x, std::string_view name) {
+  auto* const found = objectOf<StateObject>(x);
+  return found == nullptr ? nullptr : found->field(state, name);
+}
+
+namespace {
+
 constexpr FunctionRow kRows[] = {
     {"Sums", "; missing = propagate", "a state: sum, mean, weight, count, missing",
      "s := update(Sums(), [1e100, 1, -1e100]): s[sum];", makeSums},
