@@ -10,6 +10,7 @@
 #include "functions/distributions/frame.hpp"
 #include "functions/distributions/maximize.hpp"
 #include "functions/distributions/precise.hpp"
+#include "functions/text.hpp"
 #include "vexel/distributions/elementary.hpp"
 
 namespace vexel {
@@ -200,7 +201,9 @@ Triangular::Triangular(const Parameters& parameters) : parameters_(parameters) {
   detail::requireFinite(name, "a", parameters.a);
   detail::requireFinite(name, "b", parameters.b);
   if (!(parameters.a < parameters.b) || std::isinf(parameters.b - parameters.a)) {
-    detail::refuse(name, "b", "greater than a, at a finite distance", parameters.b);
+    const std::string allowed =
+        "greater than a, " + number(parameters.a) + ", at a finite distance";
+    detail::refuse(name, "b", allowed.c_str(), parameters.b);
   }
   if (!(parameters.mode >= parameters.a && parameters.mode <= parameters.b)) {
     detail::refuse(name, "mode", "in [a, b]", parameters.mode);

@@ -120,8 +120,9 @@ std::string shortText(py::handle object);
 [[noreturn]] void refuseChoice(const char* parameter, py::handle came, const std::string& allowed);
 std::string_view textOf(py::handle object);  // empty for what is no string
 
+// `more` names what else the parameter may be.
 template <typename E>
-E choose(py::handle object, const char* parameter) {
+E choose(py::handle object, const char* parameter, const char* more = "") {
   const std::string_view text = textOf(object);
   for (const auto& c : namesOf<E>) {
     if (c.name == text) {
@@ -132,7 +133,7 @@ E choose(py::handle object, const char* parameter) {
   for (const auto& c : namesOf<E>) {
     allowed += (allowed.empty() ? "\"" : ", \"") + std::string(c.name) + "\"";
   }
-  refuseChoice(parameter, object, allowed);
+  refuseChoice(parameter, object, allowed + more);
 }
 
 Missing missingPolicy(py::handle object);

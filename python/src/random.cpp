@@ -313,7 +313,7 @@ py::tuple bootstrapOf(py::handle object, py::handle statistic, py::handle replic
         [&](std::span<const double> y) { return readResult(statistic(toArray(y)), "statistic"); },
         *generator, options);
   } else {
-    const auto which = choose<Statistic>(statistic, "statistic");
+    const auto which = choose<Statistic>(statistic, "statistic", " or a callable");
     const Work work(data.size() * replicates, progress);
     b = vexel::bootstrap(data, which, *generator, options);
   }

@@ -47,7 +47,7 @@ py::array movingOf(py::handle object, Whole<"window"> window, py::handle statist
   if (textOf(statistic) == "quantile") {
     return along(Quantile{readNumber(q, "q")});
   }
-  return along(choose<Statistic>(statistic, "statistic"));
+  return along(choose<Statistic>(statistic, "statistic", ", \"quantile\" or a callable"));
 }
 
 std::vector<double> copyOf(const Data& data) {

@@ -148,7 +148,15 @@ void bindTables(py::module_& m) {
       .def_property_readonly("done", &Ranks::done)
       .def("_next_pass", [](Ranks& s) { s.next_pass(); })
       .def_property_readonly("number", &Ranks::pass)
-      .def_property_readonly("result", [](const Ranks& s) { return adopt(s.result()); })
+      .def_property_readonly("result",
+                             [](const Ranks& s) {
+                               if (!s.done()) {
+                                 throw py::value_error(
+                                     "result: passes are to come; update with all data and call "
+                                     "next_pass until done");
+                               }
+                               return adopt(s.result());
+                             })
       .def_property_readonly("weight", &Ranks::weight)
       .def_property_readonly("missing", &Ranks::missing);
 }

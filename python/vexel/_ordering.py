@@ -19,6 +19,28 @@ def _elements(x: Any) -> Any:
     return np.asarray(x) if type(x) in (list, tuple) else x
 
 
+_HALF = np.uint64(1 << 63)
+
+
+def _signed(x: Any) -> Any:
+    """uint64 data with numbers of 2^63 and more, moved to int64 in the same order; else None."""
+    if getattr(x, "dtype", None) != np.uint64:
+        return None
+    array = np.asarray(x)
+    return (array ^ _HALF).view(np.int64) if array.size and array.max() >= _HALF else None
+
+
+def _unsigned(x: Array, out: Array | None = None) -> Array:
+    """Back from where `_signed` moved it."""
+    values = x.view(np.uint64) ^ _HALF
+    if out is None:
+        return values
+    if not isinstance(out, np.ndarray) or out.dtype != np.uint64 or out.shape != values.shape:
+        raise ValueError(f"out: a uint64 array of the shape {values.shape} is allowed, {_core.short_text(out)} came")
+    out[...] = values
+    return out
+
+
 def _is_exact(x: Any) -> bool:
     """Objects that are more than doubles: fractions, decimals, big integers, SymPy's numbers."""
     return isinstance(x, np.ndarray) and x.dtype == object and x.ndim == 1
@@ -57,6 +79,9 @@ def sort(x: ArrayLike, *, axis: Axis = -1, nan_policy: NanPolicy = "propagate",
         from ._exact import exact_sort
 
         return exact_sort(x, nan_policy)
+    moved = _signed(x)
+    if moved is not None:
+        return _unsigned(_core.sort(moved, axis, nan_policy, None, progress), out)
     return _core.sort(x, axis, nan_policy, out, progress)
 
 
@@ -83,7 +108,8 @@ def argsort(x: ArrayLike, *, axis: Axis = -1, nan_policy: NanPolicy = "propagate
         from ._exact import exact_argsort
 
         return exact_argsort(x, nan_policy)
-    return _core.argsort(x, axis, nan_policy, out, progress)
+    moved = _signed(x)
+    return _core.argsort(x if moved is None else moved, axis, nan_policy, out, progress)
 
 
 def rank(x: ArrayLike, *, method: str = "average", axis: Axis = -1,
@@ -114,7 +140,8 @@ def rank(x: ArrayLike, *, method: str = "average", axis: Axis = -1,
         from ._exact import exact_rank
 
         return exact_rank(x, method, nan_policy)
-    return _core.rank(x, method, axis, nan_policy, out, progress)
+    moved = _signed(x)
+    return _core.rank(x if moved is None else moved, method, axis, nan_policy, out, progress)
 
 
 def tally(x: ArrayLike, *, weights: ArrayLike | None = None,
@@ -148,6 +175,10 @@ def tally(x: ArrayLike, *, weights: ArrayLike | None = None,
         from ._exact import exact_tally
 
         return exact_tally(x, weights, nan_policy)
+    moved = _signed(x)
+    if moved is not None:
+        values, counts, missing = _core.tally(moved, weights, nan_policy, progress)
+        return TallyResult(_unsigned(values), counts, missing)
     return TallyResult(*_core.tally(x, weights, nan_policy, progress))
 
 
@@ -293,7 +324,11 @@ def trim(x: ArrayLike, cut: Cut, *, weights: ArrayLike | None = None,
     array([5, 3, 2])
     """
     low, high = _ends(cut)
-    return _core.trim(_elements(x), low, high, weights, nan_policy, progress)
+    x = _elements(x)
+    moved = _signed(x)
+    if moved is not None:
+        return _unsigned(_core.trim(moved, low, high, weights, nan_policy, progress))
+    return _core.trim(x, low, high, weights, nan_policy, progress)
 
 
 def winsorize(x: ArrayLike, cut: Cut, *, weights: ArrayLike | None = None,
@@ -320,4 +355,8 @@ def winsorize(x: ArrayLike, cut: Cut, *, weights: ArrayLike | None = None,
     array([5, 2, 3, 2, 5])
     """
     low, high = _ends(cut)
-    return _core.winsorize(_elements(x), low, high, weights, nan_policy, axis, out, progress)
+    x = _elements(x)
+    moved = _signed(x)
+    if moved is not None:
+        return _unsigned(_core.winsorize(moved, low, high, weights, nan_policy, axis, None, progress), out)
+    return _core.winsorize(x, low, high, weights, nan_policy, axis, out, progress)

@@ -5,6 +5,8 @@ from __future__ import annotations
 from html import escape
 from typing import TYPE_CHECKING, Any, NamedTuple
 
+import numpy as np
+
 if TYPE_CHECKING:
     from ._types import Doubles
 
@@ -117,6 +119,14 @@ class TallyResult(_ValuesCounts):
         return ax
 
 
+def _drawn(edges: Doubles) -> Doubles:
+    """Edges for a drawing: an open bin as wide as all the closed ones."""
+    inner = edges[np.isfinite(edges)]
+    low, high = (inner[0], inner[-1]) if len(inner) else (0.0, 0.0)
+    width = (high - low) or 1.0
+    return edges.clip(low - width, high + width)
+
+
 class _CountsEdges(NamedTuple):
     counts: Doubles
     edges: Doubles
@@ -147,7 +157,7 @@ class HistogramResult(_CountsEdges):
         from ._plot import axes
 
         ax = axes(ax)
-        ax.stairs(self.counts, self.edges, **{"fill": True, "alpha": 0.6, **style})
+        ax.stairs(self.counts, _drawn(self.edges), **{"fill": True, "alpha": 0.6, **style})
         return ax
 
 
@@ -171,7 +181,8 @@ class FrequencyTable(NamedTuple):
         from ._plot import axes
 
         ax = axes(ax)
-        ax.bar(self.lower, self.count, width=self.upper - self.lower, align="edge",
+        edges = _drawn(np.append(self.lower, self.upper[-1:]))
+        ax.bar(edges[:-1], self.count, width=np.diff(edges), align="edge",
                **{"alpha": 0.6, **style})
         return ax
 

@@ -63,8 +63,13 @@ class _Sequence:
         return _restored, (type(self), self._arguments, self._state, self.index)
 
     def __repr__(self) -> str:
-        scramble = f", scramble={self._arguments[1]!r}" if self._arguments[1] else ""
-        return f"<{type(self).__name__}({self.d}{scramble}) at index {self.index}>"
+        d, scramble, _, *more = self._arguments
+        stream = Random.from_bytes(self._state) if scramble else None
+        options = {"scramble": (scramble, False), "rng": (stream, None), "start": (self.index, 0),
+                   "bits": (more[0] if more else 62, 62), "directions": (more[1] if more else None, None)}
+        given = "".join(f", {k}={v!r}" for k, (v, default) in options.items() if v != default)
+        made = f"{type(self).__name__}({d}{given})"
+        return made if len(made) < 200 and "<" not in made else f"<{type(self).__name__}({d}) at index {self.index}>"
 
 
 def _restored(kind: Any, arguments: tuple[Any, ...], state: bytes, index: int) -> Any:

@@ -76,7 +76,8 @@ def moving(x: ArrayLike, window: int, statistic: str | Callable[[Doubles], float
     Returns
     -------
     ndarray
-        With the time axis of `x`; `plot()` draws it.
+        With the time axis of `x`.  Of a vector it has `plot()`, which draws it; of a matrix it is a
+        plain array.
 
     Examples
     --------
@@ -196,8 +197,15 @@ class KernelDensity:
         return KernelDensity, self._args
 
     def __repr__(self) -> str:
-        return (f"<KernelDensity of {np.size(self._args[0])} values, bandwidth {self.bandwidth:.6g}, "
-                f"{self._args[2]}, {len(self.x)} points>")
+        x, _, kernel, points, bounds, weights, nan_policy = self._args
+        if np.size(x) <= 8 and np.size(weights) <= 8:
+            options = {"kernel": (kernel, "gaussian"), "points": (points, 512), "bounds": (bounds, None),
+                       "nan_policy": (nan_policy, "propagate")}
+            given = "".join(f", {k}={v!r}" for k, (v, default) in options.items() if v is not default and v != default)
+            of = "" if weights is None else f", weights={np.asarray(weights).tolist()}"
+            return f"kde({np.asarray(x).tolist()}, bandwidth={self.bandwidth!r}{given}{of})"
+        return (f"<KernelDensity of {np.size(x)} values, bandwidth {self.bandwidth:.6g}, "
+                f"{kernel}, {len(self.x)} points>")
 
 
 def kde(x: ArrayLike, *, bandwidth: float | str = "silverman", kernel: str = "gaussian",

@@ -60,8 +60,10 @@ class _State:
     __hash__ = None  # type: ignore[assignment]
 
     def __repr__(self) -> str:
-        count = getattr(self, "count", None)
-        return f"<{type(self).__name__} of {count} values>" if count is not None else object.__repr__(self)
+        return f"<{type(self).__name__} of {self._extent()}>"
+
+    def _extent(self) -> str:
+        return f"{self.count} values"  # type: ignore[attr-defined]
 
 
 def _restored(kind: Any, data: bytes) -> Any:
@@ -147,6 +149,9 @@ class Tally(_State, _core.Tally):
     def __init__(self, *, nan_policy: NanPolicy = "propagate") -> None:
         _core.Tally.__init__(self, nan_policy)
 
+    def _extent(self) -> str:
+        return f"{len(self.values)} distinct values, weight {self.counts.sum():.6g}"
+
 
 class Histogram(_State, _core.Histogram):
     """Counts between edges; bin i is [edges[i], edges[i+1]), the last one closed.
@@ -159,6 +164,9 @@ class Histogram(_State, _core.Histogram):
 
     def __init__(self, edges: ArrayLike, *, nan_policy: NanPolicy = "propagate") -> None:
         _core.Histogram.__init__(self, edges, nan_policy)
+
+    def _extent(self) -> str:
+        return f"{len(self.counts)} bins, weight {self.counts.sum():.6g}"
 
     @classmethod
     def _empty(cls) -> Self:
@@ -189,6 +197,9 @@ class DensityGrid(_State, _core.DensityGrid):
     def density(self, bandwidth: float, kernel: str = "gaussian") -> Doubles:
         """The density at `x`, by the kernels of `kde`."""
         return self._density(bandwidth, kernel)
+
+    def _extent(self) -> str:
+        return f"{len(self.x)} points, weight {self.weight:.6g}"
 
     @classmethod
     def _empty(cls) -> Self:
@@ -222,6 +233,9 @@ class Ranks(_State, _core.Ranks):
         """Ends a pass over all data; returns the state."""
         self._next_pass()
         return self
+
+    def _extent(self) -> str:
+        return f"weight {self.weight:.6g}, {'done' if self.done else f'in pass {self.number}'}"
 
     @classmethod
     def _empty(cls) -> Self:

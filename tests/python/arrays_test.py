@@ -54,6 +54,38 @@ def test_functions_take_what_numpy_takes():
     assert vx.Normal().cdf(np.array(0.0)) == 0.5 and type(vx.Normal().cdf(np.float64(0))) is float
 
 
+def test_out_may_overlap_the_data():
+    rng = np.random.default_rng(1)
+    functions = {"moving": lambda x, **k: vx.moving(x, 3, "median", **k), "cumulative": vx.cumulative, "sort": vx.sort,
+                 "filter": lambda x, **k: vx.filter(x, [0.5, 0.25], **k), "winsorize": lambda x, **k: vx.winsorize(x, 0.2, **k),
+                 "rank": vx.rank, "cdf": vx.Normal().cdf, "moving weights": None}
+    functions["moving weights"] = lambda x, **k: vx.moving(np.arange(len(x)) * 1.0, 2, weights=x, **k)
+    for name, f in functions.items():
+        axes = [None] if name == "moving weights" else [None, 0, 1]
+        for axis in axes:
+            whole = rng.random((7, 6) if axis is not None else 42)
+            given = {} if axis is None or name == "cdf" else {"axis": axis}
+            for x, out in ((np.s_[:], np.s_[:]), (np.s_[:-1], np.s_[1:]), (np.s_[1:], np.s_[:-1]), (np.s_[::-1], np.s_[:])):
+                memory = whole.copy()
+                expected = f(whole[x], **given)
+                assert f(memory[x], out=memory[out], **given) is not None
+                np.testing.assert_array_equal(memory[out], expected, err_msg=f"{name}, axis {axis}")
+    z = np.arange(6.0).reshape(2, 3)
+    vx.sort(z[:, ::-1], axis=0, out=z)
+    assert z.tolist() == [[2, 1, 0], [5, 4, 3]]
+
+
+def test_large_unsigned_numbers_are_ordered_exactly():
+    x = np.array([2**63 + 1, 2**63, 2**64 - 1, 5], "uint64")
+    assert vx.rank(x).tolist() == [3, 2, 4, 1] and vx.argsort(x).tolist() == [3, 1, 0, 2]
+    assert vx.sort(x).tolist() == sorted(x.tolist()) and vx.sort(x).dtype == np.uint64
+    assert vx.tally(np.append(x, x[:1])).values.tolist() == sorted(x.tolist())
+    assert vx.trim(x, 0.25).tolist() == [2**63 + 1, 2**63]
+    assert vx.winsorize(x, 0.25).tolist() == [2**63 + 1, 2**63, 2**63 + 1, 2**63]
+    vx.sort(x, out=x)
+    assert x.tolist() == [5, 2**63, 2**63 + 1, 2**64 - 1]
+
+
 def test_arrow_columns():
     pa = pytest.importorskip("pyarrow")
     column = pa.array([1.5, None, 4], pa.float64())

@@ -123,6 +123,9 @@ def test_errors_name_the_parameter(function, parameter):
     (lambda: vx.Random.__new__(vx.Random).uniform(), TypeError, "__init__ has run"),
     (lambda: vx.Sums.__new__(vx.Sums).sum, TypeError, "__init__ has run"),
     (lambda: vx.mean([10**400, 1]), ValueError, "x: magnitudes below"),
+    (lambda: vx.Ranks([0.5]).result, ValueError, "result: passes are to come"),
+    (lambda: vx.Uniform(2, 1), ValueError, "Uniform: b must be greater than a, 2,"),
+    (lambda: vx.moving(X, 3, "foo"), ValueError, 'statistic: .* "quantile" or a callable'),
     (lambda: vx.shuffle((1, 2)), TypeError, "x: a list or an array"),
 ])
 def test_texts(call, error, text):

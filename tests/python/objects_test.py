@@ -235,3 +235,18 @@ def test_stubs_name_what_is_there(name):
         if isinstance(found, ast.ClassDef):
             own = {n for n in vars(getattr(module, found.name)) if not n.startswith("__") and n != "_pybind11_conduit_v1_"}
             assert {n for n in names(found.body) if not n.startswith("__")} == own, found.name
+
+
+def test_sequences_and_densities_read_back():
+    names = {n: getattr(vx, n) for n in vx.__all__}
+    for sequence in (vx.Sobol(2), vx.Sobol(2, start=5), vx.Sobol(3, scramble=True, rng=7), vx.Faure(3, start=2),
+                     vx.Halton(2, scramble="shift", rng=vx.Random(3, 2)),
+                     vx.Sobol(2, bits=10, directions=[[1, 0, [1]], [2, 1, [1, 3]]])):
+        sequence.skip(3)
+        np.testing.assert_array_equal(eval(repr(sequence), names).points(4), sequence.points(4))
+    density = vx.kde([1, 2, 4], weights=[1, 2, 1], kernel="biweight", bounds=(0, 5))
+    assert eval(repr(density), names)(1.5) == density(1.5)
+    rng = vx.Random(3)
+    assert repr(rng) == "Random(3)" and rng.uniform() and repr(rng) == "<Random(3) after draws>"
+    assert repr(vx.Tally().update([1, 1, 2])) == "<Tally of 2 distinct values, weight 3>"
+    assert "best=1.0, value=2.0" in repr(vx.RootError("text", 1.0, 2.0))
