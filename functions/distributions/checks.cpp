@@ -1,6 +1,7 @@
 // Checks of what a law is made of and asked for.
 #include "functions/distributions/checks.hpp"
 
+#include <cmath>
 #include <stdexcept>
 #include <string>
 
@@ -10,7 +11,7 @@ namespace vexel::detail {
 
 void refuse(const char* law, const char* parameter, const char* allowed, double value) {
   throw std::domain_error(std::string(law) + ": " + parameter + " must be " + allowed + ", got " +
-                          number(value));
+                          (std::isnan(value) ? "nan" : number(value)));
 }
 
 void requireExact(const char* law, const char* parameter, std::int64_t value) {
