@@ -149,6 +149,11 @@ py::object integersOf(Random& rng, py::handle low, py::handle high, py::handle s
   if (PyLong_Check(end.ptr()) && end.equal(py::int_(std::uint64_t{1} << 63U))) {
     return integersToLast(rng, from, size, out);
   }
+  if (PyLong_Check(end.ptr()) && PyLong_AsLongLong(end.ptr()) == -1 &&
+      PyErr_Occurred() != nullptr) {
+    PyErr_Clear();
+    refuseValue(upper, "from -2^63 to 2^63", end);
+  }
   const std::int64_t to = readWhole(end, upper);
   return fillIntegers(
       size, out, [&] { return rng.integers(from, to); },

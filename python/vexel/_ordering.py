@@ -33,10 +33,15 @@ def _signed(x: Any) -> Any:
 def _unsigned(x: Array, out: Array | None = None) -> Array:
     """Back from where `_signed` moved it."""
     values = x.view(np.uint64) ^ _HALF
+    return _placed(values, out)
+
+
+def _placed(values: Array, out: Array | None) -> Array:
     if out is None:
         return values
-    if not isinstance(out, np.ndarray) or out.dtype != np.uint64 or out.shape != values.shape:
-        raise ValueError(f"out: a uint64 array of the shape {values.shape} is allowed, {_core.short_text(out)} came")
+    if not isinstance(out, np.ndarray) or out.dtype != values.dtype or out.shape != values.shape:
+        raise ValueError(f"out: an array of {values.dtype} of the shape {values.shape} is allowed, "
+                         f"{_core.short_text(out)} came")
     out[...] = values
     return out
 
@@ -78,7 +83,7 @@ def sort(x: ArrayLike, *, axis: Axis = -1, nan_policy: NanPolicy = "propagate",
     if _is_exact(x):
         from ._exact import exact_sort
 
-        return exact_sort(x, nan_policy)
+        return _placed(exact_sort(x, nan_policy), out)
     moved = _signed(x)
     if moved is not None:
         return _unsigned(_core.sort(moved, axis, nan_policy, None, progress), out)
@@ -107,7 +112,7 @@ def argsort(x: ArrayLike, *, axis: Axis = -1, nan_policy: NanPolicy = "propagate
     if _is_exact(x):
         from ._exact import exact_argsort
 
-        return exact_argsort(x, nan_policy)
+        return _placed(exact_argsort(x, nan_policy), out)
     moved = _signed(x)
     return _core.argsort(x if moved is None else moved, axis, nan_policy, out, progress)
 
@@ -139,7 +144,7 @@ def rank(x: ArrayLike, *, method: str = "average", axis: Axis = -1,
     if _is_exact(x):
         from ._exact import exact_rank
 
-        return exact_rank(x, method, nan_policy)
+        return _placed(exact_rank(x, method, nan_policy), out)
     moved = _signed(x)
     return _core.rank(x if moved is None else moved, method, axis, nan_policy, out, progress)
 

@@ -126,6 +126,8 @@ def test_errors_name_the_parameter(function, parameter):
     (lambda: vx.Ranks([0.5]).result, ValueError, "result: passes are to come"),
     (lambda: vx.Uniform(2, 1), ValueError, "Uniform: b must be greater than a, 2,"),
     (lambda: vx.moving(X, 3, "foo"), ValueError, 'statistic: .* "quantile" or a callable'),
+    (lambda: vx.Random(1).integers(0, 2**63 + 1), ValueError, r"high: from -2\^63 to 2\^63 is allowed"),
+    (lambda: vx.sort(np.array([10**30, 1], object), out=np.zeros(2)), ValueError, "out: an array of object"),
     (lambda: vx.shuffle((1, 2)), TypeError, "x: a list or an array"),
 ])
 def test_texts(call, error, text):
