@@ -18,14 +18,14 @@ namespace {
 std::vector<double> probabilities(const Data& weights) {
   std::vector<double> p(weights.size());
   double largest = 0;
-  for (std::size_t i = 0; i < p.size(); ++i) {
+  kernels::forEach(p.size(), [&](std::size_t i) {
     p[i] = weights[i];
     if (!(p[i] >= 0) || std::isinf(p[i])) {
       throw std::invalid_argument("weights must be finite and not negative; weight " +
                                   std::to_string(i) + " is " + std::to_string(p[i]));
     }
     largest = std::max(largest, p[i]);
-  }
+  });
   if (largest == 0) {
     throw std::invalid_argument(p.empty() ? "weights must not be empty"
                                           : "weights must not all be 0");
@@ -48,6 +48,9 @@ std::vector<double> probabilities(const Data& weights) {
 // Above this many cells the 64 bits of one draw are too few for index and threshold.
 constexpr std::size_t oneDrawCells = 65536;
 
+// How many elements of work beyond the caches lie between two polls.
+constexpr std::size_t slowPolling = std::size_t{1} << 16;
+
 __extension__ using Wide = unsigned __int128;
 
 }  // namespace
@@ -61,11 +64,14 @@ Urn::Urn(Data weights) {
   cells_.resize(n);
   std::vector<std::size_t> small;
   std::vector<std::size_t> large;
-  for (std::size_t i = 0; i < n; ++i) {
+  kernels::forEach(n, [&](std::size_t i) {
     p[i] *= static_cast<double>(n);
     (p[i] < 1 ? small : large).push_back(i);
-  }
-  while (!small.empty() && !large.empty()) {
+  });
+  for (std::size_t done = 1; !small.empty() && !large.empty(); ++done) {
+    if (done % slowPolling == 0) {
+      kernels::poll();
+    }
     const std::size_t i = small.back();
     const std::size_t other = large.back();
     small.pop_back();
@@ -119,14 +125,17 @@ std::vector<std::int64_t> withoutReplacement(std::size_t size, std::size_t n, Ra
   if (n < size / 16) {
     auto chosen = sized<std::int64_t>("choice", "n", n);
     std::unordered_map<std::uint64_t, std::uint64_t> moved;
-    kernels::forEach(std::uint64_t{n}, [&](std::uint64_t i) {
+    for (std::uint64_t i = 0; i < n; ++i) {
+      if (i % slowPolling == 0) {
+        kernels::poll(static_cast<double>(i) / static_cast<double>(n));
+      }
       const std::uint64_t j = i + rng.below(size - i);
       const auto atI = moved.find(i);
       const std::uint64_t first = atI == moved.end() ? i : atI->second;
       const auto [atJ, fresh] = moved.try_emplace(j, j);
       chosen[i] = static_cast<std::int64_t>(j == i ? first : atJ->second);
       atJ->second = first;
-    });
+    }
     return chosen;
   }
   auto all = sized<std::int64_t>("choice", "size", size);
@@ -151,6 +160,9 @@ std::vector<std::int64_t> weightedWithoutReplacement(const Data& weights, std::s
   const std::vector<double> p = probabilities(weights);
   std::vector<Arrival> arrivals;
   for (std::size_t i = 0; i < p.size(); ++i) {
+    if (i % slowPolling == 0) {
+      kernels::poll();
+    }
     if (p[i] > 0) {
       arrivals.push_back({rng.exponential() / p[i], static_cast<std::int64_t>(i)});
     }
@@ -159,8 +171,15 @@ std::vector<std::int64_t> weightedWithoutReplacement(const Data& weights, std::s
     throw std::invalid_argument("choice: n must be at most " + std::to_string(arrivals.size()) +
                                 ", the elements of positive weight, not " + std::to_string(n));
   }
+  // The sort cannot be divided, but its comparisons may throw.
+  std::size_t compared = 0;
   std::partial_sort(arrivals.begin(), arrivals.begin() + static_cast<std::ptrdiff_t>(n),
-                    arrivals.end());
+                    arrivals.end(), [&](const Arrival& a, const Arrival& b) {
+                      if (++compared % (16 * slowPolling) == 0) {
+                        kernels::poll();
+                      }
+                      return a < b;
+                    });
   std::vector<std::int64_t> chosen(n);
   std::transform(arrivals.begin(), arrivals.begin() + static_cast<std::ptrdiff_t>(n),
                  chosen.begin(), [](const Arrival& a) { return a.index; });

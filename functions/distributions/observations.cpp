@@ -2,12 +2,14 @@
 #include "functions/distributions/observations.hpp"
 
 #include <algorithm>
+#include <cstdint>
 #include <numeric>
 #include <stdexcept>
 #include <string>
 
 #include "functions/distributions/checks.hpp"
 #include "functions/text.hpp"
+#include "vexel/ordering.hpp"
 
 namespace vexel::detail {
 
@@ -35,21 +37,22 @@ double Observations::min() const { return *std::min_element(x.begin(), x.end());
 double Observations::max() const { return *std::max_element(x.begin(), x.end()); }
 
 void Observations::sortByValue() {
-  std::vector<std::size_t> order(x.size());
-  std::iota(order.begin(), order.end(), std::size_t{0});
-  std::sort(order.begin(), order.end(),
-            [this](std::size_t a, std::size_t b) { return x[a] < x[b]; });
+  const std::vector<std::int64_t> order = argsort(x);
   Observations sorted{std::vector<double>(x.size()), std::vector<double>(x.size()), total};
-  for (std::size_t i = 0; i < order.size(); ++i) {
-    sorted.x[i] = x[order[i]];
-    sorted.w[i] = w[order[i]];
-  }
+  kernels::forEach(order.size(), [&](std::size_t i) {
+    const auto from = static_cast<std::size_t>(order[i]);
+    sorted.x[i] = x[from];
+    sorted.w[i] = w[from];
+  });
   *this = std::move(sorted);
 }
 
 double Observations::median() const {
   Sum below;
   for (std::size_t i = 0; i + 1 < x.size(); ++i) {
+    if (i % pollStretch == 0) {
+      kernels::poll();
+    }
     below.add(w[i]);
     if (below.value() >= 0.5 * total) {
       return below.value() > 0.5 * total ? x[i] : std::midpoint(x[i], x[i + 1]);

@@ -1,10 +1,12 @@
 // Data that a law is fitted to: values that are there, with their weights.
 #pragma once
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 #include <vector>
 
+#include "kernels/watch.hpp"
 #include "vexel/distributions/law.hpp"
 
 namespace vexel::detail {
@@ -35,6 +37,9 @@ void requireWeightsSize(const char* function, const Data& weights, std::size_t s
 void requireWeight(const char* function, double weight);
 [[noreturn]] void refuseMissing(const char* function, std::size_t index);
 
+// How many values of a law's functions lie between two polls.
+inline constexpr std::size_t pollStretch = std::size_t{1} << 17;
+
 inline constexpr double leastPositive = std::numeric_limits<double>::denorm_min();
 
 struct Observations {
@@ -46,8 +51,12 @@ struct Observations {
   template <typename F>
   double sum(F f) const {
     Sum s;
-    for (std::size_t i = 0; i < x.size(); ++i) {
-      s.addProduct(w[i], f(x[i]));
+    for (std::size_t begin = 0; begin < x.size(); begin += pollStretch) {
+      kernels::poll();
+      const std::size_t end = std::min(x.size(), begin + pollStretch);
+      for (std::size_t i = begin; i < end; ++i) {
+        s.addProduct(w[i], f(x[i]));
+      }
     }
     return s.value();
   }
@@ -77,6 +86,9 @@ bool forEachPair(const char* function, const Data& x, const Data& weights, Missi
   requireWeightsSize(function, weights, x.size());
   bool complete = true;
   for (std::size_t i = 0; i < x.size(); ++i) {
+    if (i % pollStretch == 0) {
+      kernels::poll();
+    }
     const double w = weights.given() ? weights[i] : 1.0;
     if (w == 0.0) {
       continue;
