@@ -146,13 +146,15 @@ py::object integersOf(Random& rng, py::handle low, py::handle high, py::handle s
   const char* const upper = high.is_none() ? "low" : "high";
   const py::handle end = high.is_none() ? low : high;
   const std::int64_t from = high.is_none() ? 0 : readWhole(low, "low");
-  if (PyLong_Check(end.ptr()) && end.equal(py::int_(std::uint64_t{1} << 63U))) {
-    return integersToLast(rng, from, size, out);
+  int overflow = 0;
+  if (PyLong_Check(end.ptr())) {
+    (void)PyLong_AsLongLongAndOverflow(end.ptr(), &overflow);
   }
-  if (PyLong_Check(end.ptr()) && PyLong_AsLongLong(end.ptr()) == -1 &&
-      PyErr_Occurred() != nullptr) {
-    PyErr_Clear();
-    refuseValue(upper, "from -2^63 to 2^63", end);
+  if (overflow != 0) {
+    if (!end.equal(py::int_(std::uint64_t{1} << 63U))) {
+      refuseValue(upper, "from -2^63 to 2^63", end);
+    }
+    return integersToLast(rng, from, size, out);
   }
   const std::int64_t to = readWhole(end, upper);
   return fillIntegers(
