@@ -60,7 +60,7 @@ void partitionBlocks(Array array, double p, int& i, int& j) {
   int last = j - 1;
   Lookout lookout;
   while (last - first >= 2 * kPartitionBlock - 1) {
-    lookout.done(2 * kPartitionBlock);
+    lookout.done(std::int64_t{2} * kPartitionBlock);
     if (leftCount == 0) {
       leftStart = 0;
       for (int c = 0; c < kPartitionBlock; ++c) {

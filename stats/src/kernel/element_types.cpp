@@ -27,7 +27,7 @@ int compareElements(T a, T b) {
 template <typename T>
 T load(const char* p) {
   T value;
-  std::memcpy(&value, p, sizeof value);
+  std::memcpy(&value, p, sizeof value);  // NOLINT(bugprone-sizeof-expression): of a handle, too
   return value;
 }
 
