@@ -81,6 +81,7 @@ def pages_of(folder, *first):
     return [prefix + p for p in [*first, *rest]]
 
 
+CODE = re.compile(r"^```.*?^```|^    .*?$", re.M | re.S)
 LINK = re.compile(r"(?<!!)\[([^\]]*)\]\(([^)#\s]+)(#[^)]*)?\)")
 
 
@@ -97,17 +98,21 @@ def stage():
             continue
 
         def mend(match, folder=source.parent):
-            text, path, anchor = match.group(1), match.group(2), match.group(3) or ""
+            words, path, anchor = match.group(1), match.group(2), match.group(3) or ""
             if "://" in path:
                 return match.group(0)
             file = (folder / path).resolve()
             if not file.exists():
-                raise FileNotFoundError(f"{source}: {path}")
+                raise FileNotFoundError(f"{folder}: {path}")
             if docs not in file.parents or (file.is_dir() and not (file / "README.md").exists()):
-                return text
-            return f"[{text}]({path.rstrip('/') + '/README.md' if file.is_dir() else path}{anchor})"
+                return words
+            return f"[{words}]({path.rstrip('/') + '/README.md' if file.is_dir() else path}{anchor})"
 
-        target.write_text(LINK.sub(mend, source.read_text()))
+        text, at, parts = source.read_text(), 0, []
+        for code in CODE.finditer(text):  # there brackets are brackets
+            parts += [LINK.sub(mend, text[at:code.start()]), code.group(0)]
+            at = code.end()
+        target.write_text("".join(parts) + LINK.sub(mend, text[at:]))
 
 
 def write_index():
