@@ -202,8 +202,9 @@ class Editor {
   }
 
   void remember(const std::string& statement) {
-    history(history_.get(), &event_, H_ENTER, statement.c_str());
-    appendToFile();
+    if (history(history_.get(), &event_, H_ENTER, statement.c_str()) > 0) {  // not the last again
+      appendToFile();
+    }
   }
 
   void forgetLine() { el_reset(edit_.get()); }
@@ -213,7 +214,8 @@ class Editor {
   void appendToFile() {
     if (const auto file = lockedHistory(file_, "a"); file != nullptr) {
       std::fseek(file.get(), 0, SEEK_END);
-      history(history_.get(), &event_, H_NSAVE_FP, std::size_t{1}, file.get());
+      // The number is of the entries to go back from the last one, which is written, too.
+      history(history_.get(), &event_, H_NSAVE_FP, std::size_t{0}, file.get());
     }
   }
 

@@ -9,6 +9,7 @@ from __future__ import annotations
 
 import math
 from collections.abc import Callable
+from fractions import Fraction
 from functools import partial
 from typing import Any
 
@@ -16,6 +17,7 @@ import numpy as np
 
 from ._ordering import histogram as _histogram
 from ._results import Description, HistogramResult, TallyResult
+from ._series import kde as _kde
 from ._states import Covariance, DensityGrid, Extremes, Histogram, Moments, Ranks, Sums, Tally
 from ._statistics import _ends
 
@@ -54,27 +56,54 @@ class Changed:
         return self
 
 
+def _exactly(s: Sums) -> Fraction:
+    """The sum to two doubles, as `DoubleDouble` holds it; there is data and it is finite."""
+    high = s.sum
+    return Fraction(high) + Fraction(s.__copy__().update([-high]).sum)
+
+
 class Middle:
-    """What lies strictly between two values, and the weights up to the one and below the other."""
+    """What lies strictly between two values, and the weights up to the one and below the other.
+
+    Values near the ends of the range of doubles are scaled.
+    """
 
     def __init__(self, low: float, high: float) -> None:
         self.low = low
         self.high = high
+        size = max(abs(low), abs(high))
+        exponent = math.frexp(size)[1] if math.isfinite(size) else 0
+        self.exponent = exponent if abs(exponent) > 900 else 0
         self.inner, self.to_low, self.below_high = Sums(), Sums(), Sums()
 
     def update(self, x: Any, weights: Any = None) -> Middle:
         x = np.asarray(x, dtype=np.float64).ravel()
         w = np.ones(x.size) if weights is None else np.asarray(weights, dtype=np.float64).ravel()
         there = ~np.isnan(x) & (w > 0)
-        for state, part in ((self.inner, (x > self.low) & (x < self.high)),
-                            (self.to_low, x <= self.low), (self.below_high, x < self.high)):
-            state.update(x[there & part], w[there & part])
+        inside = there & (x > self.low) & (x < self.high)
+        self.inner.update(np.ldexp(x[inside], -self.exponent), w[inside])
+        self.to_low.update(w[there & (x <= self.low)])
+        self.below_high.update(w[there & (x < self.high)])
         return self
 
     def merge(self, other: Middle) -> Middle:
         for name in ("inner", "to_low", "below_high"):
             getattr(self, name).merge(getattr(other, name))
         return self
+
+    def mean(self, n: float, below: float, above: float) -> float:
+        """Of the middle and so much of its ends that these weights of n are left out."""
+        total = self.inner.__copy__()
+        for x, w in ((self.low, _exactly(self.to_low) - Fraction(below)),
+                     (self.high, Fraction(n) - Fraction(above) - _exactly(self.below_high))):
+            if math.isinf(x):
+                total.update([x])
+                continue
+            product = Fraction(math.ldexp(x, -self.exponent)) * w
+            total.update([float(product), float(product - Fraction(float(product)))])
+        if not math.isfinite(total.sum):
+            return total.sum
+        return math.ldexp(float(_exactly(total) / (Fraction(n) - Fraction(below) - Fraction(above))), self.exponent)
 
 
 def total_weight(state: Any) -> float | None:
@@ -269,8 +298,7 @@ class TrimmedJob(Job):
             return float(state.low)
         if self.winsorized:
             below = above = 0
-        ends = [state.to_low.weight - below, n - above - state.below_high.weight]
-        return state.inner.update([state.low, state.high], np.maximum(ends, 0)).mean
+        return state.mean(n, below, above)
 
 
 class DescribeJob(Job):
@@ -364,8 +392,10 @@ class HistogramJob(Job):
             kept = state.states[:2]
             if self.passes == 5:
                 return kept, state.states[2].next_pass()
-        elif state.number <= 3:
+        elif isinstance(state, Ranks) and state.number <= 3:
             return kept, state.next_pass()
+        elif isinstance(state, Histogram):
+            return kept, state
         extremes, moments = kept
         low, high = extremes.min, extremes.max
         if math.isnan(low):
@@ -410,8 +440,51 @@ class GridDensity:
         return f"<GridDensity of {len(self.x)} points, bandwidth {self.bandwidth:.6g}>"
 
 
+class PointDensity:
+    """A kernel density at points so far apart that a grid between them would be too fine: direct sums."""
+
+    reach = 40  # bandwidths, beyond which every kernel is 0
+
+    def __init__(self, x: Any, bandwidth: float, kernel: str, nan_policy: str) -> None:
+        self.x, self.bandwidth, self.kernel = x, bandwidth, kernel
+        self.total = Sums(nan_policy=nan_policy)
+        self.sums: dict[int, Sums] = {}
+
+    @property
+    def weight(self) -> float:
+        return self.total.weight
+
+    def update(self, x: Any, weights: Any = None) -> PointDensity:
+        x = np.asarray(x, dtype=np.float64).ravel()
+        w = np.ones(x.size) if weights is None else np.asarray(weights, dtype=np.float64).ravel()
+        self.total.update(x, w)
+        order = np.argsort(x)[:np.count_nonzero(~np.isnan(x))]
+        x, w = x[order], w[order]
+        near = self.reach * self.bandwidth
+        begin, end = np.searchsorted(x, self.x - near), np.searchsorted(x, self.x + near)
+        of = _kde([0.0], bandwidth=1.0, kernel=self.kernel)
+        for i in np.flatnonzero(begin < end):
+            here = slice(begin[i], end[i])
+            self.sums.setdefault(int(i), Sums()).update(of((x[here] - self.x[i]) / self.bandwidth), w[here])
+        return self
+
+    def merge(self, other: PointDensity) -> PointDensity:
+        self.total.merge(other.total)
+        for i, theirs in other.sums.items():
+            self.sums.setdefault(i, Sums()).merge(theirs)
+        return self
+
+    def density(self) -> Any:
+        y = np.zeros(len(self.x))
+        for i, s in self.sums.items():
+            y[i] = s.sum / (self.weight * self.bandwidth)
+        return y * np.nan if math.isnan(self.total.mean) else y
+
+
 class KdeJob(Job):
     """A kernel density: spread and ends, then the shares of a fine grid."""
+
+    most = 2 ** 24  # points of the grid
 
     fineness = 64  # grid steps in a bandwidth, at least
 
@@ -437,19 +510,24 @@ class KdeJob(Job):
         finer = max(1, math.ceil(self.fineness * step / h))
         return finer, math.ceil(9 * h / (step / finer))
 
-    def _grid(self, h: float, bounds: Any) -> DensityGrid:
+    def _grid(self, h: float, bounds: Any) -> DensityGrid | PointDensity:
         finer, margin = self._layout(h, bounds)
+        count = (self.points - 1) * finer + 1 + 2 * margin
+        if count > self.most:
+            return PointDensity(np.linspace(*bounds, self.points), h, self.kernel, self.nan_policy)
         step = (bounds[1] - bounds[0]) / ((self.points - 1) * finer)
-        return DensityGrid((bounds[0] - margin * step, bounds[1] + margin * step),
-                           (self.points - 1) * finer + 1 + 2 * margin, nan_policy=self.nan_policy)
+        return DensityGrid((bounds[0] - margin * step, bounds[1] + margin * step), count,
+                           nan_policy=self.nan_policy)
 
     def advance(self, kept: Any, state: Any) -> tuple[Any, Any]:
         if isinstance(state, Several):
             kept = state.states[:2]
             if self.passes == 5:
                 return kept, state.states[2].next_pass()
-        elif state.number <= 3:
+        elif isinstance(state, Ranks) and state.number <= 3:
             return kept, state.next_pass()
+        elif not isinstance(state, Ranks):
+            return kept, state
         extremes, m = kept
         if math.isnan(extremes.min):
             return (math.nan, (0.0, 1.0)), DensityGrid((0, 1), 2, nan_policy=self.nan_policy)
@@ -468,6 +546,8 @@ class KdeJob(Job):
         if math.isnan(h):
             nothing = np.full(self.points, math.nan)
             return GridDensity(nothing, nothing, h)
+        if isinstance(state, PointDensity):
+            return GridDensity(state.x, state.density(), h)
         finer, margin = self._layout(h, bounds)
         fine = state.density(h, self.kernel)
         return GridDensity(np.linspace(*bounds, self.points),

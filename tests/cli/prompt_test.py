@@ -122,8 +122,12 @@ with tempfile.TemporaryDirectory() as state:
     second.expect("42")
     second.quit()
     with open(os.path.join(state, "vexel", "history")) as file:
-        if "1000*7;" not in file.read():
-            sys.exit("the history of a lost terminal is lost")
+        entries = file.read().split("\n")
+        if entries.count(r"1000*7;\012") != 1:
+            sys.exit(f"the history of a lost terminal is lost, or there twice: {entries}")
+        # Once for each time that it was not what the last statement had been.
+        if entries.count(r"6*7;\012") > 2 or any(entries.count(e) > 1 for e in entries if "printf" in e):
+            sys.exit(f"entries of the history are written twice: {entries}")
 
     # A history that has grown beyond ten thousand lines loses its oldest ones.
     with open(os.path.join(state, "vexel", "history"), "a") as file:

@@ -58,6 +58,18 @@ def test_bits_do_not_depend_on_chunks(name, weights):
             np.testing.assert_allclose(np.frombuffer(a), np.frombuffer(b), rtol=1e-12, atol=1e-12)
 
 
+@pytest.mark.parametrize("name", ["trimmed_mean", "winsorized_mean"])
+def test_means_of_the_middle_have_the_bits_of_the_function(name):
+    for seed in range(4):
+        rng = np.random.default_rng(seed)
+        x = rng.normal(size=1000)
+        for values, w in ((x, rng.random(1000)), (x, rng.integers(0, 9, 1000) * 0.3), (x.round(1), rng.random(1000)),
+                          (x * 1e307, None), (x * 1e-300, rng.random(1000))):
+            cut = (0.05, 0.3)[seed % 2]
+            assert getattr(vd, name)(da.from_array(values, chunks=250), cut, weights=w).compute() == \
+                getattr(vx, name)(values, cut, weights=w)
+
+
 def test_missing_values_go_as_told():
     x = X[:1000].copy()
     x[5] = np.nan
@@ -107,6 +119,27 @@ def test_tables_frames_and_levels():
     for bad, text in ((dict(weights=[1, 2]), "weights"), (dict(by=[1]), "by"), (dict(axis=1), "axis")):
         with pytest.raises(ValueError, match=text):
             vd.mean(da.from_array(X), **bad)
+
+
+def test_nothing_has_a_histogram_and_a_density():
+    gone = da.from_array(np.full(5, np.nan), chunks=2)
+    for x, policy in ((da.zeros(0), "propagate"), (gone, "omit")):
+        for bins in ("auto", "scott", 3):
+            one = vx.histogram(np.zeros(0), bins) if bins != "scott" else vx.histogram(np.zeros(0))
+            assert bits(vd.histogram(x, bins, nan_policy=policy).compute()) == bits(one)
+        assert np.isnan(vd.kde(x, nan_policy=policy).compute().y).all()
+
+
+def test_kde_of_values_that_no_grid_is_fine_enough_for():
+    x, w = np.exp(8 * np.random.default_rng(1).normal(size=1000)), np.random.default_rng(2).random(1000)
+    direct = vx.kde(x, weights=w)
+    found = [vd.kde(da.from_array(x, chunks=c), weights=w).compute() for c in (1000, 77)]
+    assert found[0].y.tobytes() == found[1].y.tobytes()
+    np.testing.assert_allclose(found[0].y, direct.y, atol=1e-12 * direct.y.max())
+    x[3] = np.nan
+    assert np.isnan(vd.kde(da.from_array(x, chunks=300)).compute().y).all()
+    with pytest.raises(ValueError, match="missing"):
+        vd.kde(da.from_array(x, chunks=300), nan_policy="raise").compute()
 
 
 def test_kde_is_the_direct_sum_within_its_binning():
