@@ -35,6 +35,8 @@ class GammaFamily {
     return PowerPiece(a_ + j).logAt(y_, y_ - (a_ + j)) + lost(j);
   }
   double lowerTerms(double j) const { return GammaLaw(a_ + j).overWeight(y_, Tail::lower); }
+  double tailAt(double j, Tail which) const { return GammaLaw(a_ + j).tail(y_, which); }
+  double logTailAt(double j, Tail which) const { return GammaLaw(a_ + j).logTail(y_, which); }
   double centralUpper() const { return GammaLaw(a_).upper(y_); }
   double logCentralUpper() const { return GammaLaw(a_).logTail(y_, Tail::upper); }
   double bend(double meanIndex) const { return a_ + meanIndex - y_; }
@@ -90,6 +92,8 @@ class BetaFamily {
     return BetaLaw(a_ + j, b_).logWeight(at_) + std::log(b_ / (a_ + j + b_)) + lost(j);
   }
   double lowerTerms(double j) const { return BetaLaw(a_ + j, b_).lowerOverDecrement(at_); }
+  double tailAt(double j, Tail which) const { return BetaLaw(a_ + j, b_).tail(at_, which); }
+  double logTailAt(double j, Tail which) const { return BetaLaw(a_ + j, b_).logTail(at_, which); }
   double centralUpper() const { return BetaLaw(a_, b_).tail(at_, Tail::upper); }
   double logCentralUpper() const { return BetaLaw(a_, b_).logTail(at_, Tail::upper); }
 

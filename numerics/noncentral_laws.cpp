@@ -4,7 +4,9 @@
 #include <limits>
 
 #include "inversion.hpp"
+#include "kernels/lookout.hpp"
 #include "mixture_families.hpp"
+#include "noncentral_chi_square_saddle.hpp"
 #include "noncentral_mixture.hpp"
 #include "normal_functions.hpp"
 
@@ -17,6 +19,22 @@ constexpr double mostOfOne = 1.0 - 1.1102230246251565e-16;
 constexpr double infinity = std::numeric_limits<double>::infinity();
 
 Tail other(Tail which) { return which == Tail::lower ? Tail::upper : Tail::lower; }
+
+// A step of an inversion, polling; where the last value is no number the quantile is none.
+class Steps {
+ public:
+  double checked(double value) {
+    lookout_.done(stepCost);
+    failed_ = std::isnan(value);  // of a probe far out the bracket takes care
+    return value;
+  }
+  double root(double found) const { return failed_ ? nan : found; }
+
+ private:
+  static constexpr int stepCost = 1000000;
+  vexel::kernels::Lookout lookout_;
+  bool failed_ = false;
+};
 
 // A normal start for the quantile of the chi-square law with df degrees of freedom.
 double chiSquareStart(double df, double p, Tail which) {
@@ -33,7 +51,10 @@ double NoncentralChiSquareLaw::tail(double x, Tail which) const {
   if (nc_ == 0.0 || !(x > 0.0) || std::isinf(x)) {
     return GammaLaw(0.5 * df_).tail(y, which);
   }
-  return std::min(1.0, mixtureTail(GammaFamily(0.5 * df_, y), 0.5 * nc_, which));
+  if (nc_ >= saddleFrom) {
+    return NoncentralChiSquareSaddle(df_, nc_).tail(x, which);
+  }
+  return std::min(mixtureTail(GammaFamily(0.5 * df_, y), 0.5 * nc_, which), 1.0);
 }
 
 double NoncentralChiSquareLaw::logTail(double x, Tail which) const {
@@ -41,7 +62,10 @@ double NoncentralChiSquareLaw::logTail(double x, Tail which) const {
   if (nc_ == 0.0 || !(x > 0.0) || std::isinf(x)) {
     return GammaLaw(0.5 * df_).logTail(y, which);
   }
-  return std::min(0.0, logMixtureTail(GammaFamily(0.5 * df_, y), 0.5 * nc_, which));
+  if (nc_ >= saddleFrom) {
+    return NoncentralChiSquareSaddle(df_, nc_).logTail(x, which);
+  }
+  return std::min(logMixtureTail(GammaFamily(0.5 * df_, y), 0.5 * nc_, which), 0.0);
 }
 
 double NoncentralChiSquareLaw::density(double x) const {
@@ -51,6 +75,9 @@ double NoncentralChiSquareLaw::density(double x) const {
   }
   if (!(x > 0.0) || std::isinf(x)) {
     return std::exp(-0.5 * nc_) * 0.5 * GammaLaw(0.5 * df_).density(y);
+  }
+  if (nc_ >= saddleFrom) {
+    return std::exp(NoncentralChiSquareSaddle(df_, nc_).logDensity(x));
   }
   const GammaFamily family(0.5 * df_, y);
   const MixtureSums sums = mixtureSums(family, 0.5 * nc_, shortSide(family, 0.5 * nc_), false);
@@ -62,6 +89,9 @@ double NoncentralChiSquareLaw::logDensity(double x) const {
   if (nc_ == 0.0 || !(x > 0.0) || std::isinf(x)) {
     return GammaLaw(0.5 * df_).logDensity(y) - 0.5 * nc_ - 0.69314718055994530942;
   }
+  if (nc_ >= saddleFrom) {
+    return NoncentralChiSquareSaddle(df_, nc_).logDensity(x);
+  }
   const GammaFamily family(0.5 * df_, y);
   const MixtureSums sums = mixtureSums(family, 0.5 * nc_, shortSide(family, 0.5 * nc_), true);
   return logInUnits(sums.density, sums) - std::log(x);
@@ -72,6 +102,9 @@ double NoncentralChiSquareLaw::logDensity(double x) const {
 double NoncentralChiSquareLaw::quantile(double p, Tail which) const {
   if (nc_ == 0.0 || !(p > 0.0) || p >= 1.0) {
     return 2.0 * GammaLaw(0.5 * df_).quantile(p, which);
+  }
+  if (nc_ >= saddleFrom) {
+    return NoncentralChiSquareSaddle(df_, nc_).quantile(p, which);
   }
   const double scale = (df_ + 2.0 * nc_) / (df_ + nc_);
   const double freedom = (df_ + nc_) / scale;
@@ -89,28 +122,30 @@ double NoncentralChiSquareLaw::quantile(double p, Tail which) const {
     which = other(which);
   }
   const double sign = which == Tail::lower ? 1.0 : -1.0;
-  return invertTail(
+  Steps steps;
+  const double root = invertTail(
       [&](double x) {
         const GammaFamily family(0.5 * df_, 0.5 * x);
         const MixturePoint at = mixturePoint(family, 0.5 * nc_, which);
-        return TailSlope{logQuotient(at.tail, p), sign * at.density / at.tail,
+        return TailSlope{logQuotient(steps.checked(at.tail), p), sign * at.density / at.tail,
                          family.bend(at.meanIndex)};
       },
       which == Tail::lower, start, 0.0, 1e15 * (df_ + nc_));
+  return steps.root(root);
 }
 
 double NoncentralBetaLaw::tail(UnitPair at, Tail which) const {
   if (nc_ == 0.0 || !(at.x > 0.0 && at.y > 0.0)) {
     return BetaLaw(a_, b_).tail(at, which);
   }
-  return std::min(1.0, mixtureTail(BetaFamily(a_, b_, at), 0.5 * nc_, which));
+  return std::min(mixtureTail(BetaFamily(a_, b_, at), 0.5 * nc_, which), 1.0);
 }
 
 double NoncentralBetaLaw::logTail(UnitPair at, Tail which) const {
   if (nc_ == 0.0 || !(at.x > 0.0 && at.y > 0.0)) {
     return BetaLaw(a_, b_).logTail(at, which);
   }
-  return std::min(0.0, logMixtureTail(BetaFamily(a_, b_, at), 0.5 * nc_, which));
+  return std::min(logMixtureTail(BetaFamily(a_, b_, at), 0.5 * nc_, which), 0.0);
 }
 
 double NoncentralBetaLaw::logScaledDensity(UnitPair at) const {
@@ -155,6 +190,7 @@ UnitPair NoncentralBetaLaw::quantile(double p, Tail which) const {
     which = other(which);
   }
   // In the smaller of x and 1 - x; the start may be on the wrong side.
+  Steps steps;
   const auto solve = [&](double from, bool mirrored) {
     const double sign = (which == Tail::lower) != mirrored ? 1.0 : -1.0;
     const auto at = [&](double u) {
@@ -163,14 +199,14 @@ UnitPair NoncentralBetaLaw::quantile(double p, Tail which) const {
       const double power = a_ + value.meanIndex;
       const double bend = mirrored ? b_ - (power - 1.0) * (point.y / point.x)
                                    : power - (b_ - 1.0) * (point.x / point.y);
-      return TailSlope{logQuotient(value.tail, p), sign * value.density / (1.0 - u) / value.tail,
-                       bend};
+      return TailSlope{logQuotient(steps.checked(value.tail), p),
+                       sign * value.density / (1.0 - u) / value.tail, bend};
     };
-    return invertTail(at, (which == Tail::lower) != mirrored, from, 0.0, mostOfOne);
+    return steps.root(invertTail(at, (which == Tail::lower) != mirrored, from, 0.0, mostOfOne));
   };
   const bool right = x > 0.5;
   double root = solve(std::clamp(right ? 1.0 - x : x, 1e-300, mostOfOne), right);
-  if (root < 0.9) {
+  if (!(root >= 0.9)) {
     return right ? UnitPair{1.0 - root, root} : UnitPair{root, 1.0 - root};
   }
   root = solve(1.0 - root, !right);

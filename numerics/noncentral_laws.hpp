@@ -6,9 +6,9 @@
 
 namespace nag2 {
 
-// Chi-square with df > 0 degrees of freedom, the sum of the squared means nc >= 0.  The time grows
-// like the root of nc (1e8: 0.1 ms).  Relative error of values and logarithms within 1e-14 max(1,
-// k), k the condition number with respect to x, up to nc = 1e6.
+// Chi-square with df > 0 degrees of freedom, the sum of the squared means nc >= 0.  Relative error
+// of values and logarithms within 1e-14 max(1, k), k the condition number with respect to x, up to
+// nc = 1e6; from 1e9 on its saddle point's.
 class NoncentralChiSquareLaw {
  public:
   NoncentralChiSquareLaw(double df, double nc) : df_(df), nc_(nc) {}
@@ -25,7 +25,7 @@ class NoncentralChiSquareLaw {
 };
 
 // The beta law of X / (X + Y), X non-central chi-square with 2 a degrees of freedom, Y chi-square
-// with 2 b.
+// with 2 b.  NaN where nc is beyond 2e28.
 class NoncentralBetaLaw {
  public:
   NoncentralBetaLaw(double a, double b, double nc) : a_(a), b_(b), nc_(nc) {}

@@ -8,25 +8,12 @@
 #pragma once
 
 #include <cmath>
-#include <limits>
 
 #include "gamma_law.hpp"
 #include "kernels/lookout.hpp"
+#include "wide_mixture.hpp"
 
 namespace nag2 {
-
-// Sums in units of exp(logUnit), the largest product, which may underflow.
-struct MixtureSums {
-  double unit;     // exp(logUnit), or 0
-  double logUnit;  // only where unit is 0
-  double tail;
-  double density;    // sum of w d (a + j)
-  double meanIndex;  // of the density's terms
-};
-
-inline constexpr double manyTerms = 1e5;
-inline constexpr double mostTerms = 1e14;  // their root is what takes time: half a second there
-inline constexpr double notANumber = std::numeric_limits<double>::quiet_NaN();
 
 // Sum of mean^k / ((n + 1) ... (n + k)), k > 0: the weights above n over that at n.  A rough one is
 // enough where the products there are no more than rounding.
@@ -45,9 +32,10 @@ inline double weightsAbove(double mean, double n, bool rough) {
 }
 
 // A family has shape(), the parameter a; offset(), which the weights' index is raised by (0 or
-// 1/2); peak(mean), the index of the largest product; curve(j), the negative second difference of
-// its logarithm there; fall(), d(1) / d(0); growth(j) = d(j) / d(j + 1); decrement(j) as a Piece
-// and logDecrement(j); lowerTerms(j), the lower tail at j over d(j).
+// 1/2); tailAt(j, which) and logTailAt, the central tails; peak(mean), the index of the largest
+// product; curve(j), the negative second difference of its logarithm there; fall(), d(1) / d(0);
+// growth(j) = d(j) / d(j + 1); decrement(j) as a Piece and logDecrement(j); lowerTerms(j), the
+// lower tail at j over d(j).
 
 // Where the sums begin: nine and a half standard deviations of the normal law of the products above
 // the peak, and the skewness; few terms where they fall fast from the first one on.
@@ -56,17 +44,6 @@ double topIndex(const Family& family, double mean, double peak, double spread) {
   const double fall = mean * family.fall();
   return fall < 0.01 ? std::floor(1.0 - 45.0 / std::log(fall))
                      : std::floor(peak + 9.5 * spread + 12.0);
-}
-
-// Laplace's approximation of the logarithms, which are far greater than its error; NaN where they
-// are not.
-template <typename Family>
-void approximateSums(const Family& family, double mean, double peak, double spread, bool asLog,
-                     MixtureSums* sums) {
-  const double few = asLog && sums->logUnit < -900.0 ? spread * rootTwoPi : notANumber;
-  sums->tail = few / (1.0 - std::fmin(mean / peak, 0.5));
-  sums->density = few * (family.shape() + peak);
-  sums->meanIndex = peak;
 }
 
 // Makes the product at the peak, atPeak as it was summed, the unit.
@@ -92,19 +69,12 @@ MixtureSums mixtureSums(const Family& family, double mean, Tail which, bool asLo
   const double offset = family.offset();
   const double peak = std::floor(family.peak(mean));
   const double spread = 1.0 / std::sqrt(family.curve(peak));
+  if (peak > wideFrom) {
+    return wideSums(family, mean, which, peak, spread, asLog);
+  }
   const double top = topIndex(family, mean, peak, spread);
-  MixtureSums sums{0.0, 0.0, 0.0, 0.0, 0.0};
+  MixtureSums sums{0.0, 0.0, 0.0, 0.0, 0.0, false};
   const PowerPiece poisson(peak + offset);
-  if (peak > manyTerms) {
-    sums.logUnit = poisson.logAt(mean, mean - (peak + offset)) + family.logDecrement(peak);
-    if (!asLog && sums.logUnit < -900.0) {
-      return sums;  // the sums underflow
-    }
-  }
-  if (!(peak < mostTerms)) {
-    approximateSums(family, mean, peak, spread, asLog, &sums);
-    return sums;
-  }
   double w = 1.0;
   double d = 1.0;
   // Lower: the central tail at j; upper: the weights above j.
@@ -246,7 +216,7 @@ MixturePoint mixturePoint(const Family& family, double mean, Tail which) {
   const auto direct = [&](Tail side) {
     const MixtureSums sums = mixtureSums(family, mean, side, false);
     const double value = inUnits(sums.tail, sums);
-    return MixturePoint{side == Tail::lower ? value : value + family.centralUpper(),
+    return MixturePoint{side == Tail::lower || sums.whole ? value : value + family.centralUpper(),
                         inUnits(sums.density, sums), sums.meanIndex};
   };
   const Tail small = shortSide(family, mean);
@@ -270,7 +240,7 @@ double logMixtureTail(const Family& family, double mean, Tail which) {
   }
   const MixtureSums sums = mixtureSums(family, mean, which, true);
   const double log = logInUnits(sums.tail, sums);
-  return which == Tail::lower ? log : logSum(log, family.logCentralUpper());
+  return which == Tail::lower || sums.whole ? log : logSum(log, family.logCentralUpper());
 }
 
 }  // namespace nag2

@@ -19,6 +19,7 @@
 #include "mixture_families.hpp"
 #include "noncentral_mixture.hpp"
 #include "normal_functions.hpp"
+#include "student_extremes.hpp"
 #include "student_law.hpp"
 
 namespace nag2 {
@@ -28,6 +29,7 @@ namespace {
 constexpr double nan = std::numeric_limits<double>::quiet_NaN();
 constexpr double infinity = std::numeric_limits<double>::infinity();
 constexpr double hugeFreedom = 1e17;
+constexpr double greatArgument = 1e150;   // squares would overflow
 constexpr double leastArgument = 1e-140;  // below it, as at 0: squares would underflow
 
 Tail other(Tail which) { return which == Tail::lower ? Tail::upper : Tail::lower; }
@@ -204,8 +206,11 @@ double logBoth(const Families& f, double mean, Tail which, double MixtureSums::*
   const MixtureSums even = mixtureSums(f.even(), mean, which, true);
   const MixtureSums odd = mixtureSums(f.odd(), mean, which, true);
   double sum = logSum(logInUnits(even.*part, even), logInUnits(odd.*part, odd));
-  if (which == Tail::upper && part == &MixtureSums::tail) {
+  const bool wantUpper = which == Tail::upper && part == &MixtureSums::tail;
+  if (wantUpper && !even.whole) {
     sum = logSum(sum, f.even().logCentralUpper());
+  }
+  if (wantUpper && !odd.whole) {
     sum = logSum(sum, f.odd().logCentralUpper() + std::log(std::erf(std::sqrt(mean))));
   }
   return sum;
@@ -217,6 +222,13 @@ double logBoth(const Families& f, double mean, Tail which, double MixtureSums::*
 // always the latter.
 NoncentralStudentLaw::Point NoncentralStudentLaw::pointAt(double x, double delta,
                                                           bool wantUpper) const {
+  if (StudentPowerTail::reached(x, nu_, delta)) {
+    const StudentPowerTail far(x, nu_, delta);
+    const double upper = far.upper();
+    if (upper < 0.5 || wantUpper || !(x < greatArgument)) {
+      return {1.0 - upper, upper, far.density(), -nu_};
+    }
+  }
   const double mean = 0.5 * delta * delta;
   // On the other side the difference of the two sums, where it keeps its digits.
   const bool gentle =
@@ -249,8 +261,8 @@ NoncentralStudentLaw::Point NoncentralStudentLaw::pointAt(double x, double delta
       (first * (0.5 + even.meanIndex) + second * (1.0 + odd.meanIndex)) / (first + second);
   const double bend = 2.0 * (power * f.at.y - f.half * f.at.x);
   if (wantUpper) {
-    tail += 2.0 * StudentLaw(nu_).tail(x, Tail::upper) +
-            std::erf(delta / std::numbers::sqrt2) * f.oddUpper();
+    tail += (even.whole ? 0.0 : 2.0 * StudentLaw(nu_).tail(x, Tail::upper)) +
+            (odd.whole ? 0.0 : std::erf(delta / std::numbers::sqrt2) * f.oddUpper());
     return {1.0 - 0.5 * tail, 0.5 * tail, density, bend};
   }
   const double lower = normalLower(-delta) + 0.5 * tail;
@@ -258,6 +270,12 @@ NoncentralStudentLaw::Point NoncentralStudentLaw::pointAt(double x, double delta
 }
 
 double NoncentralStudentLaw::positiveTail(double x, double delta, Tail which) const {
+  if (delta > StudentDistant::from) {
+    return StudentDistant(nu_, delta).tail(x, which);
+  }
+  if (delta < -greatArgument) {
+    return which == Tail::upper ? 0.0 : 1.0;
+  }
   if (delta < 0.0) {
     const Point at = pointAt(x, delta, true);
     return which == Tail::upper ? at.upper : at.lower;
@@ -274,6 +292,12 @@ double NoncentralStudentLaw::positiveTail(double x, double delta, Tail which) co
 }
 
 double NoncentralStudentLaw::logPositiveTail(double x, double delta, Tail which) const {
+  if (delta > StudentDistant::from) {
+    return StudentDistant(nu_, delta).logTail(x, which);
+  }
+  if (delta < -greatArgument) {
+    return which == Tail::upper ? nan : 0.0;
+  }
   const double rest = positiveTail(x, delta, other(which));
   if (rest < 0.5) {
     return std::log1p(-rest);
@@ -281,6 +305,9 @@ double NoncentralStudentLaw::logPositiveTail(double x, double delta, Tail which)
   const double value = positiveTail(x, delta, which);
   if (value > 1e-290) {
     return std::log(value);
+  }
+  if (which == Tail::upper && StudentPowerTail::reached(x, nu_, delta)) {
+    return StudentPowerTail(x, nu_, delta).logUpper();
   }
   if (delta < 0.0) {
     const OppositeSide side(x, nu_, -delta);
@@ -292,6 +319,16 @@ double NoncentralStudentLaw::logPositiveTail(double x, double delta, Tail which)
 }
 
 double NoncentralStudentLaw::positiveDensity(double x, double delta, bool log) const {
+  if (delta > StudentDistant::from) {
+    const StudentDistant law(nu_, delta);
+    return log ? law.logDensity(x) : law.density(x);
+  }
+  if (delta < -greatArgument) {
+    return log ? nan : 0.0;
+  }
+  if (log && StudentPowerTail::reached(x, nu_, delta)) {
+    return StudentPowerTail(x, nu_, delta).logDensity();
+  }
   if (delta < 0.0 && !log) {
     return pointAt(x, delta, true).density;
   }
@@ -343,7 +380,7 @@ double NoncentralStudentLaw::logTail(double x, Tail which) const {
   }
   const double value =
       x > 0.0 ? logPositiveTail(x, delta_, which) : logPositiveTail(-x, -delta_, other(which));
-  return std::min(0.0, value);
+  return std::min(value, 0.0);
 }
 
 double NoncentralStudentLaw::density(double x) const {
@@ -404,6 +441,10 @@ double NoncentralStudentLaw::quantile(double p, Tail which) const {
     p = 1.0 - p;
     which = other(which);
   }
+  if (std::fabs(delta_) > StudentDistant::from) {
+    const StudentDistant law(nu_, std::fabs(delta_));
+    return delta_ > 0.0 ? law.quantile(p, which) : -law.quantile(p, other(which));
+  }
   const double from = start(p, which);
   // The side of 0, and the law turned to it.
   const double atZero = tail(0.0, which);
@@ -417,18 +458,24 @@ double NoncentralStudentLaw::quantile(double p, Tail which) const {
   const double sign = turned == Tail::lower ? 1.0 : -1.0;
   constexpr int stepCost = 1000000;  // operations where degrees of freedom are few, near enough
   vexel::kernels::Lookout lookout;
+  bool failed = false;
   const auto at = [&](double x) {
     lookout.done(stepCost);
+    if (x < leastArgument) {
+      failed = false;
+      return TailSlope{logQuotient(atZero, p), 0.0, 0.0};
+    }
     const Point point = pointAt(x, delta, x > delta);
     double value = turned == Tail::upper ? point.upper : point.lower;
     if (value < 0.3 && delta > 0.0 && (x > delta) != (turned == Tail::upper)) {
       value = positiveTail(x, delta, turned);
     }
+    failed = std::isnan(value);  // of a probe far out the bracket takes care
     return TailSlope{logQuotient(value, p), sign * x * point.density / value, point.bend};
   };
   const double root =
       invertTail(at, turned == Tail::lower, first > 0.0 ? first : 0.1, 0.0, infinity);
-  return positive ? root : -root;
+  return failed ? nan : positive ? root : -root;
 }
 
 }  // namespace nag2

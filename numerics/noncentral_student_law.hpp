@@ -8,7 +8,8 @@ namespace nag2 {
 // (Z + delta) / sqrt(chi-square(nu) / nu), nu > 0 up to infinity, any finite delta.  Relative error
 // of values and logarithms within 1e-14 max(1, k), k the largest of the condition numbers with
 // respect to x and delta, up to |delta| = 1e3; 3.3e-14 with less than two degrees of freedom and
-// |delta| > 20.
+// |delta| > 20.  NaN beyond 1e13 with more than 1e8 degrees of freedom, and for some logarithms
+// there (student_extremes.hpp).
 class NoncentralStudentLaw {
  public:
   NoncentralStudentLaw(double nu, double delta) : nu_(nu), delta_(delta) {}
