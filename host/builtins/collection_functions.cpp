@@ -141,7 +141,32 @@ ALGEB unique(State& s, ALGEB args) {
   return containerLike(s, x, first.span());
 }
 
-// where(mask): the positions, from 1, of true; where(mask, a, b): a or b, element by element.
+// An array of host objects of the shape of another, from elements row by row.
+ALGEB shapedLike(State& s, ALGEB shape, std::span<const ALGEB> elements) {
+  const ALGEB result = arrayLike(s, shape, RTABLE_DAG);
+  const ArrayObject& array = arrayOf(result);
+  std::vector<V_INT> index;
+  for (int d = 0; d < array.dimensions; ++d) {
+    index.push_back(array.lower(d));
+  }
+  for (const ALGEB e : elements) {
+    RTableData data{};
+    data.dag = e;
+    setElementAt(result, position(s, result, index.data()), data);
+    for (int d = array.dimensions - 1; d >= 0; --d) {
+      V_INT& at = index[static_cast<std::size_t>(d)];
+      if (at < array.upper(d)) {
+        ++at;
+        break;
+      }
+      at = array.lower(d);
+    }
+  }
+  return result;
+}
+
+// where(mask): the positions of true, which select in what has the mask's bounds; where(mask, a,
+// b): a or b, element by element.
 ALGEB where(State& s, ALGEB args) {
   const std::size_t n = isNull(args) ? 0 : argumentCount(args);
   const ALGEB mask = n == 0 ? args : argument(s, args, 1);
@@ -153,6 +178,8 @@ ALGEB where(State& s, ALGEB args) {
   Handles all(s);
   elementsOf(s, mask, all);
   Handles results(s);
+  const bool isVector = isArray(mask) && arrayOf(mask).dimensions == 1;
+  const V_INT lower = isVector ? arrayOf(mask).lower(0) : 1;
   Handles choices[2] = {Handles(s), Handles(s)};
   for (std::size_t k = 0; n == 3 && k < 2; ++k) {
     const ALGEB from = argument(s, args, k + 2);
@@ -168,14 +195,15 @@ ALGEB where(State& s, ALGEB args) {
     const bool chosen = truth(s, all[i]);
     if (n == 1) {
       if (chosen) {
-        results.push(immediate(static_cast<std::int64_t>(i) + 1));
+        results.push(newInteger(s, lower + static_cast<V_INT>(i)));
       }
     } else {
       const Handles& from = choices[chosen ? 0 : 1];
       results.push(from.empty() ? argument(s, args, chosen ? 2 : 3) : from[i]);
     }
   }
-  return newList(s, results.span());
+  const bool isTable = n == 3 && isArray(mask) && arrayOf(mask).dimensions > 1;
+  return isTable ? shapedLike(s, mask, results.span()) : newList(s, results.span());
 }
 
 void defineQuantifier(State& state, const char* name, bool settles) {

@@ -11,6 +11,7 @@
 #include "mathematics/elementwise.hpp"
 #include "mathematics/evaluation.hpp"
 #include "values/arrays.hpp"
+#include "values/dates.hpp"
 #include "values/errors.hpp"
 #include "values/numbers.hpp"
 #include "values/objects.hpp"
@@ -25,6 +26,9 @@ ALGEB rounded(State& s, const char* functionName, Rounding rounding, double (*ha
     return toInteger(s, x, rounding);
   }
   if (isContainer(x)) {
+    if (const ALGEB whole = elementwiseWhole(s, x, false)) {
+      return whole;
+    }
     return elementwiseFunction(s, x, hardware, [=, &s](ALGEB e) {
       return rounded(s, functionName, rounding, hardware, e);
     });
@@ -50,6 +54,9 @@ ALGEB absoluteValue(State& s, ALGEB x) {
     return absolute(s, x);
   }
   if (isContainer(x)) {
+    if (const ALGEB whole = elementwiseWhole(s, x, true)) {
+      return whole;
+    }
     return elementwiseFunction(s, x, std::fabs, [&s](ALGEB e) { return absoluteValue(s, e); });
   }
   if (isComplex(x)) {
@@ -74,6 +81,21 @@ void compared(State& s, ALGEB args, Handles& all) {
   }
 }
 
+// The first or last of texts, by code point, or of dates; null for anything else.
+ALGEB extremeOfTextsOrDates(const Handles& all, bool largest) {
+  ALGEB best = all[0];
+  for (const ALGEB x : all.span()) {
+    if (is(x, Tag::date) && is(best, Tag::date)) {
+      best = (largest ? daysOf(x) > daysOf(best) : daysOf(x) < daysOf(best)) ? x : best;
+    } else if (is(x, Tag::string) && is(best, Tag::string)) {
+      best = (largest ? text(x) > text(best) : text(x) < text(best)) ? x : best;
+    } else {
+      return nullptr;
+    }
+  }
+  return best;
+}
+
 // min and max: undefined if any is; symbolic while any is.
 void defineExtreme(State& state, const char* functionName, bool largest) {
   defineFunction(
@@ -90,6 +112,9 @@ void defineExtreme(State& state, const char* functionName, bool largest) {
         compared(s, args, all);
         if (all.empty()) {
           raise(s, "expected numbers, received: %1", args);
+        }
+        if (const ALGEB found = extremeOfTextsOrDates(all, largest)) {
+          return found;
         }
         for (const ALGEB x : all.span()) {
           if (!isNumber(x) && !is(x, Tag::name) && !isExpression(x)) {

@@ -1,6 +1,9 @@
 // Formatted output and text: printf, cat, WriteText.
 
+#include <algorithm>
+#include <cmath>
 #include <cstdio>
+#include <cstdlib>
 #include <string>
 
 #include "builtins/builtins.hpp"
@@ -45,6 +48,63 @@ std::string formatString(const std::string& flags, std::string value) {
   return left ? value + padding : padding + value;
 }
 
+// A number m*10^e in decimal digits, of which the first is not 0.
+struct Digits {
+  bool negative = false;
+  std::string digits;
+  long exponent = 0;  // of the first digit
+};
+
+Digits digitsOf(std::string_view number) {
+  Digits d;
+  d.negative = number.starts_with('-');
+  const std::size_t e = std::min(number.find('e'), number.size());
+  long point = 0;
+  bool beforePoint = true;
+  for (const char c : number.substr(0, e)) {
+    if (c == '.') {
+      beforePoint = false;
+    } else if (c != '-') {
+      point += beforePoint ? 1 : 0;
+      d.digits += c;
+    }
+  }
+  const std::size_t zeros = std::min(d.digits.find_first_not_of('0'), d.digits.size());
+  d.digits.erase(0, zeros);
+  d.exponent = point - 1 - static_cast<long>(zeros) +
+               (e < number.size() ? std::stol(std::string(number.substr(e + 1))) : 0);
+  return d;
+}
+
+// %e, %g and %f of what is too large or too small for a double: 1.000000e+400.
+std::string formatBeyond(State& s, const Conversion& c, ALGEB value) {
+  const std::size_t dot = c.flags.find('.');
+  const long given = dot == std::string::npos   ? 6
+                     : dot + 1 < c.flags.size() ? std::stol(c.flags.substr(dot + 1))
+                                                : 0;
+  const bool general = c.type == 'g' || c.type == 'G';
+  const auto wanted = static_cast<std::size_t>(general ? std::max(given, 1L) : given + 1);
+  Digits d = digitsOf(sourceText(s, roundToDigits(s, value, static_cast<int>(wanted))));
+  d.digits.resize(wanted, '0');
+  if (general && c.flags.find('#') == std::string::npos) {
+    d.digits.erase(std::max<std::size_t>(d.digits.find_last_not_of('0') + 1, 1));
+  }
+  std::string digits = d.digits.substr(0, 1);
+  if (d.digits.size() > 1) {
+    digits += "." + d.digits.substr(1);
+  }
+  digits += (c.type == 'E' || c.type == 'G' ? "E" : "e") + std::string(d.exponent < 0 ? "-" : "+") +
+            std::to_string(std::labs(d.exponent));
+  const auto has = [&c](char flag) {
+    return c.flags.substr(0, c.flags.find_first_of("123456789.")).find(flag) != std::string::npos;
+  };
+  const std::string sign = d.negative ? "-" : has('+') ? "+" : has(' ') ? " " : "";
+  const std::string flags = c.flags.substr(0, dot);
+  const std::string padded = formatString(flags, sign + digits);
+  const std::size_t missing = padded.size() - sign.size() - digits.size();
+  return has('0') && !has('-') ? sign + std::string(missing, '0') + digits : padded;
+}
+
 std::string formatNumber(State& s, const Conversion& c, ALGEB x) {
   const ALGEB value = isReal(x) ? x : evalf(s, x, 17);
   if (!isReal(value)) {
@@ -65,7 +125,12 @@ std::string formatNumber(State& s, const Conversion& c, ALGEB x) {
     }
     std::snprintf(buffer, sizeof buffer, ("%" + c.flags + "ld").c_str(), static_cast<long>(i));
   } else {
-    std::snprintf(buffer, sizeof buffer, ("%" + c.flags + c.type).c_str(), toDouble(s, value));
+    const double number = toDouble(s, value);
+    const bool vanishes = number == 0 && sign(value) != 0 && c.type != 'f';
+    if (std::isinf(number) || vanishes) {
+      return formatBeyond(s, c, value);
+    }
+    std::snprintf(buffer, sizeof buffer, ("%" + c.flags + c.type).c_str(), number);
   }
   return buffer;
 }

@@ -6,6 +6,7 @@
 
 #include "mathematics/comparison.hpp"
 #include "mathematics/elementwise.hpp"
+#include "mathematics/parts.hpp"
 #include "values/arrays.hpp"
 #include "values/dates.hpp"
 #include "values/errors.hpp"
@@ -82,6 +83,10 @@ void assignIndexed(State& state, ALGEB what, std::span<const ALGEB> index, ALGEB
 }
 
 namespace {
+
+bool isMaskEquation(ALGEB i) {
+  return isEquation(i) && (isContainer(operand(i, 1)) || isContainer(operand(i, 2)));
+}
 
 // An index that selects several elements: a range, a list or array of positions, or as many true
 // and false as there are elements.
@@ -213,6 +218,47 @@ ALGEB arraySelection(State& state, ALGEB x, std::span<const ALGEB> index) {
   return result;
 }
 
+// A[A > 1] of several dimensions: true and false of the array's shape choose elements row by row.
+bool isMaskOf(State& state, ALGEB x, ALGEB mask) {
+  if (!isArray(mask) || arrayOf(x).dimensions < 2 ||
+      arrayOf(x).dimensions != arrayOf(mask).dimensions) {
+    return false;
+  }
+  for (int d = 0; d < arrayOf(x).dimensions; ++d) {
+    if (arrayOf(x).extent(d) != arrayOf(mask).extent(d)) {
+      return false;
+    }
+  }
+  const ALGEB first = arrayOf(mask).type == RTABLE_DAG && arrayOf(mask).count > 0
+                          ? elementToObject(state, RTABLE_DAG, elementAt(mask, 0))
+                          : nullptr;
+  return first != nullptr && isBoolean(state, first);
+}
+
+ALGEB elementsOfMask(State& state, ALGEB x, ALGEB mask) {
+  Handles all(state);
+  Handles flags(state);
+  elementsOf(state, x, all);
+  elementsOf(state, mask, flags);
+  Handles chosen(state);
+  for (std::size_t i = 0; i < all.size(); ++i) {
+    if (truth(state, flags[i])) {
+      chosen.push(all[i]);
+    }
+  }
+  RTableSettings settings = settingsOf(x);
+  settings.read_only = 0;
+  settings.storage = RTABLE_RECTANGULAR;
+  settings.num_dimensions = 1;
+  const V_INT bounds[] = {1, static_cast<V_INT>(chosen.size())};
+  const ALGEB result = newArray(state, settings, nullptr, bounds);
+  for (std::size_t i = 0; i < chosen.size(); ++i) {
+    setElementAt(result, static_cast<std::int64_t>(i),
+                 objectToElement(state, arrayOf(result).type, chosen[i]));
+  }
+  return result;
+}
+
 }  // namespace
 
 namespace {
@@ -260,7 +306,19 @@ ALGEB frameSelection(State& state, ALGEB x, std::span<const ALGEB> index) {
 
 }  // namespace
 
+// x[x = 2]: an equation between elements stands for true and false, as x <> 2 does; in a table's
+// index it is a key.
 ALGEB indexed(State& state, ALGEB x, std::span<const ALGEB> index) {
+  if ((!is(x, Tag::table) || isFrame(x)) &&
+      std::any_of(index.begin(), index.end(), isMaskEquation)) {
+    Handles masks(state);
+    for (const ALGEB i : index) {
+      masks.push(isMaskEquation(i)
+                     ? elementwiseComparison(state, CompareOp::equal, operand(i, 1), operand(i, 2))
+                     : i);
+    }
+    return indexed(state, x, masks.span());
+  }
   if (isFrame(x) && !index.empty()) {
     return frameSelection(state, x, index);
   }
@@ -276,9 +334,17 @@ ALGEB indexed(State& state, ALGEB x, std::span<const ALGEB> index) {
     if (const ALGEB found = table(x).find(key)) {
       return found;
     }
+    if (is(key, Tag::string)) {  // t["mean"] where mean is a variable
+      if (const ALGEB found = table(x).find(name(state, text(key)))) {
+        return found;
+      }
+    }
     raise(state, "the table has no entry %1", key);
   }
   if (isArray(x)) {
+    if (index.size() == 1 && isMaskOf(state, x, index[0])) {
+      return elementsOfMask(state, x, index[0]);
+    }
     if (std::any_of(index.begin(), index.end(), selectsSeveral)) {
       return arraySelection(state, x, index);
     }

@@ -223,7 +223,7 @@ Node* Parser::statement() {
   if (scopes_.size() > 1 && isWord("return") && !isSymbol(":=", 1)) {
     return returnStatement();
   }
-  if (isWord("try") && peek(1).kind != TokenKind::symbol && peek(1).kind != TokenKind::end) {
+  if (isWord("try") && beginsStatement(1)) {
     return tryStatement();
   }
   return expressionStatement();
@@ -248,7 +248,24 @@ bool Parser::endsStatement(std::size_t n) const {
   const Token& token = peek(n);
   return token.kind == TokenKind::end || isSymbol(";", n) || isSymbol(":", n) ||
          (token.kind == TokenKind::keyword &&
-          (token.text == "end" || token.text == "else" || token.text == "elif"));
+          (token.text == "end" || token.text == "else" || token.text == "elif")) ||
+         (tries_ > 0 && (isWord("catch", n) || isWord("finally", n)));
+}
+
+// What the statements of a try may begin with; before an operator or the end of what is around it
+// the word is a name.
+bool Parser::beginsStatement(std::size_t n) const {
+  const Token& token = peek(n);
+  if (token.kind == TokenKind::keyword) {
+    for (const char* const word :
+         {"if", "for", "while", "proc", "not", "true", "false", "undefined", "infinity"}) {
+      if (token.text == word) {
+        return true;
+      }
+    }
+    return false;
+  }
+  return token.kind != TokenKind::symbol && token.kind != TokenKind::end;
 }
 
 // What closes or continues the construct around a list of statements.

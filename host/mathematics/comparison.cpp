@@ -28,6 +28,9 @@ std::optional<bool> comparison(State& state, CompareOp op, ALGEB a, ALGEB b) {
   if (isDate(a) && isDate(b)) {
     return comparison(state, op, immediate(daysOf(a)), immediate(daysOf(b)));
   }
+  if (!equality && is(a, Tag::string) && is(b, Tag::string)) {  // by code point, as bytes are
+    return comparison(state, op, immediate(text(a).compare(text(b))), immediate(0));
+  }
   const ALGEB x = constant(a);
   const ALGEB y = constant(b);
   if (x != nullptr && y != nullptr) {

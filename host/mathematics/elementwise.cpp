@@ -358,6 +358,20 @@ ALGEB elementwise(State& state, ArithmeticOp op, ALGEB a, ALGEB b) {
   return combined(state, a, b, [&](ALGEB x, ALGEB y) { return single(state, op, x, y); });
 }
 
+ALGEB elementwiseWhole(State& state, ALGEB x, bool absolutely) {
+  if (!isMachineArray(x) || !isIntegerType(arrayOf(x).type)) {
+    return nullptr;
+  }
+  using Int = std::int64_t;
+  const ALGEB result = integers(state, x, immediate(0), [absolutely](Int e, Int, Int* r) {
+    *r = e;
+    return absolutely && e < 0 && __builtin_sub_overflow(Int{0}, e, r);
+  });
+  return result != nullptr
+             ? result
+             : combined(state, x, state.null, [&](ALGEB e, ALGEB) { return absolute(state, e); });
+}
+
 ALGEB elementwiseNegative(State& state, ALGEB x) {
   return elementwise(state, ArithmeticOp::multiply, immediate(-1), x);
 }

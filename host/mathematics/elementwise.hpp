@@ -21,6 +21,10 @@ enum class ArithmeticOp : std::uint8_t { add, subtract, multiply, divide, power,
 
 // Either of a and b is a container.  All of these may collect; raise for shapes that differ.
 ALGEB elementwise(State& state, ArithmeticOp op, ALGEB a, ALGEB b);
+// The elements of an array of machine integers, or their absolute values, as integers; null for
+// anything else.
+ALGEB elementwiseWhole(State& state, ALGEB x, bool absolutely);
+
 ALGEB elementwiseNegative(State& state, ALGEB x);
 
 // Lists, or arrays of host objects, of true and false; raises where a comparison is open.

@@ -85,6 +85,10 @@ Call::Call(State& state, const Signature& signature, ALGEB args, void* context)
     const ALGEB x = argument(state, args, i);
     std::size_t at = next;
     ALGEB given = x;
+    if (signature.open && isEquation(x) && is(operand(x, 1), Tag::string)) {  // a quoted heading
+      others_.emplace_back(operand(x, 1), operand(x, 2));
+      continue;
+    }
     if (isEquation(x) && is(operand(x, 1), Tag::name)) {
       const std::string_view name = vexel::text(operand(x, 1));
       const auto found = std::find_if(

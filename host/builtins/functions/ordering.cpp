@@ -2,6 +2,7 @@
 // kernel_density.hpp and hypothesis.hpp.
 
 #include <algorithm>
+#include <optional>
 #include <vexel/hypothesis.hpp>
 #include <vexel/kernel_density.hpp>
 #include <vexel/ordering.hpp>
@@ -13,7 +14,9 @@
 #include "builtins/functions/statistics.hpp"
 #include "builtins/tables/tables.hpp"
 #include "mathematics/elementwise.hpp"
+#include "values/dates.hpp"
 #include "values/errors.hpp"
+#include "values/frames.hpp"
 #include "values/numbers.hpp"
 
 namespace vexel {
@@ -30,7 +33,58 @@ bool isExactData(Call& call, const char* parameter, Handles& all) {
   return std::all_of(all.begin(), all.end(), [](ALGEB e) { return isExact(e); });
 }
 
+// The places that sort texts, by code point, or dates, with missing ones last or left out; nothing
+// for other data.
+std::optional<std::vector<std::int64_t>> orderOfTextsOrDates(Call& call, Handles& all) {
+  State& state = call.state();
+  const ALGEB x = call.value("x");
+  if (!isContainer(x) || isMachineArray(x)) {
+    return std::nullopt;
+  }
+  elementsOf(state, x, all);
+  const auto first = std::find_if(all.begin(), all.end(), [](ALGEB e) { return !isNull(e); });
+  if (first == all.end() || (!is(*first, Tag::string) && !is(*first, Tag::date))) {
+    return std::nullopt;
+  }
+  const bool areDates = isDate(*first);
+  std::vector<std::int64_t> places;
+  std::vector<std::int64_t> missing;
+  for (std::size_t i = 0; i < all.size(); ++i) {
+    const auto at = static_cast<std::int64_t>(i);
+    if (isNull(all[i])) {
+      missing.push_back(at);
+    } else if (is(all[i], areDates ? Tag::date : Tag::string)) {
+      places.push_back(at);
+    } else {
+      return std::nullopt;
+    }
+  }
+  if (!missing.empty() && call.missing() == Missing::raise) {
+    raise(state, "missing value at %1", newInteger(state, missing[0] + 1));
+  }
+  std::stable_sort(places.begin(), places.end(), [&](std::int64_t i, std::int64_t j) {
+    const ALGEB a = all[static_cast<std::size_t>(i)];
+    const ALGEB b = all[static_cast<std::size_t>(j)];
+    return areDates ? daysOf(a) < daysOf(b) : text(a) < text(b);
+  });
+  if (call.missing() != Missing::omit) {
+    places.insert(places.end(), missing.begin(), missing.end());
+  }
+  return places;
+}
+
 ALGEB sort(Call& call) {
+  Handles elements(call.state());
+  if (const auto places = orderOfTextsOrDates(call, elements)) {
+    Handles sorted(call.state());
+    for (const std::int64_t at : *places) {
+      sorted.push(elements[static_cast<std::size_t>(at)]);
+    }
+    const ALGEB list = newList(call.state(), sorted.span());
+    return isList(call.value("x"))
+               ? list
+               : columnFrom(call.state(), list, static_cast<std::int64_t>(places->size()));
+  }
   Handles exact(call.state());
   const ALGEB like = call.value("x");
   if (isExactData(call, "x", exact)) {
@@ -50,7 +104,10 @@ ALGEB sort(Call& call) {
 }
 
 ALGEB argsort(Call& call) {
-  std::vector<std::int64_t> positions = vexel::argsort(call.data("x"), {.missing = call.missing()});
+  Handles elements(call.state());
+  const auto places = orderOfTextsOrDates(call, elements);
+  std::vector<std::int64_t> positions =
+      places ? *places : vexel::argsort(call.data("x"), {.missing = call.missing()});
   for (std::int64_t& p : positions) {
     ++p;  // the language counts from 1
   }

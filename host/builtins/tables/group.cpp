@@ -141,10 +141,16 @@ ALGEB group(Call& call) {
   }
   const std::vector<Places> groups = groupsOf(state, t, by);
   Places first;
+  for (const Places& places : groups) {
+    first.push_back(places.front());
+  }
+  Handles keys(state);  // taken now, as a procedure may change the table
+  for (const ALGEB heading : by) {
+    keys.push(takeElements(state, columnOf(state, t, heading), first));
+  }
   Summary summary(state);
   for (const Places& places : groups) {
     lookAtInterrupt();
-    first.push_back(places.front());
     const ALGEB rows = takeRows(state, t, places);
     summary.nextRow();
     for (const Measure& measure : measures) {
@@ -156,9 +162,8 @@ ALGEB group(Call& call) {
     }
   }
   const ALGEB result = newFrame(state, static_cast<std::int64_t>(groups.size()));
-  for (const ALGEB heading : by) {
-    const ALGEB column = takeElements(state, columnOf(state, t, heading), first);
-    frame(result).assign(headingOf(state, heading), column);
+  for (std::size_t i = 0; i < by.size(); ++i) {
+    frame(result).assign(headingOf(state, by[i]), keys[i]);
   }
   summary.finish(result);
   if (groups.empty()) {  // columns all the same

@@ -2,6 +2,7 @@
 // take one text or a list or an array of them, in which what is missing stays missing.
 
 #include <clocale>
+#include <cmath>
 #include <cwctype>
 #include <functional>
 
@@ -236,7 +237,7 @@ ALGEB numberOfText(Call& call, std::string_view all, const CellRules& rules) {
                                          (text[0] == '-' ? "-" : "") + std::string(digits) + ":");
   }
   double value = 0;
-  if (rules.number(text, value)) {
+  if (rules.number(text, value) && !(std::isnan(value) && call.given("otherwise"))) {
     return newFloat(state, value);
   }
   if (call.given("otherwise")) {
