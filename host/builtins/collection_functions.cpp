@@ -169,7 +169,9 @@ ALGEB shapedLike(State& s, ALGEB shape, std::span<const ALGEB> elements) {
 // b): a or b, element by element.
 ALGEB where(State& s, ALGEB args) {
   const std::size_t n = isNull(args) ? 0 : argumentCount(args);
-  const ALGEB mask = n == 0 ? args : argument(s, args, 1);
+  const ALGEB mask = n == 0 ? args : maskOf(s, argument(s, args, 1));
+  Handles kept(s);
+  kept.push(mask);
   if ((n != 1 && n != 3) || !isContainer(mask)) {
     raise(s,
           "where expects a list or array of true and false, or that and two values, received: %1",
@@ -209,7 +211,7 @@ ALGEB where(State& s, ALGEB args) {
 void defineQuantifier(State& state, const char* name, bool settles) {
   defineFunction(state, name, [name, settles](State& s, ALGEB args) {
     const ALGEB x =
-        oneArgument(s, args, "expected a list or array of true and false, received: %1");
+        maskOf(s, oneArgument(s, args, "expected a list or array of true and false, received: %1"));
     if (!isContainer(x)) {
       raise(s, "expected a list or array of true and false, received: %1", x);
     }

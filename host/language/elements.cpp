@@ -84,10 +84,6 @@ void assignIndexed(State& state, ALGEB what, std::span<const ALGEB> index, ALGEB
 
 namespace {
 
-bool isMaskEquation(ALGEB i) {
-  return isEquation(i) && (isContainer(operand(i, 1)) || isContainer(operand(i, 2)));
-}
-
 // An index that selects several elements: a range, a list or array of positions, or as many true
 // and false as there are elements.
 bool selectsSeveral(ALGEB i) { return isRange(i) || isContainer(i); }
@@ -309,15 +305,14 @@ ALGEB frameSelection(State& state, ALGEB x, std::span<const ALGEB> index) {
 // x[x = 2]: an equation between elements stands for true and false, as x <> 2 does; in a table's
 // index it is a key.
 ALGEB indexed(State& state, ALGEB x, std::span<const ALGEB> index) {
-  if ((!is(x, Tag::table) || isFrame(x)) &&
-      std::any_of(index.begin(), index.end(), isMaskEquation)) {
+  if ((!is(x, Tag::table) || isFrame(x)) && std::any_of(index.begin(), index.end(), isEquation)) {
     Handles masks(state);
     for (const ALGEB i : index) {
-      masks.push(isMaskEquation(i)
-                     ? elementwiseComparison(state, CompareOp::equal, operand(i, 1), operand(i, 2))
-                     : i);
+      masks.push(maskOf(state, i));
     }
-    return indexed(state, x, masks.span());
+    if (!std::equal(index.begin(), index.end(), masks.begin())) {
+      return indexed(state, x, masks.span());
+    }
   }
   if (isFrame(x) && !index.empty()) {
     return frameSelection(state, x, index);

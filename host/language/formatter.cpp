@@ -25,6 +25,13 @@ bool isWord(const Token& t) {
          t.kind == TokenKind::string;
 }
 
+// What may stand behind the word try where it is no name.
+bool beginsTried(const Token& t) {
+  return isWord(t) &&
+         (t.kind != TokenKind::keyword || !isOneOf(t.text, "end", "else", "elif", "do", "then",
+                                                   "to", "from", "and", "or", "local"));
+}
+
 // What an expression may end with: an operator behind it has two sides.
 bool endsOperand(const Token& t) {
   if (t.kind == TokenKind::symbol) {
@@ -243,7 +250,7 @@ class Formatter {
     } else if (token.kind == TokenKind::name) {
       if (divides(token)) {
         statementBegins_ = token.text == "finally";
-      } else if (began && token.text == "try" && isWord(tokens_[at_ + 1])) {
+      } else if (began && token.text == "try" && beginsTried(tokens_[at_ + 1])) {
         open_.push_back({"try", indent_, indent_ + 2, false});
         statementBegins_ = true;
       }

@@ -409,6 +409,11 @@ ALGEB elementwiseComparison(State& state, CompareOp op, ALGEB a, ALGEB b) {
   });
 }
 
+ALGEB maskOf(State& state, ALGEB x) {
+  const bool between = isEquation(x) && (isContainer(operand(x, 1)) || isContainer(operand(x, 2)));
+  return between ? elementwiseComparison(state, CompareOp::equal, operand(x, 1), operand(x, 2)) : x;
+}
+
 ALGEB elementwiseLogic(State& state, bool isAnd, ALGEB a, ALGEB b) {
   checkStack(state);
   requireSameShape(state, a, b);

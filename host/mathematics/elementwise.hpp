@@ -29,6 +29,9 @@ ALGEB elementwiseNegative(State& state, ALGEB x);
 
 // Lists, or arrays of host objects, of true and false; raises where a comparison is open.
 ALGEB elementwiseComparison(State& state, CompareOp op, ALGEB a, ALGEB b);
+// An equation with a list or an array on a side as true and false of their elements, where a
+// selection is meant; anything else is returned itself.
+ALGEB maskOf(State& state, ALGEB x);
 ALGEB elementwiseLogic(State& state, bool isAnd, ALGEB a, ALGEB b);
 ALGEB elementwiseNot(State& state, ALGEB x);
 

@@ -239,7 +239,7 @@ std::vector<ALGEB> headingsIn(Call& call, const char* parameter) {
 ALGEB filterRows(Call& call) {
   State& state = call.state();
   const ALGEB x = call.value("x");
-  const ALGEB test = call.value("taps");
+  const ALGEB test = call.keep(maskOf(state, call.value("taps")));
   if (!is(x, Tag::table)) {
     return elementsWhere(call, x, test);
   }
