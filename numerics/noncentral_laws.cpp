@@ -20,20 +20,23 @@ constexpr double infinity = std::numeric_limits<double>::infinity();
 
 Tail other(Tail which) { return which == Tail::lower ? Tail::upper : Tail::lower; }
 
-// A step of an inversion, polling; where the last value is no number the quantile is none.
+// The steps of an inversion, polling.  Where the last one is far from the probability the quantile
+// is no number, unless it is the low end.
 class Steps {
  public:
-  double checked(double value) {
+  double gap(double tail, double p) {
     lookout_.done(stepCost);
-    failed_ = std::isnan(value);  // of a probe far out the bracket takes care
-    return value;
+    gap_ = logQuotient(tail, p);
+    return gap_;
   }
-  double root(double found) const { return failed_ ? nan : found; }
+  double root(double found) const {
+    return found > 1e-300 && !(std::fabs(gap_) < 0.01) ? nan : found;
+  }
 
  private:
   static constexpr int stepCost = 1000000;
   vexel::kernels::Lookout lookout_;
-  bool failed_ = false;
+  double gap_ = 0.0;
 };
 
 // A normal start for the quantile of the chi-square law with df degrees of freedom.
@@ -127,7 +130,7 @@ double NoncentralChiSquareLaw::quantile(double p, Tail which) const {
       [&](double x) {
         const GammaFamily family(0.5 * df_, 0.5 * x);
         const MixturePoint at = mixturePoint(family, 0.5 * nc_, which);
-        return TailSlope{logQuotient(steps.checked(at.tail), p), sign * at.density / at.tail,
+        return TailSlope{steps.gap(at.tail, p), sign * at.density / at.tail,
                          family.bend(at.meanIndex)};
       },
       which == Tail::lower, start, 0.0, 1e15 * (df_ + nc_));
@@ -185,6 +188,12 @@ UnitPair NoncentralBetaLaw::quantile(double p, Tail which) const {
   const double shape = (a_ + mean) / scale;
   const UnitPair central = BetaLaw(shape, b_).roughQuantile(p, which);
   double x = scale * central.x / (scale * central.x + central.y);
+  double y = 1.0 - x;
+  if (mean > 1e6 && mean > 16.0 * b_) {  // the numerator hardly varies
+    const double g = GammaLaw(b_).quantile(p, other(which));
+    x = (a_ + mean) / (a_ + mean + g);
+    y = g / (a_ + mean + g);
+  }
   if (p > 0.5) {
     p = 1.0 - p;
     which = other(which);
@@ -199,17 +208,17 @@ UnitPair NoncentralBetaLaw::quantile(double p, Tail which) const {
       const double power = a_ + value.meanIndex;
       const double bend = mirrored ? b_ - (power - 1.0) * (point.y / point.x)
                                    : power - (b_ - 1.0) * (point.x / point.y);
-      return TailSlope{logQuotient(steps.checked(value.tail), p),
-                       sign * value.density / (1.0 - u) / value.tail, bend};
+      return TailSlope{steps.gap(value.tail, p), sign * value.density / (1.0 - u) / value.tail,
+                       bend};
     };
     return steps.root(invertTail(at, (which == Tail::lower) != mirrored, from, 0.0, mostOfOne));
   };
   const bool right = x > 0.5;
-  double root = solve(std::clamp(right ? 1.0 - x : x, 1e-300, mostOfOne), right);
-  if (!(root >= 0.9)) {
+  double root = solve(std::clamp(right ? y : x, 1e-300, mostOfOne), right);
+  if (root < 0.9) {
     return right ? UnitPair{1.0 - root, root} : UnitPair{root, 1.0 - root};
   }
-  root = solve(1.0 - root, !right);
+  root = solve(std::isnan(root) ? 0.5 : 1.0 - root, !right);
   return right ? UnitPair{root, 1.0 - root} : UnitPair{1.0 - root, root};
 }
 

@@ -70,6 +70,11 @@ MixtureSums mixtureSums(const Family& family, double mean, Tail which, bool asLo
   const double peak = std::floor(family.peak(mean));
   const double spread = 1.0 / std::sqrt(family.curve(peak));
   if (peak > wideFrom) {
+    const double index = peak + offset;
+    if (!asLog &&
+        PowerPiece(index).logAt(mean, mean - index) + family.logDecrement(peak) < -900.0) {
+      return {1.0, 0.0, 0.0, 0.0, peak, false};  // the sums underflow
+    }
     return wideSums(family, mean, which, peak, spread, asLog);
   }
   const double top = topIndex(family, mean, peak, spread);

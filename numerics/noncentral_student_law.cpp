@@ -418,6 +418,10 @@ double NoncentralStudentLaw::logDensity(double x) const {
 // N. L. Johnson and B. L. Welch, Applications of the non-central t-distribution, Biometrika 31
 // (1940): x S - Z is nearly normal.
 double NoncentralStudentLaw::start(double p, Tail which) const {
+  if (std::fabs(delta_) > 50.0 && delta_ * delta_ > 2.0 * nu_) {
+    const Tail ofChi = (delta_ > 0.0) == (which == Tail::lower) ? Tail::upper : Tail::lower;
+    return delta_ / std::sqrt(GammaLaw(0.5 * nu_).quantile(p, ofChi) / (0.5 * nu_));
+  }
   const double z = which == Tail::lower ? normalInverse(p) : -normalInverse(p);
   const double variance = std::min(0.5 / nu_, 0.5);  // of S
   const double square = 1.0 - variance;
@@ -458,24 +462,28 @@ double NoncentralStudentLaw::quantile(double p, Tail which) const {
   const double sign = turned == Tail::lower ? 1.0 : -1.0;
   constexpr int stepCost = 1000000;  // operations where degrees of freedom are few, near enough
   vexel::kernels::Lookout lookout;
-  bool failed = false;
+  double gap = 0.0;  // of the last step
   const auto at = [&](double x) {
     lookout.done(stepCost);
     if (x < leastArgument) {
-      failed = false;
-      return TailSlope{logQuotient(atZero, p), 0.0, 0.0};
+      gap = logQuotient(atZero, p);
+      return TailSlope{gap, 0.0, 0.0};
     }
     const Point point = pointAt(x, delta, x > delta);
     double value = turned == Tail::upper ? point.upper : point.lower;
     if (value < 0.3 && delta > 0.0 && (x > delta) != (turned == Tail::upper)) {
       value = positiveTail(x, delta, turned);
     }
-    failed = std::isnan(value);  // of a probe far out the bracket takes care
-    return TailSlope{logQuotient(value, p), sign * x * point.density / value, point.bend};
+    gap = logQuotient(value, p);
+    return TailSlope{gap, sign * x * point.density / value, point.bend};
   };
   const double root =
       invertTail(at, turned == Tail::lower, first > 0.0 ? first : 0.1, 0.0, infinity);
-  return failed ? nan : positive ? root : -root;
+  if (!(std::fabs(gap) < 0.01)) {
+    const double beyond = root > 1e300 ? infinity : nan;  // no double is that far out
+    return positive ? beyond : -beyond;
+  }
+  return positive ? root : -root;
 }
 
 }  // namespace nag2

@@ -80,6 +80,9 @@ double StudentDistant::argument(double x) const {
   return 0.5 * nu_ * s * s;
 }
 
+// Above it the normal variable counts nowhere.
+constexpr double logSure = -650.0;
+
 bool StudentDistant::close(double x) const { return x < 1e4 * std::sqrt(nu_) * std::sqrt(delta_); }
 
 double StudentDistant::tail(double x, Tail which) const {
@@ -89,21 +92,22 @@ double StudentDistant::tail(double x, Tail which) const {
 }
 
 double StudentDistant::logTail(double x, Tail which) const {
-  if (!(nu_ <= mostFreedom) || (close(x) && which == Tail::lower)) {
-    return nan;
-  }
-  return gamma_.logTail(argument(x), which == Tail::lower ? Tail::upper : Tail::lower);
+  const double log = gamma_.logTail(argument(x), which == Tail::lower ? Tail::upper : Tail::lower);
+  const bool sure = which == Tail::upper || log > logSure || !close(x);
+  return nu_ <= mostFreedom && sure ? log : nan;
 }
 
 double StudentDistant::density(double x) const {
-  const double y = argument(x);
-  return !(nu_ <= mostFreedom) ? nan : y > 1e6 + 2.0 * nu_ ? 0.0 : std::exp(logDensity(x));
+  return nu_ <= mostFreedom ? std::exp(plainLogDensity(x)) : nan;
 }
 
 double StudentDistant::logDensity(double x) const {
-  return !(nu_ <= mostFreedom) || close(x)
-             ? nan
-             : gamma_.logWeight(argument(x)) + std::log(nu_) - std::log(x);
+  const double log = plainLogDensity(x);
+  return nu_ <= mostFreedom && (log > logSure || !close(x)) ? log : nan;
+}
+
+double StudentDistant::plainLogDensity(double x) const {
+  return gamma_.logWeight(argument(x)) + std::log(nu_) - std::log(x);
 }
 
 double StudentDistant::quantile(double p, Tail which) const {

@@ -43,6 +43,7 @@ class StudentDistant {
 
  private:
   double argument(double x) const;
+  double plainLogDensity(double x) const;
   // Whether the normal variable counts at x, which only logarithms feel.
   bool close(double x) const;
 

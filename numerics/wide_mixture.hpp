@@ -23,7 +23,7 @@ struct MixtureSums {
   bool whole;        // the tail has the central law's upper one in it
 };
 
-inline constexpr double wideFrom = 2e4;  // the index of the largest product
+inline constexpr double wideFrom = 2e3;  // the index of the largest product
 inline constexpr double widest = 1e28;
 
 // The terms of one mixture: Poisson weights over that at the centre, central tails and decrements;

@@ -64,7 +64,10 @@ double Formulas<NonCentralBeta>::mixed(F f) const {
   const double reach = 10.0 * std::sqrt(mean) + 40.0;
   Sum sum;
   Sum weights;
-  for (double j = std::fmax(0.0, std::floor(mean - reach)); j <= mean + reach; j += 1.0) {
+  // Of many smooth terms every step-th one gives the same quotient (numerics/wide_mixture.hpp).
+  const double step = mean > 1e4 ? std::exp2(std::floor(std::log2(0.25 * std::sqrt(mean)))) : 1.0;
+  for (double j = std::fmax(0.0, step * std::floor((mean - reach) / step)); j <= mean + reach;
+       j += step) {
     const double w = j == 0.0      ? std::exp(-mean)
                      : mean == 0.0 ? 0.0
                                    : nag2::GammaLaw(j).weight(mean);
@@ -78,14 +81,15 @@ double Formulas<NonCentralBeta>::mean() const {
   return mixed([this](double j) { return (a() + j) / (a() + j + b()); });
 }
 
-// Central moments about the mixture's mean, of which each part has its own and a distance d.
+// Central moments about the mixture's mean, known by its complement, of which each part has its own
+// and a distance d.
 Formulas<NonCentralBeta>::Moments Formulas<NonCentralBeta>::moments() const {
-  const double center = mean();
+  const double center = mixed([this](double j) { return b() / (a() + j + b()); });
   const auto part = [&](double j) {
     const double n = a() + j + b();
     const double m = (a() + j) / n;
     const double e = b() / n;
-    const double d = m - center;
+    const double d = center - e;
     const double v = m * e / (n + 1.0);
     const double third = 2.0 * v * (e - m) / (n + 2.0);
     const double fourth = 3.0 * v * (m * e * (n - 6.0) + 2.0) / ((n + 2.0) * (n + 3.0));
