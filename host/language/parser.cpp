@@ -244,6 +244,11 @@ bool Parser::isWord(std::string_view text, std::size_t n) const {
   return true;
 }
 
+// Where no name can stand the word is meant, though a function have one of its own like it.
+bool Parser::behindOperand(std::string_view word) const {
+  return peek().kind == TokenKind::name && peek().text == word;
+}
+
 bool Parser::endsStatement(std::size_t n) const {
   const Token& token = peek(n);
   return token.kind == TokenKind::end || isSymbol(";", n) || isSymbol(":", n) ||
@@ -325,7 +330,7 @@ Node* Parser::forLoop() {
     fail("expected a name after 'for'");
   }
   Node* target = nameReference(take());
-  if (isWord("in")) {
+  if (behindOperand("in")) {
     take();
     Node* node = make(NodeKind::forIn, at);
     Node* list = expression();
@@ -337,18 +342,18 @@ Node* Parser::forLoop() {
   Node* step = nullptr;
   if (acceptKeyword("from")) {
     from = expression();
-  } else if (isKeyword("to") || isWord("by")) {
+  } else if (isKeyword("to") || behindOperand("by")) {
     from = literal(immediate(1), peek());
   } else {
     fail("expected 'from' or 'in'");
   }
-  if (isWord("by")) {
+  if (behindOperand("by")) {
     take();
     step = expression();
   }
   expectKeyword("to");
   Node* to = expression();
-  if (step == nullptr && isWord("by")) {
+  if (step == nullptr && behindOperand("by")) {
     take();
     step = expression();
   }

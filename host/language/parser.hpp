@@ -58,6 +58,7 @@ class Parser {
   Node* returnStatement();
   Node* tryStatement();
   bool isWord(std::string_view text, std::size_t n = 0) const;
+  bool behindOperand(std::string_view word) const;
   bool beginsStatement(std::size_t n) const;
   bool endsStatement(std::size_t n) const;
   bool endsList() const;

@@ -146,7 +146,7 @@ Node* Parser::product() {
         node->children.push_back(unary());
       }
       left = node;
-    } else if (isWord("mod")) {
+    } else if (behindOperand("mod")) {
       // a mod b: a call of the function, whose name has no other meaning behind an operand.
       const Token& word = take();
       Node* callee = make(NodeKind::global, word);
