@@ -61,6 +61,9 @@ struct Formulas<NonCentralBeta> : PoissonMixture<Formulas<NonCentralBeta>> {
 template <typename F>
 double Formulas<NonCentralBeta>::mixed(F f) const {
   const double mean = 0.5 * nc();
+  if (!(mean < 1e28)) {
+    return nan;
+  }
   const double reach = 10.0 * std::sqrt(mean) + 40.0;
   Sum sum;
   Sum weights;

@@ -120,4 +120,21 @@ TEST(DistributionHardPoints, RootsBelowTheLeastDoubleAreZero) {
   EXPECT_NEAR(InverseGaussian(1.0, 1e-10).isf(1e-50), 1.68342e12, 1e7);
 }
 
+// Integrals over the normal variable in 30 digits; the third one has a closed form.
+TEST(DistributionHardPoints, NonCentralLawsOfGreatNoncentralityAndFarTails) {
+  EXPECT_NEAR(NonCentralStudentT(3.0, 1e4).cdf(1.2e4), 0.55529189583455026, 1e-14);
+  EXPECT_NEAR(NonCentralFRatio(2.0, 3.0, 1e8).cdf(1e8), 0.68227032514322424, 1e-14);
+  EXPECT_NEAR(NonCentralStudentT(1.0, 0.5).sf(1e155) * 1e155, 0.55676109973189249, 1e-14);
+  EXPECT_NEAR(NonCentralStudentT(1.63, 0.015).logsf(1e180), -676.467542908, 1e-8);
+  EXPECT_NEAR(NonCentralChiSquare(2.0, 1e15).quantile(0.5), 1e15 + 1.0, 1.0);
+  for (const double nc : {1e3, 1e6, 1e10, 1e13, 1e20, 1e300}) {
+    EXPECT_NEAR(NonCentralStudentT(3.0, nc).quantile(0.5) / nc, 1.12604476030, 2.0 / nc + 1e-11)
+        << nc;
+    EXPECT_NEAR(NonCentralChiSquare(3.0, nc).quantile(0.5) / nc, 1.0, 3.0 / nc + 1e-15) << nc;
+  }
+  const NonCentralBeta beta(1.2, 119.0, 2e7);
+  EXPECT_NEAR(beta.cdf(beta.quantile(1e-20)) / 1e-20, 1.0, 1e-8);
+  EXPECT_TRUE(std::isnan(NonCentralFRatio(2.0, 3.0, 1e300).quantile(0.5)));
+}
+
 }  // namespace
