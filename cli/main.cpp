@@ -90,7 +90,7 @@ int main(int argc, char** argv) {
         runPrompt(kernel, runner, options.quiet);
       }
     }
-    return runner.failed() ? kStatementFailed : kSuccess;
+    return vexel::exitStatus(kernel).value_or(runner.failed() ? kStatementFailed : kSuccess);
   } catch (const std::exception& e) {
     std::cerr << "vexel: " << e.what() << '\n';
     return kBadUsage;

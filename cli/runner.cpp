@@ -127,8 +127,9 @@ void Runner::run(const std::string& text, const std::string& source) {
       if (!outcome.printed && acknowledged_) {
         std::cout << "{\"done\": true}" << std::endl;
       }
-      // At the prompt a loop or printf need not say that it has no value.
-      if (!outcome.printed || (shorten_ && !options_.json && outcome.value.isNull())) {
+      // A loop or printf need not say that it has no value, nor anything else at the prompt.
+      const bool needless = (shorten_ || outcome.effect) && !options_.json;
+      if (!outcome.printed || (needless && outcome.value.isNull())) {
         continue;
       }
       if (printValue(outcome)) {

@@ -18,15 +18,20 @@ namespace vexel {
 
 namespace {
 
-// The line, and how many elements it still may hold.
+// The line, and how many elements and characters of texts it still may hold.
 struct Sink : std::string {
   std::size_t room = std::string::npos;
+  std::size_t textRoom = std::string::npos;
   std::vector<ALGEB> open{};  // arrays and tables that are being written, outermost first
 
   bool limited() const { return room != std::string::npos; }
 
   // Takes the room of n elements; false when there is too little.
-  bool take(std::size_t n) {
+  bool take(std::size_t n) { return takeFrom(room, n); }
+  bool takeText(std::size_t n) { return takeFrom(textRoom, n); }
+
+ private:
+  static bool takeFrom(std::size_t& room, std::size_t n) {
     if (n > room) {
       return false;
     }
@@ -39,6 +44,12 @@ void appendJson(State& state, Sink& out, ALGEB x);
 
 void appendOmitted(Sink& out, const char* kind, std::size_t count) {
   out += std::string("{\"") + kind + "\": \"omitted\", \"count\": " + std::to_string(count) + "}";
+}
+
+void appendText(Sink& out, std::string_view s) {
+  const auto characters = static_cast<std::size_t>(std::count_if(
+      s.begin(), s.end(), [](char c) { return (static_cast<unsigned char>(c) & 0xC0U) != 0x80U; }));
+  out.takeText(characters) ? appendJsonString(out, s) : appendOmitted(out, "string", characters);
 }
 
 void appendFloat(State& state, Sink& out, ALGEB x) {
@@ -178,7 +189,7 @@ void appendJson(State& state, Sink& out, ALGEB x) {
       out += x == state.trueValue ? "true" : "false";
       break;
     case Tag::string:
-      appendJsonString(out, text(x));
+      appendText(out, text(x));
       break;
     case Tag::list:
       if (!out.take(countOf(x))) {
@@ -273,6 +284,7 @@ std::string jsonText(State& state, ALGEB x) {
 std::string jsonError(State& state, std::string_view filled, std::string_view message,
                       std::span<const ALGEB> arguments) {
   constexpr std::size_t kMostElements = 10000;
+  constexpr std::size_t kMostCharacters = 1000000;
   Sink out;
   out += "{\"error\": ";
   appendJsonString(out, filled);
@@ -282,6 +294,7 @@ std::string jsonError(State& state, std::string_view filled, std::string_view me
   for (std::size_t i = 0; i < arguments.size(); ++i) {
     out += i > 0 ? ", " : "";
     out.room = kMostElements;
+    out.textRoom = kMostCharacters;
     out.open.clear();
     const std::size_t before = out.size();
     try {

@@ -74,6 +74,20 @@ ALGEB infoLevel(State& s, ALGEB args) {
   return s.null;
 }
 
+// exit(), exit(status)
+ALGEB leave(State& s, ALGEB args) {
+  std::int64_t status = 0;
+  if (!isNull(args)) {
+    if (argumentCount(args) != 1 || !isInteger(argument(s, args, 1)) ||
+        !fitsInt64(argument(s, args, 1), &status) || status < 0 || status > 255) {
+      raise(s, "exit expects a status from 0 to 255, or nothing, received: %1", args);
+    }
+    interpreter(s).exitStatus = static_cast<int>(status);
+  }
+  interpreter(s).quit = true;
+  return s.null;
+}
+
 }  // namespace
 
 void defineSystemFunctions(State& state) {
@@ -114,6 +128,7 @@ void defineSystemFunctions(State& state) {
     s.heap.collect();
     return s.null;
   });
+  defineFunction(state, "exit", leave);
   defineFunction(state, "quit", [](State& s, ALGEB) {
     interpreter(s).quit = true;
     return s.null;

@@ -129,6 +129,23 @@ struct Ending {
   }
 };
 
+// A loop, or a call of what prints.
+bool isForItsEffect(const Node& statement) {
+  switch (statement.kind) {
+    case NodeKind::forLoop:
+    case NodeKind::forIn:
+    case NodeKind::whileLoop:
+      return true;
+    case NodeKind::call: {
+      const Node& called = *statement.children[0];
+      return called.kind == NodeKind::global && nameValue(called.value) == nullptr &&
+             (text(called.value) == "print" || text(called.value) == "printf");
+    }
+    default:
+      return false;
+  }
+}
+
 }  // namespace
 
 bool Script::next(Outcome& outcome) {
@@ -163,6 +180,7 @@ bool Script::next(Outcome& outcome) {
     outcome.line = program->start.line;
     outcome.column = program->start.column;
     outcome.printed = program->printed;
+    outcome.effect = isForItsEffect(*program->top->body);
     outcome.value = Value(impl_->kernel, runProgram(state, program));
     program.reset();
     lookAtInterrupt();  // one that nothing in the statement has seen
@@ -202,6 +220,8 @@ bool isIncomplete(Kernel& kernel, std::string_view text) {
 void setStrict(Kernel& kernel, bool strict) { kernel.vector()->strict = strict; }
 
 bool quitRequested(Kernel& kernel) { return interpreter(*kernel.vector()).quit; }
+
+std::optional<int> exitStatus(Kernel& kernel) { return interpreter(*kernel.vector()).exitStatus; }
 
 std::string shortened(const Value& value) {
   TextOptions options;

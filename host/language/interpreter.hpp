@@ -2,6 +2,7 @@
 #pragma once
 
 #include <functional>
+#include <optional>
 
 #include "language/syntax.hpp"
 #include "values/kernel_state.hpp"
@@ -11,6 +12,7 @@ namespace vexel {
 class Interpreter final : public Language {
  public:
   bool quit = false;
+  std::optional<int> exitStatus{};  // that exit(n) gave
 
   // Prints the value of a statement that ends with ';' in a script that another one reads.
   std::function<void(ALGEB)> show;

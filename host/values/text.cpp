@@ -323,7 +323,7 @@ class Printer {
   }
 
   void printSum(ALGEB x) {
-    for (std::size_t i = 1; i < length(x); ++i) {
+    for (std::size_t i = 1; i < length(x) && !tooLong(); ++i) {
       ALGEB term = operand(x, i);
       if (i == 1) {
         print(term, kSum);
@@ -347,7 +347,7 @@ class Printer {
       out_ += '-';
       first = 2;
     }
-    for (std::size_t i = first; i < length(x); ++i) {
+    for (std::size_t i = first; i < length(x) && !tooLong(); ++i) {
       out_ += i > first ? "*" : "";
       // The coefficient in front needs no parentheses.
       print(operand(x, i), i == 1 && isReal(operand(x, 1)) ? kSum : kPower);

@@ -35,6 +35,7 @@ struct Outcome {
   int raisedLine = 0;
   int raisedColumn = 0;
   bool inProcedure = false;  // it was raised in a procedure that line and column call
+  bool effect = false;       // a loop, or a call of print or printf: what it is for is no value
 };
 
 // A text and a place in it.
@@ -63,8 +64,11 @@ bool isIncomplete(Kernel& kernel, std::string_view text);
 // Whether calling a name that is not defined is an error; at first such a call is its own value.
 void setStrict(Kernel& kernel, bool strict);
 
-// True once "quit" has been run.
+// True once "quit" or exit() has been run.
 bool quitRequested(Kernel& kernel);
+
+// The status that exit(n) gave; nothing where it has not been run, or without a status.
+std::optional<int> exitStatus(Kernel& kernel);
 
 // The printed form with long arrays, lists and texts shortened.
 std::string shortened(const Value& value);

@@ -242,6 +242,32 @@ TEST_F(CommandTest, ScriptsReadScriptsBesideThem) {
   EXPECT_THAT(run("--json " + main).out, HasSubstr("{\"expr\": \"1/3\"}\n{\"table\": [[\"a\", "));
 }
 
+TEST_F(CommandTest, WhatIsRunForItsEffectPrintsNoNull) {
+  const std::string script =
+      "'printf(\"a\\n\"); print(2); for i from 1 to 0 do i end; for i from 1 to 2 do i end; NULL;'";
+  EXPECT_EQ(run("-e " + script).out, "a\n2\n2\nNULL\n");
+  EXPECT_EQ(run("--json -e " + script).out, "a\nnull\n2\nnull\nnull\n2\nnull\n");
+}
+
+TEST_F(CommandTest, LongArgumentsOfErrorsAreShortened) {
+  EXPECT_THAT(
+      run("--json -e 's := \"0123456789\": for i from 1 to 17 do s := cat(s, s): end: "
+          "error(\"%1\", s);'")
+          .out,
+      AllOf(HasSubstr(R"("args": [{"string": "omitted", "count": 1310720}]})"), SizeIs(Lt(5000U))));
+  EXPECT_THAT(run("-e 'error(\"%1\", sum(x^i, i = 1 .. 3000));'").errors, SizeIs(Lt(2300U)));
+}
+
+TEST_F(CommandTest, ExitEndsTheRunWithItsStatus) {
+  const Outcome left = run("-e '1; exit(); 2;' -e '3;'");
+  EXPECT_EQ(left.out, "1\n");
+  EXPECT_EQ(left.status, 0);
+  EXPECT_EQ(run("-k -e 'error(\"no\"); exit();'").status, 1);
+  EXPECT_EQ(run("-k -e 'error(\"no\"); exit(3); 2;'").status, 3);
+  EXPECT_EQ(run("-e 'exit();' -i", "").status, 0);
+  EXPECT_THAT(run("-e 'exit(256);'").errors, HasSubstr("exit expects a status from 0 to 255"));
+}
+
 TEST_F(CommandTest, QuitEndsTheRunWithSuccess) {
   const Outcome quit = run("-e '1; quit; 2;' -e '3;'");
   EXPECT_EQ(quit.out, "1\n");
