@@ -177,6 +177,7 @@ class CsvTable : public Table {
   void endRow() {
     if (row_ == 0) {
       choose(path_, wanted_, headings_, headings_.size());
+      headingRows = 1;
     } else {
       pending_.values.push_back(value_);
       if (weights != npos) {

@@ -2,11 +2,13 @@
 
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <cmath>
 #include <filesystem>
 #include <optional>
+#include <sstream>
 #include <vexel/interruption.hpp>
 
 #include "stream/bar.hpp"
@@ -59,6 +61,7 @@ class Run {
     if (request_.state.empty()) {
       return;
     }
+    requireStateFile(request.state);
     task_ = taskOf(job, request);
     if (const auto found = loadProgress(request.state, task_)) {
       try {
@@ -109,7 +112,7 @@ class Run {
       if (toSkip_ > 0) {
         --toSkip_;
       } else {
-        take(path, row);
+        take(*table, path, row);
         pieceTaken();
       }
       row += piece_.values.size();
@@ -119,8 +122,10 @@ class Run {
     }
   }
 
-  void take(const std::string& path, std::size_t row) {
+  // row: the rows of the file before the piece.
+  void take(const Table& table, const std::string& path, std::size_t row) {
     const bool weighted = isWeighted();
+    requireWeights(table, path, row);
     try {
       job_.update(piece_.values, weighted ? vexel::Data(piece_.weights) : vexel::Data());
     } catch (const std::invalid_argument& e) {
@@ -130,6 +135,20 @@ class Run {
     for (std::size_t i = 0; weighted && !zeroWeights_ && i < piece_.values.size(); ++i) {
       zeroWeights_ = piece_.weights[i] == 0 && !std::isnan(piece_.values[i]);
     }
+  }
+
+  void requireWeights(const Table& table, const std::string& path, std::size_t row) const {
+    const auto& w = piece_.weights;
+    const auto bad =
+        std::find_if(w.begin(), w.end(), [](double v) { return v < 0 || std::isinf(v); });
+    if (!isWeighted() || bad == w.end()) {
+      return;
+    }
+    row += table.headingRows + static_cast<std::size_t>(bad - w.begin()) + 1;
+    std::ostringstream text;
+    text << path << ", row " << row << ", column " << table.weights + 1
+         << ": weights must be finite and not negative, " << *bad << " came";
+    throw std::invalid_argument(text.str());
   }
 
   bool isWeighted() const { return !request_.columns.weights.empty(); }

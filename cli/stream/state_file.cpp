@@ -55,6 +55,19 @@ void saveProgress(const std::string& path, const std::string& task, const Progre
   }
 }
 
+void requireStateFile(const std::string& path) {
+  std::error_code none;
+  if (std::filesystem::is_directory(path, none)) {
+    throw Unreadable("--state: " + path + " is a folder, a file is expected");
+  }
+  const std::string fresh = path + ".new";
+  const bool writable = std::ofstream(fresh, std::ios::binary | std::ios::app).is_open();
+  if (!writable) {
+    throw Unreadable("--state: cannot write to " + path);
+  }
+  std::remove(fresh.c_str());
+}
+
 std::optional<Progress> loadProgress(const std::string& path, const std::string& task) {
   if (!std::filesystem::exists(path)) {
     return std::nullopt;

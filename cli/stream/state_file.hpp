@@ -27,6 +27,8 @@ struct Progress {
 
 // Replaces the file at once: a crash leaves the old one or the new one.
 void saveProgress(const std::string& path, const std::string& task, const Progress& progress);
+// Complains, at once and not after hours, of a path where no state can be written.
+void requireStateFile(const std::string& path);
 // Nothing where there is no such file; std::invalid_argument where it is damaged or of other work.
 std::optional<Progress> loadProgress(const std::string& path, const std::string& task);
 

@@ -38,6 +38,7 @@ class Table {
   static constexpr std::size_t npos = static_cast<std::size_t>(-1);
   std::size_t column = 0;
   std::size_t weights = npos;
+  std::size_t headingRows = 0;  // rows of the file before those of the data
 
  protected:
   // Finds both columns by their headings; no headings: by number alone.

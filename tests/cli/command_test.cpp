@@ -125,7 +125,12 @@ TEST_F(CommandTest, LargeFilesThatAreNotAsTheyShouldBe) {
        "row 3, column 2: more cells than there are headings"},
       {"tally " + file("g.csv", "x\n\"1\n"), 1, "never closes"},
       {"tally -c 1 -w 2 " + file("h.csv", "x,y\n1,-1\n"), 1,
-       "from row 1 of the data: weights: expected"},
+       "h.csv, row 2, column 2: weights must be finite and not negative, -1 came"},
+      {"describe -c 1 -w 2 --rows 1 " + file("j.csv", "x,y\n1,1\n2,inf\n"), 1,
+       "j.csv, row 3, column 2: weights must be"},
+      {"describe -c 1 --state /tmp " + csv, 2, "--state: /tmp is a folder"},
+      {"describe -c 1 --state /no/such/folder/s " + csv, 2,
+       "--state: cannot write to /no/such/folder/s"},
       {"describe -c 1 -w 2 " + file("i.csv", "x,y\n1,0\n"), 1, "total must be positive"},
       {"quantile -q 2 -c 1 " + csv, 1, "probabilities from 0 to 1"},
   };
