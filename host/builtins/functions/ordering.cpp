@@ -354,10 +354,12 @@ ALGEB tTest(Call& call) {
 }
 
 constexpr FunctionRow kRows[] = {
-    {"sort", "x; missing = propagate", "x ascending, missing values last; exact numbers exactly",
+    {"sort", "x; missing = propagate",
+     "x ascending, missing values last; exact numbers exactly, texts by code point, dates by day",
      "sort([3, 1/2, 2]);", sort},
-    {"argsort", "x; missing = propagate", "the positions, from 1, that sort x; stable",
-     "argsort([30, 10, 20]);", argsort},
+    {"argsort", "x; missing = propagate",
+     "the positions, from 1, that sort x, texts and dates too; stable", "argsort([30, 10, 20]);",
+     argsort},
     {"rank", "x; method = average, missing = propagate",
      "ranks from 1: average, min, max, dense or ordinal",
      "rank([3, 1, 3]), rank([3, 1, 3], method = min);", rank},
