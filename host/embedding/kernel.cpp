@@ -9,6 +9,7 @@
 #include "builtins/builtins.hpp"
 #include "embedding/exported_symbols.hpp"
 #include "embedding/kernel_impl.hpp"
+#include "language/interpreter.hpp"
 #include "values/arrays.hpp"
 #include "values/numbers.hpp"
 #include "values/objects.hpp"
@@ -303,8 +304,10 @@ Value Kernel::function(std::string_view functionName, std::function<double(doubl
 // ---- running
 
 Value Kernel::eval(std::string_view text) {
-  return impl_->run(
-      [&] { return Value(*this, impl_->state.language->runStatements(impl_->state, text)); });
+  return impl_->run([&] {
+    interpreter(impl_->state).quit = false;  // quit and exit() end a text, not the kernel
+    return Value(*this, impl_->state.language->runStatements(impl_->state, text));
+  });
 }
 
 void Kernel::loadLibrary(const std::string& path) {

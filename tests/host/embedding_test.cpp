@@ -79,6 +79,13 @@ TEST_F(EmbeddingTest, WrapsMemoryAsItIs) {
 }
 
 // Wherever the program stands: outside of the kernel's calls, or in a function that it calls.
+TEST_F(EmbeddingTest, TextsThatLeaveEndThemselvesOnly) {
+  for (const char* text : {"1: exit(3): 2", "quit: 2"}) {
+    kernel.eval(text);
+    EXPECT_EQ(kernel.eval("1 + 1").number(), 2) << text;
+  }
+}
+
 TEST_F(EmbeddingTest, AnErrorOfTheCInterfaceIsAnError) {
   const VKernelVector kv = kernel.vector();
   const vexel::Value text = kernel.string("text");
