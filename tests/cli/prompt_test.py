@@ -93,8 +93,10 @@ with tempfile.TemporaryDirectory() as state:
     first.interrupt("STATS_VexelBootstrapStatistic_HW(Array([1.0, 2.0], datatype = float[8]), "
                     "Array(1..0, datatype = float[8]), x -> x[1], 2, 2000000000);")
     first.interrupt("sum(1/i, i = 1 .. 100000000);")
+    time.sleep(0.5)  # until the editor listens: at a terminal that does not, Ctrl-C drops what is on its way
     first.send("never run")
     first.expect("never run")
+    time.sleep(0.3)
     first.send("\x03")
     first.expect("> ")
     first.send("printf(\"%d\", 5): for i from 1 to 2 do i end; printf(\"%s\", \"x\"); count(none);\n")
