@@ -115,9 +115,12 @@ ALGEB end(Call& call, bool first) {
     return takeRows(state, tableOf(call, "t"), places);
   }
   const std::int64_t lower = isArray(x) ? arrayOf(x).lower(0) : 1;
+  if (from >= to && isArray(x)) {
+    return takeElements(state, x, {});
+  }
   const ALGEB range[] = {newPair(state, Tag::range, newInteger(state, lower + from),
-                                 newInteger(state, lower + to - 1))};
-  return from < to || isList(x) ? indexed(state, x, range) : takeElements(state, x, {});
+                                 newInteger(state, lower + (to - 1)))};
+  return indexed(state, x, range);
 }
 
 ALGEB head(Call& call) { return end(call, true); }
