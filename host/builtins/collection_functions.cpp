@@ -145,22 +145,12 @@ ALGEB unique(State& s, ALGEB args) {
 ALGEB shapedLike(State& s, ALGEB shape, std::span<const ALGEB> elements) {
   const ALGEB result = arrayLike(s, shape, RTABLE_DAG);
   const ArrayObject& array = arrayOf(result);
-  std::vector<V_INT> index;
-  for (int d = 0; d < array.dimensions; ++d) {
-    index.push_back(array.lower(d));
-  }
+  std::vector<V_INT> index = firstIndex(array);
   for (const ALGEB e : elements) {
     RTableData data{};
     data.dag = e;
     setElementAt(result, position(s, result, index.data()), data);
-    for (int d = array.dimensions - 1; d >= 0; --d) {
-      V_INT& at = index[static_cast<std::size_t>(d)];
-      if (at < array.upper(d)) {
-        ++at;
-        break;
-      }
-      at = array.lower(d);
-    }
+    advance(array, index);
   }
   return result;
 }

@@ -15,22 +15,12 @@ void elementsOf(State& s, ALGEB x, Handles& out) {
     if (array.count == 0 || array.dimensions == 0) {
       return;
     }
-    std::vector<V_INT> index;
-    for (int d = 0; d < array.dimensions; ++d) {
-      index.push_back(array.lower(d));
-    }
+    std::vector<V_INT> index = firstIndex(array);
     for (std::int64_t i = 0; i < array.count; ++i) {
       lookAtInterrupt();
       const ALGEB e = arraySelect(s, x, index);
       out.push(e == nullptr ? s.null : e);
-      for (int d = array.dimensions - 1; d >= 0; --d) {
-        V_INT& at = index[static_cast<std::size_t>(d)];
-        if (at < array.upper(d)) {
-          ++at;
-          break;
-        }
-        at = array.lower(d);
-      }
+      advance(array, index);
     }
     return;
   }

@@ -271,6 +271,25 @@ ALGEB copyArray(State& state, const RTableSettings& settings, ALGEB x) {
   return copy;
 }
 
+std::vector<V_INT> firstIndex(const ArrayObject& array) {
+  std::vector<V_INT> index;
+  for (int d = 0; d < array.dimensions; ++d) {
+    index.push_back(array.lower(d));
+  }
+  return index;
+}
+
+void advance(const ArrayObject& array, std::vector<V_INT>& index) {
+  for (int d = array.dimensions - 1; d >= 0; --d) {
+    V_INT& at = index[static_cast<std::size_t>(d)];
+    if (at < array.upper(d)) {
+      ++at;
+      return;
+    }
+    at = array.lower(d);
+  }
+}
+
 std::int64_t position(State& state, ALGEB x, const V_INT* index) {
   const ArrayObject& a = arrayOf(x);
   const int n = a.dimensions;

@@ -5,6 +5,7 @@
 #include <memory>
 #include <span>
 #include <string_view>
+#include <vector>
 
 #include "memory/layout.hpp"
 #include "values/kernel_state.hpp"
@@ -24,6 +25,9 @@ RTableSettings settingsOf(ALGEB array);
 
 // Where index lies in an array's own order; raises out of bounds.
 std::int64_t position(State& state, ALGEB array, const V_INT* index);
+// The first index, and the one after another, row by row; after the last comes the first.
+std::vector<V_INT> firstIndex(const ArrayObject& array);
+void advance(const ArrayObject& array, std::vector<V_INT>& index);
 RTableData elementAt(ALGEB array, std::int64_t position);
 void setElementAt(ALGEB array, std::int64_t position, RTableData value);
 

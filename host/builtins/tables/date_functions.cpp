@@ -86,15 +86,11 @@ ALGEB ofEach(Call& call, ALGEB x, F f) {
   if (!isContainer(x)) {
     return f(x);
   }
-  if (isArray(x) && arrayOf(x).dimensions != 1) {
-    raise(state, "expected a list or an array of one dimension, received: %1", x);
-  }
   Handles results(state);
-  const auto n = isArray(x) ? arrayOf(x).count : static_cast<std::int64_t>(countOf(x));
+  const std::int64_t n = sizeOfVector(state, x);
   for (std::int64_t i = 0; i < n; ++i) {
     lookAtInterrupt();
-    const ALGEB e =
-        isArray(x) ? cellOf(state, x, i) : element(state, x, static_cast<std::size_t>(i) + 1);
+    const ALGEB e = elementOfVector(state, x, i);
     results.push(isMissing(state, e) ? state.null : f(e));
   }
   const ALGEB list = newList(state, results.span());
@@ -108,7 +104,7 @@ struct CalendarParts {
       if (!isContainer(part)) {
         continue;
       }
-      const auto n = isArray(part) ? arrayOf(part).count : static_cast<std::int64_t>(countOf(part));
+      const std::int64_t n = sizeOfVector(call.state(), part);
       if (like != nullptr && n != count) {
         call.refuse("month", "as many as there are years and days");
       }
@@ -119,9 +115,7 @@ struct CalendarParts {
 
   ALGEB part(std::size_t k, std::int64_t i) const {
     const ALGEB x = parts[k];
-    return isArray(x)  ? cellOf(call.state(), x, i)
-           : isList(x) ? element(call.state(), x, static_cast<std::size_t>(i) + 1)
-                       : x;
+    return isContainer(x) ? elementOfVector(call.state(), x, i) : x;
   }
 
   ALGEB dateAt(std::int64_t i) const {

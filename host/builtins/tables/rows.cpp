@@ -204,6 +204,20 @@ constexpr FunctionRow kRows[] = {
 
 }  // namespace
 
+std::int64_t sizeOfVector(State& state, ALGEB x) {
+  if (!isArray(x)) {
+    return static_cast<std::int64_t>(countOf(x));
+  }
+  if (arrayOf(x).dimensions != 1) {
+    raise(state, "expected a list or an array of one dimension, received: %1", x);
+  }
+  return arrayOf(x).count;
+}
+
+ALGEB elementOfVector(State& state, ALGEB x, std::int64_t i) {
+  return isArray(x) ? cellOf(state, x, i) : element(state, x, static_cast<std::size_t>(i) + 1);
+}
+
 ALGEB tableOf(Call& call, const char* parameter) {
   State& state = call.state();
   const ALGEB x = call.value(parameter);

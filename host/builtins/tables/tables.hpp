@@ -11,6 +11,11 @@ ALGEB tableOf(Call& call, const char* parameter);
 // The names in a list of columns, or the one; none where the parameter is not given.
 std::vector<ALGEB> headingsIn(Call& call, const char* parameter);
 
+// How many elements a list or an array of one dimension has; raises for other arrays.
+std::int64_t sizeOfVector(State& state, ALGEB x);
+// Its element i, from 0.
+ALGEB elementOfVector(State& state, ALGEB x, std::int64_t i);
+
 // filter(table, row -> ...), filter(table, mask), filter(list, x -> ...).
 ALGEB filterRows(Call& call);
 // Distinct texts, dates and the like, and how often each occurs; null where x is not of these.

@@ -55,14 +55,10 @@ ALGEB ofTexts(Call& call, const char* parameter, const OnText& f) {
   if (!isContainer(x)) {
     return one(x);
   }
-  if (isArray(x) && arrayOf(x).dimensions != 1) {
-    call.refuse(parameter, "a text, or a list or an array of texts");
-  }
   Handles results(state);
-  const auto n = isArray(x) ? arrayOf(x).count : static_cast<std::int64_t>(countOf(x));
+  const std::int64_t n = sizeOfVector(state, x);
   for (std::int64_t i = 0; i < n; ++i) {
-    const ALGEB e =
-        isArray(x) ? cellOf(state, x, i) : element(state, x, static_cast<std::size_t>(i) + 1);
+    const ALGEB e = elementOfVector(state, x, i);
     results.push(isMissing(state, e) ? state.null : one(e));
   }
   const ALGEB list = newList(state, results.span());
@@ -270,11 +266,10 @@ ALGEB number(Call& call) {
     return x;
   }
   Handles results(state);
-  const auto n = isArray(x) ? arrayOf(x).count : static_cast<std::int64_t>(countOf(x));
+  const std::int64_t n = sizeOfVector(state, x);
   for (std::int64_t i = 0; i < n; ++i) {
     lookAtInterrupt();
-    const ALGEB e =
-        isArray(x) ? cellOf(state, x, i) : element(state, x, static_cast<std::size_t>(i) + 1);
+    const ALGEB e = elementOfVector(state, x, i);
     results.push(isNull(e)            ? state.undefined
                  : isReal(e)          ? e
                  : isDate(e)          ? newInteger(state, daysOf(e))
