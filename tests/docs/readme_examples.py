@@ -38,10 +38,8 @@ def run_python(source):
 
 
 def run_prompt(source):
-    statements = re.findall(r"^> (.*)\n((?:(?!> |\$ ).*\n)*)", source, flags=re.M)
-    for statement, printed in statements:
-        if statement.startswith("?"):
-            statements.remove((statement, printed))
+    statements = [s for s in re.findall(r"^> (.*)\n((?:(?!> |\$ ).*\n)*)", source, flags=re.M) if not s[0].startswith("?")]
+    assert statements, "no statement found"
     script = "".join(f'{s}\nprintf("--\\n"):\n' for s, _ in statements)
     out = subprocess.run([command, "-"], input=script, capture_output=True, text=True, cwd=ROOT, check=True, timeout=60).stdout
     got = out.split("--\n")
