@@ -4,9 +4,11 @@
 // is 0: 106 bits hold the weights of ordinary tables.  What it does lose is kept in a list of
 // non-overlapping doubles (J. R. Shewchuk, Adaptive precision floating-point arithmetic and fast
 // robust geometric predicates, 1997), so that a total has one rounding and does not depend on the
-// order of its summands or of merging.
+// order of its summands or of merging.  Cells come in blocks, and a block is there from its first
+// addition on: of many cells with few that are used, only those cost memory and time.
 #pragma once
 
+#include <algorithm>
 #include <cmath>
 #include <cstddef>
 #include <limits>
@@ -64,16 +66,19 @@ inline double roundedExpansion(std::span<const double> parts) {
 class ExactTotals {
  public:
   ExactTotals() = default;
-  explicit ExactTotals(std::size_t cells) : cells_(cells) {}
+  explicit ExactTotals(std::size_t cells) { resize(cells); }
 
-  std::size_t size() const { return cells_.size(); }
-  void resize(std::size_t cells) { cells_.resize(cells); }
+  std::size_t size() const { return size_; }
+  void resize(std::size_t cells) {
+    size_ = cells;
+    blocks_.resize((cells + kBlock - 1) / kBlock);
+  }
 
-  bool isZero(std::size_t i) const { return cells_[i].high == 0; }
+  bool isZero(std::size_t i) const { return cell(i).high == 0; }
 
   // Adds a finite number; none of the totals so far may have been negative.
   void add(std::size_t i, double x) {
-    Cell& cell = cells_[i];
+    Cell& cell = reached(i);
     const auto [high, error] = twoSum(cell.high, x);
     const auto [low, lost] = twoSum(cell.low, error);
     if (lost == 0) [[likely]] {
@@ -84,26 +89,38 @@ class ExactTotals {
   }
 
   void merge(std::size_t i, const ExactTotals& other, std::size_t j) {
+    if (other.isOne(j)) {
+      add(i, other.cell(j).high);
+      return;
+    }
     for (const double part : other.parts(j)) {
       add(i, part);
     }
   }
 
+  // Cell by cell, of as many.
+  void merge(const ExactTotals& other) {
+    other.forEach(0, other.size(), [&](std::size_t i) {
+      merge(i, other, i);
+      return true;
+    });
+  }
+
   void assign(std::size_t i, const ExactTotals& other, std::size_t j) {
     lost_.erase(i);
-    cells_[i] = {};
+    reached(i) = {};
     merge(i, other, j);
   }
 
   double total(std::size_t i) const {
-    return std::isinf(cells_[i].high) ? cells_[i].high : roundedExpansion(expansion(i));
+    return isOne(i) ? cell(i).high : roundedExpansion(expansion(i));
   }
 
   // The total as doubles, each the rounded rest of the ones before it: the same for every way in
   // which the summands came.  None for 0.
   std::vector<double> parts(std::size_t i) const {
-    if (std::isinf(cells_[i].high)) {
-      return {cells_[i].high};
+    if (std::isinf(cell(i).high)) {
+      return {cell(i).high};
     }
     std::vector<double> rest = expansion(i);
     std::vector<double> parts;
@@ -114,33 +131,70 @@ class ExactTotals {
     return parts;
   }
 
+  // Whether the total is one double, which total gives: counts are, and infinite totals.
+  bool isOne(std::size_t i) const {
+    const Cell& c = cell(i);
+    return std::isinf(c.high) || (c.low == 0 && (lost_.empty() || !lost_.contains(i)));
+  }
+
+  // visit(i) for the cells from begin to before end that are not 0, until one says false.
+  template <typename Visit>
+  void forEach(std::size_t begin, std::size_t end, Visit visit) const {
+    for (std::size_t first = begin; first < end; first = (first / kBlock + 1) * kBlock) {
+      const std::vector<Cell>& block = blocks_[first / kBlock];
+      const std::size_t offset = first / kBlock * kBlock;
+      const std::size_t last = std::min(end, offset + block.size());
+      for (std::size_t i = first; i < last; ++i) {
+        if (block[i - offset].high != 0 && !visit(i)) {
+          return;
+        }
+      }
+    }
+  }
+
  private:
+  static constexpr std::size_t kBlock = 256;
+
   struct Cell {
     double high = 0;
     double low = 0;
   };
+
+  const Cell& cell(std::size_t i) const {
+    static constexpr Cell zero;
+    const std::vector<Cell>& block = blocks_[i / kBlock];
+    return i % kBlock < block.size() ? block[i % kBlock] : zero;
+  }
+  Cell& reached(std::size_t i) {
+    std::vector<Cell>& block = blocks_[i / kBlock];
+    if (i % kBlock >= block.size()) [[unlikely]] {
+      block.resize(std::min(kBlock, size_ - i / kBlock * kBlock));
+    }
+    return block[i % kBlock];
+  }
 
   std::vector<double> expansion(std::size_t i) const {
     std::vector<double> parts;
     if (const auto found = lost_.find(i); found != lost_.end()) {
       parts = found->second;
     }
-    growExpansion(parts, cells_[i].low);
-    growExpansion(parts, cells_[i].high);
+    growExpansion(parts, cell(i).low);
+    growExpansion(parts, cell(i).high);
     return parts;
   }
 
   // Totals beyond the largest double are infinite: what comes is not negative.
   void addLost(std::size_t i, double high, double low, double lost) {
     if (std::isinf(high)) {
-      cells_[i] = {std::numeric_limits<double>::infinity(), 0};
+      reached(i) = {std::numeric_limits<double>::infinity(), 0};
       return;
     }
-    cells_[i] = {high, low};
+    reached(i) = {high, low};
     growExpansion(lost_[i], lost);
   }
 
-  std::vector<Cell> cells_;
+  std::vector<std::vector<Cell>> blocks_;
+  std::size_t size_ = 0;
   std::unordered_map<std::size_t, std::vector<double>> lost_;
 };
 

@@ -71,9 +71,7 @@ DensityGrid& DensityGrid::merge(const DensityGrid& other) {
     throw std::invalid_argument("DensityGrid::merge: the grids differ");
   }
   const Cells theirs = *other.cells_;
-  for (std::size_t i = 0; i < theirs.shares.size(); ++i) {
-    cells_->shares.merge(i, theirs.shares, i);
-  }
+  cells_->shares.merge(theirs.shares);
   cells_->weight.merge(0, theirs.weight, 0);
   cells_->missing += theirs.missing;
   return *this;

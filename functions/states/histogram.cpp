@@ -61,9 +61,7 @@ Histogram& Histogram::merge(const Histogram& other) {
     throw std::invalid_argument("Histogram::merge: the edges differ");
   }
   const Cells theirs = *other.cells_;
-  for (std::size_t b = 0; b < theirs.totals.size(); ++b) {
-    cells_->totals.merge(b, theirs.totals, b);
-  }
+  cells_->totals.merge(theirs.totals);
   cells_->missing += theirs.missing;
   return *this;
 }

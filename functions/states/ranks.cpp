@@ -1,7 +1,9 @@
-// Ranks: order statistics found 16 bits of their ordered keys at a time.
+// Ranks: order statistics found some bits of their ordered keys at a time.  The first pass takes
+// the most, so that few of the data are left to count in the second one.
 #include "vexel/states/ranks.hpp"
 
 #include <algorithm>
+#include <bitset>
 #include <limits>
 
 #include "functions/quantiles.hpp"
@@ -13,10 +15,20 @@ namespace vexel {
 namespace {
 
 constexpr int kPasses = 4;
-constexpr int kBits = 16;
-constexpr std::size_t kCells = std::size_t{1} << kBits;
+constexpr int kKnown[kPasses + 2] = {0, 0, 20, 35, 50, 64};  // bits before each pass, and after all
+constexpr std::uint32_t kVersion = 3;                        // 2 took 16 bits in every pass
 constexpr std::size_t kMostQuantiles = 250;
+constexpr std::size_t nowhere = static_cast<std::size_t>(-1);
 constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
+
+constexpr std::size_t cellsOfPass(int pass) {
+  return std::size_t{1} << (kKnown[pass + 1] - kKnown[pass]);
+}
+
+constexpr std::size_t kHashes = std::size_t{1} << 16;
+constexpr std::size_t hash(std::uint64_t prefix) {
+  return static_cast<std::size_t>(prefix * 0x9E3779B97F4A7C15 >> 48);  // 2^64 over the golden ratio
+}
 
 }  // namespace
 
@@ -34,7 +46,9 @@ struct Ranks::Search {
   kernels::ExactTotals before;
   // The weights by the next bits, for each of the distinct bits so far.
   std::vector<std::uint64_t> prefixes{0};
-  kernels::ExactTotals counts{kCells};
+  // Of the prefixes' hashes: most numbers are nobody's, and need no search.
+  std::bitset<kHashes> lookedFor;
+  kernels::ExactTotals counts{cellsOfPass(1)};
 
   Search(Data probabilities, QuantileMethod definition, Missing missingPolicy)
       : policy(missingPolicy), method(definition), q(probabilities.size()) {
@@ -51,25 +65,59 @@ struct Ranks::Search {
 
   bool over() const { return pass > kPasses; }
 
-  // Where counts has the cells of a prefix; npos where nobody looks for it.
-  static constexpr std::size_t nowhere = static_cast<std::size_t>(-1);
+  // Where counts has the cells of a prefix; nowhere if nobody looks for it.
   std::size_t cellsOf(std::uint64_t prefix) const {
     const auto at = std::lower_bound(prefixes.begin(), prefixes.end(), prefix);
     return at == prefixes.end() || *at != prefix
                ? nowhere
-               : static_cast<std::size_t>(at - prefixes.begin()) * kCells;
+               : static_cast<std::size_t>(at - prefixes.begin()) * cellsOfPass(pass);
+  }
+
+  // The cell of a number in this pass, or nowhere.
+  std::size_t cellOf(double x) const {
+    const std::uint64_t key = nag2::ascendingKey(x);
+    const auto bits =
+        static_cast<std::size_t>(key >> (64 - kKnown[pass + 1])) & (cellsOfPass(pass) - 1);
+    if (pass == 1) {
+      return bits;
+    }
+    const std::uint64_t prefix = key >> (64 - kKnown[pass]);
+    if (!lookedFor[hash(prefix)]) {
+      return nowhere;
+    }
+    const std::size_t cells = cellsOf(prefix);
+    return cells == nowhere ? nowhere : cells + bits;
   }
 
   void take(double x, double w) {
-    const std::uint64_t key = nag2::ascendingKey(x);
-    const int left = 64 - kBits * pass;  // bits below those of this pass
-    const std::size_t cells = cellsOf(pass == 1 ? 0 : key >> (left + kBits));
-    if (cells != nowhere) {
-      counts.add(cells + static_cast<std::size_t>(key >> left & (kCells - 1)), w);
+    if (const std::size_t cell = cellOf(x); cell != nowhere) {
+      counts.add(cell, w);
     }
     if (pass == 1) {
       weight.add(0, w);
     }
+  }
+
+  // Of weight 1 each; how many are missing.
+  std::int64_t take(std::span<const double> x) {
+    const auto absent = std::count_if(x.begin(), x.end(), isMissing<double>);
+    if (policy == Missing::raise && absent > 0) {
+      throwMissing("update");
+    }
+    kernels::inStretches(x.size(), [&](std::size_t begin, std::size_t end) {
+      for (std::size_t i = begin; i < end; ++i) {
+        if (isMissing(x[i])) {
+          continue;
+        }
+        if (const std::size_t cell = cellOf(x[i]); cell != nowhere) {
+          counts.add(cell, 1);
+        }
+      }
+    });
+    if (pass == 1) {
+      weight.add(0, static_cast<double>(x.size()) - static_cast<double>(absent));
+    }
+    return absent;
   }
 
   // The targets of all quantiles, low and high in turn.
@@ -87,7 +135,11 @@ struct Ranks::Search {
     prefixes = found;
     std::sort(prefixes.begin(), prefixes.end());
     prefixes.erase(std::unique(prefixes.begin(), prefixes.end()), prefixes.end());
-    counts = kernels::ExactTotals(over() ? 0 : prefixes.size() * kCells);
+    lookedFor.reset();
+    for (const std::uint64_t prefix : prefixes) {
+      lookedFor.set(hash(prefix));
+    }
+    counts = kernels::ExactTotals(over() ? 0 : prefixes.size() * cellsOfPass(pass));
   }
 
   void step() {
@@ -115,23 +167,18 @@ struct Ranks::Search {
     const std::size_t cells = cellsOf(found[i]);
     kernels::ExactTotals sum(1);
     sum.merge(0, before, i);
-    std::size_t last = kCells;
-    for (std::size_t b = 0; b < kCells; ++b) {
-      if (counts.isZero(cells + b)) {
-        continue;
-      }
+    std::size_t last = nowhere;
+    counts.forEach(cells, cells + cellsOfPass(pass), [&](std::size_t cell) {
       before.assign(i, sum, 0);
-      sum.merge(0, counts, cells + b);
-      last = b;
+      sum.merge(0, counts, cell);
+      last = cell - cells;
       const double reached = sum.total(0);
-      if (target.beyond ? reached > target.weight : reached >= target.weight) {
-        break;
-      }
-    }
-    if (last == kCells) {
+      return !(target.beyond ? reached > target.weight : reached >= target.weight);
+    });
+    if (last == nowhere) {
       throw std::logic_error("Ranks: a pass did not have the data of the first one");
     }
-    found[i] = found[i] << kBits | last;
+    found[i] = found[i] << (kKnown[pass + 1] - kKnown[pass]) | last;
   }
 };
 
@@ -149,7 +196,9 @@ Ranks& Ranks::update(Data x, Data weights) {
   }
   changeAll(search_, [&](Search& s) {
     const std::int64_t missing =
-        takePairs(x, weights, s.policy, [&](double value, double w) { s.take(value, w); });
+        weights.given()
+            ? takePairs(x, weights, s.policy, [&](double value, double w) { s.take(value, w); })
+            : s.take(Doubles(x).span());
     s.missing += s.pass == 1 ? missing : 0;
     s.fed |= x.size() > 0;
   });
@@ -164,11 +213,7 @@ Ranks& Ranks::merge(const Ranks& other) {
       !std::equal(s.q.begin(), s.q.end(), theirs.q.begin(), theirs.q.end(), same)) {
     throw std::invalid_argument("Ranks::merge: other quantiles, or another pass");
   }
-  for (std::size_t i = 0; i < theirs.counts.size(); ++i) {
-    if (!theirs.counts.isZero(i)) {
-      s.counts.merge(i, theirs.counts, i);
-    }
-  }
+  s.counts.merge(theirs.counts);
   if (s.pass == 1) {
     s.weight.merge(0, theirs.weight, 0);
     s.missing += theirs.missing;
@@ -211,7 +256,7 @@ std::int64_t Ranks::missing() const { return search_->missing; }
 
 std::vector<std::uint8_t> Ranks::to_bytes() const {
   const Search& s = *search_;
-  ByteWriter out("rank", totalsVersion);
+  ByteWriter out("rank", kVersion);
   out.put(static_cast<std::uint8_t>(s.policy)).put(static_cast<std::uint8_t>(s.method)).put(s.q);
   out.put(s.missing).put(static_cast<std::uint8_t>(s.pass)).put(static_cast<std::uint8_t>(s.fed));
   putTotals(out, s.weight);
@@ -222,7 +267,8 @@ std::vector<std::uint8_t> Ranks::to_bytes() const {
 }
 
 Ranks Ranks::from_bytes(std::span<const std::uint8_t> bytes) {
-  ByteReader in(bytes, "rank", totalsVersion, "Ranks");
+  ByteReader in(bytes, "rank", kVersion, "Ranks");
+  in.check(in.version() == kVersion, "an older version's passes took other bits");
   const Missing policy = getMissing(in);
   const auto method = in.get<std::uint8_t>();
   in.check(method <= static_cast<std::uint8_t>(QuantileMethod::normal_unbiased),
@@ -245,7 +291,7 @@ Ranks Ranks::from_bytes(std::span<const std::uint8_t> bytes) {
            "the order statistics are not two each");
   in.check(!(pass > 1 && pass <= kPasses && s.weight.isZero(0)), "a search without data goes on");
   for (const std::uint64_t bits : s.found) {
-    in.check(s.over() || bits >> (kBits * (pass - 1)) == 0, "there are more bits than passes");
+    in.check(s.over() || bits >> kKnown[pass] == 0, "there are more bits than passes");
   }
   s.before = getTotals(in, s.found.size());
   if (pass > 1) {

@@ -61,22 +61,21 @@ inline constexpr std::uint32_t totalsVersion = 2;  // of every state that holds 
 inline void putTotals(ByteWriter& out, const kernels::ExactTotals& totals) {
   Bytes content;
   std::size_t next = 0;
-  for (std::size_t i = 0; i < totals.size(); ++i) {
-    if (totals.isZero(i)) {
-      continue;
-    }
-    const std::vector<double> parts = totals.parts(i);
+  totals.forEach(0, totals.size(), [&](std::size_t i) {
     putShort(content, i - next);
     next = i + 1;
-    if (parts.size() == 1 && parts[0] < 0x1p53 && parts[0] == std::floor(parts[0])) {
-      putShort(content, 2 * static_cast<std::uint64_t>(parts[0]));
-      continue;
+    const double total = totals.total(i);
+    if (totals.isOne(i) && total < 0x1p53 && total == std::floor(total)) {
+      putShort(content, 2 * static_cast<std::uint64_t>(total));
+      return true;
     }
+    const std::vector<double> parts = totals.parts(i);
     putShort(content, 2 * parts.size() + 1);
     for (const double part : parts) {
       bytes::append(content, part);
     }
-  }
+    return true;
+  });
   out.put(static_cast<std::uint64_t>(totals.size())).put(content);
 }
 

@@ -241,7 +241,7 @@ class MomentJob(Job):
 
 
 class QuantileJob(Job):
-    """Exact quantiles: every pass settles 16 bits of each."""
+    """Exact quantiles: every pass settles some bits of each."""
 
     passes = 4
 
