@@ -29,7 +29,11 @@ def _drawn(distribution: Any, seed: int, start: int, size: int) -> Any:
     while at < size:
         block, skip = divmod(start + at, block_size)
         n = min(block_size - skip, size - at)
-        out[at:at + n] = distribution.sample(block_size, Random(seed, block=block))[skip:skip + n]
+        rng = Random(seed, block=block)
+        if n == block_size:
+            distribution.sample(rng=rng, out=out[at:at + n])
+        else:
+            out[at:at + n] = distribution.sample(block_size, rng)[skip:skip + n]
         at += n
     return out
 
