@@ -8,6 +8,7 @@
 #include <numeric>
 
 #include "functions/elements.hpp"
+#include "kernels/double_double.hpp"
 #include "kernels/running_sum.hpp"
 #include "kernels/watch.hpp"
 #include "vexel/series.hpp"
@@ -44,9 +45,14 @@ std::vector<double> deviations(Data x, Missing missing, bool& broken) {
     v = std::ldexp(v, -exponent);
     sum.add(isMissing(v) ? 0 : v);
   }
-  const double mean = sum.value() / static_cast<double>(present);
+  // The mean in two parts: its rounding may be large against the deviations.
+  const auto count = static_cast<double>(present);
+  const double mean = sum.value() / count;
+  sum.addProduct(-mean, count);
+  const double rest = sum.value() / count;
   for (double& v : d) {
-    v = isMissing(v) ? 0 : v - mean;
+    const auto deviation = kernels::DoubleDouble::sumOf(v, -mean);
+    v = isMissing(v) ? 0 : deviation.high + (deviation.low - rest);
   }
   return d;
 }

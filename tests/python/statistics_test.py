@@ -1,5 +1,8 @@
 """Functions on data through arrays of every kind: shapes as NumPy's, policies, weights, no copies."""
 
+import glob
+import os
+
 import numpy as np
 import pytest
 from hypothesis import given
@@ -141,6 +144,19 @@ def test_errors_never_print_arrays():
         with pytest.raises((ValueError, TypeError)) as info:
             call()
         assert len(str(info.value)) < 250
+
+
+def test_certified_statistics():
+    here = os.path.dirname(__file__)
+    files = glob.glob(os.path.join(here, "..", "reference", "data", "nist", "*.txt"))
+    for path in files:
+        with open(path) as file:
+            head, data = file.read().split("# data\n")
+        mean, std, lag = (float(line.rsplit(": ", 1)[1]) for line in head.splitlines()[1:])  # of these very doubles
+        x = np.array(data.split(), float)
+        found = vx.describe(x)
+        np.testing.assert_allclose([found.mean, found.std, vx.autocorrelation(x, 1)[1]], [mean, std, lag], rtol=2**-52)
+    assert len(files) == 9
 
 
 def test_inputs_are_viewed_not_changed():
