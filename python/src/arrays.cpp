@@ -342,7 +342,14 @@ std::string shortText(py::handle object) {
   }
   PyErr_Clear();
   const std::string shown = py::repr(object).cast<std::string>();
-  return shown.size() > 80 ? shown.substr(0, 77) + "..." : shown;
+  if (shown.size() <= 80) {
+    return shown;
+  }
+  std::size_t end = 77;
+  while ((static_cast<unsigned char>(shown[end]) & 0xC0U) == 0x80U) {  // within a character
+    --end;
+  }
+  return shown.substr(0, end) + "...";
 }
 
 std::string_view textOf(py::handle object) {

@@ -4,6 +4,7 @@
 // interface" (format version 1); their layout is promised for good.
 #include "arrow.hpp"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <cstring>
@@ -186,6 +187,8 @@ py::dtype viewableType(const ArrowSchema& schema) {
       return py::dtype::of<std::int32_t>();
     case 'l':
       return py::dtype::of<std::int64_t>();
+    case 'L':
+      return py::dtype::of<std::uint64_t>();
     default:
       return py::reinterpret_borrow<py::dtype>(py::none());
   }
@@ -198,6 +201,22 @@ py::array viewOf(Chunk&& chunk, const py::dtype& type) {
   py::array view(type, {static_cast<py::ssize_t>(kept->length)}, {type.itemsize()}, first, base);
   view.attr("setflags")(py::arg("write") = false);
   return view;
+}
+
+// The elements of chunks without nulls, in their own type.
+py::array joined(const std::vector<Chunk>& chunks, std::int64_t total, const py::dtype& type) {
+  py::array column(type, std::vector{static_cast<py::ssize_t>(total)});
+  const auto width = static_cast<std::size_t>(type.itemsize());
+  auto* to = static_cast<char*>(column.mutable_data());
+  for (const Chunk& c : chunks) {
+    if (c.length > 0) {
+      const auto bytes = static_cast<std::size_t>(c.length) * width;
+      const auto first = static_cast<std::size_t>(c.offset) * width;
+      std::memcpy(to, static_cast<const char*>(c.buffers[1]) + first, bytes);
+      to += bytes;
+    }
+  }
+  return column;
 }
 
 std::int64_t totalLength(const std::vector<Chunk>& chunks) {
@@ -223,8 +242,8 @@ py::array fromChunks(const Schema& schema, std::vector<Chunk>&& chunks) {
     return table;
   }
   const py::dtype type = viewableType(schema);
-  if (chunks.size() == 1 && !type.is_none() && chunks[0].length > 0 && !hasNulls(chunks[0])) {
-    return viewOf(std::move(chunks[0]), type);
+  if (!type.is_none() && total > 0 && std::ranges::none_of(chunks, hasNulls)) {
+    return chunks.size() == 1 ? viewOf(std::move(chunks[0]), type) : joined(chunks, total, type);
   }
   py::array_t<double> column(static_cast<py::ssize_t>(total));
   double* to = column.mutable_data();

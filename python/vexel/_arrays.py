@@ -59,12 +59,8 @@ def convert(x: Any, name: str) -> np.ndarray:
     if module == "pandas":
         return _of_pandas(x, name)
     if hasattr(x, "__arrow_c_array__") or hasattr(x, "__arrow_c_stream__"):
-        from ._core import from_arrow
-
-        try:
-            return from_arrow(x)
-        except TypeError as e:
-            raise TypeError(f"{name}: {e}") from None
+        array = _of_arrow(x, name)
+        return _of_ndarray(array, name) if array.dtype == np.uint64 else array
     if not hasattr(x, "__array__") and hasattr(x, "__dlpack__"):
         return _of_ndarray(np.from_dlpack(x), name)
     if isinstance(x, (str, bytes, dict, set, frozenset)):
@@ -140,12 +136,43 @@ def _is_number(value: Any) -> bool:
     return True
 
 
+def _of_arrow(x: Any, name: str) -> np.ndarray:
+    from ._core import from_arrow
+
+    try:
+        return from_arrow(x)
+    except TypeError as e:
+        raise TypeError(f"{name}: {e}") from None
+
+
+def _whole_type(x: Any) -> Any:
+    """The NumPy type of a pandas object of whole numbers, none missing; None for others."""
+    types = {getattr(t, "numpy_dtype", t) for t in ([x.dtype] if hasattr(x, "dtype") else getattr(x, "dtypes", []))}
+    kind = types.pop() if len(types) == 1 else None
+    return kind if isinstance(kind, np.dtype) and kind.kind in "iu" and not np.any(x.isna()) else None
+
+
+def column(x: Any, name: str) -> Any:
+    """Whole numbers of pandas and Arrow in an array of their own type; anything else as it is."""
+    if isinstance(x, np.ndarray):
+        return x
+    if type(x).__module__.partition(".")[0] == "pandas":
+        whole = _whole_type(x) if hasattr(x, "to_numpy") else None
+        return x if whole is None else x.to_numpy(dtype=whole)
+    if hasattr(x, "__arrow_c_array__") or hasattr(x, "__arrow_c_stream__"):
+        return _of_arrow(x, name)
+    return x
+
+
 def _of_pandas(x: Any, name: str) -> np.ndarray:
     if not hasattr(x, "to_numpy"):
         raise _refusal(x, name)
     dtype = getattr(x, "dtype", None)
     if isinstance(dtype, np.dtype):
         return _of_ndarray(x.to_numpy(), name)
+    whole = _whole_type(x)
+    if whole is not None:
+        return _of_ndarray(x.to_numpy(dtype=whole), name)
     try:
         return _of_ndarray(x.to_numpy(dtype=np.float64, na_value=np.nan), name)
     except (TypeError, ValueError):

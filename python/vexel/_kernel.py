@@ -13,6 +13,7 @@ from typing import Any
 import numpy as np
 
 from . import _host
+from ._core import short_text
 
 
 class KernelError(ValueError):
@@ -358,7 +359,7 @@ def _argument(x: Any) -> Any:
 
 def _name(name: str) -> str:
     if not re.fullmatch(r"[A-Za-z_]\w*", name):
-        raise ValueError(f"name: letters, digits and _ are allowed, {name!r} came")
+        raise ValueError(f"name: letters, digits and _ are allowed, {short_text(name)} came")
     return name
 
 
@@ -399,5 +400,5 @@ def compiled(f: Any) -> Any:
         f = sympy_text(f)
     procedure = _host.eval_held(_statement(f))
     if procedure.kind() != "procedure":
-        raise ValueError(f"a procedure as \"x -> exp(-x^2)\" is allowed, {f!r} came")
+        raise ValueError(f"a procedure as \"x -> exp(-x^2)\" is allowed, {short_text(f)} came")
     return _host.compile(procedure)

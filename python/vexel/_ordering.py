@@ -7,6 +7,7 @@ from typing import TYPE_CHECKING, Any
 import numpy as np
 
 from . import _core
+from ._arrays import column
 from ._results import FrequencyTable, HistogramResult, TallyResult
 from ._statistics import _ends
 
@@ -15,8 +16,8 @@ if TYPE_CHECKING:
 
 
 def _elements(x: Any) -> Any:
-    """Data whose own type the result has: lists of whole numbers are not made floats."""
-    return np.asarray(x) if type(x) in (list, tuple) else x
+    """Data whose own type the result has: whole numbers of lists and columns are not made floats."""
+    return np.asarray(x) if type(x) in (list, tuple) else column(x, "x")
 
 
 _HALF = np.uint64(1 << 63)

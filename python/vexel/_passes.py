@@ -15,6 +15,7 @@ from typing import Any
 
 import numpy as np
 
+from ._core import short_text
 from ._ordering import histogram as _histogram
 from ._results import Description, HistogramResult, TallyResult
 from ._series import kde as _kde
@@ -192,7 +193,7 @@ def mean_job(kind: str, nan_policy: str) -> Job:
     if kind == "arithmetic":
         return Job(partial(Sums, nan_policy=nan_policy), partial(read, "mean"))
     if kind not in _powers:
-        raise ValueError(f'kind: allowed are "arithmetic", "geometric", "harmonic", "quadratic"; {kind!r} came')
+        raise ValueError(f'kind: allowed are "arithmetic", "geometric", "harmonic", "quadratic"; {short_text(kind)} came')
     return Job(partial(_change_mean, kind, nan_policy), partial(_power_mean, kind))
 
 
@@ -215,7 +216,7 @@ class MomentJob(Job):
     def __init__(self, order: Any, center: float | None, nan_policy: str) -> None:
         self.orders = np.atleast_1d(order)
         if np.any(self.orders != np.floor(self.orders)) or np.any((self.orders < 0) | (self.orders > 64)):
-            raise ValueError(f"order: whole numbers 0 to 64 are allowed, {order} came")
+            raise ValueError(f"order: whole numbers 0 to 64 are allowed, {short_text(order)} came")
         self.scalar = np.ndim(order) == 0
         self.center = center
         self.nan_policy = nan_policy
@@ -364,7 +365,7 @@ class HistogramJob(Job):
     def __init__(self, bins: Any, range: Any, density: bool, nan_policy: str, whole: bool = False) -> None:
         self.rule = bins if isinstance(bins, str) else None
         if self.rule not in (None, "auto", "fd", "scott", "sturges"):
-            raise ValueError(f'bins: a number, edges, "auto", "fd", "scott" or "sturges" are allowed, {bins!r} came')
+            raise ValueError(f'bins: a number, edges, "auto", "fd", "scott" or "sturges" are allowed, {short_text(bins)} came')
         self.bins, self.range, self.density = bins, range, density
         self.nan_policy, self.whole = nan_policy, whole
         self.edges = None
@@ -490,7 +491,7 @@ class KdeJob(Job):
 
     def __init__(self, bandwidth: Any, kernel: str, points: int, bounds: Any, nan_policy: str) -> None:
         if isinstance(bandwidth, str) and bandwidth not in ("silverman", "scott"):
-            raise ValueError(f'bandwidth: a number, "silverman" or "scott" are allowed, {bandwidth!r} came')
+            raise ValueError(f'bandwidth: a number, "silverman" or "scott" are allowed, {short_text(bandwidth)} came')
         if points < 2:
             raise ValueError(f"points: from 2 is allowed, {points} came")
         self.bandwidth, self.kernel, self.points, self.bounds = bandwidth, kernel, points, bounds

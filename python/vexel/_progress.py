@@ -4,6 +4,8 @@ from __future__ import annotations
 
 from typing import TYPE_CHECKING, Any
 
+from ._core import short_text
+
 if TYPE_CHECKING:
     from ._types import Progress
 
@@ -14,7 +16,7 @@ def reporter(progress: Progress) -> Any:
         return None
     if progress is not True:
         if not callable(progress):
-            raise TypeError(f"progress: a callable or True is allowed, {progress!r} came")
+            raise TypeError(f"progress: a callable or True is allowed, {short_text(progress)} came")
         return progress
     try:
         from tqdm.auto import tqdm

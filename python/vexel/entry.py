@@ -12,6 +12,7 @@ from functools import lru_cache
 from importlib import resources
 from typing import Any
 
+from ._core import short_text
 from ._kernel import Kernel
 
 
@@ -55,7 +56,7 @@ def __getattr__(name: str) -> Any:
         raise AttributeError(name)
     kernel = Kernel()
     if name not in kernel.entry_points:
-        raise AttributeError(f"no entry point {name!r}")
+        raise AttributeError(f"no entry point {short_text(name)}")
     found = globals()[name] = _EntryPoint(kernel, name)
     return found
 

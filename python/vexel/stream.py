@@ -22,6 +22,7 @@ from __future__ import annotations
 
 import itertools
 import os
+import re
 import time
 from collections.abc import Iterable, Iterator
 from typing import TYPE_CHECKING, Any
@@ -29,6 +30,7 @@ from typing import TYPE_CHECKING, Any
 import numpy as np
 
 from . import _passes, _states
+from ._core import short_text
 from ._progress import reporter
 from ._results import Description, HistogramResult, TallyResult
 
@@ -54,10 +56,10 @@ def _chosen(names: list[str] | int, column: Any, path: str) -> int:
         return known.index(column)
     if isinstance(column, (int, np.integer)) and 0 <= column < count:
         return int(column)
-    shown = ", ".join(known[:8]) + (", ..." if count > 8 else "") if known else f"columns 0 to {count - 1}"
+    shown = ", ".join(n if len(n) <= 40 else n[:37] + "..." for n in known[:8]) + (", ..." if count > 8 else "") if known else f"columns 0 to {count - 1}"
     if column is None:
         raise ValueError(f"column: one has to be chosen of {path}, which has {shown}")
-    raise ValueError(f"column: {path} has no {column!r}, it has {shown}")
+    raise ValueError(f"column: {path} has no {short_text(column)}, it has {shown}")
 
 
 class _Csv:
@@ -65,15 +67,17 @@ class _Csv:
         import pandas
 
         self.path, self.pandas = path, pandas
+        # The parsers of numbers that round correctly: from 3.1 on that of default, before it the one so named.
+        version = tuple(map(int, re.findall(r"\d+", pandas.__version__)[:2]))
+        self.exact = {} if version >= (3, 1) else {"float_precision": "round_trip"}
         self.names: list[str] | int = [str(n).strip() for n in pandas.read_csv(path, nrows=0, index_col=False).columns]
 
     def pieces(self, use: list[int], rows: int, na: list[str]) -> Iterator[tuple[list[Any], float]]:
         size = max(os.path.getsize(self.path), 1)
         columns = sorted(set(use))
         with open(self.path, "rb") as file:
-            # Not the default parser of numbers, which does not round them correctly.
             for frame in self.pandas.read_csv(file, usecols=columns, chunksize=rows, dtype=np.float64, index_col=False,
-                                              float_precision="round_trip", na_values=_missing + na):
+                                              na_values=_missing + na, **self.exact):
                 yield [frame.iloc[:, columns.index(c)].to_numpy() for c in use], file.tell() / size
 
 
@@ -184,6 +188,18 @@ def _save(path: str, task: bytes, number: int, done: int, kept: Any, current: An
     os.replace(path + ".new", path)
 
 
+def _require_writable(path: str) -> None:
+    """Complains of a path that cannot take a state, before hours of work find out."""
+    if os.path.isdir(path):
+        raise IsADirectoryError(f"state: {path} is a folder, a file is expected")
+    try:
+        with open(path + ".new", "wb"):
+            pass
+        os.remove(path + ".new")
+    except OSError as error:
+        raise type(error)(error.errno, f"state: {error.strerror}", path) from None
+
+
 def _load(path: str, task: bytes) -> tuple[int, int, Any, Any]:
     with open(path, "rb") as file:
         data = file.read()
@@ -237,7 +253,8 @@ def _run(what: str, job: Any, files: Any, state: Any, progress: Progress, *, col
     report = reporter(progress)
     first, done, kept, current = 0, 0, None, job.begin()
     if state is not None:
-        state = os.fspath(state)
+        state = os.fsdecode(state)
+        _require_writable(state)
         task = _task(what, paths, column, weights, na, rows)
         if os.path.exists(state):
             first, done, kept, current = _load(state, task)

@@ -1,6 +1,7 @@
 """The array door: what numbers come in as, without a copy where there is one, and what is refused."""
 
 import ctypes
+import importlib.util
 
 import numpy as np
 import pandas as pd
@@ -82,6 +83,16 @@ def test_large_unsigned_numbers_are_ordered_exactly():
     assert vx.tally(np.append(x, x[:1])).values.tolist() == sorted(x.tolist())
     assert vx.trim(x, 0.25).tolist() == [2**63 + 1, 2**63]
     assert vx.winsorize(x, 0.25).tolist() == [2**63 + 1, 2**63, 2**63 + 1, 2**63]
+    columns = [pd.Series(x), pd.Series(x, dtype="UInt64"), pd.Index(x)]
+    if importlib.util.find_spec("pyarrow"):
+        import pyarrow as pa
+
+        columns += [pa.array(x), pa.chunked_array([x[:1], x[1:]])]
+    for column in columns:
+        for f in (vx.sort, vx.rank, vx.argsort, lambda x: vx.tally(x).values, lambda x: vx.winsorize(x, 0.25), vx.mean):
+            found, expected = np.asarray(f(column)), np.asarray(f(x))
+            assert found.dtype == expected.dtype and np.array_equal(found, expected)
+    assert vx.sort(pd.Series([2**53 + 1, 2**53], dtype="Int64")).tolist() == [2**53, 2**53 + 1]
     vx.sort(x, out=x)
     assert x.tolist() == [5, 2**63, 2**63 + 1, 2**64 - 1]
 

@@ -135,6 +135,24 @@ def _interrupt(now):
         raise KeyboardInterrupt
 
 
+@pytest.mark.filterwarnings("error")
+def test_numbers_of_text_are_read_to_the_last_digit(tmp_path):
+    pytest.importorskip("pandas")
+    x = vx.Random(3).bits(20_000).view(np.float64)
+    x = x[np.isfinite(x)]
+    (tmp_path / "x.csv").write_text("x\n" + "\n".join(map(repr, x.tolist())) + "\n")
+    assert np.concatenate([part for part, *_ in stream.pieces(tmp_path / "x.csv", rows=999)]).tobytes() == x.tobytes()
+
+
+def test_a_state_that_cannot_be_written_is_told_before_reading(tmp_path):
+    np.save(tmp_path / "x.npy", np.arange(9.0))
+    for state in (tmp_path, tmp_path / "none" / "state", tmp_path / "x.npy" / "state"):
+        with pytest.raises(OSError, match="state: "):
+            stream.describe(tmp_path / "x.npy", state=state, progress=lambda share: pytest.fail("it was read"))
+    stream.describe(tmp_path / "x.npy", state=tmp_path / "state")
+    assert [p.name for p in tmp_path.iterdir()] == ["x.npy"]
+
+
 def test_errors_say_what_is_wrong(tmp_path):
     np.save(tmp_path / "t.npy", np.ones((4, 3)))
     with pytest.raises(ValueError, match="column: one has to be chosen"):
@@ -143,6 +161,10 @@ def test_errors_say_what_is_wrong(tmp_path):
         stream.describe(tmp_path / "t.txt")
     with pytest.raises(FileNotFoundError, match="none.csv"):
         stream.tally(tmp_path / "none.csv")
+    with pytest.raises(ValueError, match="^bins: .{1,200}$"):
+        stream.histogram(tmp_path / "t.npy", "é" * 10_000, column=0)
+    with pytest.raises(ValueError, match="^column: .{1,400}$"):
+        stream.tally(tmp_path / "t.npy", column="c" * 10_000)
     np.save(tmp_path / "w.npy", np.array([[1.0, 1], [2, 1], [3, -1]]))
     with pytest.raises(ValueError, match="piece 1 of 2 rows.*weights"):
         stream.quantile(tmp_path / "w.npy", 0.5, column=0, weights=1, rows=2)

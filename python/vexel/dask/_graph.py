@@ -14,6 +14,7 @@ from dask.delayed import Delayed
 from dask.graph_manipulation import bind
 from dask.highlevelgraph import HighLevelGraph
 
+from .._core import short_text
 from .._passes import Job, require_weight, weightless
 
 _fan = 8  # states merged by one task
@@ -103,7 +104,7 @@ def _merged(before: Any, states: dict[Any, tuple[bytes, bool]]) -> Any:
             try:
                 require_weight(kept, state)
             except ValueError as error:
-                raise error if key is None else ValueError(f"{key!r}: {error}") from None
+                raise error if key is None else ValueError(f"{short_text(key)}: {error}") from None
         yield key, kept, state
 
 

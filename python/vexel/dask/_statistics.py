@@ -12,6 +12,7 @@ from dask.delayed import Delayed, delayed
 from dask.highlevelgraph import HighLevelGraph
 
 from .. import _passes
+from .._core import short_text
 from .._random import Random
 from .._random import bootstrap as _bootstrap_of
 from .._results import Description
@@ -52,7 +53,7 @@ def _columns_of(x: Any) -> Any:
 
 def _source(x: Any, weights: Any, by: Any, axis: int | None, nan_policy: str) -> tuple[Source, Any]:
     if nan_policy not in _policies:
-        raise ValueError(f'nan_policy: allowed are "propagate", "omit", "raise"; {nan_policy!r} came')
+        raise ValueError(f'nan_policy: allowed are "propagate", "omit", "raise"; {short_text(nan_policy)} came')
     if axis not in (None, 0):
         raise ValueError(f"axis: None and 0 are allowed, {axis} came")
     names = None
@@ -249,7 +250,7 @@ def corr(x: Any, y: Any = None, *, method: str = "pearson", weights: Any = None,
         return delayed(_kendall)(both, None if weights is None else chunks_like(weights, both, "weights"), nan_policy,
                                  y is not None)
     if method != "spearman":
-        raise ValueError(f'method: "pearson", "spearman" and "kendall" are allowed, {method!r} came')
+        raise ValueError(f'method: "pearson", "spearman" and "kendall" are allowed, {short_text(method)} came')
     if weights is not None or nan_policy == "omit":
         raise ValueError('method: "spearman" goes without weights and with nan_policy "propagate" or "raise"')
     table = as_array(x) if y is None else _pair(x, y)
@@ -301,7 +302,7 @@ def rank(x: Any, *, method: str = "average", nan_policy: str = "propagate") -> A
     """
     if method not in ("average", "min", "max", "dense", "ordinal"):
         raise ValueError('method: "average", "min", "max", "dense" and "ordinal" are allowed, '
-                         f"{method!r} came")
+                         f"{short_text(method)} came")
     source, shape = _source(x, None, None, None, nan_policy)
     if source.x.ndim != 1:
         raise ValueError(f"x: one dimension is expected, {source.x.ndim} came")
