@@ -89,11 +89,14 @@ std::vector<Position> sortedPositions(std::size_t n, Before before) {
 
 template <typename T>
 void rankNumbers(const T* x, std::size_t n, bool descending, Position* ranks) {
-  nag2::visitSorted(x, n, descending, [=](std::size_t first, nag2::TiedPositions tied) {
-    for (std::size_t i = 0; i < tied.size(); ++i) {
-      ranks[tied[i]] = static_cast<Position>(first + i);
-    }
-  });
+  nag2::visitSortedAnywhere(
+      x, n, descending,
+      [=](std::size_t first, nag2::TiedPositions tied) {
+        for (std::size_t i = 0; i < tied.size(); ++i) {
+          ranks[tied[i]] = static_cast<Position>(first + i);
+        }
+      },
+      [=](std::size_t i) { __builtin_prefetch(ranks + i, 1); });
 }
 
 }  // namespace

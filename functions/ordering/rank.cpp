@@ -28,12 +28,14 @@ std::size_t argsort(Data x, std::span<std::int64_t> out, const SortOptions& opti
   requireSize("out", out.size(), x.size());
   return onElements(x, [&]<typename T>(std::span<const T> elements) {
     const std::size_t present = presentIn("argsort", elements, options.missing);
-    nag2::visitSorted(elements.data(), elements.size(), false,
-                      [to = out.data()](std::size_t first, nag2::TiedPositions tied) {
-                        for (std::size_t i = 0; i < tied.size(); ++i) {
-                          to[first + i] = static_cast<std::int64_t>(tied[i]);
-                        }
-                      });
+    nag2::visitSortedAnywhere(
+        elements.data(), elements.size(), false,
+        [to = out.data()](std::size_t first, nag2::TiedPositions tied) {
+          for (std::size_t i = 0; i < tied.size(); ++i) {
+            to[first + i] = static_cast<std::int64_t>(tied[i]);
+          }
+        },
+        [](std::size_t) {});
     return options.missing == Missing::omit ? present : x.size();
   });
 }
@@ -83,17 +85,26 @@ void rank(Data x, std::span<double> out, const RankOptions& options) {
   onElements(x, [&]<typename T>(std::span<const T> elements) {
     const std::size_t present = presentIn("rank", elements, options.missing);
     double group = 0;
-    nag2::visitSorted(elements.data(), elements.size(), false,
-                      [&, to = out.data()](std::size_t first, nag2::TiedPositions tied) {
-                        if (first < present) {
-                          rankTied(options.method, static_cast<double>(first), ++group, tied,
-                                   [to](std::size_t i, double r) { to[i] = r; });
-                        } else {
-                          for (std::size_t i = 0; i < tied.size(); ++i) {
-                            to[tied[i]] = std::numeric_limits<double>::quiet_NaN();
-                          }
-                        }
-                      });
+    const auto visit = [&, to = out.data()](std::size_t first, nag2::TiedPositions tied) {
+      if (first < present) {
+        if (options.method == RankMethod::dense) {
+          ++group;
+        }
+        rankTied(options.method, static_cast<double>(first), group, tied,
+                 [to](std::size_t i, double r) { to[i] = r; });
+      } else {
+        for (std::size_t i = 0; i < tied.size(); ++i) {
+          to[tied[i]] = std::numeric_limits<double>::quiet_NaN();
+        }
+      }
+    };
+    if (options.method == RankMethod::dense) {
+      nag2::visitSorted(elements.data(), elements.size(), false, visit);
+    } else {
+      nag2::visitSortedAnywhere(
+          elements.data(), elements.size(), false, visit,
+          [to = out.data()](std::size_t i) { __builtin_prefetch(to + i, 1); });
+    }
   });
 }
 
