@@ -88,6 +88,10 @@ class FLaw {
   static UnitPair point(double x, double df1, double df2);
 
  private:
+  struct Limit;
+  struct Edge;
+  double edgeQuantile(double p, Tail which) const;
+
   double nu1_;
   double nu2_;
   BetaLaw beta_;

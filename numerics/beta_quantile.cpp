@@ -25,6 +25,11 @@ constexpr double hugeFreedom = 1e17;
 bool asIfInfinite(double nu, double other) { return nu >= hugeFreedom * std::max(1.0, other); }
 Tail other(Tail which) { return which == Tail::lower ? Tail::upper : Tail::lower; }
 
+double logOfQuotient(double x, double y) {
+  const double quotient = x / y;
+  return std::isnormal(quotient) ? std::log(quotient) : std::log(x) - std::log(y);
+}
+
 }  // namespace
 
 double BetaLaw::density(UnitPair at) const {
@@ -61,7 +66,7 @@ double BetaLaw::logDensity(UnitPair at) const {
     const double logY = at.x < 0.5 ? std::log1p(-at.x) : std::log(at.y);
     return (a_ - 1.0) * logX + (b_ - 1.0) * logY + std::log(a_) + std::log(b_);
   }
-  return logWeight(at) + (std::log(a_) - std::log(at.x)) + (std::log(b_) - std::log(n_)) -
+  return logWeight(at) + logOfQuotient(a_, at.x) + logOfQuotient(b_, n_) -
          (at.y > 0.5 ? std::log1p(-at.x) : std::log(at.y));
 }
 
@@ -152,6 +157,86 @@ UnitPair FLaw::point(double x, double df1, double df2) {
   return {y, inverse * y};
 }
 
+// The gamma law that is the limit: of X in units of Y, or of Y in units of X where X is the
+// constant one; at u = 1 / x then.
+struct FLaw::Limit {
+  GammaLaw law;
+  double least;  // degrees of freedom of the variable, and of the constant
+  double most;
+  bool mirrored;
+
+  static bool serves(double nu1, double nu2) {
+    return asIfInfinite(nu2, nu1) || asIfInfinite(nu1, nu2);
+  }
+  Limit(double nu1, double nu2)
+      : law(0.5 * std::min(nu1, nu2)),
+        least(std::min(nu1, nu2)),
+        most(std::max(nu1, nu2)),
+        mirrored(nu1 > nu2) {}
+
+  Tail side(Tail which) const { return mirrored ? other(which) : which; }
+  // least / most u.
+  double ratio(double x) const { return mirrored ? least / most / x : least / most * x; }
+  double reduced(double x) const {
+    const double r = ratio(x);
+    return r > 1e-10 ? 0.5 * most * std::log1p(r) : mirrored ? 0.5 * least / x : 0.5 * least * x;
+  }
+  // Of the density of x: log of the derivative of reduced.
+  double logSlope(double x) const {
+    return std::log(0.5 * least) - std::log1p(ratio(x)) - (mirrored ? 2.0 * std::log(x) : 0.0);
+  }
+  double point(double t) const {
+    const double r = t / (0.5 * most);
+    const double u = r > 1e-10 ? std::expm1(r) * (most / least) : t / (0.5 * least);
+    return mirrored ? 1.0 / u : u;
+  }
+};
+
+// Where df1 x / df2 or its inverse is so small that a tail is a power of it: over its value at
+// least, which the beta law knows.
+struct FLaw::Edge {
+  static constexpr double least = 1e-270;
+
+  static bool serves(double x, double nu1, double nu2) {
+    const double ratio = nu1 / nu2 * x;
+    return !(ratio > least && ratio < 1.0 / least);
+  }
+  Edge(const FLaw& f, bool upperEnd)
+      : upper(upperEnd),
+        power(0.5 * (upper ? f.nu2_ : f.nu1_)),
+        outside(f.beta_.tail(end(), upper ? Tail::upper : Tail::lower)),
+        logOutside(f.beta_.logTail(end(), upper ? Tail::upper : Tail::lower)),
+        ratio(upper ? f.nu1_ / f.nu2_ : f.nu2_ / f.nu1_) {}
+
+  UnitPair end() const { return upper ? UnitPair{1.0, least} : UnitPair{least, 1.0}; }
+  // In units of the place where the tail is outside, at most 1 or little above.
+  double place(double x) const { return (upper ? 1.0 / (x * least) : x / least) / ratio; }
+  double logPlace(double x) const {
+    const double u = place(x);
+    return u > 1e-280 && std::isfinite(u)
+               ? std::log(u)
+               : (upper ? -std::log(x) : std::log(x)) - std::log(ratio) - std::log(least);
+  }
+  double logTail(double x) const { return logOutside + power * logPlace(x); }
+  double tail(double x) const {
+    const double u = place(x);
+    return u > 1e-280 && std::isfinite(u) ? outside * std::pow(u, power) : std::exp(logTail(x));
+  }
+  // From the logarithm of p over outside; over is that quotient.
+  double point(double over, double logOver) const {
+    const bool precise = over > 1e-280 && over < 0.5;
+    const double u = precise ? std::pow(over, 1.0 / power) : std::exp(logOver / power);
+    const double x = ratio > 1.0 ? u * (ratio * least) : u * ratio * least;
+    return upper ? 1.0 / x : x;
+  }
+
+  bool upper;
+  double power;
+  double outside;
+  double logOutside;
+  double ratio;
+};
+
 double FLaw::tail(double x, Tail which) const {
   if (std::isnan(x)) {
     return nan;
@@ -163,11 +248,14 @@ double FLaw::tail(double x, Tail which) const {
   if (std::isinf(nu1_) && std::isinf(nu2_)) {  // all mass at 1
     return (x >= 1.0) == lower ? 1.0 : 0.0;
   }
-  if (asIfInfinite(nu2_, nu1_)) {
-    return GammaLaw(0.5 * nu1_).tail(0.5 * nu1_ * x, which);
+  if (Limit::serves(nu1_, nu2_)) {
+    const Limit limit(nu1_, nu2_);
+    return limit.law.tail(limit.reduced(x), limit.side(which));
   }
-  if (asIfInfinite(nu1_, nu2_)) {
-    return GammaLaw(0.5 * nu2_).tail(0.5 * nu2_ / x, other(which));
+  if (Edge::serves(x, nu1_, nu2_)) {
+    const Edge edge(*this, nu1_ / nu2_ * x > 1.0);
+    const double tail = edge.tail(x);
+    return edge.upper != lower ? tail : tail < 0.5 ? 1.0 - tail : -std::expm1(edge.logTail(x));
   }
   return beta_.tail(point(x, nu1_, nu2_), which);
 }
@@ -176,11 +264,17 @@ double FLaw::logTail(double x, Tail which) const {
   if (!(x > 0.0) || std::isinf(x) || (std::isinf(nu1_) && std::isinf(nu2_))) {
     return std::log(tail(x, which));
   }
-  if (asIfInfinite(nu2_, nu1_)) {
-    return GammaLaw(0.5 * nu1_).logTail(0.5 * nu1_ * x, which);
+  if (Limit::serves(nu1_, nu2_)) {
+    const Limit limit(nu1_, nu2_);
+    return limit.law.logTail(limit.reduced(x), limit.side(which));
   }
-  if (asIfInfinite(nu1_, nu2_)) {
-    return GammaLaw(0.5 * nu2_).logTail(0.5 * nu2_ / x, other(which));
+  if (Edge::serves(x, nu1_, nu2_)) {
+    const Edge edge(*this, nu1_ / nu2_ * x > 1.0);
+    if (edge.upper == (which == Tail::upper)) {
+      return edge.logTail(x);
+    }
+    const double tail = edge.tail(x);
+    return tail < 0.5 ? std::log1p(-tail) : log1mexp(edge.logTail(x));
   }
   return beta_.logTail(point(x, nu1_, nu2_), which);
 }
@@ -198,11 +292,19 @@ double FLaw::density(double x) const {
   if (std::isinf(nu1_) && std::isinf(nu2_)) {
     return x == 1.0 ? infinity : 0.0;
   }
-  if (asIfInfinite(nu2_, nu1_)) {
-    return GammaLaw(0.5 * nu1_).density(0.5 * nu1_ * x) * (0.5 * nu1_);
+  if (Limit::serves(nu1_, nu2_)) {
+    const Limit limit(nu1_, nu2_);
+    const double t = limit.reduced(x);
+    const double slope = 0.5 * limit.least / (1.0 + limit.ratio(x)) / (limit.mirrored ? x : 1.0);
+    const double at = limit.law.density(t);
+    const double value = at * slope / (limit.mirrored ? x : 1.0);
+    return slope > 1e-290 && at > 1e-290 && std::isfinite(value) ? value : std::exp(logDensity(x));
   }
-  if (asIfInfinite(nu1_, nu2_)) {
-    return GammaLaw(0.5 * nu2_).density(0.5 * nu2_ / x) * (0.5 * nu2_ / x / x);
+  if (Edge::serves(x, nu1_, nu2_)) {
+    const Edge edge(*this, nu1_ / nu2_ * x > 1.0);
+    const double tail = edge.tail(x);
+    const double value = tail * edge.power / x;
+    return tail > 1e-290 && tail * edge.power > 1e-290 ? value : std::exp(logDensity(x));
   }
   // x times the density is that of the beta law times x y.
   const double w = beta_.weight(point(x, nu1_, nu2_));
@@ -214,18 +316,36 @@ double FLaw::logDensity(double x) const {
   if (!(x > 0.0) || std::isinf(x) || (std::isinf(nu1_) && std::isinf(nu2_))) {
     return std::log(density(x));
   }
-  if (asIfInfinite(nu2_, nu1_)) {
-    return GammaLaw(0.5 * nu1_).logDensity(0.5 * nu1_ * x) + std::log(0.5 * nu1_);
+  if (Limit::serves(nu1_, nu2_)) {
+    const Limit limit(nu1_, nu2_);
+    return limit.law.logDensity(limit.reduced(x)) + limit.logSlope(x);
   }
-  if (asIfInfinite(nu1_, nu2_)) {
-    return GammaLaw(0.5 * nu2_).logDensity(0.5 * nu2_ / x) + std::log(0.5 * nu2_) -
-           2.0 * std::log(x);
+  if (Edge::serves(x, nu1_, nu2_)) {
+    const Edge edge(*this, nu1_ / nu2_ * x > 1.0);
+    return edge.logTail(x) + (std::log(edge.power) - std::log(x));
   }
   if (nu1_ == 2.0) {
     return -(0.5 * nu2_ + 1.0) * std::log1p(2.0 / nu2_ * x);
   }
-  return beta_.logWeight(point(x, nu1_, nu2_)) - std::log1p(nu2_ / nu1_) + std::log(0.5 * nu2_) -
-         std::log(x);
+  return beta_.logWeight(point(x, nu1_, nu2_)) - std::log1p(nu2_ / nu1_) +
+         logOfQuotient(0.5 * nu2_, x);
+}
+
+// NaN where the quantile is not at either end.
+double FLaw::edgeQuantile(double p, Tail which) const {
+  for (const bool upper : {false, true}) {
+    const double power = 0.5 * (upper ? nu2_ : nu1_);
+    if (power > 1.25) {
+      continue;  // the tail there is below all doubles
+    }
+    const Edge edge(*this, upper);
+    const bool own = upper == (which == Tail::upper);
+    if (own ? p < edge.outside : p > -std::expm1(edge.logOutside)) {
+      const double log = own ? std::log(p) : std::log1p(-p);
+      return edge.point(own ? p / edge.outside : (1.0 - p) / edge.outside, log - edge.logOutside);
+    }
+  }
+  return nan;
 }
 
 double FLaw::quantile(double p, Tail which) const {
@@ -238,14 +358,16 @@ double FLaw::quantile(double p, Tail which) const {
   if (std::isinf(nu1_) && std::isinf(nu2_)) {
     return 1.0;
   }
-  if (asIfInfinite(nu2_, nu1_)) {
-    return GammaLaw(0.5 * nu1_).quantile(p, which) / (0.5 * nu1_);
+  if (Limit::serves(nu1_, nu2_)) {
+    const Limit limit(nu1_, nu2_);
+    return limit.point(limit.law.quantile(p, limit.side(which)));
   }
-  if (asIfInfinite(nu1_, nu2_)) {
-    return 0.5 * nu2_ / GammaLaw(0.5 * nu2_).quantile(p, other(which));
+  if (const double found = edgeQuantile(p, which); !std::isnan(found)) {
+    return found;
   }
   const UnitPair at = beta_.quantile(p, which);
-  return nu2_ / nu1_ * (at.x / at.y);
+  const double ratio = nu2_ / nu1_;
+  return ratio > 1.0 && at.x < at.y ? ratio * at.x / at.y : ratio * (at.x / at.y);
 }
 
 }  // namespace nag2

@@ -70,11 +70,14 @@ class BetaFamily {
   double peak(double mean) const {
     const double c = mean * at_.x;
     const double half = 0.5 * (a_ - c);
-    const double root = std::sqrt(half * half + c * (a_ + b_));
-    return half > 0.0 ? c * (a_ + b_) / (half + root) : root - half;
+    const double square = half * half + c * (a_ + b_);
+    const double root = square < 1e300 && square > 1e-290
+                            ? std::sqrt(square)
+                            : std::hypot(half, std::sqrt(c) * std::sqrt(a_ + b_));
+    return half > 0.0 ? c * ((a_ + b_) / (half + root)) : root - half;
   }
   double curve(double j) const {
-    return 1.0 / (j + 1.0) + b_ / ((a_ + j + 1.0) * (a_ + b_ + j + 1.0));
+    return 1.0 / (j + 1.0) + b_ / (a_ + j + 1.0) / (a_ + b_ + j + 1.0);
   }
   double fall() const { return at_.x * ((a_ + b_) / (a_ + 1.0)); }
   double growth(double j) const { return (a_ + j + 1.0) / (a_ + b_ + j) * inverse_; }

@@ -23,9 +23,13 @@ class NoncentralChiSquareSaddle {
     double plain;  // the signed root of the deviance
     double slope;  // of plain in e
   };
-  double excess(double x) const;
-  double halfLess(double e) const;
-  Root rootAt(double e) const;
+  struct Place {
+    double e;
+    double q;  // 1 + e, good to its last places
+  };
+  Place placeOf(double x) const;
+  double halfLess(Place at) const;
+  Root rootAt(Place at) const;
 
   double df_;
   double nc_;

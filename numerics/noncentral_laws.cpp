@@ -18,6 +18,9 @@ constexpr double nan = std::numeric_limits<double>::quiet_NaN();
 constexpr double mostOfOne = 1.0 - 1.1102230246251565e-16;
 constexpr double infinity = std::numeric_limits<double>::infinity();
 
+// The noncentrality is nothing against this share of the central parameter.
+constexpr double centralFrom = 1e16;
+
 Tail other(Tail which) { return which == Tail::lower ? Tail::upper : Tail::lower; }
 
 // The steps of an inversion, polling.  Where the last one is far from the probability the quantile
@@ -49,9 +52,11 @@ double chiSquareStart(double df, double p, Tail which) {
 
 }  // namespace
 
+bool NoncentralChiSquareLaw::central() const { return nc_ == 0.0 || df_ > centralFrom * nc_; }
+
 double NoncentralChiSquareLaw::tail(double x, Tail which) const {
   const double y = 0.5 * x;
-  if (nc_ == 0.0 || !(x > 0.0) || std::isinf(x)) {
+  if (central() || !(x > 0.0) || std::isinf(x)) {
     return GammaLaw(0.5 * df_).tail(y, which);
   }
   if (nc_ >= saddleFrom) {
@@ -62,7 +67,7 @@ double NoncentralChiSquareLaw::tail(double x, Tail which) const {
 
 double NoncentralChiSquareLaw::logTail(double x, Tail which) const {
   const double y = 0.5 * x;
-  if (nc_ == 0.0 || !(x > 0.0) || std::isinf(x)) {
+  if (central() || !(x > 0.0) || std::isinf(x)) {
     return GammaLaw(0.5 * df_).logTail(y, which);
   }
   if (nc_ >= saddleFrom) {
@@ -73,7 +78,7 @@ double NoncentralChiSquareLaw::logTail(double x, Tail which) const {
 
 double NoncentralChiSquareLaw::density(double x) const {
   const double y = 0.5 * x;
-  if (nc_ == 0.0) {
+  if (central()) {
     return 0.5 * GammaLaw(0.5 * df_).density(y);
   }
   if (!(x > 0.0) || std::isinf(x)) {
@@ -89,8 +94,9 @@ double NoncentralChiSquareLaw::density(double x) const {
 
 double NoncentralChiSquareLaw::logDensity(double x) const {
   const double y = 0.5 * x;
-  if (nc_ == 0.0 || !(x > 0.0) || std::isinf(x)) {
-    return GammaLaw(0.5 * df_).logDensity(y) - 0.5 * nc_ - 0.69314718055994530942;
+  if (central() || !(x > 0.0) || std::isinf(x)) {
+    const double lost = central() ? 0.0 : 0.5 * nc_;
+    return GammaLaw(0.5 * df_).logDensity(y) - lost - 0.69314718055994530942;
   }
   if (nc_ >= saddleFrom) {
     return NoncentralChiSquareSaddle(df_, nc_).logDensity(x);
@@ -103,7 +109,7 @@ double NoncentralChiSquareLaw::logDensity(double x) const {
 // P. B. Patnaik, The non-central chi-square and F distributions and their applications, Biometrika
 // 36 (1949), for the start.
 double NoncentralChiSquareLaw::quantile(double p, Tail which) const {
-  if (nc_ == 0.0 || !(p > 0.0) || p >= 1.0) {
+  if (central() || !(p > 0.0) || p >= 1.0) {
     return 2.0 * GammaLaw(0.5 * df_).quantile(p, which);
   }
   if (nc_ >= saddleFrom) {
@@ -137,9 +143,34 @@ double NoncentralChiSquareLaw::quantile(double p, Tail which) const {
   return steps.root(root);
 }
 
+// A central law whose odds are scaled, of the same mean and variance of the numerator: Patnaik's.
+struct NoncentralBetaLaw::Scaled {
+  double scale;
+  BetaLaw law;
+  Scaled(double a, double b, double mean)
+      : scale((a + 2.0 * mean) / (a + mean)), law((a + mean) / scale, b) {}
+  // Where the central law has this tail.
+  UnitPair unscaled(UnitPair at) const {
+    const double total = at.x + scale * at.y;
+    return {at.x / total, scale * at.y / total};
+  }
+  UnitPair scaled(UnitPair at) const {
+    const double total = scale * at.x + at.y;
+    return {scale * at.x / total, at.y / total};
+  }
+};
+
+bool NoncentralBetaLaw::nearlyCentral() const {
+  return a_ > centralFrom * nc_ || a_ + 0.5 * nc_ > 0.5 * widest;
+}
+
 double NoncentralBetaLaw::tail(UnitPair at, Tail which) const {
   if (nc_ == 0.0 || !(at.x > 0.0 && at.y > 0.0)) {
     return BetaLaw(a_, b_).tail(at, which);
+  }
+  if (nearlyCentral()) {
+    const Scaled central(a_, b_, 0.5 * nc_);
+    return central.law.tail(central.unscaled(at), which);
   }
   return std::min(mixtureTail(BetaFamily(a_, b_, at), 0.5 * nc_, which), 1.0);
 }
@@ -148,11 +179,34 @@ double NoncentralBetaLaw::logTail(UnitPair at, Tail which) const {
   if (nc_ == 0.0 || !(at.x > 0.0 && at.y > 0.0)) {
     return BetaLaw(a_, b_).logTail(at, which);
   }
+  if (nearlyCentral()) {
+    if (const double deep = deepLogTail(at, which); !std::isnan(deep)) {
+      return deep;
+    }
+    const Scaled central(a_, b_, 0.5 * nc_);
+    return central.law.logTail(central.unscaled(at), which);
+  }
   return std::min(logMixtureTail(BetaFamily(a_, b_, at), 0.5 * nc_, which), 0.0);
+}
+
+double NoncentralBetaLaw::deepLogTail(UnitPair at, Tail which) const {
+  const BetaFamily family(a_, b_, at);
+  const double peak = std::floor(family.peak(0.5 * nc_));
+  MixtureSums sums{};
+  return peak > wideFrom && deepSums(family, 0.5 * nc_, which, peak, &sums)
+             ? logInUnits(sums.tail, sums)
+             : nan;
 }
 
 double NoncentralBetaLaw::logScaledDensity(UnitPair at) const {
   const BetaFamily family(a_, b_, at);
+  if (a_ > centralFrom * nc_) {
+    return BetaLaw(a_, b_).logWeight(at) + std::log(a_ / (a_ + b_) * b_);
+  }
+  if (const double peak = std::floor(family.peak(0.5 * nc_)); peak > 1e13) {
+    return PowerPiece(peak).logAt(0.5 * nc_, 0.5 * nc_ - peak) + family.logDecrement(peak) +
+           std::log(a_ + peak) - 0.5 * std::log(family.curve(peak)) + logRootTwoPi;
+  }
   const MixtureSums sums = mixtureSums(family, 0.5 * nc_, shortSide(family, 0.5 * nc_), true);
   return logInUnits(sums.density, sums);
 }
@@ -167,6 +221,9 @@ double NoncentralBetaLaw::density(UnitPair at) const {
                                              : central;
   }
   const BetaFamily family(a_, b_, at);
+  if (nearlyCentral() || family.peak(0.5 * nc_) > 1e13) {
+    return std::exp(logScaledDensity(at)) / at.x / at.y;
+  }
   const MixtureSums sums = mixtureSums(family, 0.5 * nc_, shortSide(family, 0.5 * nc_), false);
   return inUnits(sums.density, sums) / at.x / at.y;
 }
@@ -183,11 +240,11 @@ UnitPair NoncentralBetaLaw::quantile(double p, Tail which) const {
   if (nc_ == 0.0 || !(p > 0.0) || p >= 1.0) {
     return BetaLaw(a_, b_).quantile(p, which);
   }
-  // Patnaik's law: a central one whose odds are scaled.
-  const double scale = (a_ + 2.0 * mean) / (a_ + mean);
-  const double shape = (a_ + mean) / scale;
-  const UnitPair central = BetaLaw(shape, b_).roughQuantile(p, which);
-  double x = scale * central.x / (scale * central.x + central.y);
+  const Scaled central(a_, b_, mean);
+  if (nearlyCentral()) {
+    return central.scaled(central.law.quantile(p, which));
+  }
+  double x = central.scaled(central.law.roughQuantile(p, which)).x;
   double y = 1.0 - x;
   if (mean > 1e6 && mean > 16.0 * b_) {  // the numerator hardly varies
     const double g = GammaLaw(b_).quantile(p, other(which));
@@ -225,20 +282,39 @@ UnitPair NoncentralBetaLaw::quantile(double p, Tail which) const {
 NoncentralFLaw::NoncentralFLaw(double df1, double df2, double nc)
     : df1_(df1), df2_(df2), beta_(0.5 * df1, 0.5 * df2, nc), limit_(df1, nc) {}
 
+bool NoncentralFLaw::central() const { return beta_.nc_ == 0.0 || df1_ > centralFrom * beta_.nc_; }
+
+// The denominator is, however deep the tail.
+bool NoncentralFLaw::constant() const {
+  constexpr double from = 1e34;
+  return df2_ > from * std::max({1.0, df1_, beta_.nc_});
+}
+
+double NoncentralFLaw::reduced(double x) const {
+  const double ratio = df1_ / df2_ * x;
+  return ratio > 1e-10 ? df2_ * std::log1p(ratio) : df1_ * x;
+}
+
 double NoncentralFLaw::tail(double x, Tail which) const {
   if (!(x > 0.0) || std::isinf(x)) {
     return std::isnan(x) ? nan : (x > 0.0) == (which == Tail::lower) ? 1.0 : 0.0;
   }
-  return std::isinf(df2_) ? limit_.tail(df1_ * x, which)
-                          : beta_.tail(FLaw::point(x, df1_, df2_), which);
+  if (central()) {
+    return FLaw(df1_, df2_).tail(x, which);
+  }
+  return constant() ? limit_.tail(reduced(x), which)
+                    : beta_.tail(FLaw::point(x, df1_, df2_), which);
 }
 
 double NoncentralFLaw::logTail(double x, Tail which) const {
   if (!(x > 0.0) || std::isinf(x)) {
     return std::log(tail(x, which));
   }
-  return std::isinf(df2_) ? limit_.logTail(df1_ * x, which)
-                          : beta_.logTail(FLaw::point(x, df1_, df2_), which);
+  if (central()) {
+    return FLaw(df1_, df2_).logTail(x, which);
+  }
+  return constant() ? limit_.logTail(reduced(x), which)
+                    : beta_.logTail(FLaw::point(x, df1_, df2_), which);
 }
 
 double NoncentralFLaw::density(double x) const {
@@ -247,8 +323,13 @@ double NoncentralFLaw::density(double x) const {
            : x == 0.0    ? FLaw(df1_, df2_).density(0.0) * std::exp(-0.5 * beta_.nc_)
                          : 0.0;
   }
-  if (std::isinf(df2_)) {
-    return df1_ * limit_.density(df1_ * x);
+  if (central()) {
+    return FLaw(df1_, df2_).density(x);
+  }
+  if (constant()) {
+    const double at = limit_.density(reduced(x));
+    const double slope = df1_ / (1.0 + df1_ / df2_ * x);
+    return at > 1e-290 && slope > 1e-290 ? at * slope : std::exp(logDensity(x));
   }
   const UnitPair at = FLaw::point(x, df1_, df2_);
   const double value = beta_.density(at) * at.x * at.y / x;
@@ -259,13 +340,13 @@ double NoncentralFLaw::logDensity(double x) const {
   if (!(x > 0.0) || std::isinf(x)) {
     return std::log(density(x));
   }
-  if (std::isinf(df2_)) {
-    return std::log(df1_) + limit_.logDensity(df1_ * x);
-  }
-  const UnitPair at = FLaw::point(x, df1_, df2_);
-  if (beta_.nc_ == 0.0) {
+  if (central()) {
     return FLaw(df1_, df2_).logDensity(x);
   }
+  if (constant()) {
+    return std::log(df1_) - std::log1p(df1_ / df2_ * x) + limit_.logDensity(reduced(x));
+  }
+  const UnitPair at = FLaw::point(x, df1_, df2_);
   return beta_.logScaledDensity(at) - std::log(x);
 }
 
@@ -273,11 +354,16 @@ double NoncentralFLaw::quantile(double p, Tail which) const {
   if (std::isnan(p) || p <= 0.0 || p >= 1.0) {
     return std::isnan(p) ? p : (p <= 0.0) == (which == Tail::lower) ? 0.0 : infinity;
   }
-  if (std::isinf(df2_)) {
-    return limit_.quantile(p, which) / df1_;
+  if (central()) {
+    return FLaw(df1_, df2_).quantile(p, which);
+  }
+  if (constant()) {
+    const double t = limit_.quantile(p, which);
+    return t / df2_ > 1e-10 ? std::expm1(t / df2_) * (df2_ / df1_) : t / df1_;
   }
   const UnitPair at = beta_.quantile(p, which);
-  return df2_ / df1_ * (at.x / at.y);
+  const double ratio = df2_ / df1_;
+  return ratio > 1.0 && at.x < at.y ? ratio * at.x / at.y : ratio * (at.x / at.y);
 }
 
 }  // namespace nag2

@@ -20,12 +20,14 @@ class NoncentralChiSquareLaw {
   double quantile(double p, Tail which) const;
 
  private:
+  bool central() const;
+
   double df_;
   double nc_;
 };
 
 // The beta law of X / (X + Y), X non-central chi-square with 2 a degrees of freedom, Y chi-square
-// with 2 b.  NaN where nc is beyond 2e28.
+// with 2 b.
 class NoncentralBetaLaw {
  public:
   NoncentralBetaLaw(double a, double b, double nc) : a_(a), b_(b), nc_(nc) {}
@@ -38,7 +40,10 @@ class NoncentralBetaLaw {
 
  private:
   friend class NoncentralFLaw;
-  double logScaledDensity(UnitPair at) const;  // of x y times the density
+  struct Scaled;
+  bool nearlyCentral() const;
+  double logScaledDensity(UnitPair at) const;         // of x y times the density
+  double deepLogTail(UnitPair at, Tail which) const;  // NaN where the tail is not deep
 
   double a_;
   double b_;
@@ -57,6 +62,10 @@ class NoncentralFLaw {
   double quantile(double p, Tail which) const;
 
  private:
+  bool central() const;
+  bool constant() const;
+  double reduced(double x) const;
+
   double df1_;
   double df2_;
   NoncentralBetaLaw beta_;

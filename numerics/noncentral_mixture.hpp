@@ -77,6 +77,9 @@ MixtureSums mixtureSums(const Family& family, double mean, Tail which, bool asLo
     }
     return wideSums(family, mean, which, peak, spread, asLog);
   }
+  if (!(mean < 1e20)) {  // next to the weights' own factor nothing counts
+    return {0.0, -mean, 1.0, 1.0, 0.0, true};
+  }
   const double top = topIndex(family, mean, peak, spread);
   MixtureSums sums{0.0, 0.0, 0.0, 0.0, 0.0, false};
   const PowerPiece poisson(peak + offset);

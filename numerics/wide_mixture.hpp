@@ -44,6 +44,7 @@ class WideTerms {
     double tail;
     double density;
   };
+  double rounding() const { return asLog_ ? 1e-15 * std::fabs(atCentre_ + reference_) : 0.0; }
   Term at(double j) const {
     const double weight = logWeight(j) - atCentre_;
     const double power = family_.shape() + j;
@@ -78,6 +79,31 @@ class WideTerms {
   double reference_ = 0.0;
 };
 
+// The sums far from the mean, where logarithms of terms are too great to be summed: those of the
+// normal law of the products about their peak, of which the tail is a slowly changing multiple.
+// False where what is left out would be seen in the logarithm.
+template <typename Family>
+bool deepSums(const Family& family, double mean, Tail which, double peak, MixtureSums* sums) {
+  if ((which == Tail::lower) != family.belowMean(mean)) {
+    return false;
+  }
+  const double index = peak + family.offset();
+  const double logProduct = PowerPiece(index).logAt(mean, mean - index) + family.logDecrement(peak);
+  const double least = std::fmax(std::fmax(3e7, 1e14 / peak), 1e-20 * (family.shape() + mean));
+  if (!(logProduct < -least)) {
+    return false;
+  }
+  sums->unit = 0.0;
+  sums->logUnit = logProduct - 0.5 * std::log(family.curve(peak)) + logRootTwoPi;
+  // At least the decrement, and no more than so many of them as anyone sees.
+  const double tail = family.logTailAt(peak, which) - family.logDecrement(peak);
+  sums->tail = std::exp(std::fmin(std::fmax(tail, 0.0), 600.0));
+  sums->density = family.shape() + peak;
+  sums->meanIndex = peak;
+  sums->whole = true;
+  return std::isfinite(sums->logUnit);
+}
+
 // The sums with a step; false where every other term alone gives something else, or terms are too
 // many.
 template <typename Terms>
@@ -108,7 +134,8 @@ bool sumEvery(const Terms& terms, double centre, double step, MixtureSums* sums)
   sums->tail = tails[0] + tails[1];
   sums->density = densities[0] + densities[1];
   sums->meanIndex = centre + moment / sums->density;
-  constexpr double near = 2e-8;  // the full sum's error is its square
+  // The full sum's error is its square; of a great logarithm the terms' own errors count less.
+  const double near = 2e-8 + terms.rounding();
   return std::fabs(tails[0] - tails[1]) <= near * sums->tail &&
          std::fabs(densities[0] - densities[1]) <= near * sums->density;
 }
@@ -119,6 +146,9 @@ MixtureSums wideSums(const Family& family, double mean, Tail which, double peak,
                      bool asLog) {
   constexpr double nan = std::numeric_limits<double>::quiet_NaN();
   MixtureSums sums{1.0, 0.0, nan, nan, nan, true};
+  if (asLog && deepSums(family, mean, which, peak, &sums)) {
+    return sums;
+  }
   if (!(peak < widest && mean < widest)) {
     sums.unit = nan;
     sums.logUnit = nan;

@@ -25,18 +25,38 @@ struct Formulas<ExponentialPower> {
   double scale() const { return law.parameters_.scale; }
   double half() const { return 0.5 * law.parameters_.shape; }
   const nag2::GammaLaw& gamma() const { return law.gamma_.get<nag2::GammaLaw>(); }
-  double z(double x) const { return (x - law.parameters_.location) / scale(); }
-  double power(double z) const { return 0.5 * std::pow(std::fabs(z), 1.0 / half()); }
+  // In units of the scale, but where that overflows or underflows.
+  struct Place {
+    double distance;
+    double z;
+    Place operator-() const { return {-distance, -z}; }
+  };
+  Place z(double x) const {
+    const double distance = x - law.parameters_.location;
+    return {distance, distance / scale()};
+  }
+  double power(Place at) const {
+    const double r = 1.0 / half();
+    return 0.5 * (std::isnormal(at.z) || at.distance == 0.0
+                      ? std::pow(std::fabs(at.z), r)
+                      : std::pow(std::fabs(at.distance), r) / std::pow(scale(), r));
+  }
 
   Interval support() const { return {-infinity, infinity}; }
-  double pdf(double x) const { return std::exp(logpdf(x)); }
+  double pdf(double x) const {
+    constexpr double most = 150.0;  // whose gamma function is a double
+    const double bell = std::exp(-power(z(x)));
+    return half() < most && bell > 1e-290
+               ? bell / (std::exp2(half() + 1.0) * std::tgamma(half() + 1.0)) / scale()
+               : std::exp(logpdf(x));
+  }
   double logpdf(double x) const { return -power(z(x)) - law.logFactor_; }
   double cdf(double x) const { return upper(-z(x)); }
   double sf(double x) const { return upper(z(x)); }
   double logcdf(double x) const { return logUpper(-z(x)); }
   double logsf(double x) const { return logUpper(z(x)); }
-  double quantile(double p) const { return law.parameters_.location - scale() * upperQuantile(p); }
-  double isf(double q) const { return law.parameters_.location + scale() * upperQuantile(q); }
+  double quantile(double p) const { return law.parameters_.location - upperQuantile(p); }
+  double isf(double q) const { return law.parameters_.location + upperQuantile(q); }
 
   double mean() const { return law.parameters_.location; }
   double var() const {
@@ -54,27 +74,30 @@ struct Formulas<ExponentialPower> {
 
  private:
   // P(|Z| <= |z|) and its complement; where the power underflows by the density at the middle.
-  double within(double at) const {
+  double within(Place at) const {
     const double g = power(at);
     return g > 1e-290 ? gamma().lower(g)
-                      : std::fabs(at) * std::exp(-half() * logTwo - logGamma(1.0 + half()));
+                      : std::fabs(at.z) * std::exp(-half() * logTwo - logGamma(1.0 + half()));
   }
-  double beyond(double at) const {
+  double beyond(Place at) const {
     const double g = power(at);
     return g > 1e-290 ? gamma().upper(g) : 1.0 - within(at);
   }
-  double logBeyond(double at) const {
+  double logBeyond(Place at) const {
     const double g = power(at);
     return g > 1e-290 ? gamma().logTail(g, nag2::Tail::upper) : std::log1p(-within(at));
   }
-  double upper(double at) const { return at < 0.0 ? 0.5 + 0.5 * within(at) : 0.5 * beyond(at); }
-  double logUpper(double at) const {
-    if (at < 0.0) {
+  double upper(Place at) const {
+    return at.distance < 0.0 ? 0.5 + 0.5 * within(at) : 0.5 * beyond(at);
+  }
+  double logUpper(Place at) const {
+    if (at.distance < 0.0) {
       return std::log1p(-0.5 * beyond(at));
     }
     const double inside = within(at);
     return (inside < 0.5 ? std::log1p(-inside) : logBeyond(at)) - logTwo;
   }
+  // The distance from the location.
   double upperQuantile(double q) const {
     if (q == 0.5) {
       return 0.0;
@@ -84,8 +107,9 @@ struct Formulas<ExponentialPower> {
     const double t = middle < 0.5
                          ? gamma().quantile(middle, nag2::Tail::lower)
                          : gamma().quantile(2.0 * std::fmin(q, 1.0 - q), nag2::Tail::upper);
-    return t > 1e-290 ? side * std::pow(2.0 * t, half())
-                      : side * middle * std::exp(half() * logTwo + logGamma(1.0 + half()));
+    return side * (t > 1e-290
+                       ? scaledPower(scale(), 2.0 * t, half())
+                       : scale() * middle * std::exp(half() * logTwo + logGamma(1.0 + half())));
   }
 };
 

@@ -54,13 +54,16 @@ struct Formulas<InverseGaussian> {
   double shape() const { return law.parameters_.shape; }
   double root(double x) const {
     const double quotient = shape() / x;
-    return quotient > 0.0 && std::isfinite(quotient) ? std::sqrt(quotient)
-                                                     : std::sqrt(shape()) / std::sqrt(x);
+    return std::isnormal(quotient) ? std::sqrt(quotient) : std::sqrt(shape()) / std::sqrt(x);
   }
   double a(double x) const { return (x - mu()) / mu() * root(x); }
 
   Interval support() const { return {0.0, infinity}; }
-  double pdf(double x) const { return std::exp(logpdf(x)); }
+  double pdf(double x) const {
+    const double at = a(x);
+    const double bell = std::exp(-0.5 * at * at) / rootTwoPi;
+    return bell > 1e-290 ? bell * (root(x) / x) : x == 0.0 ? 0.0 : std::exp(logpdf(x));
+  }
   double logpdf(double x) const {
     if (x == 0.0) {
       return -infinity;
@@ -69,10 +72,8 @@ struct Formulas<InverseGaussian> {
     return std::isinf(at) ? -infinity
                           : std::log(root(x)) - std::log(x) - logRootTwoPi - 0.5 * at * at;
   }
-  double cdf(double x) const { return x < turn() ? std::exp(logTail(x, true)) : 1.0 - sf(x); }
-  double sf(double x) const {
-    return x < turn() ? 1.0 - cdf(x) : std::fmin(1.0, std::exp(logTail(x, false)));
-  }
+  double cdf(double x) const { return x < turn() ? tail(x, true) : 1.0 - sf(x); }
+  double sf(double x) const { return x < turn() ? 1.0 - cdf(x) : std::fmin(1.0, tail(x, false)); }
   double logcdf(double x) const { return x < turn() ? logTail(x, true) : std::log1p(-sf(x)); }
   double logsf(double x) const { return x < turn() ? std::log1p(-cdf(x)) : logTail(x, false); }
   double quantile(double p) const { return inverse(p, false); }
@@ -92,6 +93,11 @@ struct Formulas<InverseGaussian> {
     const double at = a(x);
     return left ? mills(-at).ratio + mills((x + mu()) / mu() * root(x)).ratio
                 : millsDifference(at, root(x));
+  }
+  double tail(double x, bool left) const {
+    const double at = a(x);
+    const double bell = std::exp(-0.5 * at * at) / rootTwoPi;
+    return bell > 1e-290 ? bell * factor(x, left) : std::exp(logTail(x, left));
   }
   double logTail(double x, bool left) const {
     const double at = a(x);
@@ -118,7 +124,7 @@ struct Formulas<InverseGaussian> {
       return nag2::invertTail(at, true, std::fmin(std::nextafter(turn(), 0.0), mu() / r / r), 0.0,
                               turn());
     }
-    const double still = 2.0 / std::numbers::pi * shape() / target / target;
+    const double still = 2.0 / std::numbers::pi * (shape() / target) / target;
     return nag2::invertTail(
         at, false, std::fmax(std::nextafter(turn(), infinity), std::fmin(mu() * r * r, still)),
         turn(), infinity);

@@ -26,6 +26,7 @@ struct Formulas<NonCentralBeta> : PoissonMixture<Formulas<NonCentralBeta>> {
   nag2::NoncentralBetaLaw mixture() const { return {a(), b(), nc()}; }
   static nag2::UnitPair at(double x) { return nag2::BetaLaw::at(x); }
   double growth(double) const { return 1.0 + b() / a(); }
+  double leastOf(double share) const { return std::fmin(share / growth(0.0), 0.25); }
 
   Interval support() const { return {0.0, 1.0}; }
   double pdf(double x) const { return x == 1.0 ? std::exp(atOne()) : PoissonMixture::pdf(x); }

@@ -26,6 +26,7 @@ struct Formulas<NonCentralChiSquare> : PoissonMixture<Formulas<NonCentralChiSqua
   nag2::NoncentralChiSquareLaw mixture() const { return {df(), nc()}; }
   static double at(double x) { return x; }
   double growth(double x) const { return 0.5 * (1.0 + x / df()); }
+  double leastOf(double share) const { return share * df(); }
 
   Interval support() const { return {0.0, infinity}; }
   // Beyond all sums the upper tail is exp(-(sqrt(x) - sqrt(nc))^2 / 2) and twice the density, up to

@@ -56,6 +56,9 @@ struct Formulas<NonCentralFRatio> : PoissonMixture<Formulas<NonCentralFRatio>> {
   const nag2::NoncentralFLaw& mixture() const { return law.f_.get<nag2::NoncentralFLaw>(); }
   static double at(double x) { return x; }
   double growth(double) const { return 1.0 + df2() / df1(); }
+  double leastOf(double share) const {
+    return std::fmin(share / growth(0.0), 0.25) * (df2() / df1());
+  }
 
   Interval support() const { return {0.0, infinity}; }
 

@@ -28,8 +28,8 @@ struct Formulas<Pareto> {
   double sf(double x) const { return std::exp(-exponent(x)); }
   double logcdf(double x) const { return logOneMinusExp(exponent(x)); }
   double logsf(double x) const { return -exponent(x); }
-  double quantile(double p) const { return minimum() * std::exp(-std::log1p(-p) / shape()); }
-  double isf(double q) const { return minimum() * std::exp(-std::log(q) / shape()); }
+  double quantile(double p) const { return scaledExp(minimum(), -std::log1p(-p) / shape()); }
+  double isf(double q) const { return scaledExp(minimum(), -std::log(q) / shape()); }
 
   double mean() const {
     const double a = shape();

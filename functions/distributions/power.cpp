@@ -38,8 +38,8 @@ struct Formulas<Power> {
   double sf(double x) const { return -std::expm1(exponent(x)); }
   double logcdf(double x) const { return exponent(x); }
   double logsf(double x) const { return logOneMinusExp(-exponent(x)); }
-  double quantile(double p) const { return maximum() * std::exp(std::log(p) / shape()); }
-  double isf(double q) const { return maximum() * std::exp(std::log1p(-q) / shape()); }
+  double quantile(double p) const { return scaledPower(maximum(), p, 1.0 / shape()); }
+  double isf(double q) const { return scaledExp(maximum(), std::log1p(-q) / shape()); }
 
   double mean() const { return maximum() * (shape() / (shape() + 1.0)); }
   double var() const {

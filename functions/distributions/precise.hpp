@@ -27,6 +27,25 @@ inline double logOfTail(double tail, double complement) {
   return tail <= 0.5 ? std::log(tail) : std::log1p(-complement);
 }
 
+// scale times the power, which alone may overflow or underflow.
+inline double scaledPower(double scale, double base, double exponent) {
+  const double power = std::pow(base, exponent);
+  if (std::isnormal(power)) {
+    return scale * power;
+  }
+  const double root = std::pow(base, 0.5 * exponent);
+  return scale * root * root;
+}
+// scale exp(t) likewise.
+inline double scaledExp(double scale, double t) {
+  const double power = std::exp(t);
+  if (std::isnormal(power)) {
+    return scale * power;
+  }
+  const double root = std::exp(0.5 * t);
+  return scale * root * root;
+}
+
 // log(x / unit) for positive x, without loss near the unit.
 inline double logRatio(double x, double unit) {
   if (x > 0.5 * unit && x < 2.0 * unit) {

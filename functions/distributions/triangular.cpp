@@ -42,13 +42,17 @@ struct Formulas<Triangular> {
            : x < mode() ? top + std::log((x - a()) / (mode() - a()))
                         : top + std::log((b() - x) / (b() - mode()));
   }
-  double cdf(double x) const { return x <= mode() ? below(x) : 1.0 - above(x); }
-  double sf(double x) const { return x <= mode() ? 1.0 - below(x) : above(x); }
+  double cdf(double x) const { return x <= mode() ? below(x) : notAbove(x); }
+  double sf(double x) const { return x <= mode() ? notBelow(x) : above(x); }
   double logcdf(double x) const {
-    return x <= mode() ? logPart(x - a(), mode() - a(), below(x)) : std::log1p(-above(x));
+    return x > mode()       ? logOfTail(notAbove(x), above(x))
+           : below(x) > 0.5 ? std::log1p(-notBelow(x))
+                            : logPart(x - a(), mode() - a(), below(x));
   }
   double logsf(double x) const {
-    return x <= mode() ? std::log1p(-below(x)) : logPart(b() - x, b() - mode(), above(x));
+    return x <= mode()      ? logOfTail(notBelow(x), below(x))
+           : above(x) > 0.5 ? std::log1p(-notAbove(x))
+                            : logPart(b() - x, b() - mode(), above(x));
   }
   double quantile(double p) const {
     return p <= left() ? fromLeft(p, 1.0 - p) : fromRight(1.0 - p, p);
@@ -69,6 +73,17 @@ struct Formulas<Triangular> {
  private:
   double below(double x) const { return ((x - a()) / width()) * ((x - a()) / (mode() - a())); }
   double above(double x) const { return ((b() - x) / width()) * ((b() - x) / (b() - mode())); }
+  // Their complements, as sums where they are small.
+  double notAbove(double x) const {
+    const double tail = above(x);
+    const double part = x - mode();
+    return tail < 0.5 ? 1.0 - tail : left() + part / width() * (1.0 + (b() - x) / (b() - mode()));
+  }
+  double notBelow(double x) const {
+    const double tail = below(x);
+    const double part = mode() - x;
+    return tail < 0.5 ? 1.0 - tail : right() + part / width() * (1.0 + (x - a()) / (mode() - a()));
+  }
   // log of part^2 / (width side), which is tail.
   double logPart(double part, double side, double tail) const {
     return tail > 1e-290 ? std::log(tail) : std::log(part / width()) + std::log(part / side);

@@ -37,7 +37,12 @@ struct Formulas<Weibull> {
       return 0.0;
     }
     // shape - 1 would be rounded; the power itself underflows before the density does.
-    return w > 1e-290 ? w * std::exp(-w) / x * c : std::pow(x / scale(), c - 1.0) * (c / scale());
+    if (w > 1e-290) {
+      return w * std::exp(-w) / x * c;
+    }
+    const double z = x / scale();
+    const double value = std::pow(z, c - 1.0) * (c / scale());
+    return std::isnormal(z) && std::isfinite(value) ? value : std::exp(logpdf(x));
   }
   double logpdf(double x) const {
     const double c = shape();
@@ -51,8 +56,8 @@ struct Formulas<Weibull> {
   double sf(double x) const { return std::exp(-power(x)); }
   double logcdf(double x) const { return logOneMinusExp(power(x), logPower(x)); }
   double logsf(double x) const { return -power(x); }
-  double quantile(double p) const { return scale() * std::pow(-std::log1p(-p), 1.0 / shape()); }
-  double isf(double q) const { return scale() * std::pow(-std::log(q), 1.0 / shape()); }
+  double quantile(double p) const { return scaledPower(scale(), -std::log1p(-p), 1.0 / shape()); }
+  double isf(double q) const { return scaledPower(scale(), -std::log(q), 1.0 / shape()); }
 
   double mean() const { return scale() * std::tgamma(1.0 + 1.0 / shape()); }
   double var() const {

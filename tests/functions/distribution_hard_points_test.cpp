@@ -134,7 +134,57 @@ TEST(DistributionHardPoints, NonCentralLawsOfGreatNoncentralityAndFarTails) {
   }
   const NonCentralBeta beta(1.2, 119.0, 2e7);
   EXPECT_NEAR(beta.cdf(beta.quantile(1e-20)) / 1e-20, 1.0, 1e-8);
-  EXPECT_TRUE(std::isnan(NonCentralFRatio(2.0, 3.0, 1e300).quantile(0.5)));
+}
+
+void expectClose(double value, double expected, const char* where) {
+  EXPECT_LE(std::fabs(value - expected), 1e-14 * std::fabs(expected)) << where << ": " << value;
+}
+#define EXPECT_CLOSE(value, expected) expectClose(value, expected, #value)
+
+// Parameters and points at both ends of the doubles; references at 60 digits.
+TEST(DistributionHardPoints, AtTheEndsOfDoubles) {
+  EXPECT_CLOSE(NonCentralFRatio(1e300, 3.0, 1e5).quantile(0.3), 0.81858274888612384);
+  EXPECT_CLOSE(NonCentralFRatio(1e300, 3.0, 1e5).isf(0.3), 2.1072561889158327);
+  EXPECT_CLOSE(NonCentralFRatio(2.0, 3.0, 1e300).quantile(0.5), 6.3398840110022109e+299);
+  EXPECT_CLOSE(Beta(7.0, 1.7083620752308099e129).pdf(2.5996442947684129e-166),
+               1.8205831756767482e-92);
+  EXPECT_CLOSE(NonCentralChiSquare(3.0, 1e-30).sf(300.0), 9.9487583463277089e-65);
+  EXPECT_CLOSE(
+      InverseGaussian(75.790707175560158, 1.4456116015395835e-191).sf(8.0163026180493632e+130),
+      1.0714670551696174e-161);
+  EXPECT_CLOSE(Triangular(0.0, 16.0, 3e-267).cdf(1e-3), 0.00012499609375);
+  EXPECT_EQ(FRatio(2.7658907254591114e157, 9.6467880847098701).pdf(6.1951457074656864e-174), 0.0);
+  const FRatio small(1.2299160350895413, 11792861907.890116);
+  EXPECT_NEAR(small.quantile(small.cdf(2.137e-312)) / 2.137e-312, 1.0, 1e-11);  // has 11 digits
+  const FRatio huge(131139547529647.77, 2.4036220401331613e-157);
+  EXPECT_NEAR(std::log(huge.quantile(huge.cdf(1.5777556481942191e131))), 302.0946, 1e-3);
+  const Weibull weibull(8.2912715455965951e-06, 4.802344629688118e161);
+  EXPECT_NEAR(weibull.quantile(weibull.cdf(2.9e-301)) / 2.9e-301, 1.0, 1e-7);
+  EXPECT_TRUE(std::isfinite(NonCentralBeta(2.4e191, 2.5, 3.5e191).quantile(0.9)));  // in no time
+}
+
+// The lower tail for b = 1 is x^a exp(-nc y / 2), for b = 2 the same times 1 + (a + nc x / 2) y.
+TEST(DistributionHardPoints, NonCentralBetaByItsClosedForms) {
+  for (const double nc : {1e-3, 1.0, 1e3, 1e6, 1e9, 1e12, 1e15, 1e20, 1e30, 1e100, 1e300}) {
+    for (const double a : {0.01, 1.5, 1e4, 1e10, 1e30, 1e200}) {
+      for (const double y : {0.75, 1e-2, 1e-9}) {
+        const double x = 1.0 - y;
+        const double first = a * std::log(x);
+        const double second = -0.5 * nc * (1.0 - x);
+        const double growth = (a + 0.5 * nc * x) * (1.0 - x);
+        const double parts[] = {first + second, first + second + std::log1p(growth)};
+        for (const double b : {1.0, 2.0}) {
+          const double log = parts[static_cast<int>(b) - 1];
+          if (b == 2.0 && log > -0.1) {
+            continue;  // the sum above cancels
+          }
+          const double condition = std::fmax(a + nc, 1.0);
+          EXPECT_NEAR(NonCentralBeta(a, b, nc).logcdf(x), log, 1e-14 * condition)
+              << a << " " << b << " " << nc << " " << x;
+        }
+      }
+    }
+  }
 }
 
 }  // namespace
