@@ -191,4 +191,24 @@ double kendall(const Rows& rows, std::size_t i, std::size_t j) {
   return std::clamp((difference / (sqrt(untiedX) * sqrt(untiedY))).high, -1.0, 1.0);
 }
 
+CompleteRows::CompleteRows(const Rows& rows) : function_(rows.function()), columns_(rows.width()) {
+  const auto found = rows.present([&](const double* const* c, const double* w, std::size_t n) {
+    for (std::size_t j = 0; j < columns_.size(); ++j) {
+      columns_[j].insert(columns_[j].end(), c[j], c[j] + n);
+    }
+    if (w != nullptr) {
+      weights_.insert(weights_.end(), w, w + n);
+    }
+  });
+  if (rows.undefined(found)) {
+    columns_.assign(rows.width(), {});
+    weights_.clear();
+  }
+}
+
+Rows CompleteRows::rows() const {
+  const std::vector<Data> columns(columns_.begin(), columns_.end());
+  return {function_, columns, weights_.empty() ? Data() : Data(weights_), Missing::propagate};
+}
+
 }  // namespace vexel

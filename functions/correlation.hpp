@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <functional>
+#include <vector>
 
 #include "functions/covariance.hpp"
 #include "functions/rows.hpp"
@@ -16,5 +17,17 @@ using CorrelationEntry = std::function<double(std::size_t i, std::size_t j)>;
 double pearsonOf(const Comoments& all, std::size_t i, std::size_t j);
 double spearman(const Rows& rows, std::size_t i, std::size_t j);
 double kendall(const Rows& rows, std::size_t i, std::size_t j);
+
+// A copy of the rows in which nothing is missing, which every pair of columns then shares.
+class CompleteRows {
+ public:
+  explicit CompleteRows(const Rows& rows);
+  Rows rows() const;
+
+ private:
+  const char* function_;
+  std::vector<std::vector<double>> columns_;
+  std::vector<double> weights_;  // none without weights
+};
 
 }  // namespace vexel

@@ -300,9 +300,13 @@ SquareMatrix corr(std::span<const Data> columns, const CorrelationOptions& optio
   return matrixOf(rows, options.missing, [&](Rows& some) -> CorrelationEntry {
     switch (options.method) {
       case Correlation::spearman:
-        return [some](std::size_t i, std::size_t j) { return spearman(some, i, j); };
+        return [complete = CompleteRows(some)](std::size_t i, std::size_t j) {
+          return spearman(complete.rows(), i, j);
+        };
       case Correlation::kendall:
-        return [some](std::size_t i, std::size_t j) { return kendall(some, i, j); };
+        return [complete = CompleteRows(some)](std::size_t i, std::size_t j) {
+          return kendall(complete.rows(), i, j);
+        };
       default:
         return [all = comoments(some, true)](std::size_t i, std::size_t j) {
           return pearsonOf(all, i, j);

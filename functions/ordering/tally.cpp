@@ -235,7 +235,10 @@ template TallyResult<std::int64_t> tallyOf(Data, const TallyOptions&);
 
 double mode(Data x, const TallyOptions& options) {
   return onElements(x, [&]<typename T>(std::span<const T> points) {
-    const TallyResult<T> t = tallyOf<T>(Data(points), options);
+    const TallyResult<T> t = tallyOf<T>(Data(points), {.weights = options.weights});
+    if (options.missing == Missing::raise && t.missing > 0) {
+      requireNoneMissing("mode", points, options.weights);
+    }
     requireSomeWeight("mode", points, options.weights);
     if (t.values.empty() || (options.missing == Missing::propagate && t.missing > 0)) {
       return std::numeric_limits<double>::quiet_NaN();

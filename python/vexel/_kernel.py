@@ -4,6 +4,7 @@ from __future__ import annotations
 
 import re
 from collections.abc import Callable
+from datetime import date
 from decimal import Decimal
 from fractions import Fraction
 from functools import lru_cache
@@ -52,7 +53,8 @@ class Procedure:
 
 
 class Expression:
-    """A symbolic value where SymPy is not installed; `str` is its text."""
+    """A value that Python has no form of its own for: a law, a generator or a state of the language,
+    a symbolic value where SymPy is not installed.  `str` is its text; calls take it as it is."""
 
     __slots__ = ("_value",)
 
@@ -135,6 +137,8 @@ def to_host(x: Any) -> Any:
         return _host.held(list(x))
     if isinstance(x, dict):
         return _host.call_held("table", [Equation(k, v) for k, v in x.items()])
+    if type(x) is date:
+        return _host.call_held("date", x.isoformat())
     if type(x).__module__.partition(".")[0] == "sympy":
         return _host.eval_held(sympy_text(x) + ";")
     if callable(x):
@@ -234,10 +238,17 @@ def from_host(value: Any, kind: str) -> Any:
         return dict(_host.call("tolist", value))
     if kind == "pointer":
         return value
+    if kind == "date":
+        return date.fromisoformat(value.text())
+    if kind not in _SYMBOLIC:
+        return Expression(value)
     try:
         return _to_sympy(value, kind)
-    except ImportError:
+    except (ImportError, ValueError):  # or a call of what SymPy has no form for, such as a text
         return Expression(value)
+
+
+_SYMBOLIC = frozenset(("name", "integer", "float", "sum", "product", "power", "call", "relation"))
 
 
 def _complex_parts(value: Any) -> Any:

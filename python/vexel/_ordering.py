@@ -37,6 +37,17 @@ def _unsigned(x: Array, out: Array | None = None) -> Array:
     return _placed(values, out)
 
 
+_OWN = frozenset(np.dtype(t) for t in ("f8", "f4", "i8", "i4"))
+
+
+def _other(x: Any) -> Any:
+    """The element type of an array that the extension converts on the way in; None for its own."""
+    if type(x) is not np.ndarray or x.dtype in _OWN or x.dtype.kind not in "biuf" or x.dtype.itemsize > 8:
+        return None
+    kind = x.dtype.newbyteorder("=")
+    return None if kind in _OWN else kind
+
+
 def _placed(values: Array, out: Array | None) -> Array:
     if out is None:
         return values
@@ -88,6 +99,9 @@ def sort(x: ArrayLike, *, axis: Axis = -1, nan_policy: NanPolicy = "propagate",
     moved = _signed(x)
     if moved is not None:
         return _unsigned(_core.sort(moved, axis, nan_policy, None, progress), out)
+    other = _other(x)
+    if other is not None:
+        return _placed(_core.sort(x, axis, nan_policy, None, progress).astype(other), out)
     return _core.sort(x, axis, nan_policy, out, progress)
 
 
@@ -185,7 +199,9 @@ def tally(x: ArrayLike, *, weights: ArrayLike | None = None,
     if moved is not None:
         values, counts, missing = _core.tally(moved, weights, nan_policy, progress)
         return TallyResult(_unsigned(values), counts, missing)
-    return TallyResult(*_core.tally(x, weights, nan_policy, progress))
+    values, counts, missing = _core.tally(x, weights, nan_policy, progress)
+    other = _other(x)
+    return TallyResult(values if other is None else values.astype(other), counts, missing)
 
 
 def mode(x: ArrayLike, *, weights: ArrayLike | None = None, nan_policy: NanPolicy = "propagate",
@@ -334,7 +350,9 @@ def trim(x: ArrayLike, cut: Cut, *, weights: ArrayLike | None = None,
     moved = _signed(x)
     if moved is not None:
         return _unsigned(_core.trim(moved, low, high, weights, nan_policy, progress))
-    return _core.trim(x, low, high, weights, nan_policy, progress)
+    values = _core.trim(x, low, high, weights, nan_policy, progress)
+    other = _other(x)
+    return values if other is None else values.astype(other)
 
 
 def winsorize(x: ArrayLike, cut: Cut, *, weights: ArrayLike | None = None,
@@ -365,4 +383,7 @@ def winsorize(x: ArrayLike, cut: Cut, *, weights: ArrayLike | None = None,
     moved = _signed(x)
     if moved is not None:
         return _unsigned(_core.winsorize(moved, low, high, weights, nan_policy, axis, None, progress), out)
+    other = _other(x)
+    if other is not None:
+        return _placed(_core.winsorize(x, low, high, weights, nan_policy, axis, None, progress).astype(other), out)
     return _core.winsorize(x, low, high, weights, nan_policy, axis, out, progress)

@@ -196,8 +196,9 @@ def permutation(n: int | ArrayLike, rng: Rng = None) -> Array:
 
     Parameters
     ----------
-    n : int, list or ndarray
-        How many; of a list or an array, its elements in random order (of a matrix, its rows).
+    n : int or array_like
+        How many; of a list, an array or a column, its elements in random order (of a matrix, its
+        rows).
     rng : Random, int or None
         As in `choice`.
 
@@ -206,10 +207,10 @@ def permutation(n: int | ArrayLike, rng: Rng = None) -> Array:
     >>> sorted(vx.permutation(4, rng=1).tolist())
     [0, 1, 2, 3]
     """
-    if isinstance(n, (list, tuple, np.ndarray)) and np.ndim(n) > 0:
-        items = np.asarray(n)
-        return items[_core.permutation(len(items), rng)]
-    return _core.permutation(n, rng)
+    if isinstance(n, (int, np.integer)) or np.ndim(n) == 0:
+        return _core.permutation(n, rng)
+    items = np.asarray(n)
+    return items[_core.permutation(len(items), rng)]
 
 
 def shuffle(x: Any, rng: Rng = None) -> None:

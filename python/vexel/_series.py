@@ -341,7 +341,7 @@ def t_test(x: ArrayLike, y: ArrayLike | None = None, *, mean: float = 0, equal_v
     y : array_like, optional
         Another one; a single number is a `mean`.
     mean : float
-        What the mean of one sample is tested against.
+        What the mean of one sample is tested against, without `y`.
     equal_var : bool
         Two samples: False is Welch's test.
     nan_policy : {"propagate", "omit", "raise"}
@@ -357,8 +357,12 @@ def t_test(x: ArrayLike, y: ArrayLike | None = None, *, mean: float = 0, equal_v
     >>> vx.t_test([1, 2, 3], mean=2)
     TestResult(statistic=0.0, pvalue=1.0)
     """
-    if y is None or isinstance(y, (int, float)):
-        return TestResult(*_core.t_test(x, mean if y is None else y, nan_policy))
+    if y is None:
+        return TestResult(*_core.t_test(x, mean, nan_policy))
+    if not isinstance(mean, (int, float)) or mean != 0:
+        raise ValueError(f"mean: left out where y is given is what is allowed, {_core.short_text(mean)} came")
+    if isinstance(y, (int, float)) or (hasattr(y, "__float__") and np.ndim(y) == 0):
+        return TestResult(*_core.t_test(x, y, nan_policy))
     return TestResult(*_core.t_test_two(x, y, equal_var, nan_policy))
 
 

@@ -13,10 +13,11 @@ if TYPE_CHECKING:
 
 def _ends(cut: Cut) -> tuple[float, float]:
     """What to cut off below and above: one fraction for both, or a pair."""
-    if isinstance(cut, (tuple, list)):
-        if len(cut) != 2:
-            raise ValueError(f"cut: a fraction or a pair of them is allowed, {len(cut)} values came")
-        return cut[0], cut[1]
+    if isinstance(cut, (tuple, list)) or getattr(cut, "ndim", 0) == 1:
+        if len(cut) != 2:  # type: ignore[arg-type]
+            raise ValueError(f"cut: a fraction or a pair of them is allowed, {len(cut)} values came")  # type: ignore[arg-type]
+        low, high = cut  # type: ignore[misc]
+        return low, high
     return cut, cut  # type: ignore[return-value]
 
 

@@ -387,6 +387,10 @@ TEST(Ordering, ErrorsSayWhatCame) {
             }),
             "tally: element 1 is missing");
   EXPECT_EQ(message([&] {
+              vx::mode(Doubles{1, kNan}, {.missing = vx::Missing::raise});
+            }),
+            "mode: element 1 is missing");
+  EXPECT_EQ(message([&] {
               vx::histogram({1, kInf}, 3);
             }),
             "range: the data hold infinities, so it has to be given");

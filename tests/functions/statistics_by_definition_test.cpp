@@ -188,6 +188,10 @@ TEST(Covariance, OfColumnsIsThatOfPairs) {
   z99.erase(z99.begin() + 50);
   expectNear(vexel::cov(columns, {.missing = Missing::omit})(0, 2), vexel::cov(x99, z99), 4 * kUlp,
              "complete rows");
+  for (const auto method : {Correlation::pearson, Correlation::spearman, Correlation::kendall}) {
+    expectNear(vexel::corr(columns, {.method = method, .missing = Missing::omit})(0, 2),
+               vexel::corr(x99, z99, {.method = method}), 4 * kUlp, "complete rows");
+  }
 }
 
 TEST(Describe, PrintsATable) {

@@ -1,5 +1,6 @@
 """The host from Python: values across the border, callables, errors, threads, signals."""
 
+import datetime
 import gc
 import os
 import signal
@@ -27,7 +28,7 @@ t = sympy.Symbol("t")
 @pytest.mark.parametrize("value", [
     None, True, False, 3, -2**31, 2**80, 1.5, float("inf"), 1 + 2j, Fraction(1, 3),
     Decimal("3.14159265358979323846264338327950288"), "text", [1, [2.5, "a"]], {"a": 1, 2: [3]},
-    slice(1, 3), t**2 + sympy.pi / 3, sympy.exp(-t**4) * sympy.sin(t), sympy.sqrt(t + 1)],
+    slice(1, 3), datetime.date(2020, 2, 29), t**2 + sympy.pi / 3, sympy.exp(-t**4) * sympy.sin(t), sympy.sqrt(t + 1)],
     ids=repr)
 def test_values_come_back(k, value):
     k["v"] = value
@@ -80,6 +81,16 @@ def test_entry_points_and_procedures(k):
     k.function("twice", lambda x: 2 * x)
     assert k.eval("twice(t)") == 2 * t
     assert k.call("Array", slice(1, 2), datatype="integer[4]").dtype == np.int32
+
+
+def test_what_only_the_language_has_goes_back_as_itself(k):
+    for text in ("Normal(1, 2)", "Random(42)", "Sobol(2)", "Sums()", "kde([1, 2, 4])", 'f("a", 1)'):
+        value = k.eval(text)
+        assert text.split("(")[0].lower() in str(value).lower().replace("kerneldensity", "kde")
+        assert k.eval(f"[{text}]")[0] is not None
+    assert k.call("sf", k.eval("Normal(1, 2)"), 3.0) == vx.Normal(1, 2).sf(3)
+    stream = k.eval("Random(42)")
+    assert (k.call("uniform", 3, rng=stream) == vx.Random(42).uniform(3)).all()
 
 
 @pytest.mark.parametrize("text", ["1 + 1", "1 + 1;", "1 + 1; # two", "# two\n1 + 1"])

@@ -5,9 +5,11 @@ import math
 import pickle
 
 import numpy as np
+import pandas as pd
 import pytest
 
 import vexel as vx
+from vexel.compat import scipy
 
 # One of each law.
 LAWS = [
@@ -99,6 +101,29 @@ def test_random():
     assert set(vx.choice([10, 20], (50, 2), weights=[0, 1], rng=1).ravel()) == {20}
     with pytest.raises(ValueError):
         vx.choice(3, 4, replace=False)
+    for array in (np.arange(5, 9), range(5, 9), pd.Series(range(5, 9), index=list("abcd")), (5, 6, 7, 8)):
+        assert (vx.permutation(array, rng=1) == vx.permutation(4, rng=1) + 5).all()
+
+
+def test_scipys_names():
+    for law in (scipy.norm(1, 2), scipy.gamma(2.5, scale=2), scipy.randint(1, 7), scipy.lognorm(0.5)):
+        back = pickle.loads(pickle.dumps(law))
+        assert back.cdf(3) == law.cdf(3) and back.dist is law.dist
+    x = np.array([1.0, 2, 4, 9])
+    density, shares = scipy.gaussian_kde(x, weights=[1, 2, 1, 4]), scipy.gaussian_kde(x, weights=[0.125, 0.25, 0.125, 0.5])
+    assert density(3.0) == pytest.approx(shares(3.0), rel=1e-14)
+    with pytest.raises(NotImplementedError):
+        scipy.gaussian_kde([x, x])
+    table = np.array([[1.0, 2], [2, 5], [4, 4]])
+    for axis in (0, 1):
+        found = scipy.ttest_1samp(table, 1.5, axis=axis)
+        for i, lane in enumerate(np.moveaxis(table, axis, -1)):
+            assert (found.statistic[i], found.pvalue[i]) == vx.t_test(lane, 1.5)
+    low, high = scipy.norm.interval(0.5, loc=[0, 10], scale=[1, 2])
+    assert (low + high).tolist() == [0, 20]
+    several = scipy.norm([0, 1000], 1)
+    assert several.mean().tolist() == [0, 1000] and several.rvs((5, 2), random_state=1).shape == (5, 2)
+    assert np.diff(several.rvs(random_state=np.random.RandomState(1))) > 900
 
 
 def test_bit_generator():

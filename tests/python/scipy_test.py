@@ -72,6 +72,23 @@ def test_arrays_of_parameters():
     loc = np.arange(3.0)
     np.testing.assert_allclose(ours.norm.cdf(1.0, loc, [[1], [2]]), theirs.norm.cdf(1.0, loc, [[1], [2]]), rtol=1e-14)
     assert ours.gamma.fit([1, 2, 6], floc=0) == pytest.approx(theirs.gamma.fit([1, 2, 6], floc=0), rel=1e-6)
-    np.testing.assert_allclose(ours.gaussian_kde([1, 2, 4])(2.5), theirs.gaussian_kde([1, 2, 4])(2.5), rtol=1e-12)
+    w = [0.2, 0.5, 0.3]
+    for given in ({}, {"weights": w}, {"bw_method": "silverman", "weights": w}, {"bw_method": 0.3}):
+        np.testing.assert_allclose(ours.gaussian_kde([1, 2, 4], **given)(2.5), theirs.gaussian_kde([1, 2, 4], **given)(2.5), rtol=1e-12)
+    np.testing.assert_allclose(ours.t.interval(0.95, [3, 5], loc=[1, 2]), theirs.t.interval(0.95, [3, 5], loc=[1, 2]), rtol=1e-8)
+    np.testing.assert_allclose(ours.norm(loc, 2).ppf(0.3), theirs.norm(loc, 2).ppf(0.3), rtol=1e-14)
+
+
+def test_tables():
+    x, y = np.random.default_rng(1).normal(size=(2, 7, 3))
+    for name, arguments in (("ttest_1samp", (x, 0.5)), ("ttest_ind", (x, y)), ("ttest_rel", (x, y)), ("chisquare", (np.abs(x),))):
+        for axis in (0, 1, None) if name != "chisquare" else (0, 1):
+            expected = getattr(theirs, name)(*arguments, axis=axis)
+            found = getattr(ours, name)(*arguments, axis=axis)
+            np.testing.assert_allclose(found, [expected.statistic, expected.pvalue], rtol=1e-9)
+    found, expected = ours.describe(x), theirs.describe(x)
+    assert found._fields == expected._fields and found.nobs == expected.nobs
+    for a, b in zip(found[1:], expected[1:]):
+        np.testing.assert_allclose(a, b, rtol=1e-10)
     with pytest.raises(TypeError):
         ours.gamma.cdf(1.0)

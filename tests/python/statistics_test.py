@@ -2,6 +2,7 @@
 
 import glob
 import os
+from fractions import Fraction
 
 import numpy as np
 import pytest
@@ -79,6 +80,12 @@ def test_element_types():
         x = np.array([3, 1, 2, 1], dtype)
         assert vx.sort(x).dtype == vx.tally(x).values.dtype == vx.trim(x, 0.25).dtype == dtype
         assert vx.winsorize(x, 0.25).dtype == dtype and vx.rank(x).dtype == "f8"
+    for dtype in ("i1", "u1", "i2", "u2", "u4", "u8", "f2", "?"):
+        x = np.array([1, 0, 1, 1], dtype)
+        out = np.empty(4, dtype)
+        assert vx.sort(x, out=out) is out and out.tolist() == [0, 1, 1, 1]
+        assert vx.winsorize(x, 0.25, out=out) is out and out.tolist() == [1, 1, 1, 1]
+        assert vx.sort(x).dtype == vx.tally(x).values.dtype == vx.trim(x, 0.25).dtype == vx.winsorize(x, 0).dtype == dtype
     big = np.array([2**62 + 1, 2**62])
     assert vx.sort(big).tolist() == [2**62, 2**62 + 1] and vx.sort([3, 1]).dtype == "i8"
 
@@ -128,6 +135,7 @@ def test_policies(f):
     (lambda: vx.cov([1, 2, 3]), ValueError, "x: without y"),
     (lambda: vx.moving([1, 2], 0), ValueError, "window: at least 1"),
     (lambda: vx.trimmed_mean([1, 2], (0.1,)), ValueError, "cut: "),
+    (lambda: vx.trimmed_mean([1, 2], np.array([0.1, 0.2, 0.3])), ValueError, "cut: "),
     (lambda: vx.Random(-1), ValueError, r"seed: from 0 to 2\^64 - 1"),
     (lambda: vx.Random(2**64), ValueError, "seed"),
     (lambda: vx.Random("a"), TypeError, "seed"),
@@ -135,6 +143,15 @@ def test_policies(f):
 def test_errors_name_parameter_and_value(call, error, text):
     with pytest.raises(error, match=text):
         call()
+
+
+def test_one_number_is_a_mean_to_test_against():
+    x = [1.0, 2, 4, 4, 9]
+    for number in (2, np.float64(2), np.int64(2), np.float32(2), np.array(2.0), Fraction(2)):
+        assert vx.t_test(x, number) == vx.t_test(x, mean=2)
+    for y in (2, x):
+        with pytest.raises(ValueError, match="mean: left out"):
+            vx.t_test(x, y, mean=1)
 
 
 def test_errors_never_print_arrays():

@@ -18,7 +18,7 @@ from __future__ import annotations
 
 from collections.abc import Callable
 from types import SimpleNamespace
-from typing import Any
+from typing import Any, NamedTuple
 
 import numpy as np
 
@@ -29,6 +29,13 @@ from vexel._results import TestResult
 
 _LINEAR = frozenset(("pdf", "logpdf", "pmf", "logpmf", "cdf", "sf", "logcdf", "logsf"))
 _INVERSE = frozenset(("ppf", "isf", "quantile"))
+
+
+def _stream(random_state: Any) -> Any:
+    """What the samplers take of SciPy's forms: NumPy's older generators give a seed."""
+    if isinstance(random_state, np.random.RandomState):
+        return random_state.randint(0, 2**63 - 1, dtype=np.int64)
+    return random_state
 
 
 class _Frozen:
@@ -59,8 +66,11 @@ class _Frozen:
     def _standard(self, x: Any) -> Any:
         return (np.asarray(x, dtype=np.float64) - self._loc) / self._scale
 
+    def __reduce__(self) -> Any:
+        return _Frozen, (self.dist, self.args, self.kwds["loc"], self.kwds["scale"])
+
     def rvs(self, size: Any = None, random_state: Any = None) -> Any:
-        values = self._law.sample(size, random_state)
+        values = self._law.sample(size, _stream(random_state))
         return values if self._loc == 0 and self._scale == 1 else self._loc + self._scale * values
 
     def interval(self, confidence: float) -> tuple[float, float]:
@@ -90,6 +100,23 @@ class _Frozen:
 
     def expect(self, func: Any = None) -> Any:
         raise NotImplementedError("expect: integrate with the quantile, or average over a sample")
+
+
+class _Several:
+    """Frozen arrays of parameters: a law for each element."""
+
+    def __init__(self, family: _Family, parameters: tuple[Any, ...]) -> None:
+        self.dist, self.args = family, parameters[:-2]
+        self.kwds = dict(zip(("loc", "scale"), parameters[-2:]))
+
+    def __getattr__(self, name: str) -> Any:
+        if name.startswith("_"):
+            raise AttributeError(name)
+        method = getattr(self.dist, name)
+        return lambda *x, **kwds: method(*x, *self.args, **self.kwds, **kwds)
+
+    def rvs(self, size: Any = None, random_state: Any = None) -> Any:
+        return self.dist.rvs(*self.args, **self.kwds, size=size, random_state=random_state)
 
 
 class _Family:
@@ -127,12 +154,17 @@ class _Family:
         return (*(given[n] for n in self._names), given.get("loc", 0), given.get("scale", 1))
 
     def __call__(self, *args: Any, **kwds: Any) -> _Frozen:
-        *shapes, loc, scale = self._arguments(args, kwds)
+        *shapes, loc, scale = parameters = self._arguments(args, kwds)
         if kwds:
             raise TypeError(f"{self.name}: unknown parameters {', '.join(kwds)}")
+        if any(np.ndim(p) for p in parameters):
+            return _Several(self, parameters)
         return _Frozen(self, tuple(shapes), loc, scale)
 
     freeze = __call__
+
+    def __reduce__(self) -> str:
+        return self.name  # which this module knows it by
 
     def _apply(self, method: str, x: tuple[Any, ...], args: tuple[Any, ...], kwds: dict[str, Any]) -> Any:
         parameters = self._arguments(args, kwds)
@@ -140,12 +172,14 @@ class _Family:
             return getattr(_Frozen(self, parameters[:-2], *parameters[-2:]), method)(*x, **kwds)
         # Arrays of parameters: a law for each element.
         all_of = np.broadcast_arrays(*x, *parameters)
-        result = np.empty(all_of[0].shape)
         n = len(x)
-        for at in np.ndindex(result.shape):
+        found = []
+        for at in np.ndindex(all_of[0].shape):
             values = [a[at].item() for a in all_of]
-            result[at] = getattr(_Frozen(self, tuple(values[n:-2]), *values[-2:]), method)(*values[:n])
-        return result
+            found.append(getattr(_Frozen(self, tuple(values[n:-2]), *values[-2:]), method)(*values[:n], **kwds))
+        if found and isinstance(found[0], tuple):  # the ends of an interval, several moments
+            return tuple(np.array(part).reshape(all_of[0].shape) for part in zip(*found))
+        return np.array(found, dtype=np.float64).reshape(all_of[0].shape)
 
     def __getattr__(self, name: str) -> Any:
         if name in _LINEAR or name in _INVERSE:
@@ -157,7 +191,21 @@ class _Family:
         raise AttributeError(f"{self.name} has no {name}")
 
     def rvs(self, *args: Any, size: Any = None, random_state: Any = None, **kwds: Any) -> Any:
-        return self(*args, **kwds).rvs(size, random_state)
+        parameters = self._arguments(args, kwds)
+        if kwds:
+            raise TypeError(f"{self.name}: unknown parameters {', '.join(kwds)}")
+        if not any(np.ndim(p) for p in parameters):
+            return _Frozen(self, parameters[:-2], *parameters[-2:]).rvs(size, random_state)
+        # Arrays of parameters: one variate of each law, all from one stream.
+        drawn = random_state if isinstance(random_state, vx.Random) else vx.Uniform().sample(rng=_stream(random_state))
+        rng = drawn if isinstance(drawn, vx.Random) else vx.Random(int(drawn * 2.0**53))
+        shape = np.broadcast_shapes(*map(np.shape, parameters))
+        all_of = [np.broadcast_to(p, shape if size is None else size) for p in parameters]
+        found = []
+        for at in np.ndindex(all_of[0].shape):
+            values = [a[at].item() for a in all_of]
+            found.append(_Frozen(self, tuple(values[:-2]), *values[-2:]).rvs(None, rng))
+        return np.array(found).reshape(all_of[0].shape)
 
     def fit(self, data: Any, *, floc: float | None = None, **fixed: Any) -> tuple[float, ...]:
         """Maximum likelihood; for laws without a location of their own that is given by floc."""
@@ -214,7 +262,8 @@ invgauss = _Family("invgauss", "mu", lambda mu, scale: vx.InverseGaussian(mu * s
                    fit=_fitted(vx.InverseGaussian, lambda p: (p["mean"] / p["shape"], 0.0, p["shape"])))
 moyal = _Family("moyal", "", vx.Moyal, located=True, fit=_fitted(vx.Moyal, _both))
 gennorm = _Family("gennorm", "beta", lambda b, loc, scale:
-                  vx.ExponentialPower(loc, scale * 2 ** (-1 / b), 2 / b), located=True)
+                  vx.ExponentialPower(loc, scale * 2 ** (-1 / b), 2 / b), located=True,
+                  fit=_fitted(vx.ExponentialPower, lambda p: (2 / p["shape"], p["location"], p["scale"] * 2 ** (p["shape"] / 2))))
 ncx2 = _Family("ncx2", "df nc", vx.NonCentralChiSquare)
 ncf = _Family("ncf", "dfn dfd nc", vx.NonCentralFRatio)
 nct = _Family("nct", "df nc", vx.NonCentralStudentT)
@@ -229,12 +278,12 @@ randint = _Family("randint", "low high", lambda low, high: vx.DiscreteUniform(lo
 
 # ---- functions
 
-def gmean(a: Any, axis: Any = 0, weights: Any = None, nan_policy: Any = "propagate") -> Any:
-    return vx.mean(a, kind="geometric", axis=axis, weights=weights, nan_policy=nan_policy)
+def gmean(a: Any, axis: Any = 0, dtype: Any = None, weights: Any = None, nan_policy: Any = "propagate") -> Any:
+    return vx.mean(a if dtype is None else np.asarray(a, dtype), kind="geometric", axis=axis, weights=weights, nan_policy=nan_policy)
 
 
-def hmean(a: Any, axis: Any = 0, weights: Any = None, nan_policy: Any = "propagate") -> Any:
-    return vx.mean(a, kind="harmonic", axis=axis, weights=weights, nan_policy=nan_policy)
+def hmean(a: Any, axis: Any = 0, dtype: Any = None, *, weights: Any = None, nan_policy: Any = "propagate") -> Any:
+    return vx.mean(a if dtype is None else np.asarray(a, dtype), kind="harmonic", axis=axis, weights=weights, nan_policy=nan_policy)
 
 
 def moment(a: Any, order: Any = 1, axis: Any = 0, nan_policy: Any = "propagate", *, center: Any = None) -> Any:
@@ -263,17 +312,31 @@ def median_abs_deviation(x: Any, axis: Any = 0, *, scale: Any = 1.0, nan_policy:
     return vx.median_absolute_deviation(x, scale=factor, axis=axis, nan_policy=nan_policy)
 
 
-def sem(a: Any, axis: Any = 0, ddof: int = 1) -> Any:
-    a = np.asarray(a)
-    return vx.std(a, ddof=ddof, axis=axis) / np.sqrt(a.size if axis is None else a.shape[axis])
+def sem(a: Any, axis: Any = 0, ddof: int = 1, nan_policy: Any = "propagate") -> Any:
+    a = np.asarray(a, dtype=np.float64)
+    n = np.sum(~np.isnan(a), axis=axis)
+    return vx.std(a, ddof=ddof, axis=axis, nan_policy=nan_policy) / np.sqrt(n)
 
 
 def rankdata(a: Any, method: str = "average", *, axis: Any = None, nan_policy: Any = "propagate") -> Any:
     return vx.rank(a, method=method, axis=axis, nan_policy=nan_policy)
 
 
-def describe(a: Any, nan_policy: Any = "propagate") -> Any:
-    return vx.describe(a, nan_policy=nan_policy)
+class DescribeResult(NamedTuple):
+    nobs: Any
+    minmax: tuple[Any, Any]
+    mean: Any
+    variance: Any
+    skewness: Any
+    kurtosis: Any
+
+
+def describe(a: Any, axis: Any = 0, ddof: int = 1, bias: bool = True, nan_policy: Any = "propagate") -> Any:
+    d = vx.describe(a, axis=axis, nan_policy=nan_policy)
+    options = {"axis": axis, "nan_policy": nan_policy}
+    nobs = np.asarray(d.count if nan_policy == "omit" else np.add(d.count, d.missing)).astype(int)
+    return DescribeResult(nobs[()] if nan_policy == "omit" else int(nobs.flat[0]), (d.min, d.max), d.mean,
+                          vx.var(a, ddof=ddof, **options), vx.skewness(a, bias=bias, **options), vx.kurtosis(a, bias=bias, **options))
 
 
 def pearsonr(x: Any, y: Any) -> Any:
@@ -298,20 +361,34 @@ def shapiro(x: Any) -> Any:
     return vx.shapiro(x)
 
 
-def ttest_1samp(a: Any, popmean: float, *, nan_policy: Any = "propagate") -> Any:
-    return vx.t_test(a, mean=popmean, nan_policy=nan_policy)
+def _along(test: Callable[..., Any], axis: Any, *samples: Any) -> Any:
+    """A test along an axis of arrays of several dimensions."""
+    if axis is None or all(np.ndim(s) < 2 for s in samples):
+        return test(*samples)
+    lanes = [np.moveaxis(np.asarray(s), axis, -1) for s in samples]
+    shape = np.broadcast_shapes(*(a.shape[:-1] for a in lanes))
+    lanes = [np.broadcast_to(a, (*shape, a.shape[-1])) for a in lanes]
+    found = np.empty((2, *shape))
+    for at in np.ndindex(shape):
+        found[(slice(None), *at)] = test(*(a[at] for a in lanes))
+    return TestResult(*found)  # type: ignore[arg-type]
 
 
-def ttest_ind(a: Any, b: Any, *, equal_var: bool = True, nan_policy: Any = "propagate") -> Any:
-    return vx.t_test(a, b, equal_var=equal_var, nan_policy=nan_policy)
+def ttest_1samp(a: Any, popmean: float, axis: Any = 0, nan_policy: Any = "propagate") -> Any:
+    return _along(lambda a: vx.t_test(a, mean=popmean, nan_policy=nan_policy), axis, a)
 
 
-def ttest_rel(a: Any, b: Any, *, nan_policy: Any = "propagate") -> Any:
-    return vx.t_test(np.asarray(a, dtype=float) - np.asarray(b, dtype=float), nan_policy=nan_policy)
+def ttest_ind(a: Any, b: Any, axis: Any = 0, equal_var: bool = True, nan_policy: Any = "propagate") -> Any:
+    return _along(lambda a, b: vx.t_test(a, b, equal_var=equal_var, nan_policy=nan_policy), axis, a, b)
 
 
-def chisquare(f_obs: Any, f_exp: Any = None, ddof: int = 0) -> Any:
-    return vx.chi_square_test(f_obs, f_exp, ddof=ddof)
+def ttest_rel(a: Any, b: Any, axis: Any = 0, nan_policy: Any = "propagate") -> Any:
+    return ttest_1samp(np.asarray(a, dtype=float) - np.asarray(b, dtype=float), 0, axis, nan_policy)
+
+
+def chisquare(f_obs: Any, f_exp: Any = None, ddof: int = 0, axis: Any = 0) -> Any:
+    samples = (f_obs,) if f_exp is None else (f_obs, f_exp)
+    return _along(lambda o, e=None: vx.chi_square_test(o, e, ddof=ddof), axis, *samples)
 
 
 def kstest(rvs: Any, cdf: Any, args: tuple[Any, ...] = ()) -> Any:
@@ -325,9 +402,11 @@ ks_1samp = kstest
 
 def bootstrap(data: Any, statistic: Any, *, n_resamples: int = 9999, confidence_level: float = 0.95,
               method: str = "BCa", random_state: Any = None, rng: Any = None) -> Any:
+    if len(data) != 1:
+        raise NotImplementedError(f"bootstrap: data of one sample, as (x,), is what there is; {len(data)} came")
     (sample,) = data
     b = vx.bootstrap(sample, statistic, replicates=n_resamples, confidence=confidence_level,
-                     method=method, rng=random_state if rng is None else rng)
+                     method=method, rng=_stream(random_state) if rng is None else rng)
     return SimpleNamespace(confidence_interval=b.interval, standard_error=b.standard_error,
                            bootstrap_distribution=b.replicates)
 
@@ -336,23 +415,34 @@ class gaussian_kde:  # noqa: N801
     """SciPy's class over `vexel.kde`; bw_method is a factor of the standard deviation, or a rule."""
 
     def __init__(self, dataset: Any, bw_method: Any = None, weights: Any = None) -> None:
-        n = np.size(dataset)
+        self.dataset = np.atleast_2d(np.asarray(dataset, dtype=np.float64))
+        self.d, self.n = self.dataset.shape
+        if self.d > 1:
+            raise NotImplementedError(f"gaussian_kde: one dimension is what there is, {self.d} came")
+        x = self.dataset[0]
+        self.weights = np.full(self.n, 1 / self.n) if weights is None else np.asarray(weights) / np.sum(weights)
+        # Shares that say how far to trust each point: not frequencies.
+        squares = float(np.sum(self.weights**2))
+        self.neff = 1 / squares
         if bw_method is None or bw_method == "scott":
-            factor = n ** -0.2
+            self.factor = self.neff ** -0.2
         elif bw_method == "silverman":
-            factor = (n * 0.75) ** -0.2
+            self.factor = (self.neff * 0.75) ** -0.2
         else:
-            factor = float(bw_method)
-        self.factor = factor
-        self._density = vx.kde(dataset, bandwidth=factor * vx.std(dataset, weights=weights), weights=weights)
+            self.factor = float(bw_method(self) if callable(bw_method) else bw_method)
+        sd = vx.std(x, weights=self.weights, ddof=squares)
+        self._density = vx.kde(x, bandwidth=self.factor * sd, weights=None if weights is None else self.weights)
 
     def __call__(self, points: Any) -> Any:
-        return self._density(np.atleast_1d(points))
+        return self._density(np.reshape(points, -1))
 
     evaluate = pdf = __call__
 
     def resample(self, size: Any = None, seed: Any = None) -> Any:
-        return np.atleast_2d(self._density.sample(size, seed))
+        return np.atleast_2d(self._density.sample(int(self.neff) if size is None else size, _stream(seed)))
+
+    def integrate_box_1d(self, low: float, high: float) -> float:
+        return self._density.cdf(high) - self._density.cdf(low)
 
 
 def _engine(kind: Any) -> Any:
@@ -362,7 +452,7 @@ def _engine(kind: Any) -> Any:
         __doc__ = kind.__doc__
 
         def __init__(self, d: int, *, scramble: bool = True, seed: Any = None, rng: Any = None) -> None:
-            super().__init__(d, scramble=scramble, rng=seed if rng is None else rng)
+            super().__init__(d, scramble=scramble, rng=_stream(seed) if rng is None else rng)
 
     Engine.__name__ = Engine.__qualname__ = kind.__name__
     return Engine
