@@ -11,6 +11,7 @@
 #include "kernels/sequences/halton.hpp"
 #include "kernels/sequences/scramble.hpp"
 #include "kernels/sequences/sobol.hpp"
+#include "kernels/variates/lanes.hpp"
 #include "kernels/watch.hpp"
 #include "vexel/random.hpp"
 
@@ -33,6 +34,15 @@ struct SequenceBody {
   Scramble scramble = Scramble::none;
   std::vector<std::uint64_t> keys;
 
+  void points(std::uint64_t first, std::size_t n, const PointLayout& at) const {
+    if (scramble == Scramble::none) {
+      plain(first, n, at);
+      return;
+    }
+    for (std::size_t j = 0; j < dimension; ++j) {
+      scrambled(first, n, j, at.out + static_cast<std::ptrdiff_t>(j) * at.coordinate, at.point);
+    }
+  }
   void requirePoints(std::uint64_t from, std::uint64_t n) const {
     if (from > limit || n > limit - from) {
       throw std::length_error("a quasi-random sequence of " + std::to_string(limit) +
@@ -46,6 +56,16 @@ namespace {
 
 // Points between two looks at the watch.
 constexpr std::size_t kCoordinatesAtOnce = std::size_t{1} << 18;
+// So many go through memory near by, kCoordinatesNear at a time, past the caches.
+constexpr std::size_t kTooManyForCaches = std::size_t{1} << 19;
+constexpr std::size_t kCoordinatesNear = std::size_t{1} << 15;
+
+void copyPastCaches(const double* from, std::size_t n, double* to) {
+  const std::size_t lead =
+      std::min(n, (0 - reinterpret_cast<std::uintptr_t>(to)) % 64 / sizeof(double));
+  std::copy_n(from, lead, to);
+  kernels::copyPastCaches(from + lead, to + lead, n - lead);
+}
 
 void requireDimension(const char* sequence, std::size_t dimension, std::size_t largest) {
   if (dimension < 1 || dimension > largest) {
@@ -98,20 +118,27 @@ const std::vector<std::uint64_t>& PointSequence::keys() const { return body_->ke
 void PointSequence::write(std::uint64_t index, std::size_t n, double* out, std::ptrdiff_t point,
                           std::ptrdiff_t coordinate) const {
   body_->requirePoints(index, n);
-  const std::size_t block = std::max<std::size_t>(64, kCoordinatesAtOnce / body_->dimension);
-  for (std::size_t done = 0; done < n;) {
+  const std::size_t d = body_->dimension;
+  const bool far =
+      coordinate == 1 && point == static_cast<std::ptrdiff_t>(d) && n >= kTooManyForCaches / d;
+  const std::size_t block =
+      std::max<std::size_t>(64, (far ? kCoordinatesNear : kCoordinatesAtOnce) / d);
+  std::vector<double> near(far ? block * d : 0);
+  for (std::size_t done = 0, polled = 0; done < n;) {
     const std::size_t length = std::min(n - done, block);
     double* const to = out + static_cast<std::ptrdiff_t>(done) * point;
-    if (body_->scramble == Scramble::none) {
-      body_->plain(index + done, length, {to, point, coordinate});
-    } else {
-      for (std::size_t j = 0; j < body_->dimension; ++j) {
-        body_->scrambled(index + done, length, j, to + static_cast<std::ptrdiff_t>(j) * coordinate,
-                         point);
-      }
+    body_->points(index + done, length, {far ? near.data() : to, point, coordinate});
+    if (far) {
+      copyPastCaches(near.data(), length * d, to);
     }
     done += length;
-    kernels::poll(static_cast<double>(done) / static_cast<double>(n));
+    if (done == n || (done - polled) * d >= kCoordinatesAtOnce) {
+      kernels::poll(static_cast<double>(done) / static_cast<double>(n));
+      polled = done;
+    }
+  }
+  if (far) {
+    kernels::finishCopies();
   }
 }
 

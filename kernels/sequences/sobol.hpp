@@ -17,6 +17,7 @@
 #include <vector>
 
 #include "kernels/sequences/digits.hpp"
+#include "kernels/vector/points.hpp"
 
 namespace vexel::kernels {
 
@@ -115,9 +116,12 @@ inline void SobolNumbers::writeRows(std::uint64_t first, std::size_t count, doub
   }
   const std::size_t size = points * d;
   std::vector<std::uint64_t> tile(size);
-  for (std::size_t i = 0; i < points; ++i) {
+  for (std::size_t j = 0; j < d; ++j) {
+    tile[j] = numerator(first, j);
+  }
+  for (std::size_t i = 1; i < points; ++i) {
     for (std::size_t j = 0; j < d; ++j) {
-      tile[i * d + j] = numerator(first + i, j);
+      tile[i * d + j] = tile[(i - 1) * d + j] ^ change(first + i, j);
     }
   }
   // The change into tile number n, by the trailing zeros of n; the last level is any higher one.
@@ -144,11 +148,7 @@ inline void SobolNumbers::writeRows(std::uint64_t first, std::size_t count, doub
         layOut(level, first);
       }
     }
-    const std::uint64_t* const change = &changes[level * size];
-    for (std::size_t i = 0; i < size; ++i) {
-      out[i] = toUnit(tile[i]);
-      tile[i] ^= change[i];
-    }
+    advanceTile(tile.data(), &changes[level * size], size, out);
     count -= points;
     out += size;
   }
