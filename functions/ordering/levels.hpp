@@ -20,11 +20,12 @@ class Levels {
   };
   Levels() : slots_(1024), shift_(64 - 10) {}
 
-  // value of a new key is 0, and the caller makes it positive.
+  // value of a new key is 0, and the caller makes it positive.  Key 0 finds a free slot without
+  // more ado, since free slots have that key; one more key than counted does no harm.
   Slot* find(std::uint64_t key) {
     for (std::size_t i = place(key);; i = (i + 1) & (slots_.size() - 1)) {
       Slot& slot = slots_[i];
-      if (slot.key == key && slot.value != 0) [[likely]] {
+      if (slot.key == key) [[likely]] {
         return &slot;
       }
       if (slot.value == 0) {
@@ -33,16 +34,23 @@ class Levels {
     }
   }
 
-  std::vector<Slot> ascending() const {
+  template <typename Before>
+  std::vector<Slot> ascending(Before before) const {
     std::vector<Slot> used;
     used.reserve(size_);
     std::copy_if(slots_.begin(), slots_.end(), std::back_inserter(used),
                  [](const Slot& s) { return s.value != 0; });
-    std::sort(used.begin(), used.end(), [](const Slot& a, const Slot& b) { return a.key < b.key; });
+    std::sort(used.begin(), used.end(), before);
     return used;
   }
 
  private:
+  // Slots for each key.  A small table has many, so that the first one looked at nearly always
+  // decides.
+  std::size_t sparseness() const {
+    constexpr std::size_t small = 4096;
+    return slots_.size() <= small ? 4 : 2;
+  }
   std::size_t place(std::uint64_t key) const {
     return static_cast<std::size_t>(key * 0x9E3779B97F4A7C15U >> shift_);  // 2^64 / golden ratio
   }
@@ -51,7 +59,7 @@ class Levels {
       return nullptr;
     }
     ++size_;
-    if (2 * size_ <= slots_.size()) {
+    if (sparseness() * size_ <= slots_.size()) {
       slot.key = key;
       return &slot;
     }

@@ -4,6 +4,7 @@
 // while there are few levels, and by sorting where there are many.
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <limits>
 
 #include "functions/elements.hpp"
@@ -93,28 +94,50 @@ bool tallyByValue(std::span<const T> x, TallyResult<T>& result) {
   return true;
 }
 
+// Equal for equal elements: the bits of numbers, of one NaN, of one zero.
+template <typename T>
+std::uint64_t levelKey(T x) {
+  if constexpr (std::is_floating_point_v<T>) {
+    return std::bit_cast<nag2::KeyOf<T>>(x == x ? x + T{0} : std::numeric_limits<T>::quiet_NaN());
+  } else {
+    return static_cast<nag2::KeyOf<T>>(x);
+  }
+}
+template <typename T>
+T fromLevelKey(std::uint64_t key) {
+  return std::bit_cast<T>(static_cast<nag2::KeyOf<T>>(key));
+}
+
+template <typename T>
+std::vector<Levels::Slot> ascending(const Levels& levels) {
+  return levels.ascending([](const Levels::Slot& a, const Levels::Slot& b) {
+    return nag2::ascendingKey(fromLevelKey<T>(a.key)) < nag2::ascendingKey(fromLevelKey<T>(b.key));
+  });
+}
+
 template <typename T>
 bool tallyByHash(std::span<const T> x, TallyResult<T>& result) {
   Levels levels;
   bool few = true;
   inBlocks(x.size(), [&](std::size_t begin, std::size_t end) {
-    for (std::size_t i = begin; few && i < end; ++i) {
-      Levels::Slot* const slot = levels.find(nag2::ascendingKey(x[i]));
-      few = slot != nullptr;
-      if (few) {
-        ++slot->value;
+    for (std::size_t i = few ? begin : end; i < end; ++i) {
+      Levels::Slot* const slot = levels.find(levelKey(x[i]));
+      if (slot == nullptr) [[unlikely]] {
+        few = false;
+        return;
       }
+      ++slot->value;
     }
   });
   if (!few) {
     return false;
   }
-  for (const Levels::Slot& slot : levels.ascending()) {
-    const auto key = static_cast<nag2::KeyOf<T>>(slot.key);
-    if (std::is_floating_point_v<T> && key == std::numeric_limits<nag2::KeyOf<T>>::max()) {
+  for (const Levels::Slot& slot : ascending<T>(levels)) {
+    const T value = fromLevelKey<T>(slot.key);
+    if (isMissing(value)) {
       result.missing = slot.value;
     } else {
-      result.values.push_back(nag2::fromAscendingKey<T>(key));
+      result.values.push_back(value);
       result.counts.push_back(static_cast<double>(slot.value));
     }
   }
@@ -165,7 +188,7 @@ bool weighByHash(const Pairs<T>& pairs, TallyResult<T>& result) {
   Levels levels;
   kernels::ExactTotals totals;
   for (std::size_t i = 0; i < pairs.points.size(); ++i) {
-    Levels::Slot* const slot = levels.find(nag2::ascendingKey(pairs.points[i]));
+    Levels::Slot* const slot = levels.find(levelKey(pairs.points[i]));
     if (slot == nullptr) {
       return false;
     }
@@ -175,8 +198,8 @@ bool weighByHash(const Pairs<T>& pairs, TallyResult<T>& result) {
     }
     totals.add(slot->value - 1, pairs.weights[i]);
   }
-  for (const Levels::Slot& slot : levels.ascending()) {
-    result.values.push_back(nag2::fromAscendingKey<T>(static_cast<nag2::KeyOf<T>>(slot.key)));
+  for (const Levels::Slot& slot : ascending<T>(levels)) {
+    result.values.push_back(fromLevelKey<T>(slot.key));
     result.counts.push_back(totals.total(slot.value - 1));
   }
   return true;
