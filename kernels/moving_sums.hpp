@@ -7,16 +7,16 @@ namespace vexel::kernels {
 
 // 1 / window as the unevaluated sum of two doubles, or 1.
 struct WindowFactor {
+  double window;
   double high;
   double low;
   bool one;
 };
 
-// out[j] = (x[j] + ... + x[j+window-1]), divided by window if means, for j = 0 .. results-1; what
-// passes the largest double on the way comes out infinite or NaN.  The same bits on every machine.
-// Returns how many results were made: all, or whole groups of them where windows are long.
-std::size_t movingSums(const double* x, std::size_t results, std::size_t window, bool means,
-                       double* out);
+// out[j] = (x[j] + ... + x[j+window-1]), divided by window if means, for j = 0 .. results-1.  The
+// same bits on every machine.  False, with out in no particular state, where something is not finite
+// on the way, or a long window's results are not whole groups.
+bool movingSums(const double* x, std::size_t results, std::size_t window, bool means, double* out);
 
 struct VarianceFactors {
   WindowFactor byWindow;

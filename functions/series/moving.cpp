@@ -122,7 +122,7 @@ void moving(Data x, std::size_t window, Statistic statistic, std::span<double> o
         switch (statistic) {
           case Statistic::mean:
           case Statistic::sum:
-            return movingSumsQuickly(from, results, planned, statistic == Statistic::mean, to);
+            return kernels::movingSums(from, results, planned, statistic == Statistic::mean, to);
           case Statistic::var:
           case Statistic::std:
             return kernels::movingVariances(from, results, planned, statistic == Statistic::std,

@@ -12,7 +12,6 @@
 #include "kernels/binning.hpp"
 #include "kernels/exact_product.hpp"
 #include "kernels/exact_totals.hpp"
-#include "kernels/moving_sums.hpp"
 #include "kernels/running_sum.hpp"
 
 namespace vexel {
@@ -213,12 +212,6 @@ double directVariance(const Stretch& s, std::size_t j, bool root) {
 }
 
 }  // namespace
-
-bool movingSumsQuickly(const double* x, std::size_t results, std::size_t window, bool means,
-                       double* out) {
-  return kernels::movingSums(x, results, window, means, out) == results &&
-         kernels::allFinite(out, results);
-}
 
 void movingSums(const Stretch& s, bool means, std::size_t minCount, double* out) {
   WindowCounts counts(s);

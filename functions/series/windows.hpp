@@ -98,11 +98,6 @@ class WindowCounts {
   std::int64_t counts_[5] = {};
 };
 
-// Sums or means where all that the windows hold is finite and no sum leaves the range of doubles;
-// else false.  x is the first element of the first window.
-bool movingSumsQuickly(const double* x, std::size_t results, std::size_t window, bool means,
-                       double* out);
-
 // One statistic over the windows of a stretch.
 void movingSums(const Stretch& stretch, bool means, std::size_t minCount, double* out);
 void movingVariances(const Stretch& stretch, bool roots, std::size_t minCount, double* out);

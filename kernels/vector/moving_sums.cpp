@@ -41,7 +41,25 @@ inline __attribute__((always_inline)) void ownWindows(const double* x, std::size
   }
 }
 
-void shortWindows(const double* x, std::size_t results, std::size_t window, const WindowFactor& by,
+// Whether all n are finite.
+bool finite(const double* x, std::size_t n) {
+  double bad[8] = {};  // 0 or NaN
+  for (std::size_t i = 0; i + 8 <= n; i += 8) {
+    for (std::size_t l = 0; l < 8; ++l) {
+      bad[l] += x[i + l] - x[i + l];
+    }
+  }
+  for (std::size_t i = n - n % 8; i < n; ++i) {
+    bad[i % 8] += x[i] - x[i];
+  }
+  for (std::size_t l = 1; l < 8; ++l) {
+    bad[0] += bad[l];
+  }
+  return bad[0] == 0;
+}
+
+// Whether all results are finite.
+bool shortWindows(const double* x, std::size_t results, std::size_t window, const WindowFactor& by,
                   double* out) {
   std::size_t j = 0;
   for (; j + 32 <= results; j += 32) {
@@ -61,6 +79,7 @@ void shortWindows(const double* x, std::size_t results, std::size_t window, cons
       out[j + i] = made[i];
     }
   }
+  return finite(out, results);
 }
 
 // Lane l holds the elements of block l.
@@ -133,9 +152,11 @@ void blocks(const double* x, std::size_t window, const WindowFactor& by, Eight* 
   }
 }
 
-void allBlocks(const double* x, std::size_t groups, std::size_t window, const WindowFactor& by,
+// Whether all results are finite.
+bool allBlocks(const double* x, std::size_t groups, std::size_t window, const WindowFactor& by,
                double* memory, double* out) {
   constexpr std::size_t together = 8;
+  bool good = true;
   auto* const room = reinterpret_cast<Eight*>(memory);
   for (std::size_t g = 0; g < groups; g += together) {
     const std::size_t some = groups - g < together ? groups - g : together;
@@ -146,7 +167,9 @@ void allBlocks(const double* x, std::size_t groups, std::size_t window, const Wi
     for (std::size_t k = g; k < g + some; ++k) {
       blocks(x + k * group, window, by, room, out + k * group);
     }
+    good = good && finite(out + g * group, some * group);  // those of running sums are
   }
+  return good;
 }
 
 // error += a b - p, p the rounded product.  As arrays, which the compiler makes vectors of: it has
@@ -285,7 +308,7 @@ namespace {
 WindowFactor factorOf(std::size_t window, bool means) {
   const auto w = static_cast<double>(window);
   const double inverse = 1 / w;
-  return {inverse, __builtin_fma(-inverse, w, 1.0) / w, !means};
+  return {w, inverse, __builtin_fma(-inverse, w, 1.0) / w, !means};
 }
 
 // Memory whose vectors lie on their own boundaries.
@@ -303,18 +326,18 @@ class VectorRoom {
 
 }  // namespace
 
-std::size_t movingSums(const double* x, std::size_t results, std::size_t window, bool means,
-                       double* out) {
+bool movingSums(const double* x, std::size_t results, std::size_t window, bool means, double* out) {
   constexpr std::size_t shortest = 16;  // windows for blocks
   const WindowFactor by = factorOf(window, means);
   if (window < shortest) {
-    HWY_DYNAMIC_DISPATCH(shortWindows)(x, results, window, by, out);
-    return results;
+    return HWY_DYNAMIC_DISPATCH(shortWindows)(x, results, window, by, out);
   }
   const std::size_t groups = results / movingSumsGroup(window);
+  if (groups * movingSumsGroup(window) != results) {
+    return false;
+  }
   VectorRoom room(3 * window);
-  HWY_DYNAMIC_DISPATCH(allBlocks)(x, groups, window, by, room.get(), out);
-  return groups * movingSumsGroup(window);
+  return HWY_DYNAMIC_DISPATCH(allBlocks)(x, groups, window, by, room.get(), out);
 }
 
 bool movingVariances(const double* x, std::size_t results, std::size_t window, bool roots,

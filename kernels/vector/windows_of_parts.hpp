@@ -20,7 +20,8 @@ HWY_BEFORE_NAMESPACE();
 namespace vexel::kernels::HWY_NAMESPACE {
 namespace {
 
-// (high + low) times the factor, off by 2^-100 before the one rounding.
+// (high + low) divided by the window if it is not to be the sum: the quotient by the reciprocal,
+// then what it leaves, exactly, divided too; off by 2^-100 before the one rounding.
 inline __attribute__((always_inline)) void scale(Eight& high, const Eight& low,
                                                  const WindowFactor& by) {
   const Eight sum = high + low;
@@ -29,19 +30,18 @@ inline __attribute__((always_inline)) void scale(Eight& high, const Eight& low,
     return;
   }
   const Eight rest = low - (sum - high);
-  const Eight product = sum * by.high;
+  const Eight quotient = sum * by.high;
   // As arrays, which the compiler makes vectors of: it has no fused multiply-add of its own.
-  double sums[8];
-  double products[8];
-  double lost[8];
-  __builtin_memcpy(sums, &sum, sizeof sum);
-  __builtin_memcpy(products, &product, sizeof product);
+  double left[8];
+  double quotients[8];
+  __builtin_memcpy(left, &sum, sizeof sum);
+  __builtin_memcpy(quotients, &quotient, sizeof quotient);
   for (int l = 0; l < 8; ++l) {
-    lost[l] = __builtin_fma(sums[l], by.high, -products[l]);
+    left[l] = __builtin_fma(-quotients[l], by.window, left[l]);
   }
-  Eight error;
-  __builtin_memcpy(&error, lost, sizeof error);
-  high = product + (error + (sum * by.low + rest * by.high));
+  Eight remainder;
+  __builtin_memcpy(&remainder, left, sizeof remainder);
+  high = quotient + (remainder + rest) * by.high;
 }
 
 using EightBits = std::int64_t __attribute__((vector_size(64)));
@@ -91,21 +91,19 @@ bool runningSums(const double* x, std::size_t length, std::size_t window, const 
     sum.upper += ring[j].upper;
     sum.lower += ring[j].lower;
   }
-  ring[window - 1] = Parts{};
+  ring[window - 1] = Parts{};  // leaves with the first result
   std::size_t next = window - 1;
   const double* const from = x + window - 1;
   const auto step = [&](Eight & v) __attribute__((always_inline)) {
     Parts parts;
     cutInTwo(v, cut, parts, lost);
-    ring[next] = parts;
+    Parts& first = ring[next];  // leaves the window before this result
+    sum.upper += parts.upper - first.upper;
+    sum.lower += parts.lower - first.lower;
+    first = parts;
     next = next + 1 == window ? 0 : next + 1;
-    Parts& first = ring[next];  // leaves the window after this result
-    sum.upper += parts.upper;
-    sum.lower += parts.lower;
     v = sum.upper;
     scale(v, sum.lower, by);
-    sum.upper -= first.upper;
-    sum.lower -= first.lower;
   };
   std::size_t j = 0;
   for (; j + 8 <= length; j += 8) {

@@ -45,8 +45,7 @@ void cellsOf(const double* x, std::size_t n, double base, double scale, std::int
 bool normalCdfs(const double* z, std::size_t n, double* out);
 void normalQuantiles(const double* p, std::size_t n, double* out);
 void filterStretch(const double* x, std::size_t n, std::span<const double> taps, double* out);
-std::size_t movingSums(const double* x, std::size_t results, std::size_t window, bool means,
-                       double* out);
+bool movingSums(const double* x, std::size_t results, std::size_t window, bool means, double* out);
 }  // namespace vexel::plain_kernels
 
 namespace {
@@ -94,10 +93,13 @@ Vector probabilities(const double* x, std::size_t n) {
     const Vector p = probabilities(x, n);                                                     \
     space::normalQuantiles(p.data(), n, normal.data() + n);                                   \
     all.insert(all.end(), normal.begin(), normal.end());                                      \
-    if (n > 17 * 8) {                                                                         \
-      Vector out(n - 16);                                                                     \
-      out.resize(space::movingSums(x, n - 16, 17, true, out.data()));                         \
-      all.insert(all.end(), out.begin(), out.end());                                          \
+    for (const std::size_t window : {7, 17}) {                                                \
+      const std::size_t group = window < 16 ? 1 : 8 * window;                                 \
+      if (n >= group + window) {                                                              \
+        Vector out((n - window) / group * group + 1);                                         \
+        out.back() = space::movingSums(x, out.size() - 1, window, true, out.data());          \
+        all.insert(all.end(), out.begin(), out.end());                                        \
+      }                                                                                       \
     }                                                                                         \
     for (const std::size_t taps : {5, 50}) {                                                  \
       if (n >= taps) {                                                                        \
