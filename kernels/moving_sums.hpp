@@ -14,8 +14,8 @@ struct WindowFactor {
 };
 
 // out[j] = (x[j] + ... + x[j+window-1]), divided by window if means, for j = 0 .. results-1.  The
-// same bits on every machine.  False, with out in no particular state, where something is not finite
-// on the way, or a long window's results are not whole groups.
+// same bits on every machine.  False, with out in no particular state, where something is not
+// finite on the way, or a long window's results are not whole groups.
 bool movingSums(const double* x, std::size_t results, std::size_t window, bool means, double* out);
 
 struct VarianceFactors {

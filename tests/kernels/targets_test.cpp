@@ -127,7 +127,7 @@ void compare(const Everything& one, const Everything& other, const std::string& 
   std::mt19937_64 random(1);
   std::normal_distribution<double> normal;
   for (const int spread : {0, 60, 300}) {
-    for (std::size_t n = 0; n < 300; n += 1 + n / 20) {
+    for (std::size_t n = 0; n < 4000; n = n < 300 ? n + 1 + n / 20 : 2 * n) {
       Vector x(n + 3);
       Vector w(n + 3);
       for (std::size_t i = 0; i < x.size(); ++i) {
