@@ -88,6 +88,18 @@ class Equation(tuple[Any, Any]):
         return f"Equation({self[0]!r}, {self[1]!r})"
 
 
+class Table(dict[Any, Any]):
+    """A table with names for keys, which their texts find as well: `t["mean"]`."""
+
+    __slots__ = ()
+
+    def __missing__(self, key: Any) -> Any:
+        for name in self if isinstance(key, str) else ():
+            if not isinstance(name, str) and str(name) == key:
+                return self[name]
+        raise KeyError(key)
+
+
 # ---- to the host
 
 def _statement(text: str) -> str:
@@ -235,7 +247,8 @@ def from_host(value: Any, kind: str) -> Any:
     if kind == "equation":
         return Equation(*(p.python() for p in value.parts()))
     if kind == "table":
-        return dict(_host.call("tolist", value))
+        found = dict(_host.call("tolist", value))
+        return found if all(isinstance(k, (str, int, float)) for k in found) else Table(found)
     if kind == "pointer":
         return value
     if kind == "date":

@@ -88,6 +88,10 @@ def test_what_only_the_language_has_goes_back_as_itself(k):
         value = k.eval(text)
         assert text.split("(")[0].lower() in str(value).lower().replace("kerneldensity", "kde")
         assert k.eval(f"[{text}]")[0] is not None
+    parts = k.eval("describe([1, 2, 6])")
+    assert parts["mean"] == 3 and parts["q1"] == 1.5 and "none" not in parts
+    with pytest.raises(KeyError):
+        parts["none"]
     assert k.call("sf", k.eval("Normal(1, 2)"), 3.0) == vx.Normal(1, 2).sf(3)
     stream = k.eval("Random(42)")
     assert (k.call("uniform", 3, rng=stream) == vx.Random(42).uniform(3)).all()
