@@ -65,8 +65,8 @@ def convert(x: Any, name: str) -> np.ndarray:
         return _of_ndarray(np.from_dlpack(x), name)
     if isinstance(x, (str, bytes, dict, set, frozenset)):
         raise _refusal(x, name)
-    if not hasattr(x, "__len__") and not hasattr(x, "__array__") and hasattr(x, "__iter__"):
-        x = list(x)
+    if not hasattr(x, "__getitem__") and not hasattr(x, "__array__") and hasattr(x, "__iter__"):
+        x = list(x)  # generators, the values of a dict
     try:
         array = np.asarray(x)
     except ValueError as e:

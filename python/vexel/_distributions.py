@@ -135,6 +135,9 @@ class Distribution:
     def __setattr__(self, name: str, value: Any) -> None:
         raise AttributeError(f"a {type(self).__name__} does not change: make another one")
 
+    def __delattr__(self, name: str) -> None:
+        raise AttributeError(f"a {type(self).__name__} does not change: make another one")
+
     def __repr__(self) -> str:
         arguments = ", ".join(f"{k}={v!r}" for k, v in self.parameters.items())
         return f"{type(self).__name__}({arguments})"

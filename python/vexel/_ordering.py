@@ -17,7 +17,12 @@ if TYPE_CHECKING:
 
 def _elements(x: Any) -> Any:
     """Data whose own type the result has: whole numbers of lists and columns are not made floats."""
-    return np.asarray(x) if type(x) in (list, tuple) else column(x, "x")
+    if type(x) not in (list, tuple):
+        return column(x, "x")
+    array = np.asarray(x)
+    # NumPy makes floats of whole numbers that no one type holds, as of 2^63 and -1.
+    exact = array.dtype != np.float64 or array.ndim != 1 or not all(type(v) is int for v in x)
+    return array if exact or not array.size else np.array(x, dtype=object)
 
 
 _HALF = np.uint64(1 << 63)

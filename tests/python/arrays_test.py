@@ -21,6 +21,7 @@ from vexel import _arrays
     (np.array([1.5, 2], "g"), [1.5, 2]),
     (np.array([2**63, 1], "u8"), [2.0**63, 1]),
     (range(3), [0, 1, 2]),
+    ({"a": 1, "b": 2.5}.values(), [1, 2.5]),
     ((i / 2 for i in range(3)), [0, 0.5, 1]),
     (memoryview(np.arange(3.0)), [0, 1, 2]),
     ((ctypes.c_double * 2)(1, 2), [1, 2]),
@@ -93,6 +94,7 @@ def test_large_unsigned_numbers_are_ordered_exactly():
             found, expected = np.asarray(f(column)), np.asarray(f(x))
             assert found.dtype == expected.dtype and np.array_equal(found, expected)
     assert vx.sort(pd.Series([2**53 + 1, 2**53], dtype="Int64")).tolist() == [2**53, 2**53 + 1]
+    assert vx.sort([2**63 + 1, -1, 2**63]).tolist() == [-1, 2**63, 2**63 + 1] and vx.rank((2**63 + 1, -1, 2**63)).tolist() == [3, 1, 2]
     vx.sort(x, out=x)
     assert x.tolist() == [5, 2**63, 2**63 + 1, 2**64 - 1]
 
