@@ -7,6 +7,7 @@
 #include "functions/sample.hpp"
 #include "functions/states/exact.hpp"
 #include "kernels/power_sums.hpp"
+#include "kernels/vector/power_columns.hpp"
 #include "kernels/vector/presence.hpp"
 
 namespace vexel {
@@ -56,6 +57,9 @@ double squareRoot(const Scaled& a, const Scaled& b) {
 
 using Accumulators = std::vector<states::Accumulator>;
 
+constexpr int kLowestNormal = -1022;
+constexpr std::size_t kColumnBlock = 1024;
+
 // Adds w x^k to the k-th sum, from the first on.
 void addPowers(Accumulators& sums, double x, double w) {
   double special = 1.0;
@@ -72,10 +76,41 @@ void addPowers(Accumulators& sums, double x, double w) {
 }
 
 // The same for a block of points without weights: together those of about the largest one's size.
+// Gives how many points it took, from the first on.
+std::size_t addColumns(Accumulators& sums, const double* x, std::size_t n, double largest) {
+  const int unit = std::max(std::ilogb(largest), kLowestNormal) - 52 - kernels::PowerColumns::span;
+  if (unit < kLowestNormal - 52) {
+    return 0;  // numbers of the span may be subnormal
+  }
+  const auto order = static_cast<int>(sums.size()) - 1;
+  kernels::PowerColumns columns;
+  std::size_t done = 0;
+  for (std::size_t took = 1; took > 0; done += took) {
+    bool apart = false;
+    took = kernels::addPowerColumns(x + done, std::min(kColumnBlock, n - done), order, unit,
+                                    columns, &apart);
+    for (std::size_t i = done; apart && i < done + took; ++i) {
+      if (x[i] != 0.0 && !kernels::inPowerSpan(x[i], unit)) {
+        addPowers(sums, x[i], 1.0);
+      }
+    }
+  }
+  for (int k = 1; k <= order; ++k) {
+    for (int i = 0; i < 2 * k; ++i) {
+      const std::int64_t sum = columns.column[k - 1][i];
+      const auto size = static_cast<std::uint64_t>(sum);
+      sums[static_cast<std::size_t>(k)].add(sum < 0 ? 0 - size : size,
+                                            k * unit + kernels::PowerColumns::bits * i, sum < 0);
+    }
+  }
+  return done;
+}
+
 template <int order>
 void addPowers(Accumulators& sums, const double* x, std::size_t n, double largest) {
+  const std::size_t done = addColumns(sums, x, n, largest);
   kernels::PowerSums<order> together(kernels::PowerSums<order>::unitFor(largest));
-  for (std::size_t i = 0; i < n; ++i) {
+  for (std::size_t i = done; i < n; ++i) {
     if (!together.add(x[i]) && x[i] != 0.0) {
       addPowers(sums, x[i], 1.0);
     }

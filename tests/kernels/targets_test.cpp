@@ -4,6 +4,7 @@
 #include <bit>
 #include <cmath>
 #include <cstdint>
+#include <cstring>
 #include <functional>
 #include <random>
 #include <span>
@@ -13,6 +14,7 @@
 #include "kernels/filter.hpp"
 #include "kernels/moving_sums.hpp"
 #include "kernels/normal.hpp"
+#include "kernels/vector/power_columns.hpp"
 #include "kernels/vector/powers.hpp"
 #include "kernels/vector/presence.hpp"
 #include "kernels/vector/selection.hpp"
@@ -143,21 +145,54 @@ void compare(const Everything& one, const Everything& other, const std::string& 
   }
 }
 
-TEST(VectorKernels, HaveTheSameBitsOnEveryTarget) {
-  const Everything chosen = EVERYTHING(vexel::kernels);
-  const Everything plain = EVERYTHING(vexel::plain_kernels);
-  compare(chosen, plain, "best and plain");
+// f(name) with each set of instructions that the machine has.
+template <typename F>
+void onEveryTarget([[maybe_unused]] F f) {
 #ifdef VEXEL_HAVE_HIGHWAY
   const std::int64_t supported = hwy::SupportedTargets();
   for (std::int64_t rest = supported; rest != 0; rest &= rest - 1) {
     const std::int64_t target = rest & -rest;
     hwy::SetSupportedTargetsForTest(target);
     hwy::GetChosenTarget().Update(target);
-    compare(chosen, plain, std::string(hwy::TargetName(target)) + " and plain");
+    f(std::string(hwy::TargetName(target)));
   }
   hwy::SetSupportedTargetsForTest(0);
   hwy::GetChosenTarget().Update(hwy::SupportedTargets());
 #endif
+}
+
+TEST(VectorKernels, HaveTheSameBitsOnEveryTarget) {
+  const Everything chosen = EVERYTHING(vexel::kernels);
+  const Everything plain = EVERYTHING(vexel::plain_kernels);
+  compare(chosen, plain, "best and plain");
+  onEveryTarget([&](const std::string& name) { compare(chosen, plain, name + " and plain"); });
+}
+
+// Those that add them up at all.
+TEST(VectorKernels, AddPowersToTheSameColumnsOnEveryTarget) {
+  std::mt19937_64 random(2);
+  std::normal_distribution<double> normal;
+  Vector x(1024);
+  std::generate(x.begin(), x.end(), [&] { return normal(random); });
+  x[5] = 0.0;
+  x[7] = -0.0;
+  const int unit = 2 - 52 - vexel::kernels::PowerColumns::span;
+  for (int order = 1; order <= 4; ++order) {
+    const auto columns = [&](bool* any) {
+      vexel::kernels::PowerColumns sums;
+      bool apart = false;
+      *any = vexel::kernels::addPowerColumns(x.data(), x.size(), order, unit, sums, &apart) != 0;
+      EXPECT_EQ(*any, apart);  // some are too small
+      return sums;
+    };
+    bool wanted = false;
+    const auto best = columns(&wanted);
+    onEveryTarget([&](const std::string& name) {
+      bool any = false;
+      const auto sums = columns(&any);
+      EXPECT_TRUE(!any || std::memcmp(&sums, &best, sizeof best) == 0) << name;
+    });
+  }
 }
 
 TEST(VectorKernels, GiveOneNormalValueAsTheyGiveMany) {
