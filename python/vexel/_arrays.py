@@ -3,6 +3,7 @@
 from __future__ import annotations
 
 import sys
+from math import prod
 from typing import Any
 
 import numpy as np
@@ -30,8 +31,10 @@ def join_axes(x: np.ndarray, weights: np.ndarray | None, axis: tuple[int, ...]) 
     order = kept + sorted(axes)
 
     def joined(array: np.ndarray) -> np.ndarray:
-        return array.transpose(order).reshape([x.shape[a] for a in kept] + [-1])
+        return array.transpose(order).reshape([x.shape[a] for a in kept] + [prod(x.shape[a] for a in axes)])
 
+    if weights is not None and len(axes) == 1 and weights.shape == (x.shape[order[-1]],):
+        weights = np.broadcast_to(weights.reshape([-1 if a in axes else 1 for a in range(x.ndim)]), x.shape)
     if weights is not None and weights.shape != x.shape:
         raise ValueError(f"weights: the shape of the data, {x.shape}, is allowed, {weights.shape} came")
     shape = tuple(1 if a in axes else n for a, n in enumerate(x.shape))

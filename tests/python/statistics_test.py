@@ -145,6 +145,14 @@ def test_errors_name_parameter_and_value(call, error, text):
         call()
 
 
+def test_an_axis_in_a_tuple_is_that_axis():
+    x = np.arange(12.0).reshape(3, 4) ** 2
+    for axis, weights in ((0, [1, 0, 3]), (1, [1, 2, 0, 1])):
+        np.testing.assert_array_equal(vx.var(x, axis=(axis,), weights=weights), vx.var(x, axis=axis, weights=weights))
+    for shape, axis, result in (((5, 0, 2), (0,), (0, 2)), ((5, 0, 2), (1, 2), (5,)), ((0, 3, 0), (1, 2), (0,))):
+        np.testing.assert_array_equal(vx.mean(np.empty(shape), axis=axis), np.full(result, np.nan))
+
+
 def test_one_number_is_a_mean_to_test_against():
     x = [1.0, 2, 4, 4, 9]
     for number in (2, np.float64(2), np.int64(2), np.float32(2), np.array(2.0), Fraction(2)):
