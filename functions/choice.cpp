@@ -4,7 +4,6 @@
 #include <cmath>
 #include <stdexcept>
 #include <string>
-#include <unordered_map>
 
 #include "functions/sized.hpp"
 #include "kernels/watch.hpp"
@@ -120,27 +119,67 @@ std::vector<std::int64_t> Urn::sample(std::size_t n, Random& rng) const {
 
 namespace {
 
+// Where the places of a shuffle are that have moved: an open table, of which nothing is to be taken
+// down again.
+class Moved {
+ public:
+  explicit Moved(std::size_t most)
+      : mask_(std::bit_ceil(most + most / 2 + 8) - 1), entries_(mask_ + 1, Entry{none, 0}) {}
+
+  // What is at the place: itself at first.
+  std::uint64_t at(std::uint64_t place) const {
+    const Entry& entry = entries_[find(place)];
+    return entry.place == none ? place : entry.value;
+  }
+  // Puts a value there; gives what was there.
+  std::uint64_t exchange(std::uint64_t place, std::uint64_t value) {
+    Entry& entry = entries_[find(place)];
+    const std::uint64_t before = entry.place == none ? place : entry.value;
+    entry = {place, value};
+    return before;
+  }
+
+ private:
+  static constexpr std::uint64_t none = ~std::uint64_t{0};
+  struct Entry {
+    std::uint64_t place;
+    std::uint64_t value;
+  };
+  std::size_t find(std::uint64_t place) const {
+    std::size_t i = static_cast<std::size_t>((place * 0x9E3779B97F4A7C15U) >> 20U) & mask_;
+    while (entries_[i].place != place && entries_[i].place != none) {
+      i = (i + 1) & mask_;
+    }
+    return i;
+  }
+
+  std::size_t mask_;
+  std::vector<Entry> entries_;
+};
+
 // The first n places of a shuffle from the front.  Of many places only the moved ones are kept.
 std::vector<std::int64_t> withoutReplacement(std::size_t size, std::size_t n, Random& rng) {
   if (n < size / 16) {
     auto chosen = sized<std::int64_t>("choice", "n", n);
-    std::unordered_map<std::uint64_t, std::uint64_t> moved;
+    Moved moved(n);
     for (std::uint64_t i = 0; i < n; ++i) {
       if (i % slowPolling == 0) {
         kernels::poll(static_cast<double>(i) / static_cast<double>(n));
       }
       const std::uint64_t j = i + rng.below(size - i);
-      const auto atI = moved.find(i);
-      const std::uint64_t first = atI == moved.end() ? i : atI->second;
-      const auto [atJ, fresh] = moved.try_emplace(j, j);
-      chosen[i] = static_cast<std::int64_t>(j == i ? first : atJ->second);
-      atJ->second = first;
+      const std::uint64_t first = moved.at(i);
+      chosen[i] = static_cast<std::int64_t>(moved.exchange(j, first));
     }
     return chosen;
   }
   auto all = sized<std::int64_t>("choice", "size", size);
   kernels::forEach(size, [&](std::size_t i) { all[i] = static_cast<std::int64_t>(i); });
-  kernels::forEach(n, [&](std::size_t i) { std::swap(all[i], all[i + rng.below(size - i)]); });
+  for (std::size_t i = 0; i < n; ++i) {
+    if (i % slowPolling == 0) {
+      kernels::poll(static_cast<double>(i) / static_cast<double>(n));
+    }
+    std::swap(all[i], all[i + rng.below(size - i)]);
+  }
   all.resize(n);
   return all;
 }
@@ -240,8 +279,12 @@ std::vector<std::int64_t> choice(std::size_t size, std::size_t n, Random& rng,
 std::vector<double> choice(Data x, std::size_t n, Random& rng, const ChoiceOptions& options) {
   const std::vector<std::int64_t> indices = choice(x.size(), n, rng, options);
   auto chosen = sized<double>("choice", "n", n);
-  std::transform(indices.begin(), indices.end(), chosen.begin(),
-                 [&](std::int64_t i) { return x[static_cast<std::size_t>(i)]; });
+  for (std::size_t i = 0; i < n; ++i) {
+    if (i % slowPolling == 0) {
+      kernels::poll();
+    }
+    chosen[i] = x[static_cast<std::size_t>(indices[i])];
+  }
   return chosen;
 }
 

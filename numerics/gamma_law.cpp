@@ -275,8 +275,8 @@ double GammaLaw::logTail(double x, Tail which) const {
   }
   const Part part = direct(x);
   if (part.which == which) {
-    const double log = logWeight(x) + std::log(part.factor);
-    return std::min(0.0, log);
+    const double factor = part.factor > 0.0 ? std::log(part.factor) : std::log(a_) - std::log(x);
+    return std::min(0.0, logWeight(x) + factor);
   }
   return std::log1p(-std::min(1.0, weight(x) * part.factor));
 }

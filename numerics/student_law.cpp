@@ -58,10 +58,10 @@ double StudentLaw::timesPower(double x) const {
 }
 
 double StudentLaw::logPower(double x) const {
-  if (nu_ >= hugeFreedom) {
+  const double s = x / nu_ * x;
+  if (nu_ >= hugeFreedom && s < 1e-16) {
     return -0.5 * x * x;
   }
-  const double s = x / nu_ * x;
   return s < 1e17 ? -0.5 * (nu_ + 1.0) * std::log1p(s)
                   : -(nu_ + 1.0) * (std::log(x) - 0.5 * std::log(nu_));
 }
@@ -102,7 +102,8 @@ double StudentLaw::outer(double x) const {
 
 double StudentLaw::logOuter(double x) const {
   if (nu_ >= hugeFreedom) {
-    return logNormalLower(-x);
+    const double power = logPower(x);  // so deep that nothing else counts, or the normal law's
+    return power < -1e16 ? power : logNormalLower(-x);
   }
   if (nearCentre(x)) {
     return std::log(outer(x));

@@ -16,6 +16,7 @@ namespace detail {
 namespace {
 
 constexpr double pi = std::numbers::pi;
+constexpr double logPi = 1.14472988584940017414;
 
 struct StandardCauchy {
   static constexpr double mean = nan;
@@ -25,7 +26,6 @@ struct StandardCauchy {
 
   static double pdf(double z) { return 1.0 / (pi * (1.0 + z * z)); }
   static double logpdf(double z) {
-    constexpr double logPi = 1.14472988584940017414;
     return -logPi - (std::fabs(z) < 1e150 ? std::log1p(z * z) : 2.0 * std::log(std::fabs(z)));
   }
   static double cdf(double z) { return sf(-z); }
@@ -45,7 +45,28 @@ struct StandardCauchy {
 }  // namespace
 
 template <>
-struct Formulas<Cauchy> : LocationScale<Cauchy, StandardCauchy, &Cauchy::logScale_> {};
+struct Formulas<Cauchy> : LocationScale<Cauchy, StandardCauchy, &Cauchy::logScale_> {
+  using Base = LocationScale<Cauchy, StandardCauchy, &Cauchy::logScale_>;
+  // Beyond it 1 + z^2 is z^2, which may overflow.
+  static constexpr double far = 1e150;
+
+  double distance(double x) const { return x - law.parameters().location; }
+  double pdf(double x) const {
+    const double d = distance(x);
+    return std::fabs(z(x)) < far ? Base::pdf(x) : law.parameters().scale / d / (pi * d);
+  }
+  double logpdf(double x) const {
+    return std::fabs(z(x)) < far ? Base::logpdf(x)
+                                 : law.logScale_ - logPi - 2.0 * std::log(std::fabs(distance(x)));
+  }
+  double logcdf(double x) const { return z(x) > -far ? Base::logcdf(x) : logFarTail(x); }
+  double logsf(double x) const { return z(x) < far ? Base::logsf(x) : logFarTail(x); }
+
+ private:
+  double logFarTail(double x) const {
+    return law.logScale_ - logPi - std::log(std::fabs(distance(x)));
+  }
+};
 
 }  // namespace detail
 

@@ -20,7 +20,10 @@ struct Formulas<Exponential> {
   double logpdf(double x) const { return -x / scale() - law.logScale_; }
   double cdf(double x) const { return -std::expm1(-x / scale()); }
   double sf(double x) const { return std::exp(-x / scale()); }
-  double logcdf(double x) const { return logOneMinusExp(x / scale()); }
+  double logcdf(double x) const {
+    const double t = x / scale();
+    return std::isnormal(t) ? logOneMinusExp(t) : logRatio(x, scale());
+  }
   double logsf(double x) const { return -x / scale(); }
   double quantile(double p) const { return -scale() * std::log1p(-p); }
   double isf(double q) const { return -scale() * std::log(q); }

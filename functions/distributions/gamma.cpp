@@ -39,11 +39,13 @@ struct Formulas<Gamma> {
     }
     return standard().logDensity(t(x)) - law.logScale_;
   }
-  double cdf(double x) const {
-    return nearZero(x) ? std::exp(logStart(x)) : standard().lower(t(x));
-  }
+  double cdf(double x) const { return nearZero(x) ? start(x) : standard().lower(t(x)); }
   double sf(double x) const {
-    return nearZero(x) ? -std::expm1(logStart(x)) : standard().upper(t(x));
+    if (!nearZero(x)) {
+      return standard().upper(t(x));
+    }
+    const double below = start(x);
+    return below < 0.5 ? 1.0 - below : -std::expm1(logStart(x));
   }
   double logcdf(double x) const {
     return nearZero(x) ? logStart(x) : standard().logTail(t(x), nag2::Tail::lower);
@@ -53,11 +55,11 @@ struct Formulas<Gamma> {
   }
   double quantile(double p) const {
     const double at = standard().quantile(p, nag2::Tail::lower);
-    return at > least ? scale() * at : startQuantile(std::log(p));
+    return at > least ? scale() * at : startQuantile(p, std::log(p));
   }
   double isf(double q) const {
     const double at = standard().quantile(q, nag2::Tail::upper);
-    return at > least ? scale() * at : startQuantile(std::log1p(-q));
+    return at > least ? scale() * at : startQuantile(1.0 - q, std::log1p(-q));
   }
 
   double mean() const { return shape() * scale(); }
@@ -66,14 +68,22 @@ struct Formulas<Gamma> {
   double kurtosis() const { return 6.0 / shape(); }
 
  private:
-  // Where t has no digits left, the lower tail's leading term t^shape / Gamma(shape + 1).
+  // Where t has no digits left the lower tail is that at least times a power.
   static constexpr double least = 1e-290;
   bool nearZero(double x) const { return t(x) < least; }
-  double logStart(double x) const {
-    return shape() * (std::log(x) - law.logScale_) - logGamma(shape() + 1.0);
+  double startRatio(double x) const { return x / (scale() * least); }
+  double start(double x) const {
+    return standard().lower(least) * std::pow(startRatio(x), shape());
   }
-  double startQuantile(double logP) const {
-    return std::exp(law.logScale_ + (logP + logGamma(shape() + 1.0)) / shape());
+  double logStart(double x) const {
+    return standard().logTail(least, nag2::Tail::lower) + shape() * std::log(startRatio(x));
+  }
+  double startQuantile(double p, double logP) const {
+    const double quotient = p / standard().lower(least);
+    const double logQuotient = logP - standard().logTail(least, nag2::Tail::lower);
+    return quotient < 0.5 && quotient > 1e-290
+               ? scaledPower(scale() * least, quotient, 1.0 / shape())
+               : scaledExp(scale() * least, logQuotient / shape());
   }
 };
 

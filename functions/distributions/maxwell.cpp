@@ -39,14 +39,14 @@ struct Formulas<Maxwell> {
     const double h = halfSquare(x);
     return x == 0.0 || std::isinf(h)
                ? -infinity
-               : 2.0 * std::log(x / scale()) - h - law.logScale_ + (logTwo - logRootTwoPi);
+               : 2.0 * logRatio(x, scale()) - h - law.logScale_ + (logTwo - logRootTwoPi);
   }
   double cdf(double x) const { return standard().lower(halfSquare(x)); }
   double sf(double x) const { return standard().upper(halfSquare(x)); }
   double logcdf(double x) const {
     const double h = halfSquare(x);
     // t^3 sqrt(2 / pi) / 3 (1 - 3 t^2 / 10 + ...).
-    return h < 1e-17 ? 3.0 * std::log(x / scale()) - std::log(1.5 * rootTwoPi)
+    return h < 1e-17 ? 3.0 * logRatio(x, scale()) - std::log(1.5 * rootTwoPi)
                      : standard().logTail(h, nag2::Tail::lower);
   }
   double logsf(double x) const { return standard().logTail(halfSquare(x), nag2::Tail::upper); }

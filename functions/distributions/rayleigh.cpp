@@ -29,13 +29,13 @@ struct Formulas<Rayleigh> {
   }
   double logpdf(double x) const {
     const double h = halfSquare(x);
-    return x == 0.0 || std::isinf(h) ? -infinity : std::log(x / scale()) - law.logScale_ - h;
+    return x == 0.0 || std::isinf(h) ? -infinity : logRatio(x, scale()) - law.logScale_ - h;
   }
   double cdf(double x) const { return -std::expm1(-halfSquare(x)); }
   double sf(double x) const { return std::exp(-halfSquare(x)); }
   double logcdf(double x) const {
     const double h = halfSquare(x);
-    return logOneMinusExp(h, h > 1e-290 ? std::log(h) : 2.0 * std::log(x / scale()) - logTwo);
+    return logOneMinusExp(h, h > 1e-290 ? std::log(h) : 2.0 * logRatio(x, scale()) - logTwo);
   }
   double logsf(double x) const { return -halfSquare(x); }
   double quantile(double p) const { return scale() * std::sqrt(-2.0 * std::log1p(-p)); }

@@ -20,8 +20,8 @@ struct Formulas<Uniform> {
   double logpdf(double) const { return -std::log(width()); }
   double cdf(double x) const { return (x - law.parameters_.a) / width(); }
   double sf(double x) const { return (law.parameters_.b - x) / width(); }
-  double logcdf(double x) const { return logOfTail(cdf(x), sf(x)); }
-  double logsf(double x) const { return logOfTail(sf(x), cdf(x)); }
+  double logcdf(double x) const { return logPart(x - law.parameters_.a, sf(x)); }
+  double logsf(double x) const { return logPart(law.parameters_.b - x, cdf(x)); }
   // From the nearer end, so that no point lies beyond the other one.
   double quantile(double p) const {
     return p <= 0.5 ? law.parameters_.a + p * width() : law.parameters_.b - (1.0 - p) * width();
@@ -33,6 +33,11 @@ struct Formulas<Uniform> {
   double var() const { return width() * width() / 12.0; }
   double skewness() const { return 0.0; }
   double kurtosis() const { return -1.2; }
+
+ private:
+  double logPart(double part, double rest) const {
+    return rest < 0.5 ? std::log1p(-rest) : logRatio(part, width());
+  }
 };
 
 }  // namespace detail

@@ -36,6 +36,9 @@ TallyResult<T> tallyBySorting(std::span<const T> x) {
   result.missing = x.size() - sort(Data(x), std::span<T>(sorted), {.missing = Missing::omit});
   const auto end = sorted.end() - static_cast<std::ptrdiff_t>(result.missing);
   for (auto run = sorted.begin(); run != end;) {
+    if (result.counts.size() % kBlock == 0) {
+      kernels::poll();
+    }
     const auto next = std::find_if(run, end, [v = *run](T other) { return other != v; });
     result.values.push_back(*run + T{0});
     result.counts.push_back(static_cast<double>(next - run));
@@ -216,6 +219,9 @@ TallyResult<T> tallyWeights(std::span<const T> x, Data weights) {
   const std::vector<T>& points = pairs.points;
   nag2::visitSorted(points.data(), points.size(), false,
                     [&](std::size_t, nag2::TiedPositions tied) {
+                      if (result.counts.size() % (kBlock / 16) == 0) {
+                        kernels::poll();
+                      }
                       kernels::ExactTotals total(1);
                       for (std::size_t i = 0; i < tied.size(); ++i) {
                         total.add(0, pairs.weights[tied[i]]);
