@@ -60,13 +60,6 @@ constexpr std::size_t kCoordinatesAtOnce = std::size_t{1} << 18;
 constexpr std::size_t kTooManyForCaches = std::size_t{1} << 19;
 constexpr std::size_t kCoordinatesNear = std::size_t{1} << 15;
 
-void copyPastCaches(const double* from, std::size_t n, double* to) {
-  const std::size_t lead =
-      std::min(n, (0 - reinterpret_cast<std::uintptr_t>(to)) % 64 / sizeof(double));
-  std::copy_n(from, lead, to);
-  kernels::copyPastCaches(from + lead, to + lead, n - lead);
-}
-
 void requireDimension(const char* sequence, std::size_t dimension, std::size_t largest) {
   if (dimension < 1 || dimension > largest) {
     throw std::invalid_argument(std::string(sequence) + ": dimension must be 1 to " +
@@ -129,7 +122,7 @@ void PointSequence::write(std::uint64_t index, std::size_t n, double* out, std::
     double* const to = out + static_cast<std::ptrdiff_t>(done) * point;
     body_->points(index + done, length, {far ? near.data() : to, point, coordinate});
     if (far) {
-      copyPastCaches(near.data(), length * d, to);
+      kernels::copyPastCachesAnywhere(near.data(), to, length * d);
     }
     done += length;
     if (done == n || (done - polled) * d >= kCoordinatesAtOnce) {

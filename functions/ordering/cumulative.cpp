@@ -5,6 +5,7 @@
 
 #include "functions/elements.hpp"
 #include "kernels/running_sum.hpp"
+#include "kernels/variates/lanes.hpp"
 #include "kernels/watch.hpp"
 #include "vexel/ordering.hpp"
 
@@ -77,6 +78,9 @@ void run(std::span<double> out, Missing missing, Value value, Add add) {
 
 void sums(std::span<const double> x, std::span<double> out, Missing missing) {
   constexpr std::size_t chunk = kernels::RunningSum::chunk;
+  constexpr std::size_t tooManyForCaches = std::size_t{1} << 20;
+  const bool far = out.size() >= tooManyForCaches;
+  alignas(64) double near[chunk];
   kernels::RunningSum sum;
   std::size_t i = 0;
   if (missing == Missing::propagate) {
@@ -84,7 +88,13 @@ void sums(std::span<const double> x, std::span<double> out, Missing missing) {
       if (i % kernels::pollInterval == 0) {
         kernels::poll(static_cast<double>(i) / static_cast<double>(out.size()));
       }
-      sum.addChunk(&x[i], &out[i]);
+      sum.addChunk(&x[i], far ? near : &out[i]);
+      if (far) {
+        kernels::copyPastCachesAnywhere(near, &out[i], chunk);
+      }
+    }
+    if (far) {
+      kernels::finishCopies();
     }
   }
   run(

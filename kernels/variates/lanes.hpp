@@ -34,6 +34,15 @@ std::size_t acceptExponentials(const std::uint64_t* bits, double* out, std::size
 // n doubles to out, which begins a cache line, without reading out's lines first: what is too long
 // for the caches takes a third of the time.
 void copyPastCaches(const double* from, double* out, std::size_t n);
+// The same to any place.
+inline void copyPastCachesAnywhere(const double* from, double* out, std::size_t n) {
+  std::size_t lead = (0 - reinterpret_cast<std::uintptr_t>(out)) % 64 / sizeof(double);
+  lead = lead < n ? lead : n;
+  for (std::size_t i = 0; i < lead; ++i) {
+    out[i] = from[i];
+  }
+  copyPastCaches(from + lead, out + lead, n - lead);
+}
 // Before another thread may read what was copied so.
 void finishCopies();
 
