@@ -123,6 +123,10 @@ def test_scipys_names():
     assert (low + high).tolist() == [0, 20]
     several = scipy.norm([0, 1000], 1)
     assert several.mean().tolist() == [0, 1000] and several.rvs((5, 2), random_state=1).shape == (5, 2)
+    assert scipy.norm.rvs(5, 1e-9, 3, random_state=1).shape == (3,) and scipy.poisson.rvs(1e-9, 2, 3).tolist() == [2, 2, 2]
+    for wrong, error in ((lambda: scipy.poisson.pmf(1, 3, scale=2), TypeError), (lambda: scipy.beta(2, 3, scale=-1), ValueError)):
+        with pytest.raises(error, match="scale"):
+            wrong()
     assert np.diff(several.rvs(random_state=np.random.RandomState(1))) > 900
 
 

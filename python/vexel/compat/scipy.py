@@ -23,6 +23,7 @@ from typing import Any, NamedTuple
 import numpy as np
 
 import vexel as vx
+from vexel._distributions import Discrete
 from vexel._results import TestResult
 
 # ---- distributions
@@ -131,6 +132,8 @@ class _Family:
         self.name = name
         self.shapes = shapes
         self._names = shapes.split()
+        # Laws of whole numbers have no scale.
+        self._discrete = isinstance(law, type) and issubclass(law, Discrete) or name == "randint"
         self._law, self._scaled, self._located = law, scaled, located
         self._shift, self._fit = shift, fit
 
@@ -139,10 +142,12 @@ class _Family:
             return self._law(*shapes, loc, scale), 0, 1
         if self._scaled:
             return self._law(*shapes, scale), loc + self._shift, 1
+        if not 0 < scale < np.inf:
+            raise ValueError(f"{self.name}: scale must be positive and finite, got {scale}")
         return self._law(*shapes), loc + self._shift, scale
 
     def _arguments(self, args: tuple[Any, ...], kwds: dict[str, Any]) -> tuple[Any, ...]:
-        names = [*self._names, "loc", "scale"]
+        names = [*self._names, "loc"] if self._discrete else [*self._names, "loc", "scale"]
         if len(args) > len(names):
             raise TypeError(f"{self.name}: at most {len(names)} parameters are allowed, {len(args)} came")
         given = dict(zip(names, args))
@@ -191,14 +196,21 @@ class _Family:
         raise AttributeError(f"{self.name} has no {name}")
 
     def rvs(self, *args: Any, size: Any = None, random_state: Any = None, **kwds: Any) -> Any:
+        last = len(self._names) + (1 if self._discrete else 2)
+        if len(args) > last and size is None:  # after the parameters by position, as in SciPy
+            size, *others = args[last:]
+            random_state = others[0] if others else random_state
+            args = args[:last]
         parameters = self._arguments(args, kwds)
         if kwds:
             raise TypeError(f"{self.name}: unknown parameters {', '.join(kwds)}")
         if not any(np.ndim(p) for p in parameters):
             return _Frozen(self, parameters[:-2], *parameters[-2:]).rvs(size, random_state)
         # Arrays of parameters: one variate of each law, all from one stream.
-        drawn = random_state if isinstance(random_state, vx.Random) else vx.Uniform().sample(rng=_stream(random_state))
-        rng = drawn if isinstance(drawn, vx.Random) else vx.Random(int(drawn * 2.0**53))
+        given = _stream(random_state)
+        if isinstance(given, np.random.Generator):
+            given = int(given.integers(2**63 - 1))
+        rng = given if isinstance(given, vx.Random) else vx.Random(given)
         shape = np.broadcast_shapes(*map(np.shape, parameters))
         all_of = [np.broadcast_to(p, shape if size is None else size) for p in parameters]
         found = []
