@@ -79,7 +79,8 @@ class BetaFamily {
   double curve(double j) const {
     return 1.0 / (j + 1.0) + b_ / (a_ + j + 1.0) / (a_ + b_ + j + 1.0);
   }
-  double fall() const { return at_.x * ((a_ + b_) / (a_ + 1.0)); }
+  // At most: below b = 1 the quotients of the decrements rise to x.
+  double fall() const { return at_.x * std::fmax(1.0, (a_ + b_) / (a_ + 1.0)); }
   double growth(double j) const { return (a_ + j + 1.0) / (a_ + b_ + j) * inverse_; }
   double ratio(double j) const { return at_.x * (a_ + b_ + j) / (a_ + j + 1.0); }
   // Near 1 the complement knows x better than x itself.

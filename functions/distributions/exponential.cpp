@@ -22,7 +22,7 @@ struct Formulas<Exponential> {
   double sf(double x) const { return std::exp(-x / scale()); }
   double logcdf(double x) const {
     const double t = x / scale();
-    return std::isnormal(t) ? logOneMinusExp(t) : logRatio(x, scale());
+    return t > 1e-300 ? logOneMinusExp(t) : logRatio(x, scale());
   }
   double logsf(double x) const { return -x / scale(); }
   double quantile(double p) const { return -scale() * std::log1p(-p); }

@@ -172,6 +172,10 @@ TEST(DistributionHardPoints, AtTheEndsOfDoubles) {
                -1142.940188210342);
   EXPECT_CLOSE(Uniform(0.0, 4.4377004682100866e+105).logcdf(1.851018737668842e-276),
                -878.1593206039094);
+  EXPECT_EQ(Exponential(1e-289).logcdf(1e97), 0.0);
+  EXPECT_CLOSE(
+      NonCentralBeta(1.7902674678421699e-304, 0.00049286243968859819, 8.0).cdf(0.99999999994878075),
+      0.0289124378343303134);
   const Weibull weibull(8.2912715455965951e-06, 4.802344629688118e161);
   EXPECT_NEAR(weibull.quantile(weibull.cdf(2.9e-301)) / 2.9e-301, 1.0, 1e-7);
   EXPECT_TRUE(std::isfinite(NonCentralBeta(2.4e191, 2.5, 3.5e191).quantile(0.9)));  // in no time
