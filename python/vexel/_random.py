@@ -177,18 +177,22 @@ def choice(x: ArrayLike, n: Size = None, *, weights: ArrayLike | None = None, re
     >>> vx.choice(["a", "b", "c"], 3, replace=False, rng=1).shape
     (3,)
     """
-    items = np.arange(_core.checked_size(x, "x")[0]) if isinstance(x, (int, np.integer)) else np.asarray(x)
-    if items.ndim == 0:
+    items = None if isinstance(x, (int, np.integer)) else np.asarray(x)
+    if items is not None and items.ndim == 0:
         raise TypeError(f"x: a list, an array or a whole number is expected, a {type(x).__name__} came")
+    of = _core.checked_size(x, "x")[0] if items is None else len(items)
     shape = tuple(_core.checked_size(n, "n") or ())
-    if len(items) == 0 and 0 not in shape:
+    if of == 0 and 0 not in shape:
         raise ValueError("x: at least one element is allowed, none came")
     count = int(np.prod(shape, dtype=np.int64))
-    if weights is not None and np.shape(weights) != (len(items),):
-        raise ValueError(f"weights: one for each of the {len(items)} elements of x is allowed, "
+    if weights is not None and np.shape(weights) != (of,):
+        raise ValueError(f"weights: one for each of the {of} elements of x is allowed, "
                          f"{_core.short_text(weights)} came")
-    drawn = items[_core.choice(len(items), count, rng, weights, replace)]
-    return drawn[0] if n is None else drawn.reshape(shape + items.shape[1:])
+    drawn = _core.choice(of, count, rng, weights, replace)
+    if items is None:
+        return int(drawn[0]) if n is None else drawn.reshape(shape)
+    drawn = items[drawn]
+    return drawn[0] if n is None else drawn.reshape(shape + drawn.shape[1:])
 
 
 def permutation(n: int | ArrayLike, rng: Rng = None) -> Array:

@@ -101,6 +101,7 @@ def test_random():
     assert set(vx.choice([10, 20], (50, 2), weights=[0, 1], rng=1).ravel()) == {20}
     with pytest.raises(ValueError):
         vx.choice(3, 4, replace=False)
+    assert len(set(vx.choice(2**52, 1000, replace=False, rng=1).tolist())) == 1000
     for array in (np.arange(5, 9), range(5, 9), pd.Series(range(5, 9), index=list("abcd")), (5, 6, 7, 8)):
         assert (vx.permutation(array, rng=1) == vx.permutation(4, rng=1) + 5).all()
 
