@@ -43,10 +43,8 @@ bool plainTotals(const Sample& sample, Totals& totals) {
   return good && !(sample.weighted() && totals.extreme());
 }
 
-bool arithmeticTotals(Sample& sample, Totals& totals) {
-  if (plainTotals(sample, totals)) {
-    return true;
-  }
+// With scaling, and without what is missing.
+bool carefulTotals(Sample& sample, Totals& totals) {
   totals = {};
   sample.scaleToOne();
   const auto found = sample.present([&](const double* x, const double* w, std::size_t n) {
@@ -62,8 +60,15 @@ bool arithmeticTotals(Sample& sample, Totals& totals) {
 
 double arithmetic(Sample& sample) {
   Totals totals;
-  return arithmeticTotals(sample, totals) ? std::ldexp(totals.quotient(), sample.xExponent())
-                                          : kNaN;
+  if (plainTotals(sample, totals)) {
+    if (sample.weighted()) {
+      return totals.quotient();
+    }
+    int exponent = 0;  // of the number of points, which needs no sum
+    const double fraction = std::frexp(static_cast<double>(sample.size()), &exponent);
+    return totals.sum.scaled() / Scaled{fraction, exponent};
+  }
+  return carefulTotals(sample, totals) ? std::ldexp(totals.quotient(), sample.xExponent()) : kNaN;
 }
 
 double quadratic(Sample& sample, bool scaled = false) {
@@ -163,7 +168,7 @@ double geometric(Sample& sample, bool scaled = false) {
 
 std::optional<DoubleDouble> meanInTwo(Sample& sample) {
   Totals totals;
-  if (!arithmeticTotals(sample, totals)) {
+  if (!plainTotals(sample, totals) && !carefulTotals(sample, totals)) {
     return std::nullopt;
   }
   if (!totals.sum.finite()) {

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "functions/text.hpp"
+#include "functions/totals.hpp"
 #include "kernels/exact_sum.hpp"
 
 namespace vexel {
@@ -81,11 +82,35 @@ void Sample::scale(int xExponent, int wExponent) {
   wFactor_ = std::ldexp(1.0, -wExponent_);
 }
 
+namespace {
+
+// sum / count, rounded; 0 of nothing.
+double rounded(const kernels::ExactSum& sum, double count) {
+  int exponent = 0;
+  const double fraction = std::frexp(count, &exponent);
+  return count == 0.0 ? 0.0 : sum.scaled() / kernels::Scaled{fraction, exponent};
+}
+
+}  // namespace
+
 double Sample::roughMean() const {
   constexpr std::size_t points = 1024;
   kernels::ExactSum sum;
   double count = 0.0;
   const std::size_t step = std::max(std::size_t{1}, size() / points);
+  if (!weighted() && size() >= kernels::sumLanes) {
+    // All at once, unless something is not finite.
+    double some[2 * points];
+    std::size_t n = 0;
+    for (std::size_t i = 0; i < size(); i += step) {
+      some[n++] = point(i);
+    }
+    double lanes[kernels::sumLanes];
+    kernels::sumInLanes(some, n, lanes);
+    if (addLanes(sum, lanes)) {
+      return rounded(sum, static_cast<double>(n));
+    }
+  }
   for (std::size_t i = 0; i < size(); i += step) {
     const double x = point(i);
     if (std::isfinite(x) && weight(i) > 0.0) {
@@ -93,9 +118,7 @@ double Sample::roughMean() const {
       ++count;
     }
   }
-  int exponent = 0;
-  const double fraction = std::frexp(count, &exponent);
-  return count == 0.0 ? 0.0 : sum.scaled() / kernels::Scaled{fraction, exponent};
+  return rounded(sum, count);
 }
 
 const double* Sample::scaled(const double* from, std::size_t n, double factor, double* buffer) {

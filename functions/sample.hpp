@@ -128,11 +128,12 @@ inline void Sample::poll(std::size_t done, int pass, int passes) const {
 
 template <typename Use>
 void Sample::raw(Use use, int pass, int passes) const {
-  const auto buffers = std::make_unique_for_overwrite<double[]>(2 * block);
+  const std::size_t most = std::min(block, size());
+  const auto buffers = std::make_unique_for_overwrite<double[]>(2 * most);
   for (std::size_t i = 0; i < size(); i += block) {
     poll(i, pass, passes);
     const std::size_t n = std::min(block, size() - i);
-    use(points(i, n, buffers.get()), weights(i, n, buffers.get() + block), n);
+    use(points(i, n, buffers.get()), weights(i, n, buffers.get() + most), n);
   }
 }
 

@@ -187,6 +187,7 @@ void movingQuantiles(const Stretch& s, double q, std::size_t minCount, double* o
     out[j] = kNan;
     if (counts.answers(minCount) && counts.present() > 0) {
       if (weighted) {
+        pollWindow(s, j);
         out[j] = weightedQuantile(s, j, q, members);
       } else {
         if (!s.plain()) {

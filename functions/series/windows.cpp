@@ -142,6 +142,7 @@ void movingDirect(const Stretch& stretch, const PresentStatistic& f, std::size_t
   std::vector<double> values;
   std::vector<double> weights;
   for (std::size_t j = 0; j < stretch.results(); ++j) {
+    pollWindow(stretch, j);
     if (j > 0) {
       counts.slide();
     }

@@ -7,6 +7,7 @@
 #include <span>
 #include <vector>
 
+#include "kernels/watch.hpp"
 #include "vexel/series.hpp"
 
 namespace vexel {
@@ -103,6 +104,13 @@ void movingSums(const Stretch& stretch, bool means, std::size_t minCount, double
 void movingVariances(const Stretch& stretch, bool roots, std::size_t minCount, double* out);
 void movingExtremes(const Stretch& stretch, bool largest, std::size_t minCount, double* out);
 void movingQuantiles(const Stretch& stretch, double q, std::size_t minCount, double* out);
+// Before window j, where every window is looked through on its own: polls every few thousand
+// elements.
+inline void pollWindow(const Stretch& stretch, std::size_t j) {
+  if (j % (1 + 4096 / stretch.window()) == 0) {
+    kernels::poll();
+  }
+}
 // f(values, weights) of what is present, in order; weights is empty where there are none.
 using PresentStatistic =
     std::function<double(std::span<const double> values, std::span<const double> weights)>;

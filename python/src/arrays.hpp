@@ -55,6 +55,9 @@ class Input {
   // Elements along `axis`, starting `offset` bytes behind the first.
   Data lane(int axis, std::ptrdiff_t offset) const;
   std::ptrdiff_t byteStride(int axis) const { return strides_[axis]; }
+  const char* bytes() const { return data_; }
+  // n elements of this one's type that lie one after the other elsewhere.
+  Data dense(const char* first, std::size_t n) const { return view(first, n, 1); }
   // Whether memory of the array may be memory of this one.
   bool overlaps(const py::array& array) const;
   // The array itself, a list's as a new one; None where nothing was given.

@@ -6,6 +6,8 @@
 #include <limits>
 #include <vector>
 
+#include "lanes.hpp"
+
 namespace vexel::python {
 
 namespace {
@@ -28,6 +30,12 @@ bool ask(PyObject* progress, double done) {
 
 }  // namespace
 
+void checkProgress(py::handle progress) {
+  if (progress && !progress.is_none()) {
+    pythonHelper("reporter")(progress);
+  }
+}
+
 Work::Work(std::size_t elements, py::handle progress) {
   if (progress && !progress.is_none()) {
     progress_ = pythonHelper("reporter")(progress);
@@ -36,14 +44,15 @@ Work::Work(std::size_t elements, py::handle progress) {
   if (elements <= lockedElements && !reports) {
     return;
   }
-  report_ = [told = reports ? progress_.ptr() : nullptr,
-             last = std::chrono::steady_clock::now()](double done) mutable {
+  report_ = [told = reports ? progress_.ptr() : nullptr, last = std::chrono::steady_clock::now(),
+             most = 0.0](double done) mutable {
     const auto now = std::chrono::steady_clock::now();
     if (now - last < patience) {
       return true;
     }
     last = now;
-    return ask(told, done);
+    most = std::max(most, done);  // work in several passes begins each at 0
+    return ask(told, most);
   };
   watch_.emplace([this](double done) { return report_(begin_ + share_ * done); });
   if (elements != keepLock) {
@@ -69,43 +78,6 @@ int readAxis(py::handle axis, int dimensions) {
   return static_cast<int>(found);
 }
 
-// The lanes of an array along an axis, in C order of the other axes.
-class Lanes {
- public:
-  Lanes(const Input& x, int axis) : x_(x), axis_(axis) {
-    for (int i = 0; i < x.dimensions(); ++i) {
-      if (i != axis) {
-        const auto n = x.shape()[static_cast<std::size_t>(i)];
-        rest_.push_back(n);
-        strides_.push_back(x.byteStride(i));
-        count_ *= static_cast<std::size_t>(n);
-      }
-    }
-  }
-
-  std::size_t count() const { return count_; }
-  std::span<const py::ssize_t> rest() const { return rest_; }
-  Data operator[](std::size_t lane) const { return x_.lane(axis_, offset(lane, strides_)); }
-
-  // Where the lane begins in an array of the same shape and these strides of the other axes.
-  std::ptrdiff_t offset(std::size_t lane, const std::vector<py::ssize_t>& strides) const {
-    std::ptrdiff_t at = 0;
-    for (std::size_t i = rest_.size(); i-- > 0;) {
-      const auto n = static_cast<std::size_t>(rest_[i]);
-      at += static_cast<std::ptrdiff_t>(lane % n) * strides[i];
-      lane /= n;
-    }
-    return at;
-  }
-
- private:
-  const Input& x_;
-  int axis_;
-  std::vector<py::ssize_t> rest_;
-  std::vector<py::ssize_t> strides_;
-  std::size_t count_ = 1;
-};
-
 // The weights of a lane: their own lane, or the same vector for all.
 class WeightLanes {
  public:
@@ -117,6 +89,7 @@ class WeightLanes {
     const auto came = weights.shape();
     if (std::equal(came.begin(), came.end(), shape.begin(), shape.end())) {
       lanes_.emplace(weights, axis);
+      reader_.emplace(*lanes_);
     } else if (came.size() == 1 && came[0] == shape[static_cast<std::size_t>(axis)]) {
       same_ = weights.vector();
     } else {
@@ -125,10 +98,11 @@ class WeightLanes {
                             ",) is allowed, " + shapeText(came) + " came");
     }
   }
-  Data operator[](std::size_t lane) const { return lanes_ ? (*lanes_)[lane] : same_; }
+  Data operator[](std::size_t lane) { return reader_ ? (*reader_)[lane] : same_; }
 
  private:
   std::optional<Lanes> lanes_;
+  std::optional<LaneReader> reader_;
   Data same_;
 };
 
@@ -206,6 +180,36 @@ py::object reduceAxes(const Input& x, const Input& weights, const ReduceArgument
                                leading.size(), a.out);
 }
 
+void reduceLanes(const Lanes& lanes, WeightLanes& weights, const Reduction& reduction,
+                 std::span<double> results, Work& work) {
+  LaneReader reader(lanes);
+  std::vector<double> one(lanes.count() == 0 ? 0 : results.size() / lanes.count());
+  for (std::size_t i = 0; i < lanes.count(); ++i) {
+    work.part(i, lanes.count());
+    reduction(reader[i], weights[i], one.data());
+    for (std::size_t j = 0; j < one.size(); ++j) {
+      results[j * lanes.count() + i] = one[j];
+    }
+  }
+}
+
+void reduceColumns(const Lanes& lanes, const ReductionOfMany& reduction, std::span<double> results,
+                   Work& work) {
+  constexpr std::size_t together = 512;
+  const std::size_t parts = (lanes.count() + together - 1) / together;
+  std::vector<Data> some;
+  for (std::size_t part = 0; part < parts; ++part) {
+    work.part(part, parts);
+    const std::size_t begin = part * together;
+    const std::size_t end = std::min(begin + together, lanes.count());
+    some.clear();
+    for (std::size_t i = begin; i < end; ++i) {
+      some.push_back(lanes[i]);
+    }
+    reduction(some, results.subspan(begin, end - begin));
+  }
+}
+
 }  // namespace
 
 py::object reduce(Input& x, Input& weights, const ReduceArguments& a,
@@ -218,18 +222,14 @@ py::object reduce(Input& x, Input& weights, const ReduceArguments& a,
   }
   const int axis = readAxis(a.axis, x.dimensions());
   const Lanes lanes(x, axis);
-  const WeightLanes weightLanes(weights, x, axis);
-  const std::size_t k = product(leading);
-  std::vector<double> results(k * lanes.count());
+  WeightLanes weightLanes(weights, x, axis);
+  std::vector<double> results(product(leading) * lanes.count());
   {
     Work work(x.size(), a.progress);
-    std::vector<double> one(k);
-    for (std::size_t i = 0; i < lanes.count(); ++i) {
-      work.part(i, lanes.count());
-      reduction(lanes[i], weightLanes[i], one.data());
-      for (std::size_t j = 0; j < k; ++j) {
-        results[j * lanes.count() + i] = one[j];
-      }
+    if (a.ofColumns && !weights.given() && lanes.shortColumns()) {
+      reduceColumns(lanes, a.ofColumns, results, work);
+    } else {
+      reduceLanes(lanes, weightLanes, reduction, results, work);
     }
   }
   auto shape = joined(leading, lanes.rest());
@@ -293,7 +293,8 @@ py::array map(Input& x, Input& weights, const MapArguments& a, const Mapping& ma
   }
   const int along = readAxis(a.axis, x.dimensions());
   const Lanes lanes(x, along);
-  const WeightLanes weightLanes(weights, x, along);
+  LaneReader reader(lanes);
+  WeightLanes weightLanes(weights, x, along);
   py::array result = outputArray(a.out, x.shape(), a.element);
   if (overlap(x, weights, result)) {
     const py::object out = result;
@@ -311,7 +312,7 @@ py::array map(Input& x, Input& weights, const MapArguments& a, const Mapping& ma
   Work work(x.size(), a.progress);
   for (std::size_t i = 0; i < lanes.count(); ++i) {
     work.part(i, lanes.count());
-    fillMissing(one.data(), a.element, mapping(lanes[i], weightLanes[i], one.data()), n);
+    fillMissing(one.data(), a.element, mapping(reader[i], weightLanes[i], one.data()), n);
     char* to = first + lanes.offset(i, strides);
     for (const char* from = one.data(); from < one.data() + one.size(); from += width) {
       std::memcpy(to, from, width);
@@ -348,8 +349,9 @@ std::span<const py::ssize_t> shapeOf(const py::array& array) {
 
 }  // namespace
 
-py::object pointwise(Input& x, py::handle out, const Pointwise& f) {
+py::object pointwise(Input& x, py::handle out, py::handle progress, const Pointwise& f) {
   if (x.isNumber() && out.is_none()) {
+    checkProgress(progress);
     double result = 0;
     f(x.flat(), {&result, 1});
     return py::float_(result);
@@ -359,7 +361,7 @@ py::object pointwise(Input& x, py::handle out, const Pointwise& f) {
   const bool direct = (result.flags() & py::array::c_style) != 0 && !x.overlaps(result);
   py::array place = direct ? result : py::array(makeArray(Element::float64, shapeOf(result)));
   auto* const to = static_cast<double*>(place.mutable_data());
-  inPieces(data.size(), [&](std::size_t begin, std::size_t end) {
+  inPieces(data.size(), progress, [&](std::size_t begin, std::size_t end) {
     f(part(data, begin, end), {to + begin, end - begin});
   });
   if (!direct) {

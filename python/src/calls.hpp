@@ -4,6 +4,8 @@
 
 #include <pybind11/pybind11.h>
 
+#include <algorithm>
+#include <chrono>
 #include <functional>
 #include <optional>
 #include <vexel/interruption.hpp>
@@ -49,16 +51,23 @@ class Work {
   std::optional<py::gil_scoped_release> released_;
 };
 
+// Complains of a `progress` that is none, where there is nothing to tell it.
+void checkProgress(py::handle progress);
+
 // ---- along an axis ----
 
 // k numbers from the elements x and their weights w (not given where there are none).
 using Reduction = std::function<void(const Data& x, const Data& w, double* result)>;
+
+// The same of many lanes at once, one number for each.
+using ReductionOfMany = std::function<void(std::span<const Data> lanes, std::span<double> results)>;
 
 struct ReduceArguments {
   py::handle axis;  // None: all elements; an integer; a tuple of them
   bool keepdims = false;
   py::handle out;
   py::handle progress;
+  ReductionOfMany ofColumns = nullptr;  // for short lanes of doubles side by side, without weights
 };
 
 // The reduction of every lane.  Its k numbers per lane stand in a leading axis (or axes) of the
@@ -81,17 +90,31 @@ py::array map(Input& x, Input& weights, const MapArguments& arguments, const Map
 
 // One number for each element; a float for one number.
 using Pointwise = std::function<void(const Data& x, std::span<double> result)>;
-py::object pointwise(Input& x, py::handle out, const Pointwise& f);
+py::object pointwise(Input& x, py::handle out, py::handle progress, const Pointwise& f);
 
 // f(begin, end) over the numbers 0 to n in pieces, with a look at Python's signals between them.
-// Elementwise work gives the same whatever the pieces.
+// Elementwise work gives the same whatever the pieces, so they are as large as a few milliseconds
+// allow: a quantile may take a nanosecond or a tenth of a millisecond.
 template <typename F>
-void inPieces(std::size_t n, F f) {
-  constexpr std::size_t piece = 1U << 14;
-  const Work work(n);
-  for (std::size_t begin = 0; begin < n; begin += piece) {
-    f(begin, n - begin < piece ? n : begin + piece);
+void inPieces(std::size_t n, py::handle progress, F f) {
+  using Clock = std::chrono::steady_clock;
+  constexpr std::size_t least = 64;
+  constexpr std::size_t most = 1U << 14;
+  const Work work(n, progress);
+  std::size_t piece = 4 * least;
+  auto before = Clock::now();
+  for (std::size_t begin = 0; begin < n;) {
+    const std::size_t end = n - begin < piece ? n : begin + piece;
+    f(begin, end);
+    begin = end;
     work.step(static_cast<double>(begin) / static_cast<double>(n));
+    const auto now = Clock::now();
+    if (now - before < std::chrono::milliseconds(2)) {
+      piece = std::min(2 * piece, most);
+    } else if (now - before > std::chrono::milliseconds(10)) {
+      piece = std::max(piece / 2, least);
+    }
+    before = now;
   }
 }
 
@@ -103,7 +126,7 @@ std::optional<std::vector<py::ssize_t>> readSize(py::handle size, const char* na
 // `out` filled, or a new array of the shape `size` (a whole number or a tuple); without either one
 // value.
 // `name` is the parameter's for the shape, "n" or "size".
-py::object fillDoubles(const char* name, py::handle size, py::handle out,
+py::object fillDoubles(const char* name, py::handle size, py::handle out, py::handle progress,
                        const std::function<double()>& one,
                        const std::function<void(std::span<double>)>& many);
 

@@ -99,8 +99,8 @@ class OwnLawOf final : public LawFrame<OwnLaw> {
 
 std::unique_ptr<OwnLawOf> densityOf(py::handle f, py::handle support, Flag<"log"> log,
                                     py::handle derivative, py::handle mode, Number<"error"> error,
-                                    Flag<"vectorized"> vectorized) {
-  const Work work(Work::keepLock);
+                                    Flag<"vectorized"> vectorized, py::handle progress) {
+  const Work work(Work::keepLock, progress);
   DensityOptions options{.support = readPair(support, "support", true),
                          .log = log,
                          .derivative = scalarFunctionOf(derivative, "derivative"),
@@ -112,8 +112,9 @@ std::unique_ptr<OwnLawOf> densityOf(py::handle f, py::handle support, Flag<"log"
 }
 
 std::unique_ptr<OwnLawOf> cumulativeOf(py::handle f, py::handle support, py::handle density,
-                                       Number<"error"> error, Flag<"vectorized"> vectorized) {
-  const Work work(Work::keepLock);
+                                       Number<"error"> error, Flag<"vectorized"> vectorized,
+                                       py::handle progress) {
+  const Work work(Work::keepLock, progress);
   return std::make_unique<OwnLawOf>(CumulativeDistribution(
       functionOf(f, vectorized, "F"), {.support = readPair(support, "support", true),
                                        .density = scalarFunctionOf(density, "density"),
@@ -124,7 +125,7 @@ std::unique_ptr<OwnLawOf> cumulativeOf(py::handle f, py::handle support, py::han
 
 KernelDensity kdeOf(py::handle object, py::handle bandwidth, py::handle kernel,
                     Count<"points"> points, py::handle bounds, py::handle weights,
-                    py::handle policy) {
+                    py::handle policy, py::handle progress) {
   Input x(object, "x");
   Input w(weights, "weights", Input::optional);
   const Data data = x.flat();
@@ -140,14 +141,14 @@ KernelDensity kdeOf(py::handle object, py::handle bandwidth, py::handle kernel,
   if (!bounds.is_none()) {
     options.bounds = readPair(bounds, "bounds");
   }
-  const Work work(data.size());
+  const Work work(data.size(), progress);
   return vexel::kde(data, options);
 }
 
 template <typename F>
-py::object atPoints(py::handle object, py::handle out, F f) {
+py::object atPoints(py::handle object, py::handle out, py::handle progress, F f) {
   Input t(object, "t");
-  return pointwise(t, out, [&](const Data& data, std::span<double> to) {
+  return pointwise(t, out, progress, [&](const Data& data, std::span<double> to) {
     if (data.dense()) {
       f(data.doubles(), to);
       return;
@@ -175,16 +176,18 @@ void bindDensities(py::module_& m) {
       .def("grid",
            [](const KernelDensity& d) { return py::make_tuple(toArray(d.x()), toArray(d.y())); })
       .def("bandwidth", &KernelDensity::bandwidth)
-      .def("pdf", [](const KernelDensity& d, py::handle t,
-                     py::handle out) { return atPoints(t, out, [&](auto x, auto y) { d(x, y); }); })
-      .def("cdf",
-           [](const KernelDensity& d, py::handle t, py::handle out) {
-             return atPoints(t, out, [&](auto x, auto y) { d.cdf(x, y); });
+      .def("pdf",
+           [](const KernelDensity& d, py::handle t, py::handle out, py::handle progress) {
+             return atPoints(t, out, progress, [&](auto x, auto y) { d(x, y); });
            })
-      .def("sample", [](const KernelDensity& d, py::handle n, py::handle rng) {
+      .def("cdf",
+           [](const KernelDensity& d, py::handle t, py::handle out, py::handle progress) {
+             return atPoints(t, out, progress, [&](auto x, auto y) { d.cdf(x, y); });
+           })
+      .def("sample", [](const KernelDensity& d, py::handle n, py::handle rng, py::handle progress) {
         Generator generator(rng);
         return fillDoubles(
-            "n", n, py::none(), [&] { return d.sample(1, *generator)[0]; },
+            "n", n, py::none(), progress, [&] { return d.sample(1, *generator)[0]; },
             [&](std::span<double> to) { d.sample(to, *generator); });
       });
 }

@@ -74,7 +74,7 @@ class LawOf final : public LawFrame<L> {
 
 template <typename L>
 std::unique_ptr<AnyLaw> fitted(const Data& x, const Data& weights, Missing missing,
-                               const py::dict& given) {
+                               const py::dict& given, py::handle progress) {
   if constexpr (requires { &L::fit; }) {
     using Options = decltype([]<typename O>(L (*)(Data, const O&)) { return O{}; }(&L::fit));
     Options options{};
@@ -87,7 +87,7 @@ std::unique_ptr<AnyLaw> fitted(const Data& x, const Data& weights, Missing missi
       readParameter(given["population"], "population", options.population);
       readParameter(given["drawn"], "drawn", options.drawn);
     }
-    const Work work(x.size());
+    const Work work(x.size(), progress);
     return std::make_unique<LawOf<L>>(L::fit(x, options));
   } else {
     throw py::type_error(std::string(L::name) + " cannot be fitted");
@@ -117,32 +117,33 @@ std::unique_ptr<AnyLaw> makeLaw(const std::string& name, const py::tuple& values
 }
 
 std::unique_ptr<AnyLaw> fitLaw(const std::string& name, py::handle object, py::handle weights,
-                               py::handle policy, const py::dict& given) {
+                               py::handle policy, const py::dict& given, py::handle progress) {
   Input x(object, "x");
   Input w(weights, "weights", Input::optional);
   const Data data = x.flat();
   const Data wd = w.flat();
   const Missing missing = missingPolicy(policy);
-  return byName(name, [&]<typename L>() { return fitted<L>(data, wd, missing, given); });
+  return byName(name, [&]<typename L>() { return fitted<L>(data, wd, missing, given, progress); });
 }
 
 // ---- methods
 
 template <LawFunction f>
-py::object evaluate(const AnyLaw& law, py::handle x, py::handle out) {
-  if (PyFloat_Check(x.ptr()) && out.is_none()) {
+py::object evaluate(const AnyLaw& law, py::handle x, py::handle out, py::handle progress) {
+  if (PyFloat_Check(x.ptr()) && out.is_none() && progress.is_none()) {
     return py::float_(law.at(f, PyFloat_AS_DOUBLE(x.ptr())));
   }
   Input input(x, f == LawFunction::quantile ? "p" : f == LawFunction::isf ? "q" : "x");
   if (input.isNumber() && out.is_none()) {
+    checkProgress(progress);
     return py::float_(law.at(f, input.number()));
   }
-  return pointwise(input, out,
+  return pointwise(input, out, progress,
                    [&](const Data& data, std::span<double> to) { law.at(f, data, to); });
 }
 
-py::object likelihoodOf(const AnyLaw& law, py::handle object, py::handle weights,
-                        py::handle policy) {
+py::object likelihoodOf(const AnyLaw& law, py::handle object, py::handle weights, py::handle policy,
+                        py::handle progress) {
   Input x(object, "x");
   Input w(weights, "weights", Input::optional);
   const Data data = x.flat();
@@ -150,16 +151,17 @@ py::object likelihoodOf(const AnyLaw& law, py::handle object, py::handle weights
   const Missing missing = missingPolicy(policy);
   double result = 0;
   {
-    const Work work(data.size());
+    const Work work(data.size(), progress);
     result = law.likelihood(data, wd, missing);
   }
   return py::float_(result);
 }
 
-py::object sampleOf(const AnyLaw& law, py::handle size, py::handle rng, py::handle out) {
+py::object sampleOf(const AnyLaw& law, py::handle size, py::handle rng, py::handle out,
+                    py::handle progress) {
   Generator generator(rng);
   const py::object values = fillDoubles(
-      "size", size, out, [&] { return law.sample(*generator); },
+      "size", size, out, progress, [&] { return law.sample(*generator); },
       [&](std::span<double> to) { law.sample(to, *generator); });
   if (!law.whole() || !out.is_none()) {
     return values;
@@ -170,25 +172,31 @@ py::object sampleOf(const AnyLaw& law, py::handle size, py::handle rng, py::hand
 py::tuple pairOf(const Interval& interval) { return py::make_tuple(interval.low, interval.high); }
 
 // Of one level, or of an array of them.
-py::tuple intervalOf(const AnyLaw& law, py::handle object) {
+py::tuple intervalOf(const AnyLaw& law, py::handle object, py::handle progress) {
   Input level(object, "level");
-  const auto end = [&](double Interval::*which) {
-    return pointwise(level, py::none(), [&](const Data& data, std::span<double> to) {
-      for (std::size_t i = 0; i < to.size(); ++i) {
-        to[i] = law.interval(data[i]).*which;
-      }
-    });
-  };
-  return py::make_tuple(end(&Interval::low), end(&Interval::high));
+  std::vector<double> upper;
+  upper.reserve(level.size());
+  const py::object lower =
+      pointwise(level, py::none(), progress, [&](const Data& data, std::span<double> to) {
+        for (std::size_t i = 0; i < to.size(); ++i) {
+          const Interval ends = law.interval(data[i]);
+          to[i] = ends.low;
+          upper.push_back(ends.high);
+        }
+      });
+  if (level.isNumber()) {
+    return py::make_tuple(lower, upper[0]);
+  }
+  return py::make_tuple(lower, adopt(std::move(upper)).attr("reshape")(lower.attr("shape")));
 }
 
-py::tuple ksTestOf(py::handle object, const AnyLaw& law, py::handle policy) {
+py::tuple ksTestOf(py::handle object, const AnyLaw& law, py::handle policy, py::handle progress) {
   Input x(object, "x");
   const Data data = x.flat();
   const Missing missing = missingPolicy(policy);
   TestResult result{};
   {
-    const Work work(data.size());
+    const Work work(data.size(), progress);
     const auto cdf = [&](double t) { return law.at(LawFunction::cdf, t); };
     result = vexel::ks_test(data, cdf, {.missing = missing});
   }

@@ -57,11 +57,12 @@ std::optional<std::vector<py::ssize_t>> readSize(py::handle size, const char* na
 }
 
 // Fills `out`, a new array of the shape `size`, or gives one value.
-py::object fillDoubles(const char* name, py::handle size, py::handle out,
+py::object fillDoubles(const char* name, py::handle size, py::handle out, py::handle progress,
                        const std::function<double()>& one,
                        const std::function<void(std::span<double>)>& many) {
   const auto shape = readSize(size, name);
   if (!shape && out.is_none()) {
+    checkProgress(progress);
     return py::float_(one());
   }
   py::array result;
@@ -82,9 +83,10 @@ py::object fillDoubles(const char* name, py::handle size, py::handle out,
                                                 static_cast<std::size_t>(result.ndim()));
   py::array place = direct ? result : py::array(makeDoubles(dimensions));
   auto* const to = static_cast<double*>(place.mutable_data());
-  inPieces(static_cast<std::size_t>(result.size()), [&](std::size_t begin, std::size_t end) {
-    many({to + begin, end - begin});
-  });
+  inPieces(static_cast<std::size_t>(result.size()), progress,
+           [&](std::size_t begin, std::size_t end) {
+             many({to + begin, end - begin});
+           });
   if (!direct) {
     result[py::ellipsis()] = place;
   }
@@ -94,10 +96,12 @@ py::object fillDoubles(const char* name, py::handle size, py::handle out,
 namespace {
 
 // The same for integers.
-py::object fillIntegers(py::handle size, py::handle out, const std::function<std::int64_t()>& one,
+py::object fillIntegers(py::handle size, py::handle out, py::handle progress,
+                        const std::function<std::int64_t()>& one,
                         const std::function<void(std::span<std::int64_t>)>& many) {
   const auto shape = readSize(size, "n");
   if (!shape && out.is_none()) {
+    checkProgress(progress);
     return py::int_(one());
   }
   py::array_t<std::int64_t> result;
@@ -114,17 +118,18 @@ py::object fillIntegers(py::handle size, py::handle out, const std::function<std
   }
   const std::span<std::int64_t> place(result.mutable_data(),
                                       static_cast<std::size_t>(result.size()));
-  const Work work(place.size());
-  many(place);
+  inPieces(place.size(), progress,
+           [&](std::size_t begin, std::size_t end) { many(place.subspan(begin, end - begin)); });
   return result;
 }
 
 // Integers up to the largest, 2^63 - 1: drawn one lower and moved, since 2^63 is no int64.
-py::object integersToLast(Random& rng, std::int64_t low, py::handle size, py::handle out) {
+py::object integersToLast(Random& rng, std::int64_t low, py::handle size, py::handle out,
+                          py::handle progress) {
   constexpr auto last = std::numeric_limits<std::int64_t>::max();
   if (low == -last - 1) {
     return fillIntegers(
-        size, out, [&] { return static_cast<std::int64_t>(rng.bits()); },
+        size, out, progress, [&] { return static_cast<std::int64_t>(rng.bits()); },
         [&](std::span<std::int64_t> place) {
           for (auto& k : place) {
             k = static_cast<std::int64_t>(rng.bits());
@@ -132,7 +137,7 @@ py::object integersToLast(Random& rng, std::int64_t low, py::handle size, py::ha
         });
   }
   return fillIntegers(
-      size, out, [&] { return rng.integers(low - 1, last) + 1; },
+      size, out, progress, [&] { return rng.integers(low - 1, last) + 1; },
       [&](std::span<std::int64_t> place) {
         rng.integers(low - 1, last, place);
         for (auto& k : place) {
@@ -141,8 +146,8 @@ py::object integersToLast(Random& rng, std::int64_t low, py::handle size, py::ha
       });
 }
 
-py::object integersOf(Random& rng, py::handle low, py::handle high, py::handle size,
-                      py::handle out) {
+py::object integersOf(Random& rng, py::handle low, py::handle high, py::handle size, py::handle out,
+                      py::handle progress) {
   const char* const upper = high.is_none() ? "low" : "high";
   const py::handle end = high.is_none() ? low : high;
   const std::int64_t from = high.is_none() ? 0 : readWhole(low, "low");
@@ -154,12 +159,20 @@ py::object integersOf(Random& rng, py::handle low, py::handle high, py::handle s
     if (!end.equal(py::int_(std::uint64_t{1} << 63U))) {
       refuseValue(upper, "from -2^63 to 2^63", end);
     }
-    return integersToLast(rng, from, size, out);
+    return integersToLast(rng, from, size, out, progress);
   }
   const std::int64_t to = readWhole(end, upper);
   return fillIntegers(
-      size, out, [&] { return rng.integers(from, to); },
+      size, out, progress, [&] { return rng.integers(from, to); },
       [&](std::span<std::int64_t> place) { rng.integers(from, to, place); });
+}
+
+// Doubles by one of the methods that give one, or fill a span.
+template <auto draw>
+py::object drawsOf(Random& rng, py::handle n, py::handle out, py::handle progress) {
+  return fillDoubles(
+      "n", n, out, progress, [&] { return draw(rng); },
+      [&](std::span<double> to) { draw(rng, to); });
 }
 
 py::object bitsOf(Random& rng, py::handle size) {
@@ -172,23 +185,23 @@ py::object bitsOf(Random& rng, py::handle size) {
 }
 
 py::array choiceOf(std::size_t size, std::size_t n, py::handle rng, py::handle weights,
-                   Flag<"replace"> replace) {
+                   Flag<"replace"> replace, py::handle progress) {
   Generator generator(rng);
   Input w(weights, "weights", Input::optional);
   const ChoiceOptions options{.weights = w.vector(), .replace = replace};
   std::vector<std::int64_t> result;
   {
-    const Work work(n + (replace ? 0 : size));
+    const Work work(n + (replace ? 0 : size), progress);
     result = vexel::choice(size, n, *generator, options);
   }
   return adopt(std::move(result));
 }
 
-py::array permutationOf(Count<"n"> n, py::handle rng) {
+py::array permutationOf(Count<"n"> n, py::handle rng, py::handle progress) {
   Generator generator(rng);
   std::vector<std::int64_t> result;
   {
-    const Work work(n);
+    const Work work(n, progress);
     result = vexel::permutation(n, *generator);
   }
   return adopt(std::move(result));
@@ -344,24 +357,9 @@ void bindRandom(py::module_& m) {
       .def("_assign", [](Random& rng, const Random& other) { rng = other; })
       .def("jump", &Random::jump)
       .def("bits", &bitsOf, py::arg("n") = py::none())
-      .def("uniform",
-           [](Random& r, py::handle n, py::handle out) {
-             return fillDoubles(
-                 "n", n, out, [&] { return r.uniform(); },
-                 [&](std::span<double> to) { r.uniform(to); });
-           })
-      .def("normal",
-           [](Random& r, py::handle n, py::handle out) {
-             return fillDoubles(
-                 "n", n, out, [&] { return r.normal(); },
-                 [&](std::span<double> to) { r.normal(to); });
-           })
-      .def("exponential",
-           [](Random& r, py::handle n, py::handle out) {
-             return fillDoubles(
-                 "n", n, out, [&] { return r.exponential(); },
-                 [&](std::span<double> to) { r.exponential(to); });
-           })
+      .def("uniform", &drawsOf<[](Random& r, auto... to) { return r.uniform(to...); }>)
+      .def("normal", &drawsOf<[](Random& r, auto... to) { return r.normal(to...); }>)
+      .def("exponential", &drawsOf<[](Random& r, auto... to) { return r.exponential(to...); }>)
       .def("integers", &integersOf)
       .def("to_bytes", &toBytes)
       .def_static("from_bytes", &fromBytes)
@@ -375,12 +373,13 @@ void bindRandom(py::module_& m) {
         return Urn(w.vector());
       }))
       .def("size", &Urn::size)
-      .def("sample", [](const Urn& urn, py::handle n, py::handle rng, py::handle out) {
-        Generator generator(rng);
-        return fillIntegers(
-            n, out, [&] { return urn.sample(*generator); },
-            [&](std::span<std::int64_t> to) { urn.sample(to, *generator); });
-      });
+      .def("sample",
+           [](const Urn& urn, py::handle n, py::handle rng, py::handle out, py::handle progress) {
+             Generator generator(rng);
+             return fillIntegers(
+                 n, out, progress, [&] { return urn.sample(*generator); },
+                 [&](std::span<std::int64_t> to) { urn.sample(to, *generator); });
+           });
   m.def("stream", [](py::handle rng) { return Random(*Generator(rng)); });
   m.def("checked_size", [](py::handle size, const char* name) { return readSize(size, name); });
   m.def("choice", &choiceOf);

@@ -63,7 +63,7 @@ S makeSequence(Count<"d"> d, py::handle scramble, py::handle rng, Count<"start">
   return S(d, {.scramble = readScramble(scramble), .rng = &*generator, .start = start});
 }
 
-py::array pointsOf(PointSequence& sequence, Count<"n"> count, py::handle out) {
+py::array pointsOf(PointSequence& sequence, Count<"n"> count, py::handle out, py::handle progress) {
   const std::size_t n = count;
   const py::ssize_t shape[] = {static_cast<py::ssize_t>(n),
                                static_cast<py::ssize_t>(sequence.dimension())};
@@ -76,7 +76,7 @@ py::array pointsOf(PointSequence& sequence, Count<"n"> count, py::handle out) {
   auto* const to = static_cast<double*>(result.mutable_data());
   const py::ssize_t point = result.strides(0) / width;
   const py::ssize_t coordinate = result.strides(1) / width;
-  const Work work(n * sequence.dimension());
+  const Work work(n * sequence.dimension(), progress);
   sequence.write(sequence.index(), n, to, point, coordinate);
   sequence.skip(n);
   return result;

@@ -113,43 +113,57 @@ py::object autocorrelationOf(py::handle object, py::handle lags, py::handle poli
 
 py::tuple pairOf(const TestResult& r) { return py::make_tuple(r.statistic, r.pvalue); }
 
-py::tuple shapiroOf(py::handle object, py::handle policy) {
-  Input x(object, "x");
-  return pairOf(vexel::shapiro(x.flat(), {.missing = missingPolicy(policy)}));
-}
-
-// cdf: a callable of one float.
-py::tuple ksTestOf(py::handle object, py::handle cdf, py::handle policy) {
+py::tuple shapiroOf(py::handle object, py::handle policy, py::handle progress) {
   Input x(object, "x");
   const Data data = x.flat();
   const Missing missing = missingPolicy(policy);
-  const Work work(Work::keepLock);
+  TestResult result{};
+  {
+    const Work work(data.size(), progress);
+    result = vexel::shapiro(data, {.missing = missing});
+  }
+  return pairOf(result);
+}
+
+// cdf: a callable of one float.
+py::tuple ksTestOf(py::handle object, py::handle cdf, py::handle policy, py::handle progress) {
+  Input x(object, "x");
+  const Data data = x.flat();
+  const Missing missing = missingPolicy(policy);
+  const Work work(Work::keepLock, progress);
   const auto function = [&](double t) { return readResult(cdf(py::float_(t)), "distribution"); };
   return pairOf(vexel::ks_test(data, function, {.missing = missing}));
 }
 
 py::tuple chiSquareTestOf(py::handle observed, py::handle expected, Number<"ddof"> ddof,
-                          py::handle policy) {
+                          py::handle policy, py::handle progress) {
   Input o(observed, "observed");
   Input e(expected, "expected", Input::optional);
-  return pairOf(
-      vexel::chi_square_test(o.flat(), e.flat(), {.ddof = ddof, .missing = missingPolicy(policy)}));
+  const Data counts = o.flat();
+  const Data wanted = e.flat();
+  TestResult result{};
+  const ChiSquareTestOptions options{.ddof = ddof, .missing = missingPolicy(policy)};
+  {
+    const Work work(counts.size(), progress);
+    result = vexel::chi_square_test(counts, wanted, options);
+  }
+  return pairOf(result);
 }
 
-py::tuple tTestOf(py::handle first, Number<"mean"> mean, py::handle policy) {
+py::tuple tTestOf(py::handle first, Number<"mean"> mean, py::handle policy, py::handle progress) {
   Input x(first, "x");
   const Data data = x.flat();
   TestResult result{};
   const TTestOptions options{.missing = missingPolicy(policy)};
   {
-    const Work work(data.size());
+    const Work work(data.size(), progress);
     result = vexel::t_test(data, mean, options);
   }
   return pairOf(result);
 }
 
 py::tuple tTestOfTwo(py::handle first, py::handle second, Flag<"equal_var"> equalVar,
-                     py::handle policy) {
+                     py::handle policy, py::handle progress) {
   Input x(first, "x");
   Input y(second, "y");
   const Data a = x.flat();
@@ -157,7 +171,7 @@ py::tuple tTestOfTwo(py::handle first, py::handle second, Flag<"equal_var"> equa
   TestResult result{};
   const TTestOptions options{.equal_var = equalVar, .missing = missingPolicy(policy)};
   {
-    const Work work(a.size() + b.size());
+    const Work work(a.size() + b.size(), progress);
     result = vexel::t_test(a, b, options);
   }
   return pairOf(result);

@@ -22,16 +22,16 @@ State fromBytes(py::handle bytes) {
 }
 
 template <typename State>
-void update(State& state, py::handle object, py::handle weights) {
+void update(State& state, py::handle object, py::handle weights, py::handle progress) {
   Input x(object, "x");
   Input w(weights, "weights", Input::optional);
   const Data data = x.flat();
   const Data wd = w.flat();
-  const Work work(data.size());
+  const Work work(data.size(), progress);
   state.update(data, wd);
 }
 
-void updateColumns(Covariance& state, py::handle object, py::handle weights) {
+void updateColumns(Covariance& state, py::handle object, py::handle weights, py::handle progress) {
   Input x(object, "x");
   Input w(weights, "weights", Input::optional);
   const auto shape = x.shape();
@@ -45,7 +45,7 @@ void updateColumns(Covariance& state, py::handle object, py::handle weights) {
     columns.push_back(x.lane(0, i * x.byteStride(1)));
   }
   const Data wd = w.vector();
-  const Work work(x.size());
+  const Work work(x.size(), progress);
   state.update(columns, wd);
 }
 

@@ -20,7 +20,8 @@ struct Common {
 
 // One number from each lane: f(x, weights, missing).
 template <typename F>
-py::object reduction(py::handle object, const Common& c, F f) {
+py::object reduction(py::handle object, const Common& c, F f,
+                     const ReductionOfMany& ofColumns = nullptr) {
   Input x(object, "x");
   Input w(c.weights, "weights", Input::optional);
   const Missing missing = missingPolicy(c.policy);
@@ -29,17 +30,24 @@ py::object reduction(py::handle object, const Common& c, F f) {
     return py::float_(f(x.vector(), w.vector(), missing));
   }
   return reduce(
-      x, w, {c.axis, c.keepdims, c.out, c.progress}, {},
+      x, w, {c.axis, c.keepdims, c.out, c.progress, ofColumns}, {},
       [&](const Data& lane, const Data& wl, double* result) { *result = f(lane, wl, missing); });
 }
 
 py::object meanOf(py::handle x, py::handle kind, py::handle weights, py::handle policy,
                   py::handle axis, Flag<"keepdims"> keepdims, py::handle out, py::handle progress) {
   const Mean which = choose<Mean>(kind, "kind");
-  return reduction(x, {weights, policy, axis, keepdims, out, progress},
-                   [=](const Data& d, const Data& w, Missing missing) {
-                     return vexel::mean(d, {.weights = w, .kind = which, .missing = missing});
-                   });
+  const auto ofOne = [=](const Data& d, const Data& w, Missing missing) {
+    return vexel::mean(d, {.weights = w, .kind = which, .missing = missing});
+  };
+  const Common common{weights, policy, axis, keepdims, out, progress};
+  if (axis.is_none() || which != Mean::arithmetic) {
+    return reduction(x, common, ofOne);
+  }
+  const MeanOptions plain{.missing = missingPolicy(policy)};
+  return reduction(x, common, ofOne, [=](std::span<const Data> lanes, std::span<double> means) {
+    vexel::mean(lanes, means, plain);
+  });
 }
 
 py::object trimmedMeanOf(py::handle x, Number<"cut"> lower, Number<"cut"> upper, bool winsorized,

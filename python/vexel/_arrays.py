@@ -92,6 +92,7 @@ def _of_ndarray(x: np.ndarray, name: str) -> np.ndarray:
         return np.where(mask, np.nan, data)
     x = x.view(np.ndarray)
     kind = x.dtype.kind
+    wanted: Any
     if kind == "f" and x.dtype.itemsize == 2:
         return x.astype(np.float32)
     if kind == "f":

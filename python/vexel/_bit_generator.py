@@ -18,15 +18,15 @@ class BitGenerator(np.random.BitGenerator):
         self._lock = threading.RLock()
 
     @property
-    def capsule(self) -> Any:  # type: ignore[override]
+    def capsule(self) -> Any:
         return self._functions
 
     @property
-    def lock(self) -> Any:
+    def lock(self) -> Any:  # type: ignore[override]  # nobody assigns NumPy's either
         return self._lock
 
     @property
-    def state(self) -> Any:  # type: ignore[override]
+    def state(self) -> Any:
         return self._rng.state
 
     @state.setter
@@ -37,5 +37,5 @@ class BitGenerator(np.random.BitGenerator):
         raw = self._rng.bits(size)
         return raw if output else None
 
-    def __reduce__(self) -> Any:  # type: ignore[override]
+    def __reduce__(self) -> Any:
         return BitGenerator, (self._rng,)

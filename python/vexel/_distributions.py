@@ -15,7 +15,7 @@ from ._results import Interval
 if TYPE_CHECKING:
     import sys
 
-    from ._types import Array, ArrayLike, NanPolicy, Rng, Size
+    from ._types import Array, ArrayLike, NanPolicy, Progress, Rng, Size
 
     if sys.version_info >= (3, 11):
         from typing import Self
@@ -27,37 +27,37 @@ class Distribution:
     """The methods that every distribution has.  Arguments are numbers or arrays."""
 
     __slots__ = ("__weakref__", "_law")
-    _law: Any
+    _law: _core.Law
 
-    def cdf(self, x: ArrayLike, *, out: Array | None = None) -> Any:
+    def cdf(self, x: ArrayLike, *, out: Array | None = None, progress: Progress = None) -> Any:
         """P(X <= x)."""
-        return self._law.cdf(x, out)
+        return self._law.cdf(x, out, progress)
 
-    def sf(self, x: ArrayLike, *, out: Array | None = None) -> Any:
+    def sf(self, x: ArrayLike, *, out: Array | None = None, progress: Progress = None) -> Any:
         """P(X > x), to the last digits where it is small."""
-        return self._law.sf(x, out)
+        return self._law.sf(x, out, progress)
 
-    def logcdf(self, x: ArrayLike, *, out: Array | None = None) -> Any:
+    def logcdf(self, x: ArrayLike, *, out: Array | None = None, progress: Progress = None) -> Any:
         """log P(X <= x), also where the probability underflows or is near 1."""
-        return self._law.logcdf(x, out)
+        return self._law.logcdf(x, out, progress)
 
-    def logsf(self, x: ArrayLike, *, out: Array | None = None) -> Any:
+    def logsf(self, x: ArrayLike, *, out: Array | None = None, progress: Progress = None) -> Any:
         """log P(X > x), also where the probability underflows or is near 1."""
-        return self._law.logsf(x, out)
+        return self._law.logsf(x, out, progress)
 
-    def quantile(self, p: ArrayLike, *, out: Array | None = None) -> Any:
+    def quantile(self, p: ArrayLike, *, out: Array | None = None, progress: Progress = None) -> Any:
         """x with cdf(x) = p; of a discrete law the smallest x of the support with cdf(x) >= p."""
-        return self._law.quantile(p, out)
+        return self._law.quantile(p, out, progress)
 
     ppf = quantile
 
-    def isf(self, q: ArrayLike, *, out: Array | None = None) -> Any:
+    def isf(self, q: ArrayLike, *, out: Array | None = None, progress: Progress = None) -> Any:
         """x with sf(x) = q; of a discrete law the smallest x of the support with sf(x) <= q."""
-        return self._law.isf(q, out)
+        return self._law.isf(q, out, progress)
 
-    def interval(self, level: ArrayLike) -> Interval:
+    def interval(self, level: ArrayLike, *, progress: Progress = None) -> Interval:
         """From quantile((1 - level)/2) to isf((1 - level)/2); arrays of ends for an array."""
-        return Interval(*self._law.interval(level))
+        return Interval(*self._law.interval(level, progress))
 
     def support(self) -> Interval:
         """The smallest and the largest value."""
@@ -69,7 +69,7 @@ class Distribution:
 
     def median(self) -> float:
         """quantile(0.5)."""
-        return self._law.quantile(0.5, None)
+        return float(self._law.quantile(0.5, None, None))
 
     def var(self) -> float:
         """Variance."""
@@ -87,7 +87,8 @@ class Distribution:
         """Excess kurtosis: 0 for the normal law."""
         return self._law.kurtosis()
 
-    def sample(self, size: Size = None, rng: Rng = None, *, out: Array | None = None) -> Any:
+    def sample(self, size: Size = None, rng: Rng = None, *, out: Array | None = None,
+               progress: Progress = None) -> Any:
         """Independent variates, whose law is exactly this one.
 
         Parameters
@@ -98,22 +99,26 @@ class Distribution:
             The stream, a seed, or None for a seed from the operating system.
         out : ndarray of float64, optional
             Where to put them.
+        progress : callable or bool, optional
+            Told the share done, 0 to 1, during long work; True shows a bar where tqdm is installed.
+            The other methods take it too.
 
         Returns
         -------
         number or ndarray
             int64 for laws of whole numbers, else float64.
         """
-        return self._law.sample(size, rng, out)
+        return self._law.sample(size, rng, out, progress)
 
-    def rvs(self, size: Size = None, random_state: Rng = None, *, rng: Rng = None) -> Any:
+    def rvs(self, size: Size = None, random_state: Rng = None, *, rng: Rng = None,
+            progress: Progress = None) -> Any:
         """`sample` by SciPy's names."""
-        return self._law.sample(size, random_state if rng is None else rng, None)
+        return self._law.sample(size, random_state if rng is None else rng, None, progress)
 
     def log_likelihood(self, x: ArrayLike, *, weights: ArrayLike | None = None,
-                       nan_policy: NanPolicy = "propagate") -> float:
+                       nan_policy: NanPolicy = "propagate", progress: Progress = None) -> float:
         """Σ weights × log density of data."""
-        return self._law.log_likelihood(x, weights, nan_policy)
+        return self._law.log_likelihood(x, weights, nan_policy, progress)
 
     @property
     def parameters(self) -> dict[str, Any]:
@@ -143,7 +148,7 @@ class Distribution:
         return f"{type(self).__name__}({arguments})"
 
     def __eq__(self, other: object) -> bool:
-        return type(self) is type(other) and self._key() == other._key()  # type: ignore[attr-defined]
+        return type(self) is type(other) and self._key() == other._key()
 
     def __hash__(self) -> int:
         return hash((type(self), self._key()))
@@ -160,13 +165,13 @@ class Continuous(Distribution):
 
     __slots__ = ()
 
-    def pdf(self, x: ArrayLike, *, out: Array | None = None) -> Any:
+    def pdf(self, x: ArrayLike, *, out: Array | None = None, progress: Progress = None) -> Any:
         """Density: 0 outside the support, at its ends the limit from within."""
-        return self._law.density(x, out)
+        return self._law.density(x, out, progress)
 
-    def logpdf(self, x: ArrayLike, *, out: Array | None = None) -> Any:
+    def logpdf(self, x: ArrayLike, *, out: Array | None = None, progress: Progress = None) -> Any:
         """Logarithm of the density."""
-        return self._law.logdensity(x, out)
+        return self._law.logdensity(x, out, progress)
 
 
 class Discrete(Distribution):
@@ -174,13 +179,13 @@ class Discrete(Distribution):
 
     __slots__ = ()
 
-    def pmf(self, x: ArrayLike, *, out: Array | None = None) -> Any:
+    def pmf(self, x: ArrayLike, *, out: Array | None = None, progress: Progress = None) -> Any:
         """P(X = x); 0 where x is not in the support."""
-        return self._law.density(x, out)
+        return self._law.density(x, out, progress)
 
-    def logpmf(self, x: ArrayLike, *, out: Array | None = None) -> Any:
+    def logpmf(self, x: ArrayLike, *, out: Array | None = None, progress: Progress = None) -> Any:
         """log P(X = x)."""
-        return self._law.logdensity(x, out)
+        return self._law.logdensity(x, out, progress)
 
     # The names that all laws answer to.
     pdf = pmf
@@ -192,7 +197,7 @@ class _Fitted(Distribution):
 
     @classmethod
     def fit(cls, x: ArrayLike, *, weights: ArrayLike | None = None,
-            nan_policy: NanPolicy = "propagate") -> Self:
+            nan_policy: NanPolicy = "propagate", progress: Progress = None) -> Self:
         """The law of the greatest likelihood.
 
         Parameters
@@ -203,8 +208,10 @@ class _Fitted(Distribution):
             Frequencies.
         nan_policy : {"propagate", "omit", "raise"}
             omit leaves out missing values; otherwise they are refused.
+        progress : callable or bool, optional
+            As in `sample`.
         """
-        return cls._of(_core.fit_law(cls.__name__, x, weights, nan_policy, {}))
+        return cls._of(_core.fit_law(cls.__name__, x, weights, nan_policy, {}, progress))
 
 
 class Normal(_Fitted, Continuous):
@@ -484,9 +491,9 @@ class Binomial(Discrete):
 
     @classmethod
     def fit(cls, x: ArrayLike, *, n: int, weights: ArrayLike | None = None,
-            nan_policy: NanPolicy = "propagate") -> Binomial:
+            nan_policy: NanPolicy = "propagate", progress: Progress = None) -> Binomial:
         """The law of the greatest likelihood, n given."""
-        return cls._of(_core.fit_law("Binomial", x, weights, nan_policy, {"n": n}))
+        return cls._of(_core.fit_law("Binomial", x, weights, nan_policy, {"n": n}, progress))
 
 
 class Poisson(_Fitted, Discrete):
@@ -532,9 +539,10 @@ class Hypergeometric(Discrete):
 
     @classmethod
     def fit(cls, x: ArrayLike, *, population: int, drawn: int, weights: ArrayLike | None = None,
-            nan_policy: NanPolicy = "propagate") -> Hypergeometric:
+            nan_policy: NanPolicy = "propagate", progress: Progress = None) -> Hypergeometric:
         """The law of the greatest likelihood, population and drawn given."""
-        return cls._of(_core.fit_law("Hypergeometric", x, weights, nan_policy, {"population": population, "drawn": drawn}))
+        given = {"population": population, "drawn": drawn}
+        return cls._of(_core.fit_law("Hypergeometric", x, weights, nan_policy, given, progress))
 
 
 class DiscreteUniform(_Fitted, Discrete):
@@ -570,7 +578,8 @@ class Empirical(Discrete):
         return tuple(v.tobytes() for v in self.parameters.values())
 
     def _values(self) -> Array:
-        return self.parameters["x"]
+        x: Array = self.parameters["x"]
+        return x
 
     def __repr__(self) -> str:
         x, weights = (v.tolist() for v in self.parameters.values())

@@ -21,9 +21,11 @@ def _is_missing(v: Any) -> bool:
 
 def _fraction(v: Any) -> Fraction | float | None:
     """The number as a fraction (an infinity as itself); None for what is none."""
-    if isinstance(v, (int, Rational, np.integer)):
+    if isinstance(v, np.generic):
+        v = v.item()
+    if isinstance(v, (int, Rational)):
         return Fraction(v)
-    if isinstance(v, (float, np.floating, Decimal)):
+    if isinstance(v, (float, Decimal)):
         return float(v) if isinf(v) else Fraction(v)
     if getattr(v, "is_Rational", False):
         return Fraction(int(v.p), int(v.q))
@@ -70,7 +72,8 @@ def exact_argsort(x: Any, nan_policy: str) -> np.ndarray:
 
 
 def exact_sort(x: Any, nan_policy: str) -> np.ndarray:
-    return x[exact_argsort(x, nan_policy)]
+    found: np.ndarray = x[exact_argsort(x, nan_policy)]
+    return found
 
 
 def _levels(x: Any, nan_policy: str) -> tuple[list[int], list[int], int]:

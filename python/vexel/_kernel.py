@@ -62,7 +62,7 @@ class Expression:
         self._value = value
 
     def __str__(self) -> str:
-        return self._value.source()
+        return str(self._value.source())
 
     def __repr__(self) -> str:
         return f"Expression({str(self)!r})"
@@ -172,7 +172,7 @@ def sympy_text(expression: Any) -> str:
     import sympy
     from sympy.printing.str import StrPrinter
 
-    class Printer(StrPrinter):
+    class Printer(StrPrinter):  # type: ignore[misc]  # SymPy has no types
         def _print_Function(self, e: Any) -> str:
             name = type(e).__name__
             return f"{_FUNCTIONS.get(name, name)}({', '.join(map(self._print, e.args))})"

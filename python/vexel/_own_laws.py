@@ -11,6 +11,8 @@ from ._distributions import Continuous, _set
 if TYPE_CHECKING:
     from collections.abc import Callable
 
+    from ._types import Progress
+
 
 def _function(f: Any, name: str) -> Any:
     """What the extension calls: a callable, a compiled function's address or capsule."""
@@ -31,6 +33,7 @@ def _function(f: Any, name: str) -> Any:
 
 class _OwnLaw(Continuous):
     __slots__ = ("_arguments", "_options")
+    _law: _core.OwnLaw
     _arguments: tuple[Any, ...]
     _options: dict[str, Any]
 
@@ -99,6 +102,8 @@ class Density(_OwnLaw):
         Of the probability, at least 1e-12.
     vectorized : bool
         f takes and gives arrays.
+    progress : callable or bool, optional
+        Told the share done, 0 to 1, during a long build; True shows a bar where tqdm is installed.
 
     Examples
     --------
@@ -113,13 +118,13 @@ class Density(_OwnLaw):
 
     def __init__(self, f: Any, *, support: tuple[float, float], log: bool = False,
                  derivative: Any = None, mode: float | None = None, error: float = 1e-10,
-                 vectorized: bool = False) -> None:
+                 vectorized: bool = False, progress: Progress = None) -> None:
         options = {"support": support, "log": log, "derivative": derivative, "mode": mode,
                    "error": error, "vectorized": vectorized}
         default = {"log": False, "derivative": None, "mode": None, "error": 1e-10, "vectorized": False}
         _set(self, "_law", _core.own_density(_function(f, "f"), support, log,
                                              None if derivative is None else _function(derivative, "derivative"), mode, error,
-                                             vectorized))
+                                             vectorized, progress))
         _set(self, "_arguments", (f,))
         _set(self, "_options", _given(options, default))
 
@@ -139,6 +144,8 @@ class CumulativeDistribution(_OwnLaw):
         Of the probability.
     vectorized : bool
         F takes and gives arrays.
+    progress
+        As in `Density`.
 
     Examples
     --------
@@ -150,10 +157,11 @@ class CumulativeDistribution(_OwnLaw):
     __slots__ = ()
 
     def __init__(self, F: Callable[[float], float] | Any, *, support: tuple[float, float] = (-inf, inf),
-                 density: Any = None, error: float = 1e-10, vectorized: bool = False) -> None:
+                 density: Any = None, error: float = 1e-10, vectorized: bool = False,
+                 progress: Progress = None) -> None:
         options = {"support": support, "density": density, "error": error, "vectorized": vectorized}
         default = {"density": None, "error": 1e-10, "vectorized": False}
         _set(self, "_law", _core.own_cumulative(_function(F, "F"), support, None if density is None else _function(density, "density"),
-                                                error, vectorized))
+                                                error, vectorized, progress))
         _set(self, "_arguments", (F,))
         _set(self, "_options", _given(options, default))

@@ -11,7 +11,7 @@ import math
 from collections.abc import Callable
 from fractions import Fraction
 from functools import partial
-from typing import Any
+from typing import TYPE_CHECKING, Any
 
 import numpy as np
 
@@ -21,6 +21,9 @@ from ._results import Description, HistogramResult, TallyResult
 from ._series import kde as _kde
 from ._states import Covariance, DensityGrid, Extremes, Histogram, Moments, Ranks, Sums, Tally
 from ._statistics import _ends
+
+if TYPE_CHECKING:
+    from ._types import NanPolicy, QuantileMethod
 
 
 class Several:
@@ -155,7 +158,7 @@ def read(name: str, state: Any) -> Any:
     return getattr(state, name)
 
 
-def _spread(ddof: float, root: bool, m: Any) -> float:
+def _spread(ddof: float, root: bool, m: Moments) -> float:
     if ddof == 1:
         return m.std if root else m.var
     rest = m.weight - ddof
@@ -163,9 +166,9 @@ def _spread(ddof: float, root: bool, m: Any) -> float:
     return math.sqrt(value) if root else value
 
 
-def _unbiased(kind: str, bias: bool, m: Any) -> float:
+def _unbiased(kind: str, bias: bool, m: Moments) -> float:
     # Joanes and Gill (1998), Comparing measures of sample skewness and kurtosis: G1 and G2.
-    g, n = getattr(m, kind), m.weight
+    g, n = m.skewness if kind == "skewness" else m.kurtosis, m.weight
     if bias:
         return g
     if kind == "skewness":
@@ -185,11 +188,11 @@ def _power_mean(kind: str, s: Any) -> float:
     return math.sqrt(sums.mean) if kind == "quadratic" else math.inf if sums.mean == 0 else 1 / sums.mean
 
 
-def _change_mean(kind: str, nan_policy: str) -> Any:
+def _change_mean(kind: str, nan_policy: NanPolicy) -> Any:
     return Several(Changed(_powers[kind], Sums(nan_policy=nan_policy)), Extremes(nan_policy=nan_policy))
 
 
-def mean_job(kind: str, nan_policy: str) -> Job:
+def mean_job(kind: str, nan_policy: NanPolicy) -> Job:
     if kind == "arithmetic":
         return Job(partial(Sums, nan_policy=nan_policy), partial(read, "mean"))
     if kind not in _powers:
@@ -197,11 +200,11 @@ def mean_job(kind: str, nan_policy: str) -> Job:
     return Job(partial(_change_mean, kind, nan_policy), partial(_power_mean, kind))
 
 
-def spread_job(ddof: float, root: bool, nan_policy: str) -> Job:
+def spread_job(ddof: float, root: bool, nan_policy: NanPolicy) -> Job:
     return Job(partial(Moments, 2, nan_policy=nan_policy), partial(_spread, ddof, root))
 
 
-def shape_job(kind: str, bias: bool, nan_policy: str) -> Job:
+def shape_job(kind: str, bias: bool, nan_policy: NanPolicy) -> Job:
     order = 3 if kind == "skewness" else 4
     return Job(partial(Moments, order, nan_policy=nan_policy), partial(_unbiased, kind, bias))
 
@@ -213,7 +216,7 @@ def _power(center: float, order: int, x: Any) -> Any:
 class MomentJob(Job):
     """Moments about the mean, or about a given center."""
 
-    def __init__(self, order: Any, center: float | None, nan_policy: str) -> None:
+    def __init__(self, order: Any, center: float | None, nan_policy: NanPolicy) -> None:
         self.orders = np.atleast_1d(order)
         if np.any(self.orders != np.floor(self.orders)) or np.any((self.orders < 0) | (self.orders > 64)):
             raise ValueError(f"order: whole numbers 0 to 64 are allowed, {short_text(order)} came")
@@ -246,7 +249,7 @@ class QuantileJob(Job):
 
     passes = 4
 
-    def __init__(self, q: Any, method: str, nan_policy: str) -> None:
+    def __init__(self, q: Any, method: QuantileMethod, nan_policy: NanPolicy) -> None:
         self.q = np.asarray(q, dtype=np.float64)
         self.method = method
         self.nan_policy = nan_policy
@@ -268,7 +271,7 @@ class TrimmedJob(Job):
 
     passes = 6
 
-    def __init__(self, cut: Any, winsorized: bool, nan_policy: str) -> None:
+    def __init__(self, cut: Any, winsorized: bool, nan_policy: NanPolicy) -> None:
         self.low, self.high = _ends(cut)
         if not (self.low >= 0 and self.high >= 0 and self.low + self.high <= 1):
             raise ValueError("cut: parts that are not negative nor more than 1 together are allowed, "
@@ -307,7 +310,7 @@ class DescribeJob(Job):
 
     passes = 4
 
-    def __init__(self, nan_policy: str) -> None:
+    def __init__(self, nan_policy: NanPolicy) -> None:
         self.nan_policy = nan_policy
 
     def begin(self) -> Any:
@@ -331,22 +334,22 @@ def _tally(dtype: Any, state: Any) -> TallyResult:
     return TallyResult(state.values.astype(dtype) if whole else state.values, state.counts, int(state.missing))
 
 
-def _mode(nan_policy: str, state: Any) -> float:
+def _mode(nan_policy: NanPolicy, state: Any) -> float:
     values, counts = state.values, state.counts
     if not len(values) or (state.missing and nan_policy == "propagate"):
         return math.nan
     return float(values[np.argmax(counts)])
 
 
-def tally_job(nan_policy: str, dtype: Any = None) -> Job:
+def tally_job(nan_policy: NanPolicy, dtype: Any = None) -> Job:
     return Job(partial(Tally, nan_policy=nan_policy), partial(_tally, dtype))
 
 
-def mode_job(nan_policy: str) -> Job:
+def mode_job(nan_policy: NanPolicy) -> Job:
     return Job(partial(Tally, nan_policy=nan_policy), partial(_mode, nan_policy))
 
 
-def covariance_job(k: int, ddof: float, correlation: bool, nan_policy: str) -> Job:
+def covariance_job(k: int, ddof: float, correlation: bool, nan_policy: NanPolicy) -> Job:
     return Job(partial(Covariance, k, nan_policy=nan_policy), partial(_covariance, k, ddof, correlation))
 
 
@@ -362,7 +365,7 @@ def _covariance(k: int, ddof: float, correlation: bool, state: Any) -> Any:
 class HistogramJob(Job):
     """Counts between edges; before, what the edges depend on."""
 
-    def __init__(self, bins: Any, range: Any, density: bool, nan_policy: str, whole: bool = False) -> None:
+    def __init__(self, bins: Any, range: Any, density: bool, nan_policy: NanPolicy, whole: bool = False) -> None:
         self.rule = bins if isinstance(bins, str) else None
         if self.rule not in (None, "auto", "fd", "scott", "sturges"):
             raise ValueError(f'bins: a number, edges, "auto", "fd", "scott" or "sturges" are allowed, {short_text(bins)} came')
@@ -446,7 +449,7 @@ class PointDensity:
 
     reach = 40  # bandwidths, beyond which every kernel is 0
 
-    def __init__(self, x: Any, bandwidth: float, kernel: str, nan_policy: str) -> None:
+    def __init__(self, x: Any, bandwidth: float, kernel: str, nan_policy: NanPolicy) -> None:
         self.x, self.bandwidth, self.kernel = x, bandwidth, kernel
         self.total = Sums(nan_policy=nan_policy)
         self.sums: dict[int, Sums] = {}
@@ -489,7 +492,7 @@ class KdeJob(Job):
 
     fineness = 64  # grid steps in a bandwidth, at least
 
-    def __init__(self, bandwidth: Any, kernel: str, points: int, bounds: Any, nan_policy: str) -> None:
+    def __init__(self, bandwidth: Any, kernel: str, points: int, bounds: Any, nan_policy: NanPolicy) -> None:
         if isinstance(bandwidth, str) and bandwidth not in ("silverman", "scott"):
             raise ValueError(f'bandwidth: a number, "silverman" or "scott" are allowed, {short_text(bandwidth)} came')
         if points < 2:
@@ -515,7 +518,7 @@ class KdeJob(Job):
         finer, margin = self._layout(h, bounds)
         count = (self.points - 1) * finer + 1 + 2 * margin
         if count > self.most:
-            return PointDensity(np.linspace(*bounds, self.points), h, self.kernel, self.nan_policy)
+            return PointDensity(np.linspace(bounds[0], bounds[1], self.points), h, self.kernel, self.nan_policy)
         step = (bounds[1] - bounds[0]) / ((self.points - 1) * finer)
         return DensityGrid((bounds[0] - margin * step, bounds[1] + margin * step), count,
                            nan_policy=self.nan_policy)
@@ -551,5 +554,5 @@ class KdeJob(Job):
             return GridDensity(state.x, state.density(), h)
         finer, margin = self._layout(h, bounds)
         fine = state.density(h, self.kernel)
-        return GridDensity(np.linspace(*bounds, self.points),
+        return GridDensity(np.linspace(bounds[0], bounds[1], self.points),
                            fine[margin:margin + (self.points - 1) * finer + 1:finer], h)

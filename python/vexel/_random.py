@@ -51,31 +51,31 @@ class Random(_core.Random):
     def __init__(self, seed: int | None = None, block: int = 0) -> None:
         super().__init__(seed, block)
 
-    def uniform(self, n: Size = None, *, out: Array | None = None) -> Any:
+    def uniform(self, n: Size = None, *, out: Array | None = None, progress: Progress = None) -> Any:
         """Uniform on (0, 1): one float, n of them, or an array of a shape."""
-        return super().uniform(n, out)
+        return super().uniform(n, out, progress)
 
-    def normal(self, n: Size = None, *, out: Array | None = None) -> Any:
+    def normal(self, n: Size = None, *, out: Array | None = None, progress: Progress = None) -> Any:
         """Standard normal variates."""
-        return super().normal(n, out)
+        return super().normal(n, out, progress)
 
-    def exponential(self, n: Size = None, *, out: Array | None = None) -> Any:
+    def exponential(self, n: Size = None, *, out: Array | None = None, progress: Progress = None) -> Any:
         """Standard exponential variates."""
-        return super().exponential(n, out)
+        return super().exponential(n, out, progress)
 
     def integers(self, low: int, high: int | None = None, n: Size = None, *,
-                 out: Array | None = None) -> Any:
+                 out: Array | None = None, progress: Progress = None) -> Any:
         """Integers low <= k < high, each equally likely; of one bound: 0 <= k < low."""
-        return super().integers(low, high, n, out)
+        return super().integers(low, high, n, out, progress)
 
     def choice(self, x: ArrayLike, n: Size = None, *, weights: ArrayLike | None = None,
-               replace: bool = True) -> Any:
+               replace: bool = True, progress: Progress = None) -> Any:
         """As the function `choice`."""
-        return choice(x, n, weights=weights, replace=replace, rng=self)
+        return choice(x, n, weights=weights, replace=replace, rng=self, progress=progress)
 
-    def permutation(self, n: int | ArrayLike) -> Array:
+    def permutation(self, n: int | ArrayLike, *, progress: Progress = None) -> Array:
         """As the function `permutation`."""
-        return permutation(n, rng=self)
+        return permutation(n, rng=self, progress=progress)
 
     def shuffle(self, x: Any) -> None:
         """As the function `shuffle`."""
@@ -141,9 +141,10 @@ class Urn(_core.Urn):
         super().__init__(weights)
         self._weights = np.array(weights, dtype=np.float64)
 
-    def sample(self, n: Size = None, rng: Rng = None, *, out: Array | None = None) -> Any:
+    def sample(self, n: Size = None, rng: Rng = None, *, out: Array | None = None,
+               progress: Progress = None) -> Any:
         """One index from 0, n of them, or an array of a shape."""
-        return super().sample(n, rng, out)
+        return super().sample(n, rng, out, progress)
 
     def __len__(self) -> int:
         return len(self._weights)
@@ -156,7 +157,7 @@ class Urn(_core.Urn):
 
 
 def choice(x: ArrayLike, n: Size = None, *, weights: ArrayLike | None = None, replace: bool = True,
-           rng: Rng = None) -> Any:
+           rng: Rng = None, progress: Progress = None) -> Any:
     """Elements of x, drawn at random.
 
     Parameters
@@ -171,6 +172,8 @@ def choice(x: ArrayLike, n: Size = None, *, weights: ArrayLike | None = None, re
         False: no element twice; those left keep the proportions of their weights.
     rng : Random, int or None
         The stream, a seed, or None for a seed from the operating system.
+    progress : callable or bool, optional
+        Told the share done, 0 to 1, during long work; True shows a bar where tqdm is installed.
 
     Examples
     --------
@@ -188,14 +191,14 @@ def choice(x: ArrayLike, n: Size = None, *, weights: ArrayLike | None = None, re
     if weights is not None and np.shape(weights) != (of,):
         raise ValueError(f"weights: one for each of the {of} elements of x is allowed, "
                          f"{_core.short_text(weights)} came")
-    drawn = _core.choice(of, count, rng, weights, replace)
+    drawn = _core.choice(of, count, rng, weights, replace, progress)
     if items is None:
         return int(drawn[0]) if n is None else drawn.reshape(shape)
     drawn = items[drawn]
     return drawn[0] if n is None else drawn.reshape(shape + drawn.shape[1:])
 
 
-def permutation(n: int | ArrayLike, rng: Rng = None) -> Array:
+def permutation(n: int | ArrayLike, rng: Rng = None, *, progress: Progress = None) -> Array:
     """The numbers 0 to n - 1 in random order.
 
     Parameters
@@ -203,7 +206,7 @@ def permutation(n: int | ArrayLike, rng: Rng = None) -> Array:
     n : int or array_like
         How many; of a list, an array or a column, its elements in random order (of a matrix, its
         rows).
-    rng : Random, int or None
+    rng, progress
         As in `choice`.
 
     Examples
@@ -212,9 +215,9 @@ def permutation(n: int | ArrayLike, rng: Rng = None) -> Array:
     [0, 1, 2, 3]
     """
     if isinstance(n, (int, np.integer)) or np.ndim(n) == 0:
-        return _core.permutation(n, rng)
+        return _core.permutation(n, rng, progress)
     items = np.asarray(n)
-    return items[_core.permutation(len(items), rng)]
+    return items[_core.permutation(len(items), rng, progress)]
 
 
 def shuffle(x: Any, rng: Rng = None) -> None:
@@ -239,7 +242,7 @@ def shuffle(x: Any, rng: Rng = None) -> None:
     plain = isinstance(x, list) or (isinstance(x, np.ndarray) and x.dtype.str[1:] in ("f8", "f4", "i8", "i4"))
     if plain and _core.shuffle(x, rng):
         return
-    order = _core.permutation(len(x), rng)
+    order = _core.permutation(len(x), rng, None)
     if isinstance(x, np.ndarray):
         x[:] = x[order]
         return

@@ -166,7 +166,7 @@ class FrequencyTable(NamedTuple):
 
     lower: Doubles
     upper: Doubles
-    count: Doubles
+    count: Doubles  # type: ignore[assignment]  # tuples have a method of that name
     relative: Doubles
     cumulative: Doubles
 

@@ -8,7 +8,7 @@ from . import _core
 from ._random import Random
 
 if TYPE_CHECKING:
-    from ._types import Array, Doubles, Rng
+    from ._types import Array, Doubles, Progress, Rng
 
 
 class _Sequence:
@@ -16,6 +16,7 @@ class _Sequence:
 
     __slots__ = ("__weakref__", "_arguments", "_sequence", "_state")
     _make: Any
+    _sequence: _core.PointSequence
 
     def __init__(self, d: int, scramble: bool | str, rng: Rng, start: int, *more: Any) -> None:
         # Kept as it is before the keys are drawn: it makes the same sequence again.
@@ -25,9 +26,9 @@ class _Sequence:
         self._state = state if scramble else b""
         self._arguments = (d, scramble, start, *more)
 
-    def points(self, n: int, *, out: Array | None = None) -> Doubles:
+    def points(self, n: int, *, out: Array | None = None, progress: Progress = None) -> Doubles:
         """The next n points, n by d; `out` may have any strides."""
-        return self._sequence.points(n, out)
+        return self._sequence.points(n, out, progress)
 
     def skip(self, n: int) -> None:
         """Moves on by n points, in constant time."""
@@ -52,7 +53,7 @@ class _Sequence:
 
     def random(self, n: int = 1) -> Doubles:
         """`points` by SciPy's name."""
-        return self._sequence.points(n, None)
+        return self._sequence.points(n, None, None)
 
     def fast_forward(self, n: int) -> Any:
         """`skip` by SciPy's name."""

@@ -16,7 +16,7 @@ if TYPE_CHECKING:
     from ._types import Array, ArrayLike, Axis, Doubles, NanPolicy, Progress, Rng, Size
 
 
-class MovingResult(np.ndarray):  # type: ignore[type-arg]
+class MovingResult(np.ndarray):
     """The array that `moving` returns, which can draw itself; what is computed from it is plain."""
 
     def __array_wrap__(self, array: Any, context: Any = None, return_scalar: bool = False) -> Any:
@@ -25,6 +25,9 @@ class MovingResult(np.ndarray):  # type: ignore[type-arg]
 
     def __reduce__(self) -> Any:
         return np.array, (np.array(self),)
+
+    def __repr__(self) -> str:
+        return repr(np.asarray(self))
 
     def plot(self, ax: Any = None, **style: Any) -> Any:
         """The values over their positions; returns the axes."""
@@ -163,26 +166,26 @@ class KernelDensity:
 
     __slots__ = ("_args", "_density", "x", "y")
 
-    def __init__(self, *args: Any) -> None:
+    def __init__(self, *args: Any, progress: Progress = None) -> None:
         self._args = args
-        self._density = _core.KernelDensity(*args)
+        self._density = _core.KernelDensity(*args, progress)
         self.x, self.y = self._density.grid()
 
     @property
     def bandwidth(self) -> float:
         return self._density.bandwidth()
 
-    def __call__(self, t: ArrayLike, *, out: Array | None = None) -> Any:
+    def __call__(self, t: ArrayLike, *, out: Array | None = None, progress: Progress = None) -> Any:
         """The density at t: the direct sum, whatever the grid."""
-        return self._density.pdf(t, out)
+        return self._density.pdf(t, out, progress)
 
-    def cdf(self, t: ArrayLike, *, out: Array | None = None) -> Any:
+    def cdf(self, t: ArrayLike, *, out: Array | None = None, progress: Progress = None) -> Any:
         """The distribution function at t."""
-        return self._density.cdf(t, out)
+        return self._density.cdf(t, out, progress)
 
-    def sample(self, n: Size = None, rng: Rng = None) -> Any:
+    def sample(self, n: Size = None, rng: Rng = None, *, progress: Progress = None) -> Any:
         """Exact variates: a point of the data plus a variate of the kernel."""
-        return self._density.sample(n, rng)
+        return self._density.sample(n, rng, progress)
 
     def plot(self, ax: Any = None, **style: Any) -> Any:
         """The curve; returns the axes."""
@@ -210,7 +213,8 @@ class KernelDensity:
 
 def kde(x: ArrayLike, *, bandwidth: float | str = "silverman", kernel: str = "gaussian",
         points: int = 512, bounds: tuple[float, float] | None = None,
-        weights: ArrayLike | None = None, nan_policy: NanPolicy = "propagate") -> KernelDensity:
+        weights: ArrayLike | None = None, nan_policy: NanPolicy = "propagate",
+        progress: Progress = None) -> KernelDensity:
     """Kernel density.
 
     Parameters
@@ -230,6 +234,8 @@ def kde(x: ArrayLike, *, bandwidth: float | str = "silverman", kernel: str = "ga
         Frequencies.
     nan_policy : {"propagate", "omit", "raise"}
         What a missing value does.
+    progress
+        As in `moving`.
 
     Returns
     -------
@@ -244,10 +250,10 @@ def kde(x: ArrayLike, *, bandwidth: float | str = "silverman", kernel: str = "ga
     >>> d.x.shape, d.y.shape
     ((512,), (512,))
     """
-    return KernelDensity(x, bandwidth, kernel, points, bounds, weights, nan_policy)
+    return KernelDensity(x, bandwidth, kernel, points, bounds, weights, nan_policy, progress=progress)
 
 
-def shapiro(x: ArrayLike, *, nan_policy: NanPolicy = "propagate") -> TestResult:
+def shapiro(x: ArrayLike, *, nan_policy: NanPolicy = "propagate", progress: Progress = None) -> TestResult:
     """Shapiro and Wilk's test of normality.
 
     Parameters
@@ -256,6 +262,8 @@ def shapiro(x: ArrayLike, *, nan_policy: NanPolicy = "propagate") -> TestResult:
         3 to 5000 values (Royston 1995, algorithm R94).
     nan_policy : {"propagate", "omit", "raise"}
         What a missing value does.
+    progress
+        As in `moving`.
 
     Returns
     -------
@@ -268,11 +276,11 @@ def shapiro(x: ArrayLike, *, nan_policy: NanPolicy = "propagate") -> TestResult:
     >>> pvalue < 0.01
     True
     """
-    return TestResult(*_core.shapiro(x, nan_policy))
+    return TestResult(*_core.shapiro(x, nan_policy, progress))
 
 
 def ks_test(x: ArrayLike, distribution: Distribution | Callable[[float], float], *,
-            nan_policy: NanPolicy = "propagate") -> TestResult:
+            nan_policy: NanPolicy = "propagate", progress: Progress = None) -> TestResult:
     """Kolmogorov and Smirnov's test, two-sided.
 
     Parameters
@@ -283,6 +291,8 @@ def ks_test(x: ArrayLike, distribution: Distribution | Callable[[float], float],
         Any object with a method `cdf`, or a distribution function of one float.
     nan_policy : {"propagate", "omit", "raise"}
         What a missing value does.
+    progress
+        As in `moving`.
 
     Returns
     -------
@@ -295,15 +305,15 @@ def ks_test(x: ArrayLike, distribution: Distribution | Callable[[float], float],
     0.25
     """
     if isinstance(distribution, Distribution):
-        return TestResult(*_core.ks_test_law(x, distribution._law, nan_policy))
+        return TestResult(*_core.ks_test_law(x, distribution._law, nan_policy, progress))
     cdf = getattr(distribution, "cdf", distribution)
     if not callable(cdf):
         raise TypeError(f"distribution: an object with cdf or a callable is expected, {_core.short_text(distribution)} came")
-    return TestResult(*_core.ks_test(x, cdf, nan_policy))
+    return TestResult(*_core.ks_test(x, cdf, nan_policy, progress))
 
 
 def chi_square_test(observed: ArrayLike, expected: ArrayLike | None = None, *, ddof: float = 0,
-                    nan_policy: NanPolicy = "propagate") -> TestResult:
+                    nan_policy: NanPolicy = "propagate", progress: Progress = None) -> TestResult:
     """Pearson's chi-square test of counts.
 
     Parameters
@@ -316,6 +326,8 @@ def chi_square_test(observed: ArrayLike, expected: ArrayLike | None = None, *, d
         Parameters estimated from the data; degrees of freedom are cells - 1 - ddof.
     nan_policy : {"propagate", "omit", "raise"}
         What a missing value does.
+    progress
+        As in `moving`.
 
     Returns
     -------
@@ -327,11 +339,11 @@ def chi_square_test(observed: ArrayLike, expected: ArrayLike | None = None, *, d
     >>> vx.chi_square_test([10, 30]).statistic
     10.0
     """
-    return TestResult(*_core.chi_square_test(observed, expected, ddof, nan_policy))
+    return TestResult(*_core.chi_square_test(observed, expected, ddof, nan_policy, progress))
 
 
 def t_test(x: ArrayLike, y: ArrayLike | None = None, *, mean: float = 0, equal_var: bool = False,
-           nan_policy: NanPolicy = "propagate") -> TestResult:
+           nan_policy: NanPolicy = "propagate", progress: Progress = None) -> TestResult:
     """Student's t-test, two-sided: of one sample against a mean, of two against each other.
 
     Parameters
@@ -346,6 +358,8 @@ def t_test(x: ArrayLike, y: ArrayLike | None = None, *, mean: float = 0, equal_v
         Two samples: False is Welch's test.
     nan_policy : {"propagate", "omit", "raise"}
         What a missing value does.
+    progress
+        As in `moving`.
 
     Returns
     -------
@@ -358,15 +372,15 @@ def t_test(x: ArrayLike, y: ArrayLike | None = None, *, mean: float = 0, equal_v
     TestResult(statistic=0.0, pvalue=1.0)
     """
     if y is None:
-        return TestResult(*_core.t_test(x, mean, nan_policy))
+        return TestResult(*_core.t_test(x, mean, nan_policy, progress))
     if not isinstance(mean, (int, float)) or mean != 0:
         raise ValueError(f"mean: left out where y is given is what is allowed, {_core.short_text(mean)} came")
     if isinstance(y, (int, float)) or (hasattr(y, "__float__") and np.ndim(y) == 0):
-        return TestResult(*_core.t_test(x, y, nan_policy))
-    return TestResult(*_core.t_test_two(x, y, equal_var, nan_policy))
+        return TestResult(*_core.t_test(x, y, nan_policy, progress))
+    return TestResult(*_core.t_test_two(x, y, equal_var, nan_policy, progress))
 
 
-def normal_plot(x: ArrayLike, *, nan_policy: NanPolicy = "omit") -> NormalPlot:
+def normal_plot(x: ArrayLike, *, nan_policy: NanPolicy = "omit", progress: Progress = None) -> NormalPlot:
     """Data in order against normal quantiles, to be looked at for normality.
 
     Parameters
@@ -375,6 +389,8 @@ def normal_plot(x: ArrayLike, *, nan_policy: NanPolicy = "omit") -> NormalPlot:
         Data.
     nan_policy : {"omit", "raise"}
         What a missing value does.
+    progress
+        As in `moving`.
 
     Returns
     -------
@@ -388,6 +404,6 @@ def normal_plot(x: ArrayLike, *, nan_policy: NanPolicy = "omit") -> NormalPlot:
     >>> values
     array([1., 2., 3.])
     """
-    values = _core.sort(x, None, nan_policy, None, None).astype(np.float64)
+    values = _core.sort(x, None, nan_policy, None, progress).astype(np.float64)
     n = len(values)
     return NormalPlot(Normal().quantile((np.arange(1, n + 1) - 0.375) / (n + 0.25)), values)

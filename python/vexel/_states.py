@@ -13,7 +13,7 @@ from . import _core
 if TYPE_CHECKING:
     import sys
 
-    from ._types import ArrayLike, Doubles, NanPolicy, QuantileMethod
+    from ._types import ArrayLike, Doubles, NanPolicy, Progress, QuantileMethod
 
     if sys.version_info >= (3, 11):
         from typing import Self
@@ -24,9 +24,10 @@ class _State:
 
     __slots__ = ()
 
-    def update(self, x: ArrayLike, weights: ArrayLike | None = None) -> Self:
-        """Takes data in; returns the state."""
-        self._update(x, weights)  # type: ignore[attr-defined]
+    def update(self, x: ArrayLike, weights: ArrayLike | None = None, *,
+               progress: Progress = None) -> Self:
+        """Takes data in; returns the state.  `progress` is told the share done, as in `mean`."""
+        self._update(x, weights, progress)  # type: ignore[attr-defined]
         return self
 
     def merge(self, other: Self) -> Self:

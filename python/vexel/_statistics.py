@@ -13,12 +13,13 @@ if TYPE_CHECKING:
 
 def _ends(cut: Cut) -> tuple[float, float]:
     """What to cut off below and above: one fraction for both, or a pair."""
+    pair: Any = cut
     if isinstance(cut, (tuple, list)) or getattr(cut, "ndim", 0) == 1:
-        if len(cut) != 2:  # type: ignore[arg-type]
-            raise ValueError(f"cut: a fraction or a pair of them is allowed, {len(cut)} values came")  # type: ignore[arg-type]
-        low, high = cut  # type: ignore[misc]
+        if len(pair) != 2:
+            raise ValueError(f"cut: a fraction or a pair of them is allowed, {len(pair)} values came")
+        low, high = pair
         return low, high
-    return cut, cut  # type: ignore[return-value]
+    return pair, pair
 
 
 def mean(x: ArrayLike, *, kind: str = "arithmetic", weights: ArrayLike | None = None,

@@ -300,8 +300,9 @@ def describe(files: Any, *, column: Any = None, weights: Any = None, na: Iterabl
     progress : callable or bool, optional
         Told the share done, 0 to 1; True shows a bar where tqdm is installed.
     """
-    return _run(f"describe {nan_policy}", _passes.DescribeJob(nan_policy), files, state, progress,
-                column=column, weights=weights, na=na, rows=rows)
+    found: Description = _run(f"describe {nan_policy}", _passes.DescribeJob(nan_policy), files, state, progress,
+                              column=column, weights=weights, na=na, rows=rows)
+    return found
 
 
 def quantile(files: Any, q: Any, *, method: QuantileMethod = "linear", column: Any = None, weights: Any = None,
@@ -316,8 +317,9 @@ def tally(files: Any, *, column: Any = None, weights: Any = None, na: Iterable[s
           nan_policy: NanPolicy = "propagate", rows: int = 1 << 20, state: Any = None,
           progress: Progress = None) -> TallyResult:
     """Distinct values of files and their counts; memory goes by distinct values.  As `vexel.tally`."""
-    return _run(f"tally {nan_policy}", _passes.tally_job(nan_policy), files, state, progress,
-                column=column, weights=weights, na=na, rows=rows)
+    found: TallyResult = _run(f"tally {nan_policy}", _passes.tally_job(nan_policy), files, state, progress,
+                              column=column, weights=weights, na=na, rows=rows)
+    return found
 
 
 def histogram(files: Any, bins: Any = "auto", *, range: Any = None, density: bool = False, column: Any = None,
@@ -326,8 +328,9 @@ def histogram(files: Any, bins: Any = "auto", *, range: Any = None, density: boo
     """Counts in bins of files; as `vexel.histogram`, the rest as in `describe`."""
     job = _passes.HistogramJob(bins, range, density, nan_policy)
     between = "" if range is None else " range" + _bits(range)
-    return _run(f"histogram {nan_policy} {bins if np.ndim(bins) == 0 else 'edges' + _bits(bins)}{between}", job, files,
-                state, progress, column=column, weights=weights, na=na, rows=rows)
+    what = f"histogram {nan_policy} {bins if np.ndim(bins) == 0 else 'edges' + _bits(bins)}{between}"
+    found: HistogramResult = _run(what, job, files, state, progress, column=column, weights=weights, na=na, rows=rows)
+    return found
 
 
 def _main() -> None:

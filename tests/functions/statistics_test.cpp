@@ -375,6 +375,48 @@ TEST(Statistics, DeviationsOfSubnormalsAreRounded) {
   EXPECT_EQ(vexel::std(Data({1e-310, 0})), std::sqrt(0.5) * 1e-310);
 }
 
+// The doubles of `table`, as the columns of a matrix of rows of `width`.
+std::vector<Data> columnsOf(const std::vector<double>& table, std::size_t width) {
+  std::vector<Data> columns;
+  for (std::size_t j = 0; j < width; ++j) {
+    columns.emplace_back(table.data() + j, table.size() / width,
+                         static_cast<std::ptrdiff_t>(width));
+  }
+  return columns;
+}
+
+TEST(Statistics, MeansOfColumnsHaveTheBitsOfColumnsAlone) {
+  std::mt19937_64 random(1);
+  std::normal_distribution<double> normal;
+  for (const std::size_t width : {1, 7, 8, 21}) {
+    for (std::size_t rows = 0; rows < 5000; rows = 2 * rows + 1) {
+      std::vector<double> table(rows * width);
+      for (std::size_t i = 0; i < table.size(); ++i) {
+        const std::size_t column = i % width;
+        const double x = normal(random);
+        // Sums that cancel, overflow, vanish, meet the middle of two doubles; what is missing.
+        table[i] = column == 1   ? std::ldexp(x, static_cast<int>(random() % 600) - 300)
+                   : column == 2 ? (i / width % 2 == 0 ? 1.0 : 1.0 + 0x1p-52)
+                   : column == 3 ? (i / width % 2 == 0 ? 1e300 : 1.0 - 1e300) * 1e8
+                   : column == 4 ? 5e-324 * std::floor(3.0 * x)
+                   : column == 5 ? 0.0 * x
+                   : column == 6 ? (random() % 50 == 0 ? std::nan("") : std::floor(3.0 * x))
+                                 : x;
+      }
+      const std::vector<Data> columns = columnsOf(table, width);
+      for (const Missing missing : {Missing::propagate, Missing::omit}) {
+        std::vector<double> found(width);
+        vexel::mean(columns, found, {.missing = missing});
+        for (std::size_t j = 0; j < width; ++j) {
+          const double alone = vexel::mean(columns[j], {.missing = missing});
+          EXPECT_TRUE(found[j] == alone || (std::isnan(found[j]) && std::isnan(alone)))
+              << rows << " rows, column " << j << ": " << found[j] << " and " << alone;
+        }
+      }
+    }
+  }
+}
+
 // ---- quantiles
 
 }  // namespace

@@ -11,6 +11,7 @@
 #undef VEXEL_HAVE_HIGHWAY
 #define kernels plain_kernels
 #include "kernels/vector/binning.cpp"
+#include "kernels/vector/columns.cpp"
 #include "kernels/vector/filter.cpp"
 #include "kernels/vector/moving_sums.cpp"
 #include "kernels/vector/normal.cpp"

@@ -14,6 +14,7 @@
 #include "kernels/filter.hpp"
 #include "kernels/moving_sums.hpp"
 #include "kernels/normal.hpp"
+#include "kernels/vector/columns.hpp"
 #include "kernels/vector/power_columns.hpp"
 #include "kernels/vector/powers.hpp"
 #include "kernels/vector/presence.hpp"
@@ -35,6 +36,7 @@ bool weightedSumsInLanes(const double* x, const double* w, std::size_t n, double
                          double* weights);
 void squaresInLanes(const double* x, const double* w, std::size_t n, double center, double* first,
                     double* second);
+unsigned meansOfColumns(const double* x, std::ptrdiff_t stride, std::size_t n, double* mean);
 void powersInLanes(const double* x, std::size_t n, double center, double* sums);
 void productsInLanes(const double* x, const double* y, std::size_t n, double xCenter,
                      double yCenter, double* xSums, double* ySums, double* products);
@@ -90,6 +92,11 @@ Vector probabilities(const double* x, std::size_t n) {
     space::cellsOf(x, n, -1.0, 100.0, 200, cells.data());                                     \
     more.insert(more.end(), cells.begin(), cells.end());                                      \
     all.insert(all.end(), more.begin(), more.end());                                          \
+    if (n >= 8) {                                                                             \
+      Vector means(9);                                                                        \
+      means[8] = space::meansOfColumns(x, 3, (n - 8) / 3 + 1, means.data());                  \
+      all.insert(all.end(), means.begin(), means.end());                                      \
+    }                                                                                         \
     Vector normal(2 * n + 1);                                                                 \
     normal[2 * n] = space::normalCdfs(x, n, normal.data());                                   \
     const Vector p = probabilities(x, n);                                                     \

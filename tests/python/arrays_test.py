@@ -2,6 +2,7 @@
 
 import ctypes
 import importlib.util
+from functools import partial
 
 import numpy as np
 import pandas as pd
@@ -75,6 +76,28 @@ def test_out_may_overlap_the_data():
     z = np.arange(6.0).reshape(2, 3)
     vx.sort(z[:, ::-1], axis=0, out=z)
     assert z.tolist() == [[2, 1, 0], [5, 4, 3]]
+
+
+@pytest.mark.parametrize("kind", ["f8", "f4", "i8", "i4"])
+def test_columns_have_the_bits_of_columns_alone(kind):
+    whole = (np.random.default_rng(1).normal(size=(700, 38)) * 50).astype(kind)
+    weights = np.random.default_rng(2).integers(0, 3, whole.shape)
+    views = [whole, whole[:, ::2], whole[::-1, 1:36], whole[3:, ::-1], whole[:, :5], np.asfortranarray(whole)]
+    if kind[0] == "f":
+        views.append(np.where(weights > 0, whole, np.nan))
+    functions = [vx.mean, vx.var, vx.std, vx.skewness, vx.median, partial(vx.mean, kind="quadratic"), partial(vx.quantile, q=0.3)]
+    for x in views:
+        w = weights[:len(x), :x.shape[1]]
+        for f in functions:
+            assert np.array_equal(f(x, axis=0), [f(x[:, j].copy()) for j in range(x.shape[1])], equal_nan=True)
+            assert np.array_equal(f(x, axis=0, weights=w, nan_policy="omit"),
+                                  [f(x[:, j].copy(), weights=w[:, j].copy(), nan_policy="omit") for j in range(x.shape[1])], equal_nan=True)
+        for f in (vx.sort, vx.rank, partial(vx.cumulative, nan_policy="omit")):
+            assert np.array_equal(f(x, axis=0), np.stack([f(x[:, j].copy()) for j in range(x.shape[1])], axis=1), equal_nan=True)
+    cube = whole[:, :36].reshape(70, 10, 36)
+    for axis in (0, 1, 2):
+        lanes = np.moveaxis(cube, axis, -1).reshape(-1, cube.shape[axis])
+        assert vx.var(cube, axis=axis).ravel().tolist() == [vx.var(lane.copy()) for lane in lanes]
 
 
 def test_large_unsigned_numbers_are_ordered_exactly():

@@ -82,16 +82,16 @@ class _Frozen:
         low, high = self._law.support()
         return self._loc + self._scale * low, self._loc + self._scale * high
 
-    def mean(self) -> float:
+    def mean(self) -> Any:
         return self._loc + self._scale * self._law.mean()
 
-    def median(self) -> float:
+    def median(self) -> Any:
         return self._loc + self._scale * self._law.median()
 
-    def var(self) -> float:
+    def var(self) -> Any:
         return self._scale**2 * self._law.var()
 
-    def std(self) -> float:
+    def std(self) -> Any:
         return self._scale * self._law.std()
 
     def stats(self, moments: str = "mv") -> Any:
@@ -219,7 +219,7 @@ class _Family:
             found.append(_Frozen(self, tuple(values[:-2]), *values[-2:]).rvs(None, rng))
         return np.array(found).reshape(all_of[0].shape)
 
-    def fit(self, data: Any, *, floc: float | None = None, **fixed: Any) -> tuple[float, ...]:
+    def fit(self, data: Any, *, floc: float | None = None, **fixed: Any) -> Any:
         """Maximum likelihood; for laws without a location of their own that is given by floc."""
         if self._fit is None or fixed:
             raise NotImplementedError(f"{self.name}.fit: the fit method of vexel's class is what there is")

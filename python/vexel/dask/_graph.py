@@ -30,7 +30,8 @@ class Source:
         """The same chunks, read once more when `step` is done, so that nobody keeps them."""
         given = [a for a in (self.x, self.weights, self.by) if a is not None]
         again = iter(bind(given, parents=step, seed=step.key))
-        return Source(*(None if a is None else next(again) for a in (self.x, self.weights, self.by)), self.split)
+        x, weights, by = (None if a is None else next(again) for a in (self.x, self.weights, self.by))
+        return Source(x, weights, by, self.split)
 
 
 def whole(x: Any, weights: Any, by: Any) -> dict[Any, Any]:
@@ -127,7 +128,7 @@ def _one_pass(job: Job, source: Source, before: Delayed | None, last: Any, numbe
     name = f"vexel-chunk-{token}"
     held = before.key if before is not None else None
     tasks: dict[Any, Any] = {}
-    keys = []
+    keys: list[Any] = []
     for place in product(*map(range, source.x.numblocks)):
         rows = place[:1]
         weights = None if source.weights is None else \
@@ -147,7 +148,7 @@ def _one_pass(job: Job, source: Source, before: Delayed | None, last: Any, numbe
         keys = above
     end = f"vexel-{'result' if last else 'pass'}-{token}"
     tasks[end] = (finish, job, last, held, keys[0]) if last else (advance, job, held, keys[0])
-    needed = [a for a in (source.x, source.weights, source.by, before) if a is not None]
+    needed: list[Any] = [a for a in (source.x, source.weights, source.by, before) if a is not None]
     graph = HighLevelGraph.from_collections(end, tasks, dependencies=needed)
     return Delayed(end, graph)
 

@@ -3,7 +3,7 @@
 from __future__ import annotations
 
 from functools import partial
-from typing import Any
+from typing import TYPE_CHECKING, Any
 
 import dask.array as da
 import numpy as np
@@ -18,6 +18,9 @@ from .._random import bootstrap as _bootstrap_of
 from .._results import Description
 from .._statistics import corr as _corr_of
 from ._graph import Source, as_array, chunks_like, columns, levels, run, whole
+
+if TYPE_CHECKING:
+    from .._types import NanPolicy, QuantileMethod
 
 _policies = ("propagate", "omit", "raise")
 
@@ -51,7 +54,7 @@ def _columns_of(x: Any) -> Any:
     return x.rechunk({1: -1}) if x.numblocks[1] > 1 else x
 
 
-def _source(x: Any, weights: Any, by: Any, axis: int | None, nan_policy: str) -> tuple[Source, Any]:
+def _source(x: Any, weights: Any, by: Any, axis: int | None, nan_policy: NanPolicy) -> tuple[Source, Any]:
     if nan_policy not in _policies:
         raise ValueError(f'nan_policy: allowed are "propagate", "omit", "raise"; {short_text(nan_policy)} came')
     if axis not in (None, 0):
@@ -81,12 +84,12 @@ def _source(x: Any, weights: Any, by: Any, axis: int | None, nan_policy: str) ->
     return Source(x, w, chunks_like(by, x, "by"), split), shape
 
 
-def _do(job: Any, x: Any, weights: Any, by: Any, axis: int | None, nan_policy: str) -> Delayed:
+def _do(job: Any, x: Any, weights: Any, by: Any, axis: int | None, nan_policy: NanPolicy) -> Delayed:
     source, shape = _source(x, weights, by, axis, nan_policy)
     return run(job, source, shape)
 
 
-def mean(x: Any, *, kind: str = "arithmetic", weights: Any = None, nan_policy: str = "propagate",
+def mean(x: Any, *, kind: str = "arithmetic", weights: Any = None, nan_policy: NanPolicy = "propagate",
          axis: int | None = None, by: Any = None) -> Delayed:
     """Mean, in one pass.
 
@@ -108,81 +111,81 @@ def mean(x: Any, *, kind: str = "arithmetic", weights: Any = None, nan_policy: s
     return _do(_passes.mean_job(kind, nan_policy), x, weights, by, axis, nan_policy)
 
 
-def var(x: Any, *, ddof: float = 1, weights: Any = None, nan_policy: str = "propagate",
+def var(x: Any, *, ddof: float = 1, weights: Any = None, nan_policy: NanPolicy = "propagate",
         axis: int | None = None, by: Any = None) -> Delayed:
     """Variance, in one pass; as `vexel.var`, the rest as `mean`."""
     return _do(_passes.spread_job(ddof, False, nan_policy), x, weights, by, axis, nan_policy)
 
 
-def std(x: Any, *, ddof: float = 1, weights: Any = None, nan_policy: str = "propagate",
+def std(x: Any, *, ddof: float = 1, weights: Any = None, nan_policy: NanPolicy = "propagate",
         axis: int | None = None, by: Any = None) -> Delayed:
     """Standard deviation, in one pass; as `vexel.std`, the rest as `mean`."""
     return _do(_passes.spread_job(ddof, True, nan_policy), x, weights, by, axis, nan_policy)
 
 
-def skewness(x: Any, *, bias: bool = True, weights: Any = None, nan_policy: str = "propagate",
+def skewness(x: Any, *, bias: bool = True, weights: Any = None, nan_policy: NanPolicy = "propagate",
              axis: int | None = None, by: Any = None) -> Delayed:
     """Skewness, in one pass; as `vexel.skewness`, the rest as `mean`."""
     return _do(_passes.shape_job("skewness", bias, nan_policy), x, weights, by, axis, nan_policy)
 
 
-def kurtosis(x: Any, *, bias: bool = True, weights: Any = None, nan_policy: str = "propagate",
+def kurtosis(x: Any, *, bias: bool = True, weights: Any = None, nan_policy: NanPolicy = "propagate",
              axis: int | None = None, by: Any = None) -> Delayed:
     """Excess kurtosis, in one pass; as `vexel.kurtosis`, the rest as `mean`."""
     return _do(_passes.shape_job("kurtosis", bias, nan_policy), x, weights, by, axis, nan_policy)
 
 
 def moment(x: Any, order: Any, *, center: float | None = None, weights: Any = None,
-           nan_policy: str = "propagate", axis: int | None = None, by: Any = None) -> Delayed:
+           nan_policy: NanPolicy = "propagate", axis: int | None = None, by: Any = None) -> Delayed:
     """Moments, in one pass up to order 8 or about a given center, else in two; as `vexel.moment`."""
     return _do(_passes.MomentJob(order, center, nan_policy), x, weights, by, axis, nan_policy)
 
 
-def quantile(x: Any, q: Any, *, method: str = "linear", weights: Any = None,
-             nan_policy: str = "propagate", axis: int | None = None, by: Any = None) -> Delayed:
+def quantile(x: Any, q: Any, *, method: QuantileMethod = "linear", weights: Any = None,
+             nan_policy: NanPolicy = "propagate", axis: int | None = None, by: Any = None) -> Delayed:
     """Exact quantiles in four passes, up to 250 of them; as `vexel.quantile`, the rest as `mean`."""
     return _do(_passes.QuantileJob(q, method, nan_policy), x, weights, by, axis, nan_policy)
 
 
-def median(x: Any, *, weights: Any = None, nan_policy: str = "propagate", axis: int | None = None,
+def median(x: Any, *, weights: Any = None, nan_policy: NanPolicy = "propagate", axis: int | None = None,
            by: Any = None) -> Delayed:
     """The exact median in four passes; as `vexel.median`, the rest as `mean`."""
     return _do(_passes.QuantileJob(0.5, "linear", nan_policy), x, weights, by, axis, nan_policy)
 
 
-def trimmed_mean(x: Any, cut: Any, *, weights: Any = None, nan_policy: str = "propagate",
+def trimmed_mean(x: Any, cut: Any, *, weights: Any = None, nan_policy: NanPolicy = "propagate",
                  axis: int | None = None, by: Any = None) -> Delayed:
     """Mean without the ends, in six passes; as `vexel.trimmed_mean`, the rest as `mean`."""
     return _do(_passes.TrimmedJob(cut, False, nan_policy), x, weights, by, axis, nan_policy)
 
 
-def winsorized_mean(x: Any, cut: Any, *, weights: Any = None, nan_policy: str = "propagate",
+def winsorized_mean(x: Any, cut: Any, *, weights: Any = None, nan_policy: NanPolicy = "propagate",
                     axis: int | None = None, by: Any = None) -> Delayed:
     """Mean with the ends pulled in, in six passes; as `vexel.winsorized_mean`, the rest as `mean`."""
     return _do(_passes.TrimmedJob(cut, True, nan_policy), x, weights, by, axis, nan_policy)
 
 
-def describe(x: Any, *, weights: Any = None, nan_policy: str = "omit", axis: int | None = None,
+def describe(x: Any, *, weights: Any = None, nan_policy: NanPolicy = "omit", axis: int | None = None,
              by: Any = None) -> Delayed:
     """The usual statistics in four passes; as `vexel.describe`, the rest as `mean`."""
     return _do(_passes.DescribeJob(nan_policy), x, weights, by, axis, nan_policy)
 
 
-def tally(x: Any, *, weights: Any = None, nan_policy: str = "propagate", axis: int | None = None,
+def tally(x: Any, *, weights: Any = None, nan_policy: NanPolicy = "propagate", axis: int | None = None,
           by: Any = None) -> Delayed:
     """Distinct values and their counts, in one pass, memory by distinct values; as `vexel.tally`."""
     source, shape = _source(x, weights, by, axis, nan_policy)
     return run(_passes.tally_job(nan_policy, source.x.dtype), source, shape)
 
 
-def mode(x: Any, *, weights: Any = None, nan_policy: str = "propagate", axis: int | None = None,
+def mode(x: Any, *, weights: Any = None, nan_policy: NanPolicy = "propagate", axis: int | None = None,
          by: Any = None) -> Delayed:
     """The most frequent value, in one pass, memory by distinct values; as `vexel.mode`."""
     return _do(_passes.mode_job(nan_policy), x, weights, by, axis, nan_policy)
 
 
 def histogram(x: Any, bins: Any = "auto", *, range: Any = None, density: bool = False, weights: Any = None,
-              nan_policy: str = "propagate", axis: int | None = None, by: Any = None) -> Delayed:
+              nan_policy: NanPolicy = "propagate", axis: int | None = None, by: Any = None) -> Delayed:
     """Counts in bins; as `vexel.histogram`.
 
     One pass for edges or a number of bins with `range`, two for a number of bins alone, "scott" and
@@ -194,7 +197,7 @@ def histogram(x: Any, bins: Any = "auto", *, range: Any = None, density: bool = 
 
 
 def kde(x: Any, *, bandwidth: Any = "silverman", kernel: str = "gaussian", points: int = 512,
-        bounds: Any = None, weights: Any = None, nan_policy: str = "propagate", axis: int | None = None,
+        bounds: Any = None, weights: Any = None, nan_policy: NanPolicy = "propagate", axis: int | None = None,
         by: Any = None) -> Delayed:
     """Kernel density on a grid: an object with `x`, `y`, `bandwidth`; otherwise as `vexel.kde`.
 
@@ -216,7 +219,7 @@ def _matrix(pair: bool, results: dict[Any, Any]) -> Any:
     return float(matrix[0, 1]) if pair else matrix
 
 
-def _covariance(x: Any, y: Any, ddof: float, correlation: bool, weights: Any, nan_policy: str) -> Delayed:
+def _covariance(x: Any, y: Any, ddof: float, correlation: bool, weights: Any, nan_policy: NanPolicy) -> Delayed:
     table = as_array(x) if y is None else _pair(x, y)
     if not isinstance(table, da.Array) or table.ndim != 2:
         raise ValueError("x: a table with a variable in each column is expected, or y")
@@ -231,13 +234,13 @@ def _kendall(table: Any, weights: Any, nan_policy: Any, pair: bool) -> Any:
 
 
 def cov(x: Any, y: Any = None, *, ddof: float = 1, weights: Any = None,
-        nan_policy: str = "propagate") -> Delayed:
+        nan_policy: NanPolicy = "propagate") -> Delayed:
     """Covariance of two variables or of a table's columns, in one pass; as `vexel.cov`."""
     return _covariance(x, y, ddof, False, weights, nan_policy)
 
 
 def corr(x: Any, y: Any = None, *, method: str = "pearson", weights: Any = None,
-         nan_policy: str = "propagate") -> Delayed:
+         nan_policy: NanPolicy = "propagate") -> Delayed:
     """Correlation of two variables or of a table's columns, in one pass; as `vexel.corr`.
 
     method "spearman" ranks the columns first, one more pass (without weights and missing values).
@@ -257,7 +260,7 @@ def corr(x: Any, y: Any = None, *, method: str = "pearson", weights: Any = None,
     ranks = [rank(table[:, i], nan_policy=nan_policy) for i in range_of(table.shape[1])]
     joined = da.stack(ranks, axis=1, allow_unknown_chunksizes=True)
     return _covariance(joined, None, 1, True, None, nan_policy) if y is None else \
-        _covariance(*ranks, 1, True, None, nan_policy)
+        _covariance(ranks[0], ranks[1], 1, True, None, nan_policy)
 
 
 range_of = range  # `range` is a parameter's name above
@@ -294,7 +297,7 @@ def _ranked(method: str, found: Any, before: Any, x: Any) -> Any:
     return out
 
 
-def rank(x: Any, *, method: str = "average", nan_policy: str = "propagate") -> Any:
+def rank(x: Any, *, method: str = "average", nan_policy: NanPolicy = "propagate") -> Any:
     """Ranks from 1 of one variable, as a Dask array in the chunks of `x`; two passes.
 
     Each task looks the ranks up in the tally of all values, so memory goes by distinct values;
@@ -316,12 +319,13 @@ def rank(x: Any, *, method: str = "average", nan_policy: str = "propagate") -> A
         if method == "ordinal":
             graph["before-" + name, i] = (_before, found.key, before, (again.name, i))
             before = ("before-" + name, i)
-    return da.Array(HighLevelGraph.from_collections(name, graph, dependencies=[again, found]), name,
+    needed: list[Any] = [again, found]
+    return da.Array(HighLevelGraph.from_collections(name, graph, dependencies=needed), name,
                     chunks=again.chunks, dtype=np.float64)
 
 
 def bootstrap(x: Any, statistic: Any = "mean", *, replicates: int = 9999, confidence: float = 0.95,
-              method: str = "BCa", seed: int | None = None, nan_policy: str = "propagate") -> Delayed:
+              method: str = "BCa", seed: int | None = None, nan_policy: NanPolicy = "propagate") -> Delayed:
     """`vexel.bootstrap` as one task, on the worker that gathers the chunks: they must fit there.
 
     seed : the `rng` of `vexel.bootstrap`, a number; None: one from the operating system.
