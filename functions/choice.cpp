@@ -6,6 +6,7 @@
 #include <string>
 
 #include "functions/sized.hpp"
+#include "functions/text.hpp"
 #include "kernels/watch.hpp"
 #include "vexel/random.hpp"
 
@@ -21,7 +22,7 @@ std::vector<double> probabilities(const Data& weights) {
     p[i] = weights[i];
     if (!(p[i] >= 0) || std::isinf(p[i])) {
       throw std::invalid_argument("weights must be finite and not negative; weight " +
-                                  std::to_string(i) + " is " + std::to_string(p[i]));
+                                  std::to_string(i) + " is " + number(p[i]));
     }
     largest = std::max(largest, p[i]);
   });

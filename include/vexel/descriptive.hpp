@@ -130,6 +130,10 @@ VEXEL_API double iqr(Data x, const QuantileOptions& options = {});
 VEXEL_API double order_statistic(Data x, std::int64_t k, const WeightedOptions& options = {});
 VEXEL_API std::vector<double> order_statistic(Data x, std::span<const std::int64_t> k,
                                               const WeightedOptions& options = {});
+inline std::vector<double> order_statistic(Data x, std::initializer_list<std::int64_t> k,
+                                           const WeightedOptions& options = {}) {
+  return order_statistic(x, std::span<const std::int64_t>(k.begin(), k.size()), options);
+}
 
 // ---- summaries
 
@@ -193,5 +197,13 @@ struct SquareMatrix {
 // a column with missing values takes part in NaN.
 VEXEL_API SquareMatrix cov(std::span<const Data> columns, const CovarianceOptions& options = {});
 VEXEL_API SquareMatrix corr(std::span<const Data> columns, const CorrelationOptions& options = {});
+inline SquareMatrix cov(std::initializer_list<Data> columns,
+                        const CovarianceOptions& options = {}) {
+  return cov(std::span<const Data>(columns.begin(), columns.size()), options);
+}
+inline SquareMatrix corr(std::initializer_list<Data> columns,
+                         const CorrelationOptions& options = {}) {
+  return corr(std::span<const Data>(columns.begin(), columns.size()), options);
+}
 
 }  // namespace vexel

@@ -11,6 +11,7 @@
 #include <concepts>
 #include <cstddef>
 #include <cstdint>
+#include <initializer_list>
 #include <iterator>
 #include <optional>
 #include <span>
@@ -151,8 +152,8 @@ VEXEL_API FrequencyTable frequency_table(Data x, const Bins& bins,
 
 enum class Cumulative : std::uint8_t { sum, product, min, max };
 struct CumulativeOptions {
+  Data weights = {};  // sum of w x, product of x^w
   Cumulative kind = Cumulative::sum;
-  Data weights = {};                     // sum of w x, product of x^w
   Missing missing = Missing::propagate;  // propagate: NaN from there on; omit: as if not there
 };
 VEXEL_API void cumulative(Data x, std::span<double> out, const CumulativeOptions& options = {});

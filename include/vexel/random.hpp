@@ -36,6 +36,11 @@ struct RandomState {
   friend bool operator==(const RandomState&, const RandomState&) = default;
 };
 
+struct ChoiceOptions {
+  Data weights{};       // probabilities are proportional to them; equal if left out
+  bool replace = true;  // false: no element twice
+};
+
 class VEXEL_API Random {
  public:
   Random();  // a seed from the operating system; seed() tells it
@@ -103,6 +108,14 @@ class VEXEL_API Random {
   void exponential(std::span<double> out);
   std::vector<double> exponential(std::size_t n);
 
+  // choice(), permutation() and shuffle() below, with this generator.
+  std::vector<double> choice(Data x, std::size_t n, const ChoiceOptions& options = {});
+  std::vector<std::int64_t> choice(std::size_t size, std::size_t n,
+                                   const ChoiceOptions& options = {});
+  std::vector<std::int64_t> permutation(std::size_t n);
+  template <typename Elements>
+  void shuffle(Elements&& x);
+
  private:
   __extension__ using Wide = unsigned __int128;
   static constexpr std::uint32_t bufferSize = 128;
@@ -139,11 +152,6 @@ class VEXEL_API Urn {
   std::vector<Cell> cells_;
 };
 
-struct ChoiceOptions {
-  Data weights{};       // probabilities are proportional to them; equal if left out
-  bool replace = true;  // false: no element twice
-};
-
 // n indices out of 0 .. size-1, in the order drawn.  Without replacement each is drawn with
 // probabilities proportional to the weights of those that are left.  std::invalid_argument when
 // there are fewer (of positive weight) than n to draw without replacement, or none.
@@ -170,6 +178,21 @@ void shuffle(std::span<T> x, Random& rng) {
 template <typename T>
 void shuffle(std::vector<T>& x, Random& rng) {
   shuffle(std::span<T>(x), rng);
+}
+
+inline std::vector<double> Random::choice(Data x, std::size_t n, const ChoiceOptions& options) {
+  return vexel::choice(x, n, *this, options);
+}
+inline std::vector<std::int64_t> Random::choice(std::size_t size, std::size_t n,
+                                                const ChoiceOptions& options) {
+  return vexel::choice(size, n, *this, options);
+}
+inline std::vector<std::int64_t> Random::permutation(std::size_t n) {
+  return vexel::permutation(n, *this);
+}
+template <typename Elements>
+void Random::shuffle(Elements&& x) {
+  vexel::shuffle(x, *this);
 }
 
 }  // namespace vexel

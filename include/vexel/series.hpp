@@ -10,6 +10,7 @@
 #include <concepts>
 #include <cstddef>
 #include <functional>
+#include <initializer_list>
 #include <span>
 #include <utility>
 #include <vector>
@@ -28,10 +29,10 @@ enum class Align : std::uint8_t { center, right, left };
 enum class Edges : std::uint8_t { shrink, nan, reflect, nearest };
 
 struct MovingOptions {
-  Align align = Align::center;
+  Data weights = {};          // of the data; a point of weight 0 is not there
+  std::size_t min_count = 1;  // a window with fewer present values gives NaN
   Edges edges = Edges::shrink;
-  std::size_t min_count = 1;             // a window with fewer present values gives NaN
-  Data weights = {};                     // of the data; a point of weight 0 is not there
+  Align align = Align::center;
   Missing missing = Missing::propagate;  // propagate: windows that hold one give NaN
 };
 
@@ -89,5 +90,9 @@ VEXEL_API std::vector<double> autocorrelation(Data x, std::size_t last,
                                               const AutocorrelationOptions& options = {});
 VEXEL_API std::vector<double> autocorrelation(Data x, std::span<const std::size_t> lags,
                                               const AutocorrelationOptions& options = {});
+inline std::vector<double> autocorrelation(Data x, std::initializer_list<std::size_t> lags,
+                                           const AutocorrelationOptions& options = {}) {
+  return autocorrelation(x, std::span<const std::size_t>(lags.begin(), lags.size()), options);
+}
 
 }  // namespace vexel

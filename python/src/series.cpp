@@ -24,9 +24,9 @@ py::array movingOf(py::handle object, Whole<"window"> window, py::handle statist
   }
   Input x(object, "x");
   Input w(weights, "weights", Input::optional);
-  const MovingOptions options{.align = choose<Align>(align, "align"),
+  const MovingOptions options{.min_count = static_cast<std::size_t>(minCount),
                               .edges = choose<Edges>(edges, "edges"),
-                              .min_count = static_cast<std::size_t>(minCount),
+                              .align = choose<Align>(align, "align"),
                               .missing = missingPolicy(policy)};
   const auto size = static_cast<std::size_t>(window);
   const auto along = [&](auto what) {

@@ -410,6 +410,9 @@ TEST(Distributions, ImpossibleParametersAreRefused) {
               }
             };
             (spoil(field), ...);
+            if ((std::isnan(field.fallback) || ...)) {  // not all have a default
+              EXPECT_THROW(L{typename L::Parameters{}}, std::domain_error);
+            }
           },
           L::fields);
     }
@@ -419,6 +422,8 @@ TEST(Distributions, ImpossibleParametersAreRefused) {
   EXPECT_THROW(Triangular(0.0, 1.0, 2.0), std::domain_error);
   EXPECT_THROW(Hypergeometric(10, 11, 1), std::domain_error);
   EXPECT_THROW(DiscreteUniform(2, 1), std::domain_error);
+  EXPECT_THROW(DiscreteUniform({.b = 5}), std::domain_error);
+  EXPECT_THROW(Triangular({.a = 0.0, .b = 1.0}), std::domain_error);
   EXPECT_THROW(Geometric(0.0), std::domain_error);
   EXPECT_THROW(Empirical(std::vector<double>{}), std::invalid_argument);
   try {

@@ -293,7 +293,7 @@ TEST(Ordering, CumulativeKindsAndMissingValues) {
   EXPECT_THAT(of(vx::Cumulative::max, vx::Missing::propagate),
               ElementsAre(3, testing::IsNan(), testing::IsNan(), testing::IsNan()));
   EXPECT_THAT(vx::cumulative({2, kNan, 5}, {.weights = {3, 0, 2}}), ElementsAre(6, 6, 16));
-  EXPECT_THAT(vx::cumulative({2, 5}, {.kind = vx::Cumulative::product, .weights = {3, 2}}),
+  EXPECT_THAT(vx::cumulative({2, 5}, {.weights = {3, 2}, .kind = vx::Cumulative::product}),
               ElementsAre(8, 200));
   EXPECT_THAT(
       vx::cumulative({1e200, 1e200, -1e-200, 1e-200, 0, 3}, {.kind = vx::Cumulative::product}),

@@ -68,6 +68,23 @@ TEST(Urn, RefusesWeightsOfNoLaw) {
   }
 }
 
+TEST(Random, ChoosesAndShufflesAsTheFunctionsDo) {
+  Random a(8);
+  Random b(8);
+  std::vector<double> x = {1, 2, 3, 4, 5};
+  std::vector<double> y = x;
+  a.shuffle(x);
+  vexel::shuffle(y, b);
+  EXPECT_EQ(x, y);
+  a.shuffle(std::span(x).first(3));
+  vexel::shuffle(std::span(y).first(3), b);
+  EXPECT_EQ(x, y);
+  EXPECT_EQ(a.permutation(9), vexel::permutation(9, b));
+  EXPECT_EQ(a.choice(x, 3, {.replace = false}), choice(x, 3, b, {.replace = false}));
+  EXPECT_EQ(a.choice(100, 3), choice(100, 3, b));
+  EXPECT_EQ(a, b);
+}
+
 TEST(Choice, WithAndWithoutReplacementByAndWithoutWeight) {
   const std::vector<double> weights = {3, 0, 1, 2};
   constexpr int n = 120000;

@@ -151,7 +151,7 @@ TEST(Series, MovingStatisticsAreThoseOfEachWindow) {
             (random() % 2 ? x : w)[i] = kNan;
           }
         }
-        vx::MovingOptions o{.align = static_cast<vx::Align>(round % 3), .edges = edges};
+        vx::MovingOptions o{.edges = edges, .align = static_cast<vx::Align>(round % 3)};
         o.min_count = round % 4 == 0 ? 3 : 1;
         o.missing = round % 2 ? vx::Missing::omit : vx::Missing::propagate;
         o.weights = round % 5 < 2 ? vx::Data(w) : vx::Data();
@@ -304,7 +304,7 @@ TEST(Series, AutocorrelationDividesByN) {
   }
   const Doubles byTransform = vx::autocorrelation(x, 400);
   for (const std::size_t lag : {0, 1, 2, 17, 400}) {
-    EXPECT_NEAR(byTransform[lag], vx::autocorrelation(x, std::vector<std::size_t>{lag})[0], 1e-13);
+    EXPECT_NEAR(byTransform[lag], vx::autocorrelation(x, {lag})[0], 1e-13);
   }
   EXPECT_TRUE(std::isnan(vx::autocorrelation({1, kNan, 2}, 1)[0]));
   EXPECT_EQ(vx::autocorrelation({1, kNan, 2}, 2, {.missing = vx::Missing::omit})[2], -0.5);

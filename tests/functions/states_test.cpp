@@ -223,8 +223,7 @@ TEST(States, GiveWhatTheFunctionsGive) {
     EXPECT_NEAR(m.skewness(), vexel::skewness(x, {.weights = weights}), 1e-14);
     EXPECT_NEAR(m.kurtosis(), vexel::kurtosis(x, {.weights = weights}), 1e-14);
     EXPECT_TRUE(near(m.moment(4), vexel::moment(x, 4, {.weights = weights})));
-    const Data columns[] = {x, y};
-    const Covariance c = Covariance(2).update(columns, weights);
+    const Covariance c = Covariance(2).update({x, y}, weights);
     EXPECT_TRUE(near(c.cov()(0, 1), vexel::cov(x, y, {.weights = weights})));
     EXPECT_TRUE(near(c.corr()(0, 1), vexel::corr(x, y, {.weights = weights})));
     EXPECT_EQ(c.mean()[1], vexel::mean(y, {.weights = weights}));

@@ -161,6 +161,7 @@ TEST(Statistics, OfTwoOrThreePointsDivideByWhatThereIs) {
 TEST(Statistics, RefuseParametersOutOfRange) {
   const Vector x = {1, 2, 3};
   EXPECT_THROW(vexel::quantile(x, 1.5), std::domain_error);
+  EXPECT_EQ(vexel::order_statistic(x, {1, 3}).back(), vexel::order_statistic(x, 3));
   EXPECT_THROW(vexel::order_statistic(x, 0), std::domain_error);
   EXPECT_THROW(vexel::order_statistic(x, 4), std::domain_error);
   EXPECT_THROW(vexel::moment(x, -1), std::domain_error);

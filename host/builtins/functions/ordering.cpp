@@ -216,8 +216,8 @@ ALGEB frequencyTable(Call& call) {
 }
 
 ALGEB cumulative(Call& call) {
-  return call.reals(vexel::cumulative(call.data("x"), {.kind = call.choice("kind", Cumulative::sum),
-                                                       .weights = call.data("weights"),
+  return call.reals(vexel::cumulative(call.data("x"), {.weights = call.data("weights"),
+                                                       .kind = call.choice("kind", Cumulative::sum),
                                                        .missing = call.missing()}),
                     call.value("x"));
 }
@@ -246,10 +246,10 @@ ALGEB winsorize(Call& call) {
 
 ALGEB moving(Call& call) {
   const Data x = call.data("x");
-  const MovingOptions options{.align = call.choice("align", Align::center),
-                              .edges = call.choice("edges", Edges::shrink),
+  const MovingOptions options{.weights = call.data("weights"),
                               .min_count = call.size("min_count", 1),
-                              .weights = call.data("weights"),
+                              .edges = call.choice("edges", Edges::shrink),
+                              .align = call.choice("align", Align::center),
                               .missing = call.missing()};
   const std::size_t window = call.size("window");
   std::vector<double> out(x.size());

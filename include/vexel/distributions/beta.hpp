@@ -11,8 +11,8 @@ namespace vexel {
 class VEXEL_API Beta : public ContinuousLaw<Beta> {
  public:
   struct Parameters {
-    double a;
-    double b;
+    double a = detail::required;
+    double b = detail::required;
     bool operator==(const Parameters&) const = default;
   };
   static constexpr const char* name = "Beta";
@@ -33,7 +33,7 @@ class VEXEL_API Beta : public ContinuousLaw<Beta> {
 class VEXEL_API StudentT : public ContinuousLaw<StudentT> {
  public:
   struct Parameters {
-    double df;
+    double df = detail::required;
     bool operator==(const Parameters&) const = default;
   };
   static constexpr const char* name = "StudentT";
@@ -54,8 +54,8 @@ class VEXEL_API StudentT : public ContinuousLaw<StudentT> {
 class VEXEL_API FRatio : public ContinuousLaw<FRatio> {
  public:
   struct Parameters {
-    double df1;
-    double df2;
+    double df1 = detail::required;
+    double df2 = detail::required;
     bool operator==(const Parameters&) const = default;
   };
   static constexpr const char* name = "FRatio";

@@ -13,7 +13,7 @@ namespace vexel {
 class VEXEL_API Bernoulli : public DiscreteLaw<Bernoulli> {
  public:
   struct Parameters {
-    double p;
+    double p = detail::required;
     bool operator==(const Parameters&) const = default;
   };
   static constexpr const char* name = "Bernoulli";
@@ -33,8 +33,8 @@ class VEXEL_API Bernoulli : public DiscreteLaw<Bernoulli> {
 class VEXEL_API Binomial : public DiscreteLaw<Binomial> {
  public:
   struct Parameters {
-    std::int64_t n;
-    double p;
+    std::int64_t n = -1;
+    double p = detail::required;
     bool operator==(const Parameters&) const = default;
   };
   static constexpr const char* name = "Binomial";
@@ -47,7 +47,7 @@ class VEXEL_API Binomial : public DiscreteLaw<Binomial> {
   const Parameters& parameters() const { return parameters_; }
 
   struct FitOptions {
-    std::int64_t n;
+    std::int64_t n = -1;
     Data weights{};
     Missing missing = Missing::propagate;
   };
@@ -62,7 +62,7 @@ class VEXEL_API Binomial : public DiscreteLaw<Binomial> {
 class VEXEL_API Poisson : public DiscreteLaw<Poisson> {
  public:
   struct Parameters {
-    double mean;
+    double mean = detail::required;
     bool operator==(const Parameters&) const = default;
   };
   static constexpr const char* name = "Poisson";
@@ -82,7 +82,7 @@ class VEXEL_API Poisson : public DiscreteLaw<Poisson> {
 class VEXEL_API Geometric : public DiscreteLaw<Geometric> {
  public:
   struct Parameters {
-    double p;
+    double p = detail::required;
     bool operator==(const Parameters&) const = default;
   };
   static constexpr const char* name = "Geometric";
@@ -105,8 +105,8 @@ class VEXEL_API Geometric : public DiscreteLaw<Geometric> {
 class VEXEL_API NegativeBinomial : public DiscreteLaw<NegativeBinomial> {
  public:
   struct Parameters {
-    double n;
-    double p;
+    double n = detail::required;
+    double p = detail::required;
     bool operator==(const Parameters&) const = default;
   };
   static constexpr const char* name = "NegativeBinomial";
@@ -127,9 +127,9 @@ class VEXEL_API NegativeBinomial : public DiscreteLaw<NegativeBinomial> {
 class VEXEL_API Hypergeometric : public DiscreteLaw<Hypergeometric> {
  public:
   struct Parameters {
-    std::int64_t population;
-    std::int64_t marked;
-    std::int64_t drawn;
+    std::int64_t population = -1;
+    std::int64_t marked = -1;
+    std::int64_t drawn = -1;
     bool operator==(const Parameters&) const = default;
   };
   static constexpr const char* name = "Hypergeometric";
@@ -144,8 +144,8 @@ class VEXEL_API Hypergeometric : public DiscreteLaw<Hypergeometric> {
   const Parameters& parameters() const { return parameters_; }
 
   struct FitOptions {
-    std::int64_t population;
-    std::int64_t drawn;
+    std::int64_t population = -1;
+    std::int64_t drawn = -1;
     Data weights{};
     Missing missing = Missing::propagate;
   };
@@ -160,8 +160,8 @@ class VEXEL_API Hypergeometric : public DiscreteLaw<Hypergeometric> {
 class VEXEL_API DiscreteUniform : public DiscreteLaw<DiscreteUniform> {
  public:
   struct Parameters {
-    std::int64_t a;
-    std::int64_t b;
+    std::int64_t a = std::numeric_limits<std::int64_t>::max();
+    std::int64_t b = std::numeric_limits<std::int64_t>::min();
     bool operator==(const Parameters&) const = default;
   };
   static constexpr const char* name = "DiscreteUniform";

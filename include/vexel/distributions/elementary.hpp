@@ -150,7 +150,7 @@ class VEXEL_API Gumbel : public ContinuousLaw<Gumbel> {
 class VEXEL_API Weibull : public ContinuousLaw<Weibull> {
  public:
   struct Parameters {
-    double shape;
+    double shape = detail::required;
     double scale = 1.0;
     bool operator==(const Parameters&) const = default;
   };
@@ -173,7 +173,7 @@ class VEXEL_API Weibull : public ContinuousLaw<Weibull> {
 class VEXEL_API Pareto : public ContinuousLaw<Pareto> {
  public:
   struct Parameters {
-    double shape;
+    double shape = detail::required;
     double minimum = 1.0;
     bool operator==(const Parameters&) const = default;
   };
@@ -196,7 +196,7 @@ class VEXEL_API Pareto : public ContinuousLaw<Pareto> {
 class VEXEL_API Power : public ContinuousLaw<Power> {
  public:
   struct Parameters {
-    double shape;
+    double shape = detail::required;
     double maximum = 1.0;
     bool operator==(const Parameters&) const = default;
   };
@@ -240,9 +240,9 @@ class VEXEL_API Rayleigh : public ContinuousLaw<Rayleigh> {
 class VEXEL_API Triangular : public ContinuousLaw<Triangular> {
  public:
   struct Parameters {
-    double a;
-    double b;
-    double mode;
+    double a = detail::required;
+    double b = detail::required;
+    double mode = detail::required;
     bool operator==(const Parameters&) const = default;
   };
   static constexpr const char* name = "Triangular";

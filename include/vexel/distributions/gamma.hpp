@@ -11,7 +11,7 @@ namespace vexel {
 class VEXEL_API Gamma : public ContinuousLaw<Gamma> {
  public:
   struct Parameters {
-    double shape;
+    double shape = detail::required;
     double scale = 1.0;
     bool operator==(const Parameters&) const = default;
   };
@@ -35,7 +35,7 @@ class VEXEL_API Gamma : public ContinuousLaw<Gamma> {
 class VEXEL_API ChiSquare : public ContinuousLaw<ChiSquare> {
  public:
   struct Parameters {
-    double df;
+    double df = detail::required;
     bool operator==(const Parameters&) const = default;
   };
   static constexpr const char* name = "ChiSquare";
@@ -57,9 +57,9 @@ class VEXEL_API ChiSquare : public ContinuousLaw<ChiSquare> {
 class VEXEL_API ExponentialPower : public ContinuousLaw<ExponentialPower> {
  public:
   struct Parameters {
-    double location;
-    double scale;
-    double shape;
+    double location = detail::required;
+    double scale = detail::required;
+    double shape = detail::required;
     bool operator==(const Parameters&) const = default;
   };
   static constexpr const char* name = "ExponentialPower";

@@ -33,6 +33,9 @@ namespace vexel {
 class Random;
 
 namespace detail {
+// What a parameter without a default is until it is given: no law has it.
+inline constexpr double required = std::numeric_limits<double>::quiet_NaN();
+
 // A law's mathematics, where the library defines it.
 template <typename L>
 struct Formulas;

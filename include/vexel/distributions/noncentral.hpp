@@ -11,8 +11,8 @@ namespace vexel {
 class VEXEL_API NonCentralChiSquare : public ContinuousLaw<NonCentralChiSquare> {
  public:
   struct Parameters {
-    double df;
-    double nc;
+    double df = detail::required;
+    double nc = detail::required;
     bool operator==(const Parameters&) const = default;
   };
   static constexpr const char* name = "NonCentralChiSquare";
@@ -31,9 +31,9 @@ class VEXEL_API NonCentralChiSquare : public ContinuousLaw<NonCentralChiSquare> 
 class VEXEL_API NonCentralBeta : public ContinuousLaw<NonCentralBeta> {
  public:
   struct Parameters {
-    double a;
-    double b;
-    double nc;
+    double a = detail::required;
+    double b = detail::required;
+    double nc = detail::required;
     bool operator==(const Parameters&) const = default;
   };
   static constexpr const char* name = "NonCentralBeta";
@@ -54,9 +54,9 @@ class VEXEL_API NonCentralBeta : public ContinuousLaw<NonCentralBeta> {
 class VEXEL_API NonCentralFRatio : public ContinuousLaw<NonCentralFRatio> {
  public:
   struct Parameters {
-    double df1;
-    double df2;
-    double nc;
+    double df1 = detail::required;
+    double df2 = detail::required;
+    double nc = detail::required;
     bool operator==(const Parameters&) const = default;
   };
   static constexpr const char* name = "NonCentralFRatio";
@@ -78,8 +78,8 @@ class VEXEL_API NonCentralFRatio : public ContinuousLaw<NonCentralFRatio> {
 class VEXEL_API NonCentralStudentT : public ContinuousLaw<NonCentralStudentT> {
  public:
   struct Parameters {
-    double df;
-    double nc;
+    double df = detail::required;
+    double nc = detail::required;
     bool operator==(const Parameters&) const = default;
   };
   static constexpr const char* name = "NonCentralStudentT";

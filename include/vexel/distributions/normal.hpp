@@ -34,8 +34,8 @@ class VEXEL_API Normal : public ContinuousLaw<Normal> {
 class VEXEL_API LogNormal : public ContinuousLaw<LogNormal> {
  public:
   struct Parameters {
-    double mu;
-    double sigma;
+    double mu = detail::required;
+    double sigma = detail::required;
     bool operator==(const Parameters&) const = default;
   };
   static constexpr const char* name = "LogNormal";
@@ -57,8 +57,8 @@ class VEXEL_API LogNormal : public ContinuousLaw<LogNormal> {
 class VEXEL_API InverseGaussian : public ContinuousLaw<InverseGaussian> {
  public:
   struct Parameters {
-    double mean;
-    double shape;
+    double mean = detail::required;
+    double shape = detail::required;
     bool operator==(const Parameters&) const = default;
   };
   static constexpr const char* name = "InverseGaussian";

@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <initializer_list>
 #include <span>
 #include <vector>
 #include <vexel/data.hpp>
@@ -18,6 +19,9 @@ class Covariance {
   // variable takes part in NaN.
   VEXEL_API explicit Covariance(std::size_t k, Missing missing = Missing::propagate);
   VEXEL_API Covariance& update(std::span<const Data> columns, Data weights = {});
+  Covariance& update(std::initializer_list<Data> columns, Data weights = {}) {
+    return update(std::span<const Data>(columns.begin(), columns.size()), weights);
+  }
   VEXEL_API Covariance& merge(const Covariance& other);  // of as many variables
 
   VEXEL_API std::vector<double> mean() const;
