@@ -368,7 +368,8 @@ ALGEB indexed(State& state, ALGEB x, std::span<const ALGEB> index) {
     return index.size() == 1 ? found : indexed(state, found, index.subspan(1));
   }
   if (is(x, Tag::foreign) && index.size() == 1) {
-    if (const ALGEB found = foreign(x)->field(state, plainText(state, index[0]))) {
+    const std::string part = plainText(state, index[0]);
+    if (const ALGEB found = guarded(state, [&] { return foreign(x)->field(state, part); })) {
       return found;
     }
     raise(state, "%1 has no part %2", x, index[0]);

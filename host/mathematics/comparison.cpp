@@ -73,6 +73,10 @@ std::optional<bool> comparison(State& state, CompareOp op, ALGEB a, ALGEB b) {
     }
     return op == CompareOp::equal;
   }
+  if (!isImmediate(a) && !isImmediate(b) && is(a, Tag::foreign) && is(b, Tag::foreign) &&
+      foreign(a)->equals(*foreign(b))) {
+    return op == CompareOp::equal;
+  }
   const bool open = is(a, Tag::name) || isExpression(a) || is(b, Tag::name) || isExpression(b);
   if (open && (isNumber(a) || is(a, Tag::name) || isExpression(a)) &&
       (isNumber(b) || is(b, Tag::name) || isExpression(b))) {

@@ -33,6 +33,17 @@ void raise(State& state, std::string_view message, ALGEB a, ALGEB b) {
   raise(state, message, args);
 }
 
+bool isOfContainer(const std::length_error& e) {
+  const std::string_view text = e.what();
+  for (const std::string_view start :
+       {"vector::", "basic_string::", "deque::", "list::", "cannot create std::"}) {
+    if (text.substr(0, start.size()) == start) {
+      return true;
+    }
+  }
+  return false;
+}
+
 void raiseNoMemory(State& state) { raise(state, kNoMemory); }
 
 std::string fillMessage(State& state, std::string_view message, std::span<const ALGEB> args) {

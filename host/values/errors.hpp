@@ -3,7 +3,9 @@
 #pragma once
 
 #include <cstdint>
+#include <new>
 #include <span>
+#include <stdexcept>
 #include <string>
 #include <string_view>
 
@@ -20,6 +22,27 @@ namespace vexel {
 [[noreturn]] void raise(State& state, std::string_view message, std::span<const ALGEB> args);
 [[noreturn]] void raiseNoMemory(State& state);
 inline constexpr char kNoMemory[] = "not enough memory";
+
+// Whether it is the standard library's own, of a container that cannot be so large; the functions'
+// say which sizes do not fit.
+bool isOfContainer(const std::length_error& e);
+
+// f(); standard exceptions that leave it become host errors, bad_alloc "not enough memory".
+template <typename F>
+auto guarded(State& state, F f) {
+  try {
+    return f();
+  } catch (const std::bad_alloc&) {
+    raiseNoMemory(state);
+  } catch (const std::length_error& e) {
+    if (isOfContainer(e)) {
+      raiseNoMemory(state);
+    }
+    raise(state, e.what());
+  } catch (const std::exception& e) {
+    raise(state, e.what());
+  }
+}
 
 // How arguments print within a message: a few elements and how many there are.
 inline constexpr TextOptions kMessageArguments{

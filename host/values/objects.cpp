@@ -184,29 +184,6 @@ ALGEB callee(State& state, ALGEB f) {
   return f;
 }
 
-// Whether it is the standard library's own, of a container that cannot be so large: these name
-// the member that threw, "vector::reserve".  The functions' say which sizes do not fit.
-bool isOfContainer(const std::length_error& e) {
-  return std::string_view(e.what()).find("::") != std::string_view::npos;
-}
-
-// f(); standard exceptions that leave it become host errors, bad_alloc "not enough memory".
-template <typename F>
-auto guarded(State& state, F f) {
-  try {
-    return f();
-  } catch (const std::bad_alloc&) {
-    raiseNoMemory(state);
-  } catch (const std::length_error& e) {
-    if (isOfContainer(e)) {
-      raiseNoMemory(state);
-    }
-    raise(state, e.what());
-  } catch (const std::exception& e) {
-    raise(state, e.what());
-  }
-}
-
 }  // namespace
 
 ALGEB apply(State& state, ALGEB function, ALGEB args) {

@@ -1,8 +1,10 @@
 #include "builtins/functions/call.hpp"
 
 #include <algorithm>
+#include <charconv>
 #include <cmath>
 #include <memory>
+#include <stdexcept>
 #include <vexel/interruption.hpp>
 #include <vexel/random.hpp>
 
@@ -43,6 +45,40 @@ void addParameters(std::string_view list, bool byPosition, std::vector<Parameter
     parameter.byPosition = byPosition;
     out.push_back(std::move(parameter));
   }
+}
+
+bool fitsUnsigned(ALGEB x, std::uint64_t* result) {
+  if (!isInteger(x)) {
+    return false;
+  }
+  const IntegerView z(x);
+  *result = mpz_get_ui(z.get());
+  return mpz_sgn(z.get()) >= 0 && mpz_sizeinbase(z.get(), 2) <= 64;
+}
+
+// The functions count positions from 0, the language from 1: "weights[0]", "element 0",
+// "at position 0", "row 0".
+std::string countedFromOne(std::string_view text) {
+  std::string out;
+  for (std::size_t at = 0; at < text.size();) {
+    const std::size_t start = at;
+    for (const std::string_view before : {"weights[", "weight ", "element ", "position ", "row "}) {
+      if (text.substr(start, before.size()) == before) {
+        std::uint64_t place = 0;
+        const auto [end, error] =
+            std::from_chars(text.data() + start + before.size(), text.data() + text.size(), place);
+        if (error == std::errc()) {
+          out += std::string(before) + std::to_string(place + 1);
+          at = static_cast<std::size_t>(end - text.data());
+          break;
+        }
+      }
+    }
+    if (at == start) {
+      out += text[at++];
+    }
+  }
+  return out;
 }
 
 bool isStoredAs(ALGEB x, int type) {
@@ -211,6 +247,15 @@ std::int64_t Call::integer(std::string_view parameter, std::int64_t fallback) {
   return result;
 }
 
+std::uint64_t Call::unsignedInteger(std::string_view parameter) {
+  const ALGEB x = value(parameter);
+  std::uint64_t result = 0;
+  if (x != nullptr && !fitsUnsigned(x, &result)) {
+    refuse(parameter, "an integer from 0 to 2^64 - 1");
+  }
+  return result;
+}
+
 std::size_t Call::size(std::string_view parameter, std::size_t fallback) {
   const std::int64_t n = integer(parameter, static_cast<std::int64_t>(fallback));
   if (n < 0) {
@@ -266,12 +311,12 @@ Random& Call::random() {
   if (auto* object = objectOf<RandomObject>(x)) {
     return object->random;
   }
-  std::int64_t seed = 0;
-  if (!isInteger(x) || !fitsInt64(x, &seed) || seed < 0) {
-    refuse("rng", "a Random or a seed");
+  std::uint64_t seed = 0;
+  if (!fitsUnsigned(x, &seed)) {
+    refuse("rng", "a Random or a seed from 0 to 2^64 - 1");
   }
   own_.emplace();
-  own_->emplace_back(static_cast<std::uint64_t>(seed));
+  own_->emplace_back(seed);
   return own_->front();
 }
 
@@ -400,7 +445,11 @@ void defineRows(State& state, std::span<const FunctionRow> rows, std::shared_ptr
         lookAtInterrupt();
         return true;
       });
-      return body(call);
+      try {
+        return body(call);
+      } catch (const std::invalid_argument& e) {
+        raise(s, countedFromOne(e.what()));
+      }
     };
     setNameFunction(name(state, row.name), newFunction(state, std::move(function)));
   }

@@ -85,6 +85,7 @@ class Call {
 
   double number(std::string_view parameter, double fallback = 0);
   std::int64_t integer(std::string_view parameter, std::int64_t fallback = 0);
+  std::uint64_t unsignedInteger(std::string_view parameter);  // 0 where it is not given
   std::size_t size(std::string_view parameter, std::size_t fallback = 0);
   bool boolean(std::string_view parameter, bool fallback = false);
   std::optional<Interval> range(std::string_view parameter);

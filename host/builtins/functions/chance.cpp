@@ -27,14 +27,8 @@ T& objectFor(Call& call, const char* parameter, const char* expected) {
 }
 
 ALGEB makeRandom(Call& call) {
-  const std::int64_t seed = call.integer("seed");
-  const std::int64_t block = call.integer("block");
-  if (seed < 0 || block < 0) {
-    call.refuse(seed < 0 ? "seed" : "block", "an integer from 0");
-  }
-  Random random = call.given("seed")
-                      ? Random(static_cast<std::uint64_t>(seed), static_cast<std::uint64_t>(block))
-                      : Random();
+  const std::uint64_t block = call.unsignedInteger("block");
+  Random random = call.given("seed") ? Random(call.unsignedInteger("seed"), block) : Random();
   return newForeign(call.state(), Tag::foreign, std::make_unique<RandomObject>(std::move(random)),
                     2048);
 }
@@ -140,6 +134,12 @@ ALGEB jump(Call& call) {
 ALGEB makeUrn(Call& call) {
   return newForeign(call.state(), Tag::foreign,
                     std::make_unique<UrnObject>(Urn(call.data("weights"))));
+}
+
+ALGEB newUnsigned(State& state, std::uint64_t x) {
+  BigInteger z;
+  mpz_set_ui(z.get(), x);
+  return newInteger(state, z.get());
 }
 
 // Positions, from 1, drawn from an urn.
@@ -270,7 +270,7 @@ ALGEB findInteger(Call& call) {
 }
 
 constexpr FunctionRow kRows[] = {
-    {"Random", "seed = none, block = 0", "a stream of random numbers",
+    {"Random", "seed = none, block = 0", "a stream of random numbers: R[seed], R[block]",
      "R := Random(42): uniform(2, rng = R), uniform(rng = R);", makeRandom},
     {"uniform", "n = 1; rng", "random numbers, uniform between 0 and 1", "uniform(2, rng = 42);",
      uniform},
@@ -296,8 +296,9 @@ constexpr FunctionRow kRows[] = {
      "b := bootstrap([1, 2, 4, 8, 9], median, replicates = 999, rng = 42): b[estimate], "
      "b[interval];",
      bootstrapOf},
-    {"Sobol", "d; scramble = false, rng, start = 0, bits = 62", "Sobol's sequence in d dimensions",
-     "points(Sobol(2), 3);", makeSequence<Sobol>},
+    {"Sobol", "d; scramble = false, rng, start = 0, bits = 62",
+     "Sobol's sequence in d dimensions: S[index], S[dimension]", "points(Sobol(2), 3);",
+     makeSequence<Sobol>},
     {"Halton", "d; scramble = false, rng, start = 0", "Halton's sequence in d dimensions",
      "points(Halton(2), 3);", makeSequence<Halton>},
     {"Faure", "d; scramble = false, rng, start = 0", "Faure's sequence in d dimensions",
@@ -319,6 +320,12 @@ void RandomObject::print(State&, std::string& out) const {
   out += "Random(" + std::to_string(random.seed()) + ", " + std::to_string(random.block()) + ")";
 }
 
+ALGEB RandomObject::field(State& state, std::string_view part) {
+  return part == "seed"    ? newUnsigned(state, random.seed())
+         : part == "block" ? newUnsigned(state, random.block())
+                           : nullptr;
+}
+
 void UrnObject::print(State&, std::string& out) const {
   out += "Urn(" + std::to_string(urn.size()) + " positions)";
 }
@@ -326,6 +333,12 @@ void UrnObject::print(State&, std::string& out) const {
 void SequenceObject::print(State&, std::string& out) const {
   out += std::string(name) + "(" + std::to_string(sequence.dimension()) +
          ", start = " + std::to_string(sequence.index()) + ")";
+}
+
+ALGEB SequenceObject::field(State& state, std::string_view part) {
+  return part == "index"       ? newUnsigned(state, sequence.index())
+         : part == "dimension" ? newUnsigned(state, sequence.dimension())
+                               : nullptr;
 }
 
 void defineRandomFunctions(State& state) { defineRows(state, kRows); }

@@ -40,6 +40,9 @@ ALGEB winsorizedMean(Call& call) {
 }
 
 ALGEB moment(Call& call) {
+  if (const ALGEB held = momentOfState(call)) {
+    return held;
+  }
   MomentOptions options{.weights = call.data("weights"), .missing = call.missing()};
   if (call.given("center")) {
     options.center = call.number("center");

@@ -129,6 +129,10 @@ class LibraryLaw final : public LawOf<L> {
     return this->law.log_likelihood(x, {.weights = weights, .missing = missing});
   }
   bool discrete() const override { return L::discrete; }
+  bool equals(const Foreign& other) const override {
+    const auto* const same = dynamic_cast<const LibraryLaw*>(&other);
+    return same != nullptr && same->law == this->law;
+  }
   void print(State&, std::string& out) const override {
     out += std::string(L::name) + "(";
     const auto& parameters = this->law.parameters();
@@ -266,8 +270,35 @@ const LawObject& lawOf(Call& call) {
   return *law;
 }
 
+template <typename F>
+ALGEB valuesOf(Call& call, const char* parameter, F f) {
+  const ALGEB x = call.value(parameter);
+  if (!isContainer(x)) {
+    return call.real(f(call.number(parameter)));
+  }
+  const Data from = call.data(parameter);
+  std::vector<double> out(from.size());
+  for (std::size_t i = 0; i < out.size(); ++i) {
+    lookAtInterrupt();
+    out[i] = f(from[i]);
+  }
+  return call.reals(out, x);
+}
+
+// A kernel density has these two of a law's functions, and sample.
+const KernelDensity* kernelDensityOf(Call& call) {
+  const auto* const found = objectOf<DensityObject>(call.value("law"));
+  return found == nullptr ? nullptr : &found->density;
+}
+
 template <LawFunction f>
 ALGEB functionOfLaw(Call& call) {
+  if constexpr (f == LawFunction::pdf || f == LawFunction::cdf) {
+    if (const KernelDensity* const d = kernelDensityOf(call)) {
+      return valuesOf(call, "x",
+                      [d](double t) { return f == LawFunction::pdf ? (*d)(t) : d->cdf(t); });
+    }
+  }
   return lawValues(call, lawOf(call), f, "x");
 }
 
@@ -288,7 +319,10 @@ ALGEB logLikelihood(Call& call) {
 ALGEB parametersOfLaw(Call& call) { return lawOf(call).parameters(call.state()); }
 
 ALGEB sample(Call& call) {
-  const std::vector<double> x = lawOf(call).sample(call.size("size", 1), call.random());
+  const KernelDensity* const d = kernelDensityOf(call);
+  const std::size_t n = call.size("size", 1);
+  const std::vector<double> x =
+      d != nullptr ? d->sample(n, call.random()) : lawOf(call).sample(n, call.random());
   return call.given("size") ? call.reals(x, nullptr) : call.real(x[0]);
 }
 
@@ -375,6 +409,8 @@ constexpr FunctionRow kRows[] = {
      logLikelihood},
     {"sample", "law, size = 1, rng = none", "exact variates of a law",
      "sample(Gamma(2, 3), 2, rng = 42);", sample},
+    {"rvs", "law, size = 1, rng = none", "exact variates of a law, as sample",
+     "rvs(Poisson(3), 4, rng = 42);", sample},
     {"fit", "law, x; n, population, drawn, weights, missing = propagate",
      "the law of that name with the largest likelihood", "fit(Exponential, [1, 2, 6]);", fit},
     {"Density", "f; support = -infinity .. infinity, log = false, mode, derivative",

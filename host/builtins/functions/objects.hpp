@@ -17,6 +17,8 @@
 
 namespace vexel {
 
+class Call;
+
 // The object behind a handle if it is of that class, else null.
 template <typename T>
 T* objectOf(ALGEB x) {
@@ -25,10 +27,13 @@ T* objectOf(ALGEB x) {
 
 // A state's result of that name, null where x is no state or has none.
 ALGEB resultOfState(State& state, ALGEB x, std::string_view name);
+// The moment of that `order` where `x` is a Moments, else null.
+ALGEB momentOfState(Call& call);
 
 struct RandomObject : Foreign {
   explicit RandomObject(Random r) : random(std::move(r)) {}
   void print(State& state, std::string& out) const override;
+  ALGEB field(State& state, std::string_view part) override;  // seed, block
   Random random;
 };
 
@@ -41,6 +46,7 @@ struct UrnObject : Foreign {
 struct SequenceObject : Foreign {
   SequenceObject(const char* n, PointSequence s) : name(n), sequence(std::move(s)) {}
   void print(State& state, std::string& out) const override;
+  ALGEB field(State& state, std::string_view part) override;  // index, dimension
   const char* name;
   PointSequence sequence;
 };

@@ -399,7 +399,7 @@ constexpr FunctionRow kRows[] = {
     {"kde",
      "x; bandwidth = silverman, kernel = gaussian, points = 512, bounds, weights, missing = "
      "propagate",
-     "a kernel density: d[x], d[y], d[bandwidth]",
+     "a kernel density: d[x], d[y], d[bandwidth], pdf(d, t), cdf(d, t), sample(d, n)",
      "d := kde([1, 2, 3], bandwidth = 1/2, points = 3): d[x], d[y];", kde},
     {"shapiro", "x; missing = propagate", "the Shapiro-Wilk test of normality",
      "shapiro([1, 2, 4, 8])[pvalue];", shapiro},

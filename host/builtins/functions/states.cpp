@@ -1,6 +1,9 @@
 // States of the language: data that come in pieces, or from several places.
 
 #include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <stdexcept>
 #include <vexel/states.hpp>
 
 #include "builtins/functions/call.hpp"
@@ -19,6 +22,7 @@ class StateObject : public Foreign {
  public:
   virtual void update(Call& call) = 0;
   virtual bool merge(const StateObject& other) = 0;  // false: of another kind
+  virtual std::vector<std::uint8_t> bytes() const = 0;
 };
 
 ALGEB arrayOfReals(State& state, std::span<const double> x) {
@@ -52,9 +56,71 @@ ALGEB partOf(State& state, const S& s) {
 }
 
 template <typename S>
+constexpr const char* kName = nullptr;
+template <typename S>
+constexpr Part<S> kParts[1] = {};
+
+template <>
+constexpr const char* kName<Sums> = "Sums";
+template <>
+constexpr Part<Sums> kParts<Sums>[] = {{"sum", partOf<&Sums::sum>},
+                                       {"mean", partOf<&Sums::mean>},
+                                       {"weight", partOf<&Sums::weight>},
+                                       {"count", partOf<&Sums::count>},
+                                       {"missing", partOf<&Sums::missing>}};
+template <>
+constexpr const char* kName<Moments> = "Moments";
+template <>
+constexpr Part<Moments> kParts<Moments>[] = {
+    {"mean", partOf<&Moments::mean>},         {"var", partOf<&Moments::var>},
+    {"std", partOf<&Moments::std>},           {"skewness", partOf<&Moments::skewness>},
+    {"kurtosis", partOf<&Moments::kurtosis>}, {"weight", partOf<&Moments::weight>},
+    {"count", partOf<&Moments::count>},       {"missing", partOf<&Moments::missing>}};
+template <>
+constexpr const char* kName<Covariance> = "Covariance";
+template <>
+constexpr Part<Covariance> kParts<Covariance>[] = {
+    {"mean", partOf<&Covariance::mean>},   {"cov", partOf<&Covariance::cov>},
+    {"corr", partOf<&Covariance::corr>},   {"weight", partOf<&Covariance::weight>},
+    {"count", partOf<&Covariance::count>}, {"missing", partOf<&Covariance::missing>}};
+template <>
+constexpr const char* kName<Extremes> = "Extremes";
+template <>
+constexpr Part<Extremes> kParts<Extremes>[] = {{"min", partOf<&Extremes::min>},
+                                               {"max", partOf<&Extremes::max>},
+                                               {"count", partOf<&Extremes::count>},
+                                               {"missing", partOf<&Extremes::missing>}};
+template <>
+constexpr const char* kName<Tally> = "Tally";
+template <>
+constexpr Part<Tally> kParts<Tally>[] = {{"values", partOf<&Tally::values>},
+                                         {"counts", partOf<&Tally::counts>},
+                                         {"missing", partOf<&Tally::missing>}};
+template <>
+constexpr const char* kName<Histogram> = "Histogram";
+template <>
+constexpr Part<Histogram> kParts<Histogram>[] = {{"counts", partOf<&Histogram::counts>},
+                                                 {"edges", partOf<&Histogram::edges>},
+                                                 {"missing", partOf<&Histogram::missing>}};
+template <>
+constexpr const char* kName<DensityGrid> = "DensityGrid";
+template <>
+constexpr Part<DensityGrid> kParts<DensityGrid>[] = {{"x", partOf<&DensityGrid::x>},
+                                                     {"weight", partOf<&DensityGrid::weight>},
+                                                     {"missing", partOf<&DensityGrid::missing>}};
+template <>
+constexpr const char* kName<Ranks> = "Ranks";
+template <>
+constexpr Part<Ranks> kParts<Ranks>[] = {{"done", partOf<&Ranks::done>},
+                                         {"pass", partOf<&Ranks::pass>},
+                                         {"result", partOf<&Ranks::result>},
+                                         {"weight", partOf<&Ranks::weight>},
+                                         {"missing", partOf<&Ranks::missing>}};
+
+template <typename S>
 class Holder final : public StateObject {
  public:
-  Holder(const char* n, S s, std::span<const Part<S>> p) : name(n), held(std::move(s)), parts_(p) {}
+  explicit Holder(S s) : held(std::move(s)) {}
   void update(Call& call) override {
     if constexpr (std::is_same_v<S, Covariance>) {
       held.update(call.columns("x"), call.data("weights"));
@@ -69,9 +135,10 @@ class Holder final : public StateObject {
     }
     return same != nullptr;
   }
-  void print(State&, std::string& out) const override { out += std::string(name) + "()"; }
+  std::vector<std::uint8_t> bytes() const override { return held.to_bytes(); }
+  void print(State&, std::string& out) const override { out += std::string(kName<S>) + "()"; }
   ALGEB field(State& state, std::string_view part) override {
-    for (const Part<S>& p : parts_) {
+    for (const Part<S>& p : kParts<S>) {
       if (part == p.name) {
         return p.get(state, held);
       }
@@ -79,89 +146,39 @@ class Holder final : public StateObject {
     return nullptr;
   }
 
-  const char* name;
   S held;
-
- private:
-  std::span<const Part<S>> parts_;
 };
 
 template <typename S>
-ALGEB hold(Call& call, const char* name, S s, std::span<const Part<S>> parts) {
-  return newForeign(call.state(), Tag::foreign,
-                    std::make_unique<Holder<S>>(name, std::move(s), parts), 1024);
+ALGEB hold(Call& call, S s) {
+  return newForeign(call.state(), Tag::foreign, std::make_unique<Holder<S>>(std::move(s)), 1024);
 }
 
-ALGEB makeSums(Call& call) {
-  static constexpr Part<Sums> kParts[] = {{"sum", partOf<&Sums::sum>},
-                                          {"mean", partOf<&Sums::mean>},
-                                          {"weight", partOf<&Sums::weight>},
-                                          {"count", partOf<&Sums::count>},
-                                          {"missing", partOf<&Sums::missing>}};
-  return hold<Sums>(call, "Sums", Sums(call.missing()), kParts);
-}
+ALGEB makeSums(Call& call) { return hold(call, Sums(call.missing())); }
 
 ALGEB makeMoments(Call& call) {
-  static constexpr Part<Moments> kParts[] = {
-      {"mean", partOf<&Moments::mean>},         {"var", partOf<&Moments::var>},
-      {"std", partOf<&Moments::std>},           {"skewness", partOf<&Moments::skewness>},
-      {"kurtosis", partOf<&Moments::kurtosis>}, {"weight", partOf<&Moments::weight>},
-      {"count", partOf<&Moments::count>},       {"missing", partOf<&Moments::missing>}};
   const auto order = static_cast<int>(std::clamp<std::int64_t>(call.integer("order", 4), 0, 100));
-  return hold<Moments>(call, "Moments", Moments(order, call.missing()), kParts);
+  return hold(call, Moments(order, call.missing()));
 }
 
-ALGEB makeCovariance(Call& call) {
-  static constexpr Part<Covariance> kParts[] = {{"mean", partOf<&Covariance::mean>},
-                                                {"cov", partOf<&Covariance::cov>},
-                                                {"corr", partOf<&Covariance::corr>},
-                                                {"weight", partOf<&Covariance::weight>},
-                                                {"count", partOf<&Covariance::count>}};
-  return hold<Covariance>(call, "Covariance", Covariance(call.size("k"), call.missing()), kParts);
-}
+ALGEB makeCovariance(Call& call) { return hold(call, Covariance(call.size("k"), call.missing())); }
 
-ALGEB makeExtremes(Call& call) {
-  static constexpr Part<Extremes> kParts[] = {{"min", partOf<&Extremes::min>},
-                                              {"max", partOf<&Extremes::max>},
-                                              {"count", partOf<&Extremes::count>},
-                                              {"missing", partOf<&Extremes::missing>}};
-  return hold<Extremes>(call, "Extremes", Extremes(call.missing()), kParts);
-}
+ALGEB makeExtremes(Call& call) { return hold(call, Extremes(call.missing())); }
 
-ALGEB makeTally(Call& call) {
-  static constexpr Part<Tally> kParts[] = {{"values", partOf<&Tally::values>},
-                                           {"counts", partOf<&Tally::counts>},
-                                           {"missing", partOf<&Tally::missing>}};
-  return hold<Tally>(call, "Tally", Tally(call.missing()), kParts);
-}
+ALGEB makeTally(Call& call) { return hold(call, Tally(call.missing())); }
 
 ALGEB makeHistogram(Call& call) {
-  static constexpr Part<Histogram> kParts[] = {{"counts", partOf<&Histogram::counts>},
-                                               {"edges", partOf<&Histogram::edges>},
-                                               {"missing", partOf<&Histogram::missing>}};
-  return hold<Histogram>(call, "Histogram", Histogram(call.data("edges"), call.missing()), kParts);
+  return hold(call, Histogram(call.data("edges"), call.missing()));
 }
 
 ALGEB makeDensityGrid(Call& call) {
-  static constexpr Part<DensityGrid> kParts[] = {{"x", partOf<&DensityGrid::x>},
-                                                 {"weight", partOf<&DensityGrid::weight>},
-                                                 {"missing", partOf<&DensityGrid::missing>}};
-  return hold<DensityGrid>(call, "DensityGrid",
-                           DensityGrid(*call.range("bounds"), call.size("points"), call.missing()),
-                           kParts);
+  return hold(call, DensityGrid(*call.range("bounds"), call.size("points"), call.missing()));
 }
 
 ALGEB makeRanks(Call& call) {
-  static constexpr Part<Ranks> kParts[] = {{"done", partOf<&Ranks::done>},
-                                           {"pass", partOf<&Ranks::pass>},
-                                           {"result", partOf<&Ranks::result>},
-                                           {"weight", partOf<&Ranks::weight>},
-                                           {"missing", partOf<&Ranks::missing>}};
   const double one[] = {isContainer(call.value("q")) ? 0 : call.number("q")};
-  return hold<Ranks>(call, "Ranks",
-                     Ranks(isContainer(call.value("q")) ? call.data("q") : Data(one),
-                           quantileMethodOf(call), call.missing()),
-                     kParts);
+  return hold(call, Ranks(isContainer(call.value("q")) ? call.data("q") : Data(one),
+                          quantileMethodOf(call), call.missing()));
 }
 
 StateObject& stateFor(Call& call, const char* parameter) {
@@ -184,6 +201,63 @@ ALGEB merge(Call& call) {
   return call.value("state");
 }
 
+// A state's bytes or those of a Random, as an array of 0 to 255.
+ALGEB toBytes(Call& call) {
+  std::vector<std::int64_t> bytes;
+  if (const auto* const random = objectOf<RandomObject>(call.value("state"))) {
+    for (const std::byte b : random->random.to_bytes()) {
+      bytes.push_back(std::to_integer<std::int64_t>(b));
+    }
+  } else {
+    const std::vector<std::uint8_t> held = stateFor(call, "state").bytes();
+    bytes.assign(held.begin(), held.end());
+  }
+  return call.integers(bytes, nullptr);
+}
+
+// The state of that kind, null where the bytes are not its own.
+template <typename S>
+ALGEB stateFrom(Call& call, std::span<const std::uint8_t> bytes) {
+  try {
+    return hold(call, S::from_bytes(bytes));
+  } catch (const std::invalid_argument&) {
+    return nullptr;
+  }
+}
+
+template <typename... S>
+ALGEB anyStateFrom(Call& call, std::span<const std::uint8_t> bytes) {
+  ALGEB found = nullptr;
+  ((found = found != nullptr ? found : stateFrom<S>(call, bytes)), ...);
+  return found;
+}
+
+ALGEB fromBytes(Call& call) {
+  const Data data = call.data("bytes");
+  std::vector<std::uint8_t> bytes(data.size());
+  for (std::size_t i = 0; i < bytes.size(); ++i) {
+    lookAtInterrupt();
+    if (!(data[i] >= 0 && data[i] <= 255 && data[i] == std::floor(data[i]))) {
+      call.refuse("bytes", "whole numbers from 0 to 255");
+    }
+    bytes[i] = static_cast<std::uint8_t>(data[i]);
+  }
+  try {
+    return newForeign(call.state(), Tag::foreign,
+                      std::make_unique<RandomObject>(
+                          Random::from_bytes(std::as_bytes(std::span(std::as_const(bytes))))),
+                      2048);
+  } catch (const std::invalid_argument&) {  // of something else
+  }
+  const ALGEB found =
+      anyStateFrom<Sums, Moments, Covariance, Extremes, Tally, Histogram, DensityGrid, Ranks>(
+          call, bytes);
+  if (found == nullptr) {
+    call.refuse("bytes", "what to_bytes has given");
+  }
+  return found;
+}
+
 ALGEB nextPass(Call& call) {
   auto* const ranks = objectOf<Holder<Ranks>>(call.value("state"));
   if (ranks == nullptr) {
@@ -201,16 +275,25 @@ ALGEB densityOfGrid(Call& call) {
   return call.reals(grid->held.density(call.number("bandwidth"), densityKernelOf(call)), nullptr);
 }
 
-ALGEB momentOfState(Call& call) {
+ALGEB momentOf(Call& call, const Holder<Moments>& moments) {
+  return call.real(moments.held.moment(
+      static_cast<int>(std::clamp<std::int64_t>(call.integer("order"), -1, 100))));
+}
+
+ALGEB momentOfMoments(Call& call) {
   auto* const moments = objectOf<Holder<Moments>>(call.value("state"));
   if (moments == nullptr) {
     call.refuse("state", "a Moments");
   }
-  return call.real(moments->held.moment(
-      static_cast<int>(std::clamp<std::int64_t>(call.integer("order"), -1, 100))));
+  return momentOf(call, *moments);
 }
 
 }  // namespace
+
+ALGEB momentOfState(Call& call) {
+  auto* const moments = objectOf<Holder<Moments>>(call.value("x"));
+  return moments == nullptr ? nullptr : momentOf(call, *moments);
+}
 
 ALGEB resultOfState(State& state, ALGEB x, std::string_view name) {
   auto* const found = objectOf<StateObject>(x);
@@ -226,7 +309,8 @@ constexpr FunctionRow kRows[] = {
      "a state: mean, var, std, skewness, kurtosis, weight, count, missing",
      "a := update(Moments(), [1, 2]): b := update(Moments(), [3, 4]): merge(a, b)[var];",
      makeMoments},
-    {"Covariance", "k; missing = propagate", "a state of k columns: mean, cov, corr, weight, count",
+    {"Covariance", "k; missing = propagate",
+     "a state of k columns: mean, cov, corr, weight, count, missing",
      "c := update(Covariance(2), [[1, 2, 3], [2, 4, 7]]): c[mean];", makeCovariance},
     {"Extremes", "; missing = propagate", "a state: min, max, count, missing",
      "e := update(Extremes(), [3, 1, 2]): e[min], e[max];", makeExtremes},
@@ -246,11 +330,16 @@ constexpr FunctionRow kRows[] = {
      "update(Extremes(), [1, 2])[max];", update},
     {"merge", "state, other", "takes another state of the same kind in, and gives the state",
      "merge(update(Sums(), [1]), update(Sums(), [2]))[sum];", merge},
+    {"to_bytes", "state",
+     "the bytes of a state or a Random, for from_bytes here, in C++ and Python",
+     "count(to_bytes(Random(1)));", toBytes},
+    {"from_bytes", "bytes", "the state or Random that to_bytes was asked for",
+     "from_bytes(to_bytes(update(Sums(), [1, 2])))[sum];", fromBytes},
     {"next_pass", "state", "begins the next pass of a Ranks", nullptr, nextPass},
     {"density", "state, bandwidth; kernel = gaussian", "the density at the points of a DensityGrid",
      nullptr, densityOfGrid},
     {"moment_of", "state, order", "a moment about the mean of a Moments",
-     "moment_of(update(Moments(), [1, 2, 3]), 2);", momentOfState},
+     "moment_of(update(Moments(), [1, 2, 3]), 2);", momentOfMoments},
 };
 
 }  // namespace
