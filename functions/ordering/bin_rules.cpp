@@ -65,9 +65,7 @@ std::size_t ruleBins(Data x, BinRule rule, Interval range, const HistogramOption
   if (x.element() == Element::int32 || x.element() == Element::int64) {
     width = std::max(width, 1.0);
   }
-  const Interval wide =
-      range.low == range.high ? Interval{range.low - 0.5, range.high + 0.5} : range;
-  const double bins = std::ceil((wide.high - wide.low) / width);
+  const double bins = std::ceil((range.high - range.low) / width);
   if (!(bins <= kMostBins)) {
     throw std::length_error("bins: the rule makes more than 2^27 of them; give their number");
   }

@@ -59,11 +59,11 @@ std::vector<double> edgesFor(Data x, const Bins& bins, const HistogramOptions& o
   if (bins.kind() == Bins::Kind::count && (count < 1 || count > kMostBins)) {
     throw std::invalid_argument(expected("bins", "1 to 2^27 of them", std::to_string(count)));
   }
-  const Interval range = rangeOf(x, options);
+  const Interval range = widened(rangeOf(x, options));
   if (bins.kind() == Bins::Kind::rule) {
     count = static_cast<std::int64_t>(ruleBins(x, bins.rule(), range, options));
   }
-  return equalEdges(widened(range), static_cast<std::size_t>(count));
+  return equalEdges(range, static_cast<std::size_t>(count));
 }
 
 }  // namespace

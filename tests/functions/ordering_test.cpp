@@ -241,6 +241,10 @@ TEST(Ordering, HistogramsFollowTheUsualEdgeRules) {
   EXPECT_EQ(vx::histogram(x, vx::BinRule::fd).counts.size(), 10);
   EXPECT_EQ(vx::histogram(x, vx::BinRule::scott).counts.size(), 10);
   EXPECT_EQ(vx::histogram(x, vx::BinRule::automatic).counts.size(), 11);
+  // A range of no width is one of width 1, for the rules too.
+  const Doubles close = {0.5, 0.9, 1.1, 1.2, 7};
+  EXPECT_EQ(vx::histogram(close, vx::BinRule::sturges, {.range = vx::Interval{0.9, 0.9}}).counts,
+            vx::histogram(close, vx::BinRule::sturges, {.range = vx::Interval{0.4, 1.4}}).counts);
   EXPECT_EQ(vx::histogram(std::vector<std::int32_t>{1, 2, 2, 3, 3, 3, 4}, vx::BinRule::automatic)
                 .counts.size(),
             3);
