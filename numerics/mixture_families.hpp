@@ -40,6 +40,7 @@ class GammaFamily {
   double centralUpper() const { return GammaLaw(a_).upper(y_); }
   double logCentralUpper() const { return GammaLaw(a_).logTail(y_, Tail::upper); }
   double bend(double meanIndex) const { return a_ + meanIndex - y_; }
+  static bool longUpper() { return false; }
 
  private:
   // What the rounding of a + j takes from the logarithm of d(j).
@@ -98,6 +99,8 @@ class BetaFamily {
   double lowerTerms(double j) const { return BetaLaw(a_ + j, b_).lowerOverDecrement(at_); }
   double tailAt(double j, Tail which) const { return BetaLaw(a_ + j, b_).tail(at_, which); }
   double logTailAt(double j, Tail which) const { return BetaLaw(a_ + j, b_).logTail(at_, which); }
+  // The upper sum has most of its digits from far below its peak.
+  bool longUpper() const { return b_ < 0.5; }
   double centralUpper() const { return BetaLaw(a_, b_).tail(at_, Tail::upper); }
   double logCentralUpper() const { return BetaLaw(a_, b_).logTail(at_, Tail::upper); }
 

@@ -229,6 +229,9 @@ MixturePoint mixturePoint(const Family& family, double mean, Tail which) {
   };
   const Tail small = shortSide(family, mean);
   MixturePoint point = direct(small);
+  if (small == Tail::upper && family.longUpper() && point.tail > 0.3) {
+    point.tail = 1.0 - direct(Tail::lower).tail;
+  }
   if (small != which) {
     point.tail = point.tail < 0.7 ? 1.0 - point.tail : direct(which).tail;
   }

@@ -176,6 +176,9 @@ TEST(DistributionHardPoints, AtTheEndsOfDoubles) {
   EXPECT_CLOSE(
       NonCentralBeta(1.7902674678421699e-304, 0.00049286243968859819, 8.0).cdf(0.99999999994878075),
       0.0289124378343303134);
+  EXPECT_CLOSE(NonCentralFRatio(6.2058011832128777e-132, 0.00014181138252902515, 2432)
+                   .sf(1.4644773822008457e+175),
+               0.99276558804878777);
   const Weibull weibull(8.2912715455965951e-06, 4.802344629688118e161);
   EXPECT_NEAR(weibull.quantile(weibull.cdf(2.9e-301)) / 2.9e-301, 1.0, 1e-7);
   EXPECT_TRUE(std::isfinite(NonCentralBeta(2.4e191, 2.5, 3.5e191).quantile(0.9)));  // in no time
