@@ -141,7 +141,10 @@ Piece BetaLaw::weightPiece(UnitPair at) const {
   const Piece p = pieceAt(first_, a_, n_, at.x, -e);
   const Piece q = pieceAt(second_, b_, n_, at.y, e);
   const Piece n = both_.atPeak();
-  return {p.factor * (q.factor / n.factor), p.exponent + q.exponent - n.exponent};
+  const double quotient = q.factor / n.factor;
+  const double factor =
+      std::isfinite(quotient) ? p.factor * quotient : p.factor * q.factor / n.factor;
+  return {factor, p.exponent + q.exponent - n.exponent};
 }
 
 double BetaLaw::weight(UnitPair at) const {

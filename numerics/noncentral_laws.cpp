@@ -21,6 +21,9 @@ constexpr double infinity = std::numeric_limits<double>::infinity();
 // The noncentrality is nothing against this share of the central parameter.
 constexpr double centralFrom = 1e16;
 
+// Of y, where the F law's upper tail is a power of it.
+constexpr double leastShare = 1e-270;
+
 Tail other(Tail which) { return which == Tail::lower ? Tail::upper : Tail::lower; }
 
 // The steps of an inversion, polling.  Where the last one is far from the probability the quantile
@@ -295,12 +298,27 @@ double NoncentralFLaw::reduced(double x) const {
   return ratio > 1e-10 ? df2_ * std::log1p(ratio) : df1_ * x;
 }
 
+// Where df2 / (df1 x) is so small that the upper tail is a power of it.
+bool NoncentralFLaw::farOut(double x) const { return !(df1_ / df2_ * x < 1.0 / leastShare); }
+
+double NoncentralFLaw::logFarTail(double x) const {
+  const double place = 1.0 / (x * leastShare) / (df1_ / df2_);
+  const double log = std::isnormal(place)
+                         ? std::log(place)
+                         : std::log(df2_) - std::log(df1_) - std::log(x) - std::log(leastShare);
+  return beta_.logTail({1.0, leastShare}, Tail::upper) + 0.5 * df2_ * log;
+}
+
 double NoncentralFLaw::tail(double x, Tail which) const {
   if (!(x > 0.0) || std::isinf(x)) {
     return std::isnan(x) ? nan : (x > 0.0) == (which == Tail::lower) ? 1.0 : 0.0;
   }
   if (central()) {
     return FLaw(df1_, df2_).tail(x, which);
+  }
+  if (!constant() && farOut(x)) {
+    const double log = logFarTail(x);
+    return which == Tail::upper ? std::exp(log) : -std::expm1(log);
   }
   return constant() ? limit_.tail(reduced(x), which)
                     : beta_.tail(FLaw::point(x, df1_, df2_), which);
@@ -312,6 +330,9 @@ double NoncentralFLaw::logTail(double x, Tail which) const {
   }
   if (central()) {
     return FLaw(df1_, df2_).logTail(x, which);
+  }
+  if (!constant() && farOut(x)) {
+    return which == Tail::upper ? logFarTail(x) : log1mexp(logFarTail(x));
   }
   return constant() ? limit_.logTail(reduced(x), which)
                     : beta_.logTail(FLaw::point(x, df1_, df2_), which);
@@ -331,6 +352,9 @@ double NoncentralFLaw::density(double x) const {
     const double slope = df1_ / (1.0 + df1_ / df2_ * x);
     return at > 1e-290 && slope > 1e-290 ? at * slope : std::exp(logDensity(x));
   }
+  if (farOut(x)) {
+    return std::exp(logDensity(x));
+  }
   const UnitPair at = FLaw::point(x, df1_, df2_);
   const double value = beta_.density(at) * at.x * at.y / x;
   return value > 1e-280 && std::isfinite(value) ? value : std::exp(logDensity(x));
@@ -346,6 +370,9 @@ double NoncentralFLaw::logDensity(double x) const {
   if (constant()) {
     return std::log(df1_) - std::log1p(df1_ / df2_ * x) + limit_.logDensity(reduced(x));
   }
+  if (farOut(x)) {
+    return logFarTail(x) + std::log(0.5 * df2_) - std::log(x);
+  }
   const UnitPair at = FLaw::point(x, df1_, df2_);
   return beta_.logScaledDensity(at) - std::log(x);
 }
@@ -360,6 +387,13 @@ double NoncentralFLaw::quantile(double p, Tail which) const {
   if (constant()) {
     const double t = limit_.quantile(p, which);
     return t / df2_ > 1e-10 ? std::expm1(t / df2_) * (df2_ / df1_) : t / df1_;
+  }
+  const double outside = df2_ > 2.5 ? 0.0 : beta_.tail({1.0, leastShare}, Tail::upper);
+  if (which == Tail::upper ? p < outside : 1.0 - p < outside) {
+    const double log = which == Tail::upper ? std::log(p) : std::log1p(-p);
+    const double place =
+        std::exp((log - beta_.logTail({1.0, leastShare}, Tail::upper)) / (0.5 * df2_));
+    return df2_ / df1_ / leastShare / place;
   }
   const UnitPair at = beta_.quantile(p, which);
   const double ratio = df2_ / df1_;

@@ -64,6 +64,8 @@ class NoncentralFLaw {
  private:
   bool central() const;
   bool constant() const;
+  bool farOut(double x) const;
+  double logFarTail(double x) const;
   double reduced(double x) const;
 
   double df1_;

@@ -12,7 +12,9 @@ namespace nag2 {
 // there (student_extremes.hpp).
 class NoncentralStudentLaw {
  public:
-  NoncentralStudentLaw(double nu, double delta) : nu_(nu), delta_(delta) {}
+  // A delta of less than 1e-17 moves nothing by more than a last place.
+  NoncentralStudentLaw(double nu, double delta)
+      : nu_(nu), delta_(delta < 1e-17 && delta > -1e-17 ? 0.0 : delta) {}
 
   double density(double x) const;
   double logDensity(double x) const;
