@@ -19,7 +19,8 @@ def recipe(word):
     return next(block for block in blocks if word in block)
 
 
-def test_ray():
+def test_ray(monkeypatch):
+    monkeypatch.setenv("RAY_USAGE_STATS_ENABLED", "0")
     try:
         ray.init(num_cpus=2, include_dashboard=False, log_to_driver=False, object_store_memory=80 * 2**20)
     except Exception as error:  # it wants sockets, shared memory and several processes
