@@ -20,6 +20,8 @@ constexpr double nan = std::numeric_limits<double>::quiet_NaN();
 constexpr double infinity = std::numeric_limits<double>::infinity();
 // From here on the law equals the normal one to the last bit.
 constexpr double hugeFreedom = 1e17;
+// Of the continued fraction; the series does below.
+constexpr double leastFractionArgument = 0.3;
 
 double densityAtZero(double nu) {
   const double h = 0.5 * nu;
@@ -82,7 +84,7 @@ double StudentLaw::central(double x) const {
 double StudentLaw::outerFactor(double x) const {
   const double s = x / nu_ * x;
   const double w = 1.0 / (1.0 + s);
-  if (w < 0.3) {
+  if (w < leastFractionArgument) {
     return betaSeries(0.5 * nu_, 0.5 * nu_ + 0.5, w) / nu_;
   }
   return 0.5 * betaFraction(0.5 * nu_, 0.5, w, (0.5 * nu_ * s - 0.5) * w);
@@ -119,8 +121,30 @@ double StudentLaw::tail(double x, Tail which) const {
   if (std::isnan(x)) {
     return nan;
   }
-  const double beyond = outer(std::fabs(x));
-  return (which == Tail::lower) == (x < 0.0) ? beyond : 1.0 - beyond;
+  return tailFrom(outer(std::fabs(x)), x, which);
+}
+
+StudentLaw::Place StudentLaw::partsAt(double x, Parts& parts) const {
+  if (nu_ >= hugeFreedom) {
+    return Place::normal;
+  }
+  const double size = std::fabs(x);
+  const double s = size / nu_ * size;
+  parts.factor = peak_ * timesPower(size);
+  if (nearCentre(size)) {
+    parts.argument = s / (1.0 + s);
+    return Place::centre;
+  }
+  parts.argument = 1.0 / (1.0 + s);
+  parts.excess = (0.5 * nu_ * s - 0.5) * parts.argument;
+  return parts.argument < leastFractionArgument ? Place::far : Place::between;
+}
+
+double StudentLaw::outer(Place place, double factor, double value) const {
+  if (place == Place::centre) {
+    return 0.5 - factor * value;
+  }
+  return factor == 0.0 ? 0.0 : factor * (place == Place::far ? value / nu_ : 0.5 * value);
 }
 
 double StudentLaw::logTail(double x, Tail which) const {

@@ -18,6 +18,24 @@ class StudentLaw {
   // x with the given tail p in [0, 1].
   double quantile(double p, Tail which) const;
 
+  // For many finite x at a time: the tail beyond |x| as outer(place, factor, value), where value is
+  // betaSeries(seriesA(place), seriesN(), argument), or at the place between
+  // betaFraction(0.5 nu, 0.5, argument, excess); the normal law has neither.
+  enum class Place { centre, between, far, normal };
+  struct Parts {
+    double argument;
+    double excess;
+    double factor;
+  };
+  Place partsAt(double x, Parts& parts) const;
+  double seriesA(Place place) const { return place == Place::centre ? 0.5 : 0.5 * nu_; }
+  double seriesN() const { return 0.5 * nu_ + 0.5; }
+  double outer(Place place, double factor, double value) const;
+  // The tail at x from the one beyond |x|.
+  static double tailFrom(double beyond, double x, Tail which) {
+    return (which == Tail::lower) == (x < 0.0) ? beyond : 1.0 - beyond;
+  }
+
  private:
   double power(double x) const;
   double timesPower(double x) const;

@@ -2,11 +2,15 @@
 //
 // N. L. Johnson, S. Kotz and N. Balakrishnan, Continuous Univariate Distributions, volume 2, 2nd
 // edition (1995), chapter 28.
+#include <algorithm>
+#include <array>
+#include <span>
 #include <utility>
 
 #include "functions/distributions/frame.hpp"
 #include "functions/distributions/gamma_functions.hpp"
 #include "functions/distributions/maximize.hpp"
+#include "kernels/vector/beta_series.hpp"
 #include "numerics/student_law.hpp"
 #include "vexel/distributions/beta.hpp"
 
@@ -26,6 +30,10 @@ struct Formulas<StudentT> {
   double logpdf(double x) const { return t().logDensity(x); }
   double cdf(double x) const { return t().tail(x, nag2::Tail::lower); }
   double sf(double x) const { return t().tail(x, nag2::Tail::upper); }
+  // Arrays: the series of many numbers side by side.
+  using In = std::span<const double>;
+  void cdf(In x, std::span<double> out) const { tails(x, out, nag2::Tail::lower); }
+  void sf(In x, std::span<double> out) const { tails(x, out, nag2::Tail::upper); }
   double logcdf(double x) const { return t().logTail(x, nag2::Tail::lower); }
   double logsf(double x) const { return t().logTail(x, nag2::Tail::upper); }
   double quantile(double p) const { return t().quantile(p, nag2::Tail::lower); }
@@ -35,6 +43,69 @@ struct Formulas<StudentT> {
   double var() const { return df() > 2.0 ? df() / (df() - 2.0) : df() > 1.0 ? infinity : nan; }
   double skewness() const { return df() > 3.0 ? 0.0 : nan; }
   double kurtosis() const { return df() > 4.0 ? 6.0 / (df() - 4.0) : df() > 2.0 ? infinity : nan; }
+
+ private:
+  static constexpr std::size_t kChunk = 256;
+
+  // The numbers of a chunk at one kind of place.
+  struct Together {
+    std::array<std::size_t, kChunk> index;
+    std::array<double, kChunk> argument;
+    std::array<double, kChunk> excess;
+    std::array<double, kChunk> factor;
+    std::array<double, kChunk> value;
+    std::size_t size = 0;
+
+    void add(std::size_t i, const nag2::StudentLaw::Parts& parts) {
+      index[size] = i;
+      argument[size] = parts.argument;
+      excess[size] = parts.excess;
+      factor[size++] = parts.factor;
+    }
+  };
+
+  void tails(In x, std::span<double> out, nag2::Tail which) const {
+    for (std::size_t i = 0; i < x.size(); i += kChunk) {
+      const std::size_t n = std::min(kChunk, x.size() - i);
+      // In place, out may be x: everything is read before its place is written.
+      std::array<double, kChunk> chunk;
+      std::copy_n(x.begin() + static_cast<std::ptrdiff_t>(i), n, chunk.begin());
+      tailsOfChunk({chunk.data(), n}, out.data() + i, which);
+    }
+  }
+
+  void tailsOfChunk(In x, double* out, nag2::Tail which) const {
+    using Place = nag2::StudentLaw::Place;
+    std::array<Together, 3> places;
+    for (std::size_t i = 0; i < x.size(); ++i) {
+      if (!std::isfinite(x[i])) {
+        out[i] = std::isnan(x[i]) ? x[i] : (which == nag2::Tail::lower) == (x[i] > 0.0) ? 1.0 : 0.0;
+        continue;
+      }
+      nag2::StudentLaw::Parts parts{};
+      const Place place = t().partsAt(x[i], parts);
+      if (place == Place::normal) {
+        out[i] = t().tail(x[i], which);
+      } else {
+        places[static_cast<std::size_t>(place)].add(i, parts);
+      }
+    }
+    for (const Place place : {Place::centre, Place::between, Place::far}) {
+      Together& some = places[static_cast<std::size_t>(place)];
+      if (place == Place::between) {
+        kernels::betaFractionAt(some.argument.data(), some.excess.data(), some.size, 0.5 * df(),
+                                0.5, some.value.data());
+      } else {
+        kernels::betaSeriesAt(some.argument.data(), some.size, t().seriesA(place), t().seriesN(),
+                              some.value.data());
+      }
+      for (std::size_t k = 0; k < some.size; ++k) {
+        const std::size_t i = some.index[k];
+        out[i] = nag2::StudentLaw::tailFrom(t().outer(place, some.factor[k], some.value[k]), x[i],
+                                            which);
+      }
+    }
+  }
 };
 
 }  // namespace detail
