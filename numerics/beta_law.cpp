@@ -160,17 +160,43 @@ double BetaLaw::logWeight(UnitPair at) const {
 
 namespace {
 
-// The lower tail over the weight, at or below the mean; n = a + b.
-double tailOverWeight(double a, double b, double n, double x, double excess) {
+// Whether the lower tail at or below the mean comes from the series, else from the fraction.
+bool seriesServes(double a, double b, double n, double x) {
   // The ratio of the series' first terms.
   const double ratio = x * (n / (a + 1.0));
-  if (x < 0.3 ? ratio < 0.9 : x <= 0.9 && (ratio < 0.5 || (a <= 1.0 && b <= 1.0))) {
+  return x < 0.3 ? ratio < 0.9 : x <= 0.9 && (ratio < 0.5 || (a <= 1.0 && b <= 1.0));
+}
+
+// The lower tail over the weight, at or below the mean; n = a + b.
+double tailOverWeight(double a, double b, double n, double x, double excess) {
+  if (seriesServes(a, b, n, x)) {
     return b / n * betaSeries(a, n, x);
   }
   return a / n * b * betaFraction(a, b, x, excess);
 }
 
 }  // namespace
+
+bool BetaLaw::partsAt(UnitPair at, Parts& parts) const {
+  if (!(ordinary_ && at.x > 0.0 && at.y > 0.0)) {
+    return false;
+  }
+  const double e = excess(at);
+  parts.weight = weight(at);
+  parts.above = e < 0.0;
+  parts.argument = parts.above ? at.y : at.x;
+  parts.excess = parts.above ? -e : e;
+  parts.series = parts.above ? seriesServes(b_, a_, n_, at.y) : seriesServes(a_, b_, n_, at.x);
+  return true;
+}
+
+double BetaLaw::tailFrom(const Parts& parts, double value, Tail which) const {
+  const double a = parts.above ? b_ : a_;
+  const double b = parts.above ? a_ : b_;
+  const double outer = (parts.series ? b / n_ : a / n_ * b) * value;
+  const double tail = parts.weight == 0.0 ? 0.0 : std::min(1.0, parts.weight * outer);
+  return parts.above == (which == Tail::lower) ? 1.0 - tail : tail;
+}
 
 double BetaLaw::outerFactor(UnitPair at) const {
   return tailOverWeight(a_, b_, n_, at.x, excess(at));

@@ -44,6 +44,21 @@ class BetaLaw {
 
   static UnitPair at(double x) { return {x, 1.0 - x}; }
 
+  // For many points at a time, where a and b are at least 1 and not huge: the tail at a point as
+  // tailFrom(parts, value, which), where value is betaSeries(a', a + b, argument) or
+  // betaFraction(a', b', argument, excess), a' and b' being a and b or, above the mean, b and a.
+  struct Parts {
+    double argument;
+    double excess;
+    double weight;
+    bool above;
+    bool series;
+  };
+  bool partsAt(UnitPair at, Parts& parts) const;
+  double tailFrom(const Parts& parts, double value, Tail which) const;
+  double a() const { return a_; }
+  double b() const { return b_; }
+
  private:
   BetaLaw mirrored() const;
   double excess(UnitPair at) const;
@@ -83,6 +98,10 @@ class FLaw {
   double tail(double x, Tail which) const;
   double logTail(double x, Tail which) const;
   double quantile(double p, Tail which) const;
+
+  // The beta law's, false where the tail does not come from it like that.
+  bool partsAt(double x, BetaLaw::Parts& parts) const;
+  const BetaLaw& beta() const { return beta_; }
 
   // df1 x / (df1 x + df2) and its complement.
   static UnitPair point(double x, double df1, double df2);

@@ -260,6 +260,11 @@ double FLaw::tail(double x, Tail which) const {
   return beta_.tail(point(x, nu1_, nu2_), which);
 }
 
+bool FLaw::partsAt(double x, BetaLaw::Parts& parts) const {
+  return x > 0.0 && std::isfinite(x) && !Limit::serves(nu1_, nu2_) &&
+         !Edge::serves(x, nu1_, nu2_) && beta_.partsAt(point(x, nu1_, nu2_), parts);
+}
+
 double FLaw::logTail(double x, Tail which) const {
   if (!(x > 0.0) || std::isinf(x) || (std::isinf(nu1_) && std::isinf(nu2_))) {
     return std::log(tail(x, which));

@@ -2,6 +2,7 @@
 //
 // N. L. Johnson, S. Kotz and N. Balakrishnan, Continuous Univariate Distributions, volume 2, 2nd
 // edition (1995), chapter 27.
+#include "functions/distributions/beta_arrays.hpp"
 #include "functions/distributions/frame.hpp"
 #include "functions/distributions/gamma_functions.hpp"
 #include "functions/distributions/maximize.hpp"
@@ -36,6 +37,20 @@ struct Formulas<FRatio> {
   }
   double cdf(double x) const { return f().tail(x, nag2::Tail::lower); }
   double sf(double x) const { return f().tail(x, nag2::Tail::upper); }
+  // Arrays: the series of many numbers side by side.
+  using In = std::span<const double>;
+  void cdf(In x, std::span<double> out) const {
+    tails(x, out, nag2::Tail::lower, [&](double t) { return law.cdf(t); });
+  }
+  void sf(In x, std::span<double> out) const {
+    tails(x, out, nag2::Tail::upper, [&](double t) { return law.sf(t); });
+  }
+  template <typename Plain>
+  void tails(In x, std::span<double> out, nag2::Tail which, Plain plain) const {
+    betaTails(
+        f().beta(), x, out, which,
+        [&](double t, nag2::BetaLaw::Parts& parts) { return f().partsAt(t, parts); }, plain);
+  }
   double logcdf(double x) const { return f().logTail(x, nag2::Tail::lower); }
   double logsf(double x) const { return f().logTail(x, nag2::Tail::upper); }
   double quantile(double p) const { return f().quantile(p, nag2::Tail::lower); }

@@ -7,10 +7,10 @@
 #include <span>
 #include <utility>
 
+#include "functions/distributions/beta_arrays.hpp"
 #include "functions/distributions/frame.hpp"
 #include "functions/distributions/gamma_functions.hpp"
 #include "functions/distributions/maximize.hpp"
-#include "kernels/vector/beta_series.hpp"
 #include "numerics/student_law.hpp"
 #include "vexel/distributions/beta.hpp"
 
@@ -92,12 +92,11 @@ struct Formulas<StudentT> {
     }
     for (const Place place : {Place::centre, Place::between, Place::far}) {
       Together& some = places[static_cast<std::size_t>(place)];
+      const std::span<const double> arguments(some.argument.data(), some.size);
       if (place == Place::between) {
-        kernels::betaFractionAt(some.argument.data(), some.excess.data(), some.size, 0.5 * df(),
-                                0.5, some.value.data());
+        betaFractionOf(arguments, some.excess.data(), 0.5 * df(), 0.5, some.value.data());
       } else {
-        kernels::betaSeriesAt(some.argument.data(), some.size, t().seriesA(place), t().seriesN(),
-                              some.value.data());
+        betaSeriesOf(arguments, t().seriesA(place), t().seriesN(), some.value.data());
       }
       for (std::size_t k = 0; k < some.size; ++k) {
         const std::size_t i = some.index[k];

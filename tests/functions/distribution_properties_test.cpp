@@ -285,6 +285,16 @@ TEST(Distributions, LongArraysAreElementByElementToo) {
   check(vexel::Normal(-2.5, 3.0));
   check(vexel::Beta(2.0, 3.0));
   check(vexel::Beta(2.5, 3.0));
+  for (const double df : {0.7, 5.0, 400.0}) {
+    check(vexel::StudentT(df));
+    check(vexel::FRatio(df, 7.0));
+    check(vexel::FRatio(30.0, df));
+  }
+  const vexel::StudentT law(5.0);
+  std::vector<double> place(x);
+  law.cdf(place, place);
+  EXPECT_EQ(place[40], law.cdf(x[40]));
+  EXPECT_EQ(place.back(), law.cdf(x.back()));
 }
 
 TEST(Distributions, WholeBetaTailsAreThoseOfTheBinomialLaw) {
