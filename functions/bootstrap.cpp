@@ -254,7 +254,11 @@ Interval correctedTails(const Bootstrap& b, double estimate, double tail, double
   const double bias = normal.quantile(below / static_cast<double>(b.replicates.size()));
   const auto corrected = [&](double z) {
     const double shifted = bias + z;
-    return normal.cdf(bias + shifted / (1 - acceleration * shifted));
+    const double room = 1 - acceleration * shifted;
+    if (room <= 0) {  // beyond all replicates; the quotient would come back from the other side
+      return shifted > 0 ? 1.0 : 0.0;
+    }
+    return normal.cdf(bias + shifted / room);
   };
   const double z = normal.isf(tail);
   return {corrected(-z), corrected(z)};

@@ -81,6 +81,9 @@ class ProductSums {
     for (std::size_t i = 0; i < centers_.size(); ++i) {
       for (std::size_t j = i; j < centers_.size(); ++j, ++at) {
         result.push_back(products_[at].value() / weight() - shift(i) * shift(j));
+        if (i == j && result.back().high < 0.0) {  // by rounding, under weights of all magnitudes
+          result.back() = DoubleDouble();
+        }
       }
     }
     return result;

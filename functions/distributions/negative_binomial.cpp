@@ -97,8 +97,11 @@ NegativeBinomial NegativeBinomial::fit(Data x, const FitOptions& options) {
     });
   };
   double low = center * center / excess;
-  while (!(slope(low) > 0.0)) {
+  while (low > 0.0 && !(slope(low) > 0.0)) {
     low *= 0.5;
+  }
+  if (!(low > 0.0)) {  // the variance is out of all proportion to the mean
+    detail::refuse(name, "x", "of a variance that leaves a likelihood with a maximum", excess);
   }
   double high = 2.0 * low;
   while (slope(high) > 0.0) {

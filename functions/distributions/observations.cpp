@@ -82,6 +82,9 @@ Observations observe(const char* law, const Data& x, const FitOptions& options, 
   if (result.x.empty()) {
     throw std::invalid_argument(function + ": x must hold at least one value of positive weight");
   }
+  if (!std::isfinite(result.total)) {
+    throw std::invalid_argument(function + ": the sum of the weights must be finite");
+  }
   return result;
 }
 

@@ -55,7 +55,12 @@ class Variates<NegativeBinomial> {
         odds_((1 - law.parameters().p) / law.parameters().p),
         gamma_(n_ == 0 ? 1 : n_) {}
   double operator()(Random& rng) const {
-    return n_ == 0 ? 0 : kernels::PoissonVariates(odds_ * gamma_(rng))(rng);
+    if (n_ == 0) {
+      return 0;
+    }
+    const double gamma = gamma_(rng);
+    const double mean = gamma == 0 ? 0 : odds_ * gamma;  // the odds may be infinite
+    return std::isinf(mean) ? mean : kernels::PoissonVariates(mean)(rng);
   }
 
  private:

@@ -180,7 +180,7 @@ Missing getPolicy(ByteReader& from) {
 
 std::int64_t getCount(ByteReader& from) {
   const auto count = from.get<std::int64_t>();
-  from.check(count >= 0, "a count is negative");
+  from.check(count >= 0 && count >> 53 == 0, "a count is out of range");
   return count;
 }
 

@@ -150,7 +150,7 @@ inline Missing getMissing(ByteReader& in) {
 
 inline std::int64_t getCount(ByteReader& in) {
   const auto count = in.get<std::int64_t>();
-  in.check(count >= 0, "a count is negative");
+  in.check(count >= 0 && count >> 53 == 0, "a count is out of range");
   return count;
 }
 
