@@ -17,7 +17,7 @@ class PowerSums {
  public:
   // The unit for finite numbers up to this size: those below 2^-10 of it may be too fine.
   static int unitFor(double largest) {
-    return exponent(std::bit_cast<std::uint64_t>(largest)) - span;
+    return exponent(std::bit_cast<std::uint64_t>(largest)) - static_cast<int>(span);
   }
 
   // At most 2^32 numbers may be added.
