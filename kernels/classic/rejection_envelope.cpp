@@ -118,14 +118,11 @@ void RejectionEnvelope::updateUrn() {
 
 // Points in descending order, or twice the same one, make areas that no hat has.
 void RejectionEnvelope::endSearch(int rejected) const {
-  constexpr int kMostWithoutHat = 10000;
-  constexpr int kMost = 10000000;
   if (rejected == kMost) {
     throw Refusal("the base points make no envelope of the density: no variate in 10000000 tries");
   }
-  if (rejected == kMostWithoutHat && !std::all_of(areas_.begin(), areas_.end(), [](double area) {
-        return area > 0.0 && std::isfinite(area);
-      })) {
+  if (!std::all_of(areas_.begin(), areas_.end(),
+                   [](double area) { return area > 0.0 && std::isfinite(area); })) {
     throw Refusal("the base points make no envelope of the density: no variate in 10000 tries");
   }
 }

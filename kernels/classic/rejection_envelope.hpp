@@ -68,6 +68,9 @@ class RejectionEnvelope {
  private:
   bool refine(std::size_t i, double x, double hx, double h1x, RealFunction h);
   void updateUrn();
+  // After that many rejections in a row.
+  static constexpr int kMostWithoutHat = 10000;
+  static constexpr int kMost = 10000000;
   void endSearch(int rejected) const;
 
   int maximum_;
@@ -119,7 +122,9 @@ double RejectionEnvelope::next(Uniforms& uniforms, RealFunction h, RealFunction 
     throw Refusal("no weights to draw an index from");
   }
   for (int rejected = 0;; ++rejected) {
-    endSearch(rejected);
+    if (rejected == kMostWithoutHat || rejected == kMost) [[unlikely]] {
+      endSearch(rejected);
+    }
     const auto i = static_cast<std::size_t>(urn_.next(uniforms));
     const EnvelopeElement& e = elements_[i];
     const double x = e.draw(uniforms);
