@@ -4,6 +4,7 @@
 #   make check     build everything and run the tests
 #   make asan      the tests under AddressSanitizer and UndefinedBehaviorSanitizer
 #   make tsan      all functions in eight threads at once under ThreadSanitizer
+#   make coverage  the share of lines that the tests execute, folder by folder
 #   make bench     the measurements
 #   make bench-peers  the same jobs in R, SciPy, GSL and Boost: docs/performance.md
 #   make accuracy  error of every probability and quantile against high-precision references: docs/accuracy.md, docs/functions/accuracy.md
@@ -20,7 +21,7 @@ JOBS ?= $(shell nproc)
 CTEST_FLAGS ?= --output-on-failure -j $(JOBS)
 SOURCES = git ls-files '*.cpp' '*.hpp' '*.h'
 
-.PHONY: all packages build demo check asan tsan bench bench-peers docs gallery accuracy tidy clang fuzz format format-check install clean
+.PHONY: all packages build demo check asan tsan coverage bench bench-peers docs gallery accuracy tidy clang fuzz format format-check install clean
 
 all: build
 
@@ -51,6 +52,14 @@ tsan: packages
 	@cmake --preset tsan >/dev/null
 	@cmake --build --preset tsan -j $(JOBS) --target functions_faults
 	@setarch -R build-tsan/bin/functions_faults --gtest_filter='Functions.*'
+
+coverage:
+	@scripts/install-packages coverage
+	@cmake --preset coverage >/dev/null
+	@cmake --build --preset coverage -j $(JOBS)
+	@find build-coverage -name '*.gcda' -delete
+	@ctest --test-dir build-coverage $(CTEST_FLAGS)
+	@scripts/coverage build-coverage
 
 bench:
 	@scripts/install-packages bench
@@ -92,7 +101,7 @@ SECONDS ?= 300
 fuzz:
 	@scripts/install-packages fuzz
 	@cmake --preset fuzz >/dev/null
-	@cmake --build --preset fuzz -j $(JOBS) --target fuzz_calls fuzz_language
+	@cmake --build --preset fuzz -j $(JOBS) --target fuzz_calls fuzz_language fuzz_functions vexel
 	@scripts/fuzz build-fuzz/bin $(SECONDS)
 
 format:
@@ -106,4 +115,4 @@ install: build
 	@cmake --install build --prefix $(PREFIX)
 
 clean:
-	@rm -rf build build-asan build-bench build-clang build-debug build-fuzz
+	@rm -rf build build-asan build-bench build-clang build-coverage build-debug build-fuzz
