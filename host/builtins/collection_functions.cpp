@@ -199,7 +199,7 @@ ALGEB where(State& s, ALGEB args) {
 }
 
 void defineQuantifier(State& state, const char* name, bool settles) {
-  defineFunction(state, name, [name, settles](State& s, ALGEB args) {
+  defineFunction(state, name, [settles](State& s, ALGEB args) {
     const ALGEB x =
         maskOf(s, oneArgument(s, args, "expected a list or array of true and false, received: %1"));
     if (!isContainer(x)) {
