@@ -1,4 +1,4 @@
-"""The snippets of README.md and docs/embedding.md: each is run, and gives what the text beside it says.
+"""The snippets of README.md, docs/embedding.md and docs/command.md: each is run, and gives what the text beside it says.
 
     readme_examples.py COMPILER INCLUDE_DIR LIBRARY_DIR COMMAND PYTHON_DIR
 
@@ -77,9 +77,10 @@ def runner(language, source):
 
 def main():
     sys.path.insert(0, package)
+    os.environ["PATH"] = f"{Path(command).parent}{os.pathsep}{os.environ['PATH']}"
     os.chdir(ROOT)
     failed = ran = 0
-    for page in ["README.md", "docs/embedding.md"]:
+    for page in ["README.md", "docs/embedding.md", "docs/command.md"]:
         for language, source in blocks(page):
             if run := runner(language, source):
                 ran += 1
