@@ -121,7 +121,7 @@ def write_index():
           tree("Guide", ["guide/README", "guide/weights", "guide/missing", "guide/quantiles", "guide/seeds", "guide/exactness",
                          "guide/own_laws", "guide/states", "guide/entry_points", "guide/coming_from", "from-scipy"]) +
           tree("Python", ["python", *python_pages()]) +
-          tree("C++", [*pages_of("functions", "statistics", "distributions"), *header_pages()]) +
+          tree("C++", [*pages_of("functions", "README", "statistics", "distributions"), *header_pages()]) +
           tree("Language and entry points", ["command", *pages_of("reference", "README", "tasks", "language"), "beside_r", "gallery"]) +
           tree("The project", ["architecture", "comparison", "accuracy", "performance", "reliability", "beyond-one-machine", "embedding",
                                "host-interface"]))
