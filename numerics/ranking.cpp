@@ -91,7 +91,7 @@ template <typename T>
 void rankNumbers(const T* x, std::size_t n, bool descending, Position* ranks) {
   nag2::visitSortedAnywhere(
       x, n, descending,
-      [=](std::size_t first, nag2::TiedPositions tied) {
+      [=](std::size_t first, nag2::TiedPositions tied) __attribute__((always_inline)) {
         for (std::size_t i = 0; i < tied.size(); ++i) {
           ranks[tied[i]] = static_cast<Position>(first + i);
         }

@@ -30,11 +30,12 @@ std::size_t argsort(Data x, std::span<std::int64_t> out, const SortOptions& opti
     const std::size_t present = presentIn("argsort", elements, options.missing);
     nag2::visitSortedAnywhere(
         elements.data(), elements.size(), false,
-        [to = out.data()](std::size_t first, nag2::TiedPositions tied) {
-          for (std::size_t i = 0; i < tied.size(); ++i) {
-            to[first + i] = static_cast<std::int64_t>(tied[i]);
-          }
-        },
+        [to = out.data()](std::size_t first, nag2::TiedPositions tied)
+            __attribute__((always_inline)) {
+              for (std::size_t i = 0; i < tied.size(); ++i) {
+                to[first + i] = static_cast<std::int64_t>(tied[i]);
+              }
+            },
         [](std::size_t) {});
     return options.missing == Missing::omit ? present : x.size();
   });
@@ -85,7 +86,8 @@ void rank(Data x, std::span<double> out, const RankOptions& options) {
   onElements(x, [&]<typename T>(std::span<const T> elements) {
     const std::size_t present = presentIn("rank", elements, options.missing);
     double group = 0;
-    const auto visit = [&, to = out.data()](std::size_t first, nag2::TiedPositions tied) {
+    const auto visit = [&, to = out.data() ](std::size_t first, nag2::TiedPositions tied)
+        __attribute__((always_inline)) {
       if (first < present) {
         if (options.method == RankMethod::dense) {
           ++group;
