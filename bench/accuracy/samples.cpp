@@ -88,7 +88,7 @@ void compare(const L& law, const std::string& text) {
   }
   const Cells cells = cellsOf(law);
   std::vector<std::uint64_t> counts(cells.shares.size());
-  static std::uint64_t seed = 20251122;
+  static std::uint64_t seed = 20251122;  // of the family's first law
   Random rng(seed++);
   std::vector<double> x(std::min<std::size_t>(variates, 65536));
   std::uint64_t refused = 0;
