@@ -115,4 +115,4 @@ install: build
 	@cmake --install build --prefix $(PREFIX)
 
 clean:
-	@rm -rf build build-asan build-bench build-clang build-coverage build-debug build-fuzz
+	@rm -rf build build-asan build-bench build-clang build-coverage build-debug build-fuzz build-tsan build-wheel
