@@ -8,8 +8,8 @@
 // lookups; roots are marked (Handles, protected objects, the state's, names that have a value, what
 // root sources add), then the stack, then all that these reach; dispose functions of unreachable
 // pointers run, while everything they may look at is still there; interned objects that die leave
-// their tables; the sweep frees.  What a dispose function makes is born marked, so that this sweep
-// keeps it.
+// their tables (floats all, and the sweep brings back those that live); the sweep frees.  What a
+// dispose function makes is born marked, so that this sweep keeps it.
 
 #include <malloc.h>
 #include <sys/mman.h>
@@ -32,6 +32,15 @@ namespace {
 
 // Collections that a freed cell sits out in stress mode.
 constexpr std::uint32_t kQuarantine = 64;
+
+// The header of a float that is a double.
+constexpr Word kDoubleHeader = (Word{2} << 32) | (static_cast<Word>(Tag::softwareFloat) << 26);
+
+// Whether an object of that kind has more than its cell to give back.
+bool holdsMore(Tag t) {
+  return t == Tag::procedure || t == Tag::function || t == Tag::table || t == Tag::foreign ||
+         t == Tag::array;
+}
 
 // Ends the process when the guards of an object are damaged.
 void checkGuards(ALGEB x) {
@@ -86,6 +95,13 @@ void Heap::markAll() {
   buildExtents();
   markRoots();
   markStack();
+  drain();
+  marking_ = nullptr;
+}
+
+void Heap::keepFound(ALGEB x) {
+  marking_ = &marker_;
+  marker_.mark(x);
   drain();
   marking_ = nullptr;
 }
@@ -412,11 +428,16 @@ Heap::Swept Heap::sweepChunk(Chunk& chunk, Cell**& tail, bool everything) {
     }
     if ((cell->header & kMarkBit) != 0 && !everything) {
       cell->header &= ~kMarkBit;
+      if (cell->header == kDoubleHeader) {
+        memory_.interned.keepReal(x);
+      }
       ++swept.live;
       continue;
     }
     if (!isFree) {
-      finalise(x);
+      if (holdsMore(tag(x))) {
+        finalise(x);
+      }
       if (stress_) {
         poison(p + sizeof(Word), chunk.cellBytes - sizeof(Word));
       }

@@ -135,6 +135,15 @@ class Heap {
   void failAllocation(std::int64_t n, bool lasting);
   std::size_t liveObjects() const { return liveAfterCollection_ + allocatedObjects_; }
 
+  // What a table of objects that exist once has been asked for, x itself.  A dispose function may
+  // ask for one that the collection has not marked: it stays, then.
+  ALGEB found(ALGEB x) {
+    if (collecting_) [[unlikely]] {
+      keepFound(x);
+    }
+    return x;
+  }
+
   // Counted protection.
   void protect(ALGEB x);
   void allow(ALGEB x);
@@ -201,6 +210,7 @@ class Heap {
   void markArray(ALGEB x);
   void buildExtents();
   void markAll();
+  void keepFound(ALGEB x);
   void unmarkAll() noexcept;
   void dispose(bool everything);
   void sweep(bool everything);

@@ -7,7 +7,7 @@ namespace vexel {
 
 constexpr std::size_t kChunkBytes = std::size_t{1} << 18;
 // Collections begin when this much, or as much as is alive, was allocated since the last.
-constexpr std::size_t kMinimalThreshold = std::size_t{1} << 20;
+constexpr std::size_t kMinimalThreshold = std::size_t{1} << 19;
 constexpr Word kMarkBit = 1;
 
 constexpr std::size_t kChunkHeader = 64;  // keeps cells aligned to 16 bytes and to cache lines

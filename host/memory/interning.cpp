@@ -21,13 +21,7 @@ namespace {
 constexpr std::size_t kSmallestTable = 1024;
 const ALGEB kRemoved = reinterpret_cast<ALGEB>(Word{2});  // never the address of an object
 
-// Small integers and neighbouring addresses differ in their low bits only, tables are indexed by
-// the low bits, and doubles of few digits differ in their high ones: the product carries low bits
-// up, the shift brings high ones down.
-std::uint64_t mix(std::uint64_t h) {
-  h *= 0x9E3779B97F4A7C15U;  // 2^64 divided by the golden ratio
-  return h ^ (h >> 32);
-}
+std::uint64_t mix(std::uint64_t h) { return RealTable::mix(h); }
 
 std::uint64_t hashWords(Tag t, const Word* payload, std::size_t n) {
   std::uint64_t h = static_cast<std::uint64_t>(t) + 64 * n;
@@ -48,11 +42,6 @@ std::uint64_t InternTables::hashOf(ALGEB x) {
     case Tag::string:
     case Tag::name:
       return hashText(text(x));
-    case Tag::softwareFloat:
-      if (isDoubleObject(x)) {
-        return mix(vexel::words(x)[1]);
-      }
-      [[fallthrough]];
     default:
       return hashWords(tag(x), vexel::words(x) + 1, length(x) - 1U);
   }
@@ -110,20 +99,11 @@ void InternTables::grow(Table& table) {
   table.removed = 0;
 }
 
-// By bits: 0 and -0 are two objects, and each NaN is equal to itself, which its == is not.
-// Whatever compares reals compares their values, not their handles.
-ALGEB InternTables::real(double d) {
-  const Word bits = std::bit_cast<Word>(d);
-  const std::uint64_t hash = mix(bits);
-  const auto sameBits = [bits](ALGEB x) { return vexel::words(x)[1] == bits; };
-  if (ALGEB x = find(reals_, hash, sameBits)) {
-    return x;
-  }
-  // Allocating may collect, and so drop entries, but never add one: that there is none stays true,
-  // and insert() looks for a slot afresh.
+// Allocating may collect, and so drop entries, but never adds one: that there is none stays true.
+ALGEB InternTables::newReal(Word bits, std::uint64_t hash) {
   ALGEB x = heap_.allocate(Tag::softwareFloat, 2);
   vexel::words(x)[1] = bits;
-  insert(reals_, x, hash);
+  reals_.add(x, hash);
   return x;
 }
 
@@ -136,7 +116,7 @@ ALGEB InternTables::words(Tag t, const Word* payload, std::size_t n) {
            std::equal(payload, payload + n, vexel::words(x) + 1);
   };
   if (ALGEB x = find(values_, hash, same)) {
-    return x;
+    return heap_.found(x);
   }
   ALGEB x = heap_.allocate(t, n + 1);
   std::copy_n(payload, n, vexel::words(x) + 1);
@@ -150,7 +130,7 @@ ALGEB InternTables::string(std::string_view s) {
   const std::uint64_t hash = hashText(s);
   const auto same = [&](ALGEB x) { return tag(x) == Tag::string && text(x) == s; };
   if (ALGEB x = find(values_, hash, same)) {
-    return x;
+    return heap_.found(x);
   }
   ALGEB x = heap_.allocate(Tag::string,
                            sizeof(StringObject) / sizeof(Word) + s.size() / sizeof(Word) + 1);
@@ -164,7 +144,7 @@ ALGEB InternTables::string(std::string_view s) {
 ALGEB InternTables::name(std::string_view s) {
   const std::uint64_t hash = hashText(s);
   if (ALGEB x = find(names_, hash, [&](ALGEB n) { return text(n) == s; })) {
-    return x;
+    return heap_.found(x);
   }
   ALGEB x =
       heap_.allocate(Tag::name, sizeof(NameObject) / sizeof(Word) + s.size() / sizeof(Word) + 1);
@@ -190,7 +170,8 @@ void InternTables::dropUnmarked() {
   // Few that stay are put into a cleared table, so that no marks lengthen searches.
   constexpr std::size_t kFew = 2048;
   std::array<ALGEB, kFew> few;
-  for (Table* table : {&reals_, &values_, &names_}) {
+  reals_.startAnew();
+  for (Table* table : {&values_, &names_}) {
     std::size_t live = 0;
     for (ALGEB& slot : table->slots) {
       if (!isEntry(slot)) {

@@ -16,8 +16,9 @@ extern volatile int interruptRequested;
 [[noreturn]] void throwInterrupt();
 
 // How many calls into the host are on this thread's stack.  A token that is thrown where there are
-// none would reach a program that knows nothing of it.
-extern constinit thread_local int hostDepth;
+// none would reach a program that knows nothing of it.  One word of the static TLS block, so that
+// counting costs no call.
+extern constinit thread_local int hostDepth __attribute__((tls_model("initial-exec")));
 
 struct InsideHost {
   InsideHost() { ++hostDepth; }

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <cmath>
 #include <cstdlib>
 #include <cstring>
 #include <fstream>
@@ -279,6 +280,53 @@ TEST(CorePointerTest, MarkRunsWhileReachableAndDisposeOnce) {
   }
   EXPECT_EQ(disposals, 1);
   EXPECT_EQ(atTheEnd, 1);
+}
+
+// A dispose function may ask for a float, a text or a name that is about to go, and keep it.
+__attribute__((noinline)) void makeRememberer(State& state) {
+  ALGEB x = ToVexelPointer(&state, nullptr, 78);
+  newFloat(state, 123.456);
+  newList(state, std::vector{string(state, "dying"), name(state, "dying")});
+  VexelPointerSetDisposeFunction(&state, x, [](ALGEB) {
+    State& s = *hookVector;
+    const ALGEB found[] = {newFloat(s, 123.456), string(s, "dying"), name(s, "dying")};
+    setNameValue(s, name(s, "remembered"), newList(s, found));
+  });
+}
+
+TEST_F(CoreCollectorTest, WhatADisposeFunctionAsksForStays) {
+  hookVector = &state;
+  makeRememberer(state);
+  for (int i = 0; i < 3; ++i) {
+    scrubStack();
+    kernel.collect();
+    makeGarbage(state);
+  }
+  EXPECT_EQ(kernel.eval("remembered;").source(), "[123.456, \"dying\", dying]");
+  EXPECT_EQ(kernel.eval("part(remembered, 1);").handle(), newFloat(state, 123.456));
+  EXPECT_EQ(state.heap.check(), "");
+}
+
+TEST_F(CoreCollectorTest, EqualFloatsAreOneObjectHoweverManyComeAndGo) {
+  Handles kept(state);
+  const auto value = [](std::size_t i) { return std::sqrt(static_cast<double>(i)) - 50.0; };
+  const auto expectOne = [&] {
+    for (std::size_t i = 0; i < kept.size(); ++i) {
+      ASSERT_EQ(newFloat(state, value(i)), kept[i]) << i;
+    }
+  };
+  for (const std::size_t n : {100UL, 20000UL, 300UL, 50000UL, 1UL}) {
+    kept.resize(std::min(n, kept.size()));
+    kernel.collect();
+    expectOne();
+    while (kept.size() < n) {
+      kept.push(newFloat(state, value(kept.size())));
+      newFloat(state, -1e6 - static_cast<double>(kept.size()));
+    }
+    expectOne();
+    kernel.collect();
+    expectOne();
+  }
 }
 
 TEST_F(CoreCollectorTest, DeepStructuresCostNoStack) {
