@@ -18,7 +18,10 @@ namespace vexel {
 
 Kernel::Impl::Impl(Kernel& k) : kernel(k) {
   state.raiseOutside = [this] { throwError(); };
-  state.heap.addRoots([this](Marker& marker) { roots->mark(marker); });
+  state.heap.addRoots([this](Marker& marker) {
+    roots->mark(marker);
+    calledNames.forget();
+  });
 }
 
 // Libraries end while everything of theirs is alive; their code stays until the heap, whose
@@ -55,6 +58,15 @@ void Kernel::Impl::throwError() {
   } catch (const std::bad_alloc&) {
     throwNoMemory();
   }
+}
+
+ALGEB Kernel::Impl::functionNamed(std::string_view text) {
+  ALGEB& known = calledNames.of(text);
+  ALGEB n = known != nullptr && vexel::text(known) == text ? known : vexel::name(state, text);
+  if (nameFunction(n) == nullptr && nameValue(n) == nullptr) {
+    raise(state, "no function %1", n);
+  }
+  return known = n;
 }
 
 void Kernel::Impl::throwNoMemory() {
@@ -107,6 +119,28 @@ void pushHandles(Handles& handles, std::span<const Value> values) {
   for (const Value& v : values) {
     handles.push(v.handle());
   }
+}
+
+}  // namespace
+
+namespace {
+
+// An argument sequence of handle(0), ... handle(n - 1), which may collect: they go straight to
+// where the collector finds them.
+template <typename F>
+ALGEB argumentsOf(State& state, std::size_t n, F handle) {
+  if (n == 1) {
+    return handle(0);
+  }
+  ALGEB args = newSequence(state, n);
+  for (std::size_t i = 0; i < n; ++i) {
+    setOperand(args, i + 1, handle(i));
+  }
+  return args;
+}
+
+ALGEB argumentsOf(State& state, std::span<const Value> values) {
+  return argumentsOf(state, values.size(), [&](std::size_t i) { return values[i].handle(); });
 }
 
 }  // namespace
@@ -230,15 +264,35 @@ Value Kernel::call(std::string_view functionName, const Argument& a1, const Argu
                    const Argument& a7, const Argument& a8, const Argument& a9, const Argument& a10,
                    const Argument& a11, const Argument& a12, const Argument& a13,
                    const Argument& a14, const Argument& a15, const Argument& a16) {
-  std::vector<Value> values;
-  for (const Argument* a :
-       {&a1, &a2, &a3, &a4, &a5, &a6, &a7, &a8, &a9, &a10, &a11, &a12, &a13, &a14, &a15, &a16}) {
-    if (a->isAbsent()) {
-      break;
+  const Argument arguments[] = {a1, a2,  a3,  a4,  a5,  a6,  a7,  a8,
+                                a9, a10, a11, a12, a13, a14, a15, a16};
+  return callArguments(functionName, arguments);
+}
+
+Value Kernel::callArguments(std::string_view functionName, std::span<const Argument> arguments) {
+  const auto given = std::find_if(arguments.begin(), arguments.end(),
+                                  [](const Argument& a) { return a.isAbsent(); });
+  const auto n = static_cast<std::size_t>(given - arguments.begin());
+  State& state = impl_->state;
+  const auto handle = [&](std::size_t i) {
+    const void* const object = arguments[i].object_;
+    switch (arguments[i].kind_) {
+      case Argument::Kind::real:
+        return newFloat(state, *static_cast<const double*>(object));
+      case Argument::Kind::integer:
+        return newInteger(state, *static_cast<const int*>(object));
+      case Argument::Kind::truth:
+        return vexel::boolean(state, *static_cast<const bool*>(object));
+      case Argument::Kind::value:
+        return static_cast<const Value*>(object)->handle();
+      default:
+        return arguments[i].value(*this).handle();
     }
-    values.push_back(a->value(*this));
-  }
-  return callValues(functionName, values);
+  };
+  return impl_->run([&] {
+    ALGEB args = argumentsOf(state, n, handle);
+    return Value(*this, vexel::apply(state, impl_->functionNamed(functionName), args));
+  });
 }
 
 // ---- functions of the embedding program
@@ -354,22 +408,15 @@ std::vector<std::string> Kernel::entryPoints() const { return impl_->entryPoints
 
 Value Kernel::callValues(std::string_view functionName, std::span<const Value> args) {
   return impl_->run([&] {
-    State& state = impl_->state;
-    ALGEB n = vexel::name(state, functionName);
-    if (nameFunction(n) == nullptr && nameValue(n) == nullptr) {
-      raise(state, "no function %1", n);
-    }
-    Handles handles(state);
-    pushHandles(handles, args);
-    return Value(*this, vexel::apply(state, n, handles.span()));
+    ALGEB sequence = argumentsOf(impl_->state, args);
+    return Value(*this, vexel::apply(impl_->state, impl_->functionNamed(functionName), sequence));
   });
 }
 
 Value Kernel::apply(const Value& procedure, std::span<const Value> args) {
   return impl_->run([&] {
-    Handles handles(impl_->state);
-    pushHandles(handles, args);
-    return Value(*this, vexel::apply(impl_->state, procedure.handle(), handles.span()));
+    return Value(*this,
+                 vexel::apply(impl_->state, procedure.handle(), argumentsOf(impl_->state, args)));
   });
 }
 

@@ -1,11 +1,15 @@
 // What lies behind vexel::Kernel: the kernel's state, the roots of its Values, loaded libraries.
 #pragma once
 
+#include <algorithm>
+#include <array>
 #include <cstddef>
+#include <cstdint>
 #include <deque>
 #include <memory>
 #include <new>
 #include <string>
+#include <string_view>
 #include <vector>
 #include <vexel/kernel.hpp>
 
@@ -77,6 +81,24 @@ struct OrphanPool {
   void operator()(RootPool* pool) const noexcept { pool->orphan(); }
 };
 
+// The names that were called last, by a hash of a few of their bytes: most calls are of a few
+// functions, and are found here sooner than in the table of all names.  A collection, which may
+// free names, forgets them.
+class CalledNames {
+ public:
+  // Where a name of that text is kept; null, or perhaps another name.
+  ALGEB& of(std::string_view text) {
+    std::uint64_t middle = 0;  // what entry points differ in
+    const std::size_t n = std::min(text.size(), sizeof middle);
+    text.copy(reinterpret_cast<char*>(&middle), n, (text.size() - n) / 2);
+    return names_[((middle + text.size()) * 0x9E3779B97F4A7C15U) >> 58];
+  }
+  void forget() { names_.fill(nullptr); }
+
+ private:
+  std::array<ALGEB, 64> names_{};
+};
+
 // A shared object whose entry points the kernel calls.
 struct LoadedLibrary {
   void* handle = nullptr;
@@ -101,6 +123,8 @@ struct Kernel::Impl {
       throwNoMemory();
     }
   }
+  // The name; raises unless it has a function or a value.
+  ALGEB functionNamed(std::string_view text);
   [[noreturn]] void throwError();
   [[noreturn]] void throwNoMemory();
 
@@ -108,6 +132,7 @@ struct Kernel::Impl {
   std::unique_ptr<RootPool, OrphanPool> roots{new RootPool};
   std::vector<LoadedLibrary> libraries;
   std::vector<std::string> entryPoints;
+  CalledNames calledNames;
   State state;
 };
 

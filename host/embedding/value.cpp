@@ -67,6 +67,9 @@ bool Value::isList() const { return kernel() != nullptr && vexel::isList(handle_
 
 double Value::number() const {
   State& state = stateOf(*this);
+  if (isDoubleFloat(handle_)) {
+    return doubleOf(handle_);
+  }
   return kernel_->impl().run([&] {
     if (!isReal(handle_)) {
       raise(state, "a number expected, received %1", handle_);

@@ -14,29 +14,33 @@ namespace {
 // Keeps the error that is on its way while a trap inside a destructor handles one of its own.
 class SavedError {
  public:
-  explicit SavedError(VKernelVector kv) : kv_(kv), arguments_(*kv) {
-    if (std::uncaught_exceptions() > 0) {
-      saved_ = true;
-      error_ = kv->error;
-      for (ALGEB x : error_.arguments) {
-        arguments_.push(x);
-      }
+  explicit SavedError(VKernelVector kv) : kv_(kv), error_(kv->error), arguments_(*kv) {
+    for (ALGEB x : error_.arguments) {
+      arguments_.push(x);
     }
   }
-  ~SavedError() {
-    if (saved_) {
-      kv_->error = std::move(error_);
-    }
-  }
+  ~SavedError() { kv_->error = std::move(error_); }
   SavedError(const SavedError&) = delete;
   SavedError& operator=(const SavedError&) = delete;
 
  private:
   VKernelVector kv_;
-  vexel::Handles arguments_;
   vexel::PendingError error_;
-  bool saved_ = false;
+  vexel::Handles arguments_;
 };
+
+void* trap(VKernelVector kv, void* (*fn)(void* data), void* data, V_BOOL* failed) {
+  const vexel::InsideHost inside;
+  *failed = 0;
+  try {
+    return fn(data);
+  } catch (const vexel::HostErrorToken&) {
+    *failed = 1;
+    kv->error.arguments.clear();
+    kv->error.isRaised = false;
+    return nullptr;
+  }
+}
 
 }  // namespace
 
@@ -95,16 +99,11 @@ ALGEB VexelAssign(VKernelVector kv, ALGEB name, ALGEB value) {
 }
 
 void* VexelTrapError(VKernelVector kv, void* (*fn)(void* data), void* data, V_BOOL* failed) {
-  const vexel::InsideHost inside;
-  const SavedError onItsWay(kv);
-  *failed = 0;
-  try {
-    return fn(data);
-  } catch (const vexel::HostErrorToken&) {
-    *failed = 1;
-    kv->error.arguments.clear();
-    return nullptr;
+  if (kv->error.isRaised && std::uncaught_exceptions() > 0) [[unlikely]] {
+    const SavedError onItsWay(kv);
+    return trap(kv, fn, data, failed);
   }
+  return trap(kv, fn, data, failed);
 }
 
 void VexelRaiseError(VKernelVector kv, const char* message) { vexel::raise(*kv, message); }

@@ -14,16 +14,17 @@
 
 namespace vexel {
 
-namespace {
+std::atomic<bool> bigNumberMemoryIsOurs = false;
+constinit thread_local bool bigNumbersAbandoned = false;
 
-constinit thread_local bool abandoned = false;
+namespace {
 
 // Numbers below are done with before anybody could notice.
 constexpr std::size_t kLarge = std::size_t{1} << 13;
 
 void look(std::size_t bytes) {
   if (hostDepth > 0 && bytes >= kLarge && interruptRequested != 0) {
-    abandoned = true;
+    bigNumbersAbandoned = true;
     throwInterrupt();
   }
 }
@@ -31,7 +32,7 @@ void look(std::size_t bytes) {
 void* checked(void* p, std::size_t bytes) {
   if (p == nullptr) {
     if (hostDepth > 0) {
-      abandoned = true;
+      bigNumbersAbandoned = true;
       throw std::bad_alloc();
     }
     std::fprintf(stderr, "no memory for a number of %zu bytes\n", bytes);
@@ -53,7 +54,7 @@ void* reallocate(void* p, std::size_t, std::size_t bytes) {
 // An operand of what was abandoned may refer to memory that is gone: nothing is given back until
 // the calls into the host have unwound.
 void release(void* p, std::size_t) {
-  if (!abandoned) {
+  if (!bigNumbersAbandoned) {
     std::free(p);
   }
 }
@@ -75,16 +76,14 @@ bool install() {
 
 }  // namespace
 
-BigNumberWork::BigNumberWork() {
+void takeOverBigNumberMemory() {
   static const bool installed = install();
-  (void)installed;
+  bigNumberMemoryIsOurs.store(installed, std::memory_order_release);
 }
 
-BigNumberWork::~BigNumberWork() {
-  if (hostDepth == 1 && abandoned) {
-    abandoned = false;
-    mpfr_free_cache();
-  }
+void forgetAbandonedNumbers() {
+  bigNumbersAbandoned = false;
+  mpfr_free_cache();
 }
 
 }  // namespace vexel

@@ -13,6 +13,7 @@ void raise(State& state, std::string_view message, std::span<const ALGEB> args) 
   state.error.line = 0;
   state.error.raised = state.language != nullptr ? state.language->where() : TextPlace();
   state.error.inProcedure = false;
+  state.error.isRaised = true;
   if (hostDepth == 0 && state.raiseOutside) {
     state.raiseOutside();
   }

@@ -24,6 +24,7 @@ struct PendingError {
   int column = 0;                // language fills them
   TextPlace raised;              // of the innermost statement or call, in whatever text
   bool inProcedure = false;      // it left a procedure of the language
+  bool isRaised = false;         // it may be on its way: no trap has caught it
 };
 
 // Expressions that were found to mention no name with a value, so that evaluating them changes

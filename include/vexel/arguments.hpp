@@ -65,7 +65,7 @@ class Argument {
   Argument() : convert_(&emptyArray) {}
   template <typename T>
   requires(!std::same_as<T, Argument>) Argument(const T& x)  // NOLINT: implicit
-      : convert_(&convert<T>), object_(&x) {}
+      : convert_(&convert<T>), object_(&x), kind_(kindOf<T>) {}
   // {1.5, 2.5}: an array of floats; {value, value}: a list.
   Argument(const std::initializer_list<double>& x)  // NOLINT: implicit
       : convert_(&convert<std::initializer_list<double>>), object_(&x) {}
@@ -80,12 +80,23 @@ class Argument {
   Value value(Kernel& kernel) const;
 
  private:
+  friend class Kernel;
+  // Those that become handles without a Value of their own.
+  enum class Kind { other, real, integer, truth, value };
+  template <typename T>
+  static constexpr Kind kindOf = std::same_as<T, double>  ? Kind::real
+                                 : std::same_as<T, int>   ? Kind::integer
+                                 : std::same_as<T, bool>  ? Kind::truth
+                                 : std::same_as<T, Value> ? Kind::value
+                                                          : Kind::other;
+
   static Value emptyArray(Kernel& kernel, const void*);
   template <typename T>
   static Value convert(Kernel& kernel, const void* object);
 
   Value (*convert_)(Kernel& kernel, const void* object);
   const void* object_ = nullptr;
+  Kind kind_ = Kind::other;
 };
 
 }  // namespace vexel

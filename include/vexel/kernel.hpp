@@ -18,6 +18,7 @@
 
 #include <vexelc/vexelc.h>
 
+#include <array>
 #include <concepts>
 #include <cstdint>
 #include <functional>
@@ -172,6 +173,13 @@ class Kernel {
 
   // Calls an entry point, built-in function or procedure by name, with up to 16 arguments of the
   // kinds that toValue takes, {} for an empty array and {1.5, 2.5} for one of two elements.
+  template <typename... T>
+  Value call(std::string_view name, const T&... arguments) {
+    static_assert(sizeof...(T) <= 16, "call: up to 16 arguments");
+    const std::array<Argument, sizeof...(T)> given = {Argument(arguments)...};
+    return callArguments(name, given);
+  }
+  // The same where one of them is {...}.
   Value call(std::string_view name, const Argument& a1 = none(), const Argument& a2 = none(),
              const Argument& a3 = none(), const Argument& a4 = none(), const Argument& a5 = none(),
              const Argument& a6 = none(), const Argument& a7 = none(), const Argument& a8 = none(),
@@ -219,6 +227,8 @@ class Kernel {
 
  private:
   static Argument none() { return Argument::Absent(); }
+  // Up to the first that is absent.
+  Value callArguments(std::string_view name, std::span<const Argument> arguments);
   Value wrapMemory(const void* data, std::size_t elements, int type, bool readOnly,
                    std::initializer_list<V_INT> extents, int order);
   template <typename Range>

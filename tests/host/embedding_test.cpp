@@ -48,6 +48,37 @@ TEST_F(EmbeddingTest, TakesWhatStandsForNumbersTextsAndRowsOfThem) {
   // Braces stand for arrays of floats, none of them for an empty one.
   EXPECT_EQ(kernel.call("STATS_VexelMean_HW", {1.0, 2.0, 6.0}, {}, false, 0).number(), 3.0);
   EXPECT_EQ(kernel.call("count", row).integer(), 3);
+  // Alike with and without braces among them.  One argument is the argument sequence itself.
+  const vexel::Value pair = kernel.sequence(std::vector{kernel.integer(1), kernel.integer(2)});
+  const vexel::Value arguments = kernel.function(
+      "arguments",
+      [](vexel::Kernel& k, std::span<const vexel::Value> args) { return k.list(args); });
+  EXPECT_EQ(kernel.call("arguments", pair).source(), "[1, 2]");
+  EXPECT_EQ(kernel.call("arguments", 0.5F, "a", pair, Direction::up, nullptr, true, -7L).source(),
+            "[0.5, \"a\", (1, 2), 3, NULL, true, -7]");
+  EXPECT_EQ(kernel.call("arguments", 0.5, {}, pair, -7, false).source(),
+            "[0.5, Array(1..0, [], datatype = float[8]), (1, 2), -7, false]");
+}
+
+// Names are remembered from call to call; what they mean is not.
+TEST_F(EmbeddingTest, CallsByNameFollowTheName) {
+  const auto answer = [&](int i) {
+    return kernel.function(
+        "answer", [i](vexel::Kernel& k, std::span<const vexel::Value>) { return k.integer(i); });
+  };
+  answer(1);
+  EXPECT_EQ(kernel.call("answer").integer(), 1);
+  answer(2);
+  EXPECT_EQ(kernel.call("answer").integer(), 2);
+  kernel.eval("answer := () -> 3:");
+  EXPECT_EQ(kernel.call("answer").integer(), 3);
+  kernel.collect();
+  EXPECT_EQ(kernel.call("answer").integer(), 3);
+  kernel.eval("other := () -> 4:");
+  EXPECT_EQ(kernel.call("other").integer(), 4);
+  kernel.eval("clear(other):");
+  kernel.collect();
+  EXPECT_THAT(hostError([&] { kernel.call("other"); }), HasSubstr("no function"));
 }
 
 TEST_F(EmbeddingTest, WrapsMemoryAsItIs) {

@@ -16,6 +16,7 @@
 #include <exception>
 #include <new>
 #include <span>
+#include <string_view>
 
 #include "kernel/conversions.hpp"
 #include "kernel/interrupt.hpp"
@@ -67,19 +68,15 @@ class Arguments {
 template <typename Body>
 ALGEB STATS_RunEntry_HW(VKernelVector kv, Body body) {
   // The text must outlive the exception object.
-  struct Caught {
-    bool noMemory = false;
-    char text[256] = {};
-  } caught;
+  bool noMemory = false;
+  char text[256];
   try {
     const STATS_InterruptWatch_HW watch(kv);
     return body();
   } catch (const std::bad_alloc&) {
-    caught.noMemory = true;
+    noMemory = true;
   } catch (const std::exception& e) {
-    for (int i = 0; i < 255 && e.what()[i] != '\0'; ++i) {
-      caught.text[i] = e.what()[i];
-    }
+    text[std::string_view(e.what()).copy(text, sizeof text - 1)] = '\0';
   }
-  VexelRaiseError(kv, caught.noMemory ? "not enough memory" : caught.text);
+  VexelRaiseError(kv, noMemory ? "not enough memory" : text);
 }

@@ -15,7 +15,15 @@ Nag_TailProbability STATS_ToNag_TailProbability_HW(STATS_PROBABILITY_TYPE_HW typ
   }
 }
 
-NagError STATS_NagError_HW() { return NagError{}; }
+// The text ends with its first zero: clearing all its room would take longer than many calls.
+NagError STATS_NagError_HW() {
+  NagError fail;
+  fail.code = NAG2_OK;
+  fail.print = 0;
+  fail.message[0] = '\0';
+  fail.handler = nullptr;
+  return fail;
+}
 
 void STATS_RaiseNagError_HW(VKernelVector kv, const NagError& fail) {
   if (fail.code != NAG2_OK) {
