@@ -193,46 +193,6 @@ ALGEB Evaluator::hardwareValue(const Node& node) {
   return callValue(node);
 }
 
-// seq(e, i = a .. b) and sum(e, i = a .. b). The index is a slot of this frame, so a variable of
-// its name outside keeps its value.  A sum whose range is no range of numbers is symbolic: the
-// index is a name then, and one without a value while e is evaluated.
-ALGEB Evaluator::overRange(const Node& node) {
-  const ALGEB lower = value(*node.children[1]);
-  const ALGEB upper = value(*node.children[2]);
-  if (node.kind == NodeKind::sumOver && (!isReal(lower) || !isReal(upper))) {
-    const Unassigned unassigned(state_, node.value);
-    slots_[node.slot] = node.value;
-    return symbolicSum(state_, value(*node.children[0]), node.value, lower, upper);
-  }
-  if (!isReal(lower) || !isReal(upper)) {
-    raise(state_, "expected a range of numbers, received: %1 .. %2", lower, upper);
-  }
-  Handles elements(state_);
-  RunningSum total(state_, immediate(0));
-  // Before memory runs out, not after.
-  const auto raiseEndless = [&] { raise(state_, "the range %1 .. %2 has no end", lower, upper); };
-  if (compare(state_, lower, upper) <= 0 &&
-      (isInfinite(state_, lower) || isInfinite(state_, upper))) {
-    raiseEndless();
-  }
-  ALGEB previous = nullptr;
-  for (ALGEB i = lower; compare(state_, i, upper) <= 0; i = add(state_, i, immediate(1))) {
-    lookAtInterrupt();
-    if (i == previous) {
-      raiseEndless();  // a float so large that adding 1 changes nothing
-    }
-    previous = i;
-    slots_[node.slot] = i;
-    const ALGEB v = value(*node.children[0]);
-    if (node.kind == NodeKind::sumOver) {
-      total.add(v);
-    } else {
-      elements.push(v);
-    }
-  }
-  return node.kind == NodeKind::sumOver ? total.value() : sequenceOf(state_, elements.span());
-}
-
 // A closure: the values that its free variables have now, not the variables.
 ALGEB Evaluator::makeProcedure(const Node& node) {
   auto procedure = std::make_unique<LanguageProcedure>();

@@ -53,6 +53,8 @@ class Evaluator {
   static bool decimalOf(ALGEB x, Decimals& result);
   ALGEB arithmetic(const Node& node);
   ALGEB overRange(const Node& node);
+  bool isExactArithmetic(const Node& node, std::int32_t slot);
+  ALGEB exactSum(const Node& node, ALGEB lower, ALGEB upper);
   ALGEB makeProcedure(const Node& node);
   ALGEB assign(const Node& target, ALGEB v);
   ALGEB compareValue(const Node& node);
