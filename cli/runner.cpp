@@ -11,13 +11,19 @@
 #include "reference.hpp"
 
 Runner::Runner(vexel::Kernel& kernel, const Options& options) : kernel_(kernel), options_(options) {
-  vexel::onShown(kernel, [this](const vexel::Value& value) {
+  vexel::onShown(kernel, [this](const vexel::Value& value, bool effect) {
     vexel::Outcome outcome;
     outcome.value = value;
-    if (!(shorten_ && value.isNull()) && !printValue(outcome)) {
+    outcome.effect = effect;
+    if (!isNeedless(outcome) && !printValue(outcome)) {
       throw std::runtime_error(outcome.error);
     }
   });
+}
+
+// A loop or printf need not say that it has no value, nor anything else at the prompt.
+bool Runner::isNeedless(const vexel::Outcome& outcome) const {
+  return (shorten_ || outcome.effect) && !options_.json && outcome.value.isNull();
 }
 
 bool Runner::printValue(vexel::Outcome& outcome) const {
@@ -50,11 +56,8 @@ std::string unknownFunction(vexel::Kernel& kernel, const vexel::Value& value) {
 
 // Says at the prompt what an unknown function may have been meant to be.
 void printHint(vexel::Kernel& kernel, const vexel::Value& value) {
-  for (const auto& [name, hint] : {std::pair("help", "? says what there is, ?name explains one"),
-                                   std::pair("exit", "quit leaves")}) {
-    if (value == kernel.name(name)) {
-      std::cout << "  " << hint << std::endl;
-    }
+  if (value == kernel.name("help")) {
+    std::cout << "  ? says what there is, ?name explains one" << std::endl;
   }
   const std::string function = unknownFunction(kernel, value);
   const std::string similar = similarName(function);
@@ -127,9 +130,7 @@ void Runner::run(const std::string& text, const std::string& source) {
       if (!outcome.printed && acknowledged_) {
         std::cout << "{\"done\": true}" << std::endl;
       }
-      // A loop or printf need not say that it has no value, nor anything else at the prompt.
-      const bool needless = (shorten_ || outcome.effect) && !options_.json;
-      if (!outcome.printed || (needless && outcome.value.isNull())) {
+      if (!outcome.printed || isNeedless(outcome)) {
         continue;
       }
       if (printValue(outcome)) {

@@ -28,6 +28,7 @@ class Runner {
   void acknowledge() { acknowledged_ = true; }
 
  private:
+  bool isNeedless(const vexel::Outcome& outcome) const;
   // False when the value cannot be printed (it is nested too deep); the outcome tells then.
   bool printValue(vexel::Outcome& outcome) const;
   void warnOfMisspelling(const vexel::Outcome& outcome, const std::string& source);

@@ -78,7 +78,7 @@ ALGEB read(State& s, ALGEB args) {
         break;
       }
       if (statement->printed && interpreter(s).show) {
-        interpreter(s).show(result);
+        interpreter(s).show(result, isForItsEffect(*statement));
       }
     }
   } catch (const HostErrorToken&) {

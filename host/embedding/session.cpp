@@ -129,23 +129,6 @@ struct Ending {
   }
 };
 
-// A loop, or a call of what prints.
-bool isForItsEffect(const Node& statement) {
-  switch (statement.kind) {
-    case NodeKind::forLoop:
-    case NodeKind::forIn:
-    case NodeKind::whileLoop:
-      return true;
-    case NodeKind::call: {
-      const Node& called = *statement.children[0];
-      return called.kind == NodeKind::global && nameValue(called.value) == nullptr &&
-             (text(called.value) == "print" || text(called.value) == "printf");
-    }
-    default:
-      return false;
-  }
-}
-
 }  // namespace
 
 bool Script::next(Outcome& outcome) {
@@ -180,7 +163,7 @@ bool Script::next(Outcome& outcome) {
     outcome.line = program->start.line;
     outcome.column = program->start.column;
     outcome.printed = program->printed;
-    outcome.effect = isForItsEffect(*program->top->body);
+    outcome.effect = isForItsEffect(*program);
     outcome.value = Value(impl_->kernel, runProgram(state, program));
     program.reset();
     lookAtInterrupt();  // one that nothing in the statement has seen
@@ -243,9 +226,9 @@ std::string displayed(const Value& value, bool shorten) {
       [&] { return frameText(*value.kernel()->vector(), value.handle()); });
 }
 
-void onShown(Kernel& kernel, std::function<void(const Value&)> show) {
-  interpreter(*kernel.vector()).show = [&kernel, show = std::move(show)](ALGEB x) {
-    show(Value(kernel, x));
+void onShown(Kernel& kernel, std::function<void(const Value&, bool effect)> show) {
+  interpreter(*kernel.vector()).show = [&kernel, show = std::move(show)](ALGEB x, bool effect) {
+    show(Value(kernel, x), effect);
   };
 }
 

@@ -14,8 +14,9 @@ class Interpreter final : public Language {
   bool quit = false;
   std::optional<int> exitStatus{};  // that exit(n) gave
 
-  // Prints the value of a statement that ends with ';' in a script that another one reads.
-  std::function<void(ALGEB)> show;
+  // Prints the value of a statement that ends with ';' in a script that another one reads; effect:
+  // it was run for its effect.
+  std::function<void(ALGEB, bool effect)> show;
 
   // What is being run, for errors.  Programs of texts without a name leave it as it is.
   const Program* program = nullptr;

@@ -17,13 +17,33 @@ namespace vexel {
 
 namespace {
 
-// "quit" alone is the command, not the name.
+// "quit" or "exit" alone is the command, not the name.
 bool isQuit(const Node& statement) {
-  return statement.kind == NodeKind::global && text(statement.value) == "quit" &&
-         nameValue(statement.value) == nullptr;
+  return statement.kind == NodeKind::global && nameValue(statement.value) == nullptr &&
+         (text(statement.value) == "quit" || text(statement.value) == "exit");
 }
 
 }  // namespace
+
+bool isForItsEffect(const Program& program) {
+  const Node& statement = *program.top->body;
+  switch (statement.kind) {
+    case NodeKind::forLoop:
+    case NodeKind::forIn:
+    case NodeKind::whileLoop:
+      return true;
+    case NodeKind::call: {
+      const Node& called = *statement.children[0];
+      if (called.kind != NodeKind::global || nameValue(called.value) != nullptr) {
+        return false;
+      }
+      const std::string_view name = text(called.value);
+      return name == "print" || name == "printf" || name == "read";
+    }
+    default:
+      return false;
+  }
+}
 
 bool Evaluator::pass(const Node& body, ALGEB& result) {
   lookAtInterrupt();

@@ -35,7 +35,7 @@ struct Outcome {
   int raisedLine = 0;
   int raisedColumn = 0;
   bool inProcedure = false;  // it was raised in a procedure that line and column call
-  bool effect = false;       // a loop, or a call of print or printf: what it is for is no value
+  bool effect = false;       // a loop, or a call of print, printf or read: it is for no value
 };
 
 // A text and a place in it.
@@ -78,8 +78,8 @@ std::string shortened(const Value& value);
 std::string displayed(const Value& value, bool shorten);
 
 // What to do with the values of statements that end with ';' in a script that another one reads; at
-// first they are dropped.
-void onShown(Kernel& kernel, std::function<void(const Value&)> show);
+// first they are dropped.  effect is Outcome's.
+void onShown(Kernel& kernel, std::function<void(const Value&, bool effect)> show);
 
 // The text with its lines indented and its tokens spaced; nothing where it has characters that are
 // none of the language's.

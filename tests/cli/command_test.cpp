@@ -252,6 +252,10 @@ TEST_F(CommandTest, WhatIsRunForItsEffectPrintsNoNull) {
       "'printf(\"a\\n\"); print(2); for i from 1 to 0 do i end; for i from 1 to 2 do i end; NULL;'";
   EXPECT_EQ(run("-e " + script).out, "a\n2\n2\nNULL\n");
   EXPECT_EQ(run("--json -e " + script).out, "a\nnull\n2\nnull\nnull\n2\nnull\n");
+  file("inner.vexel", "printf(\"a\\n\"); NULL; for i from 1 to 0 do i end;\n");
+  const std::string outer = file("outer.vexel", "read(\"inner.vexel\");\n");
+  EXPECT_EQ(run(outer).out, "a\nNULL\n");
+  EXPECT_EQ(run("--json " + outer).out, "a\nnull\nnull\nnull\nnull\n");
 }
 
 TEST_F(CommandTest, LongArgumentsOfErrorsAreShortened) {
@@ -267,6 +271,8 @@ TEST_F(CommandTest, ExitEndsTheRunWithItsStatus) {
   const Outcome left = run("-e '1; exit(); 2;' -e '3;'");
   EXPECT_EQ(left.out, "1\n");
   EXPECT_EQ(left.status, 0);
+  EXPECT_EQ(run("-e '1; exit; 2;' -e '3;'").out, "1\n");
+  EXPECT_EQ(run("-e 'exit := 4: exit;'").out, "4\n");
   EXPECT_EQ(run("-k -e 'error(\"no\"); exit();'").status, 1);
   EXPECT_EQ(run("-k -e 'error(\"no\"); exit(3); 2;'").status, 3);
   EXPECT_EQ(run("-e 'exit();' -i", "").status, 0);
