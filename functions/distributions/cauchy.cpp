@@ -78,6 +78,14 @@ Cauchy::Cauchy(const Parameters& parameters)
 
 // The likelihood has one maximum (J. B. Copas, On the unimodality of the likelihood for the Cauchy
 // distribution, 1975), unless half of the values are one: there it is unbounded.
+namespace {
+
+[[noreturn]] void refuseTie(double value) {
+  detail::refuse(Cauchy::name, "x", "of values none of which makes up half", value);
+}
+
+}  // namespace
+
 Cauchy Cauchy::fit(Data x, const FitOptions& options) {
   detail::Observations data =
       detail::observe(name, x, options, {-detail::infinity, detail::infinity});
@@ -90,8 +98,14 @@ Cauchy Cauchy::fit(Data x, const FitOptions& options) {
   deviations.sortByValue();
   const double spread = deviations.median();
   if (!(spread > 0.0)) {
-    detail::refuse(name, "x", "of values fewer than half of which are equal; a value of more is",
-                   middle);
+    refuseTie(middle);
+  }
+  double tied = 0.0;
+  for (std::size_t i = 0; i < data.x.size(); ++i) {
+    tied = (i > 0 && data.x[i] == data.x[i - 1] ? tied : 0.0) + data.w[i];
+    if (tied >= 0.5 * data.total) {  // the likelihood has no maximum: the scale goes to 0
+      refuseTie(data.x[i]);
+    }
   }
   // In units of the spread: location and log scale.
   const auto likelihood = [&](const std::array<double, 2>& at) {

@@ -2,6 +2,9 @@
 //
 // N. L. Johnson, S. Kotz and N. Balakrishnan, Continuous Univariate Distributions, volume 2, 2nd
 // edition (1995), chapter 27.
+#include <algorithm>
+#include <cmath>
+
 #include "functions/distributions/beta_arrays.hpp"
 #include "functions/distributions/frame.hpp"
 #include "functions/distributions/gamma_functions.hpp"
@@ -118,6 +121,10 @@ FRatio FRatio::fit(Data x, const FitOptions& options) {
     return local;
   };
   const auto best = detail::maximize<2>(name, likelihood, {1.0, 1.0});
+  // So flat there that only rounding has ended the climb.
+  if (const double most = 2.0 * std::exp(std::max(best[0], best[1])); most > 1e7) {
+    detail::refuse(name, "x", "of a likelihood with a maximum; it still grows with df", most);
+  }
   return FRatio(2.0 * std::exp(best[0]), 2.0 * std::exp(best[1]));
 }
 

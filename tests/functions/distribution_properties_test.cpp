@@ -396,6 +396,11 @@ TEST(Distributions, FitsAreOfLargestLikelihood) {
     }
   });
   EXPECT_EQ(fits, 29);
+  // No maximum, whatever rounding makes of it.
+  EXPECT_THROW(Cauchy::fit({7.0, 2.0, 7.0, 5.0, 7.0, 1.0}), std::domain_error);
+  EXPECT_THROW(Cauchy::fit({2.0, 7.0, 5.0, 1.0}, {.weights = {1, 3, 1, 1}}), std::domain_error);
+  EXPECT_THROW(FRatio::fit({2.0, 6.0, 2.0}, {.weights = {5, 3, 2}}), std::domain_error);
+  EXPECT_THROW(FRatio::fit({6, 2, 2, 2, 6, 2, 2, 2, 2, 6}), std::domain_error);
 }
 
 TEST(Distributions, ImpossibleParametersAreRefused) {
