@@ -38,7 +38,7 @@ bool isForItsEffect(const Program& program) {
         return false;
       }
       const std::string_view name = text(called.value);
-      return name == "print" || name == "printf" || name == "read";
+      return name == "print" || name == "printf" || name == "plot" || name == "read";
     }
     default:
       return false;

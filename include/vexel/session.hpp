@@ -35,7 +35,7 @@ struct Outcome {
   int raisedLine = 0;
   int raisedColumn = 0;
   bool inProcedure = false;  // it was raised in a procedure that line and column call
-  bool effect = false;       // a loop, or a call of print, printf or read: it is for no value
+  bool effect = false;       // a loop, or a call of what prints, draws or reads
 };
 
 // A text and a place in it.

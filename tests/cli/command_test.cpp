@@ -252,6 +252,8 @@ TEST_F(CommandTest, WhatIsRunForItsEffectPrintsNoNull) {
       "'printf(\"a\\n\"); print(2); for i from 1 to 0 do i end; for i from 1 to 2 do i end; NULL;'";
   EXPECT_EQ(run("-e " + script).out, "a\n2\n2\nNULL\n");
   EXPECT_EQ(run("--json -e " + script).out, "a\nnull\n2\nnull\nnull\n2\nnull\n");
+  const std::string picture = (folder() / "picture.svg").string();
+  EXPECT_EQ(run("-e 'plot([1, 2], file = \"" + picture + "\");'").out, "");
   file("inner.vexel", "printf(\"a\\n\"); NULL; for i from 1 to 0 do i end;\n");
   const std::string outer = file("outer.vexel", "read(\"inner.vexel\");\n");
   EXPECT_EQ(run(outer).out, "a\nNULL\n");
