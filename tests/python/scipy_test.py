@@ -17,12 +17,12 @@ CONTINUOUS = {
     "norm": [], "lognorm": [(0.2, 2)], "uniform": [], "expon": [], "gamma": [(0.3, 50)], "beta": [(0.3, 20), (0.3, 20)],
     "chi2": [(0.5, 100)], "t": [(1, 100)], "f": [(1, 50), (1, 50)], "cauchy": [], "laplace": [], "logistic": [], "gumbel_r": [],
     "weibull_min": [(0.3, 8)], "pareto": [(0.5, 8)], "powerlaw": [(0.3, 8)], "rayleigh": [], "maxwell": [], "triang": [(0.1, 0.9)],
-    "invgauss": [(0.1, 3)], "moyal": [], "gennorm": [(0.5, 5)], "ncx2": [(1, 20), (0.1, 20)], "nct": [(2, 30), (-3, 3)]}
+    "invgauss": [(0.1, 3)], "moyal": [], "gennorm": [(0.5, 5)], "ncx2": [(1, 20), (0.1, 20)], "ncf": [(1, 20), (5, 40), (0.1, 20)], "nct": [(2, 30), (-3, 3)]}
 DISCRETE = {
     "bernoulli": [(0.1, 0.9)], "binom": [(1, 200), (0.1, 0.9)], "poisson": [(0.1, 200)], "geom": [(0.05, 0.95)],
     "nbinom": [(1, 50), (0.1, 0.9)], "hypergeom": [(60, 100), (5, 50), (5, 50)], "randint": [(-5, 5), (6, 50)]}
 WHOLE = {"binom": [0], "hypergeom": [0, 1, 2], "randint": [0, 1]}
-LOOSE = {"ncx2": 1e-7, "nct": 1e-6, "moyal": 1e-8, "triang": 1e-8}
+LOOSE = {"ncx2": 1e-7, "ncf": 1e-7, "nct": 1e-6, "moyal": 1e-8, "triang": 1e-8}
 
 
 @pytest.mark.parametrize("name", [*CONTINUOUS, *DISCRETE])
