@@ -264,7 +264,8 @@ void callOrder(Choices& choices) {
       return;
     }
     case 5: {
-      const auto c = vx::cumulative(x, {choices.one<vx::Cumulative>(4), weights, missing});
+      const auto c = vx::cumulative(
+          x, {.weights = weights, .kind = choices.one<vx::Cumulative>(4), .missing = missing});
       expect(c.size() == x.size(), "cumulative's size");
       return;
     }
@@ -285,8 +286,11 @@ void callSeries(Choices& choices) {
     case 0:
     case 1: {
       const Elements weights(choices, x.size(), choices.below(3) == 0);
-      const vx::MovingOptions options{choices.one<vx::Align>(3), choices.one<vx::Edges>(4),
-                                      choices.count(5), weights, choices.missing()};
+      vx::MovingOptions options{.weights = weights};
+      options.align = choices.one<vx::Align>(3);
+      options.edges = choices.one<vx::Edges>(4);
+      options.min_count = choices.count(5);
+      options.missing = choices.missing();
       const std::size_t window = choices.count(40);
       if (choices.below(3) == 0) {
         vx::moving(x, window, vx::Quantile{choices.probability()}, options);
