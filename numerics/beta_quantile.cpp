@@ -343,8 +343,12 @@ double FLaw::edgeQuantile(double p, Tail which) const {
     if (power > 1.25) {
       continue;  // the tail there is below all doubles
     }
-    const Edge edge(*this, upper);
     const bool own = upper == (which == Tail::upper);
+    const double rest = 0.5 * (upper ? nu1_ : nu2_);
+    if (power > 0.12 && rest < 1e4 && (!own || p > 1e-20)) {
+      continue;  // the tail there is below 1e-24: least^power (power + rest)^power, about
+    }
+    const Edge edge(*this, upper);
     if (own ? p < edge.outside : p > -std::expm1(edge.logOutside)) {
       const double log = own ? std::log(p) : std::log1p(-p);
       return edge.point(own ? p / edge.outside : (1.0 - p) / edge.outside, log - edge.logOutside);
