@@ -1,11 +1,12 @@
 """The jobs of docs/performance.md in NumPy, SciPy and bottleneck."""
 
+import math
 import time
 
 import bottleneck
 import numpy as np
 from scipy import optimize, special, stats
-from scipy.stats import qmc
+from scipy.stats import qmc, sampling
 
 
 def measure(job, count, run):
@@ -62,6 +63,23 @@ urn = np.arange(1, 1001) / np.arange(1, 1001).sum()
 measure("alias urn of 1000", n, lambda: random.choice(1000, n, p=urn))
 shuffled = large.copy()
 measure("shuffle of 10^7", 1, lambda: random.shuffle(shuffled))
+
+# UNU.RAN, as SciPy has it; what the user gives are Python's functions, asked for only when it is set up or rejects.
+class OwnLaw:
+    def pdf(self, x):
+        return math.exp(-x * x / 2)
+
+    def dpdf(self, x):
+        return -x * math.exp(-x * x / 2)
+
+    def cdf(self, x):
+        return 0.5 * math.erfc(-x * math.sqrt(0.5))
+
+
+rejection = sampling.TransformedDensityRejection(OwnLaw(), random_state=1)
+inversion = sampling.NumericalInversePolynomial(OwnLaw(), u_resolution=1e-12, random_state=1)
+measure("own log-concave density", n, lambda: rejection.rvs(n))
+measure("own distribution function", n, lambda: inversion.rvs(n))
 
 
 def call(job, low, high, f):
