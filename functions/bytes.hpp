@@ -111,7 +111,7 @@ class ByteReader {
  public:
   // what names the state in messages: "Sums".
   ByteReader(std::span<const std::uint8_t> in, std::string_view tag, std::uint32_t newestVersion,
-             const char* what)
+             const char* what, std::uint32_t oldestVersion = 1)
       : what_(what) {
     const std::string_view head(reinterpret_cast<const char*>(in.data()), in.size());
     if (in.size() < bytes::headSize + bytes::checksumSize || head.substr(0, 4) != "vexl" ||
@@ -119,9 +119,9 @@ class ByteReader {
       refuse("these are not its bytes");
     }
     version_ = bytes::taken<std::uint32_t>(in.data() + 8);
-    if (version_ == 0 || version_ > newestVersion) {
-      refuse("version " + std::to_string(version_) + ", this library reads 1 to " +
-             std::to_string(newestVersion));
+    if (version_ < oldestVersion || version_ > newestVersion) {
+      refuse("version " + std::to_string(version_) + ", this library reads " +
+             std::to_string(oldestVersion) + " to " + std::to_string(newestVersion));
     }
     const auto size = bytes::taken<std::uint64_t>(in.data() + 12);
     if (size != in.size() - bytes::headSize - bytes::checksumSize) {

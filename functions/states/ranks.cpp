@@ -267,8 +267,7 @@ std::vector<std::uint8_t> Ranks::to_bytes() const {
 }
 
 Ranks Ranks::from_bytes(std::span<const std::uint8_t> bytes) {
-  ByteReader in(bytes, "rank", kVersion, "Ranks");
-  in.check(in.version() == kVersion, "an older version's passes took other bits");
+  ByteReader in(bytes, "rank", kVersion, "Ranks", kVersion);
   const Missing policy = getMissing(in);
   const auto method = in.get<std::uint8_t>();
   in.check(method <= static_cast<std::uint8_t>(QuantileMethod::normal_unbiased),

@@ -121,10 +121,6 @@ void pushHandles(Handles& handles, std::span<const Value> values) {
   }
 }
 
-}  // namespace
-
-namespace {
-
 // An argument sequence of handle(0), ... handle(n - 1), which may collect: they go straight to
 // where the collector finds them.
 template <typename F>

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
-#include <stdexcept>
+#include <string_view>
 #include <vexel/states.hpp>
 
 #include "builtins/functions/call.hpp"
@@ -58,10 +58,14 @@ ALGEB partOf(State& state, const S& s) {
 template <typename S>
 constexpr const char* kName = nullptr;
 template <typename S>
+constexpr std::string_view kTag{};  // what its bytes begin with, behind "vexl"
+template <typename S>
 constexpr Part<S> kParts[1] = {};
 
 template <>
 constexpr const char* kName<Sums> = "Sums";
+template <>
+constexpr std::string_view kTag<Sums> = "sums";
 template <>
 constexpr Part<Sums> kParts<Sums>[] = {{"sum", partOf<&Sums::sum>},
                                        {"mean", partOf<&Sums::mean>},
@@ -71,6 +75,8 @@ constexpr Part<Sums> kParts<Sums>[] = {{"sum", partOf<&Sums::sum>},
 template <>
 constexpr const char* kName<Moments> = "Moments";
 template <>
+constexpr std::string_view kTag<Moments> = "mome";
+template <>
 constexpr Part<Moments> kParts<Moments>[] = {
     {"mean", partOf<&Moments::mean>},         {"var", partOf<&Moments::var>},
     {"std", partOf<&Moments::std>},           {"skewness", partOf<&Moments::skewness>},
@@ -79,12 +85,16 @@ constexpr Part<Moments> kParts<Moments>[] = {
 template <>
 constexpr const char* kName<Covariance> = "Covariance";
 template <>
+constexpr std::string_view kTag<Covariance> = "cova";
+template <>
 constexpr Part<Covariance> kParts<Covariance>[] = {
     {"mean", partOf<&Covariance::mean>},   {"cov", partOf<&Covariance::cov>},
     {"corr", partOf<&Covariance::corr>},   {"weight", partOf<&Covariance::weight>},
     {"count", partOf<&Covariance::count>}, {"missing", partOf<&Covariance::missing>}};
 template <>
 constexpr const char* kName<Extremes> = "Extremes";
+template <>
+constexpr std::string_view kTag<Extremes> = "extr";
 template <>
 constexpr Part<Extremes> kParts<Extremes>[] = {{"min", partOf<&Extremes::min>},
                                                {"max", partOf<&Extremes::max>},
@@ -93,11 +103,15 @@ constexpr Part<Extremes> kParts<Extremes>[] = {{"min", partOf<&Extremes::min>},
 template <>
 constexpr const char* kName<Tally> = "Tally";
 template <>
+constexpr std::string_view kTag<Tally> = "taly";
+template <>
 constexpr Part<Tally> kParts<Tally>[] = {{"values", partOf<&Tally::values>},
                                          {"counts", partOf<&Tally::counts>},
                                          {"missing", partOf<&Tally::missing>}};
 template <>
 constexpr const char* kName<Histogram> = "Histogram";
+template <>
+constexpr std::string_view kTag<Histogram> = "hist";
 template <>
 constexpr Part<Histogram> kParts<Histogram>[] = {{"counts", partOf<&Histogram::counts>},
                                                  {"edges", partOf<&Histogram::edges>},
@@ -105,11 +119,15 @@ constexpr Part<Histogram> kParts<Histogram>[] = {{"counts", partOf<&Histogram::c
 template <>
 constexpr const char* kName<DensityGrid> = "DensityGrid";
 template <>
+constexpr std::string_view kTag<DensityGrid> = "dgrd";
+template <>
 constexpr Part<DensityGrid> kParts<DensityGrid>[] = {{"x", partOf<&DensityGrid::x>},
                                                      {"weight", partOf<&DensityGrid::weight>},
                                                      {"missing", partOf<&DensityGrid::missing>}};
 template <>
 constexpr const char* kName<Ranks> = "Ranks";
+template <>
+constexpr std::string_view kTag<Ranks> = "rank";
 template <>
 constexpr Part<Ranks> kParts<Ranks>[] = {{"done", partOf<&Ranks::done>},
                                          {"pass", partOf<&Ranks::pass>},
@@ -215,20 +233,14 @@ ALGEB toBytes(Call& call) {
   return call.integers(bytes, nullptr);
 }
 
-// The state of that kind, null where the bytes are not its own.
-template <typename S>
-ALGEB stateFrom(Call& call, std::span<const std::uint8_t> bytes) {
-  try {
-    return hold(call, S::from_bytes(bytes));
-  } catch (const std::invalid_argument&) {
-    return nullptr;
-  }
-}
-
+// The state that the bytes say they are of, null where they name none.
 template <typename... S>
-ALGEB anyStateFrom(Call& call, std::span<const std::uint8_t> bytes) {
+ALGEB stateFrom(Call& call, std::span<const std::uint8_t> bytes) {
+  const std::string_view head(reinterpret_cast<const char*>(bytes.data()), bytes.size());
   ALGEB found = nullptr;
-  ((found = found != nullptr ? found : stateFrom<S>(call, bytes)), ...);
+  if (head.substr(0, 4) == "vexl") {
+    ((found = head.substr(4, 4) == kTag<S> ? hold(call, S::from_bytes(bytes)) : found), ...);
+  }
   return found;
 }
 
@@ -242,20 +254,19 @@ ALGEB fromBytes(Call& call) {
     }
     bytes[i] = static_cast<std::uint8_t>(data[i]);
   }
-  try {
-    return newForeign(call.state(), Tag::foreign,
-                      std::make_unique<RandomObject>(
-                          Random::from_bytes(std::as_bytes(std::span(std::as_const(bytes))))),
-                      2048);
-  } catch (const std::invalid_argument&) {  // of something else
-  }
   const ALGEB found =
-      anyStateFrom<Sums, Moments, Covariance, Extremes, Tally, Histogram, DensityGrid, Ranks>(
-          call, bytes);
-  if (found == nullptr) {
+      stateFrom<Sums, Moments, Covariance, Extremes, Tally, Histogram, DensityGrid, Ranks>(call,
+                                                                                           bytes);
+  if (found != nullptr) {
+    return found;
+  }
+  if (bytes.size() < 3 || bytes[0] != 'V' || bytes[1] != 'X' || bytes[2] != 'R') {
     call.refuse("bytes", "what to_bytes has given");
   }
-  return found;
+  return newForeign(call.state(), Tag::foreign,
+                    std::make_unique<RandomObject>(
+                        Random::from_bytes(std::as_bytes(std::span(std::as_const(bytes))))),
+                    2048);
 }
 
 ALGEB nextPass(Call& call) {
