@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
-"""Writes numerics/special_tables.hpp: the polynomials of the special functions.
+"""Writes numerics/special/special_tables.hpp: the polynomials of the special functions.
 
-usage: special_tables.py > numerics/special_tables.hpp
+usage: special_tables.py > numerics/special/special_tables.hpp
 
 Chebyshev fits, turned into powers of a variable in [-1, 1], and the double series of N. M. Temme's
 uniform expansion of the incomplete gamma functions: The asymptotic expansion of the incomplete gamma

@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
-"""Writes numerics/stirling_tables.hpp: the Stirling error at halves of whole numbers, and its fits between.
+"""Writes numerics/special/stirling_tables.hpp: the Stirling error at halves of whole numbers, and its fits between.
 
-usage: stirling_tables.py > numerics/stirling_tables.hpp
+usage: stirling_tables.py > numerics/special/stirling_tables.hpp
 
 A fit interpolates at the zeros of the Chebyshev polynomial of one degree more.
 """

@@ -7,12 +7,12 @@
 #include <mutex>
 #include <optional>
 
+#include "functions/data/elements.hpp"
 #include "functions/density/grid.hpp"
 #include "functions/density/kernels.hpp"
-#include "functions/elements.hpp"
 #include "kernels/binning.hpp"
 #include "kernels/watch.hpp"
-#include "numerics/rank_words.hpp"
+#include "numerics/sorting/rank_words.hpp"
 #include "vexel/descriptive.hpp"
 
 namespace vexel {

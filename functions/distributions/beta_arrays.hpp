@@ -7,7 +7,7 @@
 #include <span>
 
 #include "kernels/vector/beta_series.hpp"
-#include "numerics/beta_law.hpp"
+#include "numerics/laws/beta_law.hpp"
 
 namespace vexel::detail {
 

@@ -4,7 +4,7 @@
 // chapter 3.
 #include "functions/distributions/precise.hpp"
 #include "functions/distributions/whole_numbers.hpp"
-#include "numerics/beta_law.hpp"
+#include "numerics/laws/beta_law.hpp"
 #include "vexel/distributions/discrete.hpp"
 
 namespace vexel {

@@ -8,7 +8,7 @@
 #include "functions/distributions/gamma_functions.hpp"
 #include "functions/distributions/maximize.hpp"
 #include "functions/distributions/precise.hpp"
-#include "numerics/gamma_law.hpp"
+#include "numerics/laws/gamma_law.hpp"
 #include "vexel/distributions/gamma.hpp"
 
 namespace vexel {

@@ -10,7 +10,7 @@
 #include "functions/distributions/gamma_functions.hpp"
 #include "functions/distributions/maximize.hpp"
 #include "functions/distributions/precise.hpp"
-#include "numerics/beta_law.hpp"
+#include "numerics/laws/beta_law.hpp"
 #include "vexel/distributions/beta.hpp"
 
 namespace vexel {

@@ -10,8 +10,8 @@
 #include "functions/distributions/gamma_functions.hpp"
 #include "functions/distributions/maximize.hpp"
 #include "functions/distributions/precise.hpp"
-#include "numerics/gamma_law.hpp"
-#include "numerics/special.hpp"
+#include "numerics/laws/gamma_law.hpp"
+#include "numerics/special/special.hpp"
 
 namespace vexel {
 

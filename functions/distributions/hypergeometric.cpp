@@ -6,7 +6,7 @@
 
 #include "functions/distributions/precise.hpp"
 #include "functions/distributions/whole_numbers.hpp"
-#include "numerics/hypergeometric_law.hpp"
+#include "numerics/laws/hypergeometric_law.hpp"
 #include "vexel/distributions/discrete.hpp"
 
 namespace vexel {

@@ -13,8 +13,8 @@
 #include "functions/distributions/frame.hpp"
 #include "functions/distributions/normal_tails.hpp"
 #include "functions/distributions/precise.hpp"
-#include "numerics/inversion.hpp"
-#include "numerics/normal_functions.hpp"
+#include "numerics/special/inversion.hpp"
+#include "numerics/special/normal_functions.hpp"
 #include "vexel/distributions/normal.hpp"
 
 namespace vexel {

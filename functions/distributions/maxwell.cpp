@@ -6,7 +6,7 @@
 
 #include "functions/distributions/frame.hpp"
 #include "functions/distributions/precise.hpp"
-#include "numerics/gamma_law.hpp"
+#include "numerics/laws/gamma_law.hpp"
 #include "vexel/distributions/normal.hpp"
 
 namespace vexel {

@@ -8,7 +8,7 @@
 #include "functions/distributions/normal_tails.hpp"
 #include "functions/distributions/precise.hpp"
 #include "functions/distributions/tilted_fit.hpp"
-#include "numerics/normal_functions.hpp"
+#include "numerics/special/normal_functions.hpp"
 #include "vexel/distributions/normal.hpp"
 
 namespace vexel {

@@ -8,8 +8,8 @@
 #include "functions/distributions/maximize.hpp"
 #include "functions/distributions/precise.hpp"
 #include "functions/distributions/whole_numbers.hpp"
-#include "numerics/beta_law.hpp"
-#include "numerics/gamma_law.hpp"
+#include "numerics/laws/beta_law.hpp"
+#include "numerics/laws/gamma_law.hpp"
 #include "vexel/distributions/discrete.hpp"
 
 namespace vexel {

@@ -3,7 +3,7 @@
 // N. L. Johnson, S. Kotz and N. Balakrishnan, Continuous Univariate Distributions, volume 2, 2nd
 // edition (1995), chapter 30.
 #include "functions/distributions/poisson_mixture.hpp"
-#include "numerics/gamma_law.hpp"
+#include "numerics/laws/gamma_law.hpp"
 #include "vexel/distributions/beta.hpp"
 #include "vexel/distributions/noncentral.hpp"
 
@@ -68,7 +68,8 @@ double Formulas<NonCentralBeta>::mixed(F f) const {
   const double reach = 10.0 * std::sqrt(mean) + 40.0;
   Sum sum;
   Sum weights;
-  // Of many smooth terms every step-th one gives the same quotient (numerics/wide_mixture.hpp).
+  // Of many smooth terms every step-th one gives the same quotient
+  // (numerics/laws/wide_mixture.hpp).
   const double step = mean > 1e4 ? std::exp2(std::floor(std::log2(0.25 * std::sqrt(mean)))) : 1.0;
   for (double j = std::fmax(0.0, step * std::floor((mean - reach) / step)); j <= mean + reach;
        j += step) {

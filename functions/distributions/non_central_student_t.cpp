@@ -4,7 +4,7 @@
 // edition (1995), chapter 31.
 #include "functions/distributions/frame.hpp"
 #include "functions/distributions/gamma_functions.hpp"
-#include "numerics/noncentral_student_law.hpp"
+#include "numerics/laws/noncentral_student_law.hpp"
 #include "vexel/distributions/noncentral.hpp"
 
 namespace vexel {

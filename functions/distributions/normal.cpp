@@ -10,7 +10,7 @@
 #include "functions/distributions/normal_tails.hpp"
 #include "functions/distributions/precise.hpp"
 #include "kernels/normal.hpp"
-#include "numerics/normal_functions.hpp"
+#include "numerics/special/normal_functions.hpp"
 
 namespace vexel {
 

@@ -5,7 +5,7 @@
 #include <numbers>
 
 #include "functions/distributions/precise.hpp"
-#include "numerics/normal_functions.hpp"
+#include "numerics/special/normal_functions.hpp"
 
 namespace vexel::detail {
 

@@ -7,8 +7,8 @@
 #include <stdexcept>
 #include <string>
 
+#include "functions/data/text.hpp"
 #include "functions/distributions/checks.hpp"
-#include "functions/text.hpp"
 #include "vexel/ordering.hpp"
 
 namespace vexel::detail {

@@ -4,7 +4,7 @@
 // chapter 4.
 #include "functions/distributions/precise.hpp"
 #include "functions/distributions/whole_numbers.hpp"
-#include "numerics/gamma_law.hpp"
+#include "numerics/laws/gamma_law.hpp"
 #include "vexel/distributions/discrete.hpp"
 
 namespace vexel {

@@ -4,7 +4,7 @@
 #include <cmath>
 
 #include "functions/distributions/frame.hpp"
-#include "numerics/noncentral_laws.hpp"
+#include "numerics/laws/noncentral_laws.hpp"
 
 namespace vexel::detail {
 

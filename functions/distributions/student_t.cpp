@@ -11,7 +11,7 @@
 #include "functions/distributions/frame.hpp"
 #include "functions/distributions/gamma_functions.hpp"
 #include "functions/distributions/maximize.hpp"
-#include "numerics/student_law.hpp"
+#include "numerics/laws/student_law.hpp"
 #include "vexel/distributions/beta.hpp"
 
 namespace vexel {

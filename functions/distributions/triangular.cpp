@@ -7,10 +7,10 @@
 #include <numbers>
 #include <utility>
 
+#include "functions/data/text.hpp"
 #include "functions/distributions/frame.hpp"
 #include "functions/distributions/maximize.hpp"
 #include "functions/distributions/precise.hpp"
-#include "functions/text.hpp"
 #include "vexel/distributions/elementary.hpp"
 
 namespace vexel {

@@ -1,9 +1,9 @@
 // The uniform law on an interval.
 #include <numeric>
 
+#include "functions/data/text.hpp"
 #include "functions/distributions/frame.hpp"
 #include "functions/distributions/precise.hpp"
-#include "functions/text.hpp"
 #include "vexel/distributions/elementary.hpp"
 
 namespace vexel {

@@ -4,7 +4,7 @@
 #include <cmath>
 
 #include "functions/distributions/frame.hpp"
-#include "numerics/normal_functions.hpp"
+#include "numerics/special/normal_functions.hpp"
 
 namespace vexel::detail {
 

@@ -15,7 +15,7 @@
 #include <vector>
 
 #include "kernels/watch.hpp"
-#include "numerics/deviance.hpp"
+#include "numerics/interface/deviance.hpp"
 
 namespace vexel {
 

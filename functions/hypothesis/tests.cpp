@@ -5,7 +5,7 @@
 #include <cmath>
 #include <limits>
 
-#include "functions/elements.hpp"
+#include "functions/data/elements.hpp"
 #include "functions/hypothesis/kolmogorov.hpp"
 #include "kernels/running_sum.hpp"
 #include "vexel/hypothesis.hpp"

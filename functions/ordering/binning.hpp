@@ -13,7 +13,7 @@
 #include <type_traits>
 #include <vector>
 
-#include "functions/elements.hpp"
+#include "functions/data/elements.hpp"
 #include "kernels/exact_totals.hpp"
 #include "vexel/ordering.hpp"
 

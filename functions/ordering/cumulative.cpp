@@ -3,7 +3,7 @@
 #include <cmath>
 #include <limits>
 
-#include "functions/elements.hpp"
+#include "functions/data/elements.hpp"
 #include "kernels/running_sum.hpp"
 #include "kernels/variates/lanes.hpp"
 #include "kernels/watch.hpp"

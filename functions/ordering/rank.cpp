@@ -1,9 +1,9 @@
 // Positions and ranks in sorted order, from the numerical library's words of key and position.
 #include <limits>
 
-#include "functions/elements.hpp"
+#include "functions/data/elements.hpp"
 #include "kernels/watch.hpp"
-#include "numerics/rank_words.hpp"
+#include "numerics/sorting/rank_words.hpp"
 #include "vexel/ordering.hpp"
 
 namespace vexel {

@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <new>
 
-#include "functions/elements.hpp"
+#include "functions/data/elements.hpp"
 #include "vexel/ordering.hpp"
 
 namespace vexel {

@@ -7,11 +7,11 @@
 #include <bit>
 #include <limits>
 
-#include "functions/elements.hpp"
+#include "functions/data/elements.hpp"
 #include "functions/ordering/levels.hpp"
 #include "kernels/exact_totals.hpp"
 #include "kernels/watch.hpp"
-#include "numerics/rank_words.hpp"
+#include "numerics/sorting/rank_words.hpp"
 #include "vexel/ordering.hpp"
 
 namespace vexel {

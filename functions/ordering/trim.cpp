@@ -2,8 +2,8 @@
 #include <algorithm>
 #include <cmath>
 
-#include "functions/elements.hpp"
-#include "numerics/rank_words.hpp"
+#include "functions/data/elements.hpp"
+#include "numerics/sorting/rank_words.hpp"
 #include "vexel/ordering.hpp"
 
 namespace vexel {

@@ -7,7 +7,7 @@
 #include <stdexcept>
 #include <string>
 
-#include "functions/text.hpp"
+#include "functions/data/text.hpp"
 
 namespace vexel::own_laws {
 

@@ -5,7 +5,7 @@
 #include <limits>
 #include <stdexcept>
 
-#include "functions/text.hpp"
+#include "functions/data/text.hpp"
 #include "kernels/variates/ziggurat.hpp"
 
 namespace vexel::own_laws {

@@ -5,8 +5,8 @@
 #include <limits>
 #include <stdexcept>
 
+#include "functions/data/text.hpp"
 #include "functions/own_laws/survey.hpp"
-#include "functions/text.hpp"
 
 namespace vexel::detail {
 

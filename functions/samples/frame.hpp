@@ -9,7 +9,7 @@
 #include <span>
 #include <vector>
 
-#include "functions/pieces.hpp"
+#include "functions/data/pieces.hpp"
 #include "vexel/distributions/law.hpp"
 #include "vexel/random.hpp"
 

@@ -7,7 +7,7 @@
 #include <new>
 #include <numeric>
 
-#include "functions/elements.hpp"
+#include "functions/data/elements.hpp"
 #include "kernels/double_double.hpp"
 #include "kernels/running_sum.hpp"
 #include "kernels/watch.hpp"

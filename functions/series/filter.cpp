@@ -5,7 +5,7 @@
 #include <cmath>
 #include <limits>
 
-#include "functions/elements.hpp"
+#include "functions/data/elements.hpp"
 #include "kernels/watch.hpp"
 #include "vexel/series.hpp"
 

@@ -3,7 +3,7 @@
 #include <cmath>
 #include <limits>
 
-#include "functions/elements.hpp"
+#include "functions/data/elements.hpp"
 #include "functions/series/windows.hpp"
 #include "kernels/moving_sums.hpp"
 #include "kernels/running_sum.hpp"

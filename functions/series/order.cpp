@@ -8,9 +8,9 @@
 #include <cmath>
 #include <limits>
 
-#include "functions/quantiles.hpp"
+#include "functions/descriptive/quantiles.hpp"
 #include "functions/series/windows.hpp"
-#include "numerics/rank_words.hpp"
+#include "numerics/sorting/rank_words.hpp"
 
 namespace vexel {
 

@@ -4,7 +4,7 @@
 #include <cmath>
 #include <limits>
 
-#include "functions/elements.hpp"
+#include "functions/data/elements.hpp"
 #include "kernels/binning.hpp"
 #include "kernels/moving_sums.hpp"
 

@@ -6,9 +6,9 @@
 #include <stdexcept>
 #include <string>
 
-#include "functions/sample.hpp"
+#include "functions/data/sample.hpp"
+#include "functions/data/text.hpp"
 #include "functions/states/exact.hpp"
-#include "functions/text.hpp"
 #include "kernels/watch.hpp"
 
 namespace vexel {

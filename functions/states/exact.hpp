@@ -4,7 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "functions/bytes.hpp"
+#include "functions/data/bytes.hpp"
 #include "kernels/exact_sum.hpp"
 #include "kernels/whole.hpp"
 #include "vexel/data.hpp"

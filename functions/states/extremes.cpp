@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "functions/sample.hpp"
+#include "functions/data/sample.hpp"
 #include "functions/states/exact.hpp"
 
 namespace vexel {

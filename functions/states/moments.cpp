@@ -4,7 +4,7 @@
 #include <stdexcept>
 #include <string>
 
-#include "functions/sample.hpp"
+#include "functions/data/sample.hpp"
 #include "functions/states/exact.hpp"
 #include "kernels/power_sums.hpp"
 #include "kernels/vector/power_columns.hpp"

@@ -6,9 +6,9 @@
 #include <bitset>
 #include <limits>
 
-#include "functions/quantiles.hpp"
+#include "functions/descriptive/quantiles.hpp"
 #include "functions/states/totals_bytes.hpp"
-#include "numerics/sort_keys.hpp"
+#include "numerics/sorting/sort_keys.hpp"
 
 namespace vexel {
 

@@ -1,6 +1,6 @@
 #include "vexel/states/sums.hpp"
 
-#include "functions/sample.hpp"
+#include "functions/data/sample.hpp"
 #include "functions/states/exact.hpp"
 
 namespace vexel {

@@ -6,8 +6,8 @@
 #include <memory>
 #include <vector>
 
-#include "functions/bytes.hpp"
-#include "functions/elements.hpp"
+#include "functions/data/bytes.hpp"
+#include "functions/data/elements.hpp"
 #include "kernels/exact_totals.hpp"
 #include "kernels/watch.hpp"
 

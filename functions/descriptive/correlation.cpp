@@ -1,0 +1,214 @@
+// Correlations by rank: Spearman's and Kendall's.
+
+#include "functions/descriptive/correlation.hpp"
+
+#include <algorithm>
+#include <bit>
+#include <cmath>
+#include <cstdint>
+#include <utility>
+#include <vector>
+
+#include "kernels/double_double.hpp"
+#include "numerics/sorting/radix_sort.hpp"
+#include "numerics/sorting/sort_keys.hpp"
+
+namespace vexel {
+
+namespace {
+
+using kernels::DoubleDouble;
+
+// The present pairs of two columns; false when the result is NaN.
+struct Pairs {
+  std::vector<double> x;
+  std::vector<double> y;
+  std::vector<double> w;  // 1 each without weights
+
+  bool gather(const Rows& rows, std::size_t i, std::size_t j) {
+    const Rows two = rows.only({i, j});
+    const auto found =
+        two.present([&](const double* const* c, const double* weight, std::size_t n) {
+          x.insert(x.end(), c[0], c[0] + n);
+          y.insert(y.end(), c[1], c[1] + n);
+          w.resize(w.size() + n, 1.0);
+          if (weight != nullptr) {
+            std::copy_n(weight, n, w.end() - static_cast<std::ptrdiff_t>(n));
+          }
+        });
+    return !two.undefined(found);
+  }
+};
+
+struct Place {
+  std::uint64_t key;
+  std::size_t index;
+};
+
+std::vector<Place> inOrder(const std::vector<double>& x) {
+  std::vector<Place> places(x.size());
+  std::vector<Place> scratch(x.size());
+  for (std::size_t i = 0; i < x.size(); ++i) {
+    places[i] = {nag2::ascendingKey(x[i]), i};
+  }
+  nag2::radixSort(places.data(), scratch.data(), x.size(), false,
+                  [](const Place& p) { return p.key; });
+  return places;
+}
+
+// Average ranks, of a point of weight w as if it were there w times.
+std::vector<double> ranksOf(const std::vector<double>& x, const std::vector<double>& w) {
+  const std::vector<Place> places = inOrder(x);
+  std::vector<double> ranks(x.size());
+  DoubleDouble before = 0.0;
+  for (std::size_t i = 0; i < places.size();) {
+    DoubleDouble group = 0.0;
+    std::size_t end = i;
+    for (; end < places.size() && places[end].key == places[i].key; ++end) {
+      group = group + DoubleDouble(w[places[end].index]);
+    }
+    const double rank = (before + (group + DoubleDouble(1.0)) * DoubleDouble(0.5)).high;
+    for (; i < end; ++i) {
+      ranks[places[i].index] = rank;
+    }
+    before = before + group;
+  }
+  return ranks;
+}
+
+struct Ranked {
+  std::uint64_t x;
+  std::uint64_t y;
+  double w;
+};
+
+// The sum of squares of the weights of groups: runs for which same(a, b) of neighbours holds.
+template <typename Same>
+DoubleDouble squaredGroups(const std::vector<Ranked>& all, Same same) {
+  DoubleDouble sum = 0.0;
+  for (std::size_t i = 0; i < all.size();) {
+    DoubleDouble group = 0.0;
+    const std::size_t first = i;
+    for (; i < all.size() && same(all[first], all[i]); ++i) {
+      group = group + DoubleDouble(all[i].w);
+    }
+    sum = sum + group * group;
+  }
+  return sum;
+}
+
+// Merges two runs sorted by y; the weight of pairs that change places is returned.
+DoubleDouble merge(const Ranked* left, const Ranked* middle, const Ranked* end, Ranked* to) {
+  DoubleDouble changed = 0.0;
+  double remaining = 0.0;
+  for (const Ranked* p = left; p < middle; ++p) {
+    remaining += p->w;
+  }
+  const Ranked* right = middle;
+  while (left < middle && right < end) {
+    if (right->y < left->y) {
+      changed = changed + DoubleDouble::productOf(remaining, right->w);
+      *to++ = *right++;
+    } else {
+      remaining -= left->w;
+      *to++ = *left++;
+    }
+  }
+  std::copy(right, end, std::copy(left, middle, to));
+  return changed;
+}
+
+// The weight of pairs in the wrong order of y; all is sorted by y afterwards.
+DoubleDouble sortCounting(std::vector<Ranked>& all) {
+  std::vector<Ranked> scratch(all.size());
+  DoubleDouble changed = 0.0;
+  const std::size_t n = all.size();
+  const auto passes = static_cast<double>(std::bit_width(n));
+  for (std::size_t width = 1; width < n; width *= 2) {
+    for (std::size_t i = 0; i < n; i += 2 * width) {
+      if (i % kernels::pollInterval == 0) {
+        const auto pass = static_cast<double>(std::bit_width(width) - 1);
+        kernels::poll((pass + static_cast<double>(i) / static_cast<double>(n)) / passes);
+      }
+      const std::size_t middle = std::min(i + width, n);
+      const std::size_t end = std::min(i + 2 * width, n);
+      changed = changed + merge(&all[i], all.data() + middle, all.data() + end, &scratch[i]);
+    }
+    all.swap(scratch);
+  }
+  return changed;
+}
+
+}  // namespace
+
+double spearman(const Rows& rows, std::size_t i, std::size_t j) {
+  Pairs pairs;
+  if (!pairs.gather(rows, i, j)) {
+    return kNaN;
+  }
+  const std::vector<double> x = ranksOf(pairs.x, pairs.w);
+  const std::vector<double> y = ranksOf(pairs.y, pairs.w);
+  const Data columns[] = {x, y};
+  Rows ranks(rows.function(), columns, rows.weighted() ? Data(pairs.w) : Data(),
+             Missing::propagate);
+  return pearsonOf(comoments(ranks, true), 0, 1);
+}
+
+// tau-b by counting exchanges (W. R. Knight, A computer method for calculating Kendall's tau with
+// ungrouped data, 1966).  Twice the weight of pairs that are not tied is W^2 less the squared
+// weights of the groups of ties, for repeated points as well.
+double kendall(const Rows& rows, std::size_t i, std::size_t j) {
+  Pairs pairs;
+  if (!pairs.gather(rows, i, j)) {
+    return kNaN;
+  }
+  std::vector<Ranked> all(pairs.x.size());
+  DoubleDouble total = 0.0;
+  for (std::size_t k = 0; k < all.size(); ++k) {
+    all[k] = {nag2::ascendingKey(pairs.x[k]), nag2::ascendingKey(pairs.y[k]), pairs.w[k]};
+    total = total + DoubleDouble(pairs.w[k]);
+  }
+  std::vector<Ranked> scratch(all.size());
+  nag2::radixSort(all.data(), scratch.data(), all.size(), false,
+                  [](const Ranked& r) { return r.y; });
+  nag2::radixSort(all.data(), scratch.data(), all.size(), false,
+                  [](const Ranked& r) { return r.x; });
+  const auto sameX = [](const Ranked& a, const Ranked& b) { return a.x == b.x; };
+  const auto sameY = [](const Ranked& a, const Ranked& b) { return a.y == b.y; };
+  const auto same = [&](const Ranked& a, const Ranked& b) { return sameX(a, b) && sameY(a, b); };
+  const DoubleDouble square = total * total;
+  const DoubleDouble tiedX = squaredGroups(all, sameX);
+  const DoubleDouble tiedBoth = squaredGroups(all, same);
+  const DoubleDouble discordant = sortCounting(all);
+  const DoubleDouble tiedY = squaredGroups(all, sameY);
+  const DoubleDouble untiedX = square - tiedX;
+  const DoubleDouble untiedY = square - tiedY;
+  if (!(untiedX.high > 0.0) || !(untiedY.high > 0.0)) {
+    return kNaN;
+  }
+  const DoubleDouble difference =
+      untiedX - tiedY + tiedBoth - DoubleDouble(4.0) * discordant;  // twice P - Q
+  return std::clamp((difference / (sqrt(untiedX) * sqrt(untiedY))).high, -1.0, 1.0);
+}
+
+CompleteRows::CompleteRows(const Rows& rows) : function_(rows.function()), columns_(rows.width()) {
+  const auto found = rows.present([&](const double* const* c, const double* w, std::size_t n) {
+    for (std::size_t j = 0; j < columns_.size(); ++j) {
+      columns_[j].insert(columns_[j].end(), c[j], c[j] + n);
+    }
+    if (w != nullptr) {
+      weights_.insert(weights_.end(), w, w + n);
+    }
+  });
+  if (rows.undefined(found)) {
+    columns_.assign(rows.width(), {});
+    weights_.clear();
+  }
+}
+
+Rows CompleteRows::rows() const {
+  const std::vector<Data> columns(columns_.begin(), columns_.end());
+  return {function_, columns, weights_.empty() ? Data() : Data(weights_), Missing::propagate};
+}
+
+}  // namespace vexel

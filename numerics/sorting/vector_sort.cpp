@@ -1,0 +1,213 @@
+// Sorting and parting of integers with vector instructions: what the Highway library offers, or
+// nothing.
+//
+// The first half of this file is compiled once for each set of instructions, in a namespace each;
+// the second half, once, picks among them at run time.
+
+#include "numerics/sorting/vector_sort.hpp"
+
+#ifdef NAG2_HAVE_HIGHWAY
+
+#ifndef HWY_DISABLED_TARGETS
+#define HWY_DISABLED_TARGETS \
+  (HWY_SSSE3 | HWY_SSE4)  // vectorSortServes leaves them to the radix sorts
+#endif
+#include <hwy/contrib/sort/vqsort.h>
+#include <hwy/targets.h>
+
+#include <limits>
+
+#include "numerics/sorting/sort_keys.hpp"
+
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "numerics/sorting/vector_sort.cpp"
+#include <hwy/foreach_target.h>
+// After it, as it wants:
+#include <hwy/highway.h>
+
+HWY_BEFORE_NAMESPACE();
+namespace nag2::HWY_NAMESPACE {
+namespace {
+
+namespace hn = hwy::HWY_NAMESPACE;
+
+// An element, or a vector of them, as integers in their order, and whether these go before the
+// pivot.
+template <typename Integer>
+class Sides {
+ public:
+  using Tag = hn::ScalableTag<Integer>;
+  using Vector = hn::Vec<Tag>;
+
+  explicit Sides(Parting<Integer> by) : by_(by) {}
+
+  Integer integer(Integer bits) const { return by_.floats ? mirrorNegative(bits) : bits; }
+  bool isBefore(Integer integer) const {
+    return by_.descending ? by_.pivot < integer : integer < by_.pivot;
+  }
+
+  Vector integers(Vector bits) const {
+    const Vector allButSign = hn::Set(Tag(), std::numeric_limits<Integer>::max());
+    return by_.floats ? hn::Xor(bits, hn::And(hn::BroadcastSignBit(bits), allButSign)) : bits;
+  }
+  hn::Mask<Tag> areBefore(Vector integers) const {
+    const Vector pivot = hn::Set(Tag(), by_.pivot);
+    return by_.descending ? hn::Lt(pivot, integers) : hn::Lt(integers, pivot);
+  }
+
+ private:
+  Parting<Integer> by_;
+};
+
+// The bits of infinity.
+constexpr std::int32_t kInfinity32 = 0x7F800000;
+constexpr std::int64_t kInfinity64 = 0x7FF0000000000000;
+
+template <typename Integer>
+BlockFacts<Integer> lookThroughAll(const Integer* x, std::size_t n, Parting<Integer> by) {
+  const Sides<Integer> sides(by);
+  const typename Sides<Integer>::Tag d;
+  const Integer infinity = static_cast<Integer>(sizeof(Integer) == 4 ? kInfinity32 : kInfinity64);
+  BlockFacts<Integer> facts{0, 0, false};
+  const auto zero = hn::Zero(d);
+  const auto allButSign = hn::Set(d, std::numeric_limits<Integer>::max());
+  const auto largest = hn::Set(d, infinity);
+  auto before = zero;
+  auto bits = zero;
+  auto special = hn::FirstN(d, 0);
+  std::size_t i = 0;
+  for (; i + hn::Lanes(d) <= n; i += hn::Lanes(d)) {
+    const auto v = hn::LoadU(d, x + i);
+    const auto size = hn::And(v, allButSign);
+    bits = hn::Or(bits, v);
+    special = hn::Or(special, hn::Or(hn::Eq(size, zero), hn::Lt(largest, size)));
+    before = hn::Sub(before, hn::VecFromMask(d, sides.areBefore(sides.integers(v))));
+  }
+  for (; i < n; ++i) {
+    const Integer size = x[i] & std::numeric_limits<Integer>::max();
+    facts.bits |= x[i];
+    facts.hasZeroOrNan |= size == 0 || infinity < size;
+    facts.before += sides.isBefore(sides.integer(x[i]));
+  }
+  facts.before += static_cast<std::size_t>(hn::GetLane(hn::SumOfLanes(d, before)));
+  facts.bits |= hn::AllFalse(d, hn::Lt(bits, zero)) ? 0 : std::numeric_limits<Integer>::min();
+  facts.hasZeroOrNan |= !hn::AllFalse(d, special);
+  return facts;
+}
+
+template <typename Integer>
+void partAll(const Integer* x, std::size_t n, Parting<Integer> by, Integer* front, Integer* back) {
+  const Sides<Integer> sides(by);
+  const typename Sides<Integer>::Tag d;
+  std::size_t i = 0;
+  for (; i + hn::Lanes(d) <= n; i += hn::Lanes(d)) {
+    const auto v = sides.integers(hn::LoadU(d, x + i));
+    const auto before = sides.areBefore(v);
+    front += hn::CompressBlendedStore(v, before, d, front);
+    back += hn::CompressBlendedStore(v, hn::Not(before), d, back);
+  }
+  for (; i < n; ++i) {
+    const Integer v = sides.integer(x[i]);
+    *(sides.isBefore(v) ? front : back)++ = v;
+  }
+}
+
+BlockFacts<std::int32_t> lookThrough32(const std::int32_t* x, std::size_t n,
+                                       Parting<std::int32_t> by) {
+  return lookThroughAll(x, n, by);
+}
+BlockFacts<std::int64_t> lookThrough64(const std::int64_t* x, std::size_t n,
+                                       Parting<std::int64_t> by) {
+  return lookThroughAll(x, n, by);
+}
+void part32(const std::int32_t* x, std::size_t n, Parting<std::int32_t> by, std::int32_t* front,
+            std::int32_t* back) {
+  partAll(x, n, by, front, back);
+}
+void part64(const std::int64_t* x, std::size_t n, Parting<std::int64_t> by, std::int64_t* front,
+            std::int64_t* back) {
+  partAll(x, n, by, front, back);
+}
+
+}  // namespace
+}  // namespace nag2::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+
+namespace nag2 {
+
+namespace {
+
+bool haveWideVectors() {
+  static const bool have = (hwy::SupportedTargets() & (HWY_AVX2 | HWY_AVX3 | HWY_AVX3_DL)) != 0;
+  return have;
+}
+
+template <typename T>
+void sortWith(T* x, std::size_t n, bool descending) {
+  const hwy::Sorter sorter;
+  if (descending) {
+    sorter(x, n, hwy::SortDescending());
+  } else {
+    sorter(x, n, hwy::SortAscending());
+  }
+}
+
+HWY_EXPORT(lookThrough32);
+HWY_EXPORT(lookThrough64);
+HWY_EXPORT(part32);
+HWY_EXPORT(part64);
+
+}  // namespace
+
+bool vectorSortServes(std::size_t n) {
+  constexpr std::size_t kFew = 256;  // done in a few microseconds by any sort
+  return n >= kFew && haveWideVectors();
+}
+
+void vectorSort(std::int32_t* x, std::size_t n, bool down) { sortWith(x, n, down); }
+void vectorSort(std::int64_t* x, std::size_t n, bool down) { sortWith(x, n, down); }
+void vectorSort(std::uint64_t* x, std::size_t n, bool down) { sortWith(x, n, down); }
+
+BlockFacts<std::int32_t> lookThrough(const std::int32_t* x, std::size_t n,
+                                     Parting<std::int32_t> by) {
+  return HWY_DYNAMIC_DISPATCH(lookThrough32)(x, n, by);
+}
+BlockFacts<std::int64_t> lookThrough(const std::int64_t* x, std::size_t n,
+                                     Parting<std::int64_t> by) {
+  return HWY_DYNAMIC_DISPATCH(lookThrough64)(x, n, by);
+}
+void part(const std::int32_t* x, std::size_t n, Parting<std::int32_t> by, std::int32_t* front,
+          std::int32_t* back) {
+  HWY_DYNAMIC_DISPATCH(part32)(x, n, by, front, back);
+}
+void part(const std::int64_t* x, std::size_t n, Parting<std::int64_t> by, std::int64_t* front,
+          std::int64_t* back) {
+  HWY_DYNAMIC_DISPATCH(part64)(x, n, by, front, back);
+}
+
+}  // namespace nag2
+
+#endif  // HWY_ONCE
+
+#else
+
+namespace nag2 {
+
+bool vectorSortServes(std::size_t) { return false; }
+void vectorSort(std::int32_t*, std::size_t, bool) {}
+void vectorSort(std::int64_t*, std::size_t, bool) {}
+void vectorSort(std::uint64_t*, std::size_t, bool) {}
+BlockFacts<std::int32_t> lookThrough(const std::int32_t*, std::size_t, Parting<std::int32_t>) {
+  return {};
+}
+BlockFacts<std::int64_t> lookThrough(const std::int64_t*, std::size_t, Parting<std::int64_t>) {
+  return {};
+}
+void part(const std::int32_t*, std::size_t, Parting<std::int32_t>, std::int32_t*, std::int32_t*) {}
+void part(const std::int64_t*, std::size_t, Parting<std::int64_t>, std::int64_t*, std::int64_t*) {}
+
+}  // namespace nag2
+
+#endif
