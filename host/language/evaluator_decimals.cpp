@@ -1,5 +1,11 @@
 // Arithmetic on floats of few digits as a whole, without an object for each value between: the same
 // operations in the same order, each rounded to Digits, as with objects.
+//
+// The walk reads literals, variables and names and calls nothing, so it may give up anywhere: the
+// caller starts again with objects, and nothing has happened twice.  It gives up where the value is
+// not a float of at most 18 digits, where two integers meet (their quotient is a fraction, which
+// stays exact), at zero, which is exact or has a sign, and far from 1, where a float's exponent
+// might run out of range.
 
 #include <cstdlib>
 
@@ -22,12 +28,16 @@ bool isPlain(const SmallDecimal& d) {
 
 }  // namespace
 
+// A variable that holds nothing yet is a null pointer here; the evaluator says what it stands for.
 bool Evaluator::decimalOf(ALGEB x, Decimals& result) {
   result.isExact = isInteger(x);
   return x != nullptr && (isImmediate(x) || isFloat(x)) && smallDecimalOf(x, result.value) &&
          isPlain(result.value);
 }
 
+// Sums and products from left to right.  The sum of an integer and a float is a float; two integers
+// end the walk, wherever they meet: in 1 + 2 + 0.5 the first sum is exact and not rounded to
+// Digits.
 bool Evaluator::decimalChain(const Node& node, Decimals& total) {
   if (node.children.size() >= kLongChain || !decimals(*node.children[0], total)) {
     return false;
@@ -55,6 +65,8 @@ bool Evaluator::decimalChain(const Node& node, Decimals& total) {
   return true;
 }
 
+// The exponent of a power is a literal from 1 to 16; of an integer's power, which is exact,
+// nothing.
 bool Evaluator::decimals(const Node& node, Decimals& result) {
   switch (node.kind) {
     case NodeKind::literal:
@@ -90,6 +102,8 @@ bool Evaluator::decimals(const Node& node, Decimals& result) {
   }
 }
 
+// An integer by itself, such as a variable's, is not arithmetic's result: it is left to the caller,
+// lest it become a float.
 ALGEB Evaluator::decimalValue(const Node& node) {
   Decimals result{{}, state_.digits()};
   if (result.digits > kSmallDigits || !decimals(node, result) || result.isExact) {

@@ -1,4 +1,10 @@
-// The machine of hardware floating point.
+// The machine of hardware floating point: runs what hardware_compiler.cpp makes.
+//
+// A frame of doubles lies on the machine stack: the slots of the function, its intermediate values,
+// its constants, copied in at each call.  Nothing is checked while code runs; the compiler has seen
+// to it that every index lies in the frame and that every path ends in finish.  Code is compiled
+// when a procedure is first called in hardware and stays with the procedure; that there is none is
+// remembered, too.
 
 #include "language/hardware.hpp"
 
@@ -22,6 +28,7 @@ namespace {
 
 using Op = HardwareCode::Op;
 
+// args point at the first argument; hosts count from 1.
 double callByName(State& state, ALGEB functionName, int n, const double* args) {
   const ALGEB v = nameValue(functionName);
   return applyHardware(state, v != nullptr ? v : functionName, n, args - 1);
@@ -118,6 +125,7 @@ double run(State& state, const HardwareCode& code, double* f) {
   }
 }
 
+// hardwareRefused and not a second attempt: a body without a hardware form never gets one.
 void compileOnce(State& state, LanguageProcedure& procedure) {
   if (!procedure.hardware && !procedure.hardwareRefused) {
     procedure.hardware = compileHardware(state, *procedure.code->body, procedure.code->slots);
@@ -139,6 +147,8 @@ bool canCall(State& state, ALGEB functionName, std::unordered_set<ALGEB>& seen) 
   return is(f, Tag::function) && machineFunction(f).hardware;
 }
 
+// Whether all that the code calls, and what that calls, has a hardware form now; each name is
+// looked at once.  The call itself looks again: by then the name may mean something else.
 bool canRun(State& state, const HardwareCode& code, std::unordered_set<ALGEB>& seen) {
   checkStack(state);
   return std::all_of(code.code.begin(), code.code.end(), [&](const auto& instruction) {
@@ -152,6 +162,8 @@ bool canRun(State& state, const HardwareCode& code, std::unordered_set<ALGEB>& s
 
 }  // namespace
 
+// An expression by itself runs in a frame of the values around it; only those that it reads need be
+// numbers.
 std::optional<double> runHardware(State& state, const Node& expression, const ALGEB* slots) {
   std::unordered_set<ALGEB> seen;
   const auto code = compileHardware(state, expression, 0);
@@ -190,6 +202,8 @@ ALGEB hardwareMap(State& state, ALGEB f, ALGEB x) {
   return result;
 }
 
+// The frame of a call: arguments, zeros for the other variables, and the closure's values, which
+// are evaluated anew at each call, since they may be names that mean something else by now.
 double Interpreter::callHardware(State& state, ALGEB procedureObject, int n, const double* args) {
   checkStack(state);
   auto& procedure = static_cast<LanguageProcedure&>(*foreign(procedureObject));

@@ -328,6 +328,7 @@ class Compiler : HardwareDrafts {
     return to;
   }
 
+  // The value is that of the last statement; the others run for what they assign.
   std::optional<Operand> block(const Node& node, Operand wanted) {
     if (node.children.empty()) {
       return deliver(constant(0.0), wanted);
@@ -367,6 +368,7 @@ class Compiler : HardwareDrafts {
     return value;
   }
 
+  // break and next; a name that the user has given a value is none of them.
   std::optional<Operand> leaveLoop(const Node& node) {
     if (loops_.empty() || nameValue(node.value) != nullptr) {
       return std::nullopt;
@@ -376,9 +378,8 @@ class Compiler : HardwareDrafts {
     return constant(0.0);
   }
 
-  // The body of a loop; jumps to the next pass land behind it.
-  // next lands behind the body, where the step is; break waits for the end of the loop, which the
-  // caller knows.
+  // The body of a loop.  Jumps to the next pass land behind it, where the step is; those that leave
+  // the loop wait for its end, which the caller knows.
   bool loopBody(const Node& body, Operand value, Places& leave) {
     const std::size_t mark = temporaries_;
     loops_.emplace_back();
@@ -390,6 +391,7 @@ class Compiler : HardwareDrafts {
     return ok;
   }
 
+  // look, condition, body, jump to the look: the condition's own jump leaves.
   std::optional<Operand> whileLoop(const Node& node, Operand wanted) {
     const Operand value = loopValue(wanted);
     // An interrupt is looked for in every pass.
@@ -406,13 +408,14 @@ class Compiler : HardwareDrafts {
     return endOfLoop(value, wanted);
   }
 
+  // running := first; last; leave unless running <= last; then variable := running, body, step,
+  // jump back while running <= last.  With a negative step the two change places in comparisons.
   std::optional<Operand> forLoop(const Node& node, Operand wanted) {
     if (node.children[0]->kind != NodeKind::slot) {
       return std::nullopt;
     }
     // The comparison that ends the loop is one instruction; a step whose sign came out at run time
-    // would need two.
-    // A step is a number whose sign is known.
+    // would need two.  So a step is a number.
     const Node* const step = node.children.size() > 4 ? node.children[4] : nullptr;
     if (step != nullptr &&
         (step->kind != NodeKind::literal || !isReal(step->value) || isZero(step->value))) {

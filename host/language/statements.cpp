@@ -45,6 +45,8 @@ bool isForItsEffect(const Program& program) {
   }
 }
 
+// Every pass looks for an interrupt.  A body that returns, or a quit, ends the loop
+// and leaves way_ as it is, for the procedure's call or the session.
 bool Evaluator::pass(const Node& body, ALGEB& result) {
   lookAtInterrupt();
   const ALGEB v = value(body);
@@ -57,6 +59,8 @@ bool Evaluator::pass(const Node& body, ALGEB& result) {
   return (way == Way::on || way == Way::nextPass) && !interpreter(state_).quit;
 }
 
+// The running value is kept apart from the variable, which the body may change.  Steps are added in
+// the arithmetic of the numbers given: exactly by 1/10, rounded to Digits by 0.1.
 ALGEB Evaluator::forLoop(const Node& node) {
   ALGEB i = value(*node.children[1]);
   const ALGEB last = value(*node.children[2]);

@@ -47,9 +47,9 @@ std::uint64_t InternTables::hashOf(ALGEB x) {
   }
 }
 
-template <typename Equal>
 // Linear probing ends at the first slot that was never used: there always is one, since tables are
 // at most half full, removed entries counted.
+template <typename Equal>
 ALGEB InternTables::find(const Table& table, std::uint64_t hash, Equal equal) {
   if (table.slots.empty()) {
     return nullptr;
@@ -63,6 +63,7 @@ ALGEB InternTables::find(const Table& table, std::uint64_t hash, Equal equal) {
   }
 }
 
+// x is new: nobody looks for an equal entry here.
 void InternTables::insert(Table& table, ALGEB x, std::uint64_t hash) {
   // used counts removed entries too; their slots are not used again before the table is made anew.
   if (2 * (table.used + 1) > table.slots.size() || table.removed > table.used / 2) {
@@ -77,6 +78,8 @@ void InternTables::insert(Table& table, ALGEB x, std::uint64_t hash) {
   ++table.used;
 }
 
+// Makes the table anew, without its removed entries.  Only this takes memory, and it does so before
+// it changes anything: where there is none the table stays as it was.
 void InternTables::grow(Table& table) {
   // Where most entries were removed the table shrinks, by half at a time, lest it grow at once
   // again.
@@ -141,6 +144,7 @@ ALGEB InternTables::string(std::string_view s) {
   return x;
 }
 
+// As a string, with words for value and function before the text, which are cleared: unassigned.
 ALGEB InternTables::name(std::string_view s) {
   const std::uint64_t hash = hashText(s);
   if (ALGEB x = find(names_, hash, [&](ALGEB n) { return text(n) == s; })) {
@@ -154,6 +158,8 @@ ALGEB InternTables::name(std::string_view s) {
   return x;
 }
 
+// A name without either is nothing but its text: it goes when nobody holds it, and comes back
+// equal.
 void InternTables::markNames(Marker& marker) {
   forEachName([&](ALGEB n) {
     if (nameValue(n) != nullptr || nameFunction(n) != nullptr) {

@@ -19,7 +19,7 @@ namespace vexel {
 
 namespace {
 
-constexpr int kLargestPower = 38;
+constexpr int kLargestPower = 38;  // 10^38 is the last power of ten below 2^127
 
 constexpr std::array<Int128, kLargestPower + 1> kPowers = [] {
   std::array<Int128, kLargestPower + 1> p{};
@@ -52,7 +52,9 @@ Int128 divideBy(Int128 n, Int128 d, Int128& rest) {
   return q;
 }
 
-// m x 10^e rounded; sticky: a non-zero part below the last digit has been cut off.
+// m x 10^e rounded to nearest, ties to even; sticky: a non-zero part below the last digit has been
+// cut off, so that what looks like a tie lies above it.  A carry into a new digit leaves 10^digits,
+// which is one digit more and right: its value is that of 1 with a higher exponent.
 SmallDecimal rounded(Int128 m, std::int64_t e, int digits, bool sticky) {
   const bool negative = m < 0;
   Int128 magnitude = negative ? -m : m;
@@ -69,6 +71,7 @@ SmallDecimal rounded(Int128 m, std::int64_t e, int digits, bool sticky) {
   return {negative ? -magnitude : magnitude, e};
 }
 
+// Powers of ten that doubles hold exactly: 5^22 is the last below 2^53.
 constexpr std::array<double, 23> kExactPowers = [] {
   std::array<double, 23> p{};
   p[0] = 1;
@@ -116,6 +119,8 @@ bool fifteenDigits(double d, SmallDecimal& result) {
 
 }  // namespace
 
+// The quick way serves most data, which was typed with few digits; the library's shortest text the
+// rest, of up to 17.
 SmallDecimal shortestDecimal(double d) {
   if (SmallDecimal few; fifteenDigits(d, few)) {
     return few;
@@ -143,6 +148,8 @@ SmallDecimal shortestDecimal(double d) {
   return {std::signbit(d) ? -mantissa : mantissa, exponent};
 }
 
+// The three shapes that a number of few digits has: an integer within its handle, a double, a
+// software float with its mantissa within a handle.
 bool smallDecimalOf(ALGEB x, SmallDecimal& result) {
   if (isImmediate(x)) {
     const std::int64_t i = immediateValue(x);
@@ -171,6 +178,8 @@ SmallDecimal roundSmall(const SmallDecimal& a, int digits) {
   return rounded(a.mantissa, a.exponent, digits, false);
 }
 
+// The higher one is scaled to the lower one's exponent; how far that may go, the head of this file
+// says.
 bool addSmall(const SmallDecimal& a, const SmallDecimal& b, int digits, SmallDecimal& sum) {
   const bool aHigher = a.exponent >= b.exponent;
   const SmallDecimal& high = aHigher ? a : b;
@@ -197,6 +206,8 @@ bool powerSmall(const SmallDecimal& a, int n, int digits, SmallDecimal& result) 
   Int128 error = 0;
   std::int64_t exponent = a.exponent;
   for (int i = 1; i < n; ++i) {
+    // p * m with as many low digits cut off p beforehand as the product has too many; what they
+    // bring is added, and less than one unit of the last place is lost.
     const int cut = std::max(0, digitsOf(p) + mDigits - kCarried);
     Int128 low = 0;
     Int128 rest = 0;
@@ -206,6 +217,7 @@ bool powerSmall(const SmallDecimal& a, int n, int digits, SmallDecimal& result) 
     exponent += a.exponent + cut;
   }
   result = rounded(p, exponent, digits, error != 0);
+  // Where both ends of the interval round to one number, that is the power rounded.
   if (error != 0) {
     const SmallDecimal high = rounded(p + error, exponent, digits, false);
     if (high.mantissa != result.mantissa || high.exponent != result.exponent) {
@@ -216,6 +228,7 @@ bool powerSmall(const SmallDecimal& a, int n, int digits, SmallDecimal& result) 
   return true;
 }
 
+// In magnitudes: the remainder's sign is of no account, only whether there is one.
 SmallDecimal divideSmall(const SmallDecimal& a, const SmallDecimal& b, int digits) {
   const Int128 n = a.mantissa < 0 ? -a.mantissa : a.mantissa;
   const Int128 d = b.mantissa < 0 ? -b.mantissa : b.mantissa;
