@@ -1,4 +1,10 @@
 // The Bernoulli law.
+//
+// Method  The two probabilities themselves.
+// Source  The definition.
+// Draws   One, below p 2^64 or not.
+// Error   Below 0.02 of 1e-14 max(1, condition) over 276 points of all methods
+//         (docs/functions/accuracy.md).
 #include "functions/distributions/whole_numbers.hpp"
 #include "vexel/distributions/discrete.hpp"
 

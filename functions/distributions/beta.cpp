@@ -1,7 +1,12 @@
 // The beta law.
 //
-// N. L. Johnson, S. Kotz and N. Balakrishnan, Continuous Univariate Distributions, volume 2, 2nd
-// edition (1995), chapter 25.
+// Method  The incomplete beta function of numerics/laws/beta_law.hpp; the lower tail of small whole
+//         parameters by a finite sum. Fits solve the likelihood's equations.
+// Source  N. L. Johnson, S. Kotz and N. Balakrishnan, Continuous Univariate Distributions, volume
+//         2, 2nd edition (1995), chapter 25.
+// Draws   Two gamma variates, that of a first.
+// Error   Below 0.08 of 1e-14 max(1, condition) over 392 points of all methods
+//         (docs/functions/accuracy.md).
 #include "vexel/distributions/beta.hpp"
 
 #include <algorithm>

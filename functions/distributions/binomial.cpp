@@ -1,7 +1,13 @@
 // The binomial law.
 //
-// N. L. Johnson, A. W. Kemp and S. Kotz, Univariate Discrete Distributions, 3rd edition (2005),
-// chapter 3.
+// Method  P(X <= k) is the upper tail, at p, of the beta law of k + 1 and n - k. Quantiles are
+//         searched on it.
+// Source  N. L. Johnson, A. W. Kemp and S. Kotz, Univariate Discrete Distributions, 3rd edition
+//         (2005), chapter 3.
+// Draws   One uniform up to a variance of 100, by inversion from the mode; then pairs of uniforms
+//         until one is accepted (kernels/variates/discrete.hpp).
+// Error   Below 0.05 of 1e-14 max(1, condition) over 348 points of all methods
+//         (docs/functions/accuracy.md).
 #include "functions/distributions/precise.hpp"
 #include "functions/distributions/whole_numbers.hpp"
 #include "numerics/laws/beta_law.hpp"

@@ -1,7 +1,12 @@
 // The Cauchy law.
 //
-// N. L. Johnson, S. Kotz and N. Balakrishnan, Continuous Univariate Distributions, volume 1, 2nd
-// edition (1994), chapter 16.
+// Method  Closed forms: tails are angles, quantiles cotangents from the nearer of the ends and the
+//         middle. Fits solve the likelihood's equations.
+// Source  N. L. Johnson, S. Kotz and N. Balakrishnan, Continuous Univariate Distributions, volume
+//         1, 2nd edition (1994), chapter 16.
+// Draws   One uniform for the angle, one draw for the sign.
+// Error   Below 0.04 of 1e-14 max(1, condition) over 480 points of all methods
+//         (docs/functions/accuracy.md).
 #include <numbers>
 
 #include "functions/distributions/location_scale.hpp"

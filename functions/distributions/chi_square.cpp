@@ -1,7 +1,12 @@
 // The chi-square law.
 //
-// N. L. Johnson, S. Kotz and N. Balakrishnan, Continuous Univariate Distributions, volume 1, 2nd
-// edition (1994), chapter 18.
+// Method  X / 2 has the gamma law of shape df / 2 (numerics/laws/gamma_law.hpp). Fits solve the
+//         likelihood's equations.
+// Source  N. L. Johnson, S. Kotz and N. Balakrishnan, Continuous Univariate Distributions, volume
+//         1, 2nd edition (1994), chapter 18.
+// Draws   One gamma variate.
+// Error   Below 0.2 of 1e-14 max(1, condition) over 406 points of all methods
+//         (docs/functions/accuracy.md).
 #include <utility>
 
 #include "functions/distributions/frame.hpp"

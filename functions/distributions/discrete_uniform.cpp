@@ -1,4 +1,10 @@
 // The uniform law on whole numbers.
+//
+// Method  Counting.
+// Source  The definition.
+// Draws   One whole number below the count, without bias.
+// Error   Below 0.03 of 1e-14 max(1, condition) over 360 points of all methods
+//         (docs/functions/accuracy.md).
 #include <numeric>
 
 #include "functions/distributions/precise.hpp"

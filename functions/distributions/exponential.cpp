@@ -1,7 +1,11 @@
 // The exponential law.
 //
-// N. L. Johnson, S. Kotz and N. Balakrishnan, Continuous Univariate Distributions, volume 1, 2nd
-// edition (1994), chapter 19.
+// Method  Closed forms.
+// Source  N. L. Johnson, S. Kotz and N. Balakrishnan, Continuous Univariate Distributions, volume
+//         1, 2nd edition (1994), chapter 19.
+// Draws   One exponential variate from the ziggurat (kernels/variates/ziggurat.hpp).
+// Error   Below 0.03 of 1e-14 max(1, condition) over 439 points of all methods
+//         (docs/functions/accuracy.md).
 #include "functions/distributions/frame.hpp"
 #include "functions/distributions/precise.hpp"
 #include "vexel/distributions/elementary.hpp"

@@ -1,7 +1,12 @@
 // The exponential power law.
 //
-// N. L. Johnson, S. Kotz and N. Balakrishnan, Continuous Univariate Distributions, volume 2, 2nd
-// edition (1995), chapter 24.
+// Method  |z|^(2 / shape) / 2 has the gamma law of shape / 2; quantiles through its quantile of the
+//         nearer tail. Fits solve the likelihood's equations.
+// Source  N. L. Johnson, S. Kotz and N. Balakrishnan, Continuous Univariate Distributions, volume
+//         2, 2nd edition (1995), chapter 24.
+// Draws   One gamma variate, then one draw for the sign.
+// Error   Below 0.06 of 1e-14 max(1, condition) over 397 points of all methods
+//         (docs/functions/accuracy.md).
 #include <algorithm>
 #include <cstddef>
 #include <utility>

@@ -1,7 +1,12 @@
 // The F law of a ratio of variances.
 //
-// N. L. Johnson, S. Kotz and N. Balakrishnan, Continuous Univariate Distributions, volume 2, 2nd
-// edition (1995), chapter 27.
+// Method  The incomplete beta function, with both the ratio's parts kept apart (FLaw in
+//         numerics/laws/beta_law.hpp). Fits solve the likelihood's equations.
+// Source  N. L. Johnson, S. Kotz and N. Balakrishnan, Continuous Univariate Distributions, volume
+//         2, 2nd edition (1995), chapter 27.
+// Draws   Two gamma variates, the numerator's first.
+// Error   Below 0.2 of 1e-14 max(1, condition) over 443 points of all methods
+//         (docs/functions/accuracy.md).
 #include <algorithm>
 #include <cmath>
 

@@ -1,7 +1,13 @@
 // The gamma law.
 //
-// N. L. Johnson, S. Kotz and N. Balakrishnan, Continuous Univariate Distributions, volume 1, 2nd
-// edition (1994), chapter 17.
+// Method  The incomplete gamma function of numerics/laws/gamma_law.hpp. Fits solve the likelihood's
+//         equations.
+// Source  N. L. Johnson, S. Kotz and N. Balakrishnan, Continuous Univariate Distributions, volume
+//         1, 2nd edition (1994), chapter 17.
+// Draws   Normals and uniforms in turn until a cube is accepted (Marsaglia and Tsang); of a shape
+//         below 1 one uniform more (kernels/variates/continuous.hpp).
+// Error   Below 0.04 of 1e-14 max(1, condition) over 367 points of all methods
+//         (docs/functions/accuracy.md).
 #include "vexel/distributions/gamma.hpp"
 
 #include <utility>

@@ -1,7 +1,12 @@
 // The geometric law of the failures before the first success.
 //
-// N. L. Johnson, A. W. Kemp and S. Kotz, Univariate Discrete Distributions, 3rd edition (2005),
-// chapter 5.
+// Method  Closed forms in log(1 - p); quantiles by a search that begins at the quotient of
+//         logarithms.
+// Source  N. L. Johnson, A. W. Kemp and S. Kotz, Univariate Discrete Distributions, 3rd edition
+//         (2005), chapter 5.
+// Draws   The whole part of one exponential variate.
+// Error   Below 0.02 of 1e-14 max(1, condition) over 360 points of all methods
+//         (docs/functions/accuracy.md).
 #include "functions/distributions/precise.hpp"
 #include "functions/distributions/whole_numbers.hpp"
 #include "vexel/distributions/discrete.hpp"

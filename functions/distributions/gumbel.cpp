@@ -1,7 +1,11 @@
 // The Gumbel law of largest values.
 //
-// N. L. Johnson, S. Kotz and N. Balakrishnan, Continuous Univariate Distributions, volume 2, 2nd
-// edition (1995), chapter 22.
+// Method  Closed forms. Fits solve the likelihood's equations.
+// Source  N. L. Johnson, S. Kotz and N. Balakrishnan, Continuous Univariate Distributions, volume
+//         2, 2nd edition (1995), chapter 22.
+// Draws   The logarithm of one exponential variate.
+// Error   Below 0.03 of 1e-14 max(1, condition) over 393 points of all methods
+//         (docs/functions/accuracy.md).
 #include <numbers>
 
 #include "functions/distributions/location_scale.hpp"

@@ -1,7 +1,13 @@
 // The hypergeometric law.
 //
-// N. L. Johnson, A. W. Kemp and S. Kotz, Univariate Discrete Distributions, 3rd edition (2005),
-// chapter 6.
+// Method  Point probabilities without cancellation, tails as sums of them
+//         (numerics/laws/hypergeometric_law.hpp); quantiles are searched on the tails.
+// Source  N. L. Johnson, A. W. Kemp and S. Kotz, Univariate Discrete Distributions, 3rd edition
+//         (2005), chapter 6.
+// Draws   One uniform up to a variance of 100, by inversion from the mode; then pairs of uniforms
+//         until one is accepted (kernels/variates/discrete.hpp).
+// Error   Below 0.08 of 1e-14 max(1, condition) over 351 points of all methods
+//         (docs/functions/accuracy.md).
 #include <algorithm>
 
 #include "functions/distributions/precise.hpp"

@@ -1,12 +1,14 @@
 // The inverse Gaussian law.
 //
-// With a = (x - mean) / mean sqrt(shape / x) and b = a + 2 sqrt(shape / x), the distribution
-// function is Phi(a) + exp(2 shape / mean) Phi(-b), and the factor is phi(a) / phi(b): in Mills'
-// ratio R, phi(a) (R(-a) + R(b)) below the mean, and above it the upper tail is phi(a) (R(a) -
-// R(b)).
-//
-// N. L. Johnson, S. Kotz and N. Balakrishnan, Continuous Univariate Distributions, volume 1, 2nd
-// edition (1994), chapter 15.
+// Method  With a = (x - mean) / mean sqrt(shape / x) and b = a + 2 sqrt(shape / x), the
+//         distribution function is Phi(a) + exp(2 shape / mean) Phi(-b), and the factor is phi(a) /
+//         phi(b): in Mills' ratio R, phi(a) (R(-a) + R(b)) below the mean, and above it the upper
+//         tail is phi(a) (R(a) - R(b)). Quantiles by inversion on logarithmic scales.
+// Source  N. L. Johnson, S. Kotz and N. Balakrishnan, Continuous Univariate Distributions, volume
+//         1, 2nd edition (1994), chapter 15.
+// Draws   One normal variate, then one uniform that chooses the root.
+// Error   Below 0.06 of 1e-14 max(1, condition) over 312 points of all methods
+//         (docs/functions/accuracy.md).
 #include <cmath>
 #include <numbers>
 

@@ -1,7 +1,11 @@
 // The Laplace law.
 //
-// N. L. Johnson, S. Kotz and N. Balakrishnan, Continuous Univariate Distributions, volume 2, 2nd
-// edition (1995), chapter 24.
+// Method  Closed forms from the nearer end.
+// Source  N. L. Johnson, S. Kotz and N. Balakrishnan, Continuous Univariate Distributions, volume
+//         2, 2nd edition (1995), chapter 24.
+// Draws   One exponential variate, then one draw for the sign.
+// Error   Below 0.03 of 1e-14 max(1, condition) over 423 points of all methods
+//         (docs/functions/accuracy.md).
 #include "functions/distributions/location_scale.hpp"
 #include "functions/distributions/precise.hpp"
 #include "vexel/distributions/elementary.hpp"

@@ -1,7 +1,11 @@
 // The log-normal law.
 //
-// N. L. Johnson, S. Kotz and N. Balakrishnan, Continuous Univariate Distributions, volume 1, 2nd
-// edition (1994), chapter 14.
+// Method  The normal law of the logarithm.
+// Source  N. L. Johnson, S. Kotz and N. Balakrishnan, Continuous Univariate Distributions, volume
+//         1, 2nd edition (1994), chapter 14.
+// Draws   One normal variate.
+// Error   Below 0.03 of 1e-14 max(1, condition) over 389 points of all methods
+//         (docs/functions/accuracy.md).
 #include "functions/distributions/frame.hpp"
 #include "functions/distributions/normal_tails.hpp"
 #include "functions/distributions/precise.hpp"

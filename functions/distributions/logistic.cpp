@@ -1,7 +1,11 @@
 // The logistic law.
 //
-// N. L. Johnson, S. Kotz and N. Balakrishnan, Continuous Univariate Distributions, volume 2, 2nd
-// edition (1995), chapter 23.
+// Method  Closed forms. Fits solve the likelihood's equations.
+// Source  N. L. Johnson, S. Kotz and N. Balakrishnan, Continuous Univariate Distributions, volume
+//         2, 2nd edition (1995), chapter 23.
+// Draws   Two exponential variates.
+// Error   Below 0.03 of 1e-14 max(1, condition) over 432 points of all methods
+//         (docs/functions/accuracy.md).
 #include <numbers>
 
 #include "functions/distributions/location_scale.hpp"

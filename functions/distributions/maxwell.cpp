@@ -1,7 +1,11 @@
 // The Maxwell law: the length of three independent normal variables.
 //
-// N. L. Johnson, S. Kotz and N. Balakrishnan, Continuous Univariate Distributions, volume 1, 2nd
-// edition (1994), chapter 18.
+// Method  X^2 / (2 scale^2) has the gamma law of shape 3/2.
+// Source  N. L. Johnson, S. Kotz and N. Balakrishnan, Continuous Univariate Distributions, volume
+//         1, 2nd edition (1994), chapter 18.
+// Draws   One normal variate, then one exponential.
+// Error   Below 0.05 of 1e-14 max(1, condition) over 414 points of all methods
+//         (docs/functions/accuracy.md).
 #include <numbers>
 
 #include "functions/distributions/frame.hpp"

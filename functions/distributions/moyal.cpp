@@ -1,7 +1,12 @@
 // The Moyal law: -2 log |Z| for a standard normal Z.
 //
-// C. Walck, Hand-book on Statistical Distributions for Experimentalists, Stockholm (1996), chapter
-// 26.
+// Method  The normal law of exp(-z / 2); near the middle of |Z|, the error function. Fits solve the
+//         likelihood's equations.
+// Source  C. Walck, Hand-book on Statistical Distributions for Experimentalists, Stockholm (1996),
+//         chapter 26.
+// Draws   One normal variate.
+// Error   Below 0.05 of 1e-14 max(1, condition) over 422 points of all methods
+//         (docs/functions/accuracy.md).
 #include <numbers>
 
 #include "functions/distributions/location_scale.hpp"

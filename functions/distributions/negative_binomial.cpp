@@ -1,7 +1,12 @@
 // The negative binomial law of the failures before success number n.
 //
-// N. L. Johnson, A. W. Kemp and S. Kotz, Univariate Discrete Distributions, 3rd edition (2005),
-// chapter 5.
+// Method  P(X <= k) is the lower tail, at p, of the beta law of n and k + 1. Quantiles are searched
+//         on it. Fits solve the likelihood's equations.
+// Source  N. L. Johnson, A. W. Kemp and S. Kotz, Univariate Discrete Distributions, 3rd edition
+//         (2005), chapter 5.
+// Draws   A gamma variate, then a Poisson variate with that mean.
+// Error   Below 0.1 of 1e-14 max(1, condition) over 354 points of all methods
+//         (docs/functions/accuracy.md).
 #include <utility>
 
 #include "functions/distributions/gamma_functions.hpp"

@@ -1,7 +1,13 @@
 // The non-central chi-square law.
 //
-// N. L. Johnson, S. Kotz and N. Balakrishnan, Continuous Univariate Distributions, volume 2, 2nd
-// edition (1995), chapter 29.
+// Method  A Poisson mixture of chi-square laws, and its saddle point for large nc
+//         (numerics/laws/noncentral_laws.hpp).
+// Source  N. L. Johnson, S. Kotz and N. Balakrishnan, Continuous Univariate Distributions, volume
+//         2, 2nd edition (1995), chapter 29.
+// Draws   From one degree of freedom on a shifted normal variate, then a gamma variate of the rest;
+//         below, a Poisson variate, then a gamma variate.
+// Error   Below 0.06 of 1e-14 max(1, condition) over 210 points of all methods
+//         (docs/functions/accuracy.md).
 #include <numbers>
 
 #include "functions/distributions/poisson_mixture.hpp"

@@ -1,7 +1,11 @@
 // The non-central F law.
 //
-// N. L. Johnson, S. Kotz and N. Balakrishnan, Continuous Univariate Distributions, volume 2, 2nd
-// edition (1995), chapter 30.
+// Method  A Poisson mixture of F laws (numerics/laws/noncentral_laws.hpp).
+// Source  N. L. Johnson, S. Kotz and N. Balakrishnan, Continuous Univariate Distributions, volume
+//         2, 2nd edition (1995), chapter 30.
+// Draws   A non-central chi-square variate, then a gamma variate.
+// Error   Below 0.9 of 1e-14 max(1, condition) over 227 points of all methods
+//         (docs/functions/accuracy.md).
 #include "functions/distributions/poisson_mixture.hpp"
 #include "vexel/distributions/beta.hpp"
 #include "vexel/distributions/noncentral.hpp"

@@ -1,7 +1,13 @@
 // The non-central t law.
 //
-// N. L. Johnson, S. Kotz and N. Balakrishnan, Continuous Univariate Distributions, volume 2, 2nd
-// edition (1995), chapter 31.
+// Method  On the side of nc Poisson mixtures of beta tails, beyond 0 an integral
+//         (numerics/laws/noncentral_student_law.hpp). Moments by gamma functions, or by the
+//         trapezoidal rule where these would cancel.
+// Source  N. L. Johnson, S. Kotz and N. Balakrishnan, Continuous Univariate Distributions, volume
+//         2, 2nd edition (1995), chapter 31.
+// Draws   One normal variate, then a gamma variate.
+// Error   Below 0.05 of 1e-14 max(1, condition) over 237 points of all methods
+//         (docs/functions/accuracy.md).
 #include "functions/distributions/frame.hpp"
 #include "functions/distributions/gamma_functions.hpp"
 #include "numerics/laws/noncentral_student_law.hpp"

@@ -1,7 +1,13 @@
 // The normal law.
 //
-// N. L. Johnson, S. Kotz and N. Balakrishnan, Continuous Univariate Distributions, volume 1, 2nd
-// edition (1994), chapter 13.
+// Method  Tails from a table of kernels/normal.hpp near the middle and from
+//         numerics/special/normal_functions.hpp beyond; quantiles from there.
+// Source  N. L. Johnson, S. Kotz and N. Balakrishnan, Continuous Univariate Distributions, volume
+//         1, 2nd edition (1994), chapter 13.
+// Draws   One draw of 64 bits, more than one in one case of 150: the ziggurat of
+//         kernels/variates/ziggurat.hpp.
+// Error   Below 0.06 of 1e-14 max(1, condition) over 401 points of all methods
+//         (docs/functions/accuracy.md).
 #include "vexel/distributions/normal.hpp"
 
 #include <algorithm>

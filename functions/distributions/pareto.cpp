@@ -1,7 +1,11 @@
 // The Pareto law (of the first kind).
 //
-// N. L. Johnson, S. Kotz and N. Balakrishnan, Continuous Univariate Distributions, volume 1, 2nd
-// edition (1994), chapter 20.
+// Method  Closed forms in log(x / minimum).
+// Source  N. L. Johnson, S. Kotz and N. Balakrishnan, Continuous Univariate Distributions, volume
+//         1, 2nd edition (1994), chapter 20.
+// Draws   One exponential variate.
+// Error   Below 0.03 of 1e-14 max(1, condition) over 480 points of all methods
+//         (docs/functions/accuracy.md).
 #include "functions/distributions/frame.hpp"
 #include "functions/distributions/precise.hpp"
 #include "vexel/distributions/elementary.hpp"

@@ -1,7 +1,13 @@
 // The Poisson law.
 //
-// N. L. Johnson, A. W. Kemp and S. Kotz, Univariate Discrete Distributions, 3rd edition (2005),
-// chapter 4.
+// Method  P(X <= k) is the upper tail, at the mean, of the gamma law of shape k + 1. Quantiles are
+//         searched on it.
+// Source  N. L. Johnson, A. W. Kemp and S. Kotz, Univariate Discrete Distributions, 3rd edition
+//         (2005), chapter 4.
+// Draws   One uniform up to a mean of 100, by inversion; then pairs of uniforms until one is
+//         accepted (kernels/variates/discrete.hpp).
+// Error   Below 0.07 of 1e-14 max(1, condition) over 348 points of all methods
+//         (docs/functions/accuracy.md).
 #include "functions/distributions/precise.hpp"
 #include "functions/distributions/whole_numbers.hpp"
 #include "numerics/laws/gamma_law.hpp"

@@ -1,7 +1,11 @@
 // The power function law: a beta law of b = 1, stretched.
 //
-// N. L. Johnson, S. Kotz and N. Balakrishnan, Continuous Univariate Distributions, volume 1, 2nd
-// edition (1994), chapter 20.
+// Method  Closed forms in log(x / maximum).
+// Source  N. L. Johnson, S. Kotz and N. Balakrishnan, Continuous Univariate Distributions, volume
+//         1, 2nd edition (1994), chapter 20.
+// Draws   One exponential variate.
+// Error   Below 0.02 of 1e-14 max(1, condition) over 479 points of all methods
+//         (docs/functions/accuracy.md).
 #include "functions/distributions/frame.hpp"
 #include "functions/distributions/precise.hpp"
 #include "vexel/distributions/elementary.hpp"

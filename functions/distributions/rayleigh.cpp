@@ -1,7 +1,11 @@
 // The Rayleigh law: the length of a pair of independent normal variables.
 //
-// N. L. Johnson, S. Kotz and N. Balakrishnan, Continuous Univariate Distributions, volume 1, 2nd
-// edition (1994), chapter 18.
+// Method  Closed forms in the halved square.
+// Source  N. L. Johnson, S. Kotz and N. Balakrishnan, Continuous Univariate Distributions, volume
+//         1, 2nd edition (1994), chapter 18.
+// Draws   One exponential variate.
+// Error   Below 0.03 of 1e-14 max(1, condition) over 381 points of all methods
+//         (docs/functions/accuracy.md).
 #include <numbers>
 
 #include "functions/distributions/frame.hpp"

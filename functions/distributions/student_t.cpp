@@ -1,7 +1,12 @@
 // Student's t law.
 //
-// N. L. Johnson, S. Kotz and N. Balakrishnan, Continuous Univariate Distributions, volume 2, 2nd
-// edition (1995), chapter 28.
+// Method  The incomplete beta function (numerics/laws/student_law.hpp); arrays by the series of
+//         many numbers side by side. Fits solve the likelihood's equations.
+// Source  N. L. Johnson, S. Kotz and N. Balakrishnan, Continuous Univariate Distributions, volume
+//         2, 2nd edition (1995), chapter 28.
+// Draws   One normal variate, then a gamma variate.
+// Error   Below 0.1 of 1e-14 max(1, condition) over 446 points of all methods
+//         (docs/functions/accuracy.md).
 #include <algorithm>
 #include <array>
 #include <span>

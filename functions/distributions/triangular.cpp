@@ -1,7 +1,11 @@
 // The triangular law.
 //
-// N. L. Johnson, S. Kotz and N. Balakrishnan, Continuous Univariate Distributions, volume 2, 2nd
-// edition (1995), chapter 26.
+// Method  Closed forms from the nearer end. Fits solve the likelihood's equations.
+// Source  N. L. Johnson, S. Kotz and N. Balakrishnan, Continuous Univariate Distributions, volume
+//         2, 2nd edition (1995), chapter 26.
+// Draws   One uniform, by inversion from the nearer end.
+// Error   Below 0.03 of 1e-14 max(1, condition) over 475 points of all methods
+//         (docs/functions/accuracy.md).
 #include <algorithm>
 #include <cstddef>
 #include <numbers>

@@ -1,4 +1,10 @@
 // The uniform law on an interval.
+//
+// Method  Closed forms from the nearer end.
+// Source  The definition.
+// Draws   One uniform.
+// Error   Below 0.03 of 1e-14 max(1, condition) over 480 points of all methods
+//         (docs/functions/accuracy.md).
 #include <numeric>
 
 #include "functions/data/text.hpp"

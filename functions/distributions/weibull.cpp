@@ -1,7 +1,12 @@
 // The Weibull law.
 //
-// N. L. Johnson, S. Kotz and N. Balakrishnan, Continuous Univariate Distributions, volume 1, 2nd
-// edition (1994), chapter 21.
+// Method  Closed forms in (x / scale)^shape. Moments where gamma functions cancel by an integral
+//         (weibull_moments.hpp). Fits solve the likelihood's equations.
+// Source  N. L. Johnson, S. Kotz and N. Balakrishnan, Continuous Univariate Distributions, volume
+//         1, 2nd edition (1994), chapter 21.
+// Draws   One exponential variate.
+// Error   Below 0.03 of 1e-14 max(1, condition) over 477 points of all methods
+//         (docs/functions/accuracy.md).
 #include <utility>
 
 #include "functions/distributions/frame.hpp"
