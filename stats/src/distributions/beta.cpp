@@ -1,4 +1,11 @@
-// Beta distribution with parameters nu1 and nu2, from the numerical library.
+// Beta distribution with parameters nu1 and nu2.
+//
+// Method  The numerical library.
+// Source  Johnson, Kotz and Balakrishnan, Continuous Univariate Distributions, volume 2, 2nd
+//         edition (1995), chapter 25.
+// Draws   Two standard gamma variates, that of shape nu1 first.
+// Error   Probability below 0.07 at 240 points, quantile below 0.1 at 240 points, in units of 1e-14
+//         max(1, condition) (docs/accuracy.md).
 
 #include "distributions/families.hpp"
 #include "kernel/nag_call.hpp"

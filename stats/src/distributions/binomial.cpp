@@ -1,4 +1,12 @@
-// Binomial distribution (n, p), from the numerical library; quantiles by integer search.
+// Binomial distribution of successes in n trials.
+//
+// Method  The numerical library. Quantiles by integer search.
+// Source  Johnson, Kemp and Kotz, Univariate Discrete Distributions, 3rd edition (2005), chapter 3.
+// Draws   One uniform, by inversion; from 101 trials on with more than 10 expected successes and
+//         failures a rounded normal, whose distribution function is off by up to 2.1e-2, where p is
+//         small and n p just above 10.
+// Error   Probability below 0.02 at 80 points, in units of 1e-14 max(1, condition); quantiles right
+//         at 58 points (docs/accuracy.md).
 
 #include <cmath>
 

@@ -1,7 +1,13 @@
 // Cauchy distribution with location a and scale b.
 //
-// Closed forms: Johnson, Kotz and Balakrishnan, Continuous Univariate Distributions, volume 1, 2nd
-// edition (1994), chapter 16.
+// Method  Closed forms: the probability as an angle, the quantile as the tangent of an exact
+//         distance from the nearer of 0, 1/2 and 1.
+// Source  Johnson, Kotz and Balakrishnan, Continuous Univariate Distributions, volume 1, 2nd
+//         edition (1994), chapter 16.
+// Draws   One uniform in 99.8 % of the cases, otherwise pairs more until one is accepted: Ahrens
+//         and Dieter 1988, in kernels/classic/variates.hpp.
+// Error   Probability below 0.008 at 10 points, quantile below 0.03 at 22 points, in units of 1e-14
+//         max(1, condition) (tests/reference/data/closed_forms.txt).
 
 #include <cmath>
 

@@ -1,5 +1,11 @@
-// Chi-square distribution with nu degrees of freedom, from the numerical library; variates are
-// gamma.
+// Chi-square distribution with nu degrees of freedom.
+//
+// Method  The numerical library.
+// Source  Johnson, Kotz and Balakrishnan, Continuous Univariate Distributions, volume 1, 2nd
+//         edition (1994), chapter 18.
+// Draws   One gamma variate of scale 2 and shape nu / 2.
+// Error   Probability below 0.4 at 70 points, quantile below 0.2 at 70 points, in units of 1e-14
+//         max(1, condition) (docs/accuracy.md).
 
 #include "distributions/families.hpp"
 #include "kernel/nag_call.hpp"

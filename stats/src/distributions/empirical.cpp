@@ -1,4 +1,11 @@
 // Empirical distribution of a sample.
+//
+// Method  The sample's quantile by the definition of the next observation; many at a time from one
+//         sorted copy.
+// Source  Hyndman and Fan, Sample Quantiles in Statistical Packages, The American Statistician 50,
+//         1996, type 1.
+// Draws   One uniform, by inversion.
+// Error   Not measured: a quantile is one of the points, chosen by rounded sums of the weights.
 
 #include "distributions/empirical.hpp"
 

@@ -1,8 +1,12 @@
 // Error (exponential power) distribution with location a, scale b and shape c.
 //
-// Variates: a power of a gamma variate with a random sign; shapes 2 and 1 go to the Laplace and
-// normal generators.  Evans, Hastings and Peacock, Statistical Distributions, chapter on the error
-// distribution.
+// Method  Quantiles by Newton-Raphson on procedures of the host; there is no probability.
+// Source  Evans, Hastings and Peacock, Statistical Distributions, chapter on the error
+//         distribution.
+// Draws   The uniform of the sign, then a gamma variate, of which a power is taken; shapes 2 and 1
+//         are drawn as Laplace and normal variates. A NaN or negative shape gives NaN without a
+//         draw.
+// Error   Not measured: the tolerance of the search and the error of the procedures.
 
 #include <cmath>
 #include <limits>

@@ -1,8 +1,12 @@
 // Exponential distribution with scale b.
 //
-// Closed forms: Johnson, Kotz and Balakrishnan, Continuous Univariate Distributions, volume 1,
-// 2nd edition (1994), chapter 19.  Parameters are not checked: an impossible one gives whatever the
-// formula gives, most often a NaN.
+// Method  Closed forms.
+// Source  Johnson, Kotz and Balakrishnan, Continuous Univariate Distributions, volume 1, 2nd
+//         edition (1994), chapter 19.
+// Draws   The ziggurat of kernels/classic/ziggurats.hpp, whose distribution function is off by up
+//         to 9.5e-4.
+// Error   Probability below 0.008 at 8 points, quantile below 0.007 at 20 points, in units of 1e-14
+//         max(1, condition) (tests/reference/data/closed_forms.txt).
 
 #include <cmath>
 

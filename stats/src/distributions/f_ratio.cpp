@@ -1,4 +1,11 @@
-// F distribution with nu1 and nu2 degrees of freedom, from the numerical library.
+// F distribution with nu1 and nu2 degrees of freedom.
+//
+// Method  The numerical library.
+// Source  Johnson, Kotz and Balakrishnan, Continuous Univariate Distributions, volume 2, 2nd
+//         edition (1995), chapter 27.
+// Draws   Two chi-square variates, the numerator's first.
+// Error   Probability below 0.07 at 120 points, quantile below 0.2 at 120 points, in units of 1e-14
+//         max(1, condition) (docs/accuracy.md).
 
 #include "distributions/families.hpp"
 #include "kernel/nag_call.hpp"

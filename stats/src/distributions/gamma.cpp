@@ -1,4 +1,13 @@
-// Gamma distribution with scale b and shape c, from the numerical library.
+// Gamma distribution with scale b and shape c.
+//
+// Method  The numerical library.
+// Source  Johnson, Kotz and Balakrishnan, Continuous Univariate Distributions, volume 1, 2nd
+//         edition (1994), chapter 17.
+// Draws   Marsaglia and Tsang 2000, in kernels/classic/variates.hpp: normals, each with a uniform
+//         where its cube is positive, until one is accepted; of a shape below 1 one uniform more;
+//         shape 1 from the exponential ziggurat.
+// Error   Probability below 0.2 at 90 points, quantile below 0.3 at 90 points, in units of 1e-14
+//         max(1, condition) (docs/accuracy.md).
 
 #include "distributions/families.hpp"
 #include "kernel/nag_call.hpp"

@@ -1,4 +1,11 @@
 // Geometric distribution: failures before the first success of probability p.
+//
+// Method  Closed forms; the quantile is the quotient of logarithms, rounded up.
+// Source  Johnson, Kemp and Kotz, Univariate Discrete Distributions, 3rd edition (2005), chapter 5.
+// Draws   One uniform, by inversion. A whole sample rounds down exponential variates instead
+//         (irregular_entry_points.cpp).
+// Error   Probability below 0.02 at 8 points, in units of 1e-14 max(1, condition)
+//         (tests/reference/data/closed_forms.txt).
 
 #include <cmath>
 

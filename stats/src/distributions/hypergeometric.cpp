@@ -1,4 +1,10 @@
-// Hypergeometric distribution (n, l, m), from the numerical library; quantiles by integer search.
+// Hypergeometric distribution: marked items among l drawn from n with m marked.
+//
+// Method  The numerical library. Quantiles by integer search.
+// Source  Johnson, Kemp and Kotz, Univariate Discrete Distributions, 3rd edition (2005), chapter 6.
+// Draws   One uniform, by inversion.
+// Error   Probability below 0.09 at 60 points, in units of 1e-14 max(1, condition); quantiles right
+//         at 53 points (docs/accuracy.md).
 
 #include <algorithm>
 #include <cmath>

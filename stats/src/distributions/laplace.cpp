@@ -1,8 +1,11 @@
 // Laplace distribution with location a and scale b.
 //
-// Closed forms: Johnson, Kotz and Balakrishnan, Continuous Univariate Distributions, volume 2,
-// 2nd edition (1995), chapter 24.  Parameters are not checked: an impossible one gives whatever the
-// formula gives, most often a NaN.
+// Method  Closed forms from the nearer side.
+// Source  Johnson, Kotz and Balakrishnan, Continuous Univariate Distributions, volume 2, 2nd
+//         edition (1995), chapter 24.
+// Draws   One uniform, by inversion.
+// Error   Probability below 0.02 at 10 points, quantile below 0.009 at 22 points, in units of 1e-14
+//         max(1, condition) (tests/reference/data/closed_forms.txt).
 
 #include <cmath>
 

@@ -1,4 +1,11 @@
 // Log-normal distribution: the logarithm is normal with mean mu and standard deviation sigma.
+//
+// Method  The normal distribution of a logarithm that is taken as a distance from mu.
+// Source  Johnson, Kotz and Balakrishnan, Continuous Univariate Distributions, volume 1, 2nd
+//         edition (1994), chapter 14.
+// Draws   One normal variate.
+// Error   Probability below 0.02 at 22 points, in units of 1e-14 max(1, condition)
+//         (tests/reference/data/closed_forms.txt).
 
 #include <cmath>
 

@@ -1,6 +1,10 @@
-// Maxwell distribution with scale a; variates by Johnk's method.
+// Maxwell distribution with scale a; variates only.
 //
-// Walck, Hand-book on Statistical Distributions for Experimentalists, Stockholm 1996, chapter 25.
+// Method  Johnk's method, in kernels/classic/variates.hpp.
+// Source  Walck, Hand-book on Statistical Distributions for Experimentalists, Stockholm 1996,
+//         chapter 25.
+// Draws   One uniform, pairs until one lies in the quarter disc (1.27 pairs), one uniform.
+// Error   Not measured: exact but for rounding.
 
 #include "distributions/families.hpp"
 #include "kernel/uniform_source.hpp"

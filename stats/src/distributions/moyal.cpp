@@ -1,6 +1,11 @@
-// Moyal distribution with location a and scale b; variates by rejection from a uniform angle.
+// Moyal distribution with location a and scale b; variates only.
 //
-// Walck, Hand-book on Statistical Distributions for Experimentalists, Stockholm 1996, chapter 26.
+// Method  Rejection from a uniform angle, in kernels/classic/variates.hpp.
+// Source  Walck, Hand-book on Statistical Distributions for Experimentalists, Stockholm 1996,
+//         chapter 26.
+// Draws   Two uniforms a trial, the angle's first; 2.9 trials.
+// Error   Not measured: exact but for rounding, as the bound 0.912 is above the greatest ratio,
+//         0.9111.
 
 #include "distributions/families.hpp"
 #include "kernel/host_settings.hpp"

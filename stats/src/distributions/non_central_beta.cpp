@@ -1,5 +1,12 @@
-// Non-central beta distribution: the numerical library's probability, its inverse by Brent's
-// method.
+// Non-central beta distribution.
+//
+// Method  The numerical library. Quantiles by Brent's method on [0, 1].
+// Source  Johnson, Kotz and Balakrishnan, Continuous Univariate Distributions, volume 2, 2nd
+//         edition (1995), chapter 30.
+// Draws   A non-central chi-square variate - a sum of squares up to 100 degrees of freedom, then by
+//         inversion -, then a chi-square variate.
+// Error   Probability below 0.09 at 80 points, quantile below 0.3 at 80 points, in units of 1e-14
+//         max(1, condition) (docs/accuracy.md).
 
 #include "distributions/families.hpp"
 #include "kernel/host_settings.hpp"

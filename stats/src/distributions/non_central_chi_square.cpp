@@ -1,5 +1,12 @@
-// Non-central chi-square distribution with nu degrees of freedom and noncentrality delta: the
-// numerical library's probability, its inverse by Brent's method.
+// Non-central chi-square distribution with nu degrees of freedom and noncentrality delta.
+//
+// Method  The numerical library. Quantiles by Brent's method from the mean.
+// Source  Johnson, Kotz and Balakrishnan, Continuous Univariate Distributions, volume 2, 2nd
+//         edition (1995), chapter 29.
+// Draws   Ceil(nu) normals, or one uniform by inversion, as is asked for; the sum follows the law
+//         only for whole nu.
+// Error   Probability below 0.3 at 80 points, quantile below 0.3 at 80 points, in units of 1e-14
+//         max(1, condition) (docs/accuracy.md).
 
 #include <cmath>
 #include <cstdint>

@@ -1,4 +1,11 @@
-// Non-central F distribution: the numerical library's probability, its inverse by Brent's method.
+// Non-central F distribution.
+//
+// Method  The numerical library. Quantiles by Brent's method from 5.
+// Source  Johnson, Kotz and Balakrishnan, Continuous Univariate Distributions, volume 2, 2nd
+//         edition (1995), chapter 30.
+// Draws   The uniform of the numerator, by inversion, then a chi-square variate.
+// Error   Probability below 0.3 at 80 points, quantile below 0.4 at 80 points, in units of 1e-14
+//         max(1, condition) (docs/accuracy.md).
 
 #include "distributions/families.hpp"
 #include "kernel/host_settings.hpp"

@@ -1,4 +1,11 @@
-// Non-central t distribution with nu degrees of freedom and noncentrality delta.
+// Non-central t distribution with nu degrees of freedom and noncentrality delta; no quantiles.
+//
+// Method  The numerical library.
+// Source  Johnson, Kotz and Balakrishnan, Continuous Univariate Distributions, volume 2, 2nd
+//         edition (1995), chapter 31.
+// Draws   A normal variate, then a chi-square variate.
+// Error   Probability below 0.07 at 60 points, in units of 1e-14 max(1, condition)
+//         (docs/accuracy.md).
 
 #include <cmath>
 

@@ -1,8 +1,11 @@
 // Pareto distribution on x >= a with shape c.
 //
-// Closed forms: Johnson, Kotz and Balakrishnan, Continuous Univariate Distributions, volume 1,
-// 2nd edition (1994), chapter 20.  Parameters are not checked: an impossible one gives whatever the
-// formula gives, most often a NaN.
+// Method  Closed forms in logarithms; the power itself for what has none.
+// Source  Johnson, Kotz and Balakrishnan, Continuous Univariate Distributions, volume 1, 2nd
+//         edition (1994), chapter 20.
+// Draws   One uniform, by inversion.
+// Error   Probability below 0.009 at 8 points, quantile below 0.02 at 22 points, in units of 1e-14
+//         max(1, condition) (tests/reference/data/closed_forms.txt).
 
 #include <cmath>
 

@@ -1,4 +1,10 @@
-// Poisson distribution with mean lambda, from the numerical library; quantiles by integer search.
+// Poisson distribution with mean lambda.
+//
+// Method  The numerical library. Quantiles by integer search.
+// Source  Johnson, Kemp and Kotz, Univariate Discrete Distributions, 3rd edition (2005), chapter 4.
+// Draws   One uniform, by inversion.
+// Error   Probability below 0.03 at 80 points, in units of 1e-14 max(1, condition); quantiles right
+//         at 80 points (docs/accuracy.md).
 
 #include <cmath>
 

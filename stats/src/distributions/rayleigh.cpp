@@ -1,8 +1,11 @@
 // Rayleigh distribution with scale sigma on x >= 0.
 //
-// Closed forms: Johnson, Kotz and Balakrishnan, Continuous Univariate Distributions, volume 1,
-// 2nd edition (1994), chapter 18.  Parameters are not checked: an impossible one gives whatever the
-// formula gives, most often a NaN.
+// Method  Closed forms.
+// Source  Johnson, Kotz and Balakrishnan, Continuous Univariate Distributions, volume 1, 2nd
+//         edition (1994), chapter 18.
+// Draws   One uniform, by inversion.
+// Error   Probability below 0.007 at 6 points, quantile below 0.02 at 20 points, in units of 1e-14
+//         max(1, condition) (tests/reference/data/closed_forms.txt).
 
 #include <cmath>
 

@@ -1,4 +1,11 @@
-// Student t distribution with nu degrees of freedom, from the numerical library.
+// Student t distribution with nu degrees of freedom.
+//
+// Method  The numerical library.
+// Source  Johnson, Kotz and Balakrishnan, Continuous Univariate Distributions, volume 2, 2nd
+//         edition (1995), chapter 28.
+// Draws   One uniform, by inversion.
+// Error   Probability below 0.08 at 160 points, quantile below 0.09 at 160 points, in units of
+//         1e-14 max(1, condition) (docs/accuracy.md).
 
 #include "distributions/families.hpp"
 #include "kernel/nag_call.hpp"

@@ -1,8 +1,11 @@
 // Triangular distribution on (a, b) with mode c.
 //
-// Closed forms: Johnson, Kotz and Balakrishnan, Continuous Univariate Distributions, volume 2,
-// 2nd edition (1995), chapter 26.  Parameters are not checked: an impossible one gives whatever the
-// formula gives, most often a NaN.
+// Method  Closed forms, rearranged where the mode lies at an end.
+// Source  Johnson, Kotz and Balakrishnan, Continuous Univariate Distributions, volume 2, 2nd
+//         edition (1995), chapter 26.
+// Draws   One uniform, by inversion.
+// Error   Probability below 0.02 at 18 points, quantile below 0.02 at 32 points, in units of 1e-14
+//         max(1, condition) (tests/reference/data/closed_forms.txt).
 
 #include <cmath>
 

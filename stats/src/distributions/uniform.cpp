@@ -1,4 +1,10 @@
-// Continuous uniform distribution on (a, b).  Parameters are not checked.
+// Continuous uniform distribution on (a, b).
+//
+// Method  Closed forms.
+// Source  The definition.
+// Draws   One uniform, by inversion.
+// Error   Probability below 0.008 at 3 points, quantile below 0.005 at 11 points, in units of 1e-14
+//         max(1, condition) (tests/reference/data/closed_forms.txt).
 
 #include "distributions/families.hpp"
 #include "kernel/uniform_source.hpp"

@@ -1,8 +1,11 @@
 // Weibull distribution with scale b and shape c on x >= 0.
 //
-// Closed forms: Johnson, Kotz and Balakrishnan, Continuous Univariate Distributions, volume 1,
-// 2nd edition (1994), chapter 21.  Parameters are not checked: an impossible one gives whatever the
-// formula gives, most often a NaN.
+// Method  Closed forms, the power 1/c corrected (inverse_power.hpp).
+// Source  Johnson, Kotz and Balakrishnan, Continuous Univariate Distributions, volume 1, 2nd
+//         edition (1994), chapter 21.
+// Draws   One uniform, by inversion.
+// Error   Probability below 0.02 at 14 points, quantile below 0.02 at 30 points, in units of 1e-14
+//         max(1, condition) (tests/reference/data/closed_forms.txt).
 
 #include <cmath>
 
