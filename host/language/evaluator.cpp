@@ -160,7 +160,7 @@ ALGEB Evaluator::callValue(const Node& node) {
     args[i] =
         takesEquations && isNamedArgument(argument) ? namedArgument(argument) : value(argument);
   }
-  if (!isProcedure(function) && !is(function, Tag::name)) {
+  if (!isProcedure(function) && !is(function, Tag::name) && !isCallable(function)) {
     if (isNumber(function)) {
       raise(state_, "unable to call the number %1 (a product is written with *)", function);
     }

@@ -54,6 +54,8 @@ class Foreign {
   virtual void print(State& state, std::string& out) const;
   // What x[name] is, null for nothing.
   virtual ALGEB field(State&, std::string_view) { return nullptr; }
+  // The function that x(...) calls with x before the arguments, null for none.
+  virtual const char* calledAs() const { return nullptr; }
   // Whether the two are equal as values; an object is equal to itself only.
   virtual bool equals(const Foreign& other) const { return this == &other; }
 };

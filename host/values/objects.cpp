@@ -186,6 +186,8 @@ ALGEB callee(State& state, ALGEB f) {
 
 }  // namespace
 
+bool isCallable(ALGEB x) { return is(x, Tag::foreign) && foreign(x)->calledAs() != nullptr; }
+
 ALGEB apply(State& state, ALGEB function, ALGEB args) {
   lookAtInterrupt();
   checkStack(state);
@@ -213,6 +215,14 @@ ALGEB apply(State& state, ALGEB function, ALGEB args) {
       all.push(argument(state, args, i));
     }
     return newApplication(state, f, all.span());
+  }
+  if (isCallable(f)) {
+    Handles all(state);
+    all.push(f);
+    for (std::size_t i = 1; i <= argumentCount(args); ++i) {
+      all.push(argument(state, args, i));
+    }
+    return apply(state, nameFunction(name(state, foreign(f)->calledAs())), all.span());
   }
   raise(state, "%1 cannot be called", f);
 }

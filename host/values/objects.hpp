@@ -133,6 +133,8 @@ inline bool isProcedure(ALGEB x) { return is(x, Tag::procedure) || is(x, Tag::fu
 // value or by the function known under it; an unassigned name gives a symbolic application.
 // Standard exceptions that leave a machine function become host errors.
 ALGEB apply(State& state, ALGEB function, ALGEB args);
+// Whether x is an object with a function that stands for it where it is called.
+bool isCallable(ALGEB x);
 ALGEB apply(State& state, ALGEB function, std::span<const ALGEB> args);
 // The same in hardware floating point, on args[1] ... args[n].
 double applyHardware(State& state, ALGEB function, int n, const double* args);

@@ -360,6 +360,13 @@ ALGEB Call::integers(std::span<const std::int64_t> x, ALGEB like) {
   return container(state_, x, like, RTABLE_INTEGER64);
 }
 
+ALGEB Call::positions(std::vector<std::int64_t> at) {
+  for (std::int64_t& i : at) {
+    ++i;
+  }
+  return integers(at, nullptr);
+}
+
 ALGEB Call::matrix(std::span<const double> rows, std::size_t rowCount, std::size_t columnCount) {
   const RTableSettings settings{RTABLE_FLOAT64, RTABLE_RECTANGULAR, RTABLE_ROW_MAJOR, 2, 0};
   const V_INT bounds[] = {1, static_cast<V_INT>(rowCount), 1, static_cast<V_INT>(columnCount)};

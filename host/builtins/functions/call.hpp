@@ -120,6 +120,8 @@ class Call {
   // A list where like is one, else a float[8] array, of like's bounds if it has as many elements.
   ALGEB reals(std::span<const double> x, ALGEB like);
   ALGEB integers(std::span<const std::int64_t> x, ALGEB like);
+  // What the functions count from 0, as the language counts: from 1.
+  ALGEB positions(std::vector<std::int64_t> at);
   ALGEB matrix(std::span<const double> rows, std::size_t rowCount, std::size_t columnCount);
   using Part = std::pair<const char*, ALGEB>;
   ALGEB parts(std::initializer_list<Part> fields);  // a table from names

@@ -82,15 +82,16 @@ std::size_t sizeOf(ALGEB x) {
   return isArray(x) ? static_cast<std::size_t>(arrayOf(x).count) : countOf(x);
 }
 
+// Elements of a list, or numbers from 1 to x.
 ALGEB choiceOf(Call& call) {
   const ALGEB x = call.value("x");
-  if (!isContainer(x)) {
-    call.refuse("x", "a list or an array");
+  if (!isContainer(x) && !isInteger(x)) {
+    call.refuse("x", "a list, an array or how many");
   }
-  const auto at =
-      choice(sizeOf(x), call.size("n"), call.random(),
-             {.weights = call.data("weights"), .replace = call.boolean("replace", true)});
-  return chosen(call, x, at);
+  const std::size_t size = isContainer(x) ? sizeOf(x) : call.size("x");
+  auto at = choice(size, call.size("n"), call.random(),
+                   {.weights = call.data("weights"), .replace = call.boolean("replace", true)});
+  return isContainer(x) ? chosen(call, x, at) : call.positions(std::move(at));
 }
 
 ALGEB permutationOf(Call& call) {
@@ -98,11 +99,7 @@ ALGEB permutationOf(Call& call) {
   if (isContainer(n)) {
     return chosen(call, n, permutation(sizeOf(n), call.random()));
   }
-  std::vector<std::int64_t> order = permutation(call.size("n"), call.random());
-  for (std::int64_t& i : order) {
-    ++i;  // the language counts from 1
-  }
-  return call.integers(order, nullptr);
+  return call.positions(permutation(call.size("n"), call.random()));
 }
 
 // In place, as its name says.
@@ -142,13 +139,9 @@ ALGEB newUnsigned(State& state, std::uint64_t x) {
   return newInteger(state, z.get());
 }
 
-// Positions, from 1, drawn from an urn.
 ALGEB draw(Call& call) {
-  auto at = objectFor<UrnObject>(call, "urn", "an Urn").urn.sample(call.size("n"), call.random());
-  for (std::int64_t& i : at) {
-    ++i;
-  }
-  return call.integers(at, nullptr);
+  const Urn& urn = objectFor<UrnObject>(call, "urn", "an Urn").urn;
+  return call.positions(urn.sample(call.size("n"), call.random()));
 }
 
 ALGEB bootstrapOf(Call& call) {
@@ -279,7 +272,8 @@ constexpr FunctionRow kRows[] = {
      "exponential(2, rng = 42);", exponential},
     {"integers", "low, high, n = 1; rng", "random integers low <= k < high",
      "integers(1, 7, 4, rng = 42);", integers},
-    {"choice", "x, n; weights, replace = true, rng", "n elements of x at random",
+    {"choice", "x, n; weights, replace = true, rng",
+     "n elements of x at random, or numbers from 1 to x",
      "choice([\"x\", \"y\", \"z\"], 4, rng = 42);", choiceOf},
     {"permutation", "n, rng = none", "1 .. n, or a list or array, in random order",
      "permutation(5, rng = 42);", permutationOf},

@@ -319,6 +319,9 @@ ALGEB logLikelihood(Call& call) {
 ALGEB parametersOfLaw(Call& call) { return lawOf(call).parameters(call.state()); }
 
 ALGEB sample(Call& call) {
+  if (const auto* const urn = objectOf<UrnObject>(call.value("law"))) {
+    return call.positions(urn->urn.sample(call.size("size", 1), call.random()));
+  }
   const KernelDensity* const d = kernelDensityOf(call);
   const std::size_t n = call.size("size", 1);
   const std::vector<double> x =
@@ -407,7 +410,7 @@ constexpr FunctionRow kRows[] = {
     {"log_likelihood", "law, x; weights, missing = propagate",
      "the sum of the logarithms of the densities", "log_likelihood(Exponential(2), [1, 2, 3]);",
      logLikelihood},
-    {"sample", "law, size = 1, rng = none", "exact variates of a law",
+    {"sample", "law, size = 1, rng = none", "exact variates of a law, a kernel density or an urn",
      "sample(Gamma(2, 3), 2, rng = 42);", sample},
     {"rvs", "law, size = 1, rng = none", "exact variates of a law, as sample",
      "rvs(Poisson(3), 4, rng = 42);", sample},

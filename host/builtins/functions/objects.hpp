@@ -55,6 +55,7 @@ struct DensityObject final : Foreign {
   explicit DensityObject(KernelDensity d) : density(std::move(d)) {}
   void print(State& state, std::string& out) const override;
   ALGEB field(State& state, std::string_view part) override;
+  const char* calledAs() const override { return "pdf"; }
   KernelDensity density;
 };
 
