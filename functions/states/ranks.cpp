@@ -231,6 +231,10 @@ Ranks& Ranks::next_pass() {
 
 int Ranks::pass() const { return search_->pass; }
 
+std::span<const double> Ranks::q() const { return search_->q; }
+
+QuantileMethod Ranks::method() const { return search_->method; }
+
 std::vector<double> Ranks::result() const {
   if (!done()) {
     throw std::logic_error("Ranks::result: there are passes to come");

@@ -1,4 +1,5 @@
 // States of data that come in pieces.
+#include <algorithm>
 #include <vexel/states.hpp>
 
 #include "bindings.hpp"
@@ -148,6 +149,13 @@ void bindTables(py::module_& m) {
       .def_property_readonly("done", &Ranks::done)
       .def("_next_pass", [](Ranks& s) { s.next_pass(); })
       .def_property_readonly("number", &Ranks::pass)
+      .def_property_readonly("q", [](const Ranks& s) { return toArray(s.q()); })
+      .def_property_readonly("method",
+                             [](const Ranks& s) {
+                               return std::ranges::find(namesOf<QuantileMethod>, s.method(),
+                                                        &NameOf<QuantileMethod>::value)
+                                   ->name;
+                             })
       .def_property_readonly("result",
                              [](const Ranks& s) {
                                if (!s.done()) {

@@ -8,27 +8,29 @@ from __future__ import annotations
 
 from typing import TYPE_CHECKING
 
-from ._distributions import (
-    Bernoulli, Beta, Binomial, Cauchy, ChiSquare, DiscreteUniform, Empirical, Exponential,
-    ExponentialPower, FRatio, Gamma, Geometric, Gumbel, Hypergeometric, InverseGaussian, Laplace,
-    Logistic, LogNormal, Maxwell, Moyal, NegativeBinomial, NonCentralBeta, NonCentralChiSquare,
-    NonCentralFRatio, NonCentralStudentT, Normal, Pareto, Poisson, Power, Rayleigh, StudentT,
-    Triangular, Uniform, Weibull)
+from ._continuous_laws import (
+    Beta, Cauchy, Exponential, ExponentialPower, Gamma, Gumbel, InverseGaussian, Laplace, Logistic,
+    LogNormal, Maxwell, Moyal, Normal, Pareto, Power, Rayleigh, Triangular, Uniform, Weibull)
+from ._discrete_laws import (
+    Bernoulli, Binomial, DiscreteUniform, Empirical, Geometric, Hypergeometric, NegativeBinomial, Poisson)
+from ._kernel_density import KernelDensity, kde
+from ._laws_of_tests import (
+    ChiSquare, FRatio, NonCentralBeta, NonCentralChiSquare, NonCentralFRatio, NonCentralStudentT, StudentT)
 from ._ordering import (
     argsort, cumulative, frequency_table, histogram, mode, rank, sort, tally, trim, winsorize)
 from ._own_laws import CumulativeDistribution, Density
-from ._random import Random, Urn, bootstrap, choice, permutation, shuffle
+from ._quantiles import five_number, iqr, median, order_statistic, quantile
+from ._random import Random
 from ._roots import RootError, find_integer, find_root
+from ._sampling import Urn, bootstrap, choice, permutation, shuffle
 from ._sequences import Faure, Halton, Sobol
 from ._series import (
-    KernelDensity, autocorrelation, chi_square_test, filter, kde, ks_test, moving, normal_plot,
-    shapiro, t_test)
-from ._states import (
-    Covariance, DensityGrid, Extremes, Histogram, Moments, Ranks, Sums, Tally)
+    autocorrelation, chi_square_test, filter, ks_test, moving, normal_plot, shapiro, t_test)
+from ._state_tables import DensityGrid, Histogram, Ranks, Tally
+from ._states import Covariance, Extremes, Moments, Sums
 from ._statistics import (
-    corr, cov, describe, five_number, iqr, kurtosis, mean, mean_absolute_deviation, median,
-    median_absolute_deviation, moment, order_statistic, quantile, skewness, std, trimmed_mean, var,
-    winsorized_mean)
+    corr, cov, describe, kurtosis, mean, mean_absolute_deviation, median_absolute_deviation, moment,
+    skewness, std, trimmed_mean, var, winsorized_mean)
 from ._core import __version__
 
 __all__ = [
@@ -57,7 +59,7 @@ def __getattr__(name: str) -> object:
 
     if name in _lazy:
         value = getattr(import_module("." + _lazy[name], __name__), name)
-    elif name in ("compat", "entry"):
+    elif name in ("compat", "entry", "results"):
         value = import_module("." + name, __name__)
     else:
         raise AttributeError(f"module {__name__!r} has no attribute {name!r}")

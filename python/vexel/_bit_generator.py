@@ -37,5 +37,8 @@ class BitGenerator(np.random.BitGenerator):
         raw = self._rng.bits(size)
         return raw if output else None
 
+    def __repr__(self) -> str:
+        return f"{self._rng!r}.bit_generator"
+
     def __reduce__(self) -> Any:
         return BitGenerator, (self._rng,)

@@ -333,21 +333,76 @@ class Kernel:
         _library()
 
     def eval(self, text: str) -> Any:
-        """Runs statements of the language; the value of the last one."""
+        """Runs statements of the language.
+
+        Parameters
+        ----------
+        text : str
+            The statements; the last one may do without its semicolon.
+
+        Returns
+        -------
+        object
+            The value of the last one, in the form that docs/python.md lists.
+
+        Raises
+        ------
+        KernelError
+            What the host raises, syntax errors too.
+
+        Examples
+        --------
+        >>> vx.Kernel().eval("a := 3: a^2;")
+        9
+        """
         return _host.eval(_statement(text))
 
     def call(self, name: str, *arguments: Any, **options: Any) -> Any:
         """Calls an entry point, a built-in function or a procedure by name.
 
-        Options are given as equations: `datatype="float[8]"` is `datatype = float[8]`.  Entry
-        points take data as arrays; `[]` is an empty one, for no weights.
+        Parameters
+        ----------
+        name : str
+            Whose.
+        *arguments
+            Entry points take data as arrays; `[]` is an empty one, for no weights.
+        **options
+            Given as equations: `datatype="float[8]"` is `datatype = float[8]`.
+
+        Returns
+        -------
+        object
+
+        Examples
+        --------
+        >>> vx.Kernel().call("gcd", 12, 18)
+        6
         """
         if name.startswith("STATS_"):
             arguments = tuple(map(_argument, arguments))
         return _host.call(name, *arguments, *(_option(k, v) for k, v in options.items()))
 
     def function(self, name: str, f: Callable[..., Any]) -> Procedure:
-        """Makes a Python callable known to the language under a name."""
+        """Makes a Python callable known to the language under a name.
+
+        Parameters
+        ----------
+        name : str
+            By which the language calls it.
+        f : callable
+            What it raises comes out of `eval` as itself.
+
+        Returns
+        -------
+        Procedure
+
+        Examples
+        --------
+        >>> k = vx.Kernel()
+        >>> half = k.function("half", lambda x: x / 2)
+        >>> k.eval("half(7.0)"), half(5.0)
+        (3.5, 2.5)
+        """
         return Procedure(_host.function(name, f))
 
     def __getitem__(self, name: str) -> Any:
@@ -361,11 +416,27 @@ class Kernel:
         _host.eval(f"{_name(name)} := _value_for_python():")
 
     def seed(self, seed: int) -> None:
-        """Starts the host's stream of random numbers."""
+        """Starts the host's stream of random numbers.
+
+        Parameters
+        ----------
+        seed : int
+            The same one gives the same numbers.
+
+        Examples
+        --------
+        >>> vx.Kernel().seed(7)
+        """
         _host.seed(seed)
 
     def collect(self) -> int:
-        """Collects what nothing reaches; how many objects are left."""
+        """Collects what nothing reaches.
+
+        Returns
+        -------
+        int
+            How many objects are left.
+        """
         return _host.collect()
 
     @property

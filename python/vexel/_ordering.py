@@ -2,7 +2,7 @@
 
 from __future__ import annotations
 
-from typing import TYPE_CHECKING, Any
+from typing import TYPE_CHECKING, Any, overload
 
 import numpy as np
 
@@ -12,7 +12,9 @@ from ._results import FrequencyTable, HistogramResult, TallyResult
 from ._statistics import _ends
 
 if TYPE_CHECKING:
-    from ._types import Array, ArrayLike, Axis, Cut, Doubles, NanPolicy, Progress
+    from typing import Literal
+
+    from ._types import Array, ArrayLike, Axis, CumulativeKind, Cut, Doubles, NanPolicy, Progress, RankMethod
 
 
 def _elements(x: Any) -> Any:
@@ -137,7 +139,7 @@ def argsort(x: ArrayLike, *, axis: Axis = -1, nan_policy: NanPolicy = "propagate
     return _core.argsort(x if moved is None else moved, axis, nan_policy, out, progress)
 
 
-def rank(x: ArrayLike, *, method: str = "average", axis: Axis = -1,
+def rank(x: ArrayLike, *, method: RankMethod = "average", axis: Axis = -1,
          nan_policy: NanPolicy = "propagate", out: Array | None = None,
          progress: Progress = None) -> Doubles:
     """Ranks from 1.
@@ -209,8 +211,14 @@ def tally(x: ArrayLike, *, weights: ArrayLike | None = None,
     return TallyResult(values if other is None else values.astype(other), counts, missing)
 
 
+@overload
+def mode(x: ArrayLike, *, weights: ArrayLike | None = ..., nan_policy: NanPolicy = ..., axis: None = ...,
+         keepdims: Literal[False] = ..., progress: Progress = ...) -> float: ...
+@overload
+def mode(x: ArrayLike, *, weights: ArrayLike | None = ..., nan_policy: NanPolicy = ..., axis: Axis = ...,
+         keepdims: bool = ..., progress: Progress = ...) -> Doubles: ...
 def mode(x: ArrayLike, *, weights: ArrayLike | None = None, nan_policy: NanPolicy = "propagate",
-         axis: Axis = None, keepdims: bool = False, progress: Progress = None) -> Any:
+         axis: Axis = None, keepdims: bool = False, progress: Progress = None) -> float | Doubles:
     """The most frequent value, the smallest of several.
 
     Parameters
@@ -296,7 +304,7 @@ def frequency_table(x: ArrayLike, bins: int | str | ArrayLike = "auto", *,
     return FrequencyTable(*_core.frequency_table(x, bins, range, weights, nan_policy, progress))
 
 
-def cumulative(x: ArrayLike, *, kind: str = "sum", weights: ArrayLike | None = None,
+def cumulative(x: ArrayLike, *, kind: CumulativeKind = "sum", weights: ArrayLike | None = None,
                nan_policy: NanPolicy = "propagate", axis: Axis = -1,
                out: Array | None = None, progress: Progress = None) -> Doubles:
     """Running sums, products, minima or maxima.

@@ -6,7 +6,8 @@ from math import inf
 from typing import TYPE_CHECKING, Any
 
 from . import _core
-from ._distributions import Continuous, _set
+from ._distributions import _set
+from ._kinds import Continuous
 
 if TYPE_CHECKING:
     from collections.abc import Callable
@@ -31,7 +32,14 @@ def _function(f: Any, name: str) -> Any:
     return f
 
 
-class _OwnLaw(Continuous):
+def _is_code(f: Any) -> bool:
+    """Functions, which have no text to be read back from; SymPy's expressions are callable as well, and have."""
+    return callable(f) and not type(f).__module__.startswith("sympy")
+
+
+class OwnLaw(Continuous):
+    """What laws of one's own have beside the methods of all laws."""
+
     __slots__ = ("_arguments", "_options")
     _law: _core.OwnLaw
     _arguments: tuple[Any, ...]
@@ -39,30 +47,58 @@ class _OwnLaw(Continuous):
 
     @property
     def log_concave(self) -> bool:
-        """Whether variates are exact, by rejection; else by inversion."""
+        """Whether variates are exact, by rejection; else they are by inversion.
+
+        Examples
+        --------
+        >>> vx.Density(lambda x: 1 - abs(x), support=(-1, 1)).log_concave
+        True
+        """
         return self._law.log_concave()
 
     @property
     def log_integral(self) -> float:
-        """Logarithm of the integral of f; 0 for a distribution function."""
+        """Logarithm of the integral of f over the support; 0 for a distribution function.
+
+        Examples
+        --------
+        >>> round(vx.Density("x -> exp(-x^2/2)", support=(None, None)).log_integral, 9)
+        0.918938533
+        """
         return self._law.log_integral()
 
     @property
     def error(self) -> float:
-        """The measured error of the probability."""
+        """The measured error of the probability, at most what was asked for.
+
+        Examples
+        --------
+        >>> vx.Density(lambda x: 1 - abs(x), support=(-1, 1)).error <= 1e-10
+        True
+        """
         return self._law.error()
 
     @property
     def evaluations(self) -> int:
-        """How many values of the function the build took."""
+        """How many values of the function the build took.
+
+        Examples
+        --------
+        >>> vx.Density(lambda x: 1 - abs(x), support=(-1, 1)).evaluations <= 2000
+        True
+        """
         return self._law.evaluations()
 
     def _key(self) -> tuple[Any, ...]:
         return (*self._arguments, *self._options.values())
 
     def __repr__(self) -> str:
-        options = "".join(f", {k}={v!r}" for k, v in self._options.items())
-        return f"{type(self).__name__}({self._arguments[0]!r}{options})"
+        def shown(v: Any) -> str:
+            return f"<{getattr(v, '__name__', type(v).__name__)}>" if _is_code(v) else repr(v)
+
+        options = "".join(f", {k}={shown(v)}" for k, v in self._options.items())
+        made = f"{type(self).__name__}({shown(self._arguments[0])}{options})"
+        return f"<{made}>" if any(map(_is_code, (*self._arguments, *self._options.values()))) else made
 
     def __reduce__(self) -> Any:
         return _made, (type(self), self._arguments[0], self._options)
@@ -79,11 +115,12 @@ def _made(kind: Any, f: Any, options: dict[str, Any]) -> Any:
     return kind(f, **options)
 
 
-class Density(_OwnLaw):
+class Density(OwnLaw):
     """A law from a density, which need not integrate to 1.
 
     Built once, from at most 2000 values of f.  `quantile` and `cdf` are as good as `error`.
-    Variates of a log-concave density are exact, by rejection; others are by inversion.
+    Variates of a log-concave density are exact, by rejection; others are by inversion.  Of text or
+    a SymPy expression the repr reads back.
 
     Parameters
     ----------
@@ -112,6 +149,8 @@ class Density(_OwnLaw):
     (0.875, 0.5)
     >>> d.sample(3, rng=1).shape
     (3,)
+    >>> vx.Density("x -> exp(-x^4)", support=(-5, 5), error=1e-9)
+    Density('x -> exp(-x^4)', support=(-5, 5), error=1e-09)
     """
 
     __slots__ = ()
@@ -129,8 +168,10 @@ class Density(_OwnLaw):
         _set(self, "_options", _given(options, default))
 
 
-class CumulativeDistribution(_OwnLaw):
+class CumulativeDistribution(OwnLaw):
     """A law from a distribution function.
+
+    Built once, from at most 2000 values of F.  Variates are by inversion.
 
     Parameters
     ----------
@@ -139,7 +180,7 @@ class CumulativeDistribution(_OwnLaw):
     support : pair of float
         Either end may be infinite.
     density : callable, str or SymPy expression, optional
-        If it is known; else the tables' slope.
+        If it is known; else `pdf` is the slope of the tables.
     error : float
         Of the probability.
     vectorized : bool

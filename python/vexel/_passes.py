@@ -16,10 +16,11 @@ from typing import TYPE_CHECKING, Any
 import numpy as np
 
 from ._core import short_text
+from ._kernel_density import kde as _kde
 from ._ordering import histogram as _histogram
 from ._results import Description, HistogramResult, TallyResult
-from ._series import kde as _kde
-from ._states import Covariance, DensityGrid, Extremes, Histogram, Moments, Ranks, Sums, Tally
+from ._state_tables import DensityGrid, Histogram, Ranks, Tally
+from ._states import Covariance, Extremes, Moments, Sums
 from ._statistics import _ends
 
 if TYPE_CHECKING:
@@ -449,7 +450,7 @@ class PointDensity:
 
     reach = 40  # bandwidths, beyond which every kernel is 0
 
-    def __init__(self, x: Any, bandwidth: float, kernel: str, nan_policy: NanPolicy) -> None:
+    def __init__(self, x: Any, bandwidth: float, kernel: Any, nan_policy: NanPolicy) -> None:
         self.x, self.bandwidth, self.kernel = x, bandwidth, kernel
         self.total = Sums(nan_policy=nan_policy)
         self.sums: dict[int, Sums] = {}

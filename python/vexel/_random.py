@@ -1,19 +1,15 @@
-"""Random numbers."""
+"""The generator of random numbers."""
 
 from __future__ import annotations
 
-from collections.abc import MutableSequence
-from typing import TYPE_CHECKING, Any
-
-import numpy as np
+from typing import TYPE_CHECKING, Any, overload
 
 from . import _core
-from ._results import BootstrapResult, Interval
+from ._sampling import choice, permutation, shuffle
 
 if TYPE_CHECKING:
-    from collections.abc import Callable
-
-    from ._types import Array, ArrayLike, Doubles, NanPolicy, Progress, Rng, Size
+    from ._bit_generator import BitGenerator
+    from ._types import Array, ArrayLike, Doubles, Progress, Shape, Size
 
 
 class Random(_core.Random):
@@ -34,10 +30,14 @@ class Random(_core.Random):
     Attributes
     ----------
     seed, block : int
+        What it was made from.
     state : dict
         Everything that decides the draws to come; may be assigned.
-    bit_generator : numpy.random.BitGenerator
-        This stream for `numpy.random.Generator`.
+
+    Notes
+    -----
+    A repr reads back while nothing has been drawn; in mid-stream `pickle`, `to_bytes` and `state` keep
+    the place.
 
     Examples
     --------
@@ -46,55 +46,267 @@ class Random(_core.Random):
     array([0.81430515, 0.75279169])
     >>> rng.integers(10), rng.integers(10, 20, 3).dtype
     (7, dtype('int64'))
+    >>> rng, vx.Random(42, block=3)
+    (<Random(42) after draws>, Random(42, block=3))
     """
 
     def __init__(self, seed: int | None = None, block: int = 0) -> None:
         super().__init__(seed, block)
 
-    def uniform(self, n: Size = None, *, out: Array | None = None, progress: Progress = None) -> Any:
-        """Uniform on (0, 1): one float, n of them, or an array of a shape."""
-        return super().uniform(n, out, progress)
+    @overload
+    def uniform(self, n: None = None, *, progress: Progress = None) -> float: ...
+    @overload
+    def uniform(self, n: Size = None, *, out: Array, progress: Progress = None) -> Array: ...
+    @overload
+    def uniform(self, n: Shape, *, progress: Progress = None) -> Doubles: ...
+    def uniform(self, n: Size = None, *, out: Array | None = None, progress: Progress = None) -> float | Array:
+        """Uniform variates on the open interval (0, 1).
 
-    def normal(self, n: Size = None, *, out: Array | None = None, progress: Progress = None) -> Any:
-        """Standard normal variates."""
-        return super().normal(n, out, progress)
+        Parameters
+        ----------
+        n : int or tuple of int, optional
+            How many, or the shape; None: one number.
+        out : ndarray of float64, optional
+            Where to put them; `n` may be left out.
+        progress : callable or bool, optional
+            Told the share done, 0 to 1, during long work; True shows a bar where tqdm is installed.
 
-    def exponential(self, n: Size = None, *, out: Array | None = None, progress: Progress = None) -> Any:
-        """Standard exponential variates."""
-        return super().exponential(n, out, progress)
+        Returns
+        -------
+        float or ndarray
 
+        Examples
+        --------
+        >>> vx.Random(42).uniform((1, 2))
+        array([[0.81430515, 0.75279169]])
+        """
+        return super().uniform(n, out, progress)  # type: ignore[no-any-return]
+
+    @overload
+    def normal(self, n: None = None, *, progress: Progress = None) -> float: ...
+    @overload
+    def normal(self, n: Size = None, *, out: Array, progress: Progress = None) -> Array: ...
+    @overload
+    def normal(self, n: Shape, *, progress: Progress = None) -> Doubles: ...
+    def normal(self, n: Size = None, *, out: Array | None = None, progress: Progress = None) -> float | Array:
+        """Standard normal variates.
+
+        Parameters
+        ----------
+        n, out, progress
+            As in `uniform`.
+
+        Returns
+        -------
+        float or ndarray
+
+        Examples
+        --------
+        >>> vx.Random(1).normal(3).shape
+        (3,)
+        """
+        return super().normal(n, out, progress)  # type: ignore[no-any-return]
+
+    @overload
+    def exponential(self, n: None = None, *, progress: Progress = None) -> float: ...
+    @overload
+    def exponential(self, n: Size = None, *, out: Array, progress: Progress = None) -> Array: ...
+    @overload
+    def exponential(self, n: Shape, *, progress: Progress = None) -> Doubles: ...
+    def exponential(self, n: Size = None, *, out: Array | None = None, progress: Progress = None) -> float | Array:
+        """Exponential variates of mean 1.
+
+        Parameters
+        ----------
+        n, out, progress
+            As in `uniform`.
+
+        Returns
+        -------
+        float or ndarray
+
+        Examples
+        --------
+        >>> vx.Random(1).exponential() > 0
+        True
+        """
+        return super().exponential(n, out, progress)  # type: ignore[no-any-return]
+
+    @overload
+    def integers(self, low: int, high: int | None = None, n: None = None, *, progress: Progress = None) -> int: ...
+    @overload
+    def integers(self, low: int, high: int | None = None, n: Size = None, *, out: Array,
+                 progress: Progress = None) -> Array: ...
+    @overload
+    def integers(self, low: int, high: int | None = None, *, n: Shape, progress: Progress = None) -> Array: ...
+    @overload
+    def integers(self, low: int, high: int | None, n: Shape, *, progress: Progress = None) -> Array: ...
     def integers(self, low: int, high: int | None = None, n: Size = None, *,
-                 out: Array | None = None, progress: Progress = None) -> Any:
-        """Integers low <= k < high, each equally likely; of one bound: 0 <= k < low."""
-        return super().integers(low, high, n, out, progress)
+                 out: Array | None = None, progress: Progress = None) -> int | Array:
+        """Whole numbers, each equally likely.
+
+        Parameters
+        ----------
+        low : int
+            The smallest; without `high` it is 0, and `low` the bound above.
+        high : int, optional
+            The bound above, itself left out.
+        n, progress
+            As in `uniform`.
+        out : ndarray of int64, optional
+            Where to put them; C-contiguous.
+
+        Returns
+        -------
+        int or ndarray of int64
+
+        Examples
+        --------
+        >>> die = vx.Random(1).integers(1, 7, 1000)
+        >>> int(die.min()), int(die.max())
+        (1, 6)
+        """
+        return super().integers(low, high, n, out, progress)  # type: ignore[no-any-return]
+
+    @overload
+    def bits(self, n: None = None) -> int: ...
+    @overload
+    def bits(self, n: Shape) -> Array: ...
+    def bits(self, n: Size = None) -> int | Array:
+        """Raw words of 64 random bits.
+
+        Parameters
+        ----------
+        n : int or tuple of int, optional
+            As in `uniform`.
+
+        Returns
+        -------
+        int or ndarray of uint64
+
+        Examples
+        --------
+        >>> vx.Random(1).bits(2).dtype
+        dtype('uint64')
+        """
+        return super().bits(n)  # type: ignore[no-any-return]
+
+    def jump(self) -> None:
+        """Goes to the start of the next block of the same seed.
+
+        Examples
+        --------
+        >>> rng = vx.Random(1)
+        >>> rng.jump()
+        >>> rng == vx.Random(1, block=1)
+        True
+        """
+        super().jump()
 
     def choice(self, x: ArrayLike, n: Size = None, *, weights: ArrayLike | None = None,
                replace: bool = True, progress: Progress = None) -> Any:
-        """As the function `choice`."""
+        """The function `choice` with this stream.
+
+        Parameters
+        ----------
+        x, n, weights, replace, progress
+            As of the function.
+
+        Returns
+        -------
+        element or ndarray
+
+        Examples
+        --------
+        >>> vx.Random(1).choice(["a", "b"], 3).shape
+        (3,)
+        """
         return choice(x, n, weights=weights, replace=replace, rng=self, progress=progress)
 
     def permutation(self, n: int | ArrayLike, *, progress: Progress = None) -> Array:
-        """As the function `permutation`."""
+        """The function `permutation` with this stream.
+
+        Parameters
+        ----------
+        n, progress
+            As of the function.
+
+        Returns
+        -------
+        ndarray
+
+        Examples
+        --------
+        >>> sorted(vx.Random(1).permutation(3).tolist())
+        [0, 1, 2]
+        """
         return permutation(n, rng=self, progress=progress)
 
     def shuffle(self, x: Any) -> None:
-        """As the function `shuffle`."""
+        """The function `shuffle` with this stream.
+
+        Parameters
+        ----------
+        x : list or ndarray
+            What to put in random order, in place.
+
+        Examples
+        --------
+        >>> x = [1, 2, 3]
+        >>> vx.Random(1).shuffle(x)
+        >>> sorted(x)
+        [1, 2, 3]
+        """
         shuffle(x, rng=self)
 
     @property
-    def bit_generator(self) -> Any:
+    def bit_generator(self) -> BitGenerator:
+        """This stream for NumPy's generators, which draw on from where it is.
+
+        Examples
+        --------
+        >>> 0 <= np.random.Generator(vx.Random(1).bit_generator).beta(2, 3) <= 1
+        True
+        """
         from ._bit_generator import BitGenerator
 
         return BitGenerator(self)
 
     def copy(self) -> Random:
-        """A generator of the same draws to come."""
+        """A generator of the same draws to come.
+
+        Returns
+        -------
+        Random
+
+        Examples
+        --------
+        >>> rng = vx.Random(1)
+        >>> rng.copy().uniform() == rng.uniform()
+        True
+        """
         return Random._of(self)
 
     __copy__ = copy
 
     def __deepcopy__(self, memo: Any) -> Random:
         return self.copy()
+
+    def to_bytes(self) -> bytes:
+        """The whole state, for files and other processes.
+
+        Returns
+        -------
+        bytes
+            What `from_bytes` reads, here, in C++ and in the language.
+
+        Examples
+        --------
+        >>> rng = vx.Random(1)
+        >>> vx.Random.from_bytes(rng.to_bytes()) == rng
+        True
+        """
+        return super().to_bytes()
 
     @classmethod
     def _of(cls, other: Any) -> Random:
@@ -104,7 +316,22 @@ class Random(_core.Random):
 
     @classmethod
     def from_bytes(cls, data: bytes) -> Random:
-        """The generator that `to_bytes` wrote."""
+        """The generator that `to_bytes` wrote.
+
+        Parameters
+        ----------
+        data : bytes
+            What `to_bytes` gave.
+
+        Returns
+        -------
+        Random
+
+        Raises
+        ------
+        ValueError
+            For anything else.
+        """
         return cls._of(_core.Random.from_bytes(data))
 
     def __reduce__(self) -> Any:
@@ -120,175 +347,3 @@ class Random(_core.Random):
 
 def _restored(data: bytes) -> Random:
     return Random.from_bytes(data)
-
-
-class Urn(_core.Urn):
-    """Indices with probabilities proportional to weights, one draw each (alias method).
-
-    Parameters
-    ----------
-    weights : array_like
-        Finite, not negative, not all zero.
-
-    Examples
-    --------
-    >>> urn = vx.Urn([1, 0, 3])
-    >>> sorted(set(urn.sample(1000, rng=1).tolist()))
-    [0, 2]
-    """
-
-    def __init__(self, weights: ArrayLike) -> None:
-        super().__init__(weights)
-        self._weights = np.array(weights, dtype=np.float64)
-
-    def sample(self, n: Size = None, rng: Rng = None, *, out: Array | None = None,
-               progress: Progress = None) -> Any:
-        """One index from 0, n of them, or an array of a shape."""
-        return super().sample(n, rng, out, progress)
-
-    def __len__(self) -> int:
-        return len(self._weights)
-
-    def __reduce__(self) -> Any:
-        return Urn, (self._weights,)
-
-    def __repr__(self) -> str:
-        return f"Urn({self._weights.tolist()})" if len(self) <= 8 else f"<Urn of {len(self)} cells>"
-
-
-def choice(x: ArrayLike, n: Size = None, *, weights: ArrayLike | None = None, replace: bool = True,
-           rng: Rng = None, progress: Progress = None) -> Any:
-    """Elements of x, drawn at random.
-
-    Parameters
-    ----------
-    x : array_like or int
-        What to draw from; of a matrix, rows; a whole number means 0 to x - 1.
-    n : int or tuple, optional
-        How many; None: one element itself.
-    weights : array_like, optional
-        Probabilities are proportional to them.
-    replace : bool
-        False: no element twice; those left keep the proportions of their weights.
-    rng : Random, int or None
-        The stream, a seed, or None for a seed from the operating system.
-    progress : callable or bool, optional
-        Told the share done, 0 to 1, during long work; True shows a bar where tqdm is installed.
-
-    Examples
-    --------
-    >>> vx.choice(["a", "b", "c"], 3, replace=False, rng=1).shape
-    (3,)
-    """
-    items = None if isinstance(x, (int, np.integer)) else np.asarray(x)
-    if items is not None and items.ndim == 0:
-        raise TypeError(f"x: a list, an array or a whole number is expected, a {type(x).__name__} came")
-    of = _core.checked_size(x, "x")[0] if items is None else len(items)
-    shape = tuple(_core.checked_size(n, "n") or ())
-    if of == 0 and 0 not in shape:
-        raise ValueError("x: at least one element is allowed, none came")
-    count = int(np.prod(shape, dtype=np.int64))
-    if weights is not None and np.shape(weights) != (of,):
-        raise ValueError(f"weights: one for each of the {of} elements of x is allowed, "
-                         f"{_core.short_text(weights)} came")
-    drawn = _core.choice(of, count, rng, weights, replace, progress)
-    if items is None:
-        return int(drawn[0]) if n is None else drawn.reshape(shape)
-    drawn = items[drawn]
-    return drawn[0] if n is None else drawn.reshape(shape + drawn.shape[1:])
-
-
-def permutation(n: int | ArrayLike, rng: Rng = None, *, progress: Progress = None) -> Array:
-    """The numbers 0 to n - 1 in random order.
-
-    Parameters
-    ----------
-    n : int or array_like
-        How many; of a list, an array or a column, its elements in random order (of a matrix, its
-        rows).
-    rng, progress
-        As in `choice`.
-
-    Examples
-    --------
-    >>> sorted(vx.permutation(4, rng=1).tolist())
-    [0, 1, 2, 3]
-    """
-    if isinstance(n, (int, np.integer)) or np.ndim(n) == 0:
-        return _core.permutation(n, rng, progress)
-    items = np.asarray(n)
-    return items[_core.permutation(len(items), rng, progress)]
-
-
-def shuffle(x: Any, rng: Rng = None) -> None:
-    """Puts a list or array in random order, in place; of a matrix, its rows.
-
-    Parameters
-    ----------
-    x : list or ndarray
-        What to shuffle.
-    rng : Random, int or None
-        As in `choice`.
-
-    Examples
-    --------
-    >>> x = [1, 2, 3]
-    >>> vx.shuffle(x, rng=1)
-    >>> sorted(x)
-    [1, 2, 3]
-    """
-    if not isinstance(x, (np.ndarray, MutableSequence)) or (isinstance(x, np.ndarray) and not x.ndim):
-        raise TypeError(f"x: a list or an array is expected, a {type(x).__name__} came")
-    plain = isinstance(x, list) or (isinstance(x, np.ndarray) and x.dtype.str[1:] in ("f8", "f4", "i8", "i4"))
-    if plain and _core.shuffle(x, rng):
-        return
-    order = _core.permutation(len(x), rng, None)
-    if isinstance(x, np.ndarray):
-        x[:] = x[order]
-        return
-    before = list(x)
-    for i, k in enumerate(order):
-        x[i] = before[k]
-
-
-def bootstrap(x: ArrayLike, statistic: str | Callable[[Doubles], float] = "mean", *,
-              replicates: int = 9999, confidence: float = 0.95, method: str = "BCa",
-              rng: Rng = None, nan_policy: NanPolicy = "propagate",
-              progress: Progress = None) -> BootstrapResult:
-    """How a statistic would scatter in other samples of the same size.
-
-    Parameters
-    ----------
-    x : array_like
-        The sample.
-    statistic : str or callable
-        "mean", "median", "std", "var", "min", "max", "sum", "skewness", "kurtosis", "iqr", or a
-        callable of an array.
-    replicates : int
-        Samples of the size of `x` drawn from it with replacement.
-    confidence : float
-        Of the interval.
-    method : {"BCa", "percentile", "basic"}
-        Bias-corrected and accelerated (Efron 1987, Better bootstrap confidence intervals), the
-        replicates' quantiles, or these reflected about the estimate.
-    rng : Random, int or None
-        As in `choice`.
-    nan_policy : {"propagate", "omit", "raise"}
-        What a missing value does.
-    progress : callable or bool, optional
-        As in `quantile`.
-
-    Returns
-    -------
-    BootstrapResult
-        estimate, standard_error, interval (low, high), replicates.
-
-    Examples
-    --------
-    >>> b = vx.bootstrap([1, 2, 3, 4, 10], "mean", rng=1)
-    >>> b.estimate, b.interval.low < 4 < b.interval.high, len(b.replicates)
-    (4.0, True, 9999)
-    """
-    estimate, error, ends, values = _core.bootstrap(x, statistic, replicates, confidence, method,
-                                                    rng, nan_policy, progress)
-    return BootstrapResult(estimate, error, Interval(*ends), values)

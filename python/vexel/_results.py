@@ -2,13 +2,21 @@
 
 from __future__ import annotations
 
+from collections.abc import Callable
 from html import escape
-from typing import TYPE_CHECKING, Any, NamedTuple
+from typing import TYPE_CHECKING, Any, Generic, NamedTuple, TypeVar
 
 import numpy as np
 
 if TYPE_CHECKING:
     from ._types import Doubles
+
+# With more values than these a repr is a summary in angle brackets.
+MOST_IN_REPR = 100
+
+# What a part is: a float, or an array where there is a number for each lane.
+V = TypeVar("V")
+Result = TypeVar("Result")
 
 
 def _six(value: Any) -> str:
@@ -36,44 +44,128 @@ def html_table(names: tuple[str, ...], columns: list[list[Any]], limit: int = 60
     return f'<table class="vexel"><thead><tr>{head}</tr></thead><tbody>{body}</tbody></table>'
 
 
-class FiveNumber(NamedTuple):
-    """Tukey's five numbers."""
+# ---- what all results have
 
-    min: Any
-    lower_hinge: Any
-    median: Any
-    upper_hinge: Any
-    max: Any
+def _parts(result: Any) -> dict[str, Any]:
+    """By name; `missing` too, which some have beside their elements."""
+    return {**dict(zip(result._fields, result)), **getattr(result, "__dict__", {})}
 
 
-class Interval(NamedTuple):
-    """A pair of ends."""
+def _same(a: Any, b: Any) -> bool:
+    """Equal elements; NaN is the same as NaN."""
+    a, b = np.asarray(a), np.asarray(b)
+    return a.shape == b.shape and bool(np.all((a == b) | ((a != a) & (b != b))))
 
-    low: float
-    high: float
+
+def _result(word: str = "") -> Callable[[type[Result]], type[Result]]:
+    """Gives a named tuple a repr that reads back and an equality, with arrays among its parts or not.
+
+    `word` says what a summary counts; without one it is the text of `str`.
+    """
+    def text(self: Any) -> str:
+        n = min((v.size for v in self if isinstance(v, np.ndarray)), default=0)
+        if n > MOST_IN_REPR:
+            return f"<{type(self).__name__}" + (f" of {n} {word}>" if word else f": {self}>")
+        with np.printoptions(floatmode="unique"):
+            return f"{type(self).__name__}({', '.join(f'{k}={v!r}' for k, v in _parts(self).items())})"
+
+    def equal(self: Any, other: Any) -> Any:
+        if not isinstance(other, tuple):
+            return NotImplemented
+        if type(self) is type(other) and getattr(self, "__dict__", {}) != getattr(other, "__dict__", {}):
+            return False
+        return len(self) == len(other) and all(map(_same, self, other))
+
+    def differs(self: Any, other: Any) -> Any:
+        return not self == other
+
+    def html(self: Any) -> str:
+        if any(isinstance(v, np.ndarray) for v in self):
+            return f"<pre>{escape(str(self))}</pre>"
+        return html_table(("", ""), [list(self._fields), list(self)])
+
+    def change(cls: type[Result]) -> type[Result]:
+        for name, method in {"__repr__": text, "__eq__": equal, "__ne__": differs}.items():
+            setattr(cls, name, method)
+        if not hasattr(cls, "_repr_html_"):
+            setattr(cls, "_repr_html_", html)
+        return cls
+
+    return change
 
 
+@_result("lanes")
+class FiveNumber(NamedTuple, Generic[V]):
+    """What `five_number` finds.
+
+    Attributes
+    ----------
+    min, lower_hinge, median, upper_hinge, max : float or ndarray
+        Arrays where there are five numbers for each lane.
+    """
+
+    min: V
+    lower_hinge: V
+    median: V
+    upper_hinge: V
+    max: V
+
+
+@_result("intervals")
+class Interval(NamedTuple, Generic[V]):
+    """A pair of ends.
+
+    Attributes
+    ----------
+    low, high : float or ndarray
+        Arrays where several intervals are asked for.
+    """
+
+    low: V
+    high: V
+
+
+@_result()
 class TestResult(NamedTuple):
-    """A test's statistic and the probability of one at least as far out."""
+    """What a test of a hypothesis finds.
+
+    Attributes
+    ----------
+    statistic : float
+        The test's statistic.
+    pvalue : float
+        The probability of one at least as far out, if the hypothesis holds.
+    """
 
     statistic: float
     pvalue: float
 
 
-class Description(NamedTuple):
-    """What `describe` finds; prints as a table."""
+@_result("lanes")
+class Description(NamedTuple, Generic[V]):
+    """What `describe` finds; prints as a table.
 
-    count: Any
+    Attributes
+    ----------
+    count : float or ndarray
+        Total weight of the values that are there: their number, without weights.
+    missing : int or ndarray
+        How many values are missing.
+    mean, std, min, q1, median, q3, max, skewness, kurtosis : float or ndarray
+        Of the values; arrays where there is a description of each lane.
+    """
+
+    count: V  # type: ignore[assignment]  # tuples have a method of that name
     missing: Any
-    mean: Any
-    std: Any
-    min: Any
-    q1: Any
-    median: Any
-    q3: Any
-    max: Any
-    skewness: Any
-    kurtosis: Any
+    mean: V
+    std: V
+    min: V
+    q1: V
+    median: V
+    q3: V
+    max: V
+    skewness: V
+    kurtosis: V
 
     def __str__(self) -> str:
         if not isinstance(self.mean, float):
@@ -82,19 +174,25 @@ class Description(NamedTuple):
         width = max(map(len, cells))
         return "\n".join(f"{n:<8}  {v.rjust(width)}" for n, v in zip(self._fields, cells))
 
-    def _repr_html_(self) -> str:
-        if not isinstance(self.mean, float):
-            return f"<pre>{escape(repr(self))}</pre>"
-        return html_table(("", ""), [list(self._fields), list(self)])
-
 
 class _ValuesCounts(NamedTuple):
     values: Any
     counts: Doubles
 
 
+@_result("values")
 class TallyResult(_ValuesCounts):
-    """Distinct values and their counts or weights; `missing` tells how many pairs were left out."""
+    """What `tally` finds: a pair (values, counts); prints as a table.
+
+    Attributes
+    ----------
+    values : ndarray
+        Distinct values, ascending.
+    counts : ndarray of float64
+        How often each occurs, or its weight.
+    missing : int
+        How many pairs were left out.
+    """
 
     missing: int
 
@@ -110,7 +208,19 @@ class TallyResult(_ValuesCounts):
         return html_table(self._fields, [list(self.values), self.counts.tolist()])
 
     def plot(self, ax: Any = None, **style: Any) -> Any:
-        """A line for each value; returns the axes."""
+        """Draws a line for each value with matplotlib.
+
+        Parameters
+        ----------
+        ax : matplotlib.axes.Axes, optional
+            Where to draw; new ones where they are left out.
+        **style
+            What `Axes.vlines` takes: color, label, ...
+
+        Returns
+        -------
+        matplotlib.axes.Axes
+        """
         from ._plot import axes
 
         ax = axes(ax)
@@ -132,8 +242,19 @@ class _CountsEdges(NamedTuple):
     edges: Doubles
 
 
+@_result("bins")
 class HistogramResult(_CountsEdges):
-    """Counts (or densities) of the bins and their edges; `missing` tells how many pairs were left out."""
+    """What `histogram` finds: a pair (counts, edges); prints as a table.
+
+    Attributes
+    ----------
+    counts : ndarray of float64
+        Counts of the bins, or their densities.
+    edges : ndarray of float64
+        The ends of the bins: one more than there are bins.
+    missing : int
+        How many pairs were left out.
+    """
 
     missing: int
 
@@ -153,7 +274,19 @@ class HistogramResult(_CountsEdges):
         return html_table(("lower", "upper", "count"), self._columns())
 
     def plot(self, ax: Any = None, **style: Any) -> Any:
-        """The bars; returns the axes."""
+        """Draws the bars with matplotlib.
+
+        Parameters
+        ----------
+        ax : matplotlib.axes.Axes, optional
+            Where to draw; new ones where they are left out.
+        **style
+            What `Axes.stairs` takes: color, label, ...
+
+        Returns
+        -------
+        matplotlib.axes.Axes
+        """
         from ._plot import axes
 
         ax = axes(ax)
@@ -161,8 +294,19 @@ class HistogramResult(_CountsEdges):
         return ax
 
 
+@_result("bins")
 class FrequencyTable(NamedTuple):
-    """Bins, their counts, shares and cumulative shares; prints as a table."""
+    """What `frequency_table` finds; prints as a table.
+
+    Attributes
+    ----------
+    lower, upper : ndarray of float64
+        The ends of the bins.
+    count : ndarray of float64
+        Counts, or weights.
+    relative, cumulative : ndarray of float64
+        Their shares of the total, and the sums of these from the first bin on.
+    """
 
     lower: Doubles
     upper: Doubles
@@ -177,7 +321,19 @@ class FrequencyTable(NamedTuple):
         return html_table(self._fields, [c.tolist() for c in self])
 
     def plot(self, ax: Any = None, **style: Any) -> Any:
-        """The bars; returns the axes."""
+        """Draws the bars with matplotlib.
+
+        Parameters
+        ----------
+        ax : matplotlib.axes.Axes, optional
+            Where to draw; new ones where they are left out.
+        **style
+            What `Axes.bar` takes: color, label, ...
+
+        Returns
+        -------
+        matplotlib.axes.Axes
+        """
         from ._plot import axes
 
         ax = axes(ax)
@@ -187,12 +343,25 @@ class FrequencyTable(NamedTuple):
         return ax
 
 
+@_result()
 class BootstrapResult(NamedTuple):
-    """What `bootstrap` finds."""
+    """What `bootstrap` finds.
+
+    Attributes
+    ----------
+    estimate : float
+        The statistic of the sample.
+    standard_error : float
+        Standard deviation of the replicates.
+    interval : Interval
+        The confidence interval.
+    replicates : ndarray of float64
+        The statistic of each resample.
+    """
 
     estimate: float
     standard_error: float
-    interval: Interval
+    interval: Interval[float]
     replicates: Doubles
 
     def __str__(self) -> str:
@@ -201,7 +370,19 @@ class BootstrapResult(NamedTuple):
                 f"({len(self.replicates)} replicates)")
 
     def plot(self, ax: Any = None, **style: Any) -> Any:
-        """A histogram of the replicates with the interval; returns the axes."""
+        """Draws a histogram of the replicates and the interval with matplotlib.
+
+        Parameters
+        ----------
+        ax : matplotlib.axes.Axes, optional
+            Where to draw; new ones where they are left out.
+        **style
+            What `Axes.hist` takes: color, label, ...
+
+        Returns
+        -------
+        matplotlib.axes.Axes
+        """
         from ._plot import axes
 
         ax = axes(ax)
@@ -212,8 +393,21 @@ class BootstrapResult(NamedTuple):
         return ax
 
 
+@_result()
 class RootResult(NamedTuple):
-    """What `find_root` finds."""
+    """What `find_root` finds.
+
+    Attributes
+    ----------
+    root : float
+        Where the function has the target's value, to the tolerance.
+    value : float
+        The function there, less the target.
+    evaluations : int
+        How many values of the function it took.
+    converged : bool
+        Whether the tolerance was reached within the iterations.
+    """
 
     root: float
     value: float
@@ -221,14 +415,35 @@ class RootResult(NamedTuple):
     converged: bool
 
 
+@_result("values")
 class NormalPlot(NamedTuple):
-    """Values in order against the normal quantiles that one expects of them."""
+    """What `normal_plot` finds: a pair (quantiles, values).
+
+    Attributes
+    ----------
+    quantiles : ndarray of float64
+        Standard normal quantiles, at (i - 3/8) / (n + 1/4).
+    values : ndarray of float64
+        The data, ascending.
+    """
 
     quantiles: Doubles
     values: Doubles
 
     def plot(self, ax: Any = None, **style: Any) -> Any:
-        """The points and the line through the quartiles; returns the axes."""
+        """Draws the points and the line through their quartiles with matplotlib.
+
+        Parameters
+        ----------
+        ax : matplotlib.axes.Axes, optional
+            Where to draw; new ones where they are left out.
+        **style
+            What `Axes.plot` takes: color, label, ...
+
+        Returns
+        -------
+        matplotlib.axes.Axes
+        """
         from ._plot import axes
 
         ax = axes(ax)

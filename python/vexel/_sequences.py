@@ -8,7 +8,9 @@ from . import _core
 from ._random import Random
 
 if TYPE_CHECKING:
-    from ._types import Array, Doubles, Progress, Rng
+    from typing import Self
+
+    from ._types import Array, Doubles, Progress, Rng, Scramble
 
 
 class _Sequence:
@@ -18,7 +20,7 @@ class _Sequence:
     _make: Any
     _sequence: _core.PointSequence
 
-    def __init__(self, d: int, scramble: bool | str, rng: Rng, start: int, *more: Any) -> None:
+    def __init__(self, d: int, scramble: Scramble, rng: Rng, start: int, *more: Any) -> None:
         # Kept as it is before the keys are drawn: it makes the same sequence again.
         stream = rng if isinstance(rng, Random) else Random._of(_core.stream(rng))
         state = stream.to_bytes()
@@ -27,11 +29,44 @@ class _Sequence:
         self._arguments = (d, scramble, start, *more)
 
     def points(self, n: int, *, out: Array | None = None, progress: Progress = None) -> Doubles:
-        """The next n points, n by d; `out` may have any strides."""
+        """The next n points.
+
+        Parameters
+        ----------
+        n : int
+            How many.
+        out : ndarray of float64, optional
+            Where to put them: of the shape (n, d), with any strides.
+        progress : callable or bool, optional
+            Told the share done, 0 to 1, during long work; True shows a bar where tqdm is installed.
+
+        Returns
+        -------
+        ndarray of float64
+            A point in each row: (n, d), in [0, 1).
+
+        Examples
+        --------
+        >>> vx.Sobol(3).points(8).shape
+        (8, 3)
+        """
         return self._sequence.points(n, out, progress)
 
     def skip(self, n: int) -> None:
-        """Moves on by n points, in constant time."""
+        """Moves on by n points, in constant time.
+
+        Parameters
+        ----------
+        n : int
+            How many points to leave out; a negative number is refused.
+
+        Examples
+        --------
+        >>> s = vx.Sobol(2)
+        >>> s.skip(2)
+        >>> s.points(1)
+        array([[0.75, 0.25]])
+        """
         self._sequence.skip(n)
 
     @property
@@ -44,33 +79,84 @@ class _Sequence:
         """The dimension."""
         return self._sequence.dimension()
 
-    def reset(self) -> Any:
-        """Back to the first point."""
+    def reset(self) -> Self:
+        """Goes back to the first point, that of index `start`.
+
+        Returns
+        -------
+        Sobol, Halton or Faure
+            The sequence itself.
+
+        Examples
+        --------
+        >>> s = vx.Halton(2).fast_forward(5)
+        >>> s.reset().index
+        0
+        """
         self._sequence.reset()
         return self
 
     # As engines of quasi-Monte-Carlo are used in SciPy.
 
     def random(self, n: int = 1) -> Doubles:
-        """`points` by SciPy's name."""
+        """`points` by SciPy's name.
+
+        Parameters
+        ----------
+        n : int
+            How many.
+
+        Returns
+        -------
+        ndarray of float64
+            Of the shape (n, d).
+
+        Examples
+        --------
+        >>> vx.Halton(2).random(3).shape
+        (3, 2)
+        """
         return self._sequence.points(n, None, None)
 
-    def fast_forward(self, n: int) -> Any:
-        """`skip` by SciPy's name."""
+    def fast_forward(self, n: int) -> Self:
+        """`skip` by SciPy's name.
+
+        Parameters
+        ----------
+        n : int
+            How many points to leave out.
+
+        Returns
+        -------
+        Sobol, Halton or Faure
+            The sequence itself.
+
+        Examples
+        --------
+        >>> vx.Sobol(2).fast_forward(2).index
+        2
+        """
         self._sequence.skip(n)
         return self
 
     def __reduce__(self) -> Any:
         return _restored, (type(self), self._arguments, self._state, self.index)
 
+    def __eq__(self, other: object) -> bool:
+        return isinstance(other, _Sequence) and self.__reduce__() == other.__reduce__()
+
+    __hash__ = None  # type: ignore[assignment]
+
     def __repr__(self) -> str:
-        d, scramble, _, *more = self._arguments
+        d, scramble, start, *more = self._arguments
         stream = Random.from_bytes(self._state) if scramble else None
-        options = {"scramble": (scramble, False), "rng": (stream, None), "start": (self.index, 0),
+        options = {"scramble": (scramble, False), "rng": (stream, None), "start": (start, 0),
                    "bits": (more[0] if more else 62, 62), "directions": (more[1] if more else None, None)}
         given = "".join(f", {k}={v!r}" for k, (v, default) in options.items() if v != default)
         made = f"{type(self).__name__}({d}{given})"
-        return made if len(made) < 200 and "<" not in made else f"<{type(self).__name__}({d}) at index {self.index}>"
+        if len(made) > 200 or "<" in made:
+            return f"<{type(self).__name__}({d}) at index {self.index}>"
+        return made if self.index == start else f"{made}.fast_forward({self.index - start})"
 
 
 def _restored(kind: Any, arguments: tuple[Any, ...], state: bytes, index: int) -> Any:
@@ -82,7 +168,11 @@ def _restored(kind: Any, arguments: tuple[Any, ...], state: bytes, index: int) -
 
 
 class Sobol(_Sequence):
-    """Sobol's sequence (1967), in the Gray-code order of Antonov and Saleev (1979).
+    """Sobol's sequence.
+
+    I. M. Sobol, On the distribution of points in a cube and the approximate evaluation of integrals
+    (1967), in the Gray-code order of Antonov and Saleev (1979), with direction integers of our own
+    that have Sobol's property A in all dimensions.
 
     Parameters
     ----------
@@ -113,12 +203,28 @@ class Sobol(_Sequence):
     __slots__ = ()
     _make = staticmethod(_core.sobol)
 
-    def __init__(self, d: int, *, scramble: bool | str = False, rng: Rng = None, start: int = 0,
+    def __init__(self, d: int, *, scramble: Scramble = False, rng: Rng = None, start: int = 0,
                  bits: int = 62, directions: Any = None) -> None:
         super().__init__(d, scramble, rng, start, bits, directions)
 
     def random_base2(self, m: int) -> Doubles:
-        """The next 2^m points, by SciPy's name."""
+        """The next 2^m points, by SciPy's name.
+
+        Parameters
+        ----------
+        m : int
+            The logarithm of their number.
+
+        Returns
+        -------
+        ndarray of float64
+            Of the shape (2^m, d).
+
+        Examples
+        --------
+        >>> vx.Sobol(2).random_base2(3).shape
+        (8, 2)
+        """
         return self.points(1 << m)
 
 
@@ -143,7 +249,7 @@ class Halton(_Sequence):
     __slots__ = ()
     _make = staticmethod(_core.halton)
 
-    def __init__(self, d: int, *, scramble: bool | str = False, rng: Rng = None,
+    def __init__(self, d: int, *, scramble: Scramble = False, rng: Rng = None,
                  start: int = 0) -> None:
         super().__init__(d, scramble, rng, start)
 
@@ -169,6 +275,6 @@ class Faure(_Sequence):
     __slots__ = ()
     _make = staticmethod(_core.faure)
 
-    def __init__(self, d: int, *, scramble: bool | str = False, rng: Rng = None,
+    def __init__(self, d: int, *, scramble: Scramble = False, rng: Rng = None,
                  start: int = 0) -> None:
         super().__init__(d, scramble, rng, start)

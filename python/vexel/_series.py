@@ -1,4 +1,4 @@
-"""Series, kernel densities and hypothesis tests."""
+"""Series and hypothesis tests."""
 
 from __future__ import annotations
 
@@ -7,13 +7,16 @@ from typing import TYPE_CHECKING, Any
 import numpy as np
 
 from . import _core
-from ._distributions import Distribution, Normal
+from ._continuous_laws import Normal
+from ._distributions import Distribution
 from ._results import NormalPlot, TestResult
 
 if TYPE_CHECKING:
     from collections.abc import Callable
+    from typing import Literal
 
-    from ._types import Array, ArrayLike, Axis, Doubles, NanPolicy, Progress, Rng, Size
+    from ._types import (
+        Array, ArrayLike, Axis, Doubles, NanPolicy, Progress, Statistic, WindowAlign, WindowEdges)
 
 
 class MovingResult(np.ndarray):
@@ -30,7 +33,19 @@ class MovingResult(np.ndarray):
         return repr(np.asarray(self))
 
     def plot(self, ax: Any = None, **style: Any) -> Any:
-        """The values over their positions; returns the axes."""
+        """Draws the values over their positions with matplotlib.
+
+        Parameters
+        ----------
+        ax : matplotlib.axes.Axes, optional
+            Where to draw; new ones where they are left out.
+        **style
+            What `Axes.plot` takes: color, label, ...
+
+        Returns
+        -------
+        matplotlib.axes.Axes
+        """
         from ._plot import axes
 
         ax = axes(ax)
@@ -38,11 +53,11 @@ class MovingResult(np.ndarray):
         return ax
 
 
-def moving(x: ArrayLike, window: int, statistic: str | Callable[[Doubles], float] = "mean", *,
-           q: float = 0.5, min_count: int | None = None, edges: str = "shrink",
-           align: str = "center", weights: ArrayLike | None = None,
-           nan_policy: NanPolicy = "propagate", axis: Axis = -1, out: Array | None = None,
-           progress: Progress = None) -> Doubles:
+def moving(x: ArrayLike, window: int,
+           statistic: Statistic | Literal["quantile"] | Callable[[Doubles], float] = "mean", *, q: float = 0.5,
+           min_count: int | None = None, edges: WindowEdges = "shrink", align: WindowAlign = "center",
+           weights: ArrayLike | None = None, nan_policy: NanPolicy = "propagate", axis: Axis = -1,
+           out: Array | None = None, progress: Progress = None) -> Doubles:
     """A statistic of each window of a series.
 
     Parameters
@@ -151,106 +166,6 @@ def autocorrelation(x: ArrayLike, lags: int | ArrayLike, *, nan_policy: NanPolic
     array([1.  , 0.25])
     """
     return _core.autocorrelation(x, lags, nan_policy, axis, out, progress)
-
-
-class KernelDensity:
-    """A kernel density, made by `kde`.
-
-    Attributes
-    ----------
-    x, y : ndarray
-        The density at equally spaced points.
-    bandwidth : float
-        The standard deviation of the kernel.
-    """
-
-    __slots__ = ("_args", "_density", "x", "y")
-
-    def __init__(self, *args: Any, progress: Progress = None) -> None:
-        self._args = args
-        self._density = _core.KernelDensity(*args, progress)
-        self.x, self.y = self._density.grid()
-
-    @property
-    def bandwidth(self) -> float:
-        return self._density.bandwidth()
-
-    def __call__(self, t: ArrayLike, *, out: Array | None = None, progress: Progress = None) -> Any:
-        """The density at t: the direct sum, whatever the grid."""
-        return self._density.pdf(t, out, progress)
-
-    def cdf(self, t: ArrayLike, *, out: Array | None = None, progress: Progress = None) -> Any:
-        """The distribution function at t."""
-        return self._density.cdf(t, out, progress)
-
-    def sample(self, n: Size = None, rng: Rng = None, *, progress: Progress = None) -> Any:
-        """Exact variates: a point of the data plus a variate of the kernel."""
-        return self._density.sample(n, rng, progress)
-
-    def plot(self, ax: Any = None, **style: Any) -> Any:
-        """The curve; returns the axes."""
-        from ._plot import axes
-
-        ax = axes(ax)
-        ax.plot(self.x, self.y, **style)
-        ax.set(xlabel="x", ylabel="density", ylim=(0, None))
-        return ax
-
-    def __reduce__(self) -> Any:
-        return KernelDensity, self._args
-
-    def __repr__(self) -> str:
-        x, _, kernel, points, bounds, weights, nan_policy = self._args
-        if np.size(x) <= 8 and np.size(weights) <= 8:
-            options = {"kernel": (kernel, "gaussian"), "points": (points, 512), "bounds": (bounds, None),
-                       "nan_policy": (nan_policy, "propagate")}
-            given = "".join(f", {k}={v!r}" for k, (v, default) in options.items() if v is not default and v != default)
-            of = "" if weights is None else f", weights={np.asarray(weights).tolist()}"
-            return f"kde({np.asarray(x).tolist()}, bandwidth={self.bandwidth!r}{given}{of})"
-        return (f"<KernelDensity of {np.size(x)} values, bandwidth {self.bandwidth:.6g}, "
-                f"{kernel}, {len(self.x)} points>")
-
-
-def kde(x: ArrayLike, *, bandwidth: float | str = "silverman", kernel: str = "gaussian",
-        points: int = 512, bounds: tuple[float, float] | None = None,
-        weights: ArrayLike | None = None, nan_policy: NanPolicy = "propagate",
-        progress: Progress = None) -> KernelDensity:
-    """Kernel density.
-
-    Parameters
-    ----------
-    x : array_like
-        Data.
-    bandwidth : float or {"silverman", "scott"}
-        The kernel's standard deviation; silverman: 0.9 min(sd, IQR/1.34) n^(-1/5) (Silverman
-        1986, Density Estimation), scott: 1.06 in place of 0.9.
-    kernel : {"gaussian", "epanechnikov", "rectangular", "triangular", "biweight"}
-        Each of standard deviation `bandwidth`.
-    points : int
-        Of the grid.
-    bounds : pair of float, optional
-        Of the grid; three bandwidths beyond the data where they are left out.
-    weights : array_like, optional
-        Frequencies.
-    nan_policy : {"propagate", "omit", "raise"}
-        What a missing value does.
-    progress
-        As in `moving`.
-
-    Returns
-    -------
-    KernelDensity
-        With `x`, `y`, `bandwidth`, a call for the density at any point, `cdf`, `sample`, `plot`.
-
-    Examples
-    --------
-    >>> d = vx.kde([1, 2, 4], bandwidth=1)
-    >>> round(d(2.0), 6)
-    0.231635
-    >>> d.x.shape, d.y.shape
-    ((512,), (512,))
-    """
-    return KernelDensity(x, bandwidth, kernel, points, bounds, weights, nan_policy, progress=progress)
 
 
 def shapiro(x: ArrayLike, *, nan_policy: NanPolicy = "propagate", progress: Progress = None) -> TestResult:

@@ -1,14 +1,17 @@
-"""Descriptive statistics."""
+"""Means, moments, deviations, covariances and the usual statistics at once."""
 
 from __future__ import annotations
 
-from typing import TYPE_CHECKING, Any
+from typing import TYPE_CHECKING, Any, overload
 
 from . import _core
-from ._results import Description, FiveNumber
+from ._results import Description
 
 if TYPE_CHECKING:
-    from ._types import Array, ArrayLike, Axis, Cut, NanPolicy, Progress, QuantileMethod
+    from typing import Unpack
+
+    from ._types import (
+        Array, ArrayLike, Axis, Center, Correlation, Cut, Doubles, MeanKind, NanPolicy, OfAll, OfLanes, Progress)
 
 
 def _ends(cut: Cut) -> tuple[float, float]:
@@ -22,9 +25,13 @@ def _ends(cut: Cut) -> tuple[float, float]:
     return pair, pair
 
 
-def mean(x: ArrayLike, *, kind: str = "arithmetic", weights: ArrayLike | None = None,
+@overload
+def mean(x: ArrayLike, *, kind: MeanKind = ..., **options: Unpack[OfAll]) -> float: ...
+@overload
+def mean(x: ArrayLike, *, kind: MeanKind = ..., **options: Unpack[OfLanes]) -> Doubles: ...
+def mean(x: ArrayLike, *, kind: MeanKind = "arithmetic", weights: ArrayLike | None = None,
          nan_policy: NanPolicy = "propagate", axis: Axis = None, keepdims: bool = False,
-         out: Array | None = None, progress: Progress = None) -> Any:
+         out: Array | None = None, progress: Progress = None) -> float | Doubles:
     """Mean.
 
     Parameters
@@ -67,9 +74,13 @@ def mean(x: ArrayLike, *, kind: str = "arithmetic", weights: ArrayLike | None = 
     return _core.mean(x, kind, weights, nan_policy, axis, keepdims, out, progress)
 
 
+@overload
+def trimmed_mean(x: ArrayLike, cut: Cut, **options: Unpack[OfAll]) -> float: ...
+@overload
+def trimmed_mean(x: ArrayLike, cut: Cut, **options: Unpack[OfLanes]) -> Doubles: ...
 def trimmed_mean(x: ArrayLike, cut: Cut, *, weights: ArrayLike | None = None,
                  nan_policy: NanPolicy = "propagate", axis: Axis = None, keepdims: bool = False,
-                 out: Array | None = None, progress: Progress = None) -> Any:
+                 out: Array | None = None, progress: Progress = None) -> float | Doubles:
     """Mean without the smallest and largest values.
 
     Parameters
@@ -91,9 +102,13 @@ def trimmed_mean(x: ArrayLike, cut: Cut, *, weights: ArrayLike | None = None,
     return _core.trimmed_mean(x, low, high, False, weights, nan_policy, axis, keepdims, out, progress)
 
 
+@overload
+def winsorized_mean(x: ArrayLike, cut: Cut, **options: Unpack[OfAll]) -> float: ...
+@overload
+def winsorized_mean(x: ArrayLike, cut: Cut, **options: Unpack[OfLanes]) -> Doubles: ...
 def winsorized_mean(x: ArrayLike, cut: Cut, *, weights: ArrayLike | None = None,
                     nan_policy: NanPolicy = "propagate", axis: Axis = None, keepdims: bool = False,
-                    out: Array | None = None, progress: Progress = None) -> Any:
+                    out: Array | None = None, progress: Progress = None) -> float | Doubles:
     """Mean with the smallest and largest values replaced by the nearest ones that stay.
 
     Parameters
@@ -116,10 +131,14 @@ def winsorized_mean(x: ArrayLike, cut: Cut, *, weights: ArrayLike | None = None,
     return _core.trimmed_mean(x, low, high, True, weights, nan_policy, axis, keepdims, out, progress)
 
 
+@overload
+def moment(x: ArrayLike, order: int, *, center: float | None = ..., **options: Unpack[OfAll]) -> float: ...
+@overload
+def moment(x: ArrayLike, order: int | ArrayLike, *, center: float | None = ..., **options: Unpack[OfLanes]) -> Doubles: ...
 def moment(x: ArrayLike, order: int | ArrayLike, *, center: float | None = None,
            weights: ArrayLike | None = None, nan_policy: NanPolicy = "propagate",
            axis: Axis = None, keepdims: bool = False, out: Array | None = None,
-           progress: Progress = None) -> Any:
+           progress: Progress = None) -> float | Doubles:
     """The mean of (x - center)^order.
 
     Parameters
@@ -143,9 +162,13 @@ def moment(x: ArrayLike, order: int | ArrayLike, *, center: float | None = None,
     return _core.moment(x, order, center, weights, nan_policy, axis, keepdims, out, progress)
 
 
+@overload
+def var(x: ArrayLike, *, ddof: float = ..., **options: Unpack[OfAll]) -> float: ...
+@overload
+def var(x: ArrayLike, *, ddof: float = ..., **options: Unpack[OfLanes]) -> Doubles: ...
 def var(x: ArrayLike, *, ddof: float = 1, weights: ArrayLike | None = None,
         nan_policy: NanPolicy = "propagate", axis: Axis = None, keepdims: bool = False,
-        out: Array | None = None, progress: Progress = None) -> Any:
+        out: Array | None = None, progress: Progress = None) -> float | Doubles:
     """Variance: Σw(x - mean)² / (Σw - ddof).
 
     Parameters
@@ -170,9 +193,13 @@ def var(x: ArrayLike, *, ddof: float = 1, weights: ArrayLike | None = None,
     return _core.var(x, ddof, weights, nan_policy, axis, keepdims, out, progress)
 
 
+@overload
+def std(x: ArrayLike, *, ddof: float = ..., **options: Unpack[OfAll]) -> float: ...
+@overload
+def std(x: ArrayLike, *, ddof: float = ..., **options: Unpack[OfLanes]) -> Doubles: ...
 def std(x: ArrayLike, *, ddof: float = 1, weights: ArrayLike | None = None,
         nan_policy: NanPolicy = "propagate", axis: Axis = None, keepdims: bool = False,
-        out: Array | None = None, progress: Progress = None) -> Any:
+        out: Array | None = None, progress: Progress = None) -> float | Doubles:
     """Standard deviation: the square root of `var`.
 
     Parameters
@@ -192,9 +219,13 @@ def std(x: ArrayLike, *, ddof: float = 1, weights: ArrayLike | None = None,
     return _core.std(x, ddof, weights, nan_policy, axis, keepdims, out, progress)
 
 
+@overload
+def skewness(x: ArrayLike, *, bias: bool = ..., **options: Unpack[OfAll]) -> float: ...
+@overload
+def skewness(x: ArrayLike, *, bias: bool = ..., **options: Unpack[OfLanes]) -> Doubles: ...
 def skewness(x: ArrayLike, *, bias: bool = True, weights: ArrayLike | None = None,
              nan_policy: NanPolicy = "propagate", axis: Axis = None, keepdims: bool = False,
-             out: Array | None = None, progress: Progress = None) -> Any:
+             out: Array | None = None, progress: Progress = None) -> float | Doubles:
     """Skewness: the third central moment over the 3/2 power of the second.
 
     Parameters
@@ -215,9 +246,13 @@ def skewness(x: ArrayLike, *, bias: bool = True, weights: ArrayLike | None = Non
     return _core.skewness(x, bias, weights, nan_policy, axis, keepdims, out, progress)
 
 
+@overload
+def kurtosis(x: ArrayLike, *, bias: bool = ..., **options: Unpack[OfAll]) -> float: ...
+@overload
+def kurtosis(x: ArrayLike, *, bias: bool = ..., **options: Unpack[OfLanes]) -> Doubles: ...
 def kurtosis(x: ArrayLike, *, bias: bool = True, weights: ArrayLike | None = None,
              nan_policy: NanPolicy = "propagate", axis: Axis = None, keepdims: bool = False,
-             out: Array | None = None, progress: Progress = None) -> Any:
+             out: Array | None = None, progress: Progress = None) -> float | Doubles:
     """Excess kurtosis: the fourth central moment over the square of the second, less 3.
 
     Parameters
@@ -237,10 +272,14 @@ def kurtosis(x: ArrayLike, *, bias: bool = True, weights: ArrayLike | None = Non
     return _core.kurtosis(x, bias, weights, nan_policy, axis, keepdims, out, progress)
 
 
-def mean_absolute_deviation(x: ArrayLike, *, center: str = "mean", weights: ArrayLike | None = None,
+@overload
+def mean_absolute_deviation(x: ArrayLike, *, center: Center = ..., **options: Unpack[OfAll]) -> float: ...
+@overload
+def mean_absolute_deviation(x: ArrayLike, *, center: Center = ..., **options: Unpack[OfLanes]) -> Doubles: ...
+def mean_absolute_deviation(x: ArrayLike, *, center: Center = "mean", weights: ArrayLike | None = None,
                             nan_policy: NanPolicy = "propagate", axis: Axis = None,
                             keepdims: bool = False, out: Array | None = None,
-                            progress: Progress = None) -> Any:
+                            progress: Progress = None) -> float | Doubles:
     """The mean of |x - center|.
 
     Parameters
@@ -260,10 +299,14 @@ def mean_absolute_deviation(x: ArrayLike, *, center: str = "mean", weights: Arra
     return _core.mean_absolute_deviation(x, center, weights, nan_policy, axis, keepdims, out, progress)
 
 
+@overload
+def median_absolute_deviation(x: ArrayLike, *, scale: float = ..., **options: Unpack[OfAll]) -> float: ...
+@overload
+def median_absolute_deviation(x: ArrayLike, *, scale: float = ..., **options: Unpack[OfLanes]) -> Doubles: ...
 def median_absolute_deviation(x: ArrayLike, *, scale: float = 1.0, weights: ArrayLike | None = None,
                               nan_policy: NanPolicy = "propagate", axis: Axis = None,
                               keepdims: bool = False, out: Array | None = None,
-                              progress: Progress = None) -> Any:
+                              progress: Progress = None) -> float | Doubles:
     """The median of |x - median(x)|, times `scale`.
 
     Parameters
@@ -283,150 +326,14 @@ def median_absolute_deviation(x: ArrayLike, *, scale: float = 1.0, weights: Arra
     return _core.median_absolute_deviation(x, scale, weights, nan_policy, axis, keepdims, out, progress)
 
 
-def quantile(x: ArrayLike, q: ArrayLike, *, method: QuantileMethod = "linear",
-             weights: ArrayLike | None = None, nan_policy: NanPolicy = "propagate",
-             axis: Axis = None, keepdims: bool = False, out: Array | None = None,
-             progress: Progress = None) -> Any:
-    """Quantiles.
-
-    Parameters
-    ----------
-    x : array_like
-        Data.
-    q : float or array_like
-        Probabilities, 0 to 1.  The shape of an array leads the shape of the result.
-    method : str
-        Hyndman and Fan's nine definitions (1996, Sample quantiles in statistical packages) by
-        NumPy's names: "inverted_cdf", "averaged_inverted_cdf", "closest_observation",
-        "interpolated_inverted_cdf", "hazen", "weibull", "linear", "median_unbiased",
-        "normal_unbiased" (1 to 9).
-    weights : array_like, optional
-        Frequencies, with every method: the number of values becomes the total weight and the k-th
-        value the smallest whose cumulative weight reaches k.  Whole weights give what repeated
-        values give.
-    nan_policy, axis, keepdims, out
-        As in `mean`.
-    progress
-        As in `mean`.
-
-    Returns
-    -------
-    float or ndarray
-
-    Examples
-    --------
-    >>> vx.quantile([1, 2, 3, 4], 0.9)
-    3.7
-    >>> vx.quantile([1, 2, 3, 4], [0.25, 0.75], method="hazen")
-    array([1.5, 3.5])
-    >>> vx.quantile([1, 2], 0.5, weights=[1, 3])
-    2.0
-    """
-    return _core.quantile(x, q, method, weights, nan_policy, axis, keepdims, out,
-                          progress)
-
-
-def median(x: ArrayLike, *, weights: ArrayLike | None = None, nan_policy: NanPolicy = "propagate",
-           axis: Axis = None, keepdims: bool = False, out: Array | None = None,
-           progress: Progress = None) -> Any:
-    """Median: the middle value, or the mean of the two in the middle.
-
-    Parameters
-    ----------
-    x : array_like
-        Data.
-    weights, nan_policy, axis, keepdims, out, progress
-        As in `mean`.
-
-    Examples
-    --------
-    >>> vx.median([3, 1, 2, 10])
-    2.5
-    >>> vx.median([[3, 1, 2], [6, 5, 4]], axis=1, keepdims=True)
-    array([[2.],
-           [5.]])
-    """
-    return _core.median(x, weights, nan_policy, axis, keepdims, out, progress)
-
-
-def iqr(x: ArrayLike, *, method: QuantileMethod = "linear", weights: ArrayLike | None = None,
-        nan_policy: NanPolicy = "propagate", axis: Axis = None, keepdims: bool = False,
-        out: Array | None = None, progress: Progress = None) -> Any:
-    """Interquartile range: quantile(x, 0.75) - quantile(x, 0.25).
-
-    Parameters
-    ----------
-    x : array_like
-        Data.
-    method
-        As in `quantile`.
-    weights, nan_policy, axis, keepdims, out, progress
-        As in `mean`.
-
-    Examples
-    --------
-    >>> vx.iqr([1, 2, 3, 4, 5])
-    2.0
-    """
-    return _core.iqr(x, method, weights, nan_policy, axis, keepdims, out, progress)
-
-
-def order_statistic(x: ArrayLike, k: int | ArrayLike, *, weights: ArrayLike | None = None,
-                    nan_policy: NanPolicy = "propagate", axis: Axis = None, keepdims: bool = False,
-                    out: Array | None = None, progress: Progress = None) -> Any:
-    """The k-th smallest value, from 1, by selection.
-
-    Parameters
-    ----------
-    x : array_like
-        Data.
-    k : int or list of int
-        1 to the number of values (the total weight).  A list gives a leading axis.
-    weights : array_like, optional
-        Then it is the smallest value whose cumulative weight reaches k.
-    nan_policy, axis, keepdims, out, progress
-        As in `mean`.
-
-    Examples
-    --------
-    >>> vx.order_statistic([30, 10, 20], 1)
-    10.0
-    >>> vx.order_statistic([30, 10, 20], [1, 3])
-    array([10., 30.])
-    """
-    return _core.order_statistic(x, k, weights, nan_policy, axis, keepdims, out, progress)
-
-
-def five_number(x: ArrayLike, *, weights: ArrayLike | None = None,
-                nan_policy: NanPolicy = "propagate", axis: Axis = None,
-                progress: Progress = None) -> FiveNumber:
-    """Tukey's five numbers: minimum, hinges, median, maximum.
-
-    The hinges are the medians of the halves, the median belonging to both where the number of
-    values is odd (Tukey 1977, Exploratory Data Analysis).
-
-    Parameters
-    ----------
-    x : array_like
-        Data.
-    weights, nan_policy, axis, progress
-        As in `mean`.
-
-    Returns
-    -------
-    FiveNumber
-        min, lower_hinge, median, upper_hinge, max.
-
-    Examples
-    --------
-    >>> tuple(vx.five_number([1, 2, 3, 4, 5]))
-    (1.0, 2.0, 3.0, 4.0, 5.0)
-    """
-    return FiveNumber(*_parts(_core.five_number(x, weights, nan_policy, axis, progress)))
-
-
+@overload
+def describe(x: ArrayLike, *, weights: ArrayLike | None = ..., nan_policy: NanPolicy = ..., axis: None = ...,
+             progress: Progress = ...) -> Description[float]: ...
+@overload
+def describe(x: ArrayLike, *, weights: ArrayLike | None = ..., nan_policy: NanPolicy = ..., axis: Axis,
+             progress: Progress = ...) -> Description[Doubles]: ...
 def describe(x: ArrayLike, *, weights: ArrayLike | None = None, nan_policy: NanPolicy = "omit",
-             axis: Axis = None, progress: Progress = None) -> Description:
+             axis: Axis = None, progress: Progress = None) -> Description[Any]:
     """The usual statistics at once; prints as a table.
 
     Parameters
@@ -459,19 +366,25 @@ def describe(x: ArrayLike, *, weights: ArrayLike | None = None, nan_policy: NanP
     skewness  0.59517
     kurtosis     -1.5
     """
-    parts = _parts(_core.describe(x, weights, nan_policy, axis, progress))
+    parts = pieces(_core.describe(x, weights, nan_policy, axis, progress))
     missing = int(parts[1]) if isinstance(parts[1], float) else parts[1].astype(int)
     return Description(parts[0], missing, *parts[2:])
 
 
-def _parts(array: Array) -> list[Any]:
+def pieces(array: Array) -> list[Any]:
     """What stands along the leading axis; floats where it is the only one."""
     return array.tolist() if array.ndim == 1 else list(array)
 
 
+@overload
+def cov(x: ArrayLike, y: None = None, *, ddof: float = ..., weights: ArrayLike | None = ...,
+        nan_policy: NanPolicy = ..., progress: Progress = ...) -> Doubles: ...
+@overload
+def cov(x: ArrayLike, y: ArrayLike, *, ddof: float = ..., weights: ArrayLike | None = ...,
+        nan_policy: NanPolicy = ..., progress: Progress = ...) -> float: ...
 def cov(x: ArrayLike, y: ArrayLike | None = None, *, ddof: float = 1,
         weights: ArrayLike | None = None, nan_policy: NanPolicy = "propagate",
-        progress: Progress = None) -> Any:
+        progress: Progress = None) -> float | Doubles:
     """Covariance of two variables, or the matrix of a matrix' columns.
 
     Parameters
@@ -505,9 +418,15 @@ def cov(x: ArrayLike, y: ArrayLike | None = None, *, ddof: float = 1,
     return _core.cov(x, y, ddof, weights, nan_policy, progress)
 
 
-def corr(x: ArrayLike, y: ArrayLike | None = None, *, method: str = "pearson",
+@overload
+def corr(x: ArrayLike, y: None = None, *, method: Correlation = ..., weights: ArrayLike | None = ...,
+         nan_policy: NanPolicy = ..., progress: Progress = ...) -> Doubles: ...
+@overload
+def corr(x: ArrayLike, y: ArrayLike, *, method: Correlation = ..., weights: ArrayLike | None = ...,
+         nan_policy: NanPolicy = ..., progress: Progress = ...) -> float: ...
+def corr(x: ArrayLike, y: ArrayLike | None = None, *, method: Correlation = "pearson",
          weights: ArrayLike | None = None, nan_policy: NanPolicy = "propagate",
-         progress: Progress = None) -> Any:
+         progress: Progress = None) -> float | Doubles:
     """Correlation of two variables, or the matrix of a matrix' columns.
 
     Parameters

@@ -29,10 +29,12 @@ from typing import TYPE_CHECKING, Any
 
 import numpy as np
 
-from . import _passes, _states
+from . import _passes
 from ._core import short_text
 from ._progress import reporter
 from ._results import Description, HistogramResult, TallyResult
+from ._state_tables import Histogram, Ranks, Tally
+from ._states import Extremes, Moments
 
 if TYPE_CHECKING:
     from ._types import NanPolicy, Progress, QuantileMethod
@@ -161,8 +163,8 @@ def pieces(files: Any, *, column: Any = None, weights: Any = None, na: Iterable[
                 yield found[0], found[1] if weights is not None else None, (number + share) / len(paths)
 
 
-_kinds: dict[bytes, Any] = {b"mome": _states.Moments, b"extr": _states.Extremes, b"rank": _states.Ranks,
-                            b"taly": _states.Tally, b"hist": _states.Histogram}
+_kinds: dict[bytes, Any] = {b"mome": Moments, b"extr": Extremes, b"rank": Ranks,
+                            b"taly": Tally, b"hist": Histogram}
 
 
 def _check(text: bytes) -> bytes:
@@ -286,7 +288,7 @@ def _run(what: str, job: Any, files: Any, state: Any, progress: Progress, *, col
 
 def describe(files: Any, *, column: Any = None, weights: Any = None, na: Iterable[str] = (),
              nan_policy: NanPolicy = "omit", rows: int = 1 << 20, state: Any = None,
-             progress: Progress = None) -> Description:
+             progress: Progress = None) -> Description[float]:
     """The usual statistics of files; as `vexel.describe`.
 
     Parameters
@@ -300,7 +302,7 @@ def describe(files: Any, *, column: Any = None, weights: Any = None, na: Iterabl
     progress : callable or bool, optional
         Told the share done, 0 to 1; True shows a bar where tqdm is installed.
     """
-    found: Description = _run(f"describe {nan_policy}", _passes.DescribeJob(nan_policy), files, state, progress,
+    found: Description[float] = _run(f"describe {nan_policy}", _passes.DescribeJob(nan_policy), files, state, progress,
                               column=column, weights=weights, na=na, rows=rows)
     return found
 

@@ -158,9 +158,11 @@ TEST(CountingStates, RanksAreExactQuantiles) {
 
 TEST(CountingStates, RanksTravelBetweenMachines) {
   const Pairs p = pairs(500, 2);
-  vx::Ranks r({0.1, 0.9});
+  vx::Ranks r({0.1, 0.9}, vx::QuantileMethod::hazen);
   while (!r.done()) {
     const vx::Ranks empty = vx::Ranks::from_bytes(r.to_bytes());
+    EXPECT_EQ(Doubles(empty.q().begin(), empty.q().end()), (Doubles{0.1, 0.9}));
+    EXPECT_EQ(empty.method(), vx::QuantileMethod::hazen);
     const vx::Ranks whole = vx::Ranks(empty).update(p.x, p.w);
     r = inPieces(empty, p, true, 9);
     EXPECT_EQ(r.to_bytes(), whole.to_bytes());
@@ -171,7 +173,8 @@ TEST(CountingStates, RanksTravelBetweenMachines) {
     EXPECT_THROW((void)r.result(), std::logic_error);
     r.next_pass();
   }
-  EXPECT_EQ(r.result(), vx::quantile(p.x, {0.1, 0.9}, {.weights = p.w}));
+  EXPECT_EQ(r.result(),
+            vx::quantile(p.x, {0.1, 0.9}, {.weights = p.w, .method = vx::QuantileMethod::hazen}));
   EXPECT_TRUE(std::isnan(searched(vx::Ranks({0.5}), {}, {}).result()[0]));
   EXPECT_TRUE(std::isnan(searched(vx::Ranks({0.5}), {1, kNan}, {}).result()[0]));
   EXPECT_EQ(searched(vx::Ranks({0.5}, vx::QuantileMethod::linear, vx::Missing::omit), {1, kNan}, {})

@@ -267,16 +267,48 @@ def test_stubs_name_what_is_there(name):
             assert {n for n in names(found.body) if not n.startswith("__")} == own, found.name
 
 
-def test_sequences_and_densities_read_back():
-    names = {n: getattr(vx, n) for n in vx.__all__}
-    for sequence in (vx.Sobol(2), vx.Sobol(2, start=5), vx.Sobol(3, scramble=True, rng=7), vx.Faure(3, start=2),
-                     vx.Halton(2, scramble="shift", rng=vx.Random(3, 2)),
-                     vx.Sobol(2, bits=10, directions=[[1, 0, [1]], [2, 1, [1, 3]]])):
-        sequence.skip(3)
-        np.testing.assert_array_equal(eval(repr(sequence), names).points(4), sequence.points(4))
-    density = vx.kde([1, 2, 4], weights=[1, 2, 1], kernel="biweight", bounds=(0, 5))
-    assert eval(repr(density), names)(1.5) == density(1.5)
+# What a repr is read back with: the package, its results' classes, and NumPy's names in arrays.
+NAMES = {**{n: getattr(np, n) for n in ("array", "inf", "nan", "float64", "int32", "float32")}, **{n: getattr(vx, n) for n in vx.__all__},
+         **{n: getattr(vx.results, n) for n in vx.results.__all__}}
+GAP = [3, None, 1, 1, 2.5, 10 / 3]
+READ_BACK = [
+    *LAWS, vx.Empirical(np.arange(100) / 7), vx.Density("x -> exp(-x^4)", support=(-5, 5), mode=0.0),
+    vx.Density("x -> -x^2", support=(None, math.inf), log=True), vx.CumulativeDistribution("x -> x^2", support=(0, 1)),
+    vx.Random(3), vx.Random(3, block=2), vx.Urn([1, 0, 1 / 3]),
+    vx.Sobol(2), vx.Sobol(2, start=5), vx.Sobol(3, scramble=True, rng=7).fast_forward(9), vx.Faure(3, start=2).fast_forward(1),
+    vx.Halton(2, scramble="shift", rng=vx.Random(3, 2)), vx.Sobol(2, bits=10, directions=[[1, 0, [1]], [2, 1, [1, 3]]]),
+    vx.kde([1, 2, 4], weights=[1, 2, 1], kernel="biweight", bounds=(0, 5)), vx.kde(np.arange(100) / 7), vx.kde(GAP, nan_policy="omit"),
+    vx.Sums(), vx.Sums(nan_policy="omit"), vx.Moments(), vx.Moments(2, nan_policy="raise"), vx.Covariance(3), vx.Extremes(), vx.Tally(),
+    vx.Histogram([0, 1 / 3, 2], nan_policy="omit"), vx.DensityGrid((-5, 5), 101), vx.Ranks([0.1, 1 / 3]), vx.Ranks([0.5], "hazen"),
+    vx.five_number(GAP, nan_policy="omit"), vx.describe(GAP), vx.describe(np.arange(6).reshape(2, 3) / 7, axis=0), vx.describe([]),
+    vx.tally(GAP), vx.histogram(GAP, 3), vx.histogram([1, 2], [0, math.inf]), vx.frequency_table(GAP, 3), vx.normal_plot(GAP),
+    vx.t_test([1, 2, 4], mean=1), vx.find_root(math.exp, (0, None), target=2), vx.bootstrap([1, 2, 4], rng=1, replicates=50),
+    vx.Normal().support(), vx.Normal().interval([0.5, 1 / 3])]
+
+
+@pytest.mark.parametrize("x", READ_BACK, ids=lambda x: repr(x)[:50])
+def test_reprs_read_back(x):
+    again = eval(repr(x), dict(NAMES))
+    assert type(again) is type(x) and again == x == pickle.loads(pickle.dumps(x)) and not again != x
+
+
+def test_reprs_in_short():
+    """What cannot read back, or would be too long, says so by its angle brackets."""
+    many = np.arange(1000.0)
     rng = vx.Random(3)
-    assert repr(rng) == "Random(3)" and rng.uniform() and repr(rng) == "<Random(3) after draws>"
-    assert repr(vx.Tally().update([1, 1, 2])) == "<Tally of 2 distinct values, weight 3>"
+    rng.uniform()
+    for x, text in (
+            (rng, "<Random(3) after draws>"), (vx.Sobol(2, scramble=True, rng=rng), "<Sobol(2) at index 0>"),
+            (vx.Empirical(many), "<Empirical law of 1000 values>"), (vx.Urn(many), "<Urn of 1000 cells>"),
+            (vx.kde(many, bandwidth=2), "<KernelDensity of 1000 values, bandwidth 2, gaussian, 512 points>"),
+            (vx.Tally().update([1, 1, 2]), "<Tally of 2 distinct values, weight 3>"), (vx.Sums().update([math.nan]), "<Sums of 0 values>"),
+            (vx.Covariance(2).update([[1, 2]]), "<Covariance of 1 rows of 2>"), (vx.Ranks([0.5]).update([1]), "<Ranks of weight 1, in pass 1>"),
+            (vx.Density(bell, support=(-1, 1)), "<Density(<bell>, support=(-1, 1))>"),
+            (vx.tally(many), "<TallyResult of 1000 values>"), (vx.histogram(many, 200), "<HistogramResult of 200 bins>"),
+            (vx.describe(np.ones((2, 300)), axis=0), "<Description of 300 lanes>"), (vx.Random(1).bit_generator, "Random(1).bit_generator")):
+        assert repr(x) == text
+    assert repr(vx.bootstrap([1, 2, 4], rng=1)).startswith("<BootstrapResult: estimate 2.33333, standard error ")
     assert "best=1.0, value=2.0" in repr(vx.RootError("text", 1.0, 2.0))
+    for a, b in ((vx.tally([1, 2]), vx.tally([1, 2, None])), (vx.kde([1, 2]), vx.kde([1, 3])), (vx.Urn([1]), vx.Urn([2])),
+                 (vx.Sobol(2), vx.Sobol(2).fast_forward(1)), (vx.histogram([1, 2], 2), vx.histogram([1, 2, 2], 2))):
+        assert a != b and a == copy.deepcopy(a)

@@ -39,6 +39,9 @@ class Ranks {
   VEXEL_API bool done() const;
   VEXEL_API Ranks& next_pass();
   VEXEL_API int pass() const;  // from 1
+  // What it was made for.
+  VEXEL_API std::span<const double> q() const;
+  VEXEL_API QuantileMethod method() const;
   // The quantiles; std::logic_error before the last pass.
   VEXEL_API std::vector<double> result() const;
   VEXEL_API double weight() const;         // total; the count where there are no weights

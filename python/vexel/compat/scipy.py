@@ -23,7 +23,7 @@ from typing import Any, NamedTuple
 import numpy as np
 
 import vexel as vx
-from vexel._distributions import Discrete
+from vexel._kinds import Discrete
 from vexel._results import TestResult
 
 # ---- distributions
@@ -330,7 +330,7 @@ def sem(a: Any, axis: Any = 0, ddof: int = 1, nan_policy: Any = "propagate") -> 
     return vx.std(a, ddof=ddof, axis=axis, nan_policy=nan_policy) / np.sqrt(n)
 
 
-def rankdata(a: Any, method: str = "average", *, axis: Any = None, nan_policy: Any = "propagate") -> Any:
+def rankdata(a: Any, method: Any = "average", *, axis: Any = None, nan_policy: Any = "propagate") -> Any:
     return vx.rank(a, method=method, axis=axis, nan_policy=nan_policy)
 
 
@@ -359,7 +359,7 @@ def spearmanr(x: Any, y: Any) -> Any:
     return _correlation(x, y, "spearman")
 
 
-def _correlation(x: Any, y: Any, method: str) -> Any:
+def _correlation(x: Any, y: Any, method: Any) -> Any:
     """The coefficient and its p-value by Student's t of n - 2."""
     r, n = vx.corr(x, y, method=method), len(np.asarray(x))
     if n < 3:
@@ -413,7 +413,7 @@ ks_1samp = kstest
 
 
 def bootstrap(data: Any, statistic: Any, *, n_resamples: int = 9999, confidence_level: float = 0.95,
-              method: str = "BCa", random_state: Any = None, rng: Any = None) -> Any:
+              method: Any = "BCa", random_state: Any = None, rng: Any = None) -> Any:
     if len(data) != 1:
         raise NotImplementedError(f"bootstrap: data of one sample, as (x,), is what there is; {len(data)} came")
     (sample,) = data

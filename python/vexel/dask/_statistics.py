@@ -14,7 +14,7 @@ from dask.highlevelgraph import HighLevelGraph
 from .. import _passes
 from .._core import short_text
 from .._random import Random
-from .._random import bootstrap as _bootstrap_of
+from .._sampling import bootstrap as _bootstrap_of
 from .._results import Description
 from .._statistics import corr as _corr_of
 from ._graph import Source, as_array, chunks_like, columns, levels, run, whole
