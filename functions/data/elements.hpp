@@ -11,6 +11,7 @@
 #include <utility>
 #include <vector>
 
+#include "functions/data/refusals.hpp"
 #include "functions/data/text.hpp"
 #include "vexel/data.hpp"
 
@@ -90,16 +91,11 @@ inline std::string expected(const char* parameter, const char* allowed, const st
   throw std::invalid_argument(std::string(function) + ": missing values (NaN) in " + parameter);
 }
 
-// The error of a missing value or weight under Missing::raise, with the first one's place.
-[[noreturn]] inline void throwMissing(const char* function, std::size_t index) {
-  throw std::invalid_argument(std::string(function) + ": element " + std::to_string(index) +
-                              " is missing");
-}
 inline void requireNoneMissing(const char* function, const Data& x, const Data& weights = {}) {
   for (std::size_t i = 0; i < x.size(); ++i) {
     const double w = weights.given() ? weights[i] : 1.0;
     if (w != 0.0 && (std::isnan(x[i]) || std::isnan(w))) {
-      throwMissing(function, i);
+      refuseMissing(function, i);
     }
   }
 }
@@ -120,8 +116,7 @@ inline void requireWeights(Data weights, std::size_t n) {
   for (std::size_t i = 0; i < n; ++i) {
     const double w = weights[i];
     if (w < 0 || std::isinf(w)) {
-      throw std::invalid_argument(expected("weights", "non-negative finite numbers",
-                                           number(w) + " at position " + std::to_string(i)));
+      refuseWeight(nullptr, i, w);
     }
   }
 }

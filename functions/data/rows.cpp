@@ -6,8 +6,9 @@
 #include <stdexcept>
 #include <string>
 #include <utility>
+#include <vexel/errors.hpp>
 
-#include "functions/data/text.hpp"
+#include "functions/data/refusals.hpp"
 #include "kernels/vector/presence.hpp"
 
 namespace vexel {
@@ -112,9 +113,7 @@ Sample::Presence Rows::present(const Use& use) const {
     for (std::size_t i = 0; i < n; ++i) {
       const double weight = weighted() ? columns[k][i] : 1.0;
       if (weight < 0.0 || std::isinf(weight)) {
-        throw std::invalid_argument(std::string(function_) + ": weights must be finite and not " +
-                                    "negative, weights[" + std::to_string(begin + i) + "] is " +
-                                    number(weight));
+        refuseWeight(function_, begin + i, weight);
       }
       bool complete = true;
       for (std::size_t j = 0; j < k; ++j) {
@@ -122,8 +121,8 @@ Sample::Presence Rows::present(const Use& use) const {
       }
       if (std::isnan(weight) || (!complete && weight > 0.0)) {
         if (missing_ == Missing::raise) {
-          throw std::invalid_argument(std::string(function_) + ": row " +
-                                      std::to_string(begin + i) + " has something missing");
+          throw ElementError(std::string(function_) + ": row ", begin + i,
+                             " has something missing");
         }
         ++found.missing;
         continue;

@@ -4,7 +4,7 @@
 #include <stdexcept>
 #include <string>
 
-#include "functions/data/text.hpp"
+#include "functions/data/refusals.hpp"
 #include "functions/data/totals.hpp"
 #include "kernels/exact_sum.hpp"
 
@@ -134,14 +134,11 @@ std::size_t Sample::keep(const double* x, const double* w, std::size_t n, std::s
   for (; i < n && to.filled < block; ++i) {
     const double weight = w == nullptr ? 1.0 : w[i];
     if (weight < 0.0 || std::isinf(weight)) {
-      throw std::invalid_argument(std::string(function_) + ": weights must be finite and not " +
-                                  "negative, weights[" + std::to_string(begin + i) + "] is " +
-                                  number(weight));
+      refuseWeight(function_, begin + i, weight);
     }
     if (std::isnan(weight) || (std::isnan(x[i]) && weight > 0.0)) {
       if (missing_ == Missing::raise) {
-        throw std::invalid_argument(std::string(function_) + ": element " +
-                                    std::to_string(begin + i) + " is missing");
+        refuseMissing(function_, begin + i);
       }
       ++found.missing;
       continue;

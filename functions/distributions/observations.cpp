@@ -20,18 +20,6 @@ void requireWeightsSize(const char* function, const Data& weights, std::size_t s
   }
 }
 
-void requireWeight(const char* function, double weight) {
-  if (!(weight >= 0.0) || std::isinf(weight)) {
-    throw std::invalid_argument(std::string(function) +
-                                ": weights must be at least 0 and finite, got " + number(weight));
-  }
-}
-
-void refuseMissing(const char* function, std::size_t index) {
-  throw std::invalid_argument(std::string(function) + ": x must have no missing values, element " +
-                              std::to_string(index) + " is missing");
-}
-
 double Observations::min() const { return *std::min_element(x.begin(), x.end()); }
 
 double Observations::max() const { return *std::max_element(x.begin(), x.end()); }

@@ -6,6 +6,7 @@
 #include <limits>
 #include <vector>
 
+#include "functions/data/refusals.hpp"
 #include "kernels/watch.hpp"
 #include "vexel/distributions/law.hpp"
 
@@ -34,8 +35,6 @@ class Sum {
 };
 
 void requireWeightsSize(const char* function, const Data& weights, std::size_t size);
-void requireWeight(const char* function, double weight);
-[[noreturn]] void refuseMissing(const char* function, std::size_t index);
 
 // How many values of a law's functions lie between two polls.
 inline constexpr std::size_t pollStretch = std::size_t{1} << 17;
@@ -101,7 +100,9 @@ bool forEachPair(const char* function, const Data& x, const Data& weights, Missi
       complete = complete && missing == Missing::omit;
       continue;
     }
-    requireWeight(function, w);
+    if (w < 0.0 || std::isinf(w)) {
+      refuseWeight(function, i, w);
+    }
     f(value, w);
   }
   return complete;

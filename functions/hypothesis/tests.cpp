@@ -135,7 +135,7 @@ TestResult chi_square_test(Data observed, Data expectedCounts,
     const double e = given ? expectedCounts[i] : 1;
     if (isMissing(o) || isMissing(e)) {
       if (options.missing == Missing::raise) {
-        throwMissing("chi_square_test", i);
+        refuseMissing("chi_square_test", i);
       }
       if (options.missing == Missing::propagate) {
         return kNothing;

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <string>
+#include <vexel/errors.hpp>
 
 #include "kernels/binning.hpp"
 #include "kernels/watch.hpp"
@@ -30,9 +31,8 @@ std::vector<double> checkedEdges(Data edges) {
   for (std::size_t i = 0; i < checked.size(); ++i) {
     checked[i] = edges[i];
     if (isMissing(checked[i]) || (i > 0 && checked[i] < checked[i - 1])) {
-      throw std::invalid_argument(
-          expected("bins", "edges that do not fall",
-                   number(checked[i]) + " at position " + std::to_string(i)));
+      throw ElementError("bins: expected edges that do not fall, element ", i,
+                         " is " + number(checked[i]));
     }
   }
   if (checked.size() < 2) {

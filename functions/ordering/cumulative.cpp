@@ -68,7 +68,7 @@ void run(std::span<double> out, Missing missing, Value value, Add add) {
     }
     if (add(i)) {
       if (missing == Missing::raise) {
-        throwMissing("cumulative", i);
+        refuseMissing("cumulative", i);
       }
       broken |= missing == Missing::propagate;
     }

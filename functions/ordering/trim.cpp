@@ -43,7 +43,7 @@ Cutting cutting(const char* function, std::span<const T> x, Cut cut, const TrimO
     } else if (isMissing(x[i]) || isMissing(weight)) {
       result.fates[i] = Fate::missing;
       if (options.missing == Missing::raise) {
-        throwMissing(function, i);
+        refuseMissing(function, i);
       }
     } else {
       total += weight;

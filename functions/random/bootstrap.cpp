@@ -6,6 +6,7 @@
 #include <stdexcept>
 #include <string>
 
+#include "functions/data/refusals.hpp"
 #include "functions/data/sized.hpp"
 #include "functions/data/text.hpp"
 #include "functions/random/order_replicates.hpp"
@@ -302,7 +303,7 @@ std::vector<double> present(const Data& x, Missing missing) {
     if (!std::isnan(x[i])) {
       values.push_back(x[i]);
     } else if (missing == Missing::raise) {
-      throw std::invalid_argument("element " + std::to_string(i) + " of x is missing");
+      refuseMissing("bootstrap", i);
     } else if (missing == Missing::propagate) {
       return {};
     }

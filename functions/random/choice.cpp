@@ -5,8 +5,8 @@
 #include <stdexcept>
 #include <string>
 
+#include "functions/data/refusals.hpp"
 #include "functions/data/sized.hpp"
-#include "functions/data/text.hpp"
 #include "kernels/watch.hpp"
 #include "vexel/random.hpp"
 
@@ -21,8 +21,7 @@ std::vector<double> probabilities(const Data& weights) {
   kernels::forEach(p.size(), [&](std::size_t i) {
     p[i] = weights[i];
     if (!(p[i] >= 0) || std::isinf(p[i])) {
-      throw std::invalid_argument("weights must be finite and not negative; weight " +
-                                  std::to_string(i) + " is " + number(p[i]));
+      refuseWeight(nullptr, i, p[i]);
     }
     largest = std::max(largest, p[i]);
   });

@@ -26,7 +26,7 @@ std::vector<double> deviations(Data x, Missing missing, bool& broken) {
     d[i] = x[i];
     if (isMissing(d[i])) {
       if (missing == Missing::raise) {
-        throwMissing("autocorrelation", i);
+        refuseMissing("autocorrelation", i);
       }
       broken |= missing == Missing::propagate;
     } else {

@@ -369,12 +369,12 @@ TEST(Ordering, ErrorsSayWhatCame) {
   EXPECT_EQ(message([&] {
               vx::tally(x, {.weights = {1, -3}});
             }),
-            "weights: expected non-negative finite numbers, got -3 at position 1");
+            "weights must be finite and not negative, weights[1] is -3");
   EXPECT_EQ(message([&] { vx::histogram(x, 0); }), "bins: expected 1 to 2^27 of them, got 0");
   EXPECT_EQ(message([&] {
               vx::histogram(x, {1.0, 0.5});
             }),
-            "bins: expected edges that do not fall, got 0.5 at position 1");
+            "bins: expected edges that do not fall, element 1 is 0.5");
   EXPECT_EQ(message([&] { vx::trim(x, 0.6); }),
             "trim: cut: expected fractions of at least 0, together at most 1, got 0.6 and 0.6");
   const std::string nothing = "the total of the weights must be positive, it is 0";

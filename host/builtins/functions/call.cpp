@@ -1,10 +1,10 @@
 #include "builtins/functions/call.hpp"
 
 #include <algorithm>
-#include <charconv>
 #include <cmath>
 #include <memory>
 #include <stdexcept>
+#include <vexel/errors.hpp>
 #include <vexel/interruption.hpp>
 #include <vexel/random.hpp>
 
@@ -54,31 +54,6 @@ bool fitsUnsigned(ALGEB x, std::uint64_t* result) {
   const IntegerView z(x);
   *result = mpz_get_ui(z.get());
   return mpz_sgn(z.get()) >= 0 && mpz_sizeinbase(z.get(), 2) <= 64;
-}
-
-// The functions count positions from 0, the language from 1: "weights[0]", "element 0",
-// "at position 0", "row 0".
-std::string countedFromOne(std::string_view text) {
-  std::string out;
-  for (std::size_t at = 0; at < text.size();) {
-    const std::size_t start = at;
-    for (const std::string_view before : {"weights[", "weight ", "element ", "position ", "row "}) {
-      if (text.substr(start, before.size()) == before) {
-        std::uint64_t place = 0;
-        const auto [end, error] =
-            std::from_chars(text.data() + start + before.size(), text.data() + text.size(), place);
-        if (error == std::errc()) {
-          out += std::string(before) + std::to_string(place + 1);
-          at = static_cast<std::size_t>(end - text.data());
-          break;
-        }
-      }
-    }
-    if (at == start) {
-      out += text[at++];
-    }
-  }
-  return out;
 }
 
 bool isStoredAs(ALGEB x, int type) {
@@ -454,8 +429,10 @@ void defineRows(State& state, std::span<const FunctionRow> rows, std::shared_ptr
       });
       try {
         return body(call);
+      } catch (const ElementError& e) {
+        raise(s, e.text(1));
       } catch (const std::invalid_argument& e) {
-        raise(s, countedFromOne(e.what()));
+        raise(s, e.what());
       }
     };
     setNameFunction(name(state, row.name), newFunction(state, std::move(function)));
