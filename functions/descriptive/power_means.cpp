@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstddef>
 #include <limits>
+#include <optional>
 #include <span>
 #include <vector>
 
@@ -20,7 +21,12 @@ using kernels::ExactSum;
 // Sums of w (x - center)^k about one center.
 class PowerSums {
  public:
-  PowerSums(int order, double center) : center_(center), sums_(static_cast<std::size_t>(order)) {}
+  PowerSums(int order, double center, bool weighted)
+      : center_(center), sums_(static_cast<std::size_t>(order)) {
+    if (weighted) {
+      weights_.emplace();
+    }
+  }
 
   // With rounding errors kept: for orders 1 and 2.
   void takeSquares(const double* x, const double* w, std::size_t n) {
@@ -28,34 +34,37 @@ class PowerSums {
     double second[kernels::sumLanes];
     kernels::squaresInLanes(x, w, n, center_, first, second);
     finite_ &= addLanes(sums_[0], first) && addLanes(sums_[1], second);
-    addWeights(weight_, w, n);
+    addWeight(w, n);
   }
 
   void take(const double* x, const double* w, std::size_t n) {
     if (w != nullptr || sums_.size() > 4 || !takeFour(x, n)) {
       takeMany(x, w, n);
     }
-    addWeights(weight_, w, n);
+    addWeight(w, n);
   }
 
-  // Whether nothing overflowed and the last sum of even order is far from where its terms vanish.
-  bool inRange() const {
-    if (!finite_ || isExtreme(weight_)) {
-      return false;
+  // Sets the means; whether nothing overflowed and the last sum of even order is far from where its
+  // terms vanish.
+  bool meansTo(PowerMeans& result, int weightExponent) const {
+    const DoubleDouble total = weights_ ? weights_->inTwo() : DoubleDouble(count_);
+    bool inRange = finite_ && !(weights_ && isExtreme(*weights_));
+    result.weight = total.timesTwoTo(weightExponent);
+    result.mean.assign(1, 1.0);
+    result.mean.reserve(sums_.size() + 1);
+    const std::size_t lastEven = sums_.size() / 2 * 2 - 1;
+    for (std::size_t k = 0; k < sums_.size(); ++k) {
+      if (!sums_[k].finite()) {
+        result.mean.emplace_back(sums_[k].rounded());
+        continue;
+      }
+      const kernels::Scaled sum = sums_[k].scaled();
+      result.mean.push_back(sum.unscaled() / total);
+      if (k == lastEven) {
+        inRange &= sum.value.high != 0.0 && sum.exponent > -600;
+      }
     }
-    const kernels::Scaled even = sums_[sums_.size() / 2 * 2 - 1].scaled();
-    return even.value.high != 0.0 && even.exponent > -600;
-  }
-
-  DoubleDouble weight() const { return weight_.inTwo(); }
-  std::vector<DoubleDouble> means() const {
-    std::vector<DoubleDouble> result = {1.0};
-    result.reserve(sums_.size() + 1);
-    const DoubleDouble total = weight();
-    for (const ExactSum& sum : sums_) {
-      result.push_back(sum.finite() ? sum.inTwo() / total : DoubleDouble(sum.rounded()));
-    }
-    return result;
+    return inRange;
   }
 
  private:
@@ -89,15 +98,24 @@ class PowerSums {
     }
   }
 
+  void addWeight(const double* w, std::size_t n) {
+    if (weights_) {
+      addWeights(*weights_, w, n);
+    } else {
+      count_ += static_cast<double>(n);
+    }
+  }
+
   double center_;
   bool finite_ = true;
   std::vector<ExactSum> sums_;
-  ExactSum weight_;
+  double count_ = 0.0;
+  std::optional<ExactSum> weights_;  // of weighted samples
 };
 
 // Looks at the sample about the center; false when powers overflow or vanish.
 bool lookAbout(const Sample& sample, double center, int order, bool squares, PowerMeans& result) {
-  PowerSums sums(order, center);
+  PowerSums sums(order, center, sample.weighted());
   result.found = sample.present([&](const double* x, const double* w, std::size_t n) {
     if (squares) {
       sums.takeSquares(x, w, n);
@@ -109,15 +127,16 @@ bool lookAbout(const Sample& sample, double center, int order, bool squares, Pow
   if (!result.defined) {
     return true;
   }
-  result.weight = sums.weight().timesTwoTo(sample.wExponent());
-  result.mean = sums.means();
   result.exponent = sample.xExponent();
-  return sums.inRange();
+  return sums.meansTo(result, sample.wExponent());
 }
 
 // Whether the center is so far from the mean that cancellation costs digits.
 bool isFar(const PowerMeans& means, bool squares) {
   const double shift = means.mean[1].high;
+  if (squares && 4 * shift * shift < means.mean[2].high) {
+    return false;  // as nearly always: the variance is more than three quarters of that mean
+  }
   const double spread = squares ? 0x1p20 * means.central(2).high : means.mean[2].high / 64.0;
   return shift * shift > spread;
 }

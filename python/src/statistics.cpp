@@ -138,18 +138,17 @@ py::object quantileOf(py::handle object, py::handle probabilities, py::handle me
                       Flag<"keepdims"> keepdims, py::handle out, py::handle progress) {
   const auto definition = choose<QuantileMethod>(method, "method");
   Input q(probabilities, "q");
+  if (q.isNumber()) {
+    return reduction(object, {weights, policy, axis, keepdims, out, progress},
+                     [=, p = q.number()](const Data& d, const Data& w, Missing missing) {
+                       return vexel::quantile(
+                           d, p, {.weights = w, .method = definition, .missing = missing});
+                     });
+  }
   const Data at = q.flat();
   Input x(object, "x");
   Input w(weights, "weights", Input::optional);
   const Missing missing = missingPolicy(policy);
-  if (q.isNumber()) {
-    const double p = q.number();
-    return reduce(x, w, {axis, keepdims, out, progress}, {},
-                  [&](const Data& d, const Data& wl, double* result) {
-                    *result = vexel::quantile(
-                        d, p, {.weights = wl, .method = definition, .missing = missing});
-                  });
-  }
   return reduce(
       x, w, {axis, keepdims, out, progress}, q.shape(),
       [&](const Data& d, const Data& wl, double* result) {
