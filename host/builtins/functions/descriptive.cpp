@@ -1,5 +1,6 @@
 // Descriptive statistics of the language: rows over vexel/descriptive.hpp.
 
+#include <algorithm>
 #include <vexel/descriptive.hpp>
 
 #include "builtins/functions/call.hpp"
