@@ -13,6 +13,7 @@ from ._continuous_laws import (
     LogNormal, Maxwell, Moyal, Normal, Pareto, Power, Rayleigh, Triangular, Uniform, Weibull)
 from ._discrete_laws import (
     Bernoulli, Binomial, DiscreteUniform, Empirical, Geometric, Hypergeometric, NegativeBinomial, Poisson)
+from ._docs import complete as _complete
 from ._kernel_density import KernelDensity, kde
 from ._laws_of_tests import (
     ChiSquare, FRatio, NonCentralBeta, NonCentralChiSquare, NonCentralFRatio, NonCentralStudentT, StudentT)
@@ -69,3 +70,6 @@ def __getattr__(name: str) -> object:
 
 def __dir__() -> list[str]:
     return sorted(__all__)
+
+
+_complete(globals())

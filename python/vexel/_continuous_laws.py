@@ -107,8 +107,8 @@ class Exponential(Fitted, Continuous):
 class Gamma(Fitted, Continuous):
     """Gamma law.
 
-    Density t^(shape-1) exp(-t) / (scale Γ(shape)), t = x/scale, on x >= 0.  Mean shape scale,
-    variance shape scale².
+    Density t^(shape-1) exp(-t) / (scale Γ(shape)), t = x/scale, on x >= 0.  Mean shape × scale,
+    variance shape × scale².
 
     Parameters
     ----------

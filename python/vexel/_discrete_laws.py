@@ -156,7 +156,7 @@ class Hypergeometric(Whole):
     """Hypergeometric law: marked ones among those drawn without replacement.
 
     P(X = k) = C(marked, k) C(population-marked, drawn-k) / C(population, drawn), k from
-    max(0, drawn + marked - population) to min(marked, drawn).  Mean drawn marked/population.
+    max(0, drawn + marked - population) to min(marked, drawn).  Mean drawn × marked/population.
 
     Parameters
     ----------
@@ -187,8 +187,8 @@ class Hypergeometric(Whole):
         ----------
         x : array_like
             Numbers of marked ones among those drawn.
-        population, drawn : int
-            As of the law.
+        population, drawn
+            As in `Hypergeometric`.
         weights, nan_policy, progress
             As in `Poisson.fit`.
 

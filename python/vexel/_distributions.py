@@ -44,7 +44,7 @@ class Distribution:
         x : float or array_like
             Where.
         out : ndarray of float64, optional
-            Where to put the result; it has the shape of `x`.
+            Where to put the result; of the argument's shape.
         progress : callable or bool, optional
             Told the share done, 0 to 1, during long work; True shows a bar where tqdm is installed.
 

@@ -59,7 +59,7 @@ class KernelDensity:
         t : float or array_like
             Where.
         out : ndarray of float64, optional
-            Where to put the result; it has the shape of `t`.
+            Where to put the result; of the argument's shape.
         progress : callable or bool, optional
             Told the share done, 0 to 1, during long work; True shows a bar where tqdm is installed.
 
@@ -86,7 +86,7 @@ class KernelDensity:
         Parameters
         ----------
         t, out, progress
-            As in a call.
+            As in `__call__`.
 
         Returns
         -------
@@ -115,7 +115,7 @@ class KernelDensity:
             The stream, a seed, a generator that gives a seed, or None for a seed from the
             operating system.
         progress
-            As in a call.
+            As in `__call__`.
 
         Returns
         -------

@@ -375,8 +375,10 @@ def winsorize(x: ArrayLike, cut: Cut, *, weights: ArrayLike | None = None,
 
     Parameters
     ----------
-    x, cut, weights
-        As in `trim`; positions and element type stay.
+    x : array_like
+        Data; positions and element type stay.
+    cut, weights
+        As in `trim`.
     nan_policy : {"propagate", "omit", "raise"}
         Missing values keep their place, or are refused.
     axis : int, optional

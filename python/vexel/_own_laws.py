@@ -26,6 +26,9 @@ def _function(f: Any, name: str) -> Any:
             raise ValueError(f"{name}: {e}") from None
     address = getattr(f, "address", None)  # of a numba.cfunc
     if isinstance(address, int):
+        kind = getattr(f, "ctypes", None)
+        if kind is not None and [t.__name__ for t in (kind.restype, *kind.argtypes)] != ["c_double", "c_double"]:
+            raise TypeError(f"{name}: a compiled float64(float64) is expected, {getattr(f, '_sig', f)} came")
         return address
     if not callable(f):
         raise TypeError(f"{name}: a callable, a SymPy expression or text is expected, {_core.short_text(f)} came")
@@ -125,8 +128,9 @@ class Density(OwnLaw):
     Parameters
     ----------
     f : callable, str or SymPy expression
-        The density: a callable of one float; a `numba.cfunc`; text in the language, as
-        "x -> exp(-x^4)", or a SymPy expression in one symbol, both of which are compiled.
+        The density: a callable of one float; a `numba.cfunc` of float64(float64), which is called
+        without Python; text in the language, as "x -> exp(-x^4)", or a SymPy expression in one
+        symbol, both of which are compiled.
     support : pair of float
         Where f is; either end may be infinite, or None, which means the same.
     log : bool
@@ -176,7 +180,7 @@ class CumulativeDistribution(OwnLaw):
     Parameters
     ----------
     F : callable, str or SymPy expression
-        Goes from 0 to 1 over the support without falling; as f of `Density`.
+        Goes from 0 to 1 over the support without falling; the forms of `f` in `Density`.
     support : pair of float
         Either end may be infinite.
     density : callable, str or SymPy expression, optional

@@ -23,7 +23,7 @@ def quantile(x: ArrayLike, q: ArrayLike, *, method: QuantileMethod = "linear",
              weights: ArrayLike | None = None, nan_policy: NanPolicy = "propagate",
              axis: Axis = None, keepdims: bool = False, out: Array | None = None,
              progress: Progress = None) -> float | Doubles:
-    """Quantiles.
+    """Quantiles by nine definitions, with weights.
 
     Parameters
     ----------
@@ -32,22 +32,34 @@ def quantile(x: ArrayLike, q: ArrayLike, *, method: QuantileMethod = "linear",
     q : float or array_like
         Probabilities, 0 to 1.  The shape of an array leads the shape of the result.
     method : str
-        Hyndman and Fan's nine definitions (1996, Sample quantiles in statistical packages) by
-        NumPy's names: "inverted_cdf", "averaged_inverted_cdf", "closest_observation",
-        "interpolated_inverted_cdf", "hazen", "weibull", "linear", "median_unbiased",
-        "normal_unbiased" (1 to 9).
+        The definition, by NumPy's names: "inverted_cdf", "averaged_inverted_cdf",
+        "closest_observation", "interpolated_inverted_cdf", "hazen", "weibull", "linear",
+        "median_unbiased", "normal_unbiased" (1 to 9 of Hyndman and Fan).
     weights : array_like, optional
         Frequencies, with every method: the number of values becomes the total weight and the k-th
         value the smallest whose cumulative weight reaches k.  Whole weights give what repeated
         values give.
-    nan_policy, axis, keepdims, out
-        As in `mean`.
-    progress
+    nan_policy, axis, keepdims, out, progress
         As in `mean`.
 
     Returns
     -------
     float or ndarray
+        Of the shape of `q`, followed by that of the axes that are left.
+
+    Raises
+    ------
+    ValueError
+        For a probability outside [0, 1], and for missing values under nan_policy="raise".
+
+    Notes
+    -----
+    Of the values x[1] <= ... <= x[n], the first three take an element: the first with k/n >= q; the
+    same, or the mean of x[k] and x[k+1] where k/n = q; the one with k nearest to n q (of two the
+    even k).  The others take x[j] + g (x[j+1] - x[j]) with j + g = n q + m, 0 <= g < 1, where m is 0,
+    1/2 (hazen), q (weibull), 1 - q (linear), (q + 1)/3 (median_unbiased), q/4 + 3/8 (normal_unbiased).
+
+    R. J. Hyndman and Y. Fan, Sample quantiles in statistical packages (1996).
 
     Examples
     --------
@@ -78,6 +90,11 @@ def median(x: ArrayLike, *, weights: ArrayLike | None = None, nan_policy: NanPol
     weights, nan_policy, axis, keepdims, out, progress
         As in `mean`.
 
+    Returns
+    -------
+    float or ndarray
+        Of the shape of the axes that are left, as that of `mean`.
+
     Examples
     --------
     >>> vx.median([3, 1, 2, 10])
@@ -107,6 +124,11 @@ def iqr(x: ArrayLike, *, method: QuantileMethod = "linear", weights: ArrayLike |
     weights, nan_policy, axis, keepdims, out, progress
         As in `mean`.
 
+    Returns
+    -------
+    float or ndarray
+        Of the shape of the axes that are left, as that of `mean`.
+
     Examples
     --------
     >>> vx.iqr([1, 2, 3, 4, 5])
@@ -134,6 +156,11 @@ def order_statistic(x: ArrayLike, k: int | ArrayLike, *, weights: ArrayLike | No
         Then it is the smallest value whose cumulative weight reaches k.
     nan_policy, axis, keepdims, out, progress
         As in `mean`.
+
+    Returns
+    -------
+    float or ndarray
+        Of the shape of `k`, followed by that of the axes that are left.
 
     Examples
     --------

@@ -32,7 +32,7 @@ def mean(x: ArrayLike, *, kind: MeanKind = ..., **options: Unpack[OfLanes]) -> D
 def mean(x: ArrayLike, *, kind: MeanKind = "arithmetic", weights: ArrayLike | None = None,
          nan_policy: NanPolicy = "propagate", axis: Axis = None, keepdims: bool = False,
          out: Array | None = None, progress: Progress = None) -> float | Doubles:
-    """Mean.
+    """Mean: arithmetic, geometric, harmonic or quadratic.
 
     Parameters
     ----------
@@ -44,7 +44,8 @@ def mean(x: ArrayLike, *, kind: MeanKind = "arithmetic", weights: ArrayLike | No
     weights : array_like, optional
         Frequencies: finite, not negative, of the shape of `x`, or one-dimensional along `axis`.
     nan_policy : {"propagate", "omit", "raise"}
-        What a missing value (NaN, null, masked) does.
+        What a missing value (NaN, null, masked) does: make the result NaN, be left out with its
+        weight, or be refused by a ValueError.
     axis : int or tuple of int, optional
         The axes to reduce; None: all values.
     keepdims : bool
@@ -93,6 +94,11 @@ def trimmed_mean(x: ArrayLike, cut: Cut, *, weights: ArrayLike | None = None,
     weights, nan_policy, axis, keepdims, out, progress
         As in `mean`.
 
+    Returns
+    -------
+    float or ndarray
+        Of the shape of the axes that are left, as that of `mean`.
+
     Examples
     --------
     >>> vx.trimmed_mean([1, 2, 3, 4, 100], 0.2)
@@ -119,6 +125,11 @@ def winsorized_mean(x: ArrayLike, cut: Cut, *, weights: ArrayLike | None = None,
         The fraction to replace at each end, or below and above: floor(cut n) values.
     weights, nan_policy, axis, keepdims, out, progress
         As in `mean`.
+
+    Returns
+    -------
+    float or ndarray
+        Of the shape of the axes that are left, as that of `mean`.
 
     Examples
     --------
@@ -152,6 +163,11 @@ def moment(x: ArrayLike, order: int | ArrayLike, *, center: float | None = None,
     weights, nan_policy, axis, keepdims, out, progress
         As in `mean`.
 
+    Returns
+    -------
+    float or ndarray
+        Of the shape of the axes that are left, as that of `mean`.
+
     Examples
     --------
     >>> vx.moment([1, 2, 6], 2)
@@ -180,6 +196,11 @@ def var(x: ArrayLike, *, ddof: float = 1, weights: ArrayLike | None = None,
         default is 0).  NaN where the divisor is not positive.
     weights, nan_policy, axis, keepdims, out, progress
         As in `mean`.
+
+    Returns
+    -------
+    float or ndarray
+        Of the shape of the axes that are left, as that of `mean`.
 
     Examples
     --------
@@ -211,6 +232,11 @@ def std(x: ArrayLike, *, ddof: float = 1, weights: ArrayLike | None = None,
     weights, nan_policy, axis, keepdims, out, progress
         As in `mean`.
 
+    Returns
+    -------
+    float or ndarray
+        Of the shape of the axes that are left, as that of `mean`.
+
     Examples
     --------
     >>> vx.std([1, 2, 2, 3, 7])
@@ -238,6 +264,11 @@ def skewness(x: ArrayLike, *, bias: bool = True, weights: ArrayLike | None = Non
     weights, nan_policy, axis, keepdims, out, progress
         As in `mean`.
 
+    Returns
+    -------
+    float or ndarray
+        Of the shape of the axes that are left, as that of `mean`.
+
     Examples
     --------
     >>> vx.skewness([1, 2, 3])
@@ -263,6 +294,11 @@ def kurtosis(x: ArrayLike, *, bias: bool = True, weights: ArrayLike | None = Non
         False: the estimate G2 (Joanes and Gill 1998), of more than three values.
     weights, nan_policy, axis, keepdims, out, progress
         As in `mean`.
+
+    Returns
+    -------
+    float or ndarray
+        Of the shape of the axes that are left, as that of `mean`.
 
     Examples
     --------
@@ -291,6 +327,11 @@ def mean_absolute_deviation(x: ArrayLike, *, center: Center = "mean", weights: A
     weights, nan_policy, axis, keepdims, out, progress
         As in `mean`.
 
+    Returns
+    -------
+    float or ndarray
+        Of the shape of the axes that are left, as that of `mean`.
+
     Examples
     --------
     >>> vx.mean_absolute_deviation([1, 2, 6])
@@ -317,6 +358,11 @@ def median_absolute_deviation(x: ArrayLike, *, scale: float = 1.0, weights: Arra
         1.482602218505602 makes it the standard deviation of normal data.
     weights, nan_policy, axis, keepdims, out, progress
         As in `mean`.
+
+    Returns
+    -------
+    float or ndarray
+        Of the shape of the axes that are left, as that of `mean`.
 
     Examples
     --------

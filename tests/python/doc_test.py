@@ -52,6 +52,7 @@ def test_docstrings(owner):
     for name, function in functions_of(owner):
         text = inspect.getdoc(function) or ""
         assert re.match(r"\S.*[.)]$", text.split("\n")[0]), name
+        assert "As in `" not in text, name  # filled in
         sections = dict(re.findall(r"^(\w+)\n-+\n(.*?)(?=^\w+\n-+\n|\Z)", text, re.S | re.M))
         listed = re.findall(r"^(?! )([*\w, ]+?)(?: :.*)?$", sections.get("Parameters", ""), re.M)
         documented = [n.strip(" *") for line in listed for n in line.split(",")]

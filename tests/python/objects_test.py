@@ -1,6 +1,7 @@
 """Distributions, generators, sequences, states, laws of one's own: values that pickle and read back."""
 
 import copy
+import ctypes
 import math
 import pickle
 
@@ -231,6 +232,46 @@ def test_own_laws():
         vx.Density(lambda x: -1, support=(0, 1))
     with pytest.raises(TypeError):
         vx.Density(3.5, support=(0, 1))
+
+
+def test_compiled_functions(monkeypatch):
+    """A numba.cfunc is called at its address: nothing of Python runs, however many values are asked for."""
+    numba = pytest.importorskip("numba")
+    density = numba.cfunc("float64(float64)")(bell)
+    slope = numba.cfunc("float64(float64)")(lambda t: -t * math.exp(-t * t / 2))
+    cdf = numba.cfunc("float64(float64)")(lambda t: t * t * (3 - 2 * t))
+    plain = vx.Density(bell, support=(-math.inf, math.inf))
+
+    def refuse(self, *arguments):
+        raise AssertionError("called through Python")
+
+    monkeypatch.setattr(type(density), "__call__", refuse)
+    x = np.linspace(-3, 3, 1001)
+    for more in ({}, {"derivative": slope}):
+        law = vx.Density(density, support=(-math.inf, math.inf), **more)
+        np.testing.assert_allclose(law.pdf(x), plain.pdf(x), rtol=1e-12)
+        np.testing.assert_allclose(law.cdf(x), vx.Normal().cdf(x), atol=1e-9)
+        assert vx.ks_test(law.sample(1000, rng=1), vx.Normal()).pvalue > 1e-4 and law == copy.copy(law)
+    assert repr(vx.CumulativeDistribution(cdf, support=(0, 1))).startswith("<CumulativeDistribution(<")
+    smooth = vx.CumulativeDistribution(cdf, support=(0, 1), density=numba.cfunc("float64(float64)")(lambda t: 6 * t * (1 - t)))
+    assert smooth.quantile(0.5) == pytest.approx(0.5, abs=1e-9) and smooth.pdf(0.25) == pytest.approx(1.125)
+    for wrong in ("float64(float64, float64)", "float32(float32)", "float64(int64)"):
+        code = (lambda t, u: t) if "," in wrong else (lambda t: t)
+        with pytest.raises(TypeError, match=r"^f: a compiled float64\(float64\) is expected, \("):
+            vx.Density(numba.cfunc(wrong)(code), support=(0, 1))
+
+
+def test_addresses():
+    """What has an address is called there, as a function of the C library."""
+    class Exponential:
+        def __init__(self):
+            self.address = ctypes.cast(ctypes.CDLL(None).exp, ctypes.c_void_p).value
+
+        def __call__(self, x):
+            raise AssertionError("called through Python")
+
+    law = vx.Density(Exponential(), support=(0, 1))
+    assert law.cdf(0.5) == pytest.approx(math.expm1(0.5) / math.expm1(1), abs=1e-9) and law.sample(1000, rng=1).max() < 1
 
 
 def test_roots():
