@@ -4,6 +4,7 @@
 
 #include "mathematics/elementary.hpp"
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 

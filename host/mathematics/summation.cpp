@@ -5,6 +5,7 @@
 
 #include "mathematics/summation.hpp"
 
+#include <algorithm>
 #include <optional>
 #include <unordered_set>
 #include <vector>

@@ -2,6 +2,7 @@
 
 #include <cmath>
 #include <cstring>
+#include <limits>
 
 #include "values/arrays.hpp"
 #include "values/errors.hpp"

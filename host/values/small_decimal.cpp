@@ -7,6 +7,7 @@
 
 #include "values/small_decimal.hpp"
 
+#include <algorithm>
 #include <array>
 #include <bit>
 #include <charconv>

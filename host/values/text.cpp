@@ -2,6 +2,7 @@
 
 #include "values/text.hpp"
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <cstdio>
@@ -15,7 +16,6 @@
 #include "values/objects.hpp"
 
 namespace vexel {
-
 namespace {
 
 // Digits with a point, or an exponent outside [-4, fixedLimit); leading is the first digit's.
@@ -476,7 +476,7 @@ std::string floatText(ALGEB x) {
   std::string digits(mpz_sizeinbase(m.get(), 10) + 2, '\0');
   mpz_get_str(digits.data(), 10, m.get());
   digits.resize(std::strlen(digits.c_str()));
-  const auto count = static_cast<std::int64_t>(digits.size());
+  const std::int64_t count = std::ssize(digits);
   std::string out = layOut(digits, exponent + count - 1, std::max(kFixedLimit, count));
   return negative ? out.insert(0, 1, '-') : out;
 }

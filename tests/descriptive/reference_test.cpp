@@ -1,5 +1,6 @@
 // The descriptive statistics, smoothing and normality against the values of R.
 
+#include <algorithm>
 #include <fstream>
 #include <sstream>
 

@@ -1,10 +1,13 @@
 // Closed formulas against references at 60 digits, failures of the numerical library, and what no
 // call of the host reaches.
 
+#include <algorithm>
 #include <cmath>
+#include <cstdlib>
 #include <fstream>
 #include <sstream>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "distributions/normal_approximations.hpp"

@@ -1,6 +1,7 @@
 // Points at which libraries in wide use throw, give 0 or are wrong in the first digits.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <fstream>
 #include <limits>

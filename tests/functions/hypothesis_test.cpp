@@ -1,10 +1,12 @@
 // Tests of hypotheses against references at 60 digits (tests/reference/hypothesis_tests.py).
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <fstream>
 #include <limits>
 #include <sstream>
+#include <stdexcept>
 #include <string>
 #include <vector>
 #include <vexel/hypothesis.hpp>

@@ -2,11 +2,13 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <functional>
 #include <limits>
 #include <numbers>
 #include <random>
+#include <stdexcept>
 #include <vexel/hypothesis.hpp>
 #include <vexel/kernel_density.hpp>
 #include <vexel/random.hpp>

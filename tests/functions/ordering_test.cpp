@@ -9,6 +9,7 @@
 #include <map>
 #include <numeric>
 #include <random>
+#include <string>
 #include <vexel/interruption.hpp>
 #include <vexel/ordering.hpp>
 

@@ -5,6 +5,7 @@
 #include <cmath>
 #include <functional>
 #include <set>
+#include <stdexcept>
 #include <vexel/random.hpp>
 #include <vexel/sequences.hpp>
 

@@ -2,6 +2,7 @@
 // goodness-of-fit statistic.
 #pragma once
 
+#include <algorithm>
 #include <cmath>
 #include <functional>
 #include <string>

@@ -1,6 +1,7 @@
 // Kernels give the same bits with every set of instructions, for every length and alignment.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <bit>
 #include <cmath>
 #include <cstdint>

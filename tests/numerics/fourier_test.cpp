@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <nag2/nag2.h>
 
+#include <algorithm>
 #include <cmath>
 #include <numbers>
 #include <random>
