@@ -101,7 +101,7 @@ SECONDS ?= 300
 fuzz:
 	@scripts/install-packages fuzz
 	@cmake --preset fuzz >/dev/null
-	@cmake --build --preset fuzz -j $(JOBS) --target fuzz_calls fuzz_language fuzz_functions vexel
+	@cmake --build --preset fuzz -j $(JOBS) --target fuzz_calls fuzz_language fuzz_functions fuzz_files vexel
 	@scripts/fuzz build-fuzz/bin $(SECONDS)
 
 format:

@@ -206,6 +206,9 @@ class NpyTable : public Table {
   // Rows row_ to row_ + n of a column.
   void take(std::size_t which, std::size_t n, std::vector<double>& values) {
     values.resize(n);
+    if (n == 0) {
+      return;  // of no rows the size may be anything
+    }
     const std::size_t stride = byColumns_ ? type_.size : columns_ * type_.size;
     const std::uint64_t first =
         begin_ + (byColumns_ ? which * rows_ * type_.size : which * type_.size);

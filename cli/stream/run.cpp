@@ -84,6 +84,9 @@ class Run {
         for (file_ = 0; file_ < request_.files.size(); ++file_) {
           readFile(request_.files[file_]);
         }
+        if (toSkip_ > 0) {
+          refuseState("it has taken in more pieces than there are");
+        }
         job_.endPass();
       }
     } catch (const vexel::Interrupted&) {
@@ -98,6 +101,10 @@ class Run {
   }
 
  private:
+  [[noreturn]] void refuseState(const std::string& why) const {
+    throw std::invalid_argument("--state: " + request_.state + ": " + why);
+  }
+
   void readFile(const std::string& path) {
     const auto table = openTable(path, request_.columns);
     std::size_t row = 0;
@@ -111,6 +118,7 @@ class Run {
       }
       if (toSkip_ > 0) {
         --toSkip_;
+        noteZeroWeights();
       } else {
         take(*table, path, row);
         pieceTaken();
@@ -132,7 +140,11 @@ class Run {
       throw std::invalid_argument(path + ", from row " + std::to_string(row + 1) +
                                   " of the data: " + e.what());
     }
-    for (std::size_t i = 0; weighted && !zeroWeights_ && i < piece_.values.size(); ++i) {
+    noteZeroWeights();
+  }
+
+  void noteZeroWeights() {
+    for (std::size_t i = 0; isWeighted() && !zeroWeights_ && i < piece_.values.size(); ++i) {
       zeroWeights_ = piece_.weights[i] == 0 && !std::isnan(piece_.values[i]);
     }
   }

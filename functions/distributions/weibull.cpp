@@ -110,6 +110,11 @@ Weibull Weibull::fit(Data x, const FitOptions& options) {
   double high = -1.0 / center;
   while (!(equation(high).first > 0.0)) {
     high *= 2.0;
+    if (!(high > 0.0 && high < 1e300)) {
+      // The others' weights vanish beside that of one, or the largest has next to none.
+      detail::refuse(name, "x", "of weights nearer to each other; the largest value is",
+                     std::exp(largest));
+    }
   }
   const double shape = detail::increasingRoot(equation, 0.0, high, high);
   const double total = data.mean([=](double y) { return std::exp(shape * y); });

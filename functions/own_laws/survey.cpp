@@ -129,11 +129,14 @@ std::vector<double> surveyPoints(Interval support, double hint) {
   std::vector<double> points;
   const bool lowFinite = std::isfinite(support.low);
   const bool highFinite = std::isfinite(support.high);
-  const double length = support.high - support.low;
+  // Both ends may be finite and their distance not.
+  const double length = lowFinite && highFinite ? std::min(support.high - support.low,
+                                                           std::numeric_limits<double>::max())
+                                                : infinity;
   if (lowFinite && highFinite) {
     constexpr int even = 128;
     for (int i = 0; i < even; ++i) {
-      points.push_back(support.low + length * ((i + 0.5) / even));
+      points.push_back(std::lerp(support.low, support.high, (i + 0.5) / even));
     }
     const double size = std::log2(length);
     addPowers(points, support.low, 1, size - 50, size - 8, 3);
@@ -146,6 +149,11 @@ std::vector<double> surveyPoints(Interval support, double hint) {
       addPowers(points, center, side, 15, 60, 3);
     }
     points.push_back(center);
+    if (const double size = std::log2(std::abs(center)); size > 100) {
+      for (const double side : {-1.0, 1.0}) {
+        addPowers(points, center, side, size - 48, std::min(size + 8, 1023.0), 2);
+      }
+    }
   }
   if (std::isfinite(hint)) {
     points.push_back(hint);

@@ -45,6 +45,9 @@ void checkResolved(const Built& built, double error) {
   if (!(built.mass > 0)) {
     throw std::invalid_argument("no mass found");
   }
+  if (std::isinf(built.mass)) {
+    throw std::invalid_argument("the density's integral is beyond the largest number");
+  }
   checkError(built.error, error);
 }
 
@@ -183,6 +186,9 @@ OwnLawTables::OwnLawTables(FunctionOfSpans function, const CumulativeDistributio
   check(support_, options.error);
   CumulativeValues f(std::move(function), support_);
   const std::vector<double> x = surveyPoints(support_, nan);
+  if (x.empty()) {
+    throw std::invalid_argument("support holds no number between its ends");
+  }
   std::vector<double> y(x.size());
   f(x, y);
   for (std::size_t i = 1; i < x.size(); ++i) {

@@ -298,6 +298,12 @@ Moments Moments::from_bytes(std::span<const std::uint8_t> bytes) {
     result.powers_[k] = states::getExactSum(from, factorsOf(k));
   }
   from.finish();
+  for (std::size_t k = 0; k < result.powers_.size(); k += 2) {
+    from.check(!(states::rounded(result.powers_[k], factorsOf(k)) < 0), "an even sum is negative");
+  }
+  from.check(order < 2 || !states::isFinite(result.powers_[1]) ||
+                 !centralSum(result.powers_, 2).negative(),
+             "the variance is negative");
   return result;
 }
 

@@ -65,7 +65,8 @@ void ask(const vx::Sums& s) {
   expect(same(s.sum(), s.sum()) && s.count() >= 0, "sums"), s.mean(), s.weight();
 }
 void ask(const vx::Moments& s) {
-  expect(!(s.var() < 0) && !(s.std() < 0) && s.count() >= 0 && s.missing() >= 0, "moments");
+  expect(!(s.var() < 0) && !(s.std() < 0) && s.count() >= 0 && s.missing() >= 0, "moments", s.var(),
+         s.std(), static_cast<double>(s.count()));
   s.mean(), s.skewness(), s.kurtosis(), s.moment(s.order()), s.weight();
 }
 void ask(const vx::Extremes& s) { expect(!(s.min() > s.max()), "extremes"); }

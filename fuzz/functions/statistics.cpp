@@ -54,6 +54,17 @@ void callMean(Choices& choices, const Elements& x, const Elements& w, const Rang
   }
 }
 
+// Of weights further apart higher moments are rounding.
+bool isLevel(const Elements& w) {
+  double least = INFINITY;
+  double most = 0;
+  for (const double x : w.doubles()) {
+    least = x > 0 ? std::min(least, x) : least;
+    most = std::max(most, x);
+  }
+  return !(most > 1e25 * least);
+}
+
 void callMoment(Choices& choices, const Elements& x, const Elements& w) {
   const vx::Missing missing = choices.missing();
   switch (choices.below(5)) {
@@ -64,19 +75,30 @@ void callMoment(Choices& choices, const Elements& x, const Elements& w) {
       const auto both = vx::moment(x, orders, {.weights = w, .center = center, .missing = missing});
       const double alone =
           vx::moment(x, orders[0], {.weights = w, .center = center, .missing = missing});
-      expect(atMost(both[0], alone) && atMost(alone, both[0]), "moments together and alone",
-             orders[0], both[0], alone);
+      // Odd ones are good beside the terms that cancel in them.
+      const double k = orders[0];
+      const double terms =
+          orders[0] % 2 == 0
+              ? 0.0
+              : std::pow(vx::moment(x, orders[0] + 1,
+                                    {.weights = w, .center = center, .missing = missing}),
+                         k / (k + 1));
+      expect(!isLevel(w) || same(both[0], alone) || !std::isfinite(terms) ||
+                 std::abs(both[0] - alone) <= 1e-12 * std::abs(alone) + 1e-14 * terms,
+             "moments together and alone", k, both[0], alone);
       break;
     }
     case 1: {
       const vx::VarianceOptions options{w, choices.number(), missing};
-      expect(!(vx::var(x, options) < 0) && !(vx::std(x, options) < 0), "var >= 0");
+      expect(!(vx::var(x, options) < 0) && !(vx::std(x, options) < 0), "var >= 0",
+             vx::var(x, options), vx::std(x, options), options.ddof);
       break;
     }
     case 2: {
       const vx::ShapeOptions options{w, true, missing};
       const double skewness = vx::skewness(x, options);
-      expect(atMost(skewness * skewness + 1, vx::kurtosis(x, options) + 3, 1e-9), "kurtosis");
+      expect(!isLevel(w) || atMost(skewness * skewness + 1, vx::kurtosis(x, options) + 3, 1e-9),
+             "kurtosis");
       vx::kurtosis(x, {.weights = w, .bias = false, .missing = missing});
       break;
     }
@@ -151,19 +173,19 @@ void callCovariance(Choices& choices, const Elements& x, const Elements& w) {
   expect(same(all(0, 1), all(1, 0)) && atMost(std::abs(all(0, 1)), 1, 1e-13), "correlation matrix");
 }
 
-// Rules make up to 2^27 bins of far outliers, which takes its time.
+// Rules make up to 2^27 bins of far outliers or of a wide range, which takes its time.
 bool suitsRules(const Elements& x) {
   const auto all = x.doubles();
   return std::all_of(all.begin(), all.end(),
                      [](double v) { return std::abs(v) <= 256 && v * 16 == std::floor(v * 16); });
 }
 
-vx::Bins bins(Choices& choices, const Elements& x, const Elements& edges) {
+vx::Bins bins(Choices& choices, const Elements& x, const Elements& edges, bool ranged) {
   switch (choices.below(4)) {
     case 0:
       return vx::Bins(edges.view());
     case 1:
-      return suitsRules(x) ? vx::Bins(choices.one<vx::BinRule>(4)) : vx::Bins(7);
+      return suitsRules(x) && !ranged ? vx::Bins(choices.one<vx::BinRule>(4)) : vx::Bins(7);
     case 2:
       return vx::Bins(choices.whole() % 100'000);
     default:
@@ -177,7 +199,7 @@ void callHistogram(Choices& choices, const Elements& x, const Elements& w) {
                          ? std::optional(vx::Interval{choices.number(), choices.number()})
                          : std::nullopt;
   const vx::HistogramOptions options{w, range, choices.flag(), choices.missing()};
-  const auto h = vx::histogram(x, bins(choices, x, edges), options);
+  const auto h = vx::histogram(x, bins(choices, x, edges, range.has_value()), options);
   expect(h.edges.size() == h.counts.size() + 1 && h.missing <= x.size(), "histogram's sizes");
   expect(std::is_sorted(h.edges.begin(), h.edges.end()), "edges ascend");
   if (!options.density && !w.view().given()) {
@@ -185,7 +207,7 @@ void callHistogram(Choices& choices, const Elements& x, const Elements& w) {
     expect(total + static_cast<double>(h.missing) <= static_cast<double>(x.size()),
            "histogram's total");
   }
-  const auto f = vx::frequency_table(x, bins(choices, x, edges), options);
+  const auto f = vx::frequency_table(x, bins(choices, x, edges, range.has_value()), options);
   expect(f.lower.size() == f.cumulative.size() && f.upper.size() == f.count.size(),
          "table's sizes");
 }
@@ -291,7 +313,10 @@ void callSeries(Choices& choices) {
       options.edges = choices.one<vx::Edges>(4);
       options.min_count = choices.count(5);
       options.missing = choices.missing();
-      const std::size_t window = choices.count(40);
+      std::size_t window = choices.count(40);
+      if (window > 1000 && window < (std::size_t{1} << 30)) {
+        window %= 1000;  // longer ones take what they take
+      }
       if (choices.below(3) == 0) {
         vx::moving(x, window, vx::Quantile{choices.probability()}, options);
       } else if (window < 1000 && choices.below(8) == 7) {

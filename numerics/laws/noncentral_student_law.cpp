@@ -225,8 +225,12 @@ NoncentralStudentLaw::Point NoncentralStudentLaw::pointAt(double x, double delta
   if (StudentPowerTail::reached(x, nu_, delta)) {
     const StudentPowerTail far(x, nu_, delta);
     const double upper = far.upper();
-    if (upper < 0.5 || wantUpper || !(x < greatArgument)) {
+    if (upper < 0.5 || wantUpper) {
       return {1.0 - upper, upper, far.density(), -nu_};
+    }
+    if (nu_ < 1e-6 || !(x < greatArgument)) {
+      const double lower = normalLower(-delta) + StudentPowerTail::inside(x, nu_, delta);
+      return {lower, upper, far.density(), -nu_};
     }
   }
   const double mean = 0.5 * delta * delta;

@@ -34,7 +34,8 @@ bool StudentPowerTail::reached(double x, double nu, double delta) {
 StudentPowerTail::StudentPowerTail(double x, double nu, double delta) : x_(x), nu_(nu) {
   const double a = nu + 1.0;
   const double w = peakOf(nu, delta);
-  const double step = 0.25 / std::sqrt(a + w * w);
+  // Towards 0 the integrand falls the more slowly the fewer degrees of freedom.
+  const double step = (nu < 1.0 ? 0.18 : 0.25) / std::sqrt(a + w * w);
   double sum = 0.0;
   double squares = 0.0;
   for (const double side : {step, -step}) {
@@ -63,6 +64,30 @@ StudentPowerTail::StudentPowerTail(double x, double nu, double delta) : x_(x), n
   if (!(scale_ > 1e-290)) {
     scale_ = std::exp(logScale_);
   }
+}
+
+// The mean of P(S >= W / x) over W > 0, without cancellation.
+double StudentPowerTail::inside(double x, double nu, double delta) {
+  const double h = 0.5 * nu;
+  const double w = peakOf(0.0, delta);
+  const double step = 0.18 / std::hypot(1.0, w);
+  const double logAtPeak = h * (std::log(h) + 2.0 * (std::log(w) - std::log(x))) - logGamma1p(h);
+  const double square = h * (w / x) * (w / x) * (h / (h + 1.0));
+  double sum = 0.0;
+  for (const double side : {step, -step}) {
+    for (int i = side > 0.0 ? 0 : 1; i < 4000; ++i) {
+      const double v = i * side;
+      const double grown = std::expm1(v);
+      const double rise = w * grown;
+      const double weight = std::exp(v - grown - 0.5 * rise * rise);
+      const double beside = square * (1.0 + grown) * (1.0 + grown);
+      sum -= weight * std::expm1(logAtPeak + nu * v - beside);
+      if (weight < 1e-19) {
+        break;
+      }
+    }
+  }
+  return inverseRootTwoPi * std::exp(-0.5 / (w * w)) * w * (sum * step);
 }
 
 double StudentPowerTail::upper() const { return scale_ * (1.0 - less_); }

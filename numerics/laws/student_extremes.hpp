@@ -15,6 +15,8 @@ class StudentPowerTail {
   static bool reached(double x, double nu, double delta);
   double upper() const;
   double logUpper() const { return logScale_ + std::log1p(-less_); }
+  // P(0 < T <= x), which for few degrees of freedom is small.
+  static double inside(double x, double nu, double delta);
   double density() const;
   double logDensity() const;
 

@@ -25,6 +25,9 @@ constexpr double leastFractionArgument = 0.3;
 
 double densityAtZero(double nu) {
   const double h = 0.5 * nu;
+  if (h < 1e-20) {
+    return 0.5 * std::sqrt(nu);  // the logarithm of gamma(h) would lose digits
+  }
   if (h < 1.0) {
     return std::exp(logGammaQuotient(0.5, h)) / std::sqrt(nu * std::numbers::pi);
   }
@@ -72,7 +75,14 @@ double StudentLaw::density(double x) const { return peak_ * power(std::fabs(x));
 
 double StudentLaw::logDensity(double x) const { return std::log(peak_) + logPower(std::fabs(x)); }
 
-bool StudentLaw::nearCentre(double x) const { return x < 1.2 && x * x < nu_; }
+// For few degrees of freedom as far as the series of the tail begins: the centre holds next to
+// nothing there, so that 1/2 less it keeps its digits, and the continued fraction would not.
+bool StudentLaw::nearCentre(double x) const {
+  if (nu_ < 5e-4) {
+    return x / nu_ * x < 1.0 / leastFractionArgument - 1.0;
+  }
+  return x < 1.2 && x * x < nu_;
+}
 
 // P(0 < T < x), for x where it is not near 1/2.
 double StudentLaw::central(double x) const {
@@ -203,7 +213,7 @@ double StudentLaw::positiveQuantile(double q) const {
     x = nu_ >= 1.0 ? x : near / peak_;
     return invertTail(
         [&](double t) {
-          if (t > 1.2 || t * t > nu_) {  // the series is for the centre
+          if (t > 1.2 || (t * t > nu_ && !nearCentre(t))) {  // the series is for the centre
             const double inside = 0.5 - outer(t);
             return TailSlope{logQuotient(inside, near), peak_ * timesPower(t) / inside,
                              1.0 - (nu_ + 1.0) / (1.0 + nu_ / t / t)};

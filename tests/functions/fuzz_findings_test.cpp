@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <cstdint>
 #include <limits>
 #include <numeric>
 #include <vexel/distributions.hpp>
@@ -23,6 +24,62 @@ TEST(FuzzFindings, SearchesAndSamplesEnd) {
       EXPECT_GE(x, 0);
     }
   }
+}
+
+// So did these, on weights that leave one point and on a support longer than any number.
+TEST(FuzzFindings, FitsAndOwnLawsEnd) {
+  EXPECT_THROW(vx::Weibull::fit(Vector{1, 3}, {.weights = Vector{1e-300, 1e300}}),
+               std::domain_error);
+  const auto flat = [](double) { return 11.5; };
+  EXPECT_THROW(vx::Density(flat, {.support = {-kMax, 1}}), std::invalid_argument);
+  // A support in which no place of the survey lay.
+  const auto none = [](double) { return 0.5; };
+  EXPECT_THROW(vx::CumulativeDistribution(
+                   none, {.support = {2.5e263, std::numeric_limits<double>::infinity()}}),
+               std::invalid_argument);
+}
+
+// Around x^2 = df a fraction was taken where it does not converge: 0.47 came.
+TEST(FuzzFindings, FewDegreesOfFreedom) {
+  for (const double df : {1e-4, 1e-8, 1e-16, 1e-100}) {
+    const vx::StudentT law(df);
+    for (const double share : {0.9, 1.0, 1.1, 1.5, 1.6, 3.0}) {
+      const double x = share * std::sqrt(df);
+      // P(0 < T < x) = df / 2 asinh(x / sqrt(df)) but for terms of df^2.
+      const double wanted = 0.5 - 0.5 * df * std::asinh(share);
+      EXPECT_NEAR(law.sf(x), wanted, 1e-14 + 10 * df * df) << df << ' ' << share;
+      EXPECT_NEAR(law.cdf(Vector{x})[0], 1 - wanted, 1e-14 + 10 * df * df) << df << ' ' << share;
+    }
+  }
+  // Next to all of it lies beyond the doubles; the rest was rounded away, or lost altogether.
+  EXPECT_NEAR(vx::NonCentralStudentT(1e-100, 29).cdf(1e200) / 5.7233753877130304e-98, 1, 1e-14);
+  EXPECT_NEAR(vx::NonCentralStudentT(1e-100, 0.3).cdf(1e4), 0.38208857781104737, 1e-14);
+  EXPECT_NEAR(vx::NonCentralStudentT(1e-300, -0.3).sf(1e-30), 0.38208857781104737, 1e-14);
+}
+
+// Changed, with the checksum set right: no data have such sums.
+TEST(FuzzFindings, MomentsOfNoData) {
+  vx::Moments state(2);
+  state.update(Vector{3, 3, 3, 1});
+  std::vector<std::uint8_t> bytes = state.to_bytes();
+  int refused = 0;
+  for (std::size_t at = 20; at + 8 < bytes.size(); ++at) {
+    std::vector<std::uint8_t> changed(bytes.begin(), bytes.end() - 8);
+    changed[at] ^= 0x40U;
+    std::uint64_t hash = 0xCBF29CE484222325U;
+    for (const std::uint8_t b : changed) {
+      hash = (hash ^ b) * 0x100000001B3U;
+    }
+    for (int shift = 0; shift < 64; shift += 8) {
+      changed.push_back(static_cast<std::uint8_t>(hash >> shift));
+    }
+    try {
+      EXPECT_FALSE(vx::Moments::from_bytes(changed).var() < 0) << at;
+    } catch (const std::invalid_argument&) {
+      ++refused;
+    }
+  }
+  EXPECT_GT(refused, 0);
 }
 
 // Of a mode near the other end, relatively: what lies beyond it, 1e-140 here, was 1 less 1.
