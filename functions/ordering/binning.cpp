@@ -26,17 +26,18 @@ std::vector<double> equalEdges(Interval range, std::size_t bins) {
   return edges;
 }
 
-std::vector<double> checkedEdges(Data edges) {
+std::vector<double> checkedEdges(Data edges, const char* parameter) {
   std::vector<double> checked(edges.size());
   for (std::size_t i = 0; i < checked.size(); ++i) {
     checked[i] = edges[i];
     if (isMissing(checked[i]) || (i > 0 && checked[i] < checked[i - 1])) {
-      throw ElementError("bins: expected edges that do not fall, element ", i,
+      throw ElementError(std::string(parameter) + ": expected edges that do not fall, element ", i,
                          " is " + number(checked[i]));
     }
   }
   if (checked.size() < 2) {
-    throw std::length_error(expected("bins", "at least two edges", std::to_string(edges.size())));
+    throw std::length_error(
+        expected(parameter, "at least two edges", std::to_string(edges.size())));
   }
   return checked;
 }

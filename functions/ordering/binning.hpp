@@ -22,8 +22,9 @@ namespace vexel {
 // Edges from low to high as NumPy's linspace makes them.
 std::vector<double> equalEdges(Interval range, std::size_t bins);
 
-// Throws unless there are at least two, none is NaN and none is below the one before it.
-std::vector<double> checkedEdges(Data edges);
+// Throws unless there are at least two, none is NaN and none is below the one before it;
+// `parameter` is what the caller calls them.
+std::vector<double> checkedEdges(Data edges, const char* parameter);
 
 class Binning {
  public:

@@ -53,7 +53,7 @@ Interval widened(Interval range) {
 
 std::vector<double> edgesFor(Data x, const Bins& bins, const HistogramOptions& options) {
   if (bins.kind() == Bins::Kind::edges) {
-    return checkedEdges(bins.edges());
+    return checkedEdges(bins.edges(), "bins");
   }
   std::int64_t count = bins.count();
   if (bins.kind() == Bins::Kind::count && (count < 1 || count > kMostBins)) {

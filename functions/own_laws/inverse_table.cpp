@@ -47,7 +47,13 @@ void InverseTable::addPieces(const Segment& s, double error) {
       end = 1;
     }
     const bool last = end - at <= 2 * shortest;
-    if (tryPiece(s, at, end, last ? std::numeric_limits<double>::infinity() : error)) {
+    if (tryPiece(s, at, end, degree, error)) {
+      at = end;
+      length *= 2;
+    } else if (last) {
+      // Points whose masses differ by their rounding only, as where the density begins at 0, make a
+      // polynomial of any size; a line stays between its ends.
+      tryPiece(s, at, end, 1, std::numeric_limits<double>::infinity());
       at = end;
       length *= 2;
     } else {
@@ -56,7 +62,8 @@ void InverseTable::addPieces(const Segment& s, double error) {
   }
 }
 
-bool InverseTable::tryPiece(const Segment& s, double begin, double end, double error) {
+bool InverseTable::tryPiece(const Segment& s, double begin, double end, std::size_t order,
+                            double error) {
   // Points of the inverse at extremal points of a Chebyshev polynomial in t, from begin on.
   std::array<double, degree + 1> u{};
   std::array<double, degree + 1> x{};
@@ -65,10 +72,10 @@ bool InverseTable::tryPiece(const Segment& s, double begin, double end, double e
   if (!(length > 1e-40)) {
     return true;  // no variate falls there
   }
-  for (std::size_t i = 0; i <= degree; ++i) {
-    const double angle = 3.141592653589793 * static_cast<double>(i) / degree;
+  for (std::size_t i = 0; i <= order; ++i) {
+    const double angle = 3.141592653589793 * static_cast<double>(i) / static_cast<double>(order);
     const double node = begin + (end - begin) * 0.5 * (1 - std::cos(angle));
-    u[i] = (valueOf(s.cumulative, node) - start) / length;
+    u[i] = (std::clamp(valueOf(s.cumulative, node), 0.0, s.mass) - start) / length;
     x[i] = s.map.x(s.tAt(node));
     if (i > 0 && !(u[i] > u[i - 1])) {
       // Flat to the last digit: any point will do.
@@ -76,27 +83,27 @@ bool InverseTable::tryPiece(const Segment& s, double begin, double end, double e
     }
   }
   x[0] = begin == -1 ? s.low : x[0];
-  x[degree] = end == 1 ? s.high : x[degree];
+  x[order] = end == 1 ? s.high : x[order];
   // Newton's divided differences, then powers of u.
   std::array<double, degree + 1> difference = x;
-  for (std::size_t k = 1; k <= degree; ++k) {
-    for (std::size_t i = degree; i >= k; --i) {
+  for (std::size_t k = 1; k <= order; ++k) {
+    for (std::size_t i = order; i >= k; --i) {
       difference[i] = (difference[i] - difference[i - 1]) / (u[i] - u[i - k]);
     }
   }
   std::array<double, degree + 1> c{};
-  for (std::size_t k = degree + 1; k-- > 0;) {
-    for (std::size_t i = degree; i > 0; --i) {
+  for (std::size_t k = order + 1; k-- > 0;) {
+    for (std::size_t i = order; i > 0; --i) {
       c[i] = c[i - 1] - u[k] * c[i];
     }
     c[0] = difference[k] - u[k] * c[0];
   }
   double worst = 0;
-  for (std::size_t i = 0; i < degree; ++i) {
+  for (std::size_t i = 0; i < order; ++i) {
     for (const double part : {0.25, 0.5, 0.75}) {
       const double v = u[i] + part * (u[i + 1] - u[i]);
       double value = 0;
-      for (std::size_t k = degree + 1; k-- > 0;) {
+      for (std::size_t k = order + 1; k-- > 0;) {
         value = value * v + c[k];
       }
       worst = std::max(worst, missAt(s, std::clamp(value, s.low, s.high), start + v * length));
@@ -108,7 +115,7 @@ bool InverseTable::tryPiece(const Segment& s, double begin, double end, double e
   error_ = std::max(error_, worst);
   Piece piece{.u = s.left + start, .x = c[0], .c = {}, .reserved = 0};
   double power = 1;
-  for (std::size_t k = 1; k <= degree; ++k) {
+  for (std::size_t k = 1; k <= order; ++k) {
     power *= length;
     piece.c[k - 1] = c[k] / power;
   }

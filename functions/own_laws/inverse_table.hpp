@@ -45,7 +45,8 @@ class InverseTable {
   };
 
   void addPieces(const Segment& segment, double error);
-  bool tryPiece(const Segment& segment, double begin, double end, double error);
+  // Adds a piece of the order (of the polynomial, at most degree) unless its error is larger.
+  bool tryPiece(const Segment& segment, double begin, double end, std::size_t order, double error);
   void addGuide();
 
   Interval support_{};

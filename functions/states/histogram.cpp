@@ -14,7 +14,7 @@ struct Histogram::Cells {
 
   Cells(Data given, Missing missingPolicy)
       : policy(missingPolicy),
-        edges(checkedEdges(given)),
+        edges(checkedEdges(given, "edges")),
         equal(edges == equalEdges({edges.front(), edges.back()}, edges.size() - 1)),
         totals(edges.size() - 1) {}
 };

@@ -63,7 +63,9 @@ def __getattr__(name: str) -> object:
     elif name in ("compat", "entry", "results"):
         value = import_module("." + name, __name__)
     else:
-        raise AttributeError(f"module {__name__!r} has no attribute {name!r}")
+        import sys  # for what Python suggests in its place
+
+        raise AttributeError(f"module {__name__!r} has no attribute {name!r}", name=name, obj=sys.modules[__name__])
     globals()[name] = value
     return value
 

@@ -18,11 +18,11 @@ if TYPE_CHECKING:
 def _function(f: Any, name: str) -> Any:
     """What the extension calls: a callable, a compiled function's address or capsule."""
     if isinstance(f, str) or type(f).__module__.startswith("sympy"):
-        from ._kernel import KernelError, compiled
+        from ._kernel import compiled
 
         try:
             return compiled(f)
-        except KernelError as e:
+        except ValueError as e:  # of the host too
             raise ValueError(f"{name}: {e}") from None
     address = getattr(f, "address", None)  # of a numba.cfunc
     if isinstance(address, int):
@@ -97,7 +97,7 @@ class OwnLaw(Continuous):
 
     def __repr__(self) -> str:
         def shown(v: Any) -> str:
-            return f"<{getattr(v, '__name__', type(v).__name__)}>" if _is_code(v) else repr(v)
+            return f"<{getattr(v, '__name__', type(v).__name__).strip('<>')}>" if _is_code(v) else repr(v)
 
         options = "".join(f", {k}={shown(v)}" for k, v in self._options.items())
         made = f"{type(self).__name__}({shown(self._arguments[0])}{options})"

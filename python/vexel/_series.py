@@ -222,7 +222,7 @@ def ks_test(x: ArrayLike, distribution: Distribution | Callable[[float], float],
     if isinstance(distribution, Distribution):
         return TestResult(*_core.ks_test_law(x, distribution._law, nan_policy, progress))
     cdf = getattr(distribution, "cdf", distribution)
-    if not callable(cdf):
+    if not callable(cdf) or isinstance(distribution, type):
         raise TypeError(f"distribution: an object with cdf or a callable is expected, {_core.short_text(distribution)} came")
     return TestResult(*_core.ks_test(x, cdf, nan_policy, progress))
 

@@ -140,8 +140,8 @@ class DensityGrid(_State, _core.DensityGrid):
         Examples
         --------
         >>> g = vx.DensityGrid((-5, 5), 1001).update([0])
-        >>> round(g.density(1.0)[500], 6) == round(vx.Normal().pdf(0), 6)
-        True
+        >>> g.density(1.0)[500:502]
+        array([0.39894228, 0.39892233])
         """
         return self._density(bandwidth, kernel)
 

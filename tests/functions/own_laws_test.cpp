@@ -251,6 +251,25 @@ TEST(OwnLaws, AreTheLawsOfTheirDensities) {
   }
 }
 
+// The density falls to 0 at an end of the support, or has a pole there, as any power does.
+TEST(OwnLaws, BeginAsPowers) {
+  for (int k = -4; k <= 48; ++k) {
+    const double power = k / 8.0;
+    SCOPED_TRACE(power);
+    for (const bool mirrored : {false, true}) {
+      const Density d([=](double x) { return std::pow(mirrored ? 1 - x : x, power); },
+                      {.support = {0, 1}});
+      EXPECT_LE(d.error(), 1e-10);
+      const double median = std::exp2(-1 / (power + 1));
+      EXPECT_NEAR(d.quantile(0.5), mirrored ? 1 - median : median, 1e-8);
+      Random rng(1);
+      const std::vector<double> x = d.sample(1000, rng);
+      EXPECT_NEAR(*std::ranges::max_element(x), 1, mirrored && power > 1 ? 1 : 0.05);
+      EXPECT_GE(*std::ranges::min_element(x), 0);
+    }
+  }
+}
+
 TEST(OwnLaws, MomentsExistOrNot) {
   const Density cauchy([](double x) { return 1 / (1 + x * x); },
                        {.support = {-infinity, infinity}});
