@@ -42,9 +42,14 @@ struct Formulas<ExponentialPower> {
   }
   double power(Place at) const {
     const double r = 1.0 / half();
-    return 0.5 * (std::isnormal(at.z) || at.distance == 0.0
-                      ? std::pow(std::fabs(at.z), r)
-                      : std::pow(std::fabs(at.distance), r) / std::pow(scale(), r));
+    if (std::isnormal(at.z) || at.distance == 0.0) {
+      return 0.5 * std::pow(std::fabs(at.z), r);
+    }
+    const double unit = std::pow(scale(), r);
+    const double distance = std::fabs(at.distance);
+    return 0.5 * (unit > 0.0 && std::isfinite(unit)
+                      ? std::pow(distance, r) / unit
+                      : std::exp(r * (std::log(distance) - std::log(scale()))));
   }
 
   Interval support() const { return {-infinity, infinity}; }

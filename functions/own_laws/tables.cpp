@@ -27,6 +27,10 @@ void check(Interval support, double error) {
     throw std::invalid_argument("support must go from a lower to a higher end, not from " +
                                 number(support.low) + " to " + number(support.high));
   }
+  if (support.high - support.low < 1e-290) {
+    throw std::invalid_argument("support must be longer than 1e-290, not from " +
+                                number(support.low) + " to " + number(support.high));
+  }
   if (!(error >= 1e-12 && error <= 1e-2)) {
     throw std::invalid_argument("error must be 1e-12 to 0.01, not " + number(error));
   }

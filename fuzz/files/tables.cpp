@@ -1,6 +1,7 @@
 // Files of separated values and dates in the language: what is read prints, is written and is read
 // again as what it was; and functions of tables with whatever columns there are.
 
+#include <algorithm>
 #include <optional>
 #include <vexel/session.hpp>
 

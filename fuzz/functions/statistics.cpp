@@ -34,12 +34,24 @@ Range range(const Elements& x, const Elements& weights) {
   return r;
 }
 
+// Of weights further apart means are rounding, or lose what underflows.
+bool isLevel(const Elements& w) {
+  double least = INFINITY;
+  double most = 0;
+  for (const double x : w.doubles()) {
+    least = x > 0 ? std::min(least, x) : least;
+    most = std::max(most, x);
+  }
+  return !(most > 1e25 * least);
+}
+
 void callMean(Choices& choices, const Elements& x, const Elements& w, const Range& r) {
   const vx::Missing missing = choices.missing();
   const vx::Cut cut(choices.probability(), choices.probability());
   switch (choices.below(4)) {
     case 0:
-      expect(r.within(vx::mean(x, {.weights = w, .missing = missing}), 1e-12), "mean");
+      expect(!isLevel(w) || r.within(vx::mean(x, {.weights = w, .missing = missing}), 1e-12),
+             "mean");
       break;
     case 1:
       vx::mean(x, {.weights = w, .kind = choices.one<vx::Mean>(4), .missing = missing});
@@ -52,17 +64,6 @@ void callMean(Choices& choices, const Elements& x, const Elements& w, const Rang
       expect(r.within(vx::winsorized_mean(x, cut, {.weights = w, .missing = missing}), 1e-12),
              "winsorized mean");
   }
-}
-
-// Of weights further apart higher moments are rounding.
-bool isLevel(const Elements& w) {
-  double least = INFINITY;
-  double most = 0;
-  for (const double x : w.doubles()) {
-    least = x > 0 ? std::min(least, x) : least;
-    most = std::max(most, x);
-  }
-  return !(most > 1e25 * least);
 }
 
 void callMoment(Choices& choices, const Elements& x, const Elements& w) {
@@ -147,8 +148,8 @@ void callQuantile(Choices& choices, const Elements& x, const Elements& w, const 
 
 void callDescribe(Choices& choices, const Elements& x, const Elements& w, const Range& r) {
   const vx::Description d = vx::describe(x, {.weights = w, .missing = choices.missing()});
-  expect(r.within(d.mean, 1e-12) && r.within(d.q1) && r.within(d.median) && r.within(d.q3) &&
-             r.within(d.min) && r.within(d.max),
+  expect((!isLevel(w) || r.within(d.mean, 1e-12)) && r.within(d.q1) && r.within(d.median) &&
+             r.within(d.q3) && r.within(d.min) && r.within(d.max),
          "describe between min and max");
   expect(atMost(d.min, d.q1, 1e-15) && atMost(d.q1, d.median, 1e-15) &&
              atMost(d.median, d.q3, 1e-15) && atMost(d.q3, d.max, 1e-15) && !(d.std < 0),

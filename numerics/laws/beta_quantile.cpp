@@ -25,6 +25,14 @@ constexpr double hugeFreedom = 1e17;
 bool asIfInfinite(double nu, double other) { return nu >= hugeFreedom * std::max(1.0, other); }
 Tail other(Tail which) { return which == Tail::lower ? Tail::upper : Tail::lower; }
 
+// a / b x, whose quotient may be no number of all digits.
+double timesQuotient(double a, double b, double x) {
+  const double quotient = a / b;
+  return std::isnormal(quotient) || std::isinf(a) || std::isinf(b) ? quotient * x
+         : x > 1.0                                                 ? a * x / b
+                                                                   : a * (x / b);
+}
+
 double logOfQuotient(double x, double y) {
   const double quotient = x / y;
   return std::isnormal(quotient) ? std::log(quotient) : std::log(x) - std::log(y);
@@ -114,6 +122,9 @@ UnitPair BetaLaw::quantile(double p, Tail which) const {
            : std::isinf(b_) ? UnitPair{0.5, 0.5}
                             : UnitPair{1.0, 0.0};
   }
+  if (std::min(a_, b_) > 1e38) {  // all quantiles are the mean
+    return {1.0 / (1.0 + b_ / a_), 1.0 / (1.0 + a_ / b_)};
+  }
   const double x = start(p, which);
   const bool right = x > 0.5;
   const BetaLaw turned = mirrored();
@@ -134,8 +145,14 @@ double BetaLaw::quantileBelow(double p, Tail which, double from) const {
     which = other(which);
   }
   const double sign = which == Tail::lower ? 1.0 : -1.0;
+  const bool subnormal = p < std::numeric_limits<double>::min();  // tails of few digits
   const auto slopeAt = [&](double x) {
     const UnitPair point{x, 1.0 - x};
+    if (subnormal) {
+      const double log = logTail(point, which);
+      const double w = std::exp(logWeight(point) - log) * (a_ / n_) * b_ / point.y;
+      return TailSlope{log - std::log(p), sign * w, a_ - (b_ - 1.0) * (x / point.y)};
+    }
     const double t = tail(point, which);
     const double w = weight(point) * (a_ / n_) * b_ / point.y;
     return TailSlope{logQuotient(t, p), sign * w / t, a_ - (b_ - 1.0) * (x / point.y)};
@@ -147,12 +164,13 @@ double BetaLaw::quantileBelow(double p, Tail which, double from) const {
 FLaw::FLaw(double nu1, double nu2) : nu1_(nu1), nu2_(nu2), beta_(0.5 * nu1, 0.5 * nu2) {}
 
 UnitPair FLaw::point(double x, double df1, double df2) {
-  const double ratio = df1 / df2 * x;
+  const double ratio = timesQuotient(df1, df2, x);
   if (ratio <= 1.0) {
     const double y = 1.0 / (1.0 + ratio);
     return {ratio * y, y};
   }
-  const double inverse = df2 / df1 / x;
+  const double inverse =
+      std::isnormal(df2 / df1) ? df2 / df1 / x : timesQuotient(df2, df1, 1.0 / x);
   const double y = 1.0 / (1.0 + inverse);
   return {y, inverse * y};
 }
@@ -198,7 +216,7 @@ struct FLaw::Edge {
   static constexpr double least = 1e-270;
 
   static bool serves(double x, double nu1, double nu2) {
-    const double ratio = nu1 / nu2 * x;
+    const double ratio = timesQuotient(nu1, nu2, x);
     return !(ratio > least && ratio < 1.0 / least);
   }
   Edge(const FLaw& f, bool upperEnd)
@@ -206,16 +224,20 @@ struct FLaw::Edge {
         power(0.5 * (upper ? f.nu2_ : f.nu1_)),
         outside(f.beta_.tail(end(), upper ? Tail::upper : Tail::lower)),
         logOutside(f.beta_.logTail(end(), upper ? Tail::upper : Tail::lower)),
-        ratio(upper ? f.nu1_ / f.nu2_ : f.nu2_ / f.nu1_) {}
+        above(upper ? f.nu1_ : f.nu2_),
+        below(upper ? f.nu2_ : f.nu1_),
+        ratio(above / below) {}
 
   UnitPair end() const { return upper ? UnitPair{1.0, least} : UnitPair{least, 1.0}; }
   // In units of the place where the tail is outside, at most 1 or little above.
-  double place(double x) const { return (upper ? 1.0 / (x * least) : x / least) / ratio; }
+  double place(double x) const {
+    return std::isnormal(ratio) ? (upper ? 1.0 / (x * least) : x / least) / ratio : 0.0;
+  }
   double logPlace(double x) const {
     const double u = place(x);
-    return u > 1e-280 && std::isfinite(u)
-               ? std::log(u)
-               : (upper ? -std::log(x) : std::log(x)) - std::log(ratio) - std::log(least);
+    return u > 1e-280 && std::isfinite(u) ? std::log(u)
+                                          : (upper ? -std::log(x) : std::log(x)) -
+                                                logOfQuotient(above, below) - std::log(least);
   }
   double logTail(double x) const { return logOutside + power * logPlace(x); }
   double tail(double x) const {
@@ -226,7 +248,9 @@ struct FLaw::Edge {
   double point(double over, double logOver) const {
     const bool precise = over > 1e-280 && over < 0.5;
     const double u = precise ? std::pow(over, 1.0 / power) : std::exp(logOver / power);
-    const double x = ratio > 1.0 ? u * (ratio * least) : u * ratio * least;
+    const double x = !std::isnormal(ratio) ? timesQuotient(above, below, u * least)
+                     : ratio > 1.0         ? u * (ratio * least)
+                                           : u * ratio * least;
     return upper ? 1.0 / x : x;
   }
 
@@ -234,7 +258,9 @@ struct FLaw::Edge {
   double power;
   double outside;
   double logOutside;
-  double ratio;
+  double above;
+  double below;
+  double ratio;  // above / below
 };
 
 double FLaw::tail(double x, Tail which) const {
@@ -253,7 +279,7 @@ double FLaw::tail(double x, Tail which) const {
     return limit.law.tail(limit.reduced(x), limit.side(which));
   }
   if (Edge::serves(x, nu1_, nu2_)) {
-    const Edge edge(*this, nu1_ / nu2_ * x > 1.0);
+    const Edge edge(*this, timesQuotient(nu1_, nu2_, x) > 1.0);
     const double tail = edge.tail(x);
     return edge.upper != lower ? tail : tail < 0.5 ? 1.0 - tail : -std::expm1(edge.logTail(x));
   }
@@ -274,7 +300,7 @@ double FLaw::logTail(double x, Tail which) const {
     return limit.law.logTail(limit.reduced(x), limit.side(which));
   }
   if (Edge::serves(x, nu1_, nu2_)) {
-    const Edge edge(*this, nu1_ / nu2_ * x > 1.0);
+    const Edge edge(*this, timesQuotient(nu1_, nu2_, x) > 1.0);
     if (edge.upper == (which == Tail::upper)) {
       return edge.logTail(x);
     }
@@ -306,15 +332,22 @@ double FLaw::density(double x) const {
     return slope > 1e-290 && at > 1e-290 && std::isfinite(value) ? value : std::exp(logDensity(x));
   }
   if (Edge::serves(x, nu1_, nu2_)) {
-    const Edge edge(*this, nu1_ / nu2_ * x > 1.0);
+    const Edge edge(*this, timesQuotient(nu1_, nu2_, x) > 1.0);
     const double tail = edge.tail(x);
-    const double value = tail * edge.power / x;
-    return tail > 1e-290 && tail * edge.power > 1e-290 ? value : std::exp(logDensity(x));
+    if (tail > 1e-290 && tail * edge.power > 1e-290) {
+      return tail * edge.power / x;
+    }
+    const double slope = edge.power / x;
+    return tail > 1e-290 && std::isnormal(slope) && std::isnormal(tail * slope)
+               ? tail * slope
+               : std::exp(logDensity(x));
   }
   // x times the density is that of the beta law times x y.
   const double w = beta_.weight(point(x, nu1_, nu2_));
   const double value = w * (nu1_ / (nu1_ + nu2_)) * (0.5 * nu2_) / x;
-  return w > 1e-280 && std::isfinite(value) ? value : std::exp(logDensity(x));
+  return w > 1e-280 && std::isfinite(value) && std::isnormal(nu1_ / (nu1_ + nu2_))
+             ? value
+             : std::exp(logDensity(x));
 }
 
 double FLaw::logDensity(double x) const {
@@ -326,13 +359,17 @@ double FLaw::logDensity(double x) const {
     return limit.law.logDensity(limit.reduced(x)) + limit.logSlope(x);
   }
   if (Edge::serves(x, nu1_, nu2_)) {
-    const Edge edge(*this, nu1_ / nu2_ * x > 1.0);
-    return edge.logTail(x) + (std::log(edge.power) - std::log(x));
+    const Edge edge(*this, timesQuotient(nu1_, nu2_, x) > 1.0);
+    const double slope =
+        edge.power < 1e-200 ? logOfQuotient(edge.power, x) : std::log(edge.power) - std::log(x);
+    return edge.logTail(x) + slope;
   }
   if (nu1_ == 2.0) {
     return -(0.5 * nu2_ + 1.0) * std::log1p(2.0 / nu2_ * x);
   }
-  return beta_.logWeight(point(x, nu1_, nu2_)) - std::log1p(nu2_ / nu1_) +
+  const double ratio = nu2_ / nu1_;
+  return beta_.logWeight(point(x, nu1_, nu2_)) -
+         (std::isfinite(ratio) ? std::log1p(ratio) : logOfQuotient(nu2_, nu1_)) +
          logOfQuotient(0.5 * nu2_, x);
 }
 
@@ -376,6 +413,9 @@ double FLaw::quantile(double p, Tail which) const {
   }
   const UnitPair at = beta_.quantile(p, which);
   const double ratio = nu2_ / nu1_;
+  if (!std::isnormal(ratio)) {
+    return timesQuotient(nu2_, nu1_, at.x / at.y);
+  }
   return ratio > 1.0 && at.x < at.y ? ratio * at.x / at.y : ratio * (at.x / at.y);
 }
 

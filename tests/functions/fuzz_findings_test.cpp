@@ -57,6 +57,32 @@ TEST(FuzzFindings, FewDegreesOfFreedom) {
   EXPECT_NEAR(vx::NonCentralStudentT(1e-300, -0.3).sf(1e-30), 0.38208857781104737, 1e-14);
 }
 
+// Quotients of degrees of freedom that are no doubles, and laws that are all in one place, whose
+// quantiles were searched for in rounding; references with 100 digits.
+TEST(FuzzFindings, RatiosAndBetasAtTheEnds) {
+  const vx::FRatio few(7.2e16, 5.77e-296);
+  EXPECT_NEAR(few.cdf(few.quantile(1e-300)) / 1e-300, 1, 1e-13);
+  EXPECT_NEAR(few.sf(1.0), 1, 0);
+  EXPECT_GT(few.cdf(1.0), 0);
+  EXPECT_LT(few.cdf(1.0), 1e-290);
+  EXPECT_NEAR(vx::FRatio(1e-300, 1e10).logpdf(1e-300), -0.69314718055994531, 1e-13);
+  EXPECT_NEAR(vx::FRatio(1e-300, 1e10).pdf(1e-3) / 5e-298, 1, 1e-14);
+  const vx::Beta narrow(7.7224227621066346e+182, 1.5467316217892077e+243);
+  for (const double p : {1e-300, 1e-5, 0.5, 0.999}) {
+    EXPECT_DOUBLE_EQ(narrow.quantile(p), 7.7224227621066346e+182 / 1.5467316217892077e+243);
+    EXPECT_DOUBLE_EQ(narrow.isf(p), narrow.quantile(p));
+  }
+  // A subnormal tail has few digits; the quantile came out on the other side of the mean.
+  const vx::FRatio wide(9.2233720368547758e18, 12400000000.0);
+  EXPECT_LT(wide.isf(1e-317), wide.isf(1e-318));
+  EXPECT_GT(wide.isf(1e-317), wide.isf(1e-316));
+  EXPECT_NEAR(wide.logsf(wide.isf(1e-317)), std::log(1e-317), 1e-6);
+}
+
+TEST(FuzzFindings, DensityBesideATinyScale) {
+  EXPECT_GE(vx::ExponentialPower(0, 1e-5, 9.3132257461547852e-10).pdf(3.5436029306996558e-315), 0);
+}
+
 // Changed, with the checksum set right: no data have such sums.
 TEST(FuzzFindings, MomentsOfNoData) {
   vx::Moments state(2);
