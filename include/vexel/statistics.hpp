@@ -2,6 +2,7 @@
 // states for data that come in pieces, random numbers, resampling and roots.
 #pragma once
 
+#include <vexel/columns.hpp>
 #include <vexel/descriptive.hpp>
 #include <vexel/hypothesis.hpp>
 #include <vexel/kernel_density.hpp>

@@ -1,5 +1,6 @@
 #include "kernels/vector/columns.hpp"
 
+#include <algorithm>
 #include <cmath>
 
 #undef HWY_TARGET_INCLUDE
@@ -11,60 +12,245 @@ HWY_BEFORE_NAMESPACE();
 namespace vexel::kernels::HWY_NAMESPACE {
 namespace {
 
-constexpr int kColumnRows = 16;  // lanes of a column
-constexpr int kColumnCount = 8;
+constexpr std::size_t kStep = static_cast<std::size_t>(kLanes);
+constexpr std::size_t kSumLanes = 16;
 
-// (sum + low) / n, rounded; false where a change of it by error could round to another double.
-bool quotient(double sum, double low, double size, double n, double& mean) {
-  const double first = sum / n;
-  const double product = first * n;
-  const double rest = (sum - product) - exactProductError(first, n, product) + low;
-  const double second = rest / n;
-  mean = first + second;
-  const double left = (first - mean) + second;
-  const double error = 0x1p-96 * (size / n);
-  const bool inRange = std::fabs(mean) > 0x1p-900 && size < 0x1p1000;
-  const bool zero = size == 0.0;
-  return zero || (inRange && mean + (left + error) == mean && mean + (left - error) == mean);
+// The first n <= kLanes numbers, and zeros.
+HWY_INLINE Register readSome(const double* p, std::size_t n) {
+#ifdef VEXEL_HAVE_HIGHWAY
+  return hn::MaskedLoad(hn::FirstN(Tag(), n), Tag(), p);
+#else
+  return n > 0 ? *p : 0.0;
+#endif
 }
 
-unsigned meansOfColumns(const double* x, std::ptrdiff_t stride, std::size_t n, double* mean) {
-  // Row i mod 16 of these is what lane i mod 16 of each column holds.
-  double sum[kColumnRows * kColumnCount] = {};
-  double error[kColumnRows * kColumnCount] = {};
+HWY_INLINE void takeInto(double* sum, double* error, Register x) {
+  Register lost;
+  const Register next = twoSum(read(sum), x, lost);
+  write(next, sum);
+  write(add(read(error), lost), error);
+}
+
+// One row of as many lanes, more or less: n numbers.
+HWY_INLINE void addRow(const double* x, std::size_t n, double* sum, double* error) {
+  std::size_t k = 0;
+  for (; k + kStep <= n; k += kStep) {
+    takeInto(sum + k, error + k, read(x + k));
+  }
+  if (k < n) {
+    takeInto(sum + k, error + k, readSome(x + k, n - k));
+  }
+}
+
+// Asks for a row of some lines that will be read soon.
+HWY_INLINE void expectRow(const double* x, std::size_t width) {
+  for (std::size_t k = 0; k < width; k += 8) {
+    __builtin_prefetch(x + k);
+  }
+}
+
+void addColumns(const double* x, std::ptrdiff_t stride, std::size_t n, std::size_t width,
+                std::size_t pitch, double* sums) {
+  double* const errors = sums + kSumLanes * pitch;
+  if (pitch == width && stride == static_cast<std::ptrdiff_t>(width)) {
+    // Sixteen rows are one.
+    const std::size_t all = n * width;
+    const std::size_t together = kSumLanes * width;
+    for (std::size_t i = 0; i < all; i += together) {
+      addRow(x + i, std::min(together, all - i), sums, errors);
+    }
+    return;
+  }
+  constexpr std::ptrdiff_t ahead = 4;
   for (std::size_t i = 0; i < n; ++i, x += stride) {
-    const std::size_t row = i % kColumnRows * kColumnCount;
-    __builtin_prefetch(x + 16 * stride);
-    for (int k = 0; k < kParts; ++k) {
-      const std::size_t at = row + static_cast<std::size_t>(k) * kLanes;
+    const std::size_t row = i % kSumLanes * pitch;
+    if (i + ahead < n) {
+      expectRow(x + ahead * stride, width);
+    }
+    addRow(x, width, sums + row, errors + row);
+  }
+}
+
+// What is known of some results: first + left, exactly but for what `error` bounds.
+struct Rounded {
+  double value[columnsTogether];
+  double left[columnsTogether];
+  double error[columnsTogether];
+};
+
+// first + second, and what the rounding of that leaves.
+HWY_INLINE void writeRounded(Register first, Register second, Register error, std::size_t at,
+                             Rounded& to) {
+  const Register value = add(first, second);
+  write(value, to.value + at);
+  write(add(sub(first, value), second), to.left + at);
+  write(error, to.error + at);
+}
+
+void decide(const Rounded& results, std::size_t n, double* out, std::uint8_t* sure) {
+  for (std::size_t j = 0; j < n; ++j) {
+    const double value = results.value[j];
+    const double left = results.left[j];
+    const double error = results.error[j];
+    out[j] = value;
+    sure[j] = static_cast<std::uint8_t>(value + (left + error) == value &&
+                                        value + (left - error) == value);
+  }
+}
+
+// (x + low) / y in two.
+HWY_INLINE Register quotient(Register x, Register low, Register y, Register& second) {
+  const Register first = div(x, y);
+  const Register product = mul(first, y);
+  second = div(add(sub(sub(x, product), productError(first, y, product)), low), y);
+  return first;
+}
+
+void meansOfLanes(const double* sums, std::size_t width, std::ptrdiff_t pitch, std::size_t n,
+                  double* mean, std::uint8_t* sure) {
+  Rounded results;
+  double sizes[columnsTogether];
+  const double* const errors = sums + static_cast<std::ptrdiff_t>(kSumLanes) * pitch;
+  const auto rows = static_cast<std::ptrdiff_t>(std::min(n, kSumLanes));
+  const Register count = broadcast(static_cast<double>(n));
+  for (std::size_t k = 0; k < width; k += kStep) {
+    const std::size_t some = std::min(kStep, width - k);
+    Register sum = broadcast(0.0);
+    Register error = sum;
+    Register size = sum;
+    const auto take = [&](const double* from) HWY_ATTR {
+      const Register x = readSome(from + k, some);
       Register lost;
-      const Register next = twoSum(read(sum + at), read(x + k * kLanes), lost);
-      write(next, sum + at);
-      write(add(read(error + at), lost), error + at);
+      sum = twoSum(sum, x, lost);
+      error = add(error, lost);
+      size = add(size, absolute(x));
+    };
+    for (std::ptrdiff_t row = 0; row < rows; ++row) {
+      take(sums + row * pitch);
+    }
+    for (std::ptrdiff_t row = 0; row < rows && n > kSumLanes; ++row) {
+      take(errors + row * pitch);
+    }
+    Register second;
+    const Register first = quotient(sum, error, count, second);
+    const Register doubt = mul(broadcast(0x1p-96), div(size, count));
+    writeRounded(first, second, doubt, k, results);
+    write(size, sizes + k);
+  }
+  decide(results, width, mean, sure);
+  for (std::size_t j = 0; j < width; ++j) {
+    const bool inRange = std::fabs(mean[j]) > 0x1p-900 && sizes[j] < 0x1p1000;
+    sure[j] = static_cast<std::uint8_t>(sizes[j] == 0.0 || (sure[j] != 0 && inRange));
+  }
+}
+
+struct ColumnSquares {
+  Register first;
+  Register firstError;
+  Register second;
+  Register secondError;
+
+  HWY_INLINE ColumnSquares(const double* from, std::size_t pitch)
+      : first(read(from)),
+        firstError(read(from + pitch)),
+        second(read(from + 2 * pitch)),
+        secondError(read(from + 3 * pitch)) {}
+  HWY_INLINE void store(double* to, std::size_t pitch) const {
+    write(first, to);
+    write(firstError, to + pitch);
+    write(second, to + 2 * pitch);
+    write(secondError, to + 3 * pitch);
+  }
+  HWY_INLINE void take(Register x, Register center) {
+    // d + low = x - center exactly.
+    const Register d = sub(x, center);
+    const Register fromC = sub(x, d);
+    const Register low = add(sub(x, add(d, fromC)), sub(fromC, center));
+    const Register square = mul(d, d);
+    const Register cross = mul(d, low);
+    Register lost;
+    first = twoSum(first, d, lost);
+    firstError = add(firstError, add(lost, low));
+    second = twoSum(second, square, lost);
+    secondError = add(secondError, add(lost, add(productError(d, d, square), add(cross, cross))));
+  }
+};
+
+// Eight rows at a time, while their sums are in registers.
+void addSquaresOfColumns(const double* x, std::ptrdiff_t stride, std::size_t n, std::size_t width,
+                         std::size_t pitch, const double* center, double* sums) {
+  constexpr std::size_t together = 8;
+  for (std::size_t i = 0; i < n; i += together, x += together * stride) {
+    const std::size_t rows = std::min(together, n - i);
+    const bool more = i + 2 * together <= n;
+    for (std::size_t k = 0; k < width; k += kStep) {
+      const std::size_t some = std::min(kStep, width - k);
+      ColumnSquares squares(sums + k, pitch);
+      const Register c = readSome(center + k, some);
+      if (k % 8 == 0 && more) {
+        for (std::size_t row = 0; row < together; ++row) {
+          __builtin_prefetch(x + static_cast<std::ptrdiff_t>(together + row) * stride + k);
+        }
+      }
+      if (some == kStep && rows == together) {
+        for (std::size_t row = 0; row < together; ++row) {
+          squares.take(read(x + static_cast<std::ptrdiff_t>(row) * stride + k), c);
+        }
+      } else {
+        for (std::size_t row = 0; row < rows; ++row) {
+          squares.take(readSome(x + static_cast<std::ptrdiff_t>(row) * stride + k, some), c);
+        }
+      }
+      squares.store(sums + k, pitch);
     }
   }
-  EightSums totals;  // one lane for each column
-  for (int row = 0; row < kColumnRows; ++row) {
-    for (int k = 0; k < kParts; ++k) {
-      totals.take(k, read(sum + row * kColumnCount + k * kLanes));
-      totals.take(k, read(error + row * kColumnCount + k * kLanes));
+}
+
+void variancesOfSums(const double* sums, std::size_t width, std::size_t pitch, double n,
+                     double divisor, bool root, double* out, std::uint8_t* sure) {
+  Rounded results;
+  double sizes[columnsTogether];
+  const Register count = broadcast(n);
+  const Register by = broadcast(divisor);
+  for (std::size_t k = 0; k < width; k += kStep) {
+    const ColumnSquares s(sums + k, pitch);
+    Register firstLow;
+    Register secondLow;
+    const Register first = twoSum(s.first, s.firstError, firstLow);
+    const Register second = twoSum(s.second, s.secondError, secondLow);
+    // The square of the first sum, divided by n.
+    const Register square = mul(first, first);
+    const Register cross = mul(first, firstLow);
+    const Register squareLow = add(productError(first, first, square), add(cross, cross));
+    Register shiftLow;
+    const Register shift = quotient(square, squareLow, count, shiftLow);
+    Register lost;
+    const Register rest = twoSum(second, sub(broadcast(0.0), shift), lost);
+    Register left;
+    Register value = quotient(rest, add(lost, sub(secondLow, shiftLow)), by, left);
+    Register doubt = mul(broadcast(0x1p-76), div(second, by));
+    write(doubt, sizes + k);
+    if (root) {
+      const Register whole = add(value, left);
+      left = add(sub(value, whole), left);
+      value = squareRoot(whole);
+      const Register product = mul(value, value);
+      const Register twice = add(value, value);
+      left = div(add(sub(sub(whole, product), productError(value, value, product)), left), twice);
+      doubt = add(div(doubt, value), mul(broadcast(0x1p-96), value));
     }
+    writeRounded(value, left, doubt, k, results);
   }
-  double total[2 * kColumnCount];
-  totals.store(total);
-  double size[kColumnCount] = {};
-  for (int row = 0; row < kColumnRows; ++row) {
-    for (int j = 0; j < kColumnCount; ++j) {
-      size[j] += std::fabs(sum[row * kColumnCount + j]) + std::fabs(error[row * kColumnCount + j]);
-    }
+  decide(results, width, out, sure);
+  for (std::size_t j = 0; j < width; ++j) {
+    sure[j] &= static_cast<std::uint8_t>(out[j] > 0.0 && sizes[j] > 0x1p-800 && sizes[j] < 0x1p800);
   }
-  unsigned sure = 0;
-  for (int j = 0; j < kColumnCount; ++j) {
-    if (quotient(total[j], total[kColumnCount + j], size[j], static_cast<double>(n), mean[j])) {
-      sure |= 1U << j;
-    }
+}
+
+void toDoubles(const float* x, std::size_t n, double* to) {
+  for (std::size_t i = 0; i < n; ++i) {
+    to[i] = static_cast<double>(x[i]);
   }
-  return sure;
 }
 
 }  // namespace
@@ -75,10 +261,30 @@ HWY_AFTER_NAMESPACE();
 
 namespace vexel::kernels {
 
-HWY_EXPORT(meansOfColumns);
+HWY_EXPORT(addColumns);
+HWY_EXPORT(meansOfLanes);
+HWY_EXPORT(addSquaresOfColumns);
+HWY_EXPORT(variancesOfSums);
+HWY_EXPORT(toDoubles);
 
-unsigned meansOfColumns(const double* x, std::ptrdiff_t stride, std::size_t n, double* mean) {
-  return HWY_DYNAMIC_DISPATCH(meansOfColumns)(x, stride, n, mean);
+void addColumns(const double* x, std::ptrdiff_t stride, std::size_t n, std::size_t width,
+                std::size_t pitch, double* sums) {
+  HWY_DYNAMIC_DISPATCH(addColumns)(x, stride, n, width, pitch, sums);
+}
+void meansOfLanes(const double* sums, std::size_t width, std::ptrdiff_t pitch, std::size_t n,
+                  double* mean, std::uint8_t* sure) {
+  HWY_DYNAMIC_DISPATCH(meansOfLanes)(sums, width, pitch, n, mean, sure);
+}
+void addSquaresOfColumns(const double* x, std::ptrdiff_t stride, std::size_t n, std::size_t width,
+                         std::size_t pitch, const double* center, double* sums) {
+  HWY_DYNAMIC_DISPATCH(addSquaresOfColumns)(x, stride, n, width, pitch, center, sums);
+}
+void variancesOfSums(const double* sums, std::size_t width, std::size_t pitch, double n,
+                     double divisor, bool root, double* out, std::uint8_t* sure) {
+  HWY_DYNAMIC_DISPATCH(variancesOfSums)(sums, width, pitch, n, divisor, root, out, sure);
+}
+void toDoubles(const float* x, std::size_t n, double* to) {
+  HWY_DYNAMIC_DISPATCH(toDoubles)(x, n, to);
 }
 
 }  // namespace vexel::kernels

@@ -1,18 +1,48 @@
-// Means of columns that lie side by side, as those of a matrix whose rows follow each other.
+// Sums, means and variances of columns that lie side by side, as those of a matrix whose rows
+// follow each other: vectors hold neighbouring columns, so that every line of memory is used when
+// it comes.
+//
+// The columns worked on together are `width` <= columnsTogether; numbers kept for each stand in
+// rows of `pitch` doubles, a multiple of 8 not below width - or just width, where the rows of the
+// matrix follow each other without a gap (stride == width).
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 
 namespace vexel::kernels {
 
-inline constexpr std::size_t columnsTogether = 8;
+inline constexpr std::size_t columnsTogether = 128;
 
-// The means of eight columns, from x, x + 1, ..., x + 7 on, of 1 to sumBlock elements `stride`
-// apart.  Sums run in the lanes of sumInLanes (sums.hpp), element i in lane i mod 16.
-//
-// Bit j of the result is set where mean[j] is the quotient rounded, whatever comes of rounding
-// errors; otherwise (something is not finite, or too near the middle of two doubles to tell) it
-// says nothing.
-unsigned meansOfColumns(const double* x, std::ptrdiff_t stride, std::size_t n, double* mean);
+// The lanes of sums.hpp for columns: row r < 16 of `sums` holds what lane r of each column has,
+// row 16 + r its rounding errors.
+inline constexpr std::size_t columnLanes = 32;
+
+// Adds n more rows, the first of which belongs to lane 0.
+void addColumns(const double* x, std::ptrdiff_t stride, std::size_t n, std::size_t width,
+                std::size_t pitch, double* sums);
+
+// The means of n elements each from their lanes, where the rows of up to 16 elements are lanes
+// themselves.  sure[j] is set where mean[j] is the quotient
+// rounded, whatever comes of rounding errors; otherwise (something is not finite, or too near the
+// middle of two doubles to tell) mean[j] says nothing.
+void meansOfLanes(const double* sums, std::size_t width, std::ptrdiff_t pitch, std::size_t n,
+                  double* mean, std::uint8_t* sure);
+
+// Sums of differences from a center of each column, and of their squares, in four rows: the first
+// sums and their rounding errors, the second ones and theirs.
+inline constexpr std::size_t squareLanes = 4;
+
+// Adds n more rows; after 4096 the sums must be moved elsewhere.
+void addSquaresOfColumns(const double* x, std::ptrdiff_t stride, std::size_t n, std::size_t width,
+                         std::size_t pitch, const double* center, double* sums);
+
+// Their second sum less the first one squared over n, divided by the divisor: variances, or their
+// square roots.  sure[j] as above.
+void variancesOfSums(const double* sums, std::size_t width, std::size_t pitch, double n,
+                     double divisor, bool root, double* out, std::uint8_t* sure);
+
+// As doubles.
+void toDoubles(const float* x, std::size_t n, double* to);
 
 }  // namespace vexel::kernels

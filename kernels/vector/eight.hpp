@@ -39,6 +39,9 @@ struct Eight {
 HWY_INLINE Register add(Register a, Register b) { return hn::Add(a, b); }
 HWY_INLINE Register sub(Register a, Register b) { return hn::Sub(a, b); }
 HWY_INLINE Register mul(Register a, Register b) { return hn::Mul(a, b); }
+HWY_INLINE Register div(Register a, Register b) { return hn::Div(a, b); }
+HWY_INLINE Register squareRoot(Register a) { return hn::Sqrt(a); }
+HWY_INLINE Register absolute(Register a) { return hn::Abs(a); }
 HWY_INLINE Register bitOr(Register a, Register b) { return hn::Or(a, b); }
 HWY_INLINE Register broadcast(double a) { return hn::Set(Tag(), a); }
 HWY_INLINE Register read(const double* p) { return hn::LoadU(Tag(), p); }
@@ -67,6 +70,9 @@ HWY_INLINE Register productError(Register a, Register b, Register p) {
 inline double add(double a, double b) { return a + b; }
 inline double sub(double a, double b) { return a - b; }
 inline double mul(double a, double b) { return a * b; }
+inline double div(double a, double b) { return a / b; }
+inline double squareRoot(double a) { return __builtin_sqrt(a); }
+inline double absolute(double a) { return __builtin_fabs(a); }
 inline double bitOr(double a, double b) {
   return std::bit_cast<double>(std::bit_cast<std::uint64_t>(a) | std::bit_cast<std::uint64_t>(b));
 }

@@ -193,20 +193,19 @@ void reduceLanes(const Lanes& lanes, WeightLanes& weights, const Reduction& redu
   }
 }
 
-void reduceColumns(const Lanes& lanes, const ReductionOfMany& reduction, std::span<double> results,
-                   Work& work) {
-  constexpr std::size_t together = 512;
-  const std::size_t parts = (lanes.count() + together - 1) / together;
-  std::vector<Data> some;
-  for (std::size_t part = 0; part < parts; ++part) {
-    work.part(part, parts);
-    const std::size_t begin = part * together;
-    const std::size_t end = std::min(begin + together, lanes.count());
-    some.clear();
-    for (std::size_t i = begin; i < end; ++i) {
-      some.push_back(lanes[i]);
-    }
-    reduction(some, results.subspan(begin, end - begin));
+// Whether lanes are taken many at a time: those that lie side by side, and short ones.
+bool manyAtATime(const Lanes& lanes, const ReductionOfMany& ofMany) {
+  const auto width = static_cast<std::ptrdiff_t>(elementSize(lanes.input().element()));
+  return ofMany.reduce && lanes.together() > 1 &&
+         (lanes.neighbour() == width || lanes.length() <= ofMany.longest);
+}
+
+void reduceMany(const Lanes& lanes, const ReductionOfMany& ofMany, std::span<double> results,
+                Work& work) {
+  const std::size_t together = lanes.together();
+  for (std::size_t i = 0; i < lanes.count(); i += together) {
+    work.part(i / together, lanes.count() / together);
+    ofMany.reduce(lanes.columns(i), results.subspan(i, together));
   }
 }
 
@@ -223,20 +222,25 @@ py::object reduce(Input& x, Input& weights, const ReduceArguments& a,
   const int axis = readAxis(a.axis, x.dimensions());
   const Lanes lanes(x, axis);
   WeightLanes weightLanes(weights, x, axis);
-  std::vector<double> results(product(leading) * lanes.count());
-  {
-    Work work(x.size(), a.progress);
-    if (a.ofColumns && !weights.given() && lanes.shortColumns()) {
-      reduceColumns(lanes, a.ofColumns, results, work);
-    } else {
-      reduceLanes(lanes, weightLanes, reduction, results, work);
-    }
-  }
   auto shape = joined(leading, lanes.rest());
   if (a.keepdims) {
     shape.insert(shape.begin() + static_cast<std::ptrdiff_t>(leading.size()) + axis, 1);
   }
-  return finish(results, shape, a.out);
+  const bool direct = a.out.is_none() && !shape.empty();
+  std::vector<double> kept(direct ? 0 : product(leading) * lanes.count());
+  Doubles made =
+      makeDoubles(direct ? std::span<const py::ssize_t>(shape) : std::span<const py::ssize_t>());
+  const std::span<double> results =
+      direct ? std::span(made.mutable_data(), product(shape)) : std::span(kept);
+  {
+    Work work(x.size(), a.progress);
+    if (!weights.given() && manyAtATime(lanes, a.ofMany)) {
+      reduceMany(lanes, a.ofMany, results, work);
+    } else {
+      reduceLanes(lanes, weightLanes, reduction, results, work);
+    }
+  }
+  return direct ? made : finish(kept, shape, a.out);
 }
 
 namespace {

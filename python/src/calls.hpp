@@ -8,6 +8,7 @@
 #include <chrono>
 #include <functional>
 #include <optional>
+#include <vexel/columns.hpp>
 #include <vexel/interruption.hpp>
 
 #include "arrays.hpp"
@@ -60,14 +61,17 @@ void checkProgress(py::handle progress);
 using Reduction = std::function<void(const Data& x, const Data& w, double* result)>;
 
 // The same of many lanes at once, one number for each.
-using ReductionOfMany = std::function<void(std::span<const Data> lanes, std::span<double> results)>;
+struct ReductionOfMany {
+  std::function<void(const Columns& lanes, std::span<double> results)> reduce = nullptr;
+  std::size_t longest = 0;  // lanes that do not lie side by side; what serves longer ones better
+};
 
 struct ReduceArguments {
   py::handle axis;  // None: all elements; an integer; a tuple of them
   bool keepdims = false;
   py::handle out;
   py::handle progress;
-  ReductionOfMany ofColumns = nullptr;  // for short lanes of doubles side by side, without weights
+  ReductionOfMany ofMany = {};  // used without weights
 };
 
 // The reduction of every lane.  Its k numbers per lane stand in a leading axis (or axes) of the

@@ -8,6 +8,7 @@
 #include <cstring>
 #include <span>
 #include <vector>
+#include <vexel/columns.hpp>
 
 #include "arrays.hpp"
 
@@ -39,9 +40,22 @@ class Lanes {
   // last of the other axes goes; 0 where there is none.
   std::ptrdiff_t step() const { return x_.byteStride(axis_); }
   std::ptrdiff_t neighbour() const { return strides_.empty() ? 0 : strides_.back(); }
-  // Whether they are the columns of a matrix of doubles that has few rows.
-  bool shortColumns() const {
-    return x_.element() == Element::float64 && neighbour() == sizeof(double) && length() <= 4096;
+  // How many lanes, counted from the first and from every multiple of that number, lie at one
+  // distance from each other.
+  std::size_t together() const {
+    std::size_t n = rest_.empty() ? 1 : static_cast<std::size_t>(rest_.back());
+    for (std::size_t i = rest_.size(); i-- > 1;) {
+      if (strides_[i - 1] != neighbour() * static_cast<std::ptrdiff_t>(n)) {
+        break;
+      }
+      n *= static_cast<std::size_t>(rest_[i - 1]);
+    }
+    return n;
+  }
+  // Those from this one on.
+  Columns columns(std::size_t lane) const {
+    const auto width = static_cast<std::ptrdiff_t>(elementSize(x_.element()));
+    return {(*this)[lane], together(), neighbour() / width};
   }
   // How many lanes from this one on lie so.
   std::size_t run(std::size_t lane) const {

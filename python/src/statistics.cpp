@@ -20,8 +20,7 @@ struct Common {
 
 // One number from each lane: f(x, weights, missing).
 template <typename F>
-py::object reduction(py::handle object, const Common& c, F f,
-                     const ReductionOfMany& ofColumns = nullptr) {
+py::object reduction(py::handle object, const Common& c, F f, const ReductionOfMany& ofMany = {}) {
   Input x(object, "x");
   Input w(c.weights, "weights", Input::optional);
   const Missing missing = missingPolicy(c.policy);
@@ -30,7 +29,7 @@ py::object reduction(py::handle object, const Common& c, F f,
     return py::float_(f(x.vector(), w.vector(), missing));
   }
   return reduce(
-      x, w, {c.axis, c.keepdims, c.out, c.progress, ofColumns}, {},
+      x, w, {c.axis, c.keepdims, c.out, c.progress, ofMany}, {},
       [&](const Data& lane, const Data& wl, double* result) { *result = f(lane, wl, missing); });
 }
 
@@ -45,9 +44,10 @@ py::object meanOf(py::handle x, py::handle kind, py::handle weights, py::handle 
     return reduction(x, common, ofOne);
   }
   const MeanOptions plain{.missing = missingPolicy(policy)};
-  return reduction(x, common, ofOne, [=](std::span<const Data> lanes, std::span<double> means) {
-    vexel::mean(lanes, means, plain);
-  });
+  return reduction(
+      x, common, ofOne,
+      {[=](const Columns& lanes, std::span<double> means) { vexel::mean(lanes, means, plain); },
+       128});
 }
 
 py::object trimmedMeanOf(py::handle x, Number<"cut"> lower, Number<"cut"> upper, bool winsorized,
@@ -92,14 +92,18 @@ py::object momentOf(py::handle object, py::handle order, py::handle center, py::
                 });
 }
 
-template <auto f>
+template <auto f, auto ofMany>
 py::object varianceOf(py::handle x, Number<"ddof"> ddof, py::handle weights, py::handle policy,
                       py::handle axis, Flag<"keepdims"> keepdims, py::handle out,
                       py::handle progress) {
-  return reduction(x, {weights, policy, axis, keepdims, out, progress},
-                   [=](const Data& d, const Data& w, Missing missing) {
-                     return f(d, {.weights = w, .ddof = ddof, .missing = missing});
-                   });
+  const VarianceOptions plain{.ddof = ddof, .missing = missingPolicy(policy)};
+  return reduction(
+      x, {weights, policy, axis, keepdims, out, progress},
+      [=](const Data& d, const Data& w, Missing missing) {
+        return f(d, {.weights = w, .ddof = ddof, .missing = missing});
+      },
+      {[=](const Columns& lanes, std::span<double> results) { ofMany(lanes, results, plain); },
+       512});
 }
 
 template <auto f>
@@ -303,8 +307,11 @@ void bindStatistics(py::module_& m) {
   m.def("mean", &meanOf);
   m.def("trimmed_mean", &trimmedMeanOf);
   m.def("moment", &momentOf);
-  m.def("var", &varianceOf<&vexel::var>);
-  m.def("std", &varianceOf<&vexel::std>);
+  constexpr auto variance = static_cast<double (*)(Data, const VarianceOptions&)>(&vexel::var);
+  constexpr auto deviation = static_cast<double (*)(Data, const VarianceOptions&)>(&vexel::std);
+  using OfMany = void (*)(const Columns&, std::span<double>, const VarianceOptions&);
+  m.def("var", &varianceOf<variance, static_cast<OfMany>(&vexel::var)>);
+  m.def("std", &varianceOf<deviation, static_cast<OfMany>(&vexel::std)>);
   m.def("skewness", &shapeOf<&vexel::skewness>);
   m.def("kurtosis", &shapeOf<&vexel::kurtosis>);
   m.def("mean_absolute_deviation", &meanDeviationOf);

@@ -37,7 +37,14 @@ bool weightedSumsInLanes(const double* x, const double* w, std::size_t n, double
                          double* weights);
 void squaresInLanes(const double* x, const double* w, std::size_t n, double center, double* first,
                     double* second);
-unsigned meansOfColumns(const double* x, std::ptrdiff_t stride, std::size_t n, double* mean);
+void addColumns(const double* x, std::ptrdiff_t stride, std::size_t n, std::size_t width,
+                std::size_t pitch, double* sums);
+void meansOfLanes(const double* sums, std::size_t width, std::ptrdiff_t pitch, std::size_t n,
+                  double* mean, std::uint8_t* sure);
+void addSquaresOfColumns(const double* x, std::ptrdiff_t stride, std::size_t n, std::size_t width,
+                         std::size_t pitch, const double* center, double* sums);
+void variancesOfSums(const double* sums, std::size_t width, std::size_t pitch, double n,
+                     double divisor, bool root, double* out, std::uint8_t* sure);
 void powersInLanes(const double* x, std::size_t n, double center, double* sums);
 void productsInLanes(const double* x, const double* y, std::size_t n, double xCenter,
                      double yCenter, double* xSums, double* ySums, double* products);
@@ -93,10 +100,28 @@ Vector probabilities(const double* x, std::size_t n) {
     space::cellsOf(x, n, -1.0, 100.0, 200, cells.data());                                     \
     more.insert(more.end(), cells.begin(), cells.end());                                      \
     all.insert(all.end(), more.begin(), more.end());                                          \
-    if (n >= 8) {                                                                             \
-      Vector means(9);                                                                        \
-      means[8] = space::meansOfColumns(x, 3, (n - 8) / 3 + 1, means.data());                  \
-      all.insert(all.end(), means.begin(), means.end());                                      \
+    for (const std::size_t width : {5, 12}) { /* with gaps between the rows, and without */   \
+      for (const std::size_t stride : {width, width + 2}) {                                   \
+        const std::size_t rows = n / stride;                                                  \
+        const std::size_t pitch = stride == width ? width : 16;                               \
+        Vector sums(33 * 16), means(16), spread(16), center(16, 0.3);                         \
+        std::uint8_t sure[16] = {};                                                           \
+        const auto gap = static_cast<std::ptrdiff_t>(stride);                                 \
+        space::addColumns(x, gap, rows, width, pitch, sums.data());                           \
+        space::meansOfLanes(sums.data(), width, static_cast<std::ptrdiff_t>(pitch), rows + 1, \
+                            means.data(), sure);                                              \
+        Vector squares(4 * 16);                                                               \
+        space::addSquaresOfColumns(x, gap, rows, width, 16, center.data(), squares.data());   \
+        std::uint8_t known[16] = {};                                                          \
+        space::variancesOfSums(squares.data(), width, 16, static_cast<double>(rows + 1),      \
+                               static_cast<double>(rows + 2), true, spread.data(), known);    \
+        for (std::size_t j = 0; j < width; ++j) {                                             \
+          all.push_back(sure[j]);                                                             \
+          all.push_back(sure[j] != 0 ? means[j] : 0.0);                                       \
+          all.push_back(known[j]);                                                            \
+          all.push_back(known[j] != 0 ? spread[j] : 0.0);                                     \
+        }                                                                                     \
+      }                                                                                       \
     }                                                                                         \
     Vector normal(2 * n + 1);                                                                 \
     normal[2 * n] = space::normalCdfs(x, n, normal.data());                                   \

@@ -1,0 +1,274 @@
+// Means and variances of several variables at once, where they are columns side by side.
+//
+// The sums run in the lanes that those of one variable run in, or are as good, and a result is
+// taken only where no error of the sums can change its rounding: it is that of the variable alone,
+// to the last bit.
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <vector>
+
+#include "functions/descriptive/column_tiles.hpp"
+#include "functions/data/totals.hpp"
+#include "kernels/double_double.hpp"
+#include "kernels/exact_sum.hpp"
+#include "vexel/columns.hpp"
+
+namespace vexel {
+
+namespace {
+
+using kernels::DoubleDouble;
+
+constexpr std::size_t kMost = kernels::columnsTogether;
+constexpr std::size_t kBlock = kernels::sumBlock;
+
+std::size_t padded(std::size_t width) { return (width + 7) / 8 * 8; }
+
+class ColumnMeans {
+ public:
+  explicit ColumnMeans(std::size_t n) : n_(n) {}
+
+  void operator()(ColumnTile& tile, double* out, std::uint8_t* sure) {
+    const std::size_t width = tile.width();
+    if (n_ <= kernels::columnLanes / 2) {  // a row is a lane
+      const auto rows = tile.rows(0, n_);
+      kernels::meansOfLanes(rows.x, width, rows.stride, n_, out, sure);
+      return;
+    }
+    pitch_ = tile.dense() ? width : padded(width);
+    if (n_ <= kBlock) {
+      addBlock(tile, 0, n_);
+      kernels::meansOfLanes(lanes_, width, static_cast<std::ptrdiff_t>(pitch_), n_, out, sure);
+      return;
+    }
+    totals_.assign(width, {});
+    std::fill(sure, sure + width, std::uint8_t{1});
+    for (std::size_t begin = 0; begin < n_; begin += kBlock) {
+      addBlock(tile, begin, std::min(begin + kBlock, n_));
+      for (std::size_t j = 0; j < width; ++j) {
+        double lanes[kernels::columnLanes];
+        for (std::size_t row = 0; row < kernels::columnLanes; ++row) {
+          lanes[row] = lanes_[row * pitch_ + j];
+        }
+        sure[j] &= static_cast<std::uint8_t>(addLanes(totals_[j], lanes));
+      }
+      kernels::poll();
+    }
+    int exponent = 0;
+    const double fraction = std::frexp(static_cast<double>(n_), &exponent);
+    for (std::size_t j = 0; j < width; ++j) {
+      out[j] = totals_[j].scaled() / kernels::Scaled{fraction, exponent};
+    }
+  }
+
+ private:
+  void addBlock(ColumnTile& tile, std::size_t begin, std::size_t end) {
+    std::fill_n(lanes_, kernels::columnLanes * pitch_, 0.0);
+    tile.forRows(begin, end, [&](ColumnTile::Rows rows, std::size_t n) {
+      kernels::addColumns(rows.x, rows.stride, n, tile.width(), pitch_, lanes_);
+    });
+  }
+
+  std::size_t n_;
+  std::size_t pitch_ = 0;
+  double lanes_[kernels::columnLanes * kMost];
+  std::vector<kernels::ExactSum> totals_;
+};
+
+// Sums of rows of columns about centers, any number of them.
+class ColumnSquares {
+ public:
+  explicit ColumnSquares(std::size_t n) : n_(n) {}
+
+  // Centers near the means, most often.
+  void center(ColumnTile& tile) {
+    const std::size_t width = tile.width();
+    const std::size_t some = std::min(n_, std::size_t{16});
+    std::fill_n(center_, width, 0.0);
+    for (std::size_t i = 0; i < some; ++i) {
+      const double* const x = tile.rows(i * (n_ / some), 1).x;
+      for (std::size_t j = 0; j < width; ++j) {
+        center_[j] += x[j];
+      }
+    }
+    for (std::size_t j = 0; j < width; ++j) {
+      center_[j] /= static_cast<double>(some);
+    }
+  }
+
+  void add(ColumnTile& tile) {
+    const std::size_t width = tile.width();
+    pitch_ = padded(width);
+    std::fill_n(sums_, kernels::squareLanes * pitch_, 0.0);
+    folded_ = tile.dense() && width * kFold <= kMost && n_ >= 8 * kFold;
+    for (std::size_t k = 0; folded_ && k < kFold; ++k) {
+      std::copy_n(center_, width, foldedCenter_ + k * width);
+    }
+    first_.assign(n_ > kBlock ? width : 0, {});
+    second_.assign(first_.size(), {});
+    for (std::size_t begin = 0; begin < n_; begin += kBlock) {
+      addBlock(tile, begin, std::min(begin + kBlock, n_));
+      if (!first_.empty()) {
+        keep(width);
+        kernels::poll();
+      }
+    }
+    for (std::size_t j = 0; j < first_.size(); ++j) {
+      put(j, first_[j], second_[j]);
+    }
+  }
+
+  const double* sums() const { return sums_; }
+  std::size_t pitch() const { return pitch_; }
+
+ private:
+  static constexpr std::size_t kFold = 8;  // rows of narrow matrices taken as one
+
+  DoubleDouble at(const double* sums, std::size_t pitch, std::size_t row, std::size_t j) const {
+    return DoubleDouble::sumOf(sums[row * pitch + j], sums[(row + 1) * pitch + j]);
+  }
+  void put(std::size_t j, DoubleDouble first, DoubleDouble second) {
+    const double values[] = {first.high, first.low, second.high, second.low};
+    for (std::size_t row = 0; row < kernels::squareLanes; ++row) {
+      sums_[row * pitch_ + j] = values[row];
+    }
+  }
+  void keep(std::size_t width) {
+    for (std::size_t j = 0; j < width; ++j) {
+      first_[j] = first_[j] + at(sums_, pitch_, 0, j);
+      second_[j] = second_[j] + at(sums_, pitch_, 2, j);
+    }
+    std::fill_n(sums_, kernels::squareLanes * pitch_, 0.0);
+  }
+
+  void addBlock(ColumnTile& tile, std::size_t begin, std::size_t end) {
+    const std::size_t width = tile.width();
+    const std::size_t wide = kFold * width;
+    if (folded_) {
+      std::fill_n(foldedSums_, kernels::squareLanes * wide, 0.0);
+    }
+    tile.forRows(begin, end, [&](ColumnTile::Rows rows, std::size_t n) {
+      const std::size_t whole = folded_ ? n / kFold * kFold : 0;
+      if (folded_) {
+        kernels::addSquaresOfColumns(rows.x, static_cast<std::ptrdiff_t>(wide), n / kFold, wide,
+                                     wide, foldedCenter_, foldedSums_);
+      }
+      kernels::addSquaresOfColumns(rows.x + static_cast<std::ptrdiff_t>(whole) * rows.stride,
+                                   rows.stride, n - whole, width, pitch_, center_, sums_);
+    });
+    for (std::size_t j = 0; folded_ && j < width; ++j) {
+      DoubleDouble first = at(sums_, pitch_, 0, j);
+      DoubleDouble second = at(sums_, pitch_, 2, j);
+      for (std::size_t k = 0; k < kFold; ++k) {
+        first = first + at(foldedSums_, wide, 0, k * width + j);
+        second = second + at(foldedSums_, wide, 2, k * width + j);
+      }
+      put(j, first, second);
+    }
+  }
+
+  std::size_t n_;
+  std::size_t pitch_ = 0;
+  bool folded_ = false;
+  double center_[kMost];
+  double sums_[kernels::squareLanes * kMost];
+  double foldedCenter_[kMost];
+  double foldedSums_[kernels::squareLanes * kMost];
+  std::vector<DoubleDouble> first_;
+  std::vector<DoubleDouble> second_;
+};
+
+// Whether all elements are one finite number.
+bool isConstant(const Data& x) {
+  const double first = x[0];
+  for (std::size_t i = 1; i < x.size(); ++i) {
+    if (x[i] != first) {
+      return false;
+    }
+  }
+  return std::isfinite(first);
+}
+
+template <typename One>
+void variances(const char* function, const Columns& columns, std::span<double> out,
+               const VarianceOptions& options, bool root, One one) {
+  const std::size_t n = columns.first().size();
+  const DoubleDouble divisor = DoubleDouble(static_cast<double>(n)) - DoubleDouble(options.ddof);
+  const bool possible =
+      n > 0 && !options.weights.given() && divisor.high > 0.0 && divisor.low == 0.0;
+  ColumnSquares squares(n);
+  onTiles(
+      function, columns, out,
+      [&](ColumnTile& tile, double* to, std::uint8_t* sure) {
+        if (possible) {
+          squares.center(tile);
+          squares.add(tile);
+          kernels::variancesOfSums(squares.sums(), tile.width(), squares.pitch(),
+                                   static_cast<double>(n), divisor.high, root, to, sure);
+        }
+      },
+      [&](const Data& x) { return possible && isConstant(x) ? 0.0 : one(x); });
+}
+
+}  // namespace
+
+void mean(const Columns& columns, std::span<double> out, const MeanOptions& options) {
+  const bool possible =
+      options.kind == Mean::arithmetic && !options.weights.given() && !columns.first().empty();
+  ColumnMeans means(columns.first().size());
+  onTiles(
+      "mean", columns, out,
+      [&](ColumnTile& tile, double* to, std::uint8_t* sure) {
+        if (possible) {
+          means(tile, to, sure);
+        }
+      },
+      [&](const Data& x) { return mean(x, options); });
+}
+
+namespace {
+
+// How many variables from the first on are doubles side by side.
+std::size_t sideBySide(std::span<const Data> variables) {
+  const Data& first = variables[0];
+  const auto* const x = static_cast<const double*>(first.data());
+  std::size_t n = 1;
+  while (n < variables.size() && variables[n].element() == Element::float64 &&
+         variables[n].size() == first.size() && variables[n].stride() == first.stride() &&
+         variables[n].data() == x + n) {
+    ++n;
+  }
+  return first.element() == Element::float64 ? n : 1;
+}
+
+}  // namespace
+
+void mean(std::span<const Data> variables, std::span<double> out, const MeanOptions& options) {
+  if (out.size() != variables.size()) {
+    throw std::length_error("mean: out must have as many elements as there are variables, " +
+                            std::to_string(variables.size()) + ", not " +
+                            std::to_string(out.size()));
+  }
+  for (std::size_t i = 0; i < variables.size();) {
+    const std::size_t n = sideBySide(variables.subspan(i));
+    if (n > 1) {
+      mean(Columns(variables[i], n), out.subspan(i, n), options);
+    } else {
+      out[i] = mean(variables[i], options);
+    }
+    i += n;
+    kernels::poll(static_cast<double>(i) / static_cast<double>(variables.size()));
+  }
+}
+
+void var(const Columns& columns, std::span<double> out, const VarianceOptions& options) {
+  variances("var", columns, out, options, false, [&](const Data& x) { return var(x, options); });
+}
+
+void std(const Columns& columns, std::span<double> out, const VarianceOptions& options) {
+  variances("std", columns, out, options, true,
+            [&](const Data& x) { return vexel::std(x, options); });
+}
+
+}  // namespace vexel
