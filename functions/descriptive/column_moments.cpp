@@ -8,8 +8,8 @@
 #include <cstdint>
 #include <vector>
 
-#include "functions/descriptive/column_tiles.hpp"
 #include "functions/data/totals.hpp"
+#include "functions/descriptive/column_tiles.hpp"
 #include "kernels/double_double.hpp"
 #include "kernels/exact_sum.hpp"
 #include "vexel/columns.hpp"

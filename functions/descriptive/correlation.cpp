@@ -11,6 +11,7 @@
 
 #include "kernels/double_double.hpp"
 #include "numerics/sorting/radix_sort.hpp"
+#include "numerics/sorting/rank_words.hpp"
 #include "numerics/sorting/sort_keys.hpp"
 
 namespace vexel {
@@ -139,6 +140,162 @@ DoubleDouble sortCounting(std::vector<Ranked>& all) {
   return changed;
 }
 
+// Merges two runs of one length from both ends at a time, neither of which then waits for the
+// other; how many pairs change places.
+std::uint64_t mergeCounting(const std::uint32_t* from, std::size_t length, std::uint32_t* to) {
+  const std::uint32_t* left = from;
+  const std::uint32_t* right = from + length;
+  const std::uint32_t* lastLeft = right - 1;
+  const std::uint32_t* lastRight = right + length - 1;
+  const std::uint32_t* const middle = right;
+  std::uint32_t* front = to;
+  std::uint32_t* back = to + 2 * length - 1;
+  std::uint64_t changed = 0;
+  for (std::size_t i = 0; i < length; ++i) {
+    const bool takeRight = *right < *left;
+    *front++ = takeRight ? *right : *left;
+    changed += takeRight ? static_cast<std::uint64_t>(middle - left) : 0;
+    right += takeRight;
+    left += !takeRight;
+    const bool takeLeft = *lastRight < *lastLeft;
+    *back-- = takeLeft ? *lastLeft : *lastRight;
+    changed += takeLeft ? static_cast<std::uint64_t>(lastRight - middle + 1) : 0;
+    lastLeft -= takeLeft;
+    lastRight -= !takeLeft;
+  }
+  // Pairs of which both ends have counted one side.
+  return changed -
+         static_cast<std::uint64_t>(right - middle) * static_cast<std::uint64_t>(middle - left);
+}
+
+// The same of runs of any lengths.
+std::uint64_t mergeCounting(const std::uint32_t* left, const std::uint32_t* middle,
+                            const std::uint32_t* end, std::uint32_t* to) {
+  std::uint64_t changed = 0;
+  const std::uint32_t* right = middle;
+  while (left < middle && right < end) {
+    if (*right < *left) {
+      changed += static_cast<std::uint64_t>(middle - left);
+      *to++ = *right++;
+    } else {
+      *to++ = *left++;
+    }
+  }
+  std::copy(right, end, std::copy(left, middle, to));
+  return changed;
+}
+
+// The number of pairs in the wrong order; all is sorted afterwards.
+std::uint64_t sortCounting(std::vector<std::uint32_t>& all) {
+  constexpr std::size_t run = 8;
+  const std::size_t n = all.size();
+  std::uint64_t changed = 0;
+  for (std::size_t begin = 0; begin < n; begin += run) {
+    for (std::size_t j = begin + 1; j < std::min(begin + run, n); ++j) {
+      const std::uint32_t moving = all[j];
+      std::size_t i = j;
+      for (; i > begin && moving < all[i - 1]; --i) {
+        all[i] = all[i - 1];
+      }
+      all[i] = moving;
+      changed += j - i;
+    }
+  }
+  std::vector<std::uint32_t> scratch(n);
+  const auto passes = static_cast<double>(std::bit_width(n));
+  for (std::size_t width = run; width < n; width *= 2) {
+    std::size_t polled = 0;
+    for (std::size_t i = 0; i < n; i += 2 * width) {
+      const std::size_t end = std::min(i + 2 * width, n);
+      if (end - polled >= kernels::pollInterval) {
+        polled = i;
+        const auto pass = static_cast<double>(std::bit_width(width) - 1);
+        kernels::poll((pass + static_cast<double>(i) / static_cast<double>(n)) / passes);
+      }
+      changed += end - i == 2 * width ? mergeCounting(&all[i], width, &scratch[i])
+                                      : mergeCounting(&all[i], all.data() + std::min(i + width, n),
+                                                      all.data() + end, &scratch[i]);
+    }
+    all.swap(scratch);
+  }
+  return changed;
+}
+
+// Weights of pairs, twice each: of tied ones, by x, by y and by both, and of those in the wrong
+// order, once.
+struct PairWeights {
+  DoubleDouble total;
+  DoubleDouble tiedX;
+  DoubleDouble tiedY;
+  DoubleDouble tiedBoth;
+  DoubleDouble discordant;
+};
+
+// A number below 2^63, exactly.
+DoubleDouble exactly(std::uint64_t x) {
+  const auto high = static_cast<double>(x);
+  return {high,
+          static_cast<double>(static_cast<std::int64_t>(x - static_cast<std::uint64_t>(high)))};
+}
+
+// Points that count once each: of fewer than 2^31.
+PairWeights countPairs(const std::vector<double>& x, const std::vector<double>& y) {
+  const std::size_t n = x.size();
+  std::uint64_t tiedX = 0;
+  std::uint64_t tiedY = 0;
+  std::uint64_t tiedBoth = 0;
+  const auto square = [](std::size_t k) { return static_cast<std::uint64_t>(k) * k; };
+  std::vector<std::uint32_t> rank(n);
+  nag2::visitSorted(y.data(), n, false, [&](std::size_t first, nag2::TiedPositions tied) {
+    tiedY += square(tied.size());
+    for (std::size_t i = 0; i < tied.size(); ++i) {
+      rank[tied[i]] = static_cast<std::uint32_t>(first);
+    }
+  });
+  std::vector<std::uint32_t> inOrder(n);
+  nag2::visitSorted(x.data(), n, false, [&](std::size_t first, nag2::TiedPositions tied) {
+    tiedX += square(tied.size());
+    std::uint32_t* const group = inOrder.data() + first;
+    for (std::size_t i = 0; i < tied.size(); ++i) {
+      group[i] = rank[tied[i]];
+    }
+    std::sort(group, group + tied.size());
+    for (std::size_t i = 0; i < tied.size();) {
+      std::size_t end = i + 1;
+      while (end < tied.size() && group[end] == group[i]) {
+        ++end;
+      }
+      tiedBoth += square(end - i);
+      i = end;
+    }
+  });
+  const std::uint64_t discordant = sortCounting(inOrder);
+  return {static_cast<double>(n), exactly(tiedX), exactly(tiedY), exactly(tiedBoth),
+          exactly(discordant)};
+}
+
+PairWeights weighPairs(const Pairs& pairs) {
+  PairWeights found;
+  std::vector<Ranked> all(pairs.x.size());
+  for (std::size_t k = 0; k < all.size(); ++k) {
+    all[k] = {nag2::ascendingKey(pairs.x[k]), nag2::ascendingKey(pairs.y[k]), pairs.w[k]};
+    found.total = found.total + DoubleDouble(pairs.w[k]);
+  }
+  std::vector<Ranked> scratch(all.size());
+  nag2::radixSort(all.data(), scratch.data(), all.size(), false,
+                  [](const Ranked& r) { return r.y; });
+  nag2::radixSort(all.data(), scratch.data(), all.size(), false,
+                  [](const Ranked& r) { return r.x; });
+  const auto sameX = [](const Ranked& a, const Ranked& b) { return a.x == b.x; };
+  const auto sameY = [](const Ranked& a, const Ranked& b) { return a.y == b.y; };
+  found.tiedX = squaredGroups(all, sameX);
+  found.tiedBoth = squaredGroups(
+      all, [&](const Ranked& a, const Ranked& b) { return sameX(a, b) && sameY(a, b); });
+  found.discordant = sortCounting(all);
+  found.tiedY = squaredGroups(all, sameY);
+  return found;
+}
+
 }  // namespace
 
 double spearman(const Rows& rows, std::size_t i, std::size_t j) {
@@ -162,32 +319,17 @@ double kendall(const Rows& rows, std::size_t i, std::size_t j) {
   if (!pairs.gather(rows, i, j)) {
     return kNaN;
   }
-  std::vector<Ranked> all(pairs.x.size());
-  DoubleDouble total = 0.0;
-  for (std::size_t k = 0; k < all.size(); ++k) {
-    all[k] = {nag2::ascendingKey(pairs.x[k]), nag2::ascendingKey(pairs.y[k]), pairs.w[k]};
-    total = total + DoubleDouble(pairs.w[k]);
-  }
-  std::vector<Ranked> scratch(all.size());
-  nag2::radixSort(all.data(), scratch.data(), all.size(), false,
-                  [](const Ranked& r) { return r.y; });
-  nag2::radixSort(all.data(), scratch.data(), all.size(), false,
-                  [](const Ranked& r) { return r.x; });
-  const auto sameX = [](const Ranked& a, const Ranked& b) { return a.x == b.x; };
-  const auto sameY = [](const Ranked& a, const Ranked& b) { return a.y == b.y; };
-  const auto same = [&](const Ranked& a, const Ranked& b) { return sameX(a, b) && sameY(a, b); };
-  const DoubleDouble square = total * total;
-  const DoubleDouble tiedX = squaredGroups(all, sameX);
-  const DoubleDouble tiedBoth = squaredGroups(all, same);
-  const DoubleDouble discordant = sortCounting(all);
-  const DoubleDouble tiedY = squaredGroups(all, sameY);
-  const DoubleDouble untiedX = square - tiedX;
-  const DoubleDouble untiedY = square - tiedY;
+  constexpr std::size_t mostCounted = std::size_t{1} << 31;
+  const bool counted = !rows.weighted() && pairs.x.size() < mostCounted;
+  const PairWeights w = counted ? countPairs(pairs.x, pairs.y) : weighPairs(pairs);
+  const DoubleDouble square = w.total * w.total;
+  const DoubleDouble untiedX = square - w.tiedX;
+  const DoubleDouble untiedY = square - w.tiedY;
   if (!(untiedX.high > 0.0) || !(untiedY.high > 0.0)) {
     return kNaN;
   }
   const DoubleDouble difference =
-      untiedX - tiedY + tiedBoth - DoubleDouble(4.0) * discordant;  // twice P - Q
+      untiedX - w.tiedY + w.tiedBoth - DoubleDouble(4.0) * w.discordant;  // twice P - Q
   return std::clamp((difference / (sqrt(untiedX) * sqrt(untiedY))).high, -1.0, 1.0);
 }
 
