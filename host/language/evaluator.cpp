@@ -1,5 +1,9 @@
 // The evaluator of expressions: a walk over the tree with values in the machine stack's frames,
 // where the collector sees them.
+//
+// A local variable of type ALGEB is all that keeps a value alive, which holds for arrays on the
+// stack, too, but not for what lies in a std::vector: several values are collected in Handles.  The
+// walk is as deep as the tree; value() looks at the stack's bounds before it goes down.
 
 #include <alloca.h>
 
@@ -110,6 +114,8 @@ ALGEB Evaluator::logicalOperand(const Node& node) {
   return isContainer(v) ? v : boolean(state_, truth(state_, v));
 }
 
+// and, or, not outside a condition: element by element as soon as a part is a container, and the
+// parts behind it are evaluated then; of truth values the first decisive one ends the walk.
 ALGEB Evaluator::logicalValue(const Node& node) {
   if (node.kind == NodeKind::logicalNot) {
     const ALGEB v = logicalOperand(*node.children[0]);
@@ -205,6 +211,8 @@ ALGEB Evaluator::makeProcedure(const Node& node) {
   return newForeign(state_, Tag::procedure, std::move(procedure), 128);
 }
 
+// target := v; the value is v, so that assignments can be chained.  The index of an element is
+// evaluated after the right side, and what it is taken of last.
 ALGEB Evaluator::assign(const Node& target, ALGEB v) {
   if (target.kind == NodeKind::slot) {
     slots_[target.slot] = v;
@@ -233,6 +241,8 @@ ALGEB Evaluator::assign(const Node& target, ALGEB v) {
   return v;
 }
 
+// Arithmetic with an object for each value between, from left to right; flags say which terms are
+// subtracted and which factors divide.
 ALGEB Evaluator::arithmetic(const Node& node) {
   switch (node.kind) {
     case NodeKind::sum: {
@@ -305,6 +315,8 @@ ALGEB Evaluator::value(const Node& node) {
     case NodeKind::product:
     case NodeKind::negate:
     case NodeKind::power: {
+      // Floats of few digits without objects, or, where that ends, all of it with objects: the
+      // nodes within are not tried once more, which would take time in the square of the depth.
       if (withObjects_) {
         return arithmetic(node);
       }

@@ -1,4 +1,8 @@
 // Statements: loops, try, blocks, and calls of procedures.
+//
+// Errors of the language are C++ exceptions; what is raised lies in the state, the token that flies
+// is empty.  break, next and return are none: they set way_, and every block above ends until the
+// loop or the call that they mean sets it back.
 
 #include <alloca.h>
 
@@ -120,6 +124,9 @@ ALGEB Evaluator::errorTable() {
   return result;
 }
 
+// try, catch, finally.  The last block runs whatever happened, an error that nobody caught set
+// aside meanwhile with its arguments kept alive; a last block that leaves by break, next or return
+// takes the place of that error.
 ALGEB Evaluator::tryStatement(const Node& node) {
   const Node* const handler = node.children[2];
   const Node* const last = node.children[3];
@@ -212,7 +219,9 @@ ALGEB runProgram(State& state, const std::shared_ptr<Program>& program) {
 
 namespace {
 
-// Arguments of a procedure some of whose parameters have values of their own.
+// Arguments of a procedure some of whose parameters have values of their own: in order, or by name
+// as parameter = value.  A null slot is a parameter that was not given; its default is evaluated
+// later, in the procedure's frame, where it may use the parameters before it.
 void bindArguments(State& state, ALGEB procedure, const FunctionCode& code, ALGEB args,
                    std::size_t given, ALGEB* slots) {
   std::size_t next = 0;
@@ -247,6 +256,9 @@ void bindArguments(State& state, ALGEB procedure, const FunctionCode& code, ALGE
 
 }  // namespace
 
+// A call: arguments are counted, the frame is laid out on the machine stack - parameters, locals,
+// captured values -, defaults are filled in and the body is evaluated.  One argument comes as it is
+// and none as NULL, so that NULL counts as one argument for a procedure that has a parameter.
 ALGEB Interpreter::callProcedure(State& state, ALGEB procedureObject, ALGEB args) {
   checkStack(state);
   lookAtInterrupt();

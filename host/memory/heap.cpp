@@ -2,6 +2,10 @@
 //
 // Small objects live in cells of equal size inside aligned chunks; a free list a size makes
 // allocation a pop.  Larger objects come from malloc one by one.
+//
+// The fast path is in heap.hpp: a pop while what has been allocated since the last collection is
+// below limit_.  A limit of 0 sends every allocation here: during a collection, in stress mode, and
+// while a failure is to be injected.
 
 #include "memory/heap.hpp"
 
@@ -81,6 +85,7 @@ Heap::~Heap() {
   }
 }
 
+// 16, 32, ... 128, then four sizes to each doubling: at most a fifth of a cell is left over there.
 std::size_t Heap::classBytes(std::size_t c) {
   return c < 8 ? (c + 1) * 16 : (std::size_t{128} << ((c - 8) / 4)) / 4 * (5 + (c - 8) % 4);
 }
@@ -121,6 +126,8 @@ void Heap::beforeAllocation(std::size_t bytes) {
   }
 }
 
+// A collection first, when one is due; then a cell, or memory of the object's own.  Lists that name
+// the object grow before it is made, so that nothing fails half-way.
 ALGEB Heap::allocateSlowly(Tag t, std::size_t lengthInWords) {
   if (lengthInWords >= (std::size_t{1} << 32)) {
     memory_.raiseNoMemory();
@@ -160,6 +167,8 @@ ALGEB Heap::allocateSlowly(Tag t, std::size_t lengthInWords) {
   return x;
 }
 
+// A chunk is aligned to its size, so that the chunk of an address is a division away.  Empty ones
+// are kept for the next that asks, of whatever cell size.
 Heap::Chunk* Heap::newChunk(std::size_t c) {
   Chunk* chunk = nullptr;
   chunks_.reserve(chunks_.size() + 1 > chunks_.capacity() ? 2 * chunks_.size() + 16 : 0);

@@ -2,6 +2,10 @@
 //
 // Exact with exact stays exact; a float makes the result a float rounded once to "Digits" decimal
 // digits.  Infinities and undefined follow the rules of IEEE doubles.
+//
+// A float takes part exactly: as the decimal that it is, a rational as the quotient that it is.
+// There is one rounding, of the exact result or of what decimal.hpp keeps of it.  Numbers of few
+// digits go by 128 bits (small_decimal.hpp), with the same results.
 
 #include <algorithm>
 #include <limits>
@@ -18,6 +22,7 @@ namespace {
 
 std::size_t bitsOf(mpz_srcptr z) { return mpz_sizeinbase(z, 2); }
 
+// Before an operation whose result would take very much memory, and time.
 void checkBits(State& state, std::size_t bits) {
   if (bits > kMaxIntegerBits) {
     raise(state, "integer too large");
@@ -106,6 +111,7 @@ ALGEB sumWithRational(State& state, ALGEB a, ALGEB b, bool minus) {
   return roundedQuotient(state, x);
 }
 
+// Numerators and denominators multiplied as integers, then divided once.
 ALGEB productWithRational(State& state, ALGEB a, ALGEB b) {
   Quotient x(a);
   const Quotient y(b);
@@ -128,6 +134,8 @@ ALGEB quotientWithRational(State& state, ALGEB a, ALGEB b) {
   return roundedQuotient(state, x);
 }
 
+// Rules of infinities and zeros first, then the exact ways, then the general one: where a rational
+// is too far from the float to be added exactly, 20 spare digits of it are.
 ALGEB floatSum(State& state, ALGEB a, ALGEB b, bool minus) {
   if (isSpecial(a) || isSpecial(b)) {
     return newFloat(state, minus ? signature(a) - signature(b) : signature(a) + signature(b));
@@ -159,6 +167,7 @@ ALGEB floatSum(State& state, ALGEB a, ALGEB b, bool minus) {
   return toFloat(state, addDecimals(x, y, digits));
 }
 
+// signature gives the sign of zeros and infinities by the machine's own rules.
 ALGEB floatProduct(State& state, ALGEB a, ALGEB b) {
   const double rule = signature(a) * signature(b);
   if (rule == 0.0 || !std::isfinite(rule)) {
@@ -228,6 +237,7 @@ ALGEB exactSum(State& state, ALGEB a, ALGEB b, bool minus) {
   return newRational(state, left.get(), right.get());
 }
 
+// (n / d) (m / e); newRational takes out what numerator and denominator have in common.
 ALGEB exactProduct(State& state, ALGEB n, ALGEB m, ALGEB d, ALGEB e) {
   const IntegerView a(n);
   const IntegerView b(m);
@@ -263,6 +273,7 @@ void checkNumbers(State& state, ALGEB a, ALGEB b) {
   }
 }
 
+// Two immediate integers, nearly every sum of a loop, cannot overflow 64 bits: they have 63.
 ALGEB realSum(State& state, ALGEB a, ALGEB b, bool minus) {
   if (isImmediate(a) && isImmediate(b)) {
     const std::int64_t x = immediateValue(a);
@@ -330,6 +341,7 @@ ALGEB divide(State& state, ALGEB a, ALGEB b) {
   return exactProduct(state, numerator(a), denominator(b), denominator(a), numerator(b));
 }
 
+// Of a float without rounding: it may have more digits than Digits now is.
 ALGEB negate(State& state, ALGEB a) {
   if (isDoubleFloat(a)) {
     return newFloat(state, -doubleOf(a));
@@ -396,6 +408,7 @@ ALGEB floatPower(State& state, ALGEB a, ALGEB n) {
   return fromMpfr(state, x.get(), state.digits());
 }
 
+// By squaring, from the low bit up.
 ALGEB complexPower(State& state, ALGEB a, std::int64_t n) {
   if (n < 0) {
     return divide(state, immediate(1), complexPower(state, a, -n));
