@@ -21,8 +21,6 @@ std::int32_t guessBins(const double* x, std::size_t n, BinGuess guess, std::int3
 // The smallest and largest of x; false, with neither set, where something is not finite.
 bool finiteRange(const double* x, std::size_t n, double* low, double* high);
 
-bool allFinite(const double* x, std::size_t n);
-
 // The sum of a[i] b[i] in 32 interleaved sums.  The same bits on every machine.
 double dot(const double* a, const double* b, std::size_t n);
 

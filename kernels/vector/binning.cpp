@@ -82,24 +82,6 @@ bool rangeOfAll(const double* x, std::size_t n, double* low, double* high) {
   return true;
 }
 
-bool areFinite(const double* x, std::size_t n) {
-  constexpr std::size_t lanes = 32;
-  double infinite[lanes] = {};  // 0, or NaN where something is not finite
-  std::size_t i = 0;
-  for (; i + lanes <= n; i += lanes) {
-    for (std::size_t l = 0; l < lanes; ++l) {
-      infinite[l] += x[i + l] - x[i + l];
-    }
-  }
-  for (std::size_t l = 0; i + l < n; ++l) {
-    infinite[l] += x[i + l] - x[i + l];
-  }
-  for (std::size_t l = 1; l < lanes; ++l) {
-    infinite[0] += infinite[l];
-  }
-  return infinite[0] == 0;
-}
-
 double dotAll(const double* a, const double* b, std::size_t n) {
   constexpr std::size_t lanes = 32;
   double sum[lanes] = {};
@@ -129,7 +111,6 @@ namespace vexel::kernels {
 
 HWY_EXPORT(guessAll);
 HWY_EXPORT(rangeOfAll);
-HWY_EXPORT(areFinite);
 HWY_EXPORT(dotAll);
 
 std::int32_t guessBins(const double* x, std::size_t n, BinGuess guess, std::int32_t* bin) {
@@ -139,8 +120,6 @@ std::int32_t guessBins(const double* x, std::size_t n, BinGuess guess, std::int3
 bool finiteRange(const double* x, std::size_t n, double* low, double* high) {
   return n > 0 && HWY_DYNAMIC_DISPATCH(rangeOfAll)(x, n, low, high);
 }
-
-bool allFinite(const double* x, std::size_t n) { return HWY_DYNAMIC_DISPATCH(areFinite)(x, n); }
 
 double dot(const double* a, const double* b, std::size_t n) {
   return HWY_DYNAMIC_DISPATCH(dotAll)(a, b, n);

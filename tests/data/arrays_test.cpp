@@ -13,6 +13,31 @@ namespace {
 
 using ArraysTest = KernelTest;
 
+// 3 before 5 and -3 before 3 in every type that can be compared, equal to themselves.
+template <typename T>
+void expectOrder(int type) {
+  const STATS_ElementComparator_HW compare = STATS_ElementComparatorOf_HW(type);
+  ASSERT_NE(compare, nullptr) << type;
+  const T x[] = {T{-3}, T{3}, T{5}};
+  for (int i = 0; i < 3; ++i) {
+    for (int j = 0; j < 3; ++j) {
+      EXPECT_EQ(compare(reinterpret_cast<const char*>(&x[i]), reinterpret_cast<const char*>(&x[j])),
+                i < j ? -1 : i > j)
+          << type;
+    }
+  }
+}
+
+TEST_F(ArraysTest, EveryTypeOfNumbersHasAnOrder) {
+  expectOrder<std::int8_t>(RTABLE_INTEGER8);
+  expectOrder<std::int16_t>(RTABLE_INTEGER16);
+  expectOrder<std::int32_t>(RTABLE_INTEGER32);
+  expectOrder<std::int64_t>(RTABLE_INTEGER64);
+  expectOrder<float>(RTABLE_FLOAT32);
+  expectOrder<double>(RTABLE_FLOAT64);
+  EXPECT_EQ(STATS_ElementComparatorOf_HW(RTABLE_COMPLEX), nullptr);
+}
+
 TEST_F(ArraysTest, ComparatorsPutNaNsLastAndNeverEqual) {
   const double x[] = {1.0, kNaN, kInf, -0.0, 0.0};
   const auto at = [&](int i) { return reinterpret_cast<const char*>(&x[i]); };
