@@ -40,6 +40,45 @@ ALGEB recombined(State& state, ALGEB x, std::span<const ALGEB> parts) {
   return total;
 }
 
+// x of other parts: f of the elements of a list or sequence, of both sides of an equation, range or
+// relation, of the terms of a sum and the factors of a product, in this order; anything else as it
+// is.
+template <typename F>
+ALGEB withParts(State& state, ALGEB x, const F& f) {
+  switch (tag(x)) {
+    case Tag::list:
+    case Tag::sequence: {
+      if (isNull(x)) {
+        return x;
+      }
+      Handles elements(state);
+      for (std::size_t i = 1; i <= countOf(x); ++i) {
+        elements.push(f(element(state, x, i)));
+      }
+      return is(x, Tag::list) ? newList(state, elements.span())
+                              : sequenceOf(state, elements.span());
+    }
+    case Tag::equation:
+    case Tag::range:
+    case Tag::less:
+    case Tag::lessEqual:
+    case Tag::unequal: {
+      const ALGEB a = f(operand(x, 1));
+      return newPair(state, tag(x), a, f(operand(x, 2)));
+    }
+    case Tag::sum:
+    case Tag::product: {
+      Handles parts(state);
+      for (std::size_t i = 1; i <= operandCount(x); ++i) {
+        parts.push(f(operand(x, i)));
+      }
+      return recombined(state, x, parts.span());
+    }
+    default:
+      return x;
+  }
+}
+
 ALGEB floatsOf(State& state, KnownParts& known, ALGEB x);
 
 // x in floats of Digits digits, parts without a value left alone.
@@ -63,14 +102,6 @@ ALGEB floatsOf(State& state, KnownParts& known, ALGEB x) {
       }
       const ALGEB v = nameValue(x);
       return v == nullptr || v == x ? x : inFloats(state, known, v);
-    }
-    case Tag::sum:
-    case Tag::product: {
-      Handles parts(state);
-      for (std::size_t i = 1; i <= operandCount(x); ++i) {
-        parts.push(inFloats(state, known, operand(x, i)));
-      }
-      return recombined(state, x, parts.span());
     }
     case Tag::power: {
       const ALGEB base = inFloats(state, known, operand(x, 1));
@@ -96,33 +127,8 @@ ALGEB floatsOf(State& state, KnownParts& known, ALGEB x) {
       }
       return apply(state, function, args.span());
     }
-    case Tag::list: {
-      Handles elements(state);
-      for (std::size_t i = 1; i <= countOf(x); ++i) {
-        elements.push(inFloats(state, known, element(state, x, i)));
-      }
-      return newList(state, elements.span());
-    }
-    case Tag::sequence: {
-      if (isNull(x)) {
-        return x;
-      }
-      Handles elements(state);
-      for (std::size_t i = 1; i <= countOf(x); ++i) {
-        elements.push(inFloats(state, known, element(state, x, i)));
-      }
-      return sequenceOf(state, elements.span());
-    }
-    case Tag::equation:
-    case Tag::range:
-    case Tag::less:
-    case Tag::lessEqual:
-    case Tag::unequal: {
-      const ALGEB a = inFloats(state, known, operand(x, 1));
-      return newPair(state, tag(x), a, inFloats(state, known, operand(x, 2)));
-    }
     default:
-      return x;
+      return withParts(state, x, [&](ALGEB part) { return inFloats(state, known, part); });
   }
 }
 
@@ -142,51 +148,20 @@ ALGEB roundedPartsOf(State& state, KnownParts& known, ALGEB x, int digits) {
   if (isNumber(x)) {
     return roundToDigits(state, x, digits);
   }
-  switch (isImmediate(x) ? Tag::integer : tag(x)) {
-    case Tag::list:
-    case Tag::sequence: {
-      if (isNull(x)) {
-        return x;
-      }
-      Handles elements(state);
-      for (std::size_t i = 1; i <= countOf(x); ++i) {
-        elements.push(roundedParts(state, known, element(state, x, i), digits));
-      }
-      return is(x, Tag::list) ? newList(state, elements.span())
-                              : sequenceOf(state, elements.span());
-    }
-    case Tag::equation:
-    case Tag::range:
-    case Tag::less:
-    case Tag::lessEqual:
-    case Tag::unequal: {
-      const ALGEB a = roundedParts(state, known, operand(x, 1), digits);
-      return newPair(state, tag(x), a, roundedParts(state, known, operand(x, 2), digits));
-    }
-    case Tag::sum:
-    case Tag::product: {
-      Handles parts(state);
-      for (std::size_t i = 1; i <= operandCount(x); ++i) {
-        parts.push(roundedParts(state, known, operand(x, i), digits));
-      }
-      return recombined(state, x, parts.span());
-    }
-    case Tag::power: {
-      const ALGEB base = roundedParts(state, known, operand(x, 1), digits);
-      const ALGEB exponent = operand(x, 2);
-      return powerOf(state, base,
-                     isInteger(exponent) ? exponent : roundedParts(state, known, exponent, digits));
-    }
-    case Tag::application: {
-      Handles args(state);
-      for (std::size_t i = 2; i <= operandCount(x); ++i) {
-        args.push(roundedParts(state, known, operand(x, i), digits));
-      }
-      return newApplication(state, operand(x, 1), args.span());
-    }
-    default:
-      return x;
+  const auto rounded = [&](ALGEB part) { return roundedParts(state, known, part, digits); };
+  if (is(x, Tag::power)) {
+    const ALGEB base = rounded(operand(x, 1));
+    const ALGEB exponent = operand(x, 2);
+    return powerOf(state, base, isInteger(exponent) ? exponent : rounded(exponent));
   }
+  if (is(x, Tag::application)) {
+    Handles args(state);
+    for (std::size_t i = 2; i <= operandCount(x); ++i) {
+      args.push(rounded(operand(x, i)));
+    }
+    return newApplication(state, operand(x, 1), args.span());
+  }
+  return withParts(state, x, rounded);
 }
 
 // now, or zero where it is a real number that lies very far below what it was before; so the parts
@@ -306,11 +281,7 @@ ALGEB evalf(State& state, KnownParts& known, ALGEB x, int digits) {
   if (isList(x) || (isSequence(x) && !isNull(x))) {
     checkStack(state);
     return known.value(x, [&] {
-      Handles elements(state);
-      for (std::size_t i = 1; i <= countOf(x); ++i) {
-        elements.push(evalf(state, known, element(state, x, i), digits));
-      }
-      return isList(x) ? newList(state, elements.span()) : sequenceOf(state, elements.span());
+      return withParts(state, x, [&](ALGEB part) { return evalf(state, known, part, digits); });
     });
   }
   if (!isExpression(x)) {
