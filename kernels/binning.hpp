@@ -18,7 +18,8 @@ struct BinGuess {
 // those are.  The same on every machine.
 std::int32_t guessBins(const double* x, std::size_t n, BinGuess guess, std::int32_t* bin);
 
-// The smallest and largest of x; false, with neither set, where something is not finite.
+// The smallest and largest of x; false, with neither set, where something is not finite or nothing
+// is there.
 bool finiteRange(const double* x, std::size_t n, double* low, double* high);
 
 // The sum of a[i] b[i] in 32 interleaved sums.  The same bits on every machine.

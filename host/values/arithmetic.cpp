@@ -2,10 +2,8 @@
 //
 // Exact with exact stays exact; a float makes the result a float rounded once to "Digits" decimal
 // digits.  Infinities and undefined follow the rules of IEEE doubles.
-//
-// A float takes part exactly: as the decimal that it is, a rational as the quotient that it is.
-// There is one rounding, of the exact result or of what decimal.hpp keeps of it.  Numbers of few
-// digits go by 128 bits (small_decimal.hpp), with the same results.
+// Floats and rationals take part exactly, with one rounding of the result; numbers of few digits go
+// by 128 bits (small_decimal.hpp), with the same results.
 
 #include <algorithm>
 #include <limits>
@@ -111,7 +109,6 @@ ALGEB sumWithRational(State& state, ALGEB a, ALGEB b, bool minus) {
   return roundedQuotient(state, x);
 }
 
-// Numerators and denominators multiplied as integers, then divided once.
 ALGEB productWithRational(State& state, ALGEB a, ALGEB b) {
   Quotient x(a);
   const Quotient y(b);
@@ -134,8 +131,7 @@ ALGEB quotientWithRational(State& state, ALGEB a, ALGEB b) {
   return roundedQuotient(state, x);
 }
 
-// Rules of infinities and zeros first, then the exact ways, then the general one: where a rational
-// is too far from the float to be added exactly, 20 spare digits of it are.
+// Where a rational is too far from the float to be added exactly, 20 spare digits of it are.
 ALGEB floatSum(State& state, ALGEB a, ALGEB b, bool minus) {
   if (isSpecial(a) || isSpecial(b)) {
     return newFloat(state, minus ? signature(a) - signature(b) : signature(a) + signature(b));
@@ -167,7 +163,6 @@ ALGEB floatSum(State& state, ALGEB a, ALGEB b, bool minus) {
   return toFloat(state, addDecimals(x, y, digits));
 }
 
-// signature gives the sign of zeros and infinities by the machine's own rules.
 ALGEB floatProduct(State& state, ALGEB a, ALGEB b) {
   const double rule = signature(a) * signature(b);
   if (rule == 0.0 || !std::isfinite(rule)) {
@@ -408,7 +403,6 @@ ALGEB floatPower(State& state, ALGEB a, ALGEB n) {
   return fromMpfr(state, x.get(), state.digits());
 }
 
-// By squaring, from the low bit up.
 ALGEB complexPower(State& state, ALGEB a, std::int64_t n) {
   if (n < 0) {
     return divide(state, immediate(1), complexPower(state, a, -n));
