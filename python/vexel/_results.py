@@ -13,6 +13,7 @@ if TYPE_CHECKING:
 
 # With more values than these a repr is a summary in angle brackets.
 MOST_IN_REPR = 100
+_MOST_LANES = 12  # side by side in a table
 
 # What a part is: a float, or an array where there is a number for each lane.
 V = TypeVar("V")
@@ -42,6 +43,11 @@ def html_table(names: tuple[str, ...], columns: list[list[Any]], limit: int = 60
         rows[limit // 2:-limit // 2] = ["<td>…</td>" * len(names)]
     body = "".join(f"<tr>{row}</tr>" for row in rows)
     return f'<table class="vexel"><thead><tr>{head}</tr></thead><tbody>{body}</tbody></table>'
+
+
+def _padded(cells: list[str], pad: Callable[[str, int], str]) -> list[str]:
+    width = max(map(len, cells))
+    return [pad(c, width) for c in cells]
 
 
 # ---- what all results have
@@ -167,12 +173,27 @@ class Description(NamedTuple, Generic[V]):
     skewness: V
     kurtosis: V
 
+    def _columns(self) -> tuple[tuple[str, ...], list[list[Any]]] | None:
+        """A column for each lane, under its number; none for arrays of more dimensions or many lanes."""
+        if isinstance(self.mean, float):
+            return ("", ""), [list(self._fields), list(self)]
+        lanes = np.transpose([np.asarray(v, dtype=np.float64) for v in self]).tolist()
+        if np.asarray(self.mean).ndim != 1 or len(lanes) > _MOST_LANES:
+            return None
+        return ("", *map(str, range(len(lanes)))), [list(self._fields), *lanes]
+
     def __str__(self) -> str:
-        if not isinstance(self.mean, float):
+        columns = self._columns()
+        if columns is None:
             return repr(self)
-        cells = [_six(v) for v in self]
-        width = max(map(len, cells))
-        return "\n".join(f"{n:<8}  {v.rjust(width)}" for n, v in zip(self._fields, cells))
+        cells = [[_six(v) for v in c] for c in columns[1]]
+        names, *lanes = [[n, *c] for n, c in zip(columns[0], cells)]
+        rows = zip(_padded(names, str.ljust), *(_padded(lane, str.rjust) for lane in lanes))
+        return "\n".join("  ".join(row) for row in rows if any(cell.strip() for cell in row))
+
+    def _repr_html_(self) -> str:
+        columns = self._columns()
+        return f"<pre>{escape(repr(self))}</pre>" if columns is None else html_table(*columns)
 
 
 class _ValuesCounts(NamedTuple):

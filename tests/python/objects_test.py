@@ -348,6 +348,9 @@ def test_reprs_in_short():
             (vx.tally(many), "<TallyResult of 1000 values>"), (vx.histogram(many, 200), "<HistogramResult of 200 bins>"),
             (vx.describe(np.ones((2, 300)), axis=0), "<Description of 300 lanes>"), (vx.Random(1).bit_generator, "Random(1).bit_generator")):
         assert repr(x) == text
+    lanes = vx.describe([[1, 20], [3, 40]], axis=0)
+    assert str(lanes).split("\n")[:4] == ["                0        1", "count           2        2", "missing         0        0", "mean            2       30"]
+    assert "<th>1</th>" in lanes._repr_html_() and "<td>30</td>" in lanes._repr_html_()
     assert repr(vx.bootstrap([1, 2, 4], rng=1)).startswith("<BootstrapResult: estimate 2.33333, standard error ")
     assert "best=1.0, value=2.0" in repr(vx.RootError("text", 1.0, 2.0))
     for a, b in ((vx.tally([1, 2]), vx.tally([1, 2, None])), (vx.kde([1, 2]), vx.kde([1, 3])), (vx.Urn([1]), vx.Urn([2])),
