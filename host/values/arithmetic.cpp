@@ -268,7 +268,6 @@ void checkNumbers(State& state, ALGEB a, ALGEB b) {
   }
 }
 
-// Two immediate integers, nearly every sum of a loop, cannot overflow 64 bits: they have 63.
 ALGEB realSum(State& state, ALGEB a, ALGEB b, bool minus) {
   if (isImmediate(a) && isImmediate(b)) {
     const std::int64_t x = immediateValue(a);
