@@ -45,6 +45,8 @@ def _whole(section: str, names: Mapping[str, Any]) -> str:
 
 def _entries(path: str, names: Mapping[str, Any]) -> dict[str, str]:
     """The entries of a function or class of that name, by parameter."""
+    if path.startswith("vexel."):  # not the method of that name
+        path, names = path[6:], getattr(names, "maps", [names])[-1]
     first, *more = path.split(".")
     target = names.get(first)
     for name in more:

@@ -210,7 +210,7 @@ class Random(_core.Random):
         Parameters
         ----------
         x, n, weights, replace, progress
-            As of the function.
+            As in `vexel.choice`.
 
         Returns
         -------
@@ -229,7 +229,7 @@ class Random(_core.Random):
         Parameters
         ----------
         n, progress
-            As of the function.
+            As in `vexel.permutation`.
 
         Returns
         -------

@@ -482,7 +482,8 @@ def corr(x: ArrayLike, y: ArrayLike | None = None, *, method: Correlation = "pea
     y : array_like, optional
         The other variable.
     method : {"pearson", "spearman", "kendall"}
-        Of the values, of their ranks, or Kendall's tau-b (in n log n steps).
+        Of the values, of their ranks (equal ones share the average), or Kendall's tau-b, in n log n
+        steps (Knight 1966, A computer method for calculating Kendall's tau with ungrouped data).
     weights, nan_policy, progress
         As in `cov`.
 
