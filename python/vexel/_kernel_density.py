@@ -22,8 +22,6 @@ class KernelDensity:
     ----------
     x, y : ndarray of float64
         The density `y` at the equally spaced points `x`.
-    bandwidth : float
-        The standard deviation of the kernel.
 
     Examples
     --------

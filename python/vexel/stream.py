@@ -31,6 +31,7 @@ import numpy as np
 
 from . import _passes
 from ._core import short_text
+from ._pass_states import Several, require_weight, weightless
 from ._progress import reporter
 from ._results import Description, HistogramResult, TallyResult
 from ._state_tables import Histogram, Ranks, Tally
@@ -177,7 +178,7 @@ def _check(text: bytes) -> bytes:
 
 def _parts(kept: Any, current: Any) -> list[Any]:
     """The states of a pass: what is kept of earlier ones, and what takes the data."""
-    return list(current.states) if isinstance(current, _passes.Several) else [*(kept or ()), current]
+    return list(current.states) if isinstance(current, Several) else [*(kept or ()), current]
 
 
 def _save(path: str, task: bytes, number: int, done: int, kept: Any, current: Any) -> None:
@@ -225,7 +226,7 @@ def _load(path: str, task: bytes) -> tuple[int, int, Any, Any]:
     if rest or not parts:
         raise ValueError(damaged)
     if number == b"1":
-        return 0, int(done), None, parts[0] if len(parts) == 1 else _passes.Several(*parts)
+        return 0, int(done), None, parts[0] if len(parts) == 1 else Several(*parts)
     return int(number) - 1, int(done), tuple(parts[:-1]) or None, parts[-1]
 
 
@@ -269,7 +270,7 @@ def _run(what: str, job: Any, files: Any, state: Any, progress: Progress, *, col
                 current.update(x, w)
             except (TypeError, ValueError) as error:
                 raise type(error)(f"piece {at} of {rows} rows: {error}") from None
-            zeros = zeros or _passes.weightless(x, w)
+            zeros = zeros or weightless(x, w)
             if state is not None and time.monotonic() - saved > _every:
                 _save(state, task, number, at + 1, kept, current)
                 saved = time.monotonic()
@@ -279,7 +280,7 @@ def _run(what: str, job: Any, files: Any, state: Any, progress: Progress, *, col
         if number + 1 < job.passes:
             kept, current = job.advance(kept, current)
     if zeros:
-        _passes.require_weight(kept, current)
+        require_weight(kept, current)
     result = job.finish(kept, current)
     if state is not None and os.path.exists(state):
         os.remove(state)

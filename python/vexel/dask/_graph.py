@@ -15,7 +15,8 @@ from dask.graph_manipulation import bind
 from dask.highlevelgraph import HighLevelGraph
 
 from .._core import short_text
-from .._passes import Job, require_weight, weightless
+from .._pass_states import require_weight, weightless
+from .._passes import Job
 
 _fan = 8  # states merged by one task
 
