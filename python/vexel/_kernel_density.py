@@ -7,12 +7,17 @@ from typing import TYPE_CHECKING, Any, overload
 import numpy as np
 
 from . import _core
+from ._arrays import convert
 from ._results import MOST_IN_REPR
 
 if TYPE_CHECKING:
     from typing import Literal
 
     from ._types import Array, ArrayLike, DensityKernel, Doubles, NanPolicy, Number, Progress, Rng, Shape, Size
+
+
+def _kept(x: Any) -> Any:
+    return x if x is None else np.array(x if isinstance(x, (list, tuple)) else convert(x, "x"))
 
 
 class KernelDensity:
@@ -35,8 +40,9 @@ class KernelDensity:
     __slots__ = ("_args", "_density", "x", "y")
 
     def __init__(self, *args: Any, progress: Progress = None) -> None:
-        self._args = args
         self._density = _core.KernelDensity(*args, progress)
+        # Copies: what becomes of the caller's data changes no repr, pickle or comparison.
+        self._args = tuple(_kept(a) if i in (0, 5) else a for i, a in enumerate(args))
         self.x, self.y = self._density.grid()
 
     @property

@@ -356,3 +356,9 @@ def test_reprs_in_short():
     for a, b in ((vx.tally([1, 2]), vx.tally([1, 2, None])), (vx.kde([1, 2]), vx.kde([1, 3])), (vx.Urn([1]), vx.Urn([2])),
                  (vx.Sobol(2), vx.Sobol(2).fast_forward(1)), (vx.histogram([1, 2], 2), vx.histogram([1, 2, 2], 2))):
         assert a != b and a == copy.deepcopy(a)
+    data, weights = np.array([1.0, 2, 4]), [1, 2, 1]
+    for x in (data, pd.Series(data, dtype="Float64")):
+        density = vx.kde(x, weights=weights)
+        before = density(1.0)
+        data[0] = weights[0] = 99
+        assert pickle.loads(pickle.dumps(density))(1.0) == before and eval(repr(density), dict(NAMES))(1.0) == before
