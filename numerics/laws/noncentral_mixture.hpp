@@ -99,6 +99,8 @@ MixtureSums mixtureSums(const Family& family, double mean, Tail which, bool asLo
   constexpr int stride = 16;
   const double weightDrift = 1.0 - stride * std::fma(inverse, mean, -1.0);
   const double growthDrift = 1.0 - stride * family.drift();
+  // Of next to no shape the term of index 0 is larger than all before it.
+  const double jump = shape < 1e-6 ? std::fmax(1.0, family.growth(0.0)) : 1.0;
   double j = top;
   constexpr int termCost = 10;  // operations, near enough
   vexel::kernels::Lookout lookout;
@@ -108,7 +110,7 @@ MixtureSums mixtureSums(const Family& family, double mean, Tail which, bool asLo
     moment += product * j;
     const double term = (which == Tail::lower ? w : d) * rest;
     sums.tail += term;
-    if (j <= 0.0 || (j < peak && term * (1.0 + spread) < 1e-18 * sums.tail &&
+    if (j <= 0.0 || (j < peak && term * jump * (1.0 + spread) < 1e-18 * sums.tail &&
                      product * (1.0 + spread) < 1e-18 * sums.density)) {
       break;
     }

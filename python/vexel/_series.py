@@ -26,6 +26,9 @@ class MovingResult(np.ndarray):
         array = np.asarray(array)
         return array[()] if return_scalar or array.ndim == 0 else array
 
+    def squeeze(self, axis: Any = None) -> Any:
+        return np.asarray(self).squeeze(axis)  # NumPy 1 wants a MovingResult of __array_wrap__ there
+
     def __reduce__(self) -> Any:
         return np.array, (np.array(self),)
 

@@ -79,6 +79,14 @@ TEST(FuzzFindings, RatiosAndBetasAtTheEnds) {
   EXPECT_NEAR(wide.logsf(wide.isf(1e-317)), std::log(1e-317), 1e-6);
 }
 
+// The first term of the mixture, larger than all between it and the peak, was left out.
+TEST(FuzzFindings, MixturesOfNextToNoShape) {
+  const vx::NonCentralBeta law(1e-9, 1e-8, 300);
+  EXPECT_NEAR(law.cdf(1e-10) / 6.522814370865203e-66, 1, 1e-14);
+  EXPECT_NEAR(law.cdf(0.1) / 6.5413973334203578e-66, 1, 1e-13);
+  EXPECT_NEAR(vx::NonCentralBeta(5e-130, 2.6e-116, 379).cdf(0.9) / 5.02568980175876e-83, 1, 1e-13);
+}
+
 TEST(FuzzFindings, DensityBesideATinyScale) {
   EXPECT_GE(vx::ExponentialPower(0, 1e-5, 9.3132257461547852e-10).pdf(3.5436029306996558e-315), 0);
 }

@@ -129,8 +129,8 @@ class Call {
  private:
   State& state_;
   const Signature& signature_;
-  std::vector<ALGEB> values_;  // live in the argument sequence, which the caller holds
-  ALGEB args_;
+  std::vector<ALGEB> values_;    // live in the argument sequence, which the caller holds
+  [[maybe_unused]] ALGEB args_;  // for the collector, which scans the stack
   void* context_;
   Handles kept_;
   std::vector<Named> others_;  // in the argument sequence, too
