@@ -57,7 +57,22 @@ std::vector<Place> inOrder(const std::vector<double>& x) {
   return places;
 }
 
-// Average ranks, of a point of weight w as if it were there w times.
+// Average ranks of points that count once each.
+std::vector<double> ranksOf(const std::vector<double>& x) {
+  std::vector<double> ranks(x.size());
+  nag2::visitSortedAnywhere(
+      x.data(), x.size(), false,
+      [to = ranks.data()](std::size_t first, nag2::TiedPositions tied) {
+        const double rank = static_cast<double>(first) + (static_cast<double>(tied.size()) + 1) / 2;
+        for (std::size_t i = 0; i < tied.size(); ++i) {
+          to[tied[i]] = rank;
+        }
+      },
+      [to = ranks.data()](std::size_t i) { __builtin_prefetch(to + i, 1); });
+  return ranks;
+}
+
+// The same of a point of weight w as if it were there w times.
 std::vector<double> ranksOf(const std::vector<double>& x, const std::vector<double>& w) {
   const std::vector<Place> places = inOrder(x);
   std::vector<double> ranks(x.size());
@@ -67,6 +82,9 @@ std::vector<double> ranksOf(const std::vector<double>& x, const std::vector<doub
     std::size_t end = i;
     for (; end < places.size() && places[end].key == places[i].key; ++end) {
       group = group + DoubleDouble(w[places[end].index]);
+    }
+    if (end / kernels::pollInterval != i / kernels::pollInterval) {
+      kernels::poll();
     }
     const double rank = (before + (group + DoubleDouble(1.0)) * DoubleDouble(0.5)).high;
     for (; i < end; ++i) {
@@ -303,8 +321,9 @@ double spearman(const Rows& rows, std::size_t i, std::size_t j) {
   if (!pairs.gather(rows, i, j)) {
     return kNaN;
   }
-  const std::vector<double> x = ranksOf(pairs.x, pairs.w);
-  const std::vector<double> y = ranksOf(pairs.y, pairs.w);
+  const bool weighted = rows.weighted();
+  const std::vector<double> x = weighted ? ranksOf(pairs.x, pairs.w) : ranksOf(pairs.x);
+  const std::vector<double> y = weighted ? ranksOf(pairs.y, pairs.w) : ranksOf(pairs.y);
   const Data columns[] = {x, y};
   Rows ranks(rows.function(), columns, rows.weighted() ? Data(pairs.w) : Data(),
              Missing::propagate);

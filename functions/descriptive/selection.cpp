@@ -62,6 +62,9 @@ void placeRanks(double* x, std::size_t begin, std::size_t end, std::span<const s
   while (!ranks.empty()) {
     const std::size_t middle = ranks.size() / 2;
     const std::size_t rank = ranks[middle];
+    if (end - begin > std::size_t{1} << 16) {
+      kernels::poll();
+    }
     std::nth_element(x + begin, x + rank, x + end);
     placeRanks(x, begin, rank, ranks.first(middle));
     ranks = ranks.subspan(middle + 1);
@@ -338,6 +341,7 @@ bool selectByCells(const Points& points, std::size_t n, const CellTable& table, 
   });
   std::size_t before = 0;
   for (std::size_t g = 0; g < size; ++g) {
+    kernels::poll();
     for (std::size_t way = 0; way < ways; ++way) {
       before += counts[way * codes + 2 * g];
     }

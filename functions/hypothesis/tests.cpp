@@ -8,6 +8,7 @@
 #include "functions/data/elements.hpp"
 #include "functions/hypothesis/kolmogorov.hpp"
 #include "kernels/running_sum.hpp"
+#include "kernels/watch.hpp"
 #include "vexel/hypothesis.hpp"
 #include "vexel/ordering.hpp"
 
@@ -41,17 +42,15 @@ Summary summarize(const std::vector<double>& x, int exponent) {
   Summary s;
   s.n = static_cast<double>(x.size());
   kernels::RunningSum sum;
-  for (const double v : x) {
-    sum.add(std::ldexp(v, -exponent));
-  }
+  kernels::forEach(x.size(), [&](std::size_t i) { sum.add(std::ldexp(x[i], -exponent)); });
   s.mean = sum.value() / s.n;
   kernels::RunningSum squares;
   kernels::RunningSum rest;  // what the mean's rounding leaves
-  for (const double v : x) {
-    const double d = std::ldexp(v, -exponent) - s.mean;
+  kernels::forEach(x.size(), [&](std::size_t i) {
+    const double d = std::ldexp(x[i], -exponent) - s.mean;
     squares.addProduct(d, d);
     rest.add(d);
-  }
+  });
   s.variance = (squares.value() - rest.value() * rest.value() / s.n) / (s.n - 1);
   return s;
 }

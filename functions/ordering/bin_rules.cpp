@@ -8,6 +8,7 @@
 #include <numeric>
 
 #include "functions/ordering/binning.hpp"
+#include "kernels/watch.hpp"
 #include "vexel/descriptive.hpp"
 
 namespace vexel {
@@ -27,7 +28,7 @@ struct Present {
 
 Present presentIn(Data x, Interval range, Data w) {
   Present p;
-  for (std::size_t i = 0; i < x.size(); ++i) {
+  kernels::forEach(x.size(), [&](std::size_t i) {
     const double v = x[i];
     const double weight = w.given() ? w[i] : 1;
     if (weight > 0 && v >= range.low && v <= range.high) {
@@ -36,7 +37,7 @@ Present presentIn(Data x, Interval range, Data w) {
         p.weights.push_back(weight);
       }
     }
-  }
+  });
   return p;
 }
 

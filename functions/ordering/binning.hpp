@@ -15,6 +15,7 @@
 
 #include "functions/data/elements.hpp"
 #include "kernels/exact_totals.hpp"
+#include "kernels/watch.hpp"
 #include "vexel/ordering.hpp"
 
 namespace vexel {
@@ -107,20 +108,20 @@ template <typename T>
 std::size_t addWeights(const Binning& binning, std::span<const T> x, Data weights,
                        kernels::ExactTotals& totals) {
   std::size_t missing = 0;
-  for (std::size_t i = 0; i < x.size(); ++i) {
+  kernels::forEach(x.size(), [&](std::size_t i) {
     const double w = weights[i];
     if (w == 0) {
-      continue;
+      return;
     }
     if (isMissing(x[i]) || isMissing(w)) {
       ++missing;
-      continue;
+      return;
     }
     const std::size_t bin = binning(x[i]);
     if (bin != Binning::outside) {
       totals.add(bin, w);
     }
-  }
+  });
   return missing;
 }
 

@@ -3,6 +3,7 @@
 
 #include "functions/ordering/binning.hpp"
 #include "kernels/binning.hpp"
+#include "kernels/watch.hpp"
 
 namespace vexel {
 
@@ -15,14 +16,14 @@ constexpr std::int64_t kMostBins = std::int64_t{1} << 27;
 template <typename T>
 Interval extremes(std::span<const T> x, Data w) {
   Interval found{std::numeric_limits<double>::infinity(), -std::numeric_limits<double>::infinity()};
-  for (std::size_t i = 0; i < x.size(); ++i) {
+  kernels::forEach(x.size(), [&](std::size_t i) {
     if (w.given() && !(w[i] > 0)) {
-      continue;
+      return;
     }
     const auto v = static_cast<double>(x[i]);
     found.low = v < found.low ? v : found.low;
     found.high = v > found.high ? v : found.high;
-  }
+  });
   return found;
 }
 

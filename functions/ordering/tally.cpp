@@ -6,6 +6,7 @@
 #include <array>
 #include <bit>
 #include <limits>
+#include <memory>
 
 #include "functions/data/elements.hpp"
 #include "functions/ordering/levels.hpp"
@@ -31,18 +32,32 @@ void inBlocks(std::size_t n, F f) {
 
 template <typename T>
 TallyResult<T> tallyBySorting(std::span<const T> x) {
-  std::vector<T> sorted(x.size());
+  const auto place = std::make_unique_for_overwrite<T[]>(x.size());
+  const std::span<T> sorted(place.get(), x.size());
   TallyResult<T> result;
-  result.missing = x.size() - sort(Data(x), std::span<T>(sorted), {.missing = Missing::omit});
-  const auto end = sorted.end() - static_cast<std::ptrdiff_t>(result.missing);
-  for (auto run = sorted.begin(); run != end;) {
-    if (result.counts.size() % kBlock == 0) {
-      kernels::poll();
+  result.missing = x.size() - sort(Data(x), sorted, {.missing = Missing::omit});
+  const std::size_t n = x.size() - result.missing;
+  const auto isLast = [&](std::size_t i) {
+    return static_cast<std::size_t>(i + 1 == n || sorted[i + 1] != sorted[i]);
+  };
+  std::size_t runs = 0;
+  kernels::forEach(n, [&](std::size_t i) { runs += isLast(i); });
+  result.values.reserve(runs);
+  result.counts.reserve(runs);
+  // The last element of a run stays, and how many there are up to it.
+  std::size_t run = 0;
+  kernels::inStretches(n, [&](std::size_t begin, std::size_t end) {
+    const std::size_t most = std::min(runs, run + (end - begin));
+    result.values.resize(most);
+    result.counts.resize(most);
+    for (std::size_t i = begin; i < end; ++i) {
+      result.values[run] = sorted[i] + T{0};
+      result.counts[run] = static_cast<double>(i + 1);
+      run += isLast(i);
     }
-    const auto next = std::find_if(run, end, [v = *run](T other) { return other != v; });
-    result.values.push_back(*run + T{0});
-    result.counts.push_back(static_cast<double>(next - run));
-    run = next;
+  });
+  for (run = runs; run-- > 1;) {
+    result.counts[run] -= result.counts[run - 1];
   }
   return result;
 }
@@ -147,6 +162,22 @@ bool tallyByHash(std::span<const T> x, TallyResult<T>& result) {
   return true;
 }
 
+// Whether nearly all of some elements at equal distances differ, so that a table of levels would
+// only be filled in vain.
+template <typename T>
+bool seemDistinct(std::span<const T> x) {
+  std::array<std::uint64_t, 1024> room;
+  const std::size_t most = x.size() < 8 * room.size() ? 64 : room.size();
+  const std::span<std::uint64_t> some(room.data(), std::min(most, x.size()));
+  const std::size_t step = x.size() / some.size();
+  for (std::size_t i = 0; i < some.size(); ++i) {
+    some[i] = levelKey(x[i * step]);
+  }
+  std::sort(some.begin(), some.end());
+  const auto distinct = std::unique(some.begin(), some.end()) - some.begin();
+  return 20 * static_cast<std::size_t>(distinct) > 19 * some.size();
+}
+
 template <typename T>
 TallyResult<T> tallyCounts(std::span<const T> x) {
   TallyResult<T> result;
@@ -158,7 +189,7 @@ TallyResult<T> tallyCounts(std::span<const T> x) {
       return result;
     }
   }
-  return tallyByHash(x, result) ? result : tallyBySorting(x);
+  return !seemDistinct(x) && tallyByHash(x, result) ? result : tallyBySorting(x);
 }
 
 // The pairs that are there: neither missing nor of weight 0.
@@ -171,10 +202,10 @@ struct Pairs {
   Pairs(std::span<const T> x, Data w) {
     points.reserve(x.size());
     weights.reserve(x.size());
-    for (std::size_t i = 0; i < x.size(); ++i) {
+    kernels::forEach(x.size(), [&](std::size_t i) {
       const double weight = w[i];
       if (weight == 0) {
-        continue;
+        return;
       }
       if (isMissing(x[i]) || isMissing(weight)) {
         ++missing;
@@ -182,7 +213,7 @@ struct Pairs {
         points.push_back(x[i]);
         weights.push_back(weight);
       }
-    }
+    });
   }
 };
 
@@ -191,6 +222,9 @@ bool weighByHash(const Pairs<T>& pairs, TallyResult<T>& result) {
   Levels levels;
   kernels::ExactTotals totals;
   for (std::size_t i = 0; i < pairs.points.size(); ++i) {
+    if (i % kBlock == 0) {
+      kernels::poll();
+    }
     Levels::Slot* const slot = levels.find(levelKey(pairs.points[i]));
     if (slot == nullptr) {
       return false;

@@ -3,6 +3,7 @@
 #include <cmath>
 
 #include "functions/data/elements.hpp"
+#include "kernels/watch.hpp"
 #include "numerics/sorting/rank_words.hpp"
 #include "vexel/ordering.hpp"
 
@@ -36,7 +37,7 @@ Cutting cutting(const char* function, std::span<const T> x, Cut cut, const TrimO
   requireSomeWeight(function, x, w);
   Cutting result{std::vector<Fate>(x.size(), Fate::kept)};
   double total = 0;
-  for (std::size_t i = 0; i < x.size(); ++i) {
+  kernels::forEach(x.size(), [&](std::size_t i) {
     const double weight = w.given() ? w[i] : 1;
     if (weight == 0) {
       result.fates[i] = Fate::absent;
@@ -48,7 +49,7 @@ Cutting cutting(const char* function, std::span<const T> x, Cut cut, const TrimO
     } else {
       total += weight;
     }
-  }
+  });
   const double below = std::floor(cut.lower * total);
   const double above = std::floor(cut.upper * total);
   double sum = 0;
@@ -88,20 +89,36 @@ std::vector<T> onElementsAs(Data x, F f) {
   });
 }
 
+template <typename T>
+std::vector<T> keptOf(std::span<const T> x, const Cutting& cuts, bool missingToo) {
+  std::vector<T> kept;
+  kernels::forEach(x.size(), [&](std::size_t i) {
+    const Fate fate = cuts.fates[i];
+    if (fate == Fate::kept || (fate == Fate::missing && missingToo)) {
+      kept.push_back(x[i]);
+    }
+  });
+  return kept;
+}
+
+template <typename T>
+void replaceCut(std::span<const T> x, const Cutting& cuts, std::span<T> out) {
+  kernels::forEach(out.size(), [&](std::size_t i) {
+    if (cuts.fates[i] == Fate::below) {
+      out[i] = x[cuts.smallestKept];
+    } else if (cuts.fates[i] == Fate::above) {
+      out[i] = x[cuts.largestKept];
+    }
+  });
+}
+
 }  // namespace
 
 template <DataElement T>
 std::vector<T> trimmed(Data x, Cut cut, const TrimOptions& options) {
   return onElementsAs<T>(x, [&](std::span<const T> elements) {
     const Cutting cuts = cutting("trim", elements, cut, options);
-    std::vector<T> out;
-    for (std::size_t i = 0; i < elements.size(); ++i) {
-      const Fate fate = cuts.fates[i];
-      if (fate == Fate::kept || (fate == Fate::missing && options.missing == Missing::propagate)) {
-        out.push_back(elements[i]);
-      }
-    }
-    return out;
+    return keptOf(elements, cuts, options.missing == Missing::propagate);
   });
 }
 
@@ -117,13 +134,7 @@ std::vector<T> winsorized(Data x, Cut cut, const TrimOptions& options) {
       }
       return out;
     }
-    for (std::size_t i = 0; i < out.size(); ++i) {
-      if (cuts.fates[i] == Fate::below) {
-        out[i] = elements[cuts.smallestKept];
-      } else if (cuts.fates[i] == Fate::above) {
-        out[i] = elements[cuts.largestKept];
-      }
-    }
+    replaceCut(elements, cuts, std::span<T>(out));
     return out;
   });
 }

@@ -22,7 +22,7 @@ std::vector<double> deviations(Data x, Missing missing, bool& broken) {
   std::vector<double> d(x.size());
   double size = 0;
   std::size_t present = 0;
-  for (std::size_t i = 0; i < d.size(); ++i) {
+  kernels::forEach(d.size(), [&](std::size_t i) {
     d[i] = x[i];
     if (isMissing(d[i])) {
       if (missing == Missing::raise) {
@@ -33,7 +33,7 @@ std::vector<double> deviations(Data x, Missing missing, bool& broken) {
       size = std::max(size, std::abs(d[i]));
       ++present;
     }
-  }
+  });
   broken |= present == 0 || std::isinf(size);
   if (broken) {
     return d;
@@ -41,27 +41,26 @@ std::vector<double> deviations(Data x, Missing missing, bool& broken) {
   int exponent = 0;
   std::frexp(size, &exponent);
   kernels::RunningSum sum;
-  for (double& v : d) {
-    v = std::ldexp(v, -exponent);
-    sum.add(isMissing(v) ? 0 : v);
-  }
+  kernels::forEach(d.size(), [&](std::size_t i) {
+    d[i] = std::ldexp(d[i], -exponent);
+    sum.add(isMissing(d[i]) ? 0 : d[i]);
+  });
   // The mean in two parts: its rounding may be large against the deviations.
   const auto count = static_cast<double>(present);
   const double mean = sum.value() / count;
   sum.addProduct(-mean, count);
   const double rest = sum.value() / count;
-  for (double& v : d) {
-    const auto deviation = kernels::DoubleDouble::sumOf(v, -mean);
-    v = isMissing(v) ? 0 : deviation.high + (deviation.low - rest);
-  }
+  kernels::forEach(d.size(), [&](std::size_t i) {
+    const auto deviation = kernels::DoubleDouble::sumOf(d[i], -mean);
+    d[i] = isMissing(d[i]) ? 0 : deviation.high + (deviation.low - rest);
+  });
   return d;
 }
 
 double product(std::span<const double> d, std::size_t lag) {
   kernels::RunningSum sum;
-  for (std::size_t i = 0; i + lag < d.size(); ++i) {
-    sum.addProduct(d[i], d[i + lag]);
-  }
+  kernels::forEach(d.size() - std::min(lag, d.size()),
+                   [&](std::size_t i) { sum.addProduct(d[i], d[i + lag]); });
   return sum.value();
 }
 

@@ -105,8 +105,13 @@ struct Stretch {
 
   const Integer* bits() const { return reinterpret_cast<const Integer*>(x); }
 
-  void look(Parting by) {
+  // done() is called now and then.
+  template <typename Done>
+  void look(Parting by, Done done) {
     for (std::size_t start = 0; start < n; start += kBlock) {
+      if (start % nag2::kPassStep == 0 && start > 0) {
+        done();
+      }
       const std::size_t size = std::min(n - start, kBlock);
       const auto facts = nag2::lookThrough(bits() + start, size, by);
       before += facts.before;
@@ -114,6 +119,17 @@ struct Stretch {
       if (by.floats && facts.hasZeroOrNan) {
         equals.collect(x + start, size);
       }
+    }
+  }
+
+  template <typename Done>
+  void part(Parting by, Integer* front, Integer* back, Done done) const {
+    for (std::size_t start = 0; start < n; start += nag2::kPassStep) {
+      const std::size_t size = std::min(n - start, nag2::kPassStep);
+      const std::size_t parted = nag2::part(bits() + start, size, by, front, back);
+      front += parted;
+      back += size - parted;
+      done();
     }
   }
 };
@@ -127,6 +143,19 @@ void sortIntegers(nag2::SignedOf<T>* x, std::size_t n, bool descending, bool som
   }
 }
 
+// Runs both, the first on a thread that may be told to stop.
+template <typename First, typename Second>
+void inTwoThreads(First first, Second second) {
+  nag2::runBoth(
+      [&] {
+        try {
+          first();
+        } catch (const nag2::SortStopped&) {
+        }
+      },
+      second);
+}
+
 // Sorts x into out, other memory, with two threads: each looks at half of the input, brings its
 // elements to their side of a pivot, and sorts a side.
 template <typename T>
@@ -134,24 +163,19 @@ Indistinct<T> sortInTwoThreads(const T* x, std::size_t n, nag2::Parting<nag2::Si
                                nag2::SignedOf<T>* out) {
   Stretch<T> first{x, n / 2};
   Stretch<T> second{x + n / 2, n - n / 2};
-  nag2::runBoth([&] { first.look(by); }, [&] { second.look(by); });
+  nag2::SortProgress passes(n);
+  const auto done = [&] { passes.done(0); };
+  inTwoThreads([&] { first.look(by, done); }, [&] { second.look(by, done); });
   nag2::SignedOf<T>* const middle = out + first.before + second.before;
-  nag2::runBoth([&] { nag2::part(first.bits(), first.n, by, out, middle); },
-                [&] {
-                  nag2::part(second.bits(), second.n, by, out + first.before,
-                             middle + (first.n - first.before));
-                });
+  inTwoThreads(
+      [&] { first.part(by, out, middle, done); },
+      [&] { second.part(by, out + first.before, middle + (first.n - first.before), done); });
   const bool someNegative = first.someNegative || second.someNegative;
   const bool watched = vexel::kernels::currentWatcher != nullptr;
   const std::size_t before = first.before + second.before;
   nag2::SortProgress progress(n - before);
-  nag2::runBoth(
-      [&] {
-        try {
-          sortIntegers<T>(out, before, by.descending, someNegative, watched, progress);
-        } catch (const nag2::SortStopped&) {
-        }
-      },
+  inTwoThreads(
+      [&] { sortIntegers<T>(out, before, by.descending, someNegative, watched, progress); },
       [&] { sortIntegers<T>(middle, n - before, by.descending, someNegative, watched, progress); });
   first.equals.append(second.equals);
   return std::move(first.equals);
@@ -169,8 +193,10 @@ void sortByVectors(const T* x, std::size_t n, bool descending, T* out) {
     equals = sortInTwoThreads(x, n, by, integers);
   } else {
     Stretch<T> whole{x, n};
-    whole.look(by);
-    std::transform(x, x + n, integers, toInteger<T>);
+    whole.look(by, [] { vexel::kernels::poll(); });
+    vexel::kernels::inStretches(n, [&](std::size_t begin, std::size_t end) {
+      std::transform(x + begin, x + end, integers + begin, toInteger<T>);
+    });
     nag2::SortProgress progress(n);
     sortIntegers<T>(integers, n, descending, whole.someNegative,
                     vexel::kernels::currentWatcher != nullptr, progress);

@@ -225,7 +225,7 @@ class RankWords {
   void visitWords(std::size_t begin, std::size_t end, Visit& visit, Expect& expect, Look look) {
     std::uint64_t* const words = words_.get();
     for (std::size_t polled = begin; begin < end;) {
-      if (begin - polled >= kSortStep) {
+      if (begin - polled >= kPassStep) {
         look(begin);
         polled = begin;
       }

@@ -46,6 +46,8 @@ class SortProgress {
 };
 
 inline constexpr std::size_t kSortStep = std::size_t{1} << 22;
+// Of elements that are only read or written, between two looks.
+inline constexpr std::size_t kPassStep = std::size_t{1} << 20;
 
 template <typename Integer>
 Integer middling(const Integer* x, std::size_t n) {
@@ -94,11 +96,7 @@ void sortInSteps(Integer* x, Integer* scratch, std::size_t n, bool descending,
   Integer* back = scratch + before;
   for (std::size_t start = 0; start < n; start += kSortStep) {
     const std::size_t size = std::min(n - start, kSortStep);
-    part(x + start, size, by, front, back);
-    const auto parted =
-        static_cast<std::size_t>(std::count_if(x + start, x + start + size, [&](Integer v) {
-          return descending ? by.pivot < v : v < by.pivot;
-        }));
+    const std::size_t parted = part(x + start, size, by, front, back);
     front += parted;
     back += size - parted;
     progress.done(0);

@@ -96,7 +96,9 @@ BlockFacts<Integer> lookThroughAll(const Integer* x, std::size_t n, Parting<Inte
 }
 
 template <typename Integer>
-void partAll(const Integer* x, std::size_t n, Parting<Integer> by, Integer* front, Integer* back) {
+std::size_t partAll(const Integer* x, std::size_t n, Parting<Integer> by, Integer* front,
+                    Integer* back) {
+  const Integer* const start = front;
   const Sides<Integer> sides(by);
   const typename Sides<Integer>::Tag d;
   std::size_t i = 0;
@@ -110,6 +112,7 @@ void partAll(const Integer* x, std::size_t n, Parting<Integer> by, Integer* fron
     const Integer v = sides.integer(x[i]);
     *(sides.isBefore(v) ? front : back)++ = v;
   }
+  return static_cast<std::size_t>(front - start);
 }
 
 BlockFacts<std::int32_t> lookThrough32(const std::int32_t* x, std::size_t n,
@@ -120,13 +123,13 @@ BlockFacts<std::int64_t> lookThrough64(const std::int64_t* x, std::size_t n,
                                        Parting<std::int64_t> by) {
   return lookThroughAll(x, n, by);
 }
-void part32(const std::int32_t* x, std::size_t n, Parting<std::int32_t> by, std::int32_t* front,
-            std::int32_t* back) {
-  partAll(x, n, by, front, back);
+std::size_t part32(const std::int32_t* x, std::size_t n, Parting<std::int32_t> by,
+                   std::int32_t* front, std::int32_t* back) {
+  return partAll(x, n, by, front, back);
 }
-void part64(const std::int64_t* x, std::size_t n, Parting<std::int64_t> by, std::int64_t* front,
-            std::int64_t* back) {
-  partAll(x, n, by, front, back);
+std::size_t part64(const std::int64_t* x, std::size_t n, Parting<std::int64_t> by,
+                   std::int64_t* front, std::int64_t* back) {
+  return partAll(x, n, by, front, back);
 }
 
 }  // namespace
@@ -178,13 +181,13 @@ BlockFacts<std::int64_t> lookThrough(const std::int64_t* x, std::size_t n,
                                      Parting<std::int64_t> by) {
   return HWY_DYNAMIC_DISPATCH(lookThrough64)(x, n, by);
 }
-void part(const std::int32_t* x, std::size_t n, Parting<std::int32_t> by, std::int32_t* front,
-          std::int32_t* back) {
-  HWY_DYNAMIC_DISPATCH(part32)(x, n, by, front, back);
+std::size_t part(const std::int32_t* x, std::size_t n, Parting<std::int32_t> by,
+                 std::int32_t* front, std::int32_t* back) {
+  return HWY_DYNAMIC_DISPATCH(part32)(x, n, by, front, back);
 }
-void part(const std::int64_t* x, std::size_t n, Parting<std::int64_t> by, std::int64_t* front,
-          std::int64_t* back) {
-  HWY_DYNAMIC_DISPATCH(part64)(x, n, by, front, back);
+std::size_t part(const std::int64_t* x, std::size_t n, Parting<std::int64_t> by,
+                 std::int64_t* front, std::int64_t* back) {
+  return HWY_DYNAMIC_DISPATCH(part64)(x, n, by, front, back);
 }
 
 }  // namespace nag2
@@ -205,8 +208,14 @@ BlockFacts<std::int32_t> lookThrough(const std::int32_t*, std::size_t, Parting<s
 BlockFacts<std::int64_t> lookThrough(const std::int64_t*, std::size_t, Parting<std::int64_t>) {
   return {};
 }
-void part(const std::int32_t*, std::size_t, Parting<std::int32_t>, std::int32_t*, std::int32_t*) {}
-void part(const std::int64_t*, std::size_t, Parting<std::int64_t>, std::int64_t*, std::int64_t*) {}
+std::size_t part(const std::int32_t*, std::size_t, Parting<std::int32_t>, std::int32_t*,
+                 std::int32_t*) {
+  return 0;
+}
+std::size_t part(const std::int64_t*, std::size_t, Parting<std::int64_t>, std::int64_t*,
+                 std::int64_t*) {
+  return 0;
+}
 
 }  // namespace nag2
 

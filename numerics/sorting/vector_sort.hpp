@@ -45,10 +45,10 @@ BlockFacts<std::int64_t> lookThrough(const std::int64_t* x, std::size_t n,
                                      Parting<std::int64_t> by);
 
 // Puts the elements that sort before the pivot to front, the others to back; memory of its own
-// each.
-void part(const std::int32_t* x, std::size_t n, Parting<std::int32_t> by, std::int32_t* front,
-          std::int32_t* back);
-void part(const std::int64_t* x, std::size_t n, Parting<std::int64_t> by, std::int64_t* front,
-          std::int64_t* back);
+// each.  The number of those before it.
+std::size_t part(const std::int32_t* x, std::size_t n, Parting<std::int32_t> by,
+                 std::int32_t* front, std::int32_t* back);
+std::size_t part(const std::int64_t* x, std::size_t n, Parting<std::int64_t> by,
+                 std::int64_t* front, std::int64_t* back);
 
 }  // namespace nag2

@@ -36,7 +36,7 @@ void checkProgress(py::handle progress) {
   }
 }
 
-Work::Work(std::size_t elements, py::handle progress) {
+Work::Work(std::size_t elements, py::handle progress) : elements_(elements) {
   if (progress && !progress.is_none()) {
     progress_ = pythonHelper("reporter")(progress);
   }

@@ -37,13 +37,16 @@ class Work {
     if (report_) {
       begin_ = static_cast<double>(i) / static_cast<double>(n);
       share_ = 1 / static_cast<double>(n);
-      if (i % 64 == 0) {
+      if (i % 64 == 0 || elements_ / n >= longParts) {
         report_(begin_);
       }
     }
   }
 
  private:
+  static constexpr std::size_t longParts = 1024;  // of more elements there is a look at each
+
+  std::size_t elements_;
   double begin_ = 0;  // of the part that is being done, in the whole
   double share_ = 1;
   py::object progress_;

@@ -325,6 +325,30 @@ TEST(Ordering, TrimmingCountsFromBothEnds) {
   EXPECT_THAT(vx::winsorize({5, 1, 3}, {0.3, 0}, {.weights = {1, 2, 4}}), ElementsAre(5, 3, 3));
 }
 
+// A few million elements of cheap work between two looks, whatever is done with them.
+TEST(Ordering, LongWorkLooksAtTheWatch) {
+  constexpr std::size_t n = std::size_t{3} << 20;
+  std::mt19937_64 random(1);
+  std::normal_distribution<double> normal;
+  Doubles x(n), levels(n);
+  std::generate(x.begin(), x.end(), [&] { return normal(random); });
+  std::transform(x.begin(), x.end(), levels.begin(), [](double v) { return std::floor(v); });
+  const Doubles w(n, 2.0);
+  const auto looks = [](auto work) {
+    int count = 0;
+    const vx::Watch watch([&](double) { return ++count > 0; });
+    work();
+    return count;
+  };
+  EXPECT_GE(looks([&] { vx::sort(x); }), 2);
+  EXPECT_GE(looks([&] { vx::tally(x); }), 3);
+  EXPECT_GE(looks([&] { vx::tally(levels, {.weights = w}); }), 3);
+  EXPECT_GE(looks([&] { vx::histogram(x, 9, {.weights = w}); }), 3);
+  EXPECT_GE(looks([&] { vx::histogram(x, vx::BinRule::scott); }), 3);
+  EXPECT_GE(looks([&] { vx::trimmed<double>(x, 0.1); }), 3);
+  EXPECT_GE(looks([&] { vx::winsorized<double>(x, 0.1); }), 3);
+}
+
 // Under a watch the long sorts go in steps; they give the same, and stop when they are told to.
 TEST(Ordering, LongSortsCanBeWatchedAndStopped) {
   std::mt19937_64 random(9);
