@@ -30,6 +30,20 @@ void addDescriptive(std::vector<Job>& all) {
         vx::mean(kPoints), vx::mean(kPoints, {.weights = kWeights, .kind = vx::Mean::geometric}),
         vx::trimmed_mean(kPoints, 0.1), vx::winsorized_mean(kPoints, 0.1, {.weights = kWeights})};
   });
+  add(all, "columns", [] {
+    constexpr std::size_t count = 5;
+    Vector many;  // more rows than a block of sums has
+    for (int i = 0; i < 30000; ++i) {
+      many.push_back(std::sin(i));
+    }
+    const vx::Columns columns(vx::Data(many.data(), many.size() / count, count), count);
+    const vx::Columns rows(vx::Data(many.data(), count), many.size() / count, count);
+    Vector means(count);
+    Vector deviations(rows.count());
+    vx::mean(columns, means);
+    vx::std(rows, deviations);
+    return Vector{means[0], means[4], deviations[1]};
+  });
   add(all, "moments", [] {
     return Vector{vx::var(kPoints), vx::std(kPoints, {.weights = kWeights}), vx::skewness(kPoints),
                   vx::kurtosis(kPoints, {.bias = false}), vx::moment(kPoints, {1, 2, 3})[2]};
