@@ -128,7 +128,7 @@ std::vector<double> autocorrelation(Data x, std::span<const std::size_t> lags,
 
 std::vector<double> autocorrelation(Data x, std::size_t last,
                                     const AutocorrelationOptions& options) {
-  if (last >= std::max(x.size(), std::size_t{1})) {
+  if (last >= x.size() && x.size() > 0) {
     throw std::invalid_argument(
         expected("lags", "less than the number of elements", std::to_string(last)));
   }

@@ -254,24 +254,6 @@ void Elements::say(const char* name) const {
   }
 }
 
-bool Elements::hasNan() const {
-  for (const double x : doubles()) {
-    if (std::isnan(x)) {
-      return true;
-    }
-  }
-  return false;
-}
-
-bool Elements::hasInfinity() const {
-  for (const double x : doubles()) {
-    if (std::isinf(x)) {
-      return true;
-    }
-  }
-  return false;
-}
-
 bool same(const std::vector<double>& a, const std::vector<double>& b) {
   for (std::size_t i = 0; i < a.size() && i < b.size(); ++i) {
     if (!same(a[i], b[i])) {

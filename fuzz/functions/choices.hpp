@@ -74,8 +74,6 @@ class Elements {
   std::size_t size() const { return view_.size(); }
   std::vector<double> doubles() const;
   void say(const char* name) const;  // on stderr, where it is talkative
-  bool hasNan() const;
-  bool hasInfinity() const;
 
  private:
   void store(Choices& choices, const std::vector<double>& values);

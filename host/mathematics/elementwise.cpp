@@ -372,10 +372,6 @@ ALGEB elementwiseWhole(State& state, ALGEB x, bool absolutely) {
              : combined(state, x, state.null, [&](ALGEB e, ALGEB) { return absolute(state, e); });
 }
 
-ALGEB elementwiseNegative(State& state, ALGEB x) {
-  return elementwise(state, ArithmeticOp::multiply, immediate(-1), x);
-}
-
 ALGEB elementwiseComparison(State& state, CompareOp op, ALGEB a, ALGEB b) {
   checkStack(state);
   requireSameShape(state, a, b);

@@ -25,8 +25,6 @@ ALGEB elementwise(State& state, ArithmeticOp op, ALGEB a, ALGEB b);
 // anything else.
 ALGEB elementwiseWhole(State& state, ALGEB x, bool absolutely);
 
-ALGEB elementwiseNegative(State& state, ALGEB x);
-
 // Lists, or arrays of host objects, of true and false; raises where a comparison is open.
 ALGEB elementwiseComparison(State& state, CompareOp op, ALGEB a, ALGEB b);
 // An equation with a list or an array on a side as true and false of their elements, where a

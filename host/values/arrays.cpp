@@ -192,11 +192,6 @@ bool zeroIsKept(State& state, int from, int to) {
 
 std::string_view typeName(int type) { return kTypeNames[static_cast<std::size_t>(type)]; }
 
-int typeOfName(std::string_view text) {
-  const auto found = std::find(kTypeNames.begin(), kTypeNames.end(), text);
-  return found == kTypeNames.end() ? -1 : static_cast<int>(found - kTypeNames.begin());
-}
-
 ALGEB newArray(State& state, const RTableSettings& s, const void* data, const V_INT* bounds) {
   ALGEB x = newZeroArray(state, s, bounds);
   if (data == nullptr) {

@@ -12,9 +12,8 @@
 
 namespace vexel {
 
-// "float[8]" and so on; the code of such a text, -1 for none.
+// "float[8]" and so on.
 std::string_view typeName(int type);
-int typeOfName(std::string_view text);
 
 ALGEB newArray(State& state, const RTableSettings& s, const void* data, const V_INT* bounds);
 // An array over memory of somebody else, whose owner it holds as long as it lives.

@@ -5,6 +5,7 @@
 #include <cmath>
 
 #include "numerics/special/normal_functions.hpp"
+#include "numerics/special/special.hpp"
 #include "numerics/special/stirling_tables.hpp"
 
 namespace nag2 {
@@ -34,24 +35,10 @@ long double minusLog1pmx(long double t) {
   return r * (t - 2.0L * square * sum);
 }
 
-// The same for |t| <= 0.4 in double: |r| <= 1/4, and r^28 / 31 is below epsilon / 100.
-double plainMinusLog1pmx(double t) {
-  const double r = t / (2.0 + t);
-  const double s = r * r;
-  double sum = 1.0 / 7.0 + s * (1.0 / 9.0 + s * (1.0 / 11.0 + s * (1.0 / 13.0)));
-  if (s > 0.002) {
-    const double s4 = (s * s) * (s * s);
-    sum += s4 * ((1.0 / 15.0 + s * (1.0 / 17.0)) + s * s * (1.0 / 19.0 + s * (1.0 / 21.0)) +
-                 s4 * ((1.0 / 23.0 + s * (1.0 / 25.0)) + s * s * (1.0 / 27.0 + s * (1.0 / 29.0))));
-  }
-  sum = 1.0 / 3.0 + s * (1.0 / 5.0 + s * sum);
-  return r * (t - 2.0 * s * sum);
-}
-
 // deviance() in double, for results of moderate size.
 double plainDeviance(double a, double m, double difference) {
   const double t = difference / a;
-  return std::fabs(t) < 0.4 ? a * plainMinusLog1pmx(t) : difference - a * std::log(m / a);
+  return std::fabs(t) < 0.4 ? a * nag2::minusLog1pmx(t) : difference - a * std::log(m / a);
 }
 
 long double stirlingErrorByFit(double z) {

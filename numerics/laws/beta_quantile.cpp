@@ -129,7 +129,9 @@ UnitPair BetaLaw::quantile(double p, Tail which) const {
   const bool right = x > 0.5;
   const BetaLaw turned = mirrored();
   // In the smaller of x and 1 - x; the start may be on the wrong side.
-  double root = right ? turned.quantileBelow(p, other(which), 1.0 - x) : quantileBelow(p, which, x);
+  double root = x > 0.9999 ? turned.quantileBelow(p, other(which), turned.start(p, other(which)))
+                : right    ? turned.quantileBelow(p, other(which), 1.0 - x)
+                           : quantileBelow(p, which, x);
   if (root < 0.9) {
     return right ? UnitPair{1.0 - root, root} : UnitPair{root, 1.0 - root};
   }

@@ -31,8 +31,9 @@ double invertTail(At at, bool rising, double start, double low, double high) {
   // Below this quotient of its ends a bracket is halved in x.
   constexpr double narrow = 2.0;
   for (int i = 0; i < 200; ++i) {
-    // Where the steps have not settled by then, the bracket is narrowed first.
-    if (!(x > low && x < high) || (i >= 12 && high > 1.001 * low)) {
+    // Where the steps have not settled by then, the bracket is narrowed first; of a narrow law they
+    // creep where the tail is nearly 1.
+    if (!(x > low && x < high) || (i >= 12 && high > 1.001 * low) || (i >= 30 && i % 2 == 0)) {
       const double from = std::max(low, std::numeric_limits<double>::denorm_min());
       const double to = std::min(high, std::numeric_limits<double>::max());
       x = to > narrow * from ? std::sqrt(from) * std::sqrt(to) : 0.5 * from + 0.5 * to;
@@ -56,8 +57,10 @@ double invertTail(At at, bool rising, double start, double low, double high) {
     const double next = std::fabs(step) < 0.01 ? x + x * (step * (1.0 + step * (0.5 + step / 6.0)))
                                                : x * std::exp(step);
     const double size = std::fabs(step);
-    // Far from the root the curve may be mere rounding, and such a step says nothing.
-    if (share < 2.0 && size * size * size * (1.0 + 4.0 * curve * curve) < 1e-17) {
+    // Far from the root the curve may be mere rounding, and such a step says nothing; of a narrow
+    // law it is short, too.
+    if (share < 2.0 && size * size * size * (1.0 + 4.0 * curve * curve) < 1e-17 &&
+        size * s.gap * s.gap < 1e-17) {
       return next;
     }
     x = next;

@@ -114,24 +114,4 @@ double logNormalLower(double x) {
   return -0.5 * x * x - (logRootTwoPi - std::log(millsRatio(-x)));
 }
 
-double normalInverseOfLog(double logP) {
-  if (!(logP < 0.0)) {
-    return logP == 0.0 ? infinity : std::numeric_limits<double>::quiet_NaN();
-  }
-  if (logP > -0.6931471805599453) {
-    return -normalInverse(-std::expm1(logP));
-  }
-  if (logP > -600.0) {
-    return normalInverse(std::exp(logP));
-  }
-  // x^2/2 + log x + log sqrt(2 pi) = -logP, then Newton steps; the derivative of the logarithm is
-  // one over Mills's ratio.
-  const double twice = -2.0 * logP;
-  double x = std::sqrt(twice - 2.0 * logRootTwoPi - std::log(twice));
-  for (int i = 0; i < 3 && std::isfinite(x); ++i) {
-    x += (logNormalLower(-x) - logP) * millsRatio(x);
-  }
-  return -x;
-}
-
 }  // namespace nag2

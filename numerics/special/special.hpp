@@ -115,8 +115,6 @@ inline double millsRatio(double z) {
 }
 // log P(Z <= x); of any x for which it is a double, relative to itself at both ends.
 double logNormalLower(double x);
-// x with log P(Z <= x) = logP <= 0.
-double normalInverseOfLog(double logP);
 
 // log(1 - exp(x)) for x < 0.
 inline double log1mexp(double x) {

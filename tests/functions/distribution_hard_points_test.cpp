@@ -209,4 +209,14 @@ TEST(DistributionHardPoints, NonCentralBetaByItsClosedForms) {
   }
 }
 
+// The upper half of a law narrower than the rounding of 1 - x.
+TEST(DistributionHardPoints, NarrowLawsHaveQuantilesOnBothSides) {
+  const FRatio law(5.2000841310894166e28, 1e16);
+  EXPECT_NEAR(law.isf(0.5), 1.0, 1e-15);
+  for (const double p : {0.2, 1e-3, 1e-16, 1e-91}) {
+    EXPECT_NEAR(law.isf(p) - 1.0, 1.0 - law.quantile(p), 1e-5 * (law.isf(p) - 1.0)) << p;
+    EXPECT_GT(law.isf(p), 1.0 + 1e-8) << p;
+  }
+}
+
 }  // namespace

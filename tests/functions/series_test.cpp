@@ -310,6 +310,7 @@ TEST(Series, AutocorrelationDividesByN) {
   EXPECT_TRUE(std::isnan(vx::autocorrelation({1, kNan, 2}, 1)[0]));
   EXPECT_EQ(vx::autocorrelation({1, kNan, 2}, 2, {.missing = vx::Missing::omit})[2], -0.5);
   EXPECT_TRUE(std::isnan(vx::autocorrelation({3, 3}, 1)[0]));
+  EXPECT_TRUE(std::isnan(vx::autocorrelation(std::vector<double>(), 2)[2]));
 }
 
 }  // namespace

@@ -66,7 +66,6 @@ class KernelTest : public testing::Test {
     return "no error";
   }
   // --- random draws ---
-  void scriptIntegers(std::vector<std::int32_t> v) { kernel.scriptRandom(v, {}); }
   void scriptUniforms(std::vector<double> v) { kernel.scriptRandom({}, v); }
   void script(std::vector<std::int32_t> integers, std::vector<double> doubles) {
     kernel.scriptRandom(integers, doubles);
