@@ -1,4 +1,8 @@
-"""Order of numbers that are more than doubles: fractions, decimals, big integers, SymPy's."""
+"""Order of numbers that are more than doubles: fractions, decimals, big integers, SymPy's.
+
+Each value gets the number, from 0, of its place among the distinct ones; the extension orders those,
+along whichever axis.
+"""
 
 from __future__ import annotations
 
@@ -32,15 +36,8 @@ def _fraction(v: Any) -> Fraction | float | None:
     return None
 
 
-def _keys(x: Any, nan_policy: str) -> tuple[list[Any], list[int], list[int]]:
-    """Something to compare for each element, and where elements are present and missing."""
-    if nan_policy not in ("propagate", "omit", "raise"):
-        raise ValueError(f'nan_policy: allowed are "propagate", "omit", "raise"; {_core.short_text(nan_policy)} came')
-    missing = [i for i, v in enumerate(x) if _is_missing(v)]
-    if missing and nan_policy == "raise":
-        raise ValueError(f"x: missing values are not allowed, one came at {missing[0]}")
-    gone = set(missing)
-    present = [i for i in range(len(x)) if i not in gone]
+def _keys(x: Any, present: list[int]) -> list[Any]:
+    """Something to compare for each element that is there."""
     keys: list[Any] = [None] * len(x)
     for i in present:
         keys[i] = _fraction(x[i])
@@ -52,54 +49,56 @@ def _keys(x: Any, nan_policy: str) -> tuple[list[Any], list[int], list[int]]:
                 raise TypeError(f"x: numbers are expected, {_core.short_text(x[i])} came")
         compare = cmp_to_key(lambda a, b: -1 if _less(a, b) else int(_less(b, a)))
         keys = [None if k is None else compare(k) for k in keys]
-    return keys, present, missing
+    return keys
 
 
 def _less(a: Any, b: Any) -> bool:
     import sympy
 
-    return bool(sympy.sympify(a) < sympy.sympify(b))
+    a, b = sympy.sympify(a), sympy.sympify(b)
+    found = a < b
+    if found in (True, False):
+        return bool(found)
+    if (a - b).equals(0):  # two forms of one number
+        return False
+    raise TypeError(f"x: numbers whose order can be told are expected, {_core.short_text(a)} and {_core.short_text(b)} came")
 
 
-def _order(x: Any, nan_policy: str) -> tuple[list[Any], list[int], list[int]]:
-    keys, present, missing = _keys(x, nan_policy)
-    return keys, sorted(present, key=lambda i: keys[i]), missing
+def _levels(x: np.ndarray) -> tuple[np.ndarray, list[Any]]:
+    """The number of each one's value among the distinct ones, NaN where none is, and these values."""
+    flat = x.reshape(-1)
+    present = [i for i, v in enumerate(flat) if not _is_missing(v)]
+    keys = _keys(flat, present)
+    numbers, values = np.full(len(flat), np.nan), []
+    last: Any = None
+    for i in sorted(present, key=lambda i: keys[i]):
+        if last is None or last < keys[i]:
+            values.append(flat[i])
+            last = keys[i]
+        numbers[i] = len(values) - 1
+    return numbers.reshape(x.shape), values
 
 
-def exact_argsort(x: Any, nan_policy: str) -> np.ndarray:
-    _, order, missing = _order(x, nan_policy)
-    return np.array(order + (missing if nan_policy == "propagate" else []), dtype=np.int64)
+def exact_argsort(x: np.ndarray, axis: Any, nan_policy: Any, out: Any = None) -> np.ndarray:
+    return _core.argsort(_levels(x)[0], axis, nan_policy, out, None)
 
 
-def exact_sort(x: Any, nan_policy: str) -> np.ndarray:
-    found: np.ndarray = x[exact_argsort(x, nan_policy)]
+def exact_sort(x: np.ndarray, axis: Any, nan_policy: Any) -> np.ndarray:
+    numbers = _levels(x)[0]
+    if nan_policy == "raise":
+        _core.sort(numbers, axis, nan_policy, None, None)  # whose refusal has its name
+    order = _core.argsort(numbers, axis, nan_policy, None, None)
+    found: np.ndarray = x.reshape(-1)[order] if axis is None else np.take_along_axis(x, order, axis)
     return found
 
 
-def _levels(x: Any, nan_policy: str) -> tuple[list[int], list[int], int]:
-    """The order, and the number from 0 of each one's value among the distinct ones."""
-    keys, order, missing = _order(x, nan_policy)
-    levels: list[int] = []
-    for a, b in zip([None, *order], order):
-        levels.append(0 if a is None else levels[-1] + int(keys[a] < keys[b]))
-    return order, levels, len(missing)
+def exact_rank(x: np.ndarray, method: Any, axis: Any, nan_policy: Any, out: Any) -> np.ndarray:
+    return _core.rank(_levels(x)[0], method, axis, nan_policy, out, None)
 
 
-def exact_rank(x: Any, method: str, nan_policy: str) -> np.ndarray:
-    order, levels, _ = _levels(x, nan_policy)
-    numbers = np.full(len(x), np.nan)
-    numbers[order] = levels
-    return _core.rank(numbers, method, -1, nan_policy, None, None)
-
-
-def exact_tally(x: Any, weights: Any, nan_policy: str) -> TallyResult:
-    order, levels, missing = _levels(x, nan_policy)
-    first: dict[int, int] = {}
-    for i, level in zip(order, levels):
-        first.setdefault(level, i)
-    numbers = np.full(len(x), np.nan)
-    numbers[order] = levels
+def exact_tally(x: np.ndarray, weights: Any, nan_policy: Any) -> TallyResult:
+    numbers, distinct = _levels(x)
     found, counts, missing = _core.tally(numbers, weights, nan_policy, None)
     values = np.empty(len(found), dtype=object)
-    values[:] = [x[first[int(level)]] for level in found]
+    values[:] = [distinct[int(level)] for level in found]
     return TallyResult(values, counts, missing)

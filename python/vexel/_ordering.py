@@ -18,15 +18,25 @@ if TYPE_CHECKING:
 
 
 def _elements(x: Any) -> Any:
-    """Data whose own type the result has: whole numbers of lists and columns are not made floats."""
+    """Data whose own type the result has: numbers of lists and columns that doubles cannot hold stay."""
     if type(x) not in (list, tuple):
+        if type(x).__module__.partition(".")[0] == "pandas" and hasattr(x, "to_numpy"):
+            types = [x.dtype] if hasattr(x, "dtype") else getattr(x, "dtypes", [])
+            if any(t == object for t in types):
+                return x.to_numpy(dtype=object)
+        if isinstance(x, np.ma.MaskedArray) and x.dtype == object:
+            return np.where(np.ma.getmaskarray(x), None, np.ma.getdata(x))
         return column(x, "x")
     array = np.asarray(x)
-    # NumPy makes floats of whole numbers that no one type holds, as of 2^63 and -1.
-    exact = array.dtype != np.float64 or array.ndim != 1 or not all(type(v) is int for v in x)
-    return array if exact or not array.size else np.array(x, dtype=object)
+    # NumPy makes floats of whole numbers beside floats, and of those that no one type holds, as of 2^63 and -1.
+    if array.dtype != np.float64 or not array.size or not np.any(np.abs(array) >= _WHOLE):
+        return array
+    own = np.array(x, dtype=object)
+    wide = own.shape == array.shape and any(isinstance(v, (int, np.integer)) and abs(int(v)) > _WHOLE for v in own.flat)
+    return own if wide else array
 
 
+_WHOLE = 2**53  # up to here doubles have every whole number
 _HALF = np.uint64(1 << 63)
 
 
@@ -67,7 +77,7 @@ def _placed(values: Array, out: Array | None) -> Array:
 
 def _is_exact(x: Any) -> bool:
     """Objects that are more than doubles: fractions, decimals, big integers, SymPy's numbers."""
-    return isinstance(x, np.ndarray) and x.dtype == object and x.ndim == 1
+    return isinstance(x, np.ndarray) and x.dtype == object and x.ndim > 0
 
 
 def sort(x: ArrayLike, *, axis: Axis = -1, nan_policy: NanPolicy = "propagate",
@@ -102,7 +112,7 @@ def sort(x: ArrayLike, *, axis: Axis = -1, nan_policy: NanPolicy = "propagate",
     if _is_exact(x):
         from ._exact import exact_sort
 
-        return _placed(exact_sort(x, nan_policy), out)
+        return _placed(exact_sort(x, axis, nan_policy), out)
     moved = _signed(x)
     if moved is not None:
         return _unsigned(_core.sort(moved, axis, nan_policy, None, progress), out)
@@ -134,7 +144,7 @@ def argsort(x: ArrayLike, *, axis: Axis = -1, nan_policy: NanPolicy = "propagate
     if _is_exact(x):
         from ._exact import exact_argsort
 
-        return _placed(exact_argsort(x, nan_policy), out)
+        return exact_argsort(x, axis, nan_policy, out)
     moved = _signed(x)
     return _core.argsort(x if moved is None else moved, axis, nan_policy, out, progress)
 
@@ -166,7 +176,7 @@ def rank(x: ArrayLike, *, method: RankMethod = "average", axis: Axis = -1,
     if _is_exact(x):
         from ._exact import exact_rank
 
-        return _placed(exact_rank(x, method, nan_policy), out)
+        return exact_rank(x, method, axis, nan_policy, out)
     moved = _signed(x)
     return _core.rank(x if moved is None else moved, method, axis, nan_policy, out, progress)
 

@@ -195,8 +195,7 @@ def test_inputs_are_viewed_not_changed():
 
 def test_exact_numbers():
     from decimal import Decimal
-    from fractions import Fraction
-
+    import pandas as pd
     import sympy
 
     third = Fraction(1, 3)
@@ -208,6 +207,22 @@ def test_exact_numbers():
     assert t.missing == 1
     assert vx.sort([sympy.pi, sympy.sqrt(10), 3]).tolist() == [3, sympy.pi, sympy.sqrt(10)]
     assert vx.mean([third, Fraction(2, 3)]) == 0.5
+    big, table = 10**30, np.array([[third, Fraction(1, 4)], [Fraction(1, 5), None]], object)
+    assert vx.rank([[big + 1, big]]).tolist() == [[2, 1]] and vx.argsort([[big + 1, big]]).tolist() == [[1, 0]]
+    assert vx.tally([[big + 1, big]]).values.tolist() == [big, big + 1]
+    assert vx.sort(table).tolist() == [[Fraction(1, 4), third], [Fraction(1, 5), None]]
+    assert vx.sort(table, axis=0).tolist() == [[Fraction(1, 5), Fraction(1, 4)], [third, None]]
+    assert vx.sort(table, axis=None).tolist() == [Fraction(1, 5), Fraction(1, 4), third, None]
+    assert vx.sort(pd.Series(table[0])).tolist() == vx.sort(pd.DataFrame(table[:1]))[0].tolist() == [Fraction(1, 4), third]
+    assert vx.rank([2**53 + 1, 2.0**53]).tolist() == [2, 1] and vx.sort([[2**53 + 1, 2.0**53]]).tolist() == [[2**53, 2**53 + 1]]
+    assert vx.sort([2, 1e300]).dtype == np.float64
+    assert vx.sort(np.ma.array([third, third], object, mask=[1, 0])).tolist() == [third, None]
+    one = sympy.sin(1) ** 2 + sympy.cos(1) ** 2
+    assert vx.tally([one, 1]).counts.tolist() == [2] and vx.sort([1, one, third]).tolist() == [third, 1, one]
+    with pytest.raises(TypeError, match="^x: "):
+        vx.sort([sympy.I, 1])
+    with pytest.raises(ValueError, match="^sort: element 1 is missing"):
+        vx.sort(table[1], nan_policy="raise")
 
 
 def test_results_print_draw_and_unpack(tmp_path):
