@@ -10,7 +10,7 @@
 #   make accuracy  error of every probability and quantile against high-precision references: docs/accuracy.md, docs/functions/accuracy.md
 #   make docs      the reference site, build/site/index.html: guide, Python, C++, language, entry points, with search
 #   make gallery   run the examples and write docs/gallery.md
-#   make tidy      clang-tidy over the product and its kernels; every finding is an error
+#   make tidy      clang-tidy over the product, its kernels and the numerical functions; every finding is an error
 #   make clang     the product, built by Clang without a warning
 #   make fuzz SECONDS=300   the fuzz targets, sharing that time
 #   make format    format the sources; make format-check: fail where they are not
@@ -86,7 +86,7 @@ accuracy: build
 	@PATH=/usr/bin:$$PATH python3 bench/accuracy/accuracy_report.py build/lib/libnag2.so build/bin/vexel --markdown
 	@PATH=/usr/bin:$$PATH python3 bench/accuracy/functions_report.py build/lib include
 
-TIDY = git ls-files 'stats/src/*.cpp' 'kernels/*.cpp'
+TIDY = git ls-files 'stats/src/*.cpp' 'kernels/*.cpp' 'numerics/*.cpp'
 
 tidy: build
 	@scripts/install-packages check

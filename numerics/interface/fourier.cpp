@@ -148,8 +148,8 @@ void realToHermitian(double* x, std::size_t m) {
   }
   const ComplexVector c = transform(pairs);
   for (std::size_t k = 0; k <= h; ++k) {
-    const Complex a = c[k % h];
-    const Complex b = std::conj(c[(h - k) % h]);
+    const Complex a = c[k == h ? 0 : k];
+    const Complex b = std::conj(c[k == 0 ? 0 : h - k]);
     const Complex even = 0.5 * (a + b);
     const Complex difference = 0.5 * (a - b);
     const Complex odd(difference.imag(), -difference.real());  // divided by i

@@ -40,7 +40,7 @@ struct Indistinct {
     for (std::size_t i = 0; i < n; ++i) {
       if (x[i] == T{0}) {
         zeros.push_back(x[i]);
-      } else if (x[i] != x[i]) {
+      } else if (x[i] != x[i]) {  // NOLINT(misc-redundant-expression): a NaN
         nans.push_back(x[i]);
       }
     }

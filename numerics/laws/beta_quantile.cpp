@@ -46,9 +46,13 @@ double BetaLaw::density(UnitPair at) const {
   }
   if (at.x <= 0.0 || at.y <= 0.0) {
     const double own = at.x <= 0.0 ? a_ : b_;
-    return at.x < 0.0 || at.y < 0.0 || own > 1.0 ? 0.0
-           : own < 1.0                           ? infinity
-                                                 : (at.x <= 0.0 ? b_ : a_);
+    if (at.x < 0.0 || at.y < 0.0 || own > 1.0) {
+      return 0.0;
+    }
+    if (own < 1.0) {
+      return infinity;
+    }
+    return at.x <= 0.0 ? b_ : a_;
   }
   const double w = weight(at);
   const double value = w * (a_ / at.x) * (b_ / n_) / at.y;

@@ -124,7 +124,7 @@ MixtureSums mixtureSums(const Family& family, double mean, Tail which, bool asLo
       w *= weightDrift;
       d *= growthDrift;
       step = 0;
-      lookout.done(stride * termCost);
+      lookout.done(std::int64_t{stride} * termCost);
     }
     if (which == Tail::lower) {
       rest += d;

@@ -180,7 +180,7 @@ struct UpwardSums {
     }
     for (int j = 0; j < mostUpwardTerms; ++j) {
       // 1 / (j + 1), 1 / (j + 3/2) for the weights, 1 / (j + 3/2), 1 / (j + 2) for the decrements.
-      const double* r = &reciprocals[static_cast<std::size_t>(2 * j + 2)];
+      const double* r = &reciprocals[2 * static_cast<std::size_t>(j) + 2];
       for (int k = 0; k < 2; ++k) {
         const double product = w[k] * d[k] * a[k];
         density[k] += product;
@@ -484,6 +484,7 @@ double NoncentralStudentLaw::quantile(double p, Tail which) const {
   const double root =
       invertTail(at, turned == Tail::lower, first > 0.0 ? first : 0.1, 0.0, infinity);
   if (!(std::fabs(gap) < 0.01)) {
+    // NOLINTNEXTLINE(bugprone-narrowing-conversions): both are doubles
     const double beyond = root > 1e300 ? infinity : nan;  // no double is that far out
     return positive ? beyond : -beyond;
   }

@@ -50,7 +50,7 @@ constexpr T fromAscendingKey(KeyOf<T> key) {
 template <std::floating_point T>
 constexpr KeyOf<T> ascendingKey(T x) {
   using Key = KeyOf<T>;
-  if (x != x) {
+  if (x != x) {  // NOLINT(misc-redundant-expression): a NaN
     return static_cast<Key>(~Key{0});
   }
   const Key bits = std::bit_cast<Key>(x + T{0});
