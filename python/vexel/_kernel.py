@@ -15,6 +15,7 @@ import numpy as np
 
 from . import _host
 from ._core import short_text
+from ._statements import name_of, placed, statement, string
 
 
 class KernelError(ValueError):
@@ -102,10 +103,14 @@ class Table(dict[Any, Any]):
 
 # ---- to the host
 
-def _statement(text: str) -> str:
-    """The text as a statement, with or without its final semicolon."""
-    bare = re.sub(r'("(?:[^"\\]|\\.)*")|#[^\n]*', r"\1", text).rstrip()
-    return text if bare.endswith((";", ":")) else text + "\n;"
+def _evaluated(evaluate: Callable[[str], Any], text: str) -> Any:
+    try:
+        return evaluate(statement(text))
+    except KernelError as e:
+        message = placed(str(e), text)
+        if message is None:
+            raise
+    raise KernelError(message)
 
 
 @lru_cache
@@ -355,7 +360,7 @@ class Kernel:
         >>> vx.Kernel().eval("a := 3: a^2;")
         9
         """
-        return _host.eval(_statement(text))
+        return _evaluated(_host.eval, string(text, "text"))
 
     def call(self, name: str, *arguments: Any, **options: Any) -> Any:
         """Calls an entry point, a built-in function or a procedure by name.
@@ -378,7 +383,7 @@ class Kernel:
         >>> vx.Kernel().call("gcd", 12, 18)
         6
         """
-        if name.startswith("STATS_"):
+        if string(name, "name").startswith("STATS_"):
             arguments = tuple(map(_argument, arguments))
         return _host.call(name, *arguments, *(_option(k, v) for k, v in options.items()))
 
@@ -403,17 +408,17 @@ class Kernel:
         >>> k.eval("half(7.0)"), half(5.0)
         (3.5, 2.5)
         """
-        return Procedure(_host.function(name, f))
+        return Procedure(_host.function(string(name, "name"), f))
 
     def __getitem__(self, name: str) -> Any:
         """The value of a name."""
-        return self.eval(_name(name))
+        return self.eval(name_of(name))
 
     def __setitem__(self, name: str, value: Any) -> None:
         """Gives a name a value."""
         once = [value._value if isinstance(value, (Procedure, Expression)) else _host.held(value)]  # so that the callable does not keep the value
         _host.function("_value_for_python", once.pop)
-        _host.eval(f"{_name(name)} := _value_for_python():")
+        _host.eval(f"{name_of(name)} := _value_for_python():")
 
     def seed(self, seed: int) -> None:
         """Starts the host's stream of random numbers.
@@ -452,16 +457,10 @@ def _argument(x: Any) -> Any:
     return np.empty(0) if isinstance(x, list) and not x else x
 
 
-def _name(name: str) -> str:
-    if not re.fullmatch(r"[A-Za-z_]\w*", name):
-        raise ValueError(f"name: letters, digits and _ are allowed, {short_text(name)} came")
-    return name
-
-
 def _option(name: str, value: Any) -> Any:
     if isinstance(value, str):
-        return _host.eval_held(f"{_name(name)} = {value};")
-    return _made("(a, b) -> (a = b)", _host.eval_held(_name(name) + ";"), value)
+        return _host.eval_held(f"{name_of(name)} = {value};")
+    return _made("(a, b) -> (a = b)", _host.eval_held(name_of(name) + ";"), value)
 
 
 _loaded = False
@@ -493,7 +492,7 @@ def compiled(f: Any) -> Any:
                 raise ValueError(f"one symbol is allowed, {', '.join(map(str, symbols))} came")
             f = sympy.Lambda(symbols[0] if symbols else sympy.Symbol("x"), f)
         f = sympy_text(f)
-    procedure = _host.eval_held(_statement(f))
+    procedure = _evaluated(_host.eval_held, f)
     if procedure.kind() != "procedure":
         raise ValueError(f"a procedure as \"x -> exp(-x^2)\" is allowed, {short_text(f)} came")
     return _host.compile(procedure)

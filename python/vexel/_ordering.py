@@ -25,7 +25,9 @@ def _elements(x: Any) -> Any:
             if any(t == object for t in types):
                 return x.to_numpy(dtype=object)
         if isinstance(x, np.ma.MaskedArray) and x.dtype == object:
-            return np.where(np.ma.getmaskarray(x), None, np.ma.getdata(x))
+            own = np.array(np.ma.getdata(x))
+            own[np.ma.getmaskarray(x)] = None
+            return own
         return column(x, "x")
     array = np.asarray(x)
     # NumPy makes floats of whole numbers beside floats, and of those that no one type holds, as of 2^63 and -1.

@@ -21,6 +21,9 @@ class _Sequence:
     _sequence: _core.PointSequence
 
     def __init__(self, d: int, scramble: Scramble, rng: Rng, start: int, *more: Any) -> None:
+        if not (isinstance(scramble, bool) or isinstance(scramble, str) and scramble in ("none", "owen", "shift")):
+            wrong = ValueError if isinstance(scramble, str) else TypeError
+            raise wrong(f'scramble: allowed are False, True, "owen", "shift"; {_core.short_text(scramble)} came')
         # Kept as it is before the keys are drawn: it makes the same sequence again.
         stream = rng if isinstance(rng, Random) else Random._of(_core.stream(rng))
         state = stream.to_bytes()

@@ -132,6 +132,12 @@ def test_errors_name_the_parameter(function, parameter):
     (lambda: vx.Random(1).integers(0, 2**63 + 1), ValueError, r"high: from -2\^63 to 2\^63 is allowed"),
     (lambda: vx.sort(np.array([10**30, 1], object), out=np.zeros(2)), ValueError, "out: an array of object"),
     (lambda: vx.shuffle((1, 2)), TypeError, "x: a list or an array"),
+    (lambda: vx.Sobol(2, scramble="foo"), ValueError, "scramble: allowed are False, True, \"owen\", \"shift\"; 'foo' came"),
+    (lambda: vx.Halton(2, scramble=None), TypeError, "scramble: .* None came"),
+    (lambda: vx.Kernel().eval(None), TypeError, "text: a str is allowed, None came"),
+    (lambda: vx.Kernel().call(None), TypeError, "name: a str is allowed, None came"),
+    (lambda: vx.Kernel().eval("1 +\n2*  # twice"), vx.KernelError, "syntax error at line 2, column 12: .* found the end of the text"),
+    (lambda: vx.Kernel().eval("1 +;"), vx.KernelError, "syntax error at line 1, column 4: .* found ';'"),
 ])
 def test_texts(call, error, text):
     with pytest.raises(error, match="^" + text if text[0] != "_" else text):
