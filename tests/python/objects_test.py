@@ -126,10 +126,55 @@ def test_scipys_names():
     several = scipy.norm([0, 1000], 1)
     assert several.mean().tolist() == [0, 1000] and several.rvs((5, 2), random_state=1).shape == (5, 2)
     assert scipy.norm.rvs(5, 1e-9, 3, random_state=1).shape == (3,) and scipy.poisson.rvs(1e-9, 2, 3).tolist() == [2, 2, 2]
-    for wrong, error in ((lambda: scipy.poisson.pmf(1, 3, scale=2), TypeError), (lambda: scipy.beta(2, 3, scale=-1), ValueError)):
+    for wrong, error in ((lambda: scipy.poisson.pmf(1, 3, scale=2), TypeError), (lambda: scipy.beta(2, 3, scale=-1).rvs(3), ValueError)):
         with pytest.raises(error, match="scale"):
             wrong()
     assert np.diff(several.rvs(random_state=np.random.RandomState(1))) > 900
+    for text in ("norm", "norm(1, 2)", "gamma(2.5, scale=2)", "norm([1, 2])", "poisson(mu=3)"):
+        law = eval(text, vars(scipy).copy())
+        assert repr(law) == repr(pickle.loads(pickle.dumps(law))) == text
+    assert {"norm", "kendalltau"} < set(dir(scipy)) and not {"np", "vx", "Any", "annotations"} & set(dir(scipy))
+    assert scipy.poisson([1, 2]).pmf(0).tolist() == [math.exp(-1), math.exp(-2)]
+
+
+def test_scipys_ends():
+    """Parameters and probabilities out of range are NaN, as SciPy's are; only variates are refused."""
+    nan = math.nan
+    np.testing.assert_array_equal(scipy.norm.ppf([0.5, 2, -1]), [0, nan, nan])
+    np.testing.assert_array_equal(scipy.norm.pdf([0, 0], scale=[-1, math.inf]), [nan, nan])
+    bad = scipy.gamma(-1)
+    for found in (bad.cdf([1, 2]), bad.stats(), bad.support(), bad.interval(0.5), bad.moment(2), bad.entropy(), bad.expect(abs)):
+        assert np.isnan(found).all()
+    assert scipy.norm.nnlf((0, -1), [1]) == math.inf
+    np.testing.assert_array_equal(scipy.rankdata([[1, nan, 2], [3, 1, 2]], axis=1), [[nan] * 3, [3, 1, 2]])
+    np.testing.assert_array_equal(scipy.rankdata([1, nan, 2], nan_policy="omit"), [1, nan, 2])
+
+
+def test_scipys_means():
+    assert [scipy.norm.moment(k, 1) for k in range(7)] == pytest.approx([1, 1, 2, 4, 10, 26, 76], rel=1e-12)
+    assert [scipy.poisson(2).moment(k) for k in range(1, 6)] == pytest.approx([2, 6, 22, 94, 454], rel=1e-12)
+    assert scipy.pareto(6).moment(5) == pytest.approx(6, rel=1e-12) and scipy.pareto(6).moment(7) == math.inf
+    assert scipy.norm(5, 2).entropy() == pytest.approx(math.log(2 * math.sqrt(2 * math.pi * math.e)), rel=1e-12)
+    assert scipy.gamma(1, 1, 2).entropy() == pytest.approx(1 + math.log(2), rel=1e-12)
+    assert scipy.expon.expect(lambda x: math.exp(-x), scale=2) == pytest.approx(1 / 3, rel=1e-12)
+    assert scipy.binom(10, 0.3).expect(lambda k: 2.0**k) == pytest.approx(1.3**10, rel=1e-12)
+    assert scipy.norm.nnlf((1, 2), [1, 2]) == pytest.approx(math.log(8 * math.pi) + 0.125, rel=1e-14)
+    x = [1, 2, 4]
+    assert scipy.norm.fit(x, floc=0) == (0, math.sqrt(7)) and scipy.norm.fit(x, fscale=2) == (7 / 3, 2)
+
+
+def test_scipys_correlations():
+    x, y = [1, 2, 3, 4, 5], [2, 1, 3, 5, 4]
+    tau = scipy.kendalltau(x, y)
+    assert tau == pytest.approx((0.6, 28 / 120)) and scipy.kendalltau(x, x).pvalue == pytest.approx(2 / 120)
+    table = np.array([x, y, [5, 1, 2, 2, 3]]).T
+    r, p = scipy.spearmanr(table)
+    for i, j in np.ndindex(3, 3):
+        assert (r[i, j], p[i, j]) == pytest.approx(tuple(scipy.spearmanr(table[:, i], table[:, j])))
+    assert scipy.spearmanr(table[:, :2]) == scipy.spearmanr(x, y)
+    both, less, greater = (scipy.ttest_ind(x, [4, 5, 7], alternative=a).pvalue for a in ("two-sided", "less", "greater"))
+    assert 2 * less == pytest.approx(both) and less + greater == pytest.approx(1)
+    assert scipy.iqr(x, scale="normal") == pytest.approx(2 / 1.3489795003921634) and scipy.iqr(x, rng=(0, 100)) == 4
 
 
 def test_bit_generator():

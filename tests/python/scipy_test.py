@@ -53,7 +53,7 @@ def test_distributions(name):
 
 @pytest.mark.parametrize("name, tail", [
     ("skew", ()), ("kurtosis", ()), ("trim_mean", (0.1,)), ("iqr", ()), ("median_abs_deviation", ()), ("sem", ()), ("rankdata", ()),
-    ("gmean", ()), ("hmean", ()), ("pearsonr", ("y",)), ("spearmanr", ("y",)), ("shapiro", ()), ("ttest_1samp", (0.1,)),
+    ("gmean", ()), ("hmean", ()), ("pearsonr", ("y",)), ("spearmanr", ("y",)), ("kendalltau", ("y",)), ("shapiro", ()), ("ttest_1samp", (0.1,)),
     ("ttest_ind", ("y",)), ("ttest_rel", ("y",)), ("chisquare", ()), ("kstest", ("norm",))])
 def test_functions(name, tail):
     rng = np.random.default_rng(list(name.encode()))

@@ -17,221 +17,18 @@ array([0.15865525, 0.5       ])
 from __future__ import annotations
 
 from collections.abc import Callable
+from itertools import accumulate
+from math import factorial
 from types import SimpleNamespace
 from typing import Any, NamedTuple
 
 import numpy as np
 
 import vexel as vx
-from vexel._kinds import Discrete
 from vexel._results import TestResult
+from vexel.compat._families import Family, stream
 
 # ---- distributions
-
-_LINEAR = frozenset(("pdf", "logpdf", "pmf", "logpmf", "cdf", "sf", "logcdf", "logsf"))
-_INVERSE = frozenset(("ppf", "isf", "quantile"))
-
-
-def _stream(random_state: Any) -> Any:
-    """What the samplers take of SciPy's forms: NumPy's older generators give a seed."""
-    if isinstance(random_state, np.random.RandomState):
-        return random_state.randint(0, 2**63 - 1, dtype=np.int64)
-    return random_state
-
-
-class _Frozen:
-    """A law moved by loc and stretched by scale, where the law itself has no such parameters."""
-
-    def __init__(self, family: _Family, shapes: tuple[Any, ...], loc: Any, scale: Any) -> None:
-        self.dist, self.args = family, shapes
-        self.kwds = {"loc": loc, "scale": scale}
-        self._law, self._loc, self._scale = family.make(shapes, loc, scale)
-
-    def __getattr__(self, name: str) -> Any:
-        if name.startswith("_"):
-            raise AttributeError(name)
-        method = getattr(self._law, name)
-        loc, scale = self._loc, self._scale
-        if name in _LINEAR:
-            if loc == 0 and scale == 1:
-                return method
-            if name in ("pdf", "logpdf") and scale != 1:
-                if name == "pdf":
-                    return lambda x: method(self._standard(x)) / scale
-                return lambda x: method(self._standard(x)) - np.log(scale)
-            return lambda x: method(self._standard(x))
-        if name in _INVERSE:
-            return method if loc == 0 and scale == 1 else lambda p: loc + scale * method(p)
-        return method
-
-    def _standard(self, x: Any) -> Any:
-        return (np.asarray(x, dtype=np.float64) - self._loc) / self._scale
-
-    def __reduce__(self) -> Any:
-        return _Frozen, (self.dist, self.args, self.kwds["loc"], self.kwds["scale"])
-
-    def rvs(self, size: Any = None, random_state: Any = None) -> Any:
-        values = self._law.sample(size, _stream(random_state))
-        return values if self._loc == 0 and self._scale == 1 else self._loc + self._scale * values
-
-    def interval(self, confidence: float) -> tuple[float, float]:
-        low, high = self._law.interval(confidence)
-        return self._loc + self._scale * low, self._loc + self._scale * high
-
-    def support(self) -> tuple[float, float]:
-        low, high = self._law.support()
-        return self._loc + self._scale * low, self._loc + self._scale * high
-
-    def mean(self) -> Any:
-        return self._loc + self._scale * self._law.mean()
-
-    def median(self) -> Any:
-        return self._loc + self._scale * self._law.median()
-
-    def var(self) -> Any:
-        return self._scale**2 * self._law.var()
-
-    def std(self) -> Any:
-        return self._scale * self._law.std()
-
-    def stats(self, moments: str = "mv") -> Any:
-        methods = {"m": self.mean, "v": self.var, "s": self._law.skewness, "k": self._law.kurtosis}
-        found = tuple(methods[m]() for m in moments)
-        return found if len(found) > 1 else found[0]
-
-    def expect(self, func: Any = None) -> Any:
-        raise NotImplementedError("expect: integrate with the quantile, or average over a sample")
-
-
-class _Several:
-    """Frozen arrays of parameters: a law for each element."""
-
-    def __init__(self, family: _Family, parameters: tuple[Any, ...]) -> None:
-        self.dist, self.args = family, parameters[:-2]
-        self.kwds = dict(zip(("loc", "scale"), parameters[-2:]))
-
-    def __getattr__(self, name: str) -> Any:
-        if name.startswith("_"):
-            raise AttributeError(name)
-        method = getattr(self.dist, name)
-        return lambda *x, **kwds: method(*x, *self.args, **self.kwds, **kwds)
-
-    def rvs(self, size: Any = None, random_state: Any = None) -> Any:
-        return self.dist.rvs(*self.args, **self.kwds, size=size, random_state=random_state)
-
-
-class _Family:
-    """A distribution by SciPy's name.
-
-    `law(shapes, scale)` gives the law, where it has a scale (a law of its own loc and scale is
-    `law(shapes, loc, scale)`, marked by `located`).
-    """
-
-    def __init__(self, name: str, shapes: str, law: Callable[..., Any], *, scaled: bool = False,
-                 located: bool = False, shift: float = 0, fit: Callable[..., Any] | None = None) -> None:
-        self.name = name
-        self.shapes = shapes
-        self._names = shapes.split()
-        # Laws of whole numbers have no scale.
-        self._discrete = isinstance(law, type) and issubclass(law, Discrete) or name == "randint"
-        self._law, self._scaled, self._located = law, scaled, located
-        self._shift, self._fit = shift, fit
-
-    def make(self, shapes: tuple[Any, ...], loc: Any, scale: Any) -> tuple[Any, Any, Any]:
-        if self._located:
-            return self._law(*shapes, loc, scale), 0, 1
-        if self._scaled:
-            return self._law(*shapes, scale), loc + self._shift, 1
-        if not 0 < scale < np.inf:
-            raise ValueError(f"{self.name}: scale must be positive and finite, got {scale}")
-        return self._law(*shapes), loc + self._shift, scale
-
-    def _arguments(self, args: tuple[Any, ...], kwds: dict[str, Any]) -> tuple[Any, ...]:
-        names = [*self._names, "loc"] if self._discrete else [*self._names, "loc", "scale"]
-        if len(args) > len(names):
-            raise TypeError(f"{self.name}: at most {len(names)} parameters are allowed, {len(args)} came")
-        given = dict(zip(names, args))
-        for key in [k for k in kwds if k in names]:
-            given[key] = kwds.pop(key)
-        missing = [n for n in self._names if n not in given]
-        if missing:
-            raise TypeError(f"{self.name}: {', '.join(missing)} must be given")
-        return (*(given[n] for n in self._names), given.get("loc", 0), given.get("scale", 1))
-
-    def __call__(self, *args: Any, **kwds: Any) -> Any:
-        *shapes, loc, scale = parameters = self._arguments(args, kwds)
-        if kwds:
-            raise TypeError(f"{self.name}: unknown parameters {', '.join(kwds)}")
-        if any(np.ndim(p) for p in parameters):
-            return _Several(self, parameters)
-        return _Frozen(self, tuple(shapes), loc, scale)
-
-    freeze = __call__
-
-    def __reduce__(self) -> str:
-        return self.name  # which this module knows it by
-
-    def _apply(self, method: str, x: tuple[Any, ...], args: tuple[Any, ...], kwds: dict[str, Any]) -> Any:
-        parameters = self._arguments(args, kwds)
-        if all(np.ndim(p) == 0 for p in parameters):
-            return getattr(_Frozen(self, parameters[:-2], *parameters[-2:]), method)(*x, **kwds)
-        # Arrays of parameters: a law for each element.
-        all_of = np.broadcast_arrays(*x, *parameters)
-        n = len(x)
-        found = []
-        for at in np.ndindex(all_of[0].shape):
-            values = [a[at].item() for a in all_of]
-            found.append(getattr(_Frozen(self, tuple(values[n:-2]), *values[-2:]), method)(*values[:n], **kwds))
-        if found and isinstance(found[0], tuple):  # the ends of an interval, several moments
-            return tuple(np.array(part).reshape(all_of[0].shape) for part in zip(*found))
-        return np.array(found, dtype=np.float64).reshape(all_of[0].shape)
-
-    def __getattr__(self, name: str) -> Any:
-        if name in _LINEAR or name in _INVERSE:
-            return lambda x, *args, **kwds: self._apply(name, (x,), args, kwds)
-        if name in ("mean", "median", "var", "std", "stats", "support"):
-            return lambda *args, **kwds: self._apply(name, (), args, kwds)
-        if name == "interval":
-            return lambda confidence, *args, **kwds: self._apply(name, (confidence,), args, kwds)
-        raise AttributeError(f"{self.name} has no {name}")
-
-    def rvs(self, *args: Any, size: Any = None, random_state: Any = None, **kwds: Any) -> Any:
-        last = len(self._names) + (1 if self._discrete else 2)
-        if len(args) > last and size is None:  # after the parameters by position, as in SciPy
-            size, *others = args[last:]
-            random_state = others[0] if others else random_state
-            args = args[:last]
-        parameters = self._arguments(args, kwds)
-        if kwds:
-            raise TypeError(f"{self.name}: unknown parameters {', '.join(kwds)}")
-        if not any(np.ndim(p) for p in parameters):
-            return _Frozen(self, parameters[:-2], *parameters[-2:]).rvs(size, random_state)
-        # Arrays of parameters: one variate of each law, all from one stream.
-        given = _stream(random_state)
-        if isinstance(given, np.random.Generator):
-            given = int(given.integers(2**63 - 1))
-        rng = given if isinstance(given, vx.Random) else vx.Random(given)
-        shape = np.broadcast_shapes(*map(np.shape, parameters))
-        all_of = [np.broadcast_to(p, shape if size is None else size) for p in parameters]
-        found = []
-        for at in np.ndindex(all_of[0].shape):
-            values = [a[at].item() for a in all_of]
-            found.append(_Frozen(self, tuple(values[:-2]), *values[-2:]).rvs(None, rng))
-        return np.array(found).reshape(all_of[0].shape)
-
-    def fit(self, data: Any, *, floc: float | None = None, **fixed: Any) -> Any:
-        """Maximum likelihood; for laws without a location of their own that is given by floc."""
-        if self._fit is None or fixed:
-            raise NotImplementedError(f"{self.name}.fit: the fit method of vexel's class is what there is")
-        if self._located and floc is None:
-            return self._fit(np.asarray(data))
-        if floc is None:
-            raise NotImplementedError(f"{self.name}.fit: give floc, as floc=0; the location is not fitted")
-        if self._located:
-            raise NotImplementedError(f"{self.name}.fit: floc cannot be given")
-        *shapes, _, scale = self._fit(np.asarray(data) - floc)
-        return (*shapes, floc, scale)
-
 
 def _fitted(law: Any, back: Callable[[dict[str, Any]], tuple[float, ...]]) -> Callable[..., Any]:
     return lambda data: back(law.fit(data).parameters)
@@ -241,51 +38,51 @@ def _both(p: dict[str, Any]) -> tuple[float, ...]:
     return tuple(p.values())
 
 
-norm = _Family("norm", "", vx.Normal, located=True, fit=_fitted(vx.Normal, _both))
-lognorm = _Family("lognorm", "s", lambda s, scale: vx.LogNormal(np.log(scale), s), scaled=True,
+norm = Family("norm", "", vx.Normal, located=True, fit=_fitted(vx.Normal, _both))
+lognorm = Family("lognorm", "s", lambda s, scale: vx.LogNormal(np.log(scale), s), scaled=True,
                   fit=_fitted(vx.LogNormal, lambda p: (p["sigma"], 0.0, float(np.exp(p["mu"])))))
-uniform = _Family("uniform", "", lambda loc, scale: vx.Uniform(loc, loc + scale), located=True,
+uniform = Family("uniform", "", lambda loc, scale: vx.Uniform(loc, loc + scale), located=True,
                   fit=_fitted(vx.Uniform, lambda p: (p["a"], p["b"] - p["a"])))
-expon = _Family("expon", "", vx.Exponential, scaled=True,
+expon = Family("expon", "", vx.Exponential, scaled=True,
                 fit=_fitted(vx.Exponential, lambda p: (0.0, p["scale"])))
-gamma = _Family("gamma", "a", vx.Gamma, scaled=True,
+gamma = Family("gamma", "a", vx.Gamma, scaled=True,
                 fit=_fitted(vx.Gamma, lambda p: (p["shape"], 0.0, p["scale"])))
-beta = _Family("beta", "a b", vx.Beta)
-chi2 = _Family("chi2", "df", vx.ChiSquare)
-t = _Family("t", "df", vx.StudentT)
-f = _Family("f", "dfn dfd", vx.FRatio)
-cauchy = _Family("cauchy", "", vx.Cauchy, located=True, fit=_fitted(vx.Cauchy, _both))
-laplace = _Family("laplace", "", vx.Laplace, located=True, fit=_fitted(vx.Laplace, _both))
-logistic = _Family("logistic", "", vx.Logistic, located=True, fit=_fitted(vx.Logistic, _both))
-gumbel_r = _Family("gumbel_r", "", vx.Gumbel, located=True, fit=_fitted(vx.Gumbel, _both))
-weibull_min = _Family("weibull_min", "c", vx.Weibull, scaled=True,
+beta = Family("beta", "a b", vx.Beta)
+chi2 = Family("chi2", "df", vx.ChiSquare)
+t = Family("t", "df", vx.StudentT)
+f = Family("f", "dfn dfd", vx.FRatio)
+cauchy = Family("cauchy", "", vx.Cauchy, located=True, fit=_fitted(vx.Cauchy, _both))
+laplace = Family("laplace", "", vx.Laplace, located=True, fit=_fitted(vx.Laplace, _both))
+logistic = Family("logistic", "", vx.Logistic, located=True, fit=_fitted(vx.Logistic, _both))
+gumbel_r = Family("gumbel_r", "", vx.Gumbel, located=True, fit=_fitted(vx.Gumbel, _both))
+weibull_min = Family("weibull_min", "c", vx.Weibull, scaled=True,
                       fit=_fitted(vx.Weibull, lambda p: (p["shape"], 0.0, p["scale"])))
-pareto = _Family("pareto", "b", vx.Pareto, scaled=True,
+pareto = Family("pareto", "b", vx.Pareto, scaled=True,
                  fit=_fitted(vx.Pareto, lambda p: (p["shape"], 0.0, p["minimum"])))
-powerlaw = _Family("powerlaw", "a", vx.Power, scaled=True,
+powerlaw = Family("powerlaw", "a", vx.Power, scaled=True,
                    fit=_fitted(vx.Power, lambda p: (p["shape"], 0.0, p["maximum"])))
-rayleigh = _Family("rayleigh", "", vx.Rayleigh, scaled=True,
+rayleigh = Family("rayleigh", "", vx.Rayleigh, scaled=True,
                    fit=_fitted(vx.Rayleigh, lambda p: (0.0, p["scale"])))
-maxwell = _Family("maxwell", "", vx.Maxwell, scaled=True,
+maxwell = Family("maxwell", "", vx.Maxwell, scaled=True,
                   fit=_fitted(vx.Maxwell, lambda p: (0.0, p["scale"])))
-triang = _Family("triang", "c", lambda c, loc, scale: vx.Triangular(loc, loc + scale, loc + c * scale),
+triang = Family("triang", "c", lambda c, loc, scale: vx.Triangular(loc, loc + scale, loc + c * scale),
                  located=True)
-invgauss = _Family("invgauss", "mu", lambda mu, scale: vx.InverseGaussian(mu * scale, scale), scaled=True,
+invgauss = Family("invgauss", "mu", lambda mu, scale: vx.InverseGaussian(mu * scale, scale), scaled=True,
                    fit=_fitted(vx.InverseGaussian, lambda p: (p["mean"] / p["shape"], 0.0, p["shape"])))
-moyal = _Family("moyal", "", vx.Moyal, located=True, fit=_fitted(vx.Moyal, _both))
-gennorm = _Family("gennorm", "beta", lambda b, loc, scale:
+moyal = Family("moyal", "", vx.Moyal, located=True, fit=_fitted(vx.Moyal, _both))
+gennorm = Family("gennorm", "beta", lambda b, loc, scale:
                   vx.ExponentialPower(loc, scale * 2 ** (-1 / b), 2 / b), located=True,
                   fit=_fitted(vx.ExponentialPower, lambda p: (2 / p["shape"], p["location"], p["scale"] * 2 ** (p["shape"] / 2))))
-ncx2 = _Family("ncx2", "df nc", vx.NonCentralChiSquare)
-ncf = _Family("ncf", "dfn dfd nc", vx.NonCentralFRatio)
-nct = _Family("nct", "df nc", vx.NonCentralStudentT)
-bernoulli = _Family("bernoulli", "p", vx.Bernoulli)
-binom = _Family("binom", "n p", vx.Binomial)
-poisson = _Family("poisson", "mu", vx.Poisson)
-geom = _Family("geom", "p", vx.Geometric, shift=1)
-nbinom = _Family("nbinom", "n p", vx.NegativeBinomial)
-hypergeom = _Family("hypergeom", "M n N", vx.Hypergeometric)
-randint = _Family("randint", "low high", lambda low, high: vx.DiscreteUniform(low, high - 1))
+ncx2 = Family("ncx2", "df nc", vx.NonCentralChiSquare)
+ncf = Family("ncf", "dfn dfd nc", vx.NonCentralFRatio)
+nct = Family("nct", "df nc", vx.NonCentralStudentT)
+bernoulli = Family("bernoulli", "p", vx.Bernoulli)
+binom = Family("binom", "n p", vx.Binomial)
+poisson = Family("poisson", "mu", vx.Poisson)
+geom = Family("geom", "p", vx.Geometric, shift=1)
+nbinom = Family("nbinom", "n p", vx.NegativeBinomial)
+hypergeom = Family("hypergeom", "M n N", vx.Hypergeometric)
+randint = Family("randint", "low high", lambda low, high: vx.DiscreteUniform(low, high - 1))
 
 
 # ---- functions
@@ -315,8 +112,15 @@ def trim_mean(a: Any, proportiontocut: float, axis: Any = 0) -> Any:
     return vx.trimmed_mean(a, proportiontocut, axis=axis)
 
 
-def iqr(x: Any, axis: Any = None, *, nan_policy: Any = "propagate", keepdims: bool = False) -> Any:
-    return vx.iqr(x, axis=axis, nan_policy=nan_policy, keepdims=keepdims)
+def iqr(x: Any, axis: Any = None, rng: tuple[float, float] = (25, 75), scale: Any = 1.0, nan_policy: Any = "propagate",
+        interpolation: str = "linear", keepdims: bool = False) -> Any:
+    if interpolation != "linear":
+        raise NotImplementedError(f'iqr: interpolation="linear" is what there is, {interpolation!r} came')
+    divisor = 2 * vx.Normal().quantile(0.75) if scale == "normal" else scale
+    if tuple(rng) == (25, 75):
+        return vx.iqr(x, axis=axis, nan_policy=nan_policy, keepdims=keepdims) / divisor
+    low, high = vx.quantile(x, np.sort(rng) / 100, axis=axis, nan_policy=nan_policy, keepdims=keepdims)
+    return (high - low) / divisor
 
 
 def median_abs_deviation(x: Any, axis: Any = 0, *, scale: Any = 1.0, nan_policy: Any = "propagate") -> Any:
@@ -331,7 +135,10 @@ def sem(a: Any, axis: Any = 0, ddof: int = 1, nan_policy: Any = "propagate") -> 
 
 
 def rankdata(a: Any, method: Any = "average", *, axis: Any = None, nan_policy: Any = "propagate") -> Any:
-    return vx.rank(a, method=method, axis=axis, nan_policy=nan_policy)
+    ranks = vx.rank(np.reshape(a, -1) if axis is None else a, method=method, axis=-1 if axis is None else axis, nan_policy=nan_policy)
+    if nan_policy == "propagate" and np.isnan(ranks).any():  # one missing value, and none of its lane has a rank
+        ranks[np.broadcast_to(np.isnan(ranks).any(axis=axis, keepdims=True), ranks.shape)] = np.nan
+    return ranks
 
 
 class DescribeResult(NamedTuple):
@@ -355,14 +162,64 @@ def pearsonr(x: Any, y: Any) -> Any:
     return _correlation(x, y, "pearson")
 
 
-def spearmanr(x: Any, y: Any) -> Any:
-    return _correlation(x, y, "spearman")
+def spearmanr(a: Any, b: Any = None, axis: Any = 0, nan_policy: Any = "propagate") -> Any:
+    if axis is None:
+        a, b = np.ravel(a), b if b is None else np.ravel(b)
+    if b is not None and np.ndim(a) == np.ndim(b) == 1:
+        return _correlation(a, b, "spearman", nan_policy)
+    tables = [np.atleast_2d(m).T if np.ndim(m) < 2 or axis == 1 else np.asarray(m) for m in (a, b) if m is not None]
+    columns = np.hstack(tables)
+    if columns.shape[1] < 2:
+        raise ValueError(f"spearmanr: two variables are needed, {columns.shape[1]} came")
+    if columns.shape[1] == 2:
+        return _correlation(columns[:, 0], columns[:, 1], "spearman", nan_policy)
+    found = np.array([[_correlation(x, y, "spearman", nan_policy) for y in columns.T] for x in columns.T])
+    return TestResult(*np.moveaxis(found, -1, 0))
 
 
-def _correlation(x: Any, y: Any, method: Any) -> Any:
+def kendalltau(x: Any, y: Any, *, nan_policy: Any = "propagate", method: str = "auto", variant: str = "b",
+               alternative: str = "two-sided") -> Any:
+    """Tau-b; its p-value from the law of the count of inversions, or from the normal law with ties and many values."""
+    if variant != "b" or method not in ("auto", "exact", "asymptotic") or alternative != "two-sided":
+        raise NotImplementedError('kendalltau: variant="b" and alternative="two-sided" are what there is')
+    x, y = np.ravel(x), np.ravel(y)
+    tau = vx.corr(x, y, method="kendall", nan_policy=nan_policy)
+    if np.isnan(tau):
+        return TestResult(np.nan, np.nan)
+    there = ~(np.isnan(np.asarray(x, dtype=float)) | np.isnan(np.asarray(y, dtype=float)))
+    ties = [vx.tally(v[there]).counts for v in (x, y)]
+    n = int(there.sum())
+    pairs = n * (n - 1)
+    tied = [float(np.sum(c * (c - 1))) for c in ties]
+    score = round(tau * np.sqrt((pairs - tied[0]) * (pairs - tied[1])) / 2)  # concordant less discordant pairs
+    far = (pairs // 2 - abs(score)) // 2
+    if method == "exact" and any(tied):
+        raise ValueError("kendalltau: method: exact is allowed without ties")
+    if method == "exact" or method == "auto" and not any(tied) and (n <= 33 or far <= 1):
+        return TestResult(tau, _few_inversions(n, far) if score else 1.0)
+    second = [float(np.sum(c * (c - 1) * (2 * c + 5))) for c in ties]
+    third = [float(np.sum(c * (c - 1) * (c - 2))) for c in ties]
+    variance = (pairs * (2 * n + 5) - sum(second)) / 18 + tied[0] * tied[1] / (2 * pairs)
+    if n > 2:
+        variance += third[0] * third[1] / (9 * pairs * (n - 2))
+    return TestResult(tau, 2 * vx.Normal().sf(abs(score) / float(np.sqrt(variance))))
+
+
+def _few_inversions(n: int, most: int) -> float:
+    """Twice the share of the orders of n values that have at most so many inversions."""
+    counts = [1] + [0] * most
+    for k in range(2, n + 1):
+        sums = [0, *accumulate(counts)]
+        counts = [sums[i + 1] - sums[max(0, i + 1 - k)] for i in range(most + 1)]
+    return min(1.0, 2 * sum(counts) / factorial(n))
+
+
+def _correlation(x: Any, y: Any, method: Any, nan_policy: Any = "propagate") -> Any:
     """The coefficient and its p-value by Student's t of n - 2."""
-    r, n = vx.corr(x, y, method=method), len(np.asarray(x))
-    if n < 3:
+    r, n = vx.corr(x, y, method=method, nan_policy=nan_policy), len(np.asarray(x))
+    if nan_policy == "omit":
+        n -= int((np.isnan(np.asarray(x, dtype=float)) | np.isnan(np.asarray(y, dtype=float))).sum())
+    if n < 3 or np.isnan(r):
         return TestResult(r, 1.0 if n == 2 else float("nan"))
     square = r * r
     t = abs(r) * np.sqrt((n - 2) / (1 - square)) if square < 1 else np.inf
@@ -386,16 +243,27 @@ def _along(test: Callable[..., Any], axis: Any, *samples: Any) -> Any:
     return TestResult(*found)
 
 
-def ttest_1samp(a: Any, popmean: float, axis: Any = 0, nan_policy: Any = "propagate") -> Any:
-    return _along(lambda a: vx.t_test(a, mean=popmean, nan_policy=nan_policy), axis, a)
+def _one_sided(found: Any, alternative: str) -> Any:
+    """The p-value of Student's test for the alternative, from the two-sided one."""
+    if alternative == "two-sided":
+        return found
+    if alternative not in ("less", "greater"):
+        raise ValueError(f'alternative: allowed are "two-sided", "less", "greater"; {alternative!r} came')
+    t, p = found.statistic, found.pvalue / 2
+    return TestResult(t, np.where((np.asarray(t) > 0) == (alternative == "greater"), p, 1 - p)[()])
 
 
-def ttest_ind(a: Any, b: Any, axis: Any = 0, equal_var: bool = True, nan_policy: Any = "propagate") -> Any:
-    return _along(lambda a, b: vx.t_test(a, b, equal_var=equal_var, nan_policy=nan_policy), axis, a, b)
+def ttest_1samp(a: Any, popmean: float, axis: Any = 0, nan_policy: Any = "propagate", alternative: str = "two-sided") -> Any:
+    return _one_sided(_along(lambda a: vx.t_test(a, mean=popmean, nan_policy=nan_policy), axis, a), alternative)
 
 
-def ttest_rel(a: Any, b: Any, axis: Any = 0, nan_policy: Any = "propagate") -> Any:
-    return ttest_1samp(np.asarray(a, dtype=float) - np.asarray(b, dtype=float), 0, axis, nan_policy)
+def ttest_ind(a: Any, b: Any, axis: Any = 0, equal_var: bool = True, nan_policy: Any = "propagate",
+              *, alternative: str = "two-sided") -> Any:
+    return _one_sided(_along(lambda a, b: vx.t_test(a, b, equal_var=equal_var, nan_policy=nan_policy), axis, a, b), alternative)
+
+
+def ttest_rel(a: Any, b: Any, axis: Any = 0, nan_policy: Any = "propagate", alternative: str = "two-sided") -> Any:
+    return ttest_1samp(np.asarray(a, dtype=float) - np.asarray(b, dtype=float), 0, axis, nan_policy, alternative)
 
 
 def chisquare(f_obs: Any, f_exp: Any = None, ddof: int = 0, axis: Any = 0) -> Any:
@@ -418,7 +286,7 @@ def bootstrap(data: Any, statistic: Any, *, n_resamples: int = 9999, confidence_
         raise NotImplementedError(f"bootstrap: data of one sample, as (x,), is what there is; {len(data)} came")
     (sample,) = data
     b = vx.bootstrap(sample, statistic, replicates=n_resamples, confidence=confidence_level,
-                     method=method, rng=_stream(random_state) if rng is None else rng)
+                     method=method, rng=stream(random_state) if rng is None else rng)
     return SimpleNamespace(confidence_interval=b.interval, standard_error=b.standard_error,
                            bootstrap_distribution=b.replicates)
 
@@ -451,7 +319,7 @@ class gaussian_kde:  # noqa: N801
     evaluate = pdf = __call__
 
     def resample(self, size: Any = None, seed: Any = None) -> Any:
-        return np.atleast_2d(self._density.sample(int(self.neff) if size is None else size, _stream(seed)))
+        return np.atleast_2d(self._density.sample(int(self.neff) if size is None else size, stream(seed)))
 
     def integrate_box_1d(self, low: float, high: float) -> float:
         return float(self._density.cdf(high) - self._density.cdf(low))
@@ -464,10 +332,18 @@ def _engine(kind: Any) -> Any:
         __doc__ = kind.__doc__
 
         def __init__(self, d: int, *, scramble: bool = True, seed: Any = None, rng: Any = None) -> None:
-            super().__init__(d, scramble=scramble, rng=_stream(seed) if rng is None else rng)
+            super().__init__(d, scramble=scramble, rng=stream(seed) if rng is None else rng)
 
     Engine.__name__ = Engine.__qualname__ = kind.__name__
     return Engine
 
 
 qmc = SimpleNamespace(Sobol=_engine(vx.Sobol), Halton=_engine(vx.Halton))
+
+_OURS = frozenset(("annotations", "accumulate", "factorial", "np", "vx", "stream", "Any", "Callable", "Family", "NamedTuple", "SimpleNamespace",
+                   "TestResult"))
+__all__ = [name for name in globals() if not name.startswith("_") and name not in _OURS and name != "DescribeResult"]
+
+
+def __dir__() -> list[str]:
+    return sorted(__all__)
