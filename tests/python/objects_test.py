@@ -174,6 +174,9 @@ def test_scipys_correlations():
     assert scipy.spearmanr(table[:, :2]) == scipy.spearmanr(x, y)
     both, less, greater = (scipy.ttest_ind(x, [4, 5, 7], alternative=a).pvalue for a in ("two-sided", "less", "greater"))
     assert 2 * less == pytest.approx(both) and less + greater == pytest.approx(1)
+    sample = vx.Gamma(2).sample(200, rng=1)
+    for law, args in ((scipy.gamma(2, 3), ()), ("gamma", (2, 3)), (scipy.gamma, (2, 3)), (scipy.gamma.cdf, (2, 3))):
+        assert scipy.kstest(sample + 3, law, args) == pytest.approx(vx.ks_test(sample, vx.Gamma(2)), rel=1e-9)
     assert scipy.iqr(x, scale="normal") == pytest.approx(2 / 1.3489795003921634) and scipy.iqr(x, rng=(0, 100)) == 4
 
 

@@ -26,7 +26,7 @@ import numpy as np
 
 import vexel as vx
 from vexel._results import TestResult
-from vexel.compat._families import Family, stream
+from vexel.compat._families import Family, Frozen, stream
 
 # ---- distributions
 
@@ -273,8 +273,12 @@ def chisquare(f_obs: Any, f_exp: Any = None, ddof: int = 0, axis: Any = 0) -> An
 
 def kstest(rvs: Any, cdf: Any, args: tuple[Any, ...] = ()) -> Any:
     if isinstance(cdf, str):
-        cdf = globals()[cdf](*args)
-    return vx.ks_test(rvs, getattr(cdf, "_law", cdf))
+        cdf = globals()[cdf]
+    if isinstance(cdf, Family):
+        cdf = cdf(*args)
+    if isinstance(cdf, Frozen):  # a law of its own loc and scale as itself, another by its values
+        return vx.ks_test(rvs, cdf._law if (cdf._loc, cdf._scale) == (0, 1) and cdf._law is not None else cdf.cdf)
+    return vx.ks_test(rvs, (lambda x: cdf(x, *args)) if args else cdf)
 
 
 ks_1samp = kstest
@@ -340,7 +344,7 @@ def _engine(kind: Any) -> Any:
 
 qmc = SimpleNamespace(Sobol=_engine(vx.Sobol), Halton=_engine(vx.Halton))
 
-_OURS = frozenset(("annotations", "accumulate", "factorial", "np", "vx", "stream", "Any", "Callable", "Family", "NamedTuple", "SimpleNamespace",
+_OURS = frozenset(("annotations", "accumulate", "factorial", "np", "vx", "stream", "Any", "Callable", "Family", "Frozen", "NamedTuple", "SimpleNamespace",
                    "TestResult"))
 __all__ = [name for name in globals() if not name.startswith("_") and name not in _OURS and name != "DescribeResult"]
 
