@@ -52,7 +52,7 @@ struct Asked {
       add("-w", weights);
     }
     if (hasNa) {
-      all.push_back("--na=" + na);
+      add("--na", na);
     }
     if (command == "quantile") {
       for (const auto& [name, value] : vx::namesOf<vx::QuantileMethod>) {

@@ -180,7 +180,7 @@ struct ColumnSquares {
 void addSquaresOfColumns(const double* x, std::ptrdiff_t stride, std::size_t n, std::size_t width,
                          std::size_t pitch, const double* center, double* sums) {
   constexpr std::size_t together = 8;
-  for (std::size_t i = 0; i < n; i += together, x += together * stride) {
+  for (std::size_t i = 0; i < n; i += together, x += std::ptrdiff_t{together} * stride) {
     const std::size_t rows = std::min(together, n - i);
     const bool more = i + 2 * together <= n;
     for (std::size_t k = 0; k < width; k += kStep) {

@@ -1,7 +1,5 @@
 #include "numerics/special/special.hpp"
 
-#include <limits>
-
 #include "numerics/special/normal_functions.hpp"
 #include "numerics/special/stirling_tables.hpp"
 
@@ -9,7 +7,6 @@ namespace nag2 {
 
 namespace {
 
-constexpr double infinity = std::numeric_limits<double>::infinity();
 constexpr double eulerNumber = 2.7182818284590452354;
 // Below this quotient m / z powers are taken instead of exponents.
 constexpr double smallQuotient = 0.05;
