@@ -10,8 +10,8 @@
 #   make accuracy  error of every probability and quantile against high-precision references: docs/accuracy.md, docs/functions/accuracy.md
 #   make docs      the reference site, build/site/index.html: guide, Python, C++, language, entry points, with search
 #   make gallery   run the examples and write docs/gallery.md
-#   make tidy      clang-tidy over the product, its kernels and the numerical functions; every finding is an error
-#   make clang     the product, built by Clang without a warning
+#   make tidy      clang-tidy over the entry points, the kernels and the numerical functions; every finding is an error
+#   make clang     the libraries and the command, built by Clang without a warning
 #   make fuzz SECONDS=300   the fuzz targets, sharing that time
 #   make format    format the sources; make format-check: fail where they are not
 #   make install PREFIX=/usr/local
