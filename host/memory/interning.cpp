@@ -139,7 +139,7 @@ ALGEB InternTables::string(std::string_view s) {
                            sizeof(StringObject) / sizeof(Word) + s.size() / sizeof(Word) + 1);
   auto& object = *reinterpret_cast<StringObject*>(x);
   object.size = s.size();
-  std::memcpy(object.bytes, s.data(), s.size());
+  s.copy(object.bytes, s.size());
   insert(values_, x, hash);
   return x;
 }
@@ -153,7 +153,7 @@ ALGEB InternTables::name(std::string_view s) {
   ALGEB x =
       heap_.allocate(Tag::name, sizeof(NameObject) / sizeof(Word) + s.size() / sizeof(Word) + 1);
   nameOf(x).size = s.size();
-  std::memcpy(nameOf(x).bytes, s.data(), s.size());
+  s.copy(nameOf(x).bytes, s.size());
   insert(names_, x, hash);
   return x;
 }
