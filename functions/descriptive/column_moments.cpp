@@ -227,41 +227,6 @@ void mean(const Columns& columns, std::span<double> out, const MeanOptions& opti
       [&](const Data& x) { return mean(x, options); });
 }
 
-namespace {
-
-// How many variables from the first on are doubles side by side.
-std::size_t sideBySide(std::span<const Data> variables) {
-  const Data& first = variables[0];
-  const auto* const x = static_cast<const double*>(first.data());
-  std::size_t n = 1;
-  while (n < variables.size() && variables[n].element() == Element::float64 &&
-         variables[n].size() == first.size() && variables[n].stride() == first.stride() &&
-         variables[n].data() == x + n) {
-    ++n;
-  }
-  return first.element() == Element::float64 ? n : 1;
-}
-
-}  // namespace
-
-void mean(std::span<const Data> variables, std::span<double> out, const MeanOptions& options) {
-  if (out.size() != variables.size()) {
-    throw std::length_error("mean: out must have as many elements as there are variables, " +
-                            std::to_string(variables.size()) + ", not " +
-                            std::to_string(out.size()));
-  }
-  for (std::size_t i = 0; i < variables.size();) {
-    const std::size_t n = sideBySide(variables.subspan(i));
-    if (n > 1) {
-      mean(Columns(variables[i], n), out.subspan(i, n), options);
-    } else {
-      out[i] = mean(variables[i], options);
-    }
-    i += n;
-    kernels::poll(static_cast<double>(i) / static_cast<double>(variables.size()));
-  }
-}
-
 void var(const Columns& columns, std::span<double> out, const VarianceOptions& options) {
   variances("var", columns, out, options, false, [&](const Data& x) { return var(x, options); });
 }

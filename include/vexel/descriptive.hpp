@@ -34,10 +34,6 @@ struct MeanOptions {
   Missing missing = Missing::propagate;
 };
 VEXEL_API double mean(Data x, const MeanOptions& options = {});
-// Of each variable, to the same bits; in a fraction of the time where they are the columns of a
-// matrix whose rows follow each other.  out has a place for each.
-VEXEL_API void mean(std::span<const Data> variables, std::span<double> out,
-                    const MeanOptions& options = {});
 
 // What most of the others take.
 struct WeightedOptions {

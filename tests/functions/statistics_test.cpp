@@ -378,16 +378,6 @@ TEST(Statistics, DeviationsOfSubnormalsAreRounded) {
   EXPECT_EQ(vexel::std(Data({1e-310, 0})), std::sqrt(0.5) * 1e-310);
 }
 
-// The doubles of `table`, as the columns of a matrix of rows of `width`.
-std::vector<Data> columnsOf(const std::vector<double>& table, std::size_t width) {
-  std::vector<Data> columns;
-  for (std::size_t j = 0; j < width; ++j) {
-    columns.emplace_back(table.data() + j, table.size() / width,
-                         static_cast<std::ptrdiff_t>(width));
-  }
-  return columns;
-}
-
 // Columns with sums that cancel, overflow, vanish, meet the middle of two doubles, with what is
 // missing, with one value throughout, and far from 0.
 std::vector<double> hardTable(std::size_t rows, std::size_t width) {
@@ -457,11 +447,6 @@ TEST(Statistics, OfColumnsHaveTheBitsOfColumnsAlone) {
         expectTheSameAlone({Data(table.data() + (rows - 1) * width, rows, -stride), width},
                            what + " from below");
       }
-      const std::vector<Data> columns = columnsOf(table, width);
-      std::vector<double> found(width), expected(width);
-      vexel::mean(columns, found);
-      vexel::mean(vexel::Columns(Data(table.data(), rows, stride), width), expected);
-      EXPECT_THAT(found, testing::Pointwise(testing::NanSensitiveDoubleEq(), expected)) << what;
     }
   }
 }
