@@ -28,12 +28,22 @@ inline bool isMissingCell(std::string_view cell) {
   return std::find(std::begin(kMissing), std::end(kMissing), lower) != std::end(kMissing);
 }
 
-// The double nearest to what a cell says, NaN for a missing one.  False for anything else.
-inline bool cellNumber(std::string_view cell, double& value) {
+// The double nearest to what a cell says, NaN for a missing one.  False for anything else, as for a
+// point where the decimal mark is another.
+inline bool cellNumber(std::string_view cell, double& value, char decimal = '.') {
   cell = trimmed(cell);
   value = std::numeric_limits<double>::quiet_NaN();
   if (cell.size() <= 4 && isMissingCell(cell)) {
     return true;
+  }
+  std::string pointed;
+  if (decimal != '.') {
+    if (cell.find('.') != std::string_view::npos) {
+      return false;
+    }
+    pointed = cell;
+    std::replace(pointed.begin(), pointed.end(), decimal, '.');
+    cell = pointed;
   }
   if (cell.front() == '+') {
     cell.remove_prefix(1);

@@ -4,7 +4,7 @@ _vexel() {
   local options="-e -i -k --json --keep-going --seed --explain --example --format --write --quiet --strict --library --help --version"
   case $command in
     describe | tally | quantile)
-      options="-c --column -w --weights --missing --na --rows --state --stop-after --json --quiet --help"
+      options="-c --column -w --weights --headings --no-headings --separator --decimal --missing --na --rows --state --stop-after --json --quiet --help"
       [[ $command == quantile ]] && options+=" -q --method"
       ;;
   esac
@@ -15,7 +15,7 @@ _vexel() {
       mapfile -t COMPREPLY < <(compgen -W "linear inverted_cdf averaged_inverted_cdf closest_observation interpolated_inverted_cdf hazen weibull median_unbiased normal_unbiased" -- "$current")
       return
       ;;
-    -e | --seed | --explain | -c | --column | -w | --weights | -q | --na | --rows | --stop-after) return ;;
+    -e | --seed | --explain | -c | --column | -w | --weights | -q | --na | --rows | --separator | --decimal | --stop-after) return ;;
   esac
   if [[ $current == -* && $previous != --library && $previous != --state ]]; then
     mapfile -t COMPREPLY < <(compgen -W "$options" -- "$current")

@@ -16,7 +16,7 @@ constexpr const char* kClearLine = "\r\033[K";
 }  // namespace
 
 Bar::Bar(std::string title, bool quiet)
-    : title_(std::move(title)), on_(!quiet && isatty(STDERR_FILENO) != 0) {}
+    : title_(std::move(title)), quiet_(quiet), on_(!quiet && isatty(STDERR_FILENO) != 0) {}
 
 Bar::~Bar() {
   if (shown_) {
@@ -47,6 +47,12 @@ void Bar::show(double share, int pass, int passes) {
     std::fprintf(stderr, ", %.0f s left", seconds * (1 - share) / (share - first_));
   }
   std::fflush(stderr);
+}
+
+void Bar::say(const std::string& line) {
+  if (!quiet_) {
+    std::fprintf(stderr, "%s%s\n", shown_ ? kClearLine : "", line.c_str());
+  }
 }
 
 }  // namespace stream

@@ -1,4 +1,4 @@
-// How far the work is, on standard error when that is a terminal.
+// How far the work is, on standard error when that is a terminal, and what is to be told of it.
 #pragma once
 
 #include <chrono>
@@ -14,10 +14,12 @@ class Bar {
   Bar& operator=(const Bar&) = delete;
 
   void show(double share, int pass, int passes);
+  void say(const std::string& line);  // on a terminal or not, unless quiet
 
  private:
   using Clock = std::chrono::steady_clock;
   std::string title_;
+  bool quiet_;
   bool on_;
   bool shown_ = false;
   double first_ = -1;  // share at the start: resumed work begins further on

@@ -49,10 +49,37 @@ std::string purpose(std::string_view command) {
                                  : "Distinct values and their counts";
 }
 
+// "tab" and "\t" are words for what is hard to type.
+CLI::Option* addCharacter(CLI::App& app, const std::string& name, char& to, const char* help) {
+  const auto take = [&to, name](const std::string& text) {
+    const std::string_view one = text == "tab" || text == "\\t" ? "\t" : std::string_view(text);
+    if (one.size() != 1 || std::string_view("\"\r\n+-0123456789").find(one) != one.npos ||
+        static_cast<unsigned char>(one[0]) >= 0x80) {
+      throw CLI::ValidationError(name,
+                                 "a character like , ; or tab is expected, " + text + " came");
+    }
+    to = one[0];
+  };
+  return app.add_option_function<std::string>(name, take, help)->type_name("CHAR");
+}
+
+void addCsvOptions(CLI::App& app, stream::Columns& columns) {
+  addCharacter(app, "--separator", columns.separator,
+               "what stands between cells, or tab; a comma otherwise, ; with --decimal ,");
+  addCharacter(app, "--decimal", columns.decimal, "the decimal mark, a point otherwise");
+  const auto set = [&columns](bool value) {
+    return [&columns, value] { columns.headings = value; };
+  };
+  CLI::Option* with = app.add_flag_callback("--headings", set(true), "row 1 holds headings");
+  app.add_flag_callback("--no-headings", set(false),
+                        "row 1 holds data; without either it does if it has numbers alone")
+      ->excludes(with);
+}
+
 void addOptions(CLI::App& app, std::string_view command, Given& given) {
   Request& r = given.request;
   app.set_help_flag("-h,--help", "print this help and exit");
-  app.add_option("FILE", r.files, ".csv with a line of headings, or .npy; read one after the other")
+  app.add_option("FILE", r.files, ".csv or .npy; read one after the other")
       ->required()
       ->type_name("");
   if (command == "quantile") {
@@ -74,6 +101,7 @@ void addOptions(CLI::App& app, std::string_view command, Given& given) {
   app.add_option("--na", r.columns.missing, "a further text of missing cells; may be repeated")
       ->type_name("TEXT")
       ->allow_extra_args(false);
+  addCsvOptions(app, r.columns);
   app.add_option("--rows", r.rows, "rows in a piece, 2^20 otherwise")
       ->type_name("N")
       ->check(CLI::Range(std::size_t{1}, std::size_t{1} << 40));
@@ -124,6 +152,13 @@ void requireFiles(const stream::Job& job, const Request& request) {
   }
 }
 
+void requireMarks(const stream::Columns& columns) {
+  if (columns.decimal == columns.separatorUsed()) {
+    throw CLI::ValidationError("--separator",
+                               "another character than the decimal mark is expected");
+  }
+}
+
 int runJob(std::string_view command, Given& given) {
   std::sort(given.request.columns.missing.begin(), given.request.columns.missing.end());
   given.request.title = command;
@@ -166,6 +201,7 @@ std::optional<int> runStreamCommand(int argc, char** argv) {
   addOptions(app, command, given);
   try {
     app.parse(argc - 1, argv + 1);
+    requireMarks(given.request.columns);
   } catch (const CLI::ParseError& e) {
     return app.exit(e) == 0 ? kSuccess : kBadUsage;
   }

@@ -1,4 +1,5 @@
-// CSV files through libcsv: a line of headings, then rows.  Blank lines are left out.
+// CSV files through libcsv: a line of headings, unless it is one of data, then rows.  Blank lines
+// are left out.
 
 #include <csv.h>
 #include <sys/stat.h>
@@ -10,6 +11,7 @@
 #include <string_view>
 
 #include "kernels/cell_number.hpp"
+#include "kernels/first_row.hpp"
 #include "stream/table.hpp"
 
 namespace stream {
@@ -30,10 +32,11 @@ constexpr std::string_view kForeignMissing[] = {"#N/A",     "#N/A N/A", "#NA",  
 // malformed, and so is a file that ends within quotes.
 class Parser {
  public:
-  Parser() {
+  explicit Parser(char separator) {
     if (csv_init(&parser_, CSV_APPEND_NULL | CSV_STRICT | CSV_STRICT_FINI) != 0) {
       throw std::bad_alloc();
     }
+    csv_set_delim(&parser_, static_cast<unsigned char>(separator));
     csv_set_blk_size(&parser_, std::size_t{1} << 16);
   }
   ~Parser() { csv_free(&parser_); }
@@ -50,7 +53,8 @@ class CsvTable : public Table {
   CsvTable(const std::string& path, const Columns& wanted)
       : path_(path == "-" ? "standard input" : path),
         wanted_(wanted),
-        file_(path == "-" ? stdin : std::fopen(path.c_str(), "rb"), std::fclose) {
+        file_(path == "-" ? stdin : std::fopen(path.c_str(), "rb"), std::fclose),
+        parser_(wanted.separatorUsed()) {
     struct stat status {};
     if (!file_ || fstat(fileno(file_.get()), &status) != 0 || S_ISDIR(status.st_mode)) {
       throw Unreadable("cannot read " + path_);
@@ -139,11 +143,12 @@ class CsvTable : public Table {
   void take(std::string_view cell) {
     const std::size_t at = cell_++;
     if (row_ == 0) {
-      headings_.emplace_back(trimmed(cell));
+      first_.emplace_back(trimmed(cell));
       return;
     }
-    if (at >= headings_.size() && !trimmed(cell).empty()) {
-      throw std::invalid_argument(place(at) + ": more cells than there are headings");
+    if (at >= first_.size() && !trimmed(cell).empty()) {
+      throw std::invalid_argument(place(at) + ": more cells than " +
+                                  (isWithoutHeadings ? "in the first row" : "there are headings"));
     }
     if (at == column) {
       value_ = number(cell, at);
@@ -155,11 +160,7 @@ class CsvTable : public Table {
 
   double number(std::string_view cell, std::size_t at) const {
     double value = kNan;
-    const bool isNumber = vexel::kernels::cellNumber(cell, value);
-    if ((!isNumber || !wanted_.missing.empty()) && isForeign(trimmed(cell))) {
-      return kNan;
-    }
-    if (!isNumber) {
+    if (!isNumber(cell, value)) {
       throw std::invalid_argument(place(at) + ": a number is expected, \"" +
                                   std::string(cell.substr(0, 40)) +
                                   (cell.size() > 40 ? "...\" came" : "\" came"));
@@ -167,18 +168,25 @@ class CsvTable : public Table {
     return value;
   }
 
-  bool isForeign(std::string_view cell) const {
-    const auto holds = [&](const auto& texts) {
-      return std::find(std::begin(texts), std::end(texts), cell) != std::end(texts);
-    };
-    return holds(wanted_.missing) || holds(kForeignMissing);
+  bool isNumber(std::string_view cell, double& value) const {
+    const bool isOne = vexel::kernels::cellNumber(cell, value, wanted_.decimal);
+    if ((!isOne && holds(kForeignMissing, cell)) || holds(wanted_.missing, cell)) {
+      value = kNan;
+      return true;
+    }
+    return isOne;
+  }
+
+  template <typename Texts>
+  static bool holds(const Texts& texts, std::string_view cell) {
+    return std::find(std::begin(texts), std::end(texts), trimmed(cell)) != std::end(texts);
   }
 
   void endRow() {
     if (row_ == 0) {
-      choose(path_, wanted_, headings_, headings_.size());
-      headingRows = 1;
-    } else {
+      endFirstRow();
+    }
+    if (row_ > 0 || isWithoutHeadings) {
       pending_.values.push_back(value_);
       if (weights != npos) {
         pending_.weights.push_back(weight_);
@@ -189,6 +197,55 @@ class CsvTable : public Table {
     value_ = weight_ = kNan;  // what a short row leaves out is missing
   }
 
+  void endFirstRow() {
+    vexel::kernels::FirstRow row;
+    for (const std::string& cell : first_) {
+      double value = kNan;
+      const bool isMissing = holds(wanted_.missing, cell);
+      const bool isText = !isMissing && !vexel::kernels::cellNumber(cell, value, wanted_.decimal);
+      row.add(cell, isText, isMissing ? kNan : value);
+    }
+    requireSeparator(row.otherSeparator());
+    isWithoutHeadings = !wanted_.headings.value_or(!row.isData());
+    headingRows = isWithoutHeadings ? 0 : 1;
+    if (!wanted_.headings && !row.note().empty()) {
+      note = path_ + ": " + row.note() +
+             (isWithoutHeadings ? " (--headings reads it as headings)"
+                                : " (--no-headings reads them as data)");
+    }
+    chooseColumns();
+    if (isWithoutHeadings) {
+      value_ = number(first_[column], column);
+      weight_ = weights == npos ? kNan : number(first_[weights], weights);
+    }
+  }
+
+  void chooseColumns() {
+    if (!isWithoutHeadings) {
+      choose(path_, wanted_, first_, first_.size());
+      const bool isNamed = wanted_.column.find_first_not_of("0123456789") != std::string::npos;
+      note = isNamed ? "" : note;  // who names a heading knows of it
+      return;
+    }
+    try {
+      choose(path_, wanted_, {}, first_.size());
+    } catch (const std::invalid_argument& e) {
+      throw std::invalid_argument(e.what() + (note.empty() ? "" : "\n" + note));
+    }
+  }
+
+  // At other separators than those of the file its cells make no sense.
+  void requireSeparator(char other) const {
+    const char own = wanted_.separatorUsed();
+    if (wanted_.separator == '\0' && other != '\0' && other != own) {
+      const bool isTab = other == '\t';
+      throw std::invalid_argument(path_ + ": row 1 has " + (isTab ? "tabs" : "semicolons") +
+                                  " in its cells; --separator " + (isTab ? "tab" : "';'") +
+                                  " separates at them, --separator " + (own == ',' ? "," : "';'") +
+                                  " leaves them");
+    }
+  }
+
   std::string path_;
   Columns wanted_;
   std::unique_ptr<std::FILE, int (*)(std::FILE*)> file_;
@@ -197,9 +254,9 @@ class CsvTable : public Table {
   Parser parser_;
   std::vector<char> block_;
   bool ended_ = false;
-  std::vector<std::string> headings_;
-  std::size_t row_ = 0;   // from 0, the headings
-  std::size_t cell_ = 0;  // of the row, from 0
+  std::vector<std::string> first_;  // the cells of the first row
+  std::size_t row_ = 0;             // from 0
+  std::size_t cell_ = 0;            // of the row, from 0
   double value_ = kNan;
   double weight_ = kNan;
   Piece pending_;      // parsed, not handed out

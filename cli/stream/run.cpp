@@ -8,6 +8,7 @@
 #include <cmath>
 #include <filesystem>
 #include <optional>
+#include <set>
 #include <sstream>
 #include <vexel/interruption.hpp>
 
@@ -38,6 +39,10 @@ std::string taskOf(const Job& job, const Request& request) {
   for (const std::string& missing : request.columns.missing) {
     text += "na " + escaped(missing) + '\n';
   }
+  if (const Columns& c = request.columns; c.separatorUsed() != ',' || c.decimal != '.') {
+    text += "separator " + std::to_string(c.separatorUsed()) + " decimal " +
+            std::to_string(c.decimal) + '\n';
+  }
   for (const std::string& path : request.files) {
     const auto table = openTable(path, request.columns);
     struct stat status {};
@@ -49,7 +54,8 @@ std::string taskOf(const Job& job, const Request& request) {
     text += "file " + std::to_string(status.st_size) + ' ' + std::to_string(modified) + ' ' +
             std::to_string(table->column) + ' ' +
             (table->weights == Table::npos ? "-" : std::to_string(table->weights)) + ' ' +
-            escaped(std::filesystem::absolute(path).lexically_normal().string()) + '\n';
+            escaped(std::filesystem::absolute(path).lexically_normal().string()) + '\n' +
+            (table->isWithoutHeadings ? "no headings\n" : "");
   }
   return text;
 }
@@ -107,6 +113,9 @@ class Run {
 
   void readFile(const std::string& path) {
     const auto table = openTable(path, request_.columns);
+    if (!table->note.empty() && told_.insert(path).second) {
+      bar_.say(table->note);
+    }
     std::size_t row = 0;
     for (;;) {
       if (stopped.load()) {
@@ -197,6 +206,7 @@ class Run {
   std::size_t done_ = 0;    // pieces of this pass
   std::size_t toSkip_ = 0;  // of them, from the work that was resumed
   std::size_t file_ = 0;
+  std::set<std::string> told_;  // files of which something was told
   bool zeroWeights_ = false;
   Piece piece_;
   Clock::time_point start_ = Clock::now();

@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -20,6 +21,11 @@ struct Columns {
   std::string column;                // a heading or a number from 1; empty: the only one there is
   std::string weights;               // empty: none
   std::vector<std::string> missing;  // further texts of missing cells
+  // Of CSV files.
+  char separator = '\0';  // none given: a comma, or a semicolon where the decimal mark is one
+  char decimal = '.';
+  std::optional<bool> headings = std::nullopt;  // none given: the first row tells
+  char separatorUsed() const { return separator != '\0' ? separator : decimal == ',' ? ';' : ','; }
 };
 
 struct Piece {
@@ -38,7 +44,9 @@ class Table {
   static constexpr std::size_t npos = static_cast<std::size_t>(-1);
   std::size_t column = 0;
   std::size_t weights = npos;
-  std::size_t headingRows = 0;  // rows of the file before those of the data
+  std::size_t headingRows = 0;     // rows of the file before those of the data
+  bool isWithoutHeadings = false;  // a CSV file whose first row holds data
+  std::string note;                // what to tell of the file; empty: nothing
 
  protected:
   // Finds both columns by their headings; no headings: by number alone.

@@ -20,22 +20,22 @@ array([100., 500.])
 
 from __future__ import annotations
 
-import itertools
 import os
-import re
+import sys
 import time
+import warnings
 from collections.abc import Iterable, Iterator
 from typing import TYPE_CHECKING, Any
 
 import numpy as np
 
 from . import _passes
-from ._core import short_text
 from ._pass_states import Several, require_weight, weightless
 from ._progress import reporter
 from ._results import Description, HistogramResult, TallyResult
 from ._state_tables import Histogram, Ranks, Tally
 from ._states import Extremes, Moments
+from ._stream_files import Text, paths_of, tell, text_of, uses
 
 if TYPE_CHECKING:
     from ._types import NanPolicy, Progress, QuantileMethod
@@ -45,121 +45,47 @@ __all__ = ["describe", "histogram", "pieces", "quantile", "tally"]
 _magic = b"vexel stream 2\n"
 _every = 5.0  # seconds between two saved states
 
-# What every reader of the library takes for a missing number, beyond what pandas does.
-_missing = [".", *("".join(letters) for text in ("na", "n/a", "nan", "null")
-                   for letters in itertools.product(*((c, c.upper()) if c.isalpha() else (c,) for c in text)))]
+
+def _require_rows(rows: int) -> None:
+    if rows < 1:
+        raise ValueError(f"rows: from 1 is allowed, {rows} came")
 
 
-def _chosen(names: list[str] | int, column: Any, path: str) -> int:
-    """The position of a column among names, or among so many without names."""
-    count, known = (names, []) if isinstance(names, int) else (len(names), names)
-    if column is None and count == 1:
-        return 0
-    if isinstance(column, str) and column in known:
-        return known.index(column)
-    if isinstance(column, (int, np.integer)) and 0 <= column < count:
-        return int(column)
-    shown = ", ".join(n if len(n) <= 40 else n[:37] + "..." for n in known[:8]) + (", ..." if count > 8 else "") if known else f"columns 0 to {count - 1}"
-    if column is None:
-        raise ValueError(f"column: one has to be chosen of {path}, which has {shown}")
-    raise ValueError(f"column: {path} has no {short_text(column)}, it has {shown}")
-
-
-class _Csv:
-    def __init__(self, path: str) -> None:
-        import pandas
-
-        self.path, self.pandas = path, pandas
-        # The parsers of numbers that round correctly: from 3.1 on that of default, before it the one so named.
-        version = tuple(map(int, re.findall(r"\d+", pandas.__version__)[:2]))
-        self.exact = {} if version >= (3, 1) else {"float_precision": "round_trip"}
-        self.names: list[str] | int = [str(n).strip() for n in pandas.read_csv(path, nrows=0, index_col=False).columns]
-
-    def pieces(self, use: list[int], rows: int, na: list[str]) -> Iterator[tuple[list[Any], float]]:
-        size = max(os.path.getsize(self.path), 1)
-        columns = sorted(set(use))
-        with open(self.path, "rb") as file:
-            for frame in self.pandas.read_csv(file, usecols=columns, chunksize=rows, dtype=np.float64, index_col=False,
-                                              na_values=_missing + na, **self.exact):
-                yield [frame.iloc[:, columns.index(c)].to_numpy() for c in use], file.tell() / size
-
-
-class _Npy:
-    def __init__(self, path: str) -> None:
-        self.data = np.load(path, mmap_mode="r", allow_pickle=False)
-        if self.data.ndim not in (1, 2):
-            raise ValueError(f"{path}: one or two dimensions are allowed, {self.data.ndim} came")
-        self.names: list[str] | int = 1 if self.data.ndim == 1 else self.data.shape[1]
-
-    def pieces(self, use: list[int], rows: int, na: list[str]) -> Iterator[tuple[list[Any], float]]:
-        for start in range(0, len(self.data), rows):
-            part = self.data[start:start + rows]
-            yield ([np.array(part if self.data.ndim == 1 else part[:, c]) for c in use],
-                   (start + len(part)) / len(self.data))
-
-
-class _Parquet:
-    def __init__(self, path: str) -> None:
-        import pyarrow.parquet
-
-        self.file = pyarrow.parquet.ParquetFile(path)
-        self.names: list[str] | int = list(self.file.schema_arrow.names)
-
-    def pieces(self, use: list[int], rows: int, na: list[str]) -> Iterator[tuple[list[Any], float]]:
-        names = [self.file.schema_arrow.names[c] for c in use]
-        done, total = 0, max(self.file.metadata.num_rows, 1)
-        for batch in self.file.iter_batches(batch_size=rows, columns=list(dict.fromkeys(names))):
-            done += batch.num_rows
-            yield [batch.column(batch.schema.get_field_index(n)) for n in names], done / total
-
-
-_readers: dict[str, Any] = {".csv": _Csv, ".npy": _Npy, ".parquet": _Parquet, ".pq": _Parquet}
-
-
-def _reader(path: str) -> Any:
-    kind = os.path.splitext(path)[1].lower()
-    if kind not in _readers:
-        raise ValueError(f"files: .csv, .npy and .parquet are allowed, {path} came")
-    return _readers[kind]
-
-
-def _paths(files: Any) -> list[str]:
-    paths = [os.fspath(f) for f in ([files] if isinstance(files, (str, os.PathLike)) else files)]
-    for path in paths:
-        _reader(path)
-        os.stat(path)  # the system's error names the file
-    return paths
-
-
-def _uses(path: str, column: Any, weights: Any) -> tuple[Any, list[int]]:
-    """A reader of the file and the positions of the columns."""
-    reader = _reader(path)(path)
-    return reader, [_chosen(reader.names, c, path) for c in ([column] if weights is None else [column, weights])]
-
-
-def pieces(files: Any, *, column: Any = None, weights: Any = None, na: Iterable[str] = (),
+def pieces(files: Any, *, column: Any = None, weights: Any = None, headings: bool | None = None,
+           separator: str | None = None, decimal: str = ".", na: Iterable[str] = (),
            rows: int = 1 << 20) -> Iterator[tuple[Any, Any, float]]:
     """The pieces of files: data, weights or None, the share of the files that is read.
 
     Parameters
     ----------
     files : path or list of paths
-        .csv (with a line of names), .npy, .parquet.
+        .csv, .npy, .parquet.
     column : str or int, optional
         A name or a number from 0; not needed where there is one only.
     weights : str or int, optional
         The column of weights.
+    headings : bool, optional
+        Whether the first row of CSV files holds names.  By default it holds data if every cell of it is a number
+        or missing; a warning tells where there are numbers in it.
+    separator : str, optional
+        What stands between the cells of CSV files: a comma, or a semicolon where the decimal mark is one.
+    decimal : str
+        The decimal mark of CSV files.
     na : list of str, optional
         Further texts of missing cells in CSV files.
     rows : int
         In a piece.
     """
-    if rows < 1:
-        raise ValueError(f"rows: from 1 is allowed, {rows} came")
-    paths, texts = _paths(files), list(na)
+    _require_rows(rows)
+    text = text_of(headings, separator, decimal, na)
+    tell(paths_of(files), column, weights, text)
+    yield from _pieces(paths_of(files), column, weights, text, rows)
+
+
+def _pieces(paths: list[str], column: Any, weights: Any, text: Text, rows: int) -> Iterator[tuple[Any, Any, float]]:
     for number, path in enumerate(paths):
-        reader, use = _uses(path, column, weights)
-        for found, share in reader.pieces(use, rows, texts):
+        reader, use = uses(path, column, weights, text)
+        for found, share in reader.pieces(use, rows):
             if len(found[0]):
                 yield found[0], found[1] if weights is not None else None, (number + share) / len(paths)
 
@@ -238,32 +164,39 @@ def _bits(values: Any) -> str:
     return "".join(f" {bits:016x}" for bits in np.asarray(values, dtype=np.float64).ravel().view(np.uint64).tolist())
 
 
-def _task(what: str, paths: list[str], column: Any, weights: Any, na: list[str], rows: int) -> bytes:
+def _task(what: str, paths: list[str], column: Any, weights: Any, text: Text, rows: int) -> bytes:
     """Lines that tell this work from other work: what is done, with files untouched since."""
-    lines = [what.encode(), b"rows %d" % rows, *(b"na " + _escaped(text) for text in na)]
+    lines = [what.encode(), b"rows %d" % rows, *(b"na " + _escaped(na) for na in text.na)]
+    if (text.between, text.decimal) != (",", "."):
+        lines.append(b"separator %d decimal %d" % (ord(text.between), ord(text.decimal)))
     for path in paths:
-        _, use = _uses(path, column, weights)
+        reader, use = uses(path, column, weights, text)
         status = os.stat(path)
         second = str(use[1]) if len(use) == 2 else "-"
         lines.append(f"file {status.st_size} {status.st_mtime_ns} {use[0]} {second} ".encode()
                      + _escaped(os.path.abspath(path)))
+        if reader.has_headings is False:
+            lines.append(b"no headings")
     return b"\n".join(lines) + b"\n"
 
 
-def _run(what: str, job: Any, files: Any, state: Any, progress: Progress, *, column: Any, weights: Any,
-         na: Iterable[str], rows: int) -> Any:
-    paths, na = _paths(files), sorted(na)
+def _run(what: str, job: Any, files: Any, column: Any, weights: Any, text: Text, rows: int, state: Any,
+         progress: Progress) -> Any:
+    _require_rows(rows)
+    paths = paths_of(files)
     report = reporter(progress)
     first, done, kept, current = 0, 0, None, job.begin()
     if state is not None:
         state = os.fsdecode(state)
         _require_writable(state)
-        task = _task(what, paths, column, weights, na, rows)
+        task = _task(what, paths, column, weights, text, rows)
         if os.path.exists(state):
             first, done, kept, current = _load(state, task)
+    if first == done == 0:
+        tell(paths, column, weights, text)
     saved, zeros = time.monotonic(), False
     for number in range(first, job.passes):
-        for at, (x, w, share) in enumerate(pieces(paths, column=column, weights=weights, na=na, rows=rows)):
+        for at, (x, w, share) in enumerate(_pieces(paths, column, weights, text, rows)):
             if at < done:
                 continue
             try:
@@ -287,14 +220,14 @@ def _run(what: str, job: Any, files: Any, state: Any, progress: Progress, *, col
     return result
 
 
-def describe(files: Any, *, column: Any = None, weights: Any = None, na: Iterable[str] = (),
-             nan_policy: NanPolicy = "omit", rows: int = 1 << 20, state: Any = None,
-             progress: Progress = None) -> Description[float]:
+def describe(files: Any, *, column: Any = None, weights: Any = None, headings: bool | None = None,
+             separator: str | None = None, decimal: str = ".", na: Iterable[str] = (), nan_policy: NanPolicy = "omit",
+             rows: int = 1 << 20, state: Any = None, progress: Progress = None) -> Description[float]:
     """The usual statistics of files; as `vexel.describe`.
 
     Parameters
     ----------
-    files, column, weights, na, rows
+    files, column, weights, headings, separator, decimal, na, rows
         As in `pieces`.
     nan_policy : {"omit", "propagate", "raise"}
         Missing values (empty cells, nulls) are left out and counted, unless told otherwise.
@@ -303,36 +236,41 @@ def describe(files: Any, *, column: Any = None, weights: Any = None, na: Iterabl
     progress : callable or bool, optional
         Told the share done, 0 to 1; True shows a bar where tqdm is installed.
     """
-    found: Description[float] = _run(f"describe {nan_policy}", _passes.DescribeJob(nan_policy), files, state, progress,
-                              column=column, weights=weights, na=na, rows=rows)
+    found: Description[float] = _run(f"describe {nan_policy}", _passes.DescribeJob(nan_policy), files, column, weights,
+                                     text_of(headings, separator, decimal, na), rows, state, progress)
     return found
 
 
 def quantile(files: Any, q: Any, *, method: QuantileMethod = "linear", column: Any = None, weights: Any = None,
-             na: Iterable[str] = (), nan_policy: NanPolicy = "propagate", rows: int = 1 << 20, state: Any = None,
+             headings: bool | None = None, separator: str | None = None, decimal: str = ".", na: Iterable[str] = (),
+             nan_policy: NanPolicy = "propagate", rows: int = 1 << 20, state: Any = None,
              progress: Progress = None) -> Any:
     """Exact quantiles of files, up to 250; as `vexel.quantile`, the rest as in `describe`."""
-    return _run(f"quantile {nan_policy} {method}{_bits(q)}", _passes.QuantileJob(q, method, nan_policy), files,
-                state, progress, column=column, weights=weights, na=na, rows=rows)
+    what = f"quantile {nan_policy} {method}{_bits(q)}"
+    return _run(what, _passes.QuantileJob(q, method, nan_policy), files, column, weights,
+                text_of(headings, separator, decimal, na), rows, state, progress)
 
 
-def tally(files: Any, *, column: Any = None, weights: Any = None, na: Iterable[str] = (),
+def tally(files: Any, *, column: Any = None, weights: Any = None, headings: bool | None = None,
+          separator: str | None = None, decimal: str = ".", na: Iterable[str] = (),
           nan_policy: NanPolicy = "propagate", rows: int = 1 << 20, state: Any = None,
           progress: Progress = None) -> TallyResult:
     """Distinct values of files and their counts; memory goes by distinct values.  As `vexel.tally`."""
-    found: TallyResult = _run(f"tally {nan_policy}", _passes.tally_job(nan_policy), files, state, progress,
-                              column=column, weights=weights, na=na, rows=rows)
+    found: TallyResult = _run(f"tally {nan_policy}", _passes.tally_job(nan_policy), files, column, weights,
+                              text_of(headings, separator, decimal, na), rows, state, progress)
     return found
 
 
 def histogram(files: Any, bins: Any = "auto", *, range: Any = None, density: bool = False, column: Any = None,
-              weights: Any = None, na: Iterable[str] = (), nan_policy: NanPolicy = "propagate", rows: int = 1 << 20,
-              state: Any = None, progress: Progress = None) -> HistogramResult:
+              weights: Any = None, headings: bool | None = None, separator: str | None = None, decimal: str = ".",
+              na: Iterable[str] = (), nan_policy: NanPolicy = "propagate", rows: int = 1 << 20, state: Any = None,
+              progress: Progress = None) -> HistogramResult:
     """Counts in bins of files; as `vexel.histogram`, the rest as in `describe`."""
     job = _passes.HistogramJob(bins, range, density, nan_policy)
     between = "" if range is None else " range" + _bits(range)
     what = f"histogram {nan_policy} {bins if np.ndim(bins) == 0 else 'edges' + _bits(bins)}{between}"
-    found: HistogramResult = _run(what, job, files, state, progress, column=column, weights=weights, na=na, rows=rows)
+    found: HistogramResult = _run(what, job, files, column, weights, text_of(headings, separator, decimal, na), rows,
+                                  state, progress)
     return found
 
 
@@ -344,27 +282,37 @@ def _main() -> None:
     options.add_argument("files", nargs="+", help=".csv, .npy or .parquet")
     options.add_argument("-q", type=float, nargs="+", default=[0.25, 0.5, 0.75], help="probabilities of quantile")
     options.add_argument("--bins", default="auto", help="of histogram: their number or a rule")
-    options.add_argument("--column", help="a name, or a number from 0 of .npy")
+    options.add_argument("--column", help="a name, or a number from 0")
     options.add_argument("--weights", help="the column of weights")
+    options.add_argument("--headings", action=argparse.BooleanOptionalAction, help="whether row 1 of a .csv holds names")
+    options.add_argument("--separator", help="what stands between cells of a .csv; a comma otherwise")
+    options.add_argument("--decimal", default=".", help="the decimal mark of a .csv")
+    options.add_argument("--na", action="append", default=[], help="a further text of missing cells")
     options.add_argument("--missing", choices=["omit", "propagate", "raise"], default="omit")
     options.add_argument("--rows", type=int, default=1 << 20, help="in a piece")
     options.add_argument("--state", help="where to keep the work, to go on from")
     options.add_argument("--progress", action="store_true")
     given = options.parse_args()
-    numbered = all(path.lower().endswith(".npy") for path in given.files)
-    column, weights = (int(c) if c is not None and numbered else c for c in (given.column, given.weights))
-    common = {"column": column, "weights": weights, "nan_policy": given.missing, "rows": given.rows,
-              "state": given.state, "progress": given.progress}
-    try:
-        if given.what == "quantile":
-            for q, value in zip(given.q, quantile(given.files, given.q, **common)):
-                print(f"{q:<8g}  {float(value)!r}")
-        elif given.what == "histogram":
-            print(histogram(given.files, int(given.bins) if given.bins.isdigit() else given.bins, **common))
-        else:
-            print({"describe": describe, "tally": tally}[given.what](given.files, **common))
-    except (OSError, ValueError, TypeError, ImportError) as error:
-        options.exit(1, f"{error}\n")
+    common = {"column": given.column, "weights": given.weights, "headings": given.headings,
+              "separator": "\t" if given.separator in ("tab", "\\t") else given.separator, "decimal": given.decimal,
+              "na": given.na, "nan_policy": given.missing, "rows": given.rows, "state": given.state,
+              "progress": given.progress}
+    failed = ""
+    with warnings.catch_warnings(record=True) as told:
+        warnings.simplefilter("always")
+        try:
+            if given.what == "quantile":
+                for q, value in zip(given.q, quantile(given.files, given.q, **common)):
+                    print(f"{q:<8g}  {float(value)!r}")
+            elif given.what == "histogram":
+                print(histogram(given.files, int(given.bins) if given.bins.isdigit() else given.bins, **common))
+            else:
+                print({"describe": describe, "tally": tally}[given.what](given.files, **common))
+        except (OSError, ValueError, TypeError, ImportError) as error:
+            failed = f"{error}\n"
+    for one in told:
+        print(one.message, file=sys.stderr)
+    options.exit(1 if failed else 0, failed)
 
 
 if __name__ == "__main__":

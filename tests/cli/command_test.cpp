@@ -18,6 +18,7 @@ using testing::AnyOf;
 using testing::HasSubstr;
 using testing::Lt;
 using testing::SizeIs;
+using testing::StartsWith;
 
 struct Outcome {
   int status;
@@ -101,6 +102,51 @@ TEST_F(CommandTest, LargeFilesAreReadInPieces) {
           "cd " + std::filesystem::path(file("tally", "6*7;\n")).parent_path().string() + " && ")
           .out,
       "42\n");
+}
+
+TEST_F(CommandTest, NoRowIsLostForHeadingsAndMarksAreAsAsked) {
+  file("n.csv", "1,2\n3,4\n");
+  file("m.csv", "Bern,1.5\nParis,2\n");
+  file("de.csv",
+       "Gr\xf6\xdf"
+       "e;Preis\n1,5;2,25\n2,5;\"-3,5\"\n;1\n");
+  file("tab.csv", "a\tb\n1\t2\n");
+  const struct {
+    const char* arguments;
+    const char* out;
+    const char* errors;  // how they begin
+  } rows[] = {
+      {"n.csv -c 1", "1.0, 3.0",
+       "n.csv: row 1 has numbers alone and is read as data: 1 | 2 (--head"},
+      {"n.csv -c 2 --rows 1", "2.0, 4.0", "n.csv: row 1 has numbers alone"},
+      {"n.csv -c 1 --no-headings", "1.0, 3.0", ""},
+      {"n.csv -c 1 --headings", "3.0", ""},
+      {"m.csv -c 2", "2.0",
+       "m.csv: row 1 is read as headings, though some are numbers: Bern | 1.5"},
+      {"m.csv -c 2 --no-headings", "1.5, 2.0", ""},
+      {"de.csv -c Preis --decimal ,", "-3.5, 1.0, 2.25", ""},
+      {"de.csv -c 1 --decimal , --separator ';'", "1.5, 2.5", ""},
+      {"tab.csv -c b --separator tab", "2.0", ""},
+      {"de.csv", "", "Error, de.csv: row 1 has semicolons in its cells; --separator ';' separates"},
+      {"n.csv -c x", "",
+       "Error, n.csv has no column x, it has columns 1 to 2\nn.csv: row 1 has num"},
+      {"n.csv --separator ab", "", "--separator: a character like , ; or tab is expected, ab came"},
+      {"n.csv --decimal ';' --separator ';'", "",
+       "--separator: another character than the decimal"},
+      {"n.csv --headings --no-headings", "", "--headings excludes"},
+  };
+  for (const auto& row : rows) {
+    const Outcome outcome =
+        run(std::string("tally --json ") + row.arguments, "", "cd " + folder().string() + " && ");
+    EXPECT_THAT(outcome.out,
+                StartsWith(*row.out == '\0' ? "" : std::string("{\"values\": [") + row.out + "]"))
+        << row.arguments;
+    EXPECT_EQ(outcome.errors.substr(0, std::string(row.errors).size()), row.errors)
+        << row.arguments;
+    EXPECT_EQ(outcome.errors.empty(), *row.errors == '\0') << outcome.errors;
+  }
+  EXPECT_EQ(run("tally --quiet - -c 2", "1,2\n1,3\n").out,
+            "values  counts\n     2       1\n     3       1\n");
 }
 
 TEST_F(CommandTest, LargeFilesThatAreNotAsTheyShouldBe) {

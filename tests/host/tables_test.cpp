@@ -125,7 +125,7 @@ TEST_F(TablesTest, FilesAreUnderstoodAsAsked) {
       {"\"a\\n1\\n\"): ReadCSV(F, sep = 3)",
        "Error, ReadCSV has no parameter sep; it is called as ReadCSV(file, column = none; "
        "separator, "
-       "decimal, na, header = true, skip = 0, columns, types)"},
+       "decimal, na, header, skip = 0, columns, types)"},
       {"\"a\\n1\\n\"): ReadCSV(F, separator = \"::\")", "Error, ReadCSV expects a character like "},
       {"\"a\\n1\\n\"): ReadCSV(F, types = [b = number])", "Error, the file has no column b"},
       {"\"a\\n1\\n\"): ReadCSV(F, types = whole)",
@@ -137,6 +137,56 @@ TEST_F(TablesTest, FilesAreUnderstoodAsAsked) {
         row.result)
         << row.text;
   }
+}
+
+// A first row of numbers is data, and nothing of it is lost on the way to a file and back.
+TEST_F(TablesTest, TheFirstRowHoldsHeadingsUnlessItHoldsNumbersAlone) {
+  const struct {
+    const char* text;
+    const char* options;
+    const char* headings;
+    int rows;
+    const char* told;  // how it begins
+  } rows[] = {
+      {"1,2\n3,4\n", "", "[1, 2]", 2, "row 1 has numbers alone and is read as data: 1 | 2 (header"},
+      {"-1e3,NA\n,.5\n", "", "[1, 2]", 2, "row 1 has numbers alone"},
+      {"2019\n1\n", ", header = true", "[\"2019\"]", 1, ""},
+      {"1;2,5\n3;4\n", ", decimal = \",\"", "[1, 2]", 2, "row 1 has numbers alone"},
+      {"1;2\n3;4\n", "", "[\"1;2\"]", 1, "row 1 has semicolons"},
+      {"-,1\n2,3\n", ", na = \"-\"", "[1, 2]", 2, "row 1 has numbers alone"},
+      {"Bern,1.5\nParis,2\n", "", "[\"Bern\", \"1.5\"]", 1,
+       "row 1 is read as headings, though some are numbers: Bern | 1.5 (header = false"},
+      {"Bern,1.5\nParis,2\n", ", header = false", "[1, 2]", 2, ""},
+      {"x,y\n1,2\n", "", "[\"x\", \"y\"]", 1, ""},
+  };
+  for (const auto& row : rows) {
+    told.clear();
+    std::string written = row.text;
+    for (std::size_t at = 0; (at = written.find('\n', at)) != std::string::npos; at += 2) {
+      written.replace(at, 1, "\\n");
+    }
+    EXPECT_EQ(printed("WriteText(F, \"" + written + "\"): t := ReadCSV(F" + row.options +
+                      "): headings(t), row_count(t)"),
+              std::string(row.headings) + ", " + std::to_string(row.rows))
+        << row.text;
+    EXPECT_EQ(told.substr(0, std::string("ReadCSV: ").size() + std::string(row.told).size()),
+              *row.told == '\0' ? "" : std::string("ReadCSV: ") + row.told)
+        << row.text;
+    const std::string again = std::string("WriteCSV(F, t): u := ReadCSV(F, header = ") +
+                              (row.headings[1] == '1' ? "false" : "true");
+    EXPECT_EQ(printed(again + "): u"), printed("t")) << row.text;
+  }
+  EXPECT_EQ(
+      printed(
+          "WriteText(F, \"1,2\\n3,4\\n\"): t := ReadCSV(F): WriteCSV(F, t): u := ReadCSV(F): u"),
+      printed("t"));
+  told.clear();
+  EXPECT_EQ(printed("WriteText(F, \"c,2019\\na,7\\n\"): ReadCSV(F, \"2019\")"),
+            "Array(1..1, [7.0], datatype = float[8])");
+  EXPECT_EQ(told, "");  // who names a heading knows of it
+  EXPECT_EQ(printed("WriteText(F, \"1,2\\n\"): ReadCSV(F, x)"),
+            "Error, the file has no column x; its first row has numbers alone and is read as data, "
+            "unless header = true is given");
 }
 
 TEST_F(TablesTest, WhatIsNotReadAsItStandsIsTold) {

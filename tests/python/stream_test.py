@@ -135,6 +135,54 @@ def _interrupt(now):
         raise KeyboardInterrupt
 
 
+DATA = "row 1 has numbers alone and is read as data: "
+
+
+@pytest.mark.filterwarnings("error")
+@pytest.mark.parametrize("text, options, words, values, told", [
+    ("1,2\n3,4\n", {"column": 0}, ["-c", 1], [1, 3], DATA + r"1 \| 2 \(headings=True reads"),
+    ("1,2\n3,4\n", {"column": 0, "headings": False}, ["-c", 1, "--no-headings"], [1, 3], ""),
+    ("1,2\n3,4\n", {"column": 1, "headings": True}, ["-c", 2, "--headings"], [4], ""),
+    ("-,2\n3,4\n", {"column": "1", "na": ["-"]}, ["-c", 2, "--na", "-"], [2, 4], DATA),
+    ("Bern,1.5\nRom,2\n", {"column": 1}, ["-c", 2], [2], r"row 1 is read as headings, though some .* Bern \| 1.5"),
+    ("Bern,1.5\nRom,2\n", {"column": "1.5"}, ["-c", "1.5"], [2], ""),
+    ("\ufeffa; b\n1,5;x\n2;y\n", {"column": "a", "decimal": ","}, ["-c", "a", "--decimal", ","], [1.5, 2], ""),
+    ("1,5;2\n2,5;3\n", {"column": 0, "decimal": ","}, ["-c", 1, "--decimal", ","], [1.5, 2.5], DATA + r"1,5 \| 2 "),
+    ("a\tb\n1\t2\n", {"column": "b", "separator": "\t"}, ["-c", "b", "--separator", "tab"], [2], ""),
+])
+def test_no_row_is_lost_for_headings_and_marks_are_as_asked(tmp_path, text, options, words, values, told):
+    pytest.importorskip("pandas")
+    path, state = tmp_path / "x.csv", tmp_path / "state"
+    path.write_text(text)
+    if told:
+        with pytest.warns(UserWarning, match=told) as all_told:
+            assert stream.tally(path, **options).values.tolist() == values
+        assert len(all_told) == 1
+    else:
+        assert stream.tally(path, **options).values.tolist() == values
+    if COMMAND:  # takes the same rows, and begins the same work
+        words = ["tally", path, *words, "--quiet", "--rows", 1 << 20]
+        assert command(*words, "--json")["values"] == values
+        assert "goes on from there" in command(*words, "--state", state, "--stop-after", 0, status=1)
+        assert stream.tally(path, state=state, nan_policy="omit", **options).values.tolist() == values
+
+
+def test_text_that_is_not_as_asked(tmp_path):
+    pytest.importorskip("pandas")
+    path = tmp_path / "x.csv"
+    for text, options, told in [("1,2\n", {"column": "y"}, "has no 'y', it has columns 0 to 1; " + DATA),
+                                ("x,x\n1,2\n", {"column": "x"}, "several 'x'"),
+                                ("a;b\n1;2\n", {}, "separator: row 1 of .*x.csv has semicolons in its cells; ';' sep"),
+                                ("x\n1\nfour\n", {}, "x.csv: .*four"), ("", {}, "x.csv is empty"),
+                                ("x\n1\n", {"separator": "::"}, "separator: a character"),
+                                ("x\n1\n", {"separator": ",", "decimal": ","}, "separator: another character")]:
+        path.write_text(text)
+        with pytest.raises(ValueError, match=told):
+            stream.describe(path, **options)
+    with pytest.raises(TypeError, match="headings: True, False or None"):
+        stream.describe(path, headings="x")
+
+
 @pytest.mark.filterwarnings("error")
 def test_numbers_of_text_are_read_to_the_last_digit(tmp_path):
     pytest.importorskip("pandas")

@@ -106,16 +106,7 @@ bool CellRules::number(std::string_view cell, double& value) const {
     if (isUsualMissing(cell)) {  // but none of the own words
       return false;
     }
-    std::string pointed;
-    if (decimal != '.') {
-      pointed = cell;
-      if (pointed.find('.') != std::string::npos) {
-        return false;
-      }
-      std::replace(pointed.begin(), pointed.end(), decimal, '.');
-      cell = pointed;
-    }
-    if (!kernels::cellNumber(cell, value)) {
+    if (!kernels::cellNumber(cell, value, decimal)) {
       return false;
     }
   }

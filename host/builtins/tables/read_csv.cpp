@@ -6,9 +6,10 @@
 #include <limits>
 #include <map>
 
-#include "builtins/tables/csv_columns.hpp"
+#include "builtins/tables/csv_options.hpp"
 #include "builtins/tables/tables.hpp"
 #include "kernels/cell_number.hpp"
+#include "kernels/first_row.hpp"
 #include "values/errors.hpp"
 #include "values/numbers.hpp"
 #include "values/text.hpp"
@@ -29,7 +30,6 @@ struct Report {
     std::string problem;
   };
   std::vector<Line> lines;
-  std::vector<std::string> summary;
 
   void add(std::size_t row, const std::string& column, std::string_view cell,
            const std::string& problem) {
@@ -39,98 +39,8 @@ struct Report {
   }
 };
 
-struct CsvOptions {
-  char separator = ',';
-  CellRules rules;
-  bool header = true;
-  std::vector<std::string> headings;  // in place of a header
-  std::size_t skip = 0;
-};
-
 std::string numbered(std::size_t n, const char* one, const char* many) {
   return std::to_string(n) + ' ' + (n == 1 ? one : many);
-}
-
-// A single character of one byte.
-char characterOf(Call& call, const char* parameter, char fallback) {
-  const ALGEB x = call.value(parameter);
-  if (x == nullptr) {
-    return fallback;
-  }
-  if (!is(x, Tag::string) || text(x).size() != 1 || text(x)[0] == '"' || text(x)[0] == '\n' ||
-      text(x)[0] == '\r' || static_cast<unsigned char>(text(x)[0]) >= 0x80) {
-    call.refuse(parameter, "a character like \",\", \";\" or \"\\t\"");
-  }
-  return text(x)[0];
-}
-
-void readMissing(Call& call, CellRules& rules) {
-  const ALGEB na = call.value("na");
-  if (na == nullptr) {
-    return;
-  }
-  rules.ownMissing = true;
-  const std::size_t count = isList(na) ? countOf(na) : 1;
-  for (std::size_t i = 1; i <= count; ++i) {
-    const ALGEB x = isList(na) ? element(call.state(), na, i) : na;
-    if (isReal(x)) {
-      rules.missingNumbers.push_back(toDouble(call.state(), x));
-    } else if (is(x, Tag::string) || is(x, Tag::name)) {
-      double value = 0;
-      rules.missingTexts.emplace_back(kernels::trimmed(text(x)));
-      CellRules plain;
-      plain.decimal = rules.decimal;
-      if (plain.number(rules.missingTexts.back(), value) && !std::isnan(value)) {
-        rules.missingNumbers.push_back(value);
-      }
-    } else {
-      call.refuse("na", "texts or numbers that stand for a missing value");
-    }
-  }
-}
-
-CsvOptions optionsOf(Call& call) {
-  CsvOptions options;
-  options.rules.decimal = characterOf(call, "decimal", '.');
-  options.separator = characterOf(call, "separator", options.rules.decimal == ',' ? ';' : ',');
-  const auto isPartOfNumbers = [](char c) {
-    return (c >= '0' && c <= '9') || c == '-' || c == '+';
-  };
-  if (isPartOfNumbers(options.rules.decimal)) {
-    call.refuse("decimal", "a mark like \".\" or \",\"");
-  }
-  if (options.separator == options.rules.decimal) {
-    call.refuse("separator", "another character than the decimal mark");
-  }
-  readMissing(call, options.rules);
-  options.skip = call.size("skip");
-  const ALGEB header = call.value("header");
-  if (header != nullptr && isList(header)) {
-    options.header = false;
-    for (std::size_t i = 1; i <= countOf(header); ++i) {
-      options.headings.push_back(
-          plainText(call.state(), headingOf(call.state(), element(call.state(), header, i))));
-    }
-  } else {
-    options.header = call.boolean("header", true);
-  }
-  return options;
-}
-
-ColumnKind kindOf(Call& call, ALGEB x) {
-  const std::string word = is(x, Tag::function)                     ? machineFunction(x).name
-                           : is(x, Tag::string) || is(x, Tag::name) ? std::string(text(x))
-                                                                    : "";
-  constexpr std::pair<std::string_view, ColumnKind> kKinds[] = {{"number", ColumnKind::number},
-                                                                {"text", ColumnKind::text},
-                                                                {"date", ColumnKind::date},
-                                                                {"auto", ColumnKind::automatic}};
-  for (const auto& [known, kind] : kKinds) {
-    if (word == known) {
-      return kind;
-    }
-  }
-  raise(call.state(), "a column is one of number, text, date, auto, received: %1", x);
 }
 
 class CsvReading {
@@ -139,16 +49,18 @@ class CsvReading {
       : call_(call),
         state_(call.state()),
         report_(report),
-        options_(optionsOf(call)),
+        options_(csvOptions(call)),
         file_(state_, call.value("file")) {}
 
   ALGEB table();
   ALGEB column(ALGEB wanted);
 
  private:
+  void readFirstRow(Scanner& scanner);
   void readHeadings(Scanner& scanner);
+  void judgeFirstRow();
   void nameColumns(std::size_t count);
-  std::size_t place(ALGEB column) const;
+  std::size_t place(ALGEB column);
   void chooseKinds();
   void choose(const std::vector<std::size_t>& places);
   void requireDistinctHeadings(const std::vector<std::size_t>& places);
@@ -157,7 +69,7 @@ class CsvReading {
   void readAgain();
   void endRecord(const Scanner& scanner);
   void tellUnreadable();
-  void tell(const std::string& line) { report_.summary.push_back(line); }
+  void tell(const std::string& line);
   std::string headingText(std::size_t c) const { return plainText(state_, headings_[c]); }
 
   Call& call_;
@@ -167,8 +79,9 @@ class CsvReading {
   TextFile file_;
   Handles headings_{state_};
   std::vector<CsvColumn> columns_;
-  std::vector<Scanner::Cell> first_;  // of a file without headings: its first row
+  std::vector<Scanner::Cell> first_;  // the first row, unless it holds headings
   std::deque<std::string> firstTexts_;
+  std::string guess_;  // what to tell of the headings, where they were guessed
   std::size_t rows_ = 0;
   std::size_t shortRows_ = 0;
   std::size_t firstShort_ = 0;
@@ -183,42 +96,61 @@ void CsvReading::nameColumns(std::size_t count) {
   }
 }
 
-void CsvReading::readHeadings(Scanner& scanner) {
+void CsvReading::readFirstRow(Scanner& scanner) {
   scanner.skipLines(options_.skip);
   Scanner::Cell cell;
-  bool any = false;
-  while (scanner.next(cell)) {
-    any = true;
+  while (!cell.endsRecord && scanner.next(cell)) {
     if (scanner.column() >= kMostColumns) {
       raise(state_, "row %1 of the CSV file has more than %2 cells",
             newInteger(state_, static_cast<std::int64_t>(scanner.record())),
             newInteger(state_, static_cast<std::int64_t>(kMostColumns)));
     }
-    if (options_.header) {
-      headings_.push(string(state_, kernels::trimmed(cell.text)));
-    } else {
-      firstTexts_.emplace_back(cell.text);
-      first_.push_back({firstTexts_.back(), cell.quoted, cell.endsRecord});
-    }
-    if (cell.endsRecord) {
-      break;
-    }
+    firstTexts_.emplace_back(cell.text);
+    first_.push_back({firstTexts_.back(), cell.quoted, cell.endsRecord});
   }
-  if (!any) {
+  if (first_.empty()) {
     raise(state_, "the file %1 is empty", call_.value("file"));
-  }
-  if (!options_.header) {
-    if (!options_.headings.empty() && options_.headings.size() != first_.size()) {
-      raise(state_, "the file has %1 columns, header names %2",
-            newInteger(state_, static_cast<std::int64_t>(first_.size())),
-            newInteger(state_, static_cast<std::int64_t>(options_.headings.size())));
-    }
-    nameColumns(first_.size());
   }
 }
 
+void CsvReading::judgeFirstRow() {
+  kernels::FirstRow row;
+  for (const Scanner::Cell& cell : first_) {
+    double value = 0;
+    const bool isText = !options_.rules.number(cell.text, value);
+    row.add(kernels::trimmed(cell.text), isText, value);
+  }
+  const char other = row.otherSeparator();
+  if (!options_.isSeparatorGiven && other != '\0' && other != options_.separator) {
+    tell(std::string("row 1 has ") + (other == ';' ? "semicolons" : "tabs") +
+         " in its cells (separator = \"" + (other == ';' ? ";" : "\\t") + "\" separates at them)");
+  }
+  if (!options_.header) {
+    options_.header = !row.isData();
+    guess_ = row.note();
+  }
+}
+
+void CsvReading::readHeadings(Scanner& scanner) {
+  readFirstRow(scanner);
+  judgeFirstRow();
+  if (*options_.header) {
+    for (const Scanner::Cell& cell : first_) {
+      headings_.push(string(state_, kernels::trimmed(cell.text)));
+    }
+    first_.clear();
+    return;
+  }
+  if (!options_.headings.empty() && options_.headings.size() != first_.size()) {
+    raise(state_, "the file has %1 columns, header names %2",
+          newInteger(state_, static_cast<std::int64_t>(first_.size())),
+          newInteger(state_, static_cast<std::int64_t>(options_.headings.size())));
+  }
+  nameColumns(first_.size());
+}
+
 // The column, from 0, that a heading or a number names.
-std::size_t CsvReading::place(ALGEB column) const {
+std::size_t CsvReading::place(ALGEB column) {
   std::int64_t i = 0;
   if (isInteger(column) && fitsInt64(column, &i)) {
     if (i >= 1 && i <= static_cast<std::int64_t>(headings_.size())) {
@@ -234,8 +166,15 @@ std::size_t CsvReading::place(ALGEB column) const {
       found = headings_[c] == wanted ? c : found;
     }
     if (found < headings_.size()) {
+      guess_.clear();  // who names a heading knows of it
       return found;
     }
+  }
+  if (!guess_.empty() && !*options_.header) {
+    raise(state_,
+          "the file has no column %1; its first row has numbers alone and is read as data, unless "
+          "header = true is given",
+          column);
   }
   raise(state_, "the file has no column %1", column);
 }
@@ -244,7 +183,7 @@ std::size_t CsvReading::place(ALGEB column) const {
 void CsvReading::chooseKinds() {
   const ALGEB types = call_.value("types");
   const bool single = types != nullptr && !isList(types) && !isEquation(types);
-  const ColumnKind all = single ? kindOf(call_, types) : ColumnKind::automatic;
+  const ColumnKind all = single ? columnKind(call_, types) : ColumnKind::automatic;
   for (std::size_t c = 0; c < headings_.size(); ++c) {
     columns_.emplace_back(all);
   }
@@ -255,9 +194,9 @@ void CsvReading::chooseKinds() {
   for (std::size_t i = 1; i <= count; ++i) {
     const ALGEB type = isList(types) ? element(state_, types, i) : types;
     if (isEquation(type)) {
-      columns_[place(operand(type, 1))] = CsvColumn(kindOf(call_, operand(type, 2)));
+      columns_[place(operand(type, 1))] = CsvColumn(columnKind(call_, operand(type, 2)));
     } else if (i <= columns_.size()) {
-      columns_[i - 1] = CsvColumn(kindOf(call_, type));
+      columns_[i - 1] = CsvColumn(columnKind(call_, type));
     } else {
       call_.refuse("types", "at most " + std::to_string(columns_.size()) + " kinds");
     }
@@ -349,7 +288,7 @@ void CsvReading::readAgain() {
   file_.rewind();
   Scanner scanner(state_, file_, options_.separator);
   scanner.skipLines(options_.skip);
-  const std::size_t headers = options_.header ? 1 : 0;
+  const std::size_t headers = *options_.header ? 1 : 0;
   Scanner::Cell cell;
   while (scanner.next(cell) && scanner.record() <= rows + headers) {
     if (scanner.record() > headers && scanner.column() < columns_.size()) {
@@ -359,6 +298,10 @@ void CsvReading::readAgain() {
 }
 
 void CsvReading::tellUnreadable() {
+  if (!guess_.empty()) {
+    tell(guess_ + (*options_.header ? " (header = false reads them as data)"
+                                    : " (header = true reads it as headings)"));
+  }
   if (shortRows_ > 0) {
     tell(numbered(shortRows_, "row has", "rows have") +
          " fewer cells than there are columns, the first is row " + std::to_string(firstShort_) +
@@ -384,16 +327,17 @@ void CsvReading::tellUnreadable() {
            " (types = [\"" + headingText(c) + "\" = number] reads the numbers)");
     }
   }
+}
+
+void CsvReading::tell(const std::string& line) {
   const auto level = state_.infoLevels.find("ReadCSV");
   if (level != state_.infoLevels.end() && level->second == 0) {
     return;
   }
-  for (const std::string& line : report_.summary) {
-    if (state_.userInfo) {
-      state_.userInfo(1, "ReadCSV", line);
-    } else {
-      std::fprintf(stderr, "ReadCSV: %s\n", line.c_str());
-    }
+  if (state_.userInfo) {
+    state_.userInfo(1, "ReadCSV", line);
+  } else {
+    std::fprintf(stderr, "ReadCSV: %s\n", line.c_str());
   }
 }
 
@@ -473,8 +417,7 @@ ALGEB csvReport(Call& call) {
 }
 
 constexpr FunctionRow kRows[] = {
-    {"ReadCSV",
-     "file, column = none; separator, decimal, na, header = true, skip = 0, columns, types",
+    {"ReadCSV", "file, column = none; separator, decimal, na, header, skip = 0, columns, types",
      nullptr, nullptr, readCsv},
     {"csv_report", "", nullptr, nullptr, csvReport},
 };

@@ -202,6 +202,22 @@ void appendRow(State& s, std::string& out, std::span<const Column> columns, V_IN
   out += "\n";
 }
 
+// Columns that are numbered, as those of a file without headings are, have no headings to write.
+bool haveHeadings(std::span<const Column> columns) {
+  for (std::size_t c = 0; c < columns.size(); ++c) {
+    const ALGEB heading = columns[c].heading;
+    std::int64_t number = 0;
+    if (heading == nullptr) {
+      return false;
+    }
+    if (!isInteger(heading) || !fitsInt64(heading, &number) ||
+        number != static_cast<std::int64_t>(c + 1)) {
+      return true;
+    }
+  }
+  return false;
+}
+
 // WriteCSV(file, array): a row a row of the array; with headings or further arrays, a column each.
 ALGEB writeCsv(State& s, ALGEB args) {
   if (isNull(args) || argumentCount(args) < 2) {
@@ -214,7 +230,7 @@ ALGEB writeCsv(State& s, ALGEB args) {
     raise(s, "the separator and the decimal mark are the same character");
   }
   std::string out;
-  if (!columns.empty() && columns.front().heading != nullptr) {
+  if (haveHeadings(columns)) {
     for (const Column& column : columns) {
       out += (&column == &columns.front() ? "" : std::string(1, format.separator)) +
              csvCell(s, column.heading, format, true);
