@@ -171,7 +171,7 @@ class ByteReader {
 
  private:
   [[noreturn]] void refuse(const std::string& why) const {
-    throw std::invalid_argument(std::string(what_) + "::from_bytes: " + why);
+    throw std::invalid_argument(std::string(what_) + ": " + why);
   }
 
   const char* what_;

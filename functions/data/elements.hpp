@@ -82,8 +82,8 @@ constexpr bool isMissing(T x) {
 }
 
 // The message of an error about a parameter: what is allowed, and what came.
-inline std::string expected(const char* parameter, const char* allowed, const std::string& came) {
-  return std::string(parameter) + ": expected " + allowed + ", got " + came;
+inline std::string mustBe(const char* parameter, const char* allowed, const std::string& came) {
+  return std::string(parameter) + " must be " + allowed + ", got " + came;
 }
 
 [[noreturn]] inline void throwMissing(const char* function,
@@ -102,8 +102,8 @@ inline void requireNoneMissing(const char* function, const Data& x, const Data& 
 
 inline void requireSize(const char* parameter, std::size_t size, std::size_t wanted) {
   if (size != wanted) {
-    throw std::length_error(
-        expected(parameter, (std::to_string(wanted) + " elements").c_str(), std::to_string(size)));
+    throw std::length_error(mustBe(
+        parameter, ("of " + std::to_string(wanted) + " elements").c_str(), std::to_string(size)));
   }
 }
 

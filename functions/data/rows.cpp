@@ -18,7 +18,7 @@ namespace {
 void requireSize(const char* function, const char* what, std::size_t size, std::size_t expected) {
   if (size != expected) {
     throw std::length_error(std::string(function) + ": " + what + " must have as many elements " +
-                            "as the first variable, " + std::to_string(expected) + ", not " +
+                            "as the first variable, " + std::to_string(expected) + ", got " +
                             std::to_string(size));
   }
 }

@@ -54,7 +54,7 @@ Sample::Sample(const char* function, Data x, Data weights, Missing missing)
     : function_(function), x_(x), weights_(weights), missing_(missing) {
   if (weighted() && weights.size() != x.size()) {
     throw std::length_error(std::string(function) + ": weights must have as many elements as the " +
-                            "data, " + std::to_string(x.size()) + ", not " +
+                            "data, " + std::to_string(x.size()) + ", got " +
                             std::to_string(weights.size()));
   }
 }

@@ -69,7 +69,7 @@ struct KernelDensity::Sample {
     points.resize(kept);
     kernels::finiteRange(points.data(), kept, &range.low, &range.high);
     if (points.empty() && w.given() && x.size() > 0 && !broken) {
-      throw std::invalid_argument("weights: expected a positive total, got 0");
+      throw std::invalid_argument("weights must have a positive total, got 0");
     }
   }
 
@@ -78,7 +78,7 @@ struct KernelDensity::Sample {
       return;
     }
     if (std::isinf(v) && !isMissing(weight)) {
-      throw std::invalid_argument(expected("x", "finite numbers", number(v)));
+      throw std::invalid_argument(mustBe("x", "finite numbers", number(v)));
     }
     if (missing == Missing::raise) {
       throwMissing("kde");
@@ -221,13 +221,12 @@ KernelDensity kde(Data x, const KdeOptions& options) {
   constexpr std::size_t mostPoints = std::size_t{1} << 24;
   requireWeights(options.weights, x.size());
   if (options.points < 2 || options.points > mostPoints) {
-    throw std::invalid_argument(
-        expected("points", "2 to 2^24 of them", std::to_string(options.points)));
+    throw std::invalid_argument(mustBe("points", "2 to 2^24", std::to_string(options.points)));
   }
   if (options.bandwidth.given() &&
       !(options.bandwidth.value() > 0 && std::isfinite(options.bandwidth.value()))) {
     throw std::invalid_argument(
-        expected("bandwidth", "a positive number", number(options.bandwidth.value())));
+        mustBe("bandwidth", "a positive number", number(options.bandwidth.value())));
   }
   KernelDensity d;
   d.kernel_ = options.kernel;
@@ -247,8 +246,8 @@ KernelDensity kde(Data x, const KdeOptions& options) {
   const Interval bounds =
       options.bounds.value_or(Interval{sample->range.low - 3 * h, sample->range.high + 3 * h});
   if (!(bounds.low < bounds.high) || std::isinf(bounds.high - bounds.low)) {
-    throw std::invalid_argument(expected("bounds", "finite ends that rise",
-                                         number(bounds.low) + " and " + number(bounds.high)));
+    throw std::invalid_argument(mustBe("bounds", "finite ends that rise",
+                                       number(bounds.low) + " and " + number(bounds.high)));
   }
   const Grid grid(bounds, options.points);
   d.x_.resize(options.points);

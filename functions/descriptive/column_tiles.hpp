@@ -64,7 +64,7 @@ void onTiles(const char* function, const Columns& columns, std::span<double> out
   if (out.size() != columns.count()) {
     throw std::length_error(
         std::string(function) + ": out must have as many elements as there are columns, " +
-        std::to_string(columns.count()) + ", not " + std::to_string(out.size()));
+        std::to_string(columns.count()) + ", got " + std::to_string(out.size()));
   }
   constexpr std::size_t most = kernels::columnsTogether;
   const std::size_t tiles = (columns.count() + most - 1) / most;

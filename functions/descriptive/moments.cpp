@@ -32,7 +32,7 @@ std::vector<double> moment(Data x, std::span<const int> orders, const MomentOpti
   for (const int order : orders) {
     if (order < 0 || order > kHighestOrder) {
       throw std::domain_error("moment: order must be 0 to " + std::to_string(kHighestOrder) +
-                              ", not " + std::to_string(order));
+                              ", got " + std::to_string(order));
     }
     highest = std::max(highest, order);
   }

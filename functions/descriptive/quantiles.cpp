@@ -45,7 +45,7 @@ Place interpolated(double h, double n) {
 
 void requireProbability(double q, const char* function) {
   if (q < 0.0 || q > 1.0) {
-    throw std::domain_error(std::string(function) + ": q must be in [0, 1], not " + number(q));
+    throw std::domain_error(std::string(function) + ": q must be in [0, 1], got " + number(q));
   }
 }
 
@@ -178,7 +178,7 @@ std::vector<double> order_statistic(Data x, std::span<const std::int64_t> k,
     std::vector<Target> targets;
     for (const std::int64_t rank : k) {
       if (rank < 1 || static_cast<double>(rank) > n) {
-        throw std::domain_error("order_statistic: k must be 1 to " + number(n) + ", not " +
+        throw std::domain_error("order_statistic: k must be 1 to " + number(n) + ", got " +
                                 std::to_string(rank));
       }
       targets.push_back({static_cast<double>(rank)});

@@ -133,7 +133,7 @@ Beta Beta::fit(Data x, const FitOptions& options) {
   const double center = data.mean();
   const double deviation = data.deviation(center);
   if (!(deviation > 0.0)) {
-    detail::refuse(name, "x", "of more than one value; all are", center);
+    detail::refuseEqual(name, center);
   }
   const double first = data.mean([](double t) { return std::log(t); });
   const double second = data.mean([](double t) { return std::log1p(-t); });

@@ -9,6 +9,7 @@
 //         (docs/functions/accuracy.md).
 #include <numbers>
 
+#include "functions/data/text.hpp"
 #include "functions/distributions/location_scale.hpp"
 #include "functions/distributions/maximize.hpp"
 #include "functions/distributions/precise.hpp"
@@ -86,7 +87,7 @@ Cauchy::Cauchy(const Parameters& parameters)
 namespace {
 
 [[noreturn]] void refuseTie(double value) {
-  detail::refuse(Cauchy::name, "x", "of values none of which makes up half", value);
+  detail::refuseFit(Cauchy::name, "no value of x must make up half of them, as " + number(value));
 }
 
 }  // namespace

@@ -17,14 +17,14 @@ void refuse(const char* law, const char* parameter, const char* allowed, double 
 void requireExact(const char* law, const char* parameter, std::int64_t value) {
   constexpr std::int64_t most = std::int64_t{1} << 53;
   if (value < -most || value > most) {
-    refuse(law, parameter, "from -2^53 to 2^53", static_cast<double>(value));
+    refuse(law, parameter, "-2^53 to 2^53", static_cast<double>(value));
   }
 }
 
 void requireBetween(const char* law, const char* parameter, std::int64_t value, std::int64_t low,
                     std::int64_t high) {
   if (value < low || value > high) {
-    throw std::domain_error(std::string(law) + ": " + parameter + " must be from " +
+    throw std::domain_error(std::string(law) + ": " + parameter + " must be " +
                             std::to_string(low) + " to " + std::to_string(high) + ", got " +
                             std::to_string(value));
   }

@@ -127,8 +127,8 @@ FRatio FRatio::fit(Data x, const FitOptions& options) {
   };
   const auto best = detail::maximize<2>(name, likelihood, {1.0, 1.0});
   // So flat there that only rounding has ended the climb.
-  if (const double most = 2.0 * std::exp(std::max(best[0], best[1])); most > 1e7) {
-    detail::refuse(name, "x", "of a likelihood with a maximum; it still grows with df", most);
+  if (2.0 * std::exp(std::max(best[0], best[1])) > 1e7) {
+    detail::refuseNoMaximum(name);
   }
   return FRatio(2.0 * std::exp(best[0]), 2.0 * std::exp(best[1]));
 }

@@ -114,7 +114,7 @@ Gamma Gamma::fit(Data x, const FitOptions& options) {
     return std::fabs(t) < 0.4 ? nag2::minusLog1pmx(t) : t - std::log(value / center);
   });
   if (!(gap > 0.0)) {
-    detail::refuse(name, "x", "of more than one value; all are", center);
+    detail::refuseEqual(name, center);
   }
   const auto equation = [=](double shape) {
     return std::pair(gap - detail::logMinusDigamma(shape), detail::trigamma(shape) - 1.0 / shape);

@@ -10,6 +10,7 @@
 //         (docs/functions/accuracy.md).
 #include <algorithm>
 
+#include "functions/data/text.hpp"
 #include "functions/distributions/precise.hpp"
 #include "functions/distributions/whole_numbers.hpp"
 #include "numerics/laws/hypergeometric_law.hpp"
@@ -89,7 +90,8 @@ Hypergeometric Hypergeometric::fit(Data x, const FitOptions& options) {
   const double low = data.max();
   const double high = total - (n - data.min());
   if (low > high) {
-    detail::refuse(name, "x", "possible for one number of marked ones; a value is", low);
+    detail::refuseFit(name, "the values of x must be possible for one number of marked ones, not " +
+                                number(data.min()) + " and " + number(low));
   }
   const double best = detail::smallestReached(
       [&](double marked) {

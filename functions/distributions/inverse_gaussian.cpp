@@ -143,6 +143,7 @@ InverseGaussian::InverseGaussian(const Parameters& parameters) : parameters_(par
 InverseGaussian InverseGaussian::fit(Data x, const FitOptions& options) {
   const detail::Observations data =
       detail::observe(name, x, options, {detail::leastPositive, detail::infinity});
+  data.requireSpread(name);
   const double center = data.mean();
   // mean(1 / x) - 1 / center, of positive terms.
   const double gap = data.mean([=](double t) {

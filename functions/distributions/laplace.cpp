@@ -48,6 +48,7 @@ Laplace::Laplace(const Parameters& parameters)
 Laplace Laplace::fit(Data x, const FitOptions& options) {
   detail::Observations data =
       detail::observe(name, x, options, {-detail::infinity, detail::infinity});
+  data.requireSpread(name);
   data.sortByValue();
   const double middle = data.median();
   return Laplace(middle, data.mean([=](double t) { return std::fabs(t - middle); }));

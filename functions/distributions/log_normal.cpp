@@ -75,6 +75,7 @@ LogNormal::LogNormal(const Parameters& parameters)
 LogNormal LogNormal::fit(Data x, const FitOptions& options) {
   detail::Observations data =
       detail::observe(name, x, options, {detail::leastPositive, detail::infinity});
+  data.requireSpread(name);
   for (double& value : data.x) {
     value = std::log(value);
   }

@@ -63,7 +63,7 @@ Logistic Logistic::fit(Data x, const FitOptions& options) {
   const double center = data.mean();
   const double spread = std::sqrt(data.mean([=](double t) { return (t - center) * (t - center); }));
   if (!(spread > 0.0)) {
-    detail::refuse(name, "x", "of more than one value; all are", center);
+    detail::refuseEqual(name, center);
   }
   // In units of the standard deviation: location and log scale.
   const auto likelihood = [&](const std::array<double, 2>& at) {

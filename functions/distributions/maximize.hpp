@@ -135,7 +135,7 @@ std::array<double, N> maximize(const char* law, F f, std::array<double, N> at) {
       break;
     }
   }
-  throw std::domain_error(std::string(law) + ".fit: the likelihood of these data has no maximum");
+  refuseNoMaximum(law);
 }
 
 // The root of an increasing function in [low, high], whose value and slope f gives as a pair, by

@@ -9,6 +9,7 @@
 //         (docs/functions/accuracy.md).
 #include <utility>
 
+#include "functions/data/text.hpp"
 #include "functions/distributions/gamma_functions.hpp"
 #include "functions/distributions/maximize.hpp"
 #include "functions/distributions/precise.hpp"
@@ -92,7 +93,8 @@ NegativeBinomial NegativeBinomial::fit(Data x, const FitOptions& options) {
   const double deviation = data.deviation(center);
   const double excess = deviation * deviation - center;
   if (!(excess > 0.0)) {
-    detail::refuse(name, "x", "of a variance greater than the mean; less the mean it is", excess);
+    detail::refuseFit(name, "the variance of x must be greater than its mean, " + number(center) +
+                                ", got " + number(deviation * deviation));
   }
   const auto slope = [&](double n) {
     const double own = detail::logMinusDigamma(n);
@@ -106,7 +108,7 @@ NegativeBinomial NegativeBinomial::fit(Data x, const FitOptions& options) {
     low *= 0.5;
   }
   if (!(low > 0.0)) {  // the variance is out of all proportion to the mean
-    detail::refuse(name, "x", "of a variance that leaves a likelihood with a maximum", excess);
+    detail::refuseNoMaximum(name);
   }
   double high = 2.0 * low;
   while (slope(high) > 0.0) {

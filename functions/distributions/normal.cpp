@@ -122,6 +122,7 @@ Normal::Normal(const Parameters& parameters)
 Normal Normal::fit(Data x, const FitOptions& options) {
   const detail::Observations data =
       detail::observe(name, x, options, {-detail::infinity, detail::infinity});
+  data.requireSpread(name);
   const double center = data.mean();
   return Normal(center, data.deviation(center));
 }

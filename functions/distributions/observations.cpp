@@ -13,6 +13,18 @@
 
 namespace vexel::detail {
 
+void refuseFit(const char* law, const std::string& why) {
+  throw std::domain_error(std::string(law) + ".fit: " + why);
+}
+
+void refuseEqual(const char* law, double value) {
+  refuseFit(law, "x must be of more than one value, all are " + number(value));
+}
+
+void refuseNoMaximum(const char* law) {
+  refuseFit(law, "the likelihood of these data has no maximum");
+}
+
 void requireWeightsSize(const char* function, const Data& weights, std::size_t size) {
   if (weights.given() && weights.size() != size) {
     throw std::length_error(std::string(function) + ": weights must have the size of the data, " +
@@ -23,6 +35,12 @@ void requireWeightsSize(const char* function, const Data& weights, std::size_t s
 double Observations::min() const { return *std::min_element(x.begin(), x.end()); }
 
 double Observations::max() const { return *std::max_element(x.begin(), x.end()); }
+
+void Observations::requireSpread(const char* law) const {
+  if (min() == max()) {
+    refuseEqual(law, min());
+  }
+}
 
 void Observations::sortByValue() {
   const std::vector<std::int64_t> order = argsort(x);
@@ -52,15 +70,15 @@ double Observations::median() const {
 Observations observe(const char* law, const Data& x, const FitOptions& options, Interval allowed,
                      bool whole) {
   Observations result;
-  const std::string function = law;
+  const std::string function = std::string(law) + ".fit";
   const Missing missing = options.missing == Missing::omit ? Missing::omit : Missing::raise;
   Sum total;
   forEachPair(function.c_str(), x, options.weights, missing, [&](double value, double w) {
     if (!(value >= allowed.low && value <= allowed.high) || std::isinf(value)) {
-      refuse(law, "a value of x", "in the law's support and finite", value);
+      refuseFit(law, "x must be finite and in the law's support, got " + number(value));
     }
     if (whole && value != std::floor(value)) {
-      refuse(law, "a value of x", "whole", value);
+      refuseFit(law, "x must be whole numbers, got " + number(value));
     }
     result.x.push_back(value);
     result.w.push_back(w);

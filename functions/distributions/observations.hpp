@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <string>
 #include <vector>
 
 #include "functions/data/refusals.hpp"
@@ -33,6 +34,11 @@ class Sum {
   double high_ = 0.0;
   double low_ = 0.0;
 };
+
+// Why a law cannot be fitted to x: std::domain_error.
+[[noreturn]] void refuseFit(const char* law, const std::string& why);
+[[noreturn]] void refuseEqual(const char* law, double value);  // that all of x are
+[[noreturn]] void refuseNoMaximum(const char* law);
 
 void requireWeightsSize(const char* function, const Data& weights, std::size_t size);
 
@@ -72,6 +78,7 @@ struct Observations {
   }
   double min() const;
   double max() const;
+  void requireSpread(const char* law) const;  // more than one value
   void sortByValue();
   // Of sorted values: where the cumulative weight reaches half, between two values their middle.
   double median() const;

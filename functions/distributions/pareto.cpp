@@ -69,6 +69,7 @@ Pareto::Pareto(const Parameters& parameters)
 Pareto Pareto::fit(Data x, const FitOptions& options) {
   const detail::Observations data =
       detail::observe(name, x, options, {detail::leastPositive, detail::infinity});
+  data.requireSpread(name);
   const double least = data.min();
   return Pareto(1.0 / data.mean([=](double t) { return detail::logRatio(t, least); }), least);
 }

@@ -72,6 +72,7 @@ Power::Power(const Parameters& parameters)
 Power Power::fit(Data x, const FitOptions& options) {
   const detail::Observations data =
       detail::observe(name, x, options, {detail::leastPositive, detail::infinity});
+  data.requireSpread(name);
   const double most = data.max();
   return Power(-1.0 / data.mean([=](double t) { return detail::logRatio(t, most); }), most);
 }

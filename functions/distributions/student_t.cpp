@@ -149,10 +149,9 @@ StudentT StudentT::fit(Data x, const FitOptions& options) {
     }
   }
   if (best == 0 || best == grid) {
-    detail::refuse(name, "x",
-                   "of tails between those of 1/1000 and 10^6 degrees of freedom; the "
-                   "best of these is",
-                   std::exp(low + step * best));
+    detail::refuseFit(name, std::string("the tails of x are ") +
+                                (best == 0 ? "heavier than those of 1/1000 degrees of freedom"
+                                           : "lighter than those of 10^6 degrees of freedom"));
   }
   const double df =
       detail::increasingRoot([&](double t) { return std::pair(-slope(t), detail::nan); },

@@ -16,7 +16,7 @@ inline std::pair<double, double> fitTilted(const char* law, const Observations& 
   const double low = data.min();
   const double middle = data.mean();
   if (!(middle > low)) {
-    refuse(law, "x", "of more than one value; all are", low);
+    refuseEqual(law, low);
   }
   const auto share = [&](double s) {
     return data.mean([=](double t) { return std::exp(-(t - low) / s); });

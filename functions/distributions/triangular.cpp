@@ -236,7 +236,7 @@ Triangular Triangular::fit(Data x, const FitOptions& options) {
       detail::observe(name, x, options, {-detail::infinity, detail::infinity});
   data.sortByValue();
   if (!(data.x.front() < data.x.back())) {
-    detail::refuse(name, "x", "of more than one value; all are", data.x.front());
+    detail::refuseEqual(name, data.x.front());
   }
   Parameters best{};
   double highest = -detail::infinity;

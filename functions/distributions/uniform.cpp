@@ -61,6 +61,7 @@ Uniform::Uniform(const Parameters& parameters) : parameters_(parameters) {
 Uniform Uniform::fit(Data x, const FitOptions& options) {
   const detail::Observations data =
       detail::observe(name, x, options, {-detail::infinity, detail::infinity});
+  data.requireSpread(name);
   return Uniform(data.min(), data.max());
 }
 

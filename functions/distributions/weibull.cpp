@@ -98,7 +98,7 @@ Weibull Weibull::fit(Data x, const FitOptions& options) {
   }
   const double center = data.mean();
   if (!(data.min() < 0.0)) {
-    detail::refuse(name, "x", "of more than one value; all are", std::exp(largest));
+    detail::refuseEqual(name, std::exp(largest));
   }
   const auto equation = [&](double c) {
     const double total = data.mean([=](double y) { return std::exp(c * y); });
@@ -112,8 +112,7 @@ Weibull Weibull::fit(Data x, const FitOptions& options) {
     high *= 2.0;
     if (!(high > 0.0 && high < 1e300)) {
       // The others' weights vanish beside that of one, or the largest has next to none.
-      detail::refuse(name, "x", "of weights nearer to each other; the largest value is",
-                     std::exp(largest));
+      detail::refuseFit(name, "the weights of x must be nearer to each other");
     }
   }
   const double shape = detail::increasingRoot(equation, 0.0, high, high);

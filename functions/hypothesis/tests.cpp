@@ -84,7 +84,7 @@ TestResult shapiro(Data x, const TestOptions& options) {
   const Ordered sample(x, options.missing);
   const std::size_t n = sample.values.size();
   if (n > most) {
-    throw std::length_error(expected("x", "at most 5000 values", std::to_string(n)));
+    throw std::length_error(mustBe("x", "at most 5000 values", std::to_string(n)));
   }
   if (sample.broken || n < 3) {
     return kNothing;
@@ -111,7 +111,7 @@ TestResult ks_test(Data x, double (*cdf)(const void* law, double t), const void*
       return kNothing;
     }
     if (f < 0 || f > 1) {
-      throw std::domain_error(expected("distribution", "probabilities", number(f)));
+      throw std::domain_error(mustBe("distribution", "probabilities", number(f)));
     }
     const auto k = static_cast<double>(i);
     distance = std::max({distance, (k + 1) / n - f, f - k / n});
@@ -142,9 +142,9 @@ TestResult chi_square_test(Data observed, Data expectedCounts,
       continue;
     }
     if (o < 0 || e < 0 || std::isinf(o) || std::isinf(e)) {
-      throw std::invalid_argument(expected(o < 0 || std::isinf(o) ? "observed" : "expected",
-                                           "non-negative finite counts",
-                                           number(o < 0 || std::isinf(o) ? o : e)));
+      throw std::invalid_argument(mustBe(o < 0 || std::isinf(o) ? "observed" : "expected",
+                                         "non-negative finite counts",
+                                         number(o < 0 || std::isinf(o) ? o : e)));
     }
     total.add(o);
     expectedTotal.add(e);
@@ -153,9 +153,9 @@ TestResult chi_square_test(Data observed, Data expectedCounts,
   const double scale = given ? 1 : total.value() / expectedTotal.value();
   if (given && std::abs(total.value() - expectedTotal.value()) >
                    agreement * std::max(total.value(), expectedTotal.value())) {
-    throw std::invalid_argument(expected("expected",
-                                         ("a total of " + number(total.value())).c_str(),
-                                         number(expectedTotal.value())));
+    throw std::invalid_argument(mustBe("expected",
+                                       ("of a total of " + number(total.value())).c_str(),
+                                       number(expectedTotal.value())));
   }
   kernels::RunningSum statistic;
   for (std::size_t i = 0; i < observed.size(); ++i) {

@@ -31,13 +31,12 @@ std::vector<double> checkedEdges(Data edges, const char* parameter) {
   for (std::size_t i = 0; i < checked.size(); ++i) {
     checked[i] = edges[i];
     if (isMissing(checked[i]) || (i > 0 && checked[i] < checked[i - 1])) {
-      throw ElementError(std::string(parameter) + ": expected edges that do not fall, element ", i,
+      throw ElementError(std::string(parameter) + " must be edges that do not fall, element ", i,
                          " is " + number(checked[i]));
     }
   }
   if (checked.size() < 2) {
-    throw std::length_error(
-        expected(parameter, "at least two edges", std::to_string(edges.size())));
+    throw std::length_error(mustBe(parameter, "at least two", std::to_string(edges.size())));
   }
   return checked;
 }

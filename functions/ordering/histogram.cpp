@@ -31,8 +31,8 @@ Interval rangeOf(Data x, const HistogramOptions& options) {
   if (options.range) {
     const Interval given = *options.range;
     if (!(std::isfinite(given.low) && std::isfinite(given.high) && given.low <= given.high)) {
-      throw std::invalid_argument(expected("range", "finite ends that do not fall",
-                                           number(given.low) + " and " + number(given.high)));
+      throw std::invalid_argument(mustBe("range", "finite ends that do not fall",
+                                         number(given.low) + " and " + number(given.high)));
     }
     return given;
   }
@@ -58,7 +58,7 @@ std::vector<double> edgesFor(Data x, const Bins& bins, const HistogramOptions& o
   }
   std::int64_t count = bins.count();
   if (bins.kind() == Bins::Kind::count && (count < 1 || count > kMostBins)) {
-    throw std::invalid_argument(expected("bins", "1 to 2^27 of them", std::to_string(count)));
+    throw std::invalid_argument(mustBe("bins", "1 to 2^27", std::to_string(count)));
   }
   const Interval range = widened(rangeOf(x, options));
   if (bins.kind() == Bins::Kind::rule) {

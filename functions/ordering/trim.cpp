@@ -14,8 +14,8 @@ namespace {
 void requireCut(const char* function, Cut cut) {
   if (!(cut.lower >= 0 && cut.upper >= 0 && cut.lower + cut.upper <= 1)) {
     throw std::domain_error(std::string(function) + ": " +
-                            expected("cut", "fractions of at least 0, together at most 1",
-                                     number(cut.lower) + " and " + number(cut.upper)));
+                            mustBe("cut", "fractions of at least 0, together at most 1",
+                                   number(cut.lower) + " and " + number(cut.upper)));
   }
 }
 

@@ -32,7 +32,7 @@ void check(Interval support, double error) {
                                 number(support.low) + " to " + number(support.high));
   }
   if (!(error >= 1e-12 && error <= 1e-2)) {
-    throw std::invalid_argument("error must be 1e-12 to 0.01, not " + number(error));
+    throw std::invalid_argument("error must be 1e-12 to 0.01, got " + number(error));
   }
 }
 
@@ -100,7 +100,7 @@ OwnLawTables::OwnLawTables(FunctionOfSpans f, const DensityOptions& options)
   density_.emplace(std::move(f), options.log, support_);
   double hint = options.mode;
   if (std::isfinite(hint) && !(hint >= support_.low && hint <= support_.high)) {
-    throw std::invalid_argument("mode must be in the support, not " + number(hint));
+    throw std::invalid_argument("mode must be in the support, got " + number(hint));
   }
   for (int attempt = 0;; ++attempt) {
     try {

@@ -290,7 +290,7 @@ void check(const BootstrapOptions& options) {
     throw std::invalid_argument("bootstrap: replicates must be at least 1, not 0");
   }
   if (!(options.confidence > 0 && options.confidence < 1)) {
-    throw std::invalid_argument("bootstrap: confidence must be between 0 and 1, not " +
+    throw std::invalid_argument("bootstrap: confidence must be between 0 and 1, got " +
                                 number(options.confidence));
   }
 }

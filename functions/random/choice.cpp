@@ -208,7 +208,7 @@ std::vector<std::int64_t> weightedWithoutReplacement(const Data& weights, std::s
   }
   if (n > arrivals.size()) {
     throw std::invalid_argument("choice: n must be at most " + std::to_string(arrivals.size()) +
-                                ", the elements of positive weight, not " + std::to_string(n));
+                                ", the elements of positive weight, got " + std::to_string(n));
   }
   // The sort cannot be divided, but its comparisons may throw.
   std::size_t compared = 0;
@@ -253,13 +253,13 @@ void shuffleAhead(std::span<T> x, Random& rng) {
 std::vector<std::int64_t> choice(std::size_t size, std::size_t n, Random& rng,
                                  const ChoiceOptions& options) {
   if (options.weights.given() && options.weights.size() != size) {
-    throw std::invalid_argument("choice: weights must be " + std::to_string(size) + ", not " +
+    throw std::invalid_argument("choice: weights must be " + std::to_string(size) + ", got " +
                                 std::to_string(options.weights.size()));
   }
   if (!options.replace) {
     if (n > size) {
       throw std::invalid_argument("choice: n must be at most " + std::to_string(size) +
-                                  " without replacement, not " + std::to_string(n));
+                                  " without replacement, got " + std::to_string(n));
     }
     return options.weights.given() ? weightedWithoutReplacement(options.weights, n, rng)
                                    : withoutReplacement(size, n, rng);

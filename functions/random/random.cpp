@@ -50,7 +50,7 @@ Random::Random(std::uint64_t seed, std::uint64_t block) : seed_(seed), block_(bl
 
 Random::Random(const RandomState& state) : seed_(state.seed), block_(state.block) {
   if (state.position >= kernels::laneCount) {
-    throw std::invalid_argument("position must be 0 to 7, not " + std::to_string(state.position));
+    throw std::invalid_argument("position must be 0 to 7, got " + std::to_string(state.position));
   }
   for (std::size_t l = 0; l < kernels::laneCount; ++l) {
     std::uint64_t any = 0;
@@ -127,7 +127,7 @@ std::vector<std::byte> Random::to_bytes() const {
 Random Random::from_bytes(std::span<const std::byte> bytes) {
   if (bytes.size() != stateBytes) {
     throw std::invalid_argument("bytes of a Random must be " + std::to_string(stateBytes) +
-                                ", not " + std::to_string(bytes.size()));
+                                ", got " + std::to_string(bytes.size()));
   }
   if (std::memcmp(bytes.data(), mark, sizeof mark) != 0) {
     throw std::invalid_argument("bytes are not those of a Random of version 1");
@@ -186,7 +186,7 @@ namespace {
 // The number of integers low <= k < high.
 std::uint64_t sizeOf(std::int64_t low, std::int64_t high) {
   if (!(low < high)) {
-    throw std::invalid_argument("low must be below high, not " + std::to_string(low) + " and " +
+    throw std::invalid_argument("low must be below high, got " + std::to_string(low) + " and " +
                                 std::to_string(high));
   }
   return static_cast<std::uint64_t>(high) - static_cast<std::uint64_t>(low);

@@ -16,7 +16,7 @@ void raiseRootError(const char* what, double low, double high, RootPoint best) {
 }
 
 void raiseBadIntegers(std::int64_t low, std::int64_t high) {
-  throw std::invalid_argument("find_integer: low must not be above high, received " +
+  throw std::invalid_argument("find_integer: low must not be above high, got " +
                               std::to_string(low) + " and " + std::to_string(high));
 }
 
@@ -25,17 +25,17 @@ void checkRootOptions(Bracket& bracket, const RootOptions& options) {
     throw std::invalid_argument("find_root: " + text);
   };
   if (bracket.low != bracket.low || bracket.high != bracket.high) {
-    refuse("the ends of the bracket must be numbers, received " + number(bracket.low) + " and " +
+    refuse("the ends of the bracket must be numbers, got " + number(bracket.low) + " and " +
            number(bracket.high));
   }
   if (options.target != options.target) {
-    refuse("target must be a number, received nan");
+    refuse("target must be a number, got nan");
   }
   if (!(options.tolerance >= 0 && options.tolerance < 1)) {
-    refuse("tolerance must be 0 to 1, received " + number(options.tolerance));
+    refuse("tolerance must be 0 to 1, got " + number(options.tolerance));
   }
   if (options.max_iterations < 1) {
-    refuse("max_iterations must be at least 1, received " + std::to_string(options.max_iterations));
+    refuse("max_iterations must be at least 1, got " + std::to_string(options.max_iterations));
   }
   if (bracket.low > bracket.high) {
     std::swap(bracket.low, bracket.high);

@@ -63,8 +63,7 @@ constexpr std::size_t kCoordinatesNear = std::size_t{1} << 15;
 void requireDimension(const char* sequence, std::size_t dimension, std::size_t largest) {
   if (dimension < 1 || dimension > largest) {
     throw std::invalid_argument(std::string(sequence) + ": dimension must be 1 to " +
-                                std::to_string(largest) + ", received " +
-                                std::to_string(dimension));
+                                std::to_string(largest) + ", got " + std::to_string(dimension));
   }
 }
 
@@ -139,7 +138,7 @@ void PointSequence::points(std::size_t n, std::span<double> out, PointOrder orde
   const std::size_t d = body_->dimension;
   if (out.size() / d != n || out.size() % d != 0) {
     throw std::invalid_argument("out must have room for " + std::to_string(n) + " points of " +
-                                std::to_string(d) + " coordinates, received " +
+                                std::to_string(d) + " coordinates, got " +
                                 std::to_string(out.size()) + " elements");
   }
   const bool rows = order == PointOrder::row;
@@ -183,16 +182,16 @@ void checkDirections(std::span<const SobolDimension> dimensions, std::size_t nee
   for (std::size_t j = 0; j < needed; ++j) {
     const SobolDimension& d = dimensions[j];
     if (d.degree < 0 || d.degree > kHighestDegree) {
-      refuse(j, "must have a degree of 0 to " + std::to_string(kHighestDegree) + ", received " +
+      refuse(j, "must have a degree of 0 to " + std::to_string(kHighestDegree) + ", got " +
                     std::to_string(d.degree));
     }
     if (d.integers.size() < static_cast<std::size_t>(d.degree)) {
-      refuse(j, "must have as many integers as its degree, " + std::to_string(d.degree) +
-                    ", received " + std::to_string(d.integers.size()));
+      refuse(j, "must have as many integers as its degree, " + std::to_string(d.degree) + ", got " +
+                    std::to_string(d.integers.size()));
     }
     for (std::size_t k = 0; k < static_cast<std::size_t>(d.degree); ++k) {
       if (d.integers[k] % 2 == 0 || d.integers[k] >> (k + 1) != 0) {
-        refuse(j, "must have odd integers m_k < 2^k, received m_" + std::to_string(k + 1) + " = " +
+        refuse(j, "must have odd integers m_k < 2^k, got m_" + std::to_string(k + 1) + " = " +
                       std::to_string(d.integers[k]));
       }
     }
@@ -286,8 +285,7 @@ Sobol::Sobol(std::size_t dimension, const SobolOptions& options) : PointSequence
   const bool own = options.dimensions.data() != nullptr;
   requireDimension("Sobol", dimension, own ? 100'000 : maxDimension);
   if (options.bits < 1 || options.bits > 62) {
-    throw std::invalid_argument("Sobol: bits must be 1 to 62, received " +
-                                std::to_string(options.bits));
+    throw std::invalid_argument("Sobol: bits must be 1 to 62, got " + std::to_string(options.bits));
   }
   auto body = std::make_unique<SobolBody>(dimension, options.bits);
   if (own) {

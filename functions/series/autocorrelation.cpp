@@ -130,7 +130,7 @@ std::vector<double> autocorrelation(Data x, std::size_t last,
                                     const AutocorrelationOptions& options) {
   if (last >= x.size() && x.size() > 0) {
     throw std::invalid_argument(
-        expected("lags", "less than the number of elements", std::to_string(last)));
+        mustBe("lags", "less than the number of elements", std::to_string(last)));
   }
   std::vector<std::size_t> lags(last + 1);
   std::iota(lags.begin(), lags.end(), std::size_t{0});

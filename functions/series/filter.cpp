@@ -30,12 +30,13 @@ std::vector<double> withPast(std::span<const double> x, Data initial, std::size_
 void filter(Data x, Data taps, std::span<double> out, const FilterOptions& options) {
   requireSize("out", out.size(), x.size());
   if (taps.empty()) {
-    throw std::invalid_argument(expected("taps", "at least one", "none"));
+    throw std::invalid_argument(mustBe("taps", "at least one", "none"));
   }
   const std::size_t reach = options.recursive ? taps.size() : taps.size() - 1;
   if (options.initial.size() > reach) {
-    throw std::length_error(expected("initial", ("at most " + std::to_string(reach)).c_str(),
-                                     std::to_string(options.initial.size())));
+    throw std::length_error(mustBe("initial",
+                                   ("at most " + std::to_string(reach) + " values").c_str(),
+                                   std::to_string(options.initial.size())));
   }
   const Doubles series(x);
   const Doubles factors(taps);

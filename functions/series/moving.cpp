@@ -136,7 +136,7 @@ void moving(Data x, std::size_t window, Statistic statistic, std::span<double> o
 void moving(Data x, std::size_t window, Quantile quantile, std::span<double> out,
             const MovingOptions& options) {
   if (quantile.q < 0 || quantile.q > 1) {
-    throw std::domain_error(expected("q", "a number from 0 to 1", number(quantile.q)));
+    throw std::domain_error(mustBe("q", "a number from 0 to 1", number(quantile.q)));
   }
   overStretches(
       x, window, out, options,

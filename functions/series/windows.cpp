@@ -38,7 +38,7 @@ std::size_t source(std::int64_t i, std::size_t size, Edges edges) {
 WindowPlan::WindowPlan(std::size_t n, std::size_t wanted, const MovingOptions& given)
     : size(n), window(wanted), options(given) {
   if (wanted == 0) {
-    throw std::invalid_argument(expected("window", "at least 1", "0"));
+    throw std::invalid_argument(mustBe("window", "at least 1", "0"));
   }
   requireWeights(given.weights, n);
   left = given.align == Align::center ? wanted / 2 : given.align == Align::right ? wanted - 1 : 0;
@@ -51,7 +51,7 @@ WindowPlan::WindowPlan(std::size_t n, std::size_t wanted, const MovingOptions& g
     window = left + right + 1;
   } else if (wanted > std::max(16 * n, std::size_t{1} << 24)) {
     throw std::length_error(
-        expected("window", "at most 16 times the series", std::to_string(wanted)));
+        mustBe("window", "at most 16 times the series", std::to_string(wanted)));
   }
 }
 

@@ -26,7 +26,7 @@ constexpr std::size_t kMostVariables = 4096;
 std::size_t requireVariables(std::size_t k) {
   if (k < 1 || k > kMostVariables) {
     throw std::domain_error("Covariance: k must be 1 to " + std::to_string(kMostVariables) +
-                            ", not " + std::to_string(k));
+                            ", got " + std::to_string(k));
   }
   return k;
 }
@@ -43,17 +43,17 @@ Covariance::Covariance(std::size_t k, Missing missing)
 
 void Covariance::requireRows(std::span<const Data> columns, Data weights) const {
   if (columns.size() != k_) {
-    throw std::length_error("Covariance::update: there must be " + std::to_string(k_) +
-                            " variables, not " + std::to_string(columns.size()));
+    throw std::length_error("Covariance: there must be " + std::to_string(k_) + " variables, got " +
+                            std::to_string(columns.size()));
   }
   const std::size_t n = columns[0].size();
   for (std::size_t j = 0; j < k_; ++j) {
     if (columns[j].size() != n) {
-      throw std::length_error("Covariance::update: variable " + std::to_string(j) + " must have " +
-                              std::to_string(n) + " elements, as the first one, not " +
+      throw std::length_error("Covariance: variable " + std::to_string(j) + " must have " +
+                              std::to_string(n) + " elements, as the first one, got " +
                               std::to_string(columns[j].size()));
     }
-    Sample("Covariance::update", columns[j], weights, policy_).look();
+    Sample("Covariance", columns[j], weights, policy_).look();
   }
 }
 
@@ -117,8 +117,8 @@ Covariance& Covariance::update(std::span<const Data> columns, Data weights) {
 
 Covariance& Covariance::merge(const Covariance& other) {
   if (other.k_ != k_) {
-    throw std::invalid_argument("Covariance::merge: the other state must have " +
-                                std::to_string(k_) + " variables, not " + std::to_string(other.k_));
+    throw std::invalid_argument("Covariance: the other state must have " + std::to_string(k_) +
+                                " variables, got " + std::to_string(other.k_));
   }
   Accumulator(weight_, 1).merge(other.weight_);
   for (std::size_t i = 0; i < k_; ++i) {

@@ -12,15 +12,15 @@ namespace {
 
 Interval checkedBounds(Interval bounds) {
   if (!(bounds.low < bounds.high) || !std::isfinite(bounds.high - bounds.low)) {
-    throw std::invalid_argument(expected("bounds", "finite ends that rise",
-                                         number(bounds.low) + " and " + number(bounds.high)));
+    throw std::invalid_argument(mustBe("bounds", "finite ends that rise",
+                                       number(bounds.low) + " and " + number(bounds.high)));
   }
   return bounds;
 }
 
 std::size_t checkedPoints(std::size_t points) {
   if (points < 2 || points > std::size_t{1} << 24) {
-    throw std::invalid_argument(expected("points", "2 to 2^24 of them", std::to_string(points)));
+    throw std::invalid_argument(mustBe("points", "2 to 2^24", std::to_string(points)));
   }
   return points;
 }
@@ -68,7 +68,7 @@ DensityGrid& DensityGrid::update(Data x, Data weights) {
 DensityGrid& DensityGrid::merge(const DensityGrid& other) {
   if (cells_->bounds != other.cells_->bounds ||
       cells_->grid.points() != other.cells_->grid.points()) {
-    throw std::invalid_argument("DensityGrid::merge: the grids differ");
+    throw std::invalid_argument("DensityGrid: the grids differ");
   }
   const Cells theirs = *other.cells_;
   cells_->shares.merge(theirs.shares);
@@ -87,7 +87,7 @@ std::vector<double> DensityGrid::x() const {
 
 std::vector<double> DensityGrid::density(double bandwidth, DensityKernel kernel) const {
   if (!(bandwidth > 0 && std::isfinite(bandwidth))) {
-    throw std::invalid_argument(expected("bandwidth", "a positive number", number(bandwidth)));
+    throw std::invalid_argument(mustBe("bandwidth", "a positive number", number(bandwidth)));
   }
   const Cells& c = *cells_;
   const std::size_t points = c.grid.points();

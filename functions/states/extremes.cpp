@@ -11,7 +11,7 @@ namespace vexel {
 Extremes::Extremes(Missing missing) : policy_(missing) {}
 
 Extremes& Extremes::update(Data x, Data weights) {
-  const Sample sample("Extremes::update", x, weights, policy_);
+  const Sample sample("Extremes", x, weights, policy_);
   Extremes next = *this;
   const auto found = sample.present([&](const double* p, const double*, std::size_t n) {
     const kernels::Range range = kernels::rangeOf(p, n);

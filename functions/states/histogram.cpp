@@ -58,7 +58,7 @@ Histogram& Histogram::update(Data x, Data weights) {
 
 Histogram& Histogram::merge(const Histogram& other) {
   if (cells_->edges != other.cells_->edges) {
-    throw std::invalid_argument("Histogram::merge: the edges differ");
+    throw std::invalid_argument("Histogram: the edges differ");
   }
   const Cells theirs = *other.cells_;
   cells_->totals.merge(theirs.totals);

@@ -147,13 +147,13 @@ void addPowers(Accumulators& sums, const double* x, std::size_t n) {
 Moments::Moments(int order, Missing missing) : policy_(missing) {
   if (order < 1 || order > kHighestOrder) {
     throw std::domain_error("Moments: order must be 1 to " + std::to_string(kHighestOrder) +
-                            ", not " + std::to_string(order));
+                            ", got " + std::to_string(order));
   }
   powers_.resize(static_cast<std::size_t>(order) + 1);
 }
 
 Moments& Moments::update(Data x, Data weights) {
-  const Sample sample("Moments::update", x, weights, policy_);
+  const Sample sample("Moments", x, weights, policy_);
   Moments next = *this;
   Accumulators sums;
   for (std::size_t k = 0; k < next.powers_.size(); ++k) {
@@ -178,8 +178,8 @@ Moments& Moments::update(Data x, Data weights) {
 
 Moments& Moments::merge(const Moments& other) {
   if (other.order() != order()) {
-    throw std::invalid_argument("Moments::merge: the other state must have order " +
-                                std::to_string(order()) + ", not " + std::to_string(other.order()));
+    throw std::invalid_argument("Moments: the other state must have order " +
+                                std::to_string(order()) + ", got " + std::to_string(other.order()));
   }
   for (std::size_t k = 0; k < powers_.size(); ++k) {
     states::Accumulator(powers_[k], factorsOf(k)).merge(other.powers_[k]);
@@ -196,7 +196,7 @@ bool Moments::undefined() const {
 bool Moments::hasPowers(int k) const {
   if (k > order()) {
     throw std::domain_error("Moments: the state has moments up to order " +
-                            std::to_string(order()) + ", not " + std::to_string(k));
+                            std::to_string(order()) + ", got " + std::to_string(k));
   }
   return !undefined() && states::isFinite(powers_[1]);
 }
@@ -214,7 +214,7 @@ double Moments::mean() const {
 
 double Moments::moment(int k) const {
   if (k < 0) {
-    throw std::domain_error("Moments::moment: k must not be negative, it is " + std::to_string(k));
+    throw std::domain_error("Moments: k must be at least 0, got " + std::to_string(k));
   }
   if (!hasPowers(k)) {
     return kNaN;

@@ -53,12 +53,12 @@ struct Ranks::Search {
   Search(Data probabilities, QuantileMethod definition, Missing missingPolicy)
       : policy(missingPolicy), method(definition), q(probabilities.size()) {
     if (q.size() > kMostQuantiles) {
-      throw std::length_error(expected("q", "at most 250 probabilities", std::to_string(q.size())));
+      throw std::length_error(mustBe("q", "at most 250 probabilities", std::to_string(q.size())));
     }
     for (std::size_t i = 0; i < q.size(); ++i) {
       q[i] = probabilities[i];
       if (q[i] < 0 || q[i] > 1) {
-        throw std::domain_error(expected("q", "probabilities from 0 to 1", number(q[i])));
+        throw std::domain_error(mustBe("q", "probabilities from 0 to 1", number(q[i])));
       }
     }
   }
@@ -211,7 +211,7 @@ Ranks& Ranks::merge(const Ranks& other) {
   const auto same = [](double a, double b) { return a == b || (std::isnan(a) && std::isnan(b)); };
   if (s.method != theirs.method || s.pass != theirs.pass || s.found != theirs.found ||
       !std::equal(s.q.begin(), s.q.end(), theirs.q.begin(), theirs.q.end(), same)) {
-    throw std::invalid_argument("Ranks::merge: other quantiles, or another pass");
+    throw std::invalid_argument("Ranks: other quantiles, or another pass");
   }
   s.counts.merge(theirs.counts);
   if (s.pass == 1) {
@@ -237,7 +237,7 @@ QuantileMethod Ranks::method() const { return search_->method; }
 
 std::vector<double> Ranks::result() const {
   if (!done()) {
-    throw std::logic_error("Ranks::result: there are passes to come");
+    throw std::logic_error("Ranks: there are passes to come");
   }
   Search s = *search_;
   s.step();

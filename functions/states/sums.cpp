@@ -15,7 +15,7 @@ constexpr int kWeightFactors = 1;
 Sums::Sums(Missing missing) : policy_(missing) {}
 
 Sums& Sums::update(Data x, Data weights) {
-  const Sample sample("Sums::update", x, weights, policy_);
+  const Sample sample("Sums", x, weights, policy_);
   Sums next = *this;
   states::Accumulator sum(next.sum_, kFactors);
   states::Accumulator weight(next.weight_, kWeightFactors);

@@ -64,7 +64,7 @@ Input::Input(py::handle object, const char* name, bool mayBeNone) : name_(name) 
   PyObject* const p = object.ptr();
   if (p == Py_None) {
     if (!mayBeNone) {
-      throw py::type_error(std::string(name) + ": numbers are expected, None came");
+      throw py::type_error(mustBe(name, "numbers", "None"));
     }
     return;
   }
@@ -88,8 +88,7 @@ Input::Input(py::handle object, const char* name, bool mayBeNone) : name_(name) 
   }
   const py::object array = pythonHelper("convert")(object, name);
   if (!api.PyArray_Check_(array.ptr()) || !readArray(array.ptr())) {
-    throw py::type_error(std::string(name) + ": numbers are expected, " + shortText(object) +
-                         " came");
+    throw py::type_error(mustBe(name, "numbers", shortText(object)));
   }
 }
 
@@ -199,7 +198,7 @@ Data Input::flat() {
   const py::object copy = pythonHelper("ravel")(owner_);
   owner_ = copy;
   if (!readArray(copy.ptr())) {
-    throw py::type_error(std::string(name_) + ": numbers are expected");
+    throw py::type_error(std::string(name_) + " must be numbers");
   }
   return lane(0, 0);
 }
@@ -244,8 +243,8 @@ py::object Input::array() const {
 
 Data Input::vector() {
   if (dimensions_ > 1) {
-    throw py::value_error(std::string(name_) + ": one dimension is allowed, an array of shape " +
-                          shapeText(shape()) + " came");
+    throw py::value_error(
+        mustBe(name_, "of one dimension", "an array of shape " + shapeText(shape())));
   }
   return flat();
 }
@@ -288,20 +287,19 @@ py::array outputArray(py::handle out, std::span<const py::ssize_t> shape, Elemen
     return makeArray(element, shape);
   }
   if (!py::isinstance<py::array>(out)) {
-    throw py::type_error("out: a NumPy array is allowed, " + shortText(out) + " came");
+    throw py::type_error(mustBe("out", "a NumPy array", shortText(out)));
   }
   auto array = py::reinterpret_borrow<py::array>(out);
   const py::dtype wanted = typeOf(element);
   if (elementOf(array.ptr()) != element || !array.writeable()) {
-    throw py::value_error("out: a writable array of " +
-                          py::str(py::object(wanted)).cast<std::string>() + " is allowed, one of " +
-                          py::str(py::object(array.dtype())).cast<std::string>() +
-                          (array.writeable() ? "" : ", read-only,") + " came");
+    throw py::value_error(
+        mustBe("out", "a writable array of " + py::str(py::object(wanted)).cast<std::string>(),
+               (array.writeable() ? "one of " : "a read-only one of ") +
+                   py::str(py::object(array.dtype())).cast<std::string>()));
   }
   const std::span<const py::ssize_t> came(array.shape(), static_cast<std::size_t>(array.ndim()));
   if (!std::equal(came.begin(), came.end(), shape.begin(), shape.end())) {
-    throw py::value_error("out: the shape " + shapeText(shape) + " is allowed, " + shapeText(came) +
-                          " came");
+    throw py::value_error(mustBe("out", "of shape " + shapeText(shape), shapeText(came)));
   }
   return array;
 }
@@ -365,8 +363,7 @@ std::string_view textOf(py::handle object) {
 }
 
 void refuseChoice(const char* parameter, py::handle came, const std::string& allowed) {
-  throw py::value_error(std::string(parameter) + ": allowed are " + allowed + "; " +
-                        shortText(came) + " came");
+  throw py::value_error(mustBe(parameter, allowed, shortText(came)));
 }
 
 Missing missingPolicy(py::handle object) { return choose<Missing>(object, "nan_policy"); }

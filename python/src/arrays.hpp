@@ -134,7 +134,8 @@ E choose(py::handle object, const char* parameter, const char* more = "") {
   }
   std::string allowed;
   for (const auto& c : namesOf<E>) {
-    allowed += (allowed.empty() ? "\"" : ", \"") + std::string(c.name) + "\"";
+    const bool last = *more == 0 && &c == &std::end(namesOf<E>)[-1];
+    allowed += (allowed.empty() ? "\"" : last ? " or \"" : ", \"") + std::string(c.name) + "\"";
   }
   refuseChoice(parameter, object, allowed + more);
 }

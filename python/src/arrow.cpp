@@ -141,8 +141,8 @@ Reader readerOf(const char* format) {
 }
 
 [[noreturn]] void refuse(const char* format) {
-  throw py::type_error(std::string("numbers are expected, an Arrow column of format \"") + format +
-                       "\" came");
+  throw py::type_error(std::string("must be numbers, got an Arrow column of format \"") + format +
+                       "\"");
 }
 
 bool hasNulls(const ArrowArray& a) {

@@ -70,10 +70,11 @@ int readAxis(py::handle axis, int dimensions) {
   const std::int64_t given = readWhole(axis, "axis");
   const std::int64_t found = given < 0 ? given + dimensions : given;
   if (found < 0 || found >= dimensions) {
-    throw py::value_error("axis: from " + std::to_string(-dimensions) + " to " +
-                          std::to_string(dimensions - 1) + " is allowed for an array of " +
-                          std::to_string(dimensions) + " dimensions, " + std::to_string(given) +
-                          " came");
+    throw py::value_error(mustBe("axis",
+                                 std::to_string(-dimensions) + " to " +
+                                     std::to_string(dimensions - 1) + " for an array of " +
+                                     std::to_string(dimensions) + " dimensions",
+                                 std::to_string(given)));
   }
   return static_cast<int>(found);
 }
@@ -93,9 +94,10 @@ class WeightLanes {
     } else if (came.size() == 1 && came[0] == shape[static_cast<std::size_t>(axis)]) {
       same_ = weights.vector();
     } else {
-      throw py::value_error("weights: the shape " + shapeText(shape) + " or (" +
-                            std::to_string(shape[static_cast<std::size_t>(axis)]) +
-                            ",) is allowed, " + shapeText(came) + " came");
+      throw py::value_error(mustBe("weights",
+                                   "of shape " + shapeText(shape) + " or (" +
+                                       std::to_string(shape[static_cast<std::size_t>(axis)]) + ",)",
+                                   shapeText(came)));
     }
   }
   Data operator[](std::size_t lane) { return reader_ ? (*reader_)[lane] : same_; }
@@ -109,8 +111,8 @@ class WeightLanes {
 // All weights in the order of all elements.
 Data flatWeights(Input& weights, const Input& x) {
   if (weights.given() && !std::ranges::equal(weights.shape(), x.shape())) {
-    throw py::value_error("weights: the shape of the data, " + shapeText(x.shape()) +
-                          ", is allowed, " + shapeText(weights.shape()) + " came");
+    throw py::value_error(mustBe("weights", "of the shape of the data, " + shapeText(x.shape()),
+                                 shapeText(weights.shape())));
   }
   return weights.flat();
 }
@@ -293,7 +295,7 @@ py::array map(Input& x, Input& weights, const MapArguments& a, const Mapping& ma
     return mapAll(x, weights, a, mapping);
   }
   if (x.dimensions() == 0) {
-    throw py::value_error(std::string(x.name()) + ": an array is allowed, one number came");
+    throw py::value_error(mustBe(x.name(), "an array", "one number"));
   }
   const int along = readAxis(a.axis, x.dimensions());
   const Lanes lanes(x, along);

@@ -36,7 +36,7 @@ void refuseUnmadeObjects(const py::module_& m) {
       auto* const type = reinterpret_cast<PyTypeObject*>(value.ptr());
       if (auto* const info = py::detail::get_type_info(type)) {
         info->operator_new = [](std::size_t) -> void* {
-          throw py::type_error("self: an object whose __init__ has run is expected");
+          throw py::type_error("self must be an object whose __init__ has run");
         };
       }
     }

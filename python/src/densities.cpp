@@ -58,9 +58,8 @@ FunctionOfSpans functionOf(py::handle f, bool vectorized, const char* name) {
       const py::object result = (*kept)(toArray(x));
       Input values(result, "f(x)");
       if (values.size() != x.size()) {
-        throw py::value_error("f: as many values as arguments are allowed, " +
-                              std::to_string(values.size()) + " for " + std::to_string(x.size()) +
-                              " came");
+        throw py::value_error("f must give as many values as it is given arguments, got " +
+                              std::to_string(values.size()) + " for " + std::to_string(x.size()));
       }
       const Data data = values.flat();
       for (std::size_t i = 0; i < y.size(); ++i) {

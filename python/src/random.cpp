@@ -8,7 +8,9 @@
 namespace vexel::python {
 
 std::uint64_t readSeed(py::handle seed, const char* name) {
-  const py::object whole = py::reinterpret_steal<py::object>(PyNumber_Index(seed.ptr()));
+  const bool truth = PyBool_Check(seed.ptr()) != 0;
+  const py::object whole =
+      py::reinterpret_steal<py::object>(truth ? nullptr : PyNumber_Index(seed.ptr()));
   if (!whole) {
     PyErr_Clear();
     refuseKind(name,
@@ -20,7 +22,7 @@ std::uint64_t readSeed(py::handle seed, const char* name) {
   const std::uint64_t value = PyLong_AsUnsignedLongLong(whole.ptr());
   if (PyErr_Occurred() != nullptr) {
     PyErr_Clear();
-    refuseValue(name, "from 0 to 2^64 - 1", seed);
+    refuseValue(name, "0 to 2^64 - 1", seed);
   }
   return value;
 }
@@ -111,7 +113,7 @@ py::object fillIntegers(py::handle size, py::handle out, py::handle progress,
     std::vector<py::ssize_t> wanted(given.shape(), given.shape() + given.ndim());
     result = py::array_t<std::int64_t>(outputArray(out, shape ? *shape : wanted, Element::int64));
     if (result.ptr() != out.ptr() || (result.flags() & py::array::c_style) == 0) {
-      throw py::value_error("out: a C-contiguous int64 array is allowed");
+      throw py::value_error("out must be a C-contiguous array of int64");
     }
   } else {
     result = py::array_t<std::int64_t>(*shape);
@@ -157,7 +159,7 @@ py::object integersOf(Random& rng, py::handle low, py::handle high, py::handle s
   }
   if (overflow != 0) {
     if (!end.equal(py::int_(std::uint64_t{1} << 63U))) {
-      refuseValue(upper, "from -2^63 to 2^63", end);
+      refuseValue(upper, "-2^63 to 2^63", end);
     }
     return integersToLast(rng, from, size, out, progress);
   }
@@ -263,8 +265,8 @@ void setState(Random& rng, py::handle state) {
   }
   for (const char* const key : {"seed", "block", "position", "lanes"}) {
     if (!state.contains(key)) {
-      throw py::value_error("state: seed, block, position and lanes are expected, one without " +
-                            std::string(key) + " came");
+      throw py::value_error(mustBe("state", "a dictionary of seed, block, position and lanes",
+                                   "one without " + std::string(key)));
     }
   }
   RandomState s;
@@ -275,7 +277,7 @@ void setState(Random& rng, py::handle state) {
       py::array_t<std::uint64_t, py::array::c_style | py::array::forcecast>::ensure(state["lanes"]);
   if (!lanes || lanes.size() != 32) {
     PyErr_Clear();
-    refuseValue("state: lanes", "an array of 8 lanes of 4 words", state["lanes"]);
+    refuseValue("state[\"lanes\"]", "an array of 8 lanes of 4 words", state["lanes"]);
   }
   for (std::size_t i = 0; i < 32; ++i) {
     s.lanes[i / 4][i % 4] = lanes.data()[i];

@@ -6,14 +6,16 @@
 
 namespace vexel::python {
 
+std::string mustBe(const std::string& name, const std::string& allowed, const std::string& came) {
+  return name + " must be " + allowed + ", got " + came;
+}
+
 void refuseKind(const char* name, const std::string& allowed, py::handle came) {
-  throw py::type_error(std::string(name) + ": " + allowed + " is expected, " + shortText(came) +
-                       " came");
+  throw py::type_error(mustBe(name, allowed, shortText(came)));
 }
 
 void refuseValue(const char* name, const std::string& allowed, py::handle came) {
-  throw py::value_error(std::string(name) + ": " + allowed + " is allowed, " + shortText(came) +
-                        " came");
+  throw py::value_error(mustBe(name, allowed, shortText(came)));
 }
 
 namespace {
@@ -90,7 +92,8 @@ double readResult(py::handle value, const char* function) {
 std::int64_t readWhole(py::handle value, const char* name, std::int64_t low, std::int64_t high) {
   constexpr auto last = std::numeric_limits<std::int64_t>::max();
   const auto range = [=] {
-    return "from " + boundText(low) + (low >= 0 && high == last ? "" : " to " + boundText(high));
+    return low >= 0 && high == last ? "at least " + boundText(low)
+                                    : boundText(low) + " to " + boundText(high);
   };
   const std::int64_t result = readInteger(value, name, range());
   if (result < low || result > high) {

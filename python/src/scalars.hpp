@@ -37,6 +37,8 @@ double readResult(py::handle value, const char* function);
 template <typename T>
 T& readObject(py::handle value, const char* name, const char* allowed);
 
+// The text of an error about a parameter.
+std::string mustBe(const std::string& name, const std::string& allowed, const std::string& came);
 [[noreturn]] void refuseKind(const char* name, const std::string& allowed, py::handle came);
 [[noreturn]] void refuseValue(const char* name, const std::string& allowed, py::handle came);
 

@@ -15,12 +15,10 @@ py::array movingOf(py::handle object, Whole<"window"> window, py::handle statist
                    py::handle weights, py::handle policy, py::handle axis, py::handle out,
                    py::handle progress) {
   if (window < 1) {
-    throw py::value_error("window: at least 1 is allowed, " + std::to_string(window.value) +
-                          " came");
+    throw py::value_error(mustBe("window", "at least 1", std::to_string(window.value)));
   }
   if (minCount < 0) {
-    throw py::value_error("min_count: at least 0 is allowed, " + std::to_string(minCount.value) +
-                          " came");
+    throw py::value_error(mustBe("min_count", "at least 0", std::to_string(minCount.value)));
   }
   Input x(object, "x");
   Input w(weights, "weights", Input::optional);
@@ -78,8 +76,7 @@ std::vector<std::size_t> readLags(py::handle lags) {
   std::vector<std::size_t> result;
   for (const std::int64_t lag : readWholes(lags, "lags")) {
     if (lag < 0) {
-      throw py::value_error("lags: whole numbers from 0 are allowed, " + std::to_string(lag) +
-                            " came");
+      throw py::value_error(mustBe("lags", "whole numbers from 0 on", std::to_string(lag)));
     }
     result.push_back(static_cast<std::size_t>(lag));
   }
@@ -95,8 +92,9 @@ py::object autocorrelationOf(py::handle object, py::handle lags, py::handle poli
   if (Input(lags, "lags").isNumber()) {
     const std::size_t last = at.at(0);
     if (last >= static_cast<std::size_t>(std::max<py::ssize_t>(x.size(), 1))) {
-      throw py::value_error("lags: less than the number of elements, " + std::to_string(x.size()) +
-                            ", is allowed, " + std::to_string(last) + " came");
+      throw py::value_error(mustBe("lags",
+                                   "less than the number of elements, " + std::to_string(x.size()),
+                                   std::to_string(last)));
     }
     at.clear();
     for (std::size_t k = 0; k <= last; ++k) {

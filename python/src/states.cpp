@@ -38,8 +38,8 @@ void updateColumns(Covariance& state, py::handle object, py::handle weights, py:
   const auto shape = x.shape();
   const auto k = static_cast<py::ssize_t>(state.variables());
   if (shape.size() != 2 || shape[1] != k) {
-    throw py::value_error("x: a matrix of " + std::to_string(k) + " columns is allowed, " +
-                          shapeText(shape) + " came");
+    throw py::value_error(mustBe("x", "a matrix of " + std::to_string(k) + " columns",
+                                 "one of shape " + shapeText(shape)));
   }
   std::vector<Data> columns;
   for (py::ssize_t i = 0; i < k; ++i) {

@@ -244,10 +244,8 @@ py::object describeOf(py::handle object, py::handle weights, py::handle policy, 
 template <typename F>
 py::array ofColumns(const Input& x, py::handle progress, F f) {
   if (x.dimensions() != 2) {
-    throw py::value_error(
-        "x: without y, a matrix with a variable in each column is allowed; an "
-        "array of shape " +
-        shapeText(x.shape()) + " came");
+    throw py::value_error(mustBe("x", "a matrix with a variable in each column, or given with y",
+                                 "an array of shape " + shapeText(x.shape())));
   }
   std::vector<Data> columns;
   for (py::ssize_t k = 0; k < x.shape()[1]; ++k) {

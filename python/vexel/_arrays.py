@@ -23,10 +23,10 @@ def ravel(array: np.ndarray) -> np.ndarray:
 def join_axes(x: np.ndarray, weights: np.ndarray | None, axis: tuple[int, ...]) -> tuple[Any, Any, Any]:
     """The axes joined as the last one, of weights too, and the shape that keepdims gives."""
     if not all(hasattr(a, "__index__") and not isinstance(a, bool) for a in axis):
-        raise TypeError(f"axis: whole numbers are expected, {axis} came")
+        raise TypeError(f"axis must be whole numbers, got {axis}")
     axes = {a + x.ndim if a < 0 else a for a in axis}
     if len(axes) < len(axis) or not all(0 <= a < x.ndim for a in axes):
-        raise ValueError(f"axis: different axes of an array of {x.ndim} dimensions are allowed, {axis} came")
+        raise ValueError(f"axis must be different axes of an array of {x.ndim} dimensions, got {axis}")
     kept = [a for a in range(x.ndim) if a not in axes]
     order = kept + sorted(axes)
 
@@ -36,7 +36,7 @@ def join_axes(x: np.ndarray, weights: np.ndarray | None, axis: tuple[int, ...]) 
     if weights is not None and len(axes) == 1 and weights.shape == (x.shape[order[-1]],):
         weights = np.broadcast_to(weights.reshape([-1 if a in axes else 1 for a in range(x.ndim)]), x.shape)
     if weights is not None and weights.shape != x.shape:
-        raise ValueError(f"weights: the shape of the data, {x.shape}, is allowed, {weights.shape} came")
+        raise ValueError(f"weights must be of the shape of the data, {x.shape}, got {weights.shape}")
     shape = tuple(1 if a in axes else n for a, n in enumerate(x.shape))
     return joined(x), None if weights is None else joined(weights), shape
 
@@ -79,7 +79,7 @@ def convert(x: Any, name: str) -> np.ndarray:
 
 def _refusal(x: Any, name: str) -> TypeError:
     what = f"an array of {x.dtype}" if isinstance(x, np.ndarray) else f"a {type(x).__name__}"
-    return TypeError(f"{name}: numbers are expected, {what} came")
+    return TypeError(f"{name} must be numbers, got {what}")
 
 
 def _of_ndarray(x: np.ndarray, name: str) -> np.ndarray:
@@ -125,10 +125,10 @@ def _of_objects(x: np.ndarray, name: str) -> np.ndarray:
     try:
         result.reshape(-1)[:] = [_number(v) for v in x.reshape(-1)]
     except OverflowError:
-        raise ValueError(f"{name}: magnitudes below 1.8e308 are allowed, a larger one came") from None
+        raise ValueError(f"{name} must be of magnitudes below 1.8e308, got a larger one") from None
     except (TypeError, ValueError):
         odd = next(v for v in x.reshape(-1) if not _is_number(v))
-        raise TypeError(f"{name}: numbers are expected, a {type(odd).__name__} came among them") from None
+        raise TypeError(f"{name} must be numbers, got a {type(odd).__name__} among them") from None
     return result
 
 
@@ -180,7 +180,7 @@ def _of_pandas(x: Any, name: str) -> np.ndarray:
     try:
         return _of_ndarray(x.to_numpy(dtype=np.float64, na_value=np.nan), name)
     except (TypeError, ValueError):
-        raise TypeError(f"{name}: numbers are expected, a pandas {type(x).__name__} of {dtype} came") from None
+        raise TypeError(f"{name} must be numbers, got a pandas {type(x).__name__} of {dtype}") from None
 
 
 def whole(values: np.ndarray) -> np.ndarray:

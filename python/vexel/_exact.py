@@ -46,7 +46,7 @@ def _keys(x: Any, present: list[int]) -> list[Any]:
             if getattr(x[i], "is_comparable", False):
                 keys[i] = x[i]
             elif keys[i] is None:
-                raise TypeError(f"x: numbers are expected, {_core.short_text(x[i])} came")
+                raise TypeError(f"x must be numbers, got {_core.short_text(x[i])}")
         compare = cmp_to_key(lambda a, b: -1 if _less(a, b) else int(_less(b, a)))
         keys = [None if k is None else compare(k) for k in keys]
     return keys
@@ -61,7 +61,7 @@ def _less(a: Any, b: Any) -> bool:
         return bool(found)
     if (a - b).equals(0):  # two forms of one number
         return False
-    raise TypeError(f"x: numbers whose order can be told are expected, {_core.short_text(a)} and {_core.short_text(b)} came")
+    raise TypeError(f"x must be numbers whose order can be told, got {_core.short_text(a)} and {_core.short_text(b)}")
 
 
 def _levels(x: np.ndarray) -> tuple[np.ndarray, list[Any]]:

@@ -15,91 +15,8 @@ import numpy as np
 
 from . import _host
 from ._core import short_text
+from ._host_values import Equation, Expression, KernelError, Procedure, Table
 from ._statements import name_of, placed, statement, string
-
-
-class KernelError(ValueError):
-    """What the host raises.
-
-    Attributes
-    ----------
-    message : str
-        The text with %1, %2 unfilled.
-    arguments : tuple
-        What fills them.
-    """
-
-    def __init__(self, text: str, message: str = "", arguments: Any = ()) -> None:
-        super().__init__(text)
-        self.message = message or text
-        self.arguments = tuple(a.python() if isinstance(a, _host.Value) else a for a in arguments)
-
-    def __reduce__(self) -> Any:
-        return KernelError, (self.args[0], self.message)
-
-
-class Procedure:
-    """A procedure of the language, or an entry point: call it."""
-
-    __slots__ = ("_value",)
-
-    def __init__(self, value: Any) -> None:
-        self._value = value
-
-    def __call__(self, *arguments: Any) -> Any:
-        return self._value(*arguments)
-
-    def __repr__(self) -> str:
-        return f"<Procedure {self._value.text()}>"
-
-
-class Expression:
-    """A value that Python has no form of its own for: a law, a generator or a state of the language,
-    a symbolic value where SymPy is not installed.  `str` is its text; calls take it as it is."""
-
-    __slots__ = ("_value",)
-
-    def __init__(self, value: Any) -> None:
-        self._value = value
-
-    def __str__(self) -> str:
-        return str(self._value.source())
-
-    def __repr__(self) -> str:
-        return f"Expression({str(self)!r})"
-
-
-class Equation(tuple[Any, Any]):
-    """lhs = rhs: an option of a call."""
-
-    __slots__ = ()
-
-    def __new__(cls, lhs: Any, rhs: Any) -> Equation:
-        return super().__new__(cls, (lhs, rhs))
-
-    @property
-    def lhs(self) -> Any:
-        return self[0]
-
-    @property
-    def rhs(self) -> Any:
-        return self[1]
-
-    def __repr__(self) -> str:
-        return f"Equation({self[0]!r}, {self[1]!r})"
-
-
-class Table(dict[Any, Any]):
-    """A table with names for keys, which their texts find as well: `t["mean"]`."""
-
-    __slots__ = ()
-
-    def __missing__(self, key: Any) -> Any:
-        for name in self if isinstance(key, str) else ():
-            if not isinstance(name, str) and str(name) == key:
-                return self[name]
-        raise KeyError(key)
-
 
 # ---- to the host
 
@@ -489,10 +406,10 @@ def compiled(f: Any) -> Any:
         if not isinstance(f, sympy.Lambda):
             symbols = sorted(f.free_symbols, key=str)
             if len(symbols) > 1:
-                raise ValueError(f"one symbol is allowed, {', '.join(map(str, symbols))} came")
+                raise ValueError(f"must be of one symbol, got {', '.join(map(str, symbols))}")
             f = sympy.Lambda(symbols[0] if symbols else sympy.Symbol("x"), f)
         f = sympy_text(f)
     procedure = _evaluated(_host.eval_held, f)
     if procedure.kind() != "procedure":
-        raise ValueError(f"a procedure as \"x -> exp(-x^2)\" is allowed, {short_text(f)} came")
+        raise ValueError(f"must be a procedure as \"x -> exp(-x^2)\", got {short_text(f)}")
     return _host.compile(procedure)

@@ -71,8 +71,8 @@ def _placed(values: Array, out: Array | None) -> Array:
     if out is None:
         return values
     if not isinstance(out, np.ndarray) or out.dtype != values.dtype or out.shape != values.shape:
-        raise ValueError(f"out: an array of {values.dtype} of the shape {values.shape} is allowed, "
-                         f"{_core.short_text(out)} came")
+        raise ValueError(f"out must be an array of {values.dtype} of shape {values.shape}, "
+                         f"got {_core.short_text(out)}")
     out[...] = values
     return out
 

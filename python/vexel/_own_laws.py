@@ -28,10 +28,10 @@ def _function(f: Any, name: str) -> Any:
     if isinstance(address, int):
         kind = getattr(f, "ctypes", None)
         if kind is not None and [t.__name__ for t in (kind.restype, *kind.argtypes)] != ["c_double", "c_double"]:
-            raise TypeError(f"{name}: a compiled float64(float64) is expected, {getattr(f, '_sig', f)} came")
+            raise TypeError(f"{name} must be a compiled float64(float64), got {getattr(f, '_sig', f)}")
         return address
     if not callable(f):
-        raise TypeError(f"{name}: a callable, a SymPy expression or text is expected, {_core.short_text(f)} came")
+        raise TypeError(f"{name} must be a callable, a SymPy expression or text, got {_core.short_text(f)}")
     return f
 
 

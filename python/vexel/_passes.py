@@ -90,7 +90,7 @@ def mean_job(kind: str, nan_policy: NanPolicy) -> Job:
     if kind == "arithmetic":
         return Job(partial(Sums, nan_policy=nan_policy), partial(read, "mean"))
     if kind not in _powers:
-        raise ValueError(f'kind: allowed are "arithmetic", "geometric", "harmonic", "quadratic"; {short_text(kind)} came')
+        raise ValueError(f'kind must be "arithmetic", "geometric", "harmonic" or "quadratic", got {short_text(kind)}')
     return Job(partial(_change_mean, kind, nan_policy), partial(_power_mean, kind))
 
 
@@ -113,7 +113,7 @@ class MomentJob(Job):
     def __init__(self, order: Any, center: float | None, nan_policy: NanPolicy) -> None:
         self.orders = np.atleast_1d(order)
         if np.any(self.orders != np.floor(self.orders)) or np.any((self.orders < 0) | (self.orders > 64)):
-            raise ValueError(f"order: whole numbers 0 to 64 are allowed, {short_text(order)} came")
+            raise ValueError(f"order must be whole numbers 0 to 64, got {short_text(order)}")
         self.scalar = np.ndim(order) == 0
         self.center = center
         self.nan_policy = nan_policy
@@ -168,8 +168,8 @@ class TrimmedJob(Job):
     def __init__(self, cut: Any, winsorized: bool, nan_policy: NanPolicy) -> None:
         self.low, self.high = _ends(cut)
         if not (self.low >= 0 and self.high >= 0 and self.low + self.high <= 1):
-            raise ValueError("cut: parts that are not negative nor more than 1 together are allowed, "
-                             f"{self.low} and {self.high} came")
+            raise ValueError("cut must be fractions of at least 0, together at most 1, "
+                             f"got {self.low} and {self.high}")
         self.winsorized = winsorized
         self.nan_policy = nan_policy
 
@@ -262,7 +262,7 @@ class HistogramJob(Job):
     def __init__(self, bins: Any, range: Any, density: bool, nan_policy: NanPolicy, whole: bool = False) -> None:
         self.rule = bins if isinstance(bins, str) else None
         if self.rule not in (None, "auto", "fd", "scott", "sturges"):
-            raise ValueError(f'bins: a number, edges, "auto", "fd", "scott" or "sturges" are allowed, {short_text(bins)} came')
+            raise ValueError(f'bins must be a number, edges, "auto", "fd", "scott" or "sturges", got {short_text(bins)}')
         self.bins, self.range, self.density = bins, range, density
         self.nan_policy, self.whole = nan_policy, whole
         self.edges = None
@@ -388,9 +388,9 @@ class KdeJob(Job):
 
     def __init__(self, bandwidth: Any, kernel: str, points: int, bounds: Any, nan_policy: NanPolicy) -> None:
         if isinstance(bandwidth, str) and bandwidth not in ("silverman", "scott"):
-            raise ValueError(f'bandwidth: a number, "silverman" or "scott" are allowed, {short_text(bandwidth)} came')
+            raise ValueError(f'bandwidth must be a number, "silverman" or "scott", got {short_text(bandwidth)}')
         if points < 2:
-            raise ValueError(f"points: from 2 is allowed, {points} came")
+            raise ValueError(f"points must be at least 2, got {points}")
         self.bandwidth, self.kernel, self.points, self.bounds = bandwidth, kernel, points, bounds
         self.nan_policy = nan_policy
         self.passes = 5 if isinstance(bandwidth, str) else 1 if bounds is not None else 2

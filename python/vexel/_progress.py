@@ -16,7 +16,7 @@ def reporter(progress: Progress) -> Any:
         return None
     if progress is not True:
         if not callable(progress):
-            raise TypeError(f"progress: a callable or True is allowed, {short_text(progress)} came")
+            raise TypeError(f"progress must be a callable or True, got {short_text(progress)}")
         return progress
     try:
         from tqdm.auto import tqdm

@@ -38,7 +38,8 @@ def quantile(x: ArrayLike, q: ArrayLike, *, method: QuantileMethod = "linear",
     weights : array_like, optional
         Frequencies, with every method: the number of values becomes the total weight and the k-th
         value the smallest whose cumulative weight reaches k.  Whole weights give what repeated
-        values give.
+        values give.  Weights that add up to 1 count as one value: take "inverted_cdf", which does
+        not depend on their scale, or multiply them by the number of values.
     nan_policy, axis, keepdims, out, progress
         As in `mean`.
 
@@ -87,7 +88,9 @@ def median(x: ArrayLike, *, weights: ArrayLike | None = None, nan_policy: NanPol
     ----------
     x : array_like
         Data.
-    weights, nan_policy, axis, keepdims, out, progress
+    weights : array_like, optional
+        Frequencies, as those of `quantile`: weights that add up to 1 count as one value.
+    nan_policy, axis, keepdims, out, progress
         As in `mean`.
 
     Returns

@@ -136,15 +136,15 @@ def choice(x: ArrayLike, n: Size = None, *, weights: ArrayLike | None = None, re
     """
     items = None if isinstance(x, (int, np.integer)) else np.asarray(x)
     if items is not None and items.ndim == 0:
-        raise TypeError(f"x: a list, an array or a whole number is expected, a {type(x).__name__} came")
+        raise TypeError(f"x must be a list, an array or a whole number, got a {type(x).__name__}")
     of = _core.checked_size(x, "x")[0] if items is None else len(items)
     shape = tuple(_core.checked_size(n, "n") or ())
     if of == 0 and 0 not in shape:
-        raise ValueError("x: at least one element is allowed, none came")
+        raise ValueError("x must have at least one element, got none")
     count = int(np.prod(shape, dtype=np.int64))
     if weights is not None and np.shape(weights) != (of,):
-        raise ValueError(f"weights: one for each of the {of} elements of x is allowed, "
-                         f"{_core.short_text(weights)} came")
+        raise ValueError(f"weights must be one for each of the {of} elements of x, "
+                         f"got {_core.short_text(weights)}")
     drawn = _core.choice(of, count, rng, weights, replace, progress)
     if items is None:
         return int(drawn[0]) if n is None else drawn.reshape(shape)
@@ -197,7 +197,7 @@ def shuffle(x: Any, rng: Rng = None) -> None:
     [1, 2, 3]
     """
     if not isinstance(x, (np.ndarray, MutableSequence)) or (isinstance(x, np.ndarray) and not x.ndim):
-        raise TypeError(f"x: a list or an array is expected, a {type(x).__name__} came")
+        raise TypeError(f"x must be a list or an array, got a {type(x).__name__}")
     plain = isinstance(x, list) or (isinstance(x, np.ndarray) and x.dtype.str[1:] in ("f8", "f4", "i8", "i4"))
     if plain and _core.shuffle(x, rng):
         return

@@ -23,7 +23,7 @@ class _Sequence:
     def __init__(self, d: int, scramble: Scramble, rng: Rng, start: int, *more: Any) -> None:
         if not (isinstance(scramble, bool) or isinstance(scramble, str) and scramble in ("none", "owen", "shift")):
             wrong = ValueError if isinstance(scramble, str) else TypeError
-            raise wrong(f'scramble: allowed are False, True, "owen", "shift"; {_core.short_text(scramble)} came')
+            raise wrong(f'scramble must be False, True, "owen" or "shift", got {_core.short_text(scramble)}')
         # Kept as it is before the keys are drawn: it makes the same sequence again.
         stream = rng if isinstance(rng, Random) else Random._of(_core.stream(rng))
         state = stream.to_bytes()

@@ -237,7 +237,7 @@ def ks_test(x: ArrayLike, distribution: Distribution | Callable[[float], float],
         return TestResult(*_core.ks_test_law(x, distribution._law, nan_policy, progress))
     cdf = getattr(distribution, "cdf", distribution)
     if not callable(cdf) or isinstance(distribution, type):
-        raise TypeError(f"distribution: an object with cdf or a callable is expected, {_core.short_text(distribution)} came")
+        raise TypeError(f"distribution must be an object with cdf or a callable, got {_core.short_text(distribution)}")
     return TestResult(*_core.ks_test(x, cdf, nan_policy, progress))
 
 
@@ -309,7 +309,7 @@ def t_test(x: ArrayLike, y: ArrayLike | None = None, *, mean: float = 0, equal_v
     if y is None:
         return TestResult(*_core.t_test(x, mean, nan_policy, progress))
     if not isinstance(mean, (int, float)) or mean != 0:
-        raise ValueError(f"mean: left out where y is given is what is allowed, {_core.short_text(mean)} came")
+        raise ValueError(f"mean must be left out where y is given, got {_core.short_text(mean)}")
     if isinstance(y, (int, float)) or (hasattr(y, "__float__") and np.ndim(y) == 0):
         return TestResult(*_core.t_test(x, y, nan_policy, progress))
     return TestResult(*_core.t_test_two(x, y, equal_var, nan_policy, progress))

@@ -11,12 +11,12 @@ from ._core import short_text
 def string(x: Any, name: str) -> str:
     if isinstance(x, str):
         return x
-    raise TypeError(f"{name}: a str is allowed, {short_text(x)} came")
+    raise TypeError(f"{name} must be a str, got {short_text(x)}")
 
 
 def name_of(name: str) -> str:
     if not re.fullmatch(r"[A-Za-z_]\w*", string(name, "name")):
-        raise ValueError(f"name: letters, digits and _ are allowed, {short_text(name)} came")
+        raise ValueError(f"name must be letters, digits and _, got {short_text(name)}")
     return name
 
 

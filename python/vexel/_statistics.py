@@ -19,7 +19,7 @@ def _ends(cut: Cut) -> tuple[float, float]:
     pair: Any = cut
     if isinstance(cut, (tuple, list)) or getattr(cut, "ndim", 0) == 1:
         if len(pair) != 2:
-            raise ValueError(f"cut: a fraction or a pair of them is allowed, {len(pair)} values came")
+            raise ValueError(f"cut must be a fraction or a pair of them, got {len(pair)} values")
         low, high = pair
         return low, high
     return pair, pair

@@ -37,12 +37,12 @@ def text_of(headings: Any, separator: Any, decimal: Any, na: Iterable[str]) -> T
         if name == "separator" and mark is None:
             continue
         if not (isinstance(mark, str) and len(mark) == 1 and mark.isascii() and mark not in '"\r\n+-0123456789'):
-            raise ValueError(f"{name}: a character like ',', ';' or '\\t' is expected, {short_text(mark)} came")
+            raise ValueError(f"{name} must be a character like ',', ';' or '\\t', got {short_text(mark)}")
     if not (headings is None or isinstance(headings, (bool, np.bool_))):
-        raise TypeError(f"headings: True, False or None is expected, {short_text(headings)} came")
+        raise TypeError(f"headings must be True, False or None, got {short_text(headings)}")
     text = Text(headings, separator, decimal, tuple(sorted(na)))
     if text.between == decimal:
-        raise ValueError(f"separator: another character than the decimal mark is expected, {separator!r} came")
+        raise ValueError(f"separator must be another character than the decimal mark, got {separator!r}")
     return text
 
 
@@ -142,7 +142,7 @@ class _Npy:
     def __init__(self, path: str, text: Text) -> None:
         self.data = np.load(path, mmap_mode="r", allow_pickle=False)
         if self.data.ndim not in (1, 2):
-            raise ValueError(f"{path}: one or two dimensions are allowed, {self.data.ndim} came")
+            raise ValueError(f"{path} must be of one or two dimensions, got {self.data.ndim}")
         self.names: list[str] | int = 1 if self.data.ndim == 1 else self.data.shape[1]
 
     def pieces(self, use: list[int], rows: int) -> Iterator[tuple[list[Any], float]]:
@@ -175,7 +175,7 @@ _readers: dict[str, Any] = {".csv": _Csv, ".npy": _Npy, ".parquet": _Parquet, ".
 def _reader(path: str) -> Any:
     kind = os.path.splitext(path)[1].lower()
     if kind not in _readers:
-        raise ValueError(f"files: .csv, .npy and .parquet are allowed, {path} came")
+        raise ValueError(f"files must be .csv, .npy or .parquet, got {path}")
     return _readers[kind]
 
 

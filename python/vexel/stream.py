@@ -48,7 +48,7 @@ _every = 5.0  # seconds between two saved states
 
 def _require_rows(rows: int) -> None:
     if rows < 1:
-        raise ValueError(f"rows: from 1 is allowed, {rows} came")
+        raise ValueError(f"rows must be at least 1, got {rows}")
 
 
 def pieces(files: Any, *, column: Any = None, weights: Any = None, headings: bool | None = None,
@@ -120,7 +120,7 @@ def _save(path: str, task: bytes, number: int, done: int, kept: Any, current: An
 def _require_writable(path: str) -> None:
     """Complains of a path that cannot take a state, before hours of work find out."""
     if os.path.isdir(path):
-        raise IsADirectoryError(f"state: {path} is a folder, a file is expected")
+        raise IsADirectoryError(f"state: {path} is a folder, not a file")
     try:
         with open(path + ".new", "wb"):
             pass

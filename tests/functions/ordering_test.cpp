@@ -390,18 +390,18 @@ TEST(Ordering, ErrorsSayWhatCame) {
     }
     return "";
   };
-  EXPECT_EQ(message([&] { vx::rank(x, out); }), "out: expected 2 elements, got 1");
+  EXPECT_EQ(message([&] { vx::rank(x, out); }), "out must be of 2 elements, got 1");
   EXPECT_EQ(message([&] {
               vx::tally(x, {.weights = {1, -3}});
             }),
             "weights must be finite and not negative, weights[1] is -3");
-  EXPECT_EQ(message([&] { vx::histogram(x, 0); }), "bins: expected 1 to 2^27 of them, got 0");
+  EXPECT_EQ(message([&] { vx::histogram(x, 0); }), "bins must be 1 to 2^27, got 0");
   EXPECT_EQ(message([&] {
               vx::histogram(x, {1.0, 0.5});
             }),
-            "bins: expected edges that do not fall, element 1 is 0.5");
+            "bins must be edges that do not fall, element 1 is 0.5");
   EXPECT_EQ(message([&] { vx::trim(x, 0.6); }),
-            "trim: cut: expected fractions of at least 0, together at most 1, got 0.6 and 0.6");
+            "trim: cut must be fractions of at least 0, together at most 1, got 0.6 and 0.6");
   const std::string nothing = "the total of the weights must be positive, it is 0";
   EXPECT_EQ(message([&] { vx::mode(x, {.weights = {0, 0}}); }), "mode: " + nothing);
   EXPECT_EQ(message([&] { vx::trim(x, 0.1, {.weights = {0, 0}}); }), "trim: " + nothing);

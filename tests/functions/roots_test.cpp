@@ -151,7 +151,7 @@ TEST(FindRoot, SaysWhyThereIsNone) {
   EXPECT_EQ(textOf([] {
               find_root([](double x) { return x; }, {NAN, 1});
             }),
-            "find_root: the ends of the bracket must be numbers, received nan and 1");
+            "find_root: the ends of the bracket must be numbers, got nan and 1");
   EXPECT_THROW(find_root([](double x) { return x; }, {-1, 1}, {.tolerance = -1}),
                std::invalid_argument);
   EXPECT_THROW(find_root([](double x) { return x; }, {-1, 1}, {.max_iterations = 0}),

@@ -3,6 +3,7 @@
 import datetime
 import gc
 import os
+import pickle
 import signal
 import threading
 import time
@@ -108,6 +109,8 @@ def test_errors(k):
     with pytest.raises(ValueError) as info:
         k.call("STATS_VexelMean_HW", 1)
     assert "%1" in info.value.message and info.value.arguments
+    again = pickle.loads(pickle.dumps(info.value))
+    assert (str(again), again.message, again.arguments) == (str(info.value), info.value.message, info.value.arguments)
     with pytest.raises(TypeError):
         k.call("tolist", object())
     with pytest.raises(ValueError, match="letters"):

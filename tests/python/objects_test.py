@@ -305,7 +305,7 @@ def test_compiled_functions(monkeypatch):
     assert smooth.quantile(0.5) == pytest.approx(0.5, abs=1e-9) and smooth.pdf(0.25) == pytest.approx(1.125)
     for wrong in ("float64(float64, float64)", "float32(float32)", "float64(int64)"):
         code = (lambda t, u: t) if "," in wrong else (lambda t: t)
-        with pytest.raises(TypeError, match=r"^f: a compiled float64\(float64\) is expected, \("):
+        with pytest.raises(TypeError, match=r"^f must be a compiled float64\(float64\), got \("):
             vx.Density(numba.cfunc(wrong)(code), support=(0, 1))
 
 

@@ -78,7 +78,7 @@ def test_progress():
     with pytest.raises(Stop):
         vx.bootstrap(np.arange(10_000.0), "median", rng=1, replicates=10**6, progress=stop)
     for bad in (3, "b" * 10_000, np.arange(10_000)):
-        with pytest.raises(TypeError, match="^progress: .{1,200}$"):
+        with pytest.raises(TypeError, match="^progress must be .{1,200}$"):
             vx.sort([1.0], progress=bad)
     assert vx.mean([1, 2], progress=False) == vx.mean([1, 2], progress=True) == 1.5
 

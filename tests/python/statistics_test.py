@@ -112,7 +112,7 @@ def test_policies(f):
     np.testing.assert_array_equal(f(x, nan_policy="omit"), f([1, 2, 5, 9]))
     with pytest.raises(ValueError):
         f(x, nan_policy="raise")
-    with pytest.raises(ValueError, match="nan_policy: allowed are"):
+    with pytest.raises(ValueError, match="nan_policy must be"):
         f(x, nan_policy="ignore")
     assert np.isnan(f([])).all() and np.isnan(f([np.nan], nan_policy="omit")).all()
     w = [1, 1, np.nan, 1, 1]
@@ -123,20 +123,20 @@ def test_policies(f):
 
 
 @pytest.mark.parametrize("call, error, text", [
-    (lambda: vx.mean([[1, 2]], axis=2), ValueError, "axis: from -2 to 1"),
+    (lambda: vx.mean([[1, 2]], axis=2), ValueError, "axis must be -2 to 1"),
     (lambda: vx.mean([[1, 2]], axis=(0, 0)), ValueError, "axis"),
-    (lambda: vx.mean("text"), TypeError, "x: numbers are expected"),
-    (lambda: vx.mean([1j]), TypeError, "x: numbers"),
+    (lambda: vx.mean("text"), TypeError, "x must be numbers, got"),
+    (lambda: vx.mean([1j]), TypeError, "x must be numbers"),
     (lambda: vx.quantile([1, 2], 1.5), ValueError, "1.5"),
-    (lambda: vx.quantile([1, 2], 0.5, method="best"), ValueError, 'method: allowed are "linear"'),
-    (lambda: vx.mean([1, 2], out=np.empty(3)), ValueError, r"out: the shape \(\) is allowed, \(3,\) came"),
-    (lambda: vx.cumulative([1, 2], out=np.empty(2, "f4")), ValueError, "out: a writable array of float64"),
-    (lambda: vx.cumulative([1, 2], out=[0, 0]), TypeError, "out: a NumPy array"),
-    (lambda: vx.cov([1, 2, 3]), ValueError, "x: without y"),
-    (lambda: vx.moving([1, 2], 0), ValueError, "window: at least 1"),
-    (lambda: vx.trimmed_mean([1, 2], (0.1,)), ValueError, "cut: "),
-    (lambda: vx.trimmed_mean([1, 2], np.array([0.1, 0.2, 0.3])), ValueError, "cut: "),
-    (lambda: vx.Random(-1), ValueError, r"seed: from 0 to 2\^64 - 1"),
+    (lambda: vx.quantile([1, 2], 0.5, method="best"), ValueError, 'method must be "linear"'),
+    (lambda: vx.mean([1, 2], out=np.empty(3)), ValueError, r"out must be of shape \(\), got \(3,\)"),
+    (lambda: vx.cumulative([1, 2], out=np.empty(2, "f4")), ValueError, "out must be a writable array of float64"),
+    (lambda: vx.cumulative([1, 2], out=[0, 0]), TypeError, "out must be a NumPy array"),
+    (lambda: vx.cov([1, 2, 3]), ValueError, "x must be a matrix"),
+    (lambda: vx.moving([1, 2], 0), ValueError, "window must be at least 1"),
+    (lambda: vx.trimmed_mean([1, 2], (0.1,)), ValueError, "^cut must be"),
+    (lambda: vx.trimmed_mean([1, 2], np.array([0.1, 0.2, 0.3])), ValueError, "^cut must be"),
+    (lambda: vx.Random(-1), ValueError, r"seed must be 0 to 2\^64 - 1"),
     (lambda: vx.Random(2**64), ValueError, "seed"),
     (lambda: vx.Random("a"), TypeError, "seed"),
 ])
@@ -158,7 +158,7 @@ def test_one_number_is_a_mean_to_test_against():
     for number in (2, np.float64(2), np.int64(2), np.float32(2), np.array(2.0), Fraction(2)):
         assert vx.t_test(x, number) == vx.t_test(x, mean=2)
     for y in (2, x):
-        with pytest.raises(ValueError, match="mean: left out"):
+        with pytest.raises(ValueError, match="mean must be left out"):
             vx.t_test(x, y, mean=1)
 
 
@@ -219,7 +219,7 @@ def test_exact_numbers():
     assert vx.sort(np.ma.array([third, third], object, mask=[1, 0])).tolist() == [third, None]
     one = sympy.sin(1) ** 2 + sympy.cos(1) ** 2
     assert vx.tally([one, 1]).counts.tolist() == [2] and vx.sort([1, one, third]).tolist() == [third, 1, one]
-    with pytest.raises(TypeError, match="^x: "):
+    with pytest.raises(TypeError, match="^x must be"):
         vx.sort([sympy.I, 1])
     with pytest.raises(ValueError, match="^sort: element 1 is missing"):
         vx.sort(table[1], nan_policy="raise")

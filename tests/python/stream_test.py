@@ -174,7 +174,7 @@ def test_text_that_is_not_as_asked(tmp_path):
                                 ("x,x\n1,2\n", {"column": "x"}, "several 'x'"),
                                 ("a;b\n1;2\n", {}, "separator: row 1 of .*x.csv has semicolons in its cells; ';' sep"),
                                 ("x\n1\nfour\n", {}, "x.csv: .*four"), ("", {}, "x.csv is empty"),
-                                ("x\n1\n", {"separator": "::"}, "separator: a character"),
+                                ("x\n1\n", {"separator": "::"}, "separator must be a character"),
                                 ("x\n1\n", {"separator": ",", "decimal": ","}, "separator: another character")]:
         path.write_text(text)
         with pytest.raises(ValueError, match=told):
@@ -205,11 +205,11 @@ def test_errors_say_what_is_wrong(tmp_path):
     np.save(tmp_path / "t.npy", np.ones((4, 3)))
     with pytest.raises(ValueError, match="column: one has to be chosen"):
         stream.describe(tmp_path / "t.npy")
-    with pytest.raises(ValueError, match=r"\.csv, \.npy and \.parquet"):
+    with pytest.raises(ValueError, match=r"\.csv, \.npy or \.parquet"):
         stream.describe(tmp_path / "t.txt")
     with pytest.raises(FileNotFoundError, match="none.csv"):
         stream.tally(tmp_path / "none.csv")
-    with pytest.raises(ValueError, match="^bins: .{1,200}$"):
+    with pytest.raises(ValueError, match="^bins must be .{1,200}$"):
         stream.histogram(tmp_path / "t.npy", "é" * 10_000, column=0)
     with pytest.raises(ValueError, match="^column: .{1,400}$"):
         stream.tally(tmp_path / "t.npy", column="c" * 10_000)

@@ -234,7 +234,7 @@ class Family:
     def arguments(self, args: tuple[Any, ...], kwds: dict[str, Any]) -> tuple[Any, ...]:
         names = [*self._names, "loc"] if self.discrete else [*self._names, "loc", "scale"]
         if len(args) > len(names):
-            raise TypeError(f"{self.name}: at most {len(names)} parameters are allowed, {len(args)} came")
+            raise TypeError(f"{self.name}: there must be at most {len(names)} parameters, got {len(args)}")
         given = dict(zip(names, args))
         for key in [k for k in kwds if k in names]:
             given[key] = kwds.pop(key)

@@ -115,7 +115,7 @@ def trim_mean(a: Any, proportiontocut: float, axis: Any = 0) -> Any:
 def iqr(x: Any, axis: Any = None, rng: tuple[float, float] = (25, 75), scale: Any = 1.0, nan_policy: Any = "propagate",
         interpolation: str = "linear", keepdims: bool = False) -> Any:
     if interpolation != "linear":
-        raise NotImplementedError(f'iqr: interpolation="linear" is what there is, {interpolation!r} came')
+        raise NotImplementedError(f'iqr: interpolation must be "linear", got {interpolation!r}')
     divisor = 2 * vx.Normal().quantile(0.75) if scale == "normal" else scale
     if tuple(rng) == (25, 75):
         return vx.iqr(x, axis=axis, nan_policy=nan_policy, keepdims=keepdims) / divisor
@@ -170,7 +170,7 @@ def spearmanr(a: Any, b: Any = None, axis: Any = 0, nan_policy: Any = "propagate
     tables = [np.atleast_2d(m).T if np.ndim(m) < 2 or axis == 1 else np.asarray(m) for m in (a, b) if m is not None]
     columns = np.hstack(tables)
     if columns.shape[1] < 2:
-        raise ValueError(f"spearmanr: two variables are needed, {columns.shape[1]} came")
+        raise ValueError(f"spearmanr: a must be two variables, got {columns.shape[1]}")
     if columns.shape[1] == 2:
         return _correlation(columns[:, 0], columns[:, 1], "spearman", nan_policy)
     found = np.array([[_correlation(x, y, "spearman", nan_policy) for y in columns.T] for x in columns.T])
@@ -194,7 +194,7 @@ def kendalltau(x: Any, y: Any, *, nan_policy: Any = "propagate", method: str = "
     score = round(tau * np.sqrt((pairs - tied[0]) * (pairs - tied[1])) / 2)  # concordant less discordant pairs
     far = (pairs // 2 - abs(score)) // 2
     if method == "exact" and any(tied):
-        raise ValueError("kendalltau: method: exact is allowed without ties")
+        raise ValueError("kendalltau: method must not be exact where there are ties")
     if method == "exact" or method == "auto" and not any(tied) and (n <= 33 or far <= 1):
         return TestResult(tau, _few_inversions(n, far) if score else 1.0)
     second = [float(np.sum(c * (c - 1) * (2 * c + 5))) for c in ties]
@@ -248,7 +248,7 @@ def _one_sided(found: Any, alternative: str) -> Any:
     if alternative == "two-sided":
         return found
     if alternative not in ("less", "greater"):
-        raise ValueError(f'alternative: allowed are "two-sided", "less", "greater"; {alternative!r} came')
+        raise ValueError(f'alternative must be "two-sided", "less" or "greater", got {alternative!r}')
     t, p = found.statistic, found.pvalue / 2
     return TestResult(t, np.where((np.asarray(t) > 0) == (alternative == "greater"), p, 1 - p)[()])
 
@@ -287,7 +287,7 @@ ks_1samp = kstest
 def bootstrap(data: Any, statistic: Any, *, n_resamples: int = 9999, confidence_level: float = 0.95,
               method: Any = "BCa", random_state: Any = None, rng: Any = None) -> Any:
     if len(data) != 1:
-        raise NotImplementedError(f"bootstrap: data of one sample, as (x,), is what there is; {len(data)} came")
+        raise NotImplementedError(f"bootstrap: data must be of one sample, as (x,), got {len(data)}")
     (sample,) = data
     b = vx.bootstrap(sample, statistic, replicates=n_resamples, confidence=confidence_level,
                      method=method, rng=stream(random_state) if rng is None else rng)
@@ -302,7 +302,7 @@ class gaussian_kde:  # noqa: N801
         self.dataset = np.atleast_2d(np.asarray(dataset, dtype=np.float64))
         self.d, self.n = self.dataset.shape
         if self.d > 1:
-            raise NotImplementedError(f"gaussian_kde: one dimension is what there is, {self.d} came")
+            raise NotImplementedError(f"gaussian_kde: dataset must be of one dimension, got {self.d}")
         x = self.dataset[0]
         self.weights = np.full(self.n, 1 / self.n) if weights is None else np.asarray(weights) / np.sum(weights)
         # Shares that say how far to trust each point: not frequencies.

@@ -46,7 +46,7 @@ def columns(x: Any, weights: Any, by: Any) -> dict[Any, Any]:
 
 def levels(x: Any, weights: Any, by: Any) -> dict[Any, Any]:
     if by.shape != x.shape[:1]:
-        raise ValueError(f"by: a level for each of {x.shape[0]} values is expected, {by.shape[0]} came")
+        raise ValueError(f"by must be a level for each of {x.shape[0]} values, got {by.shape[0]}")
     import pandas
 
     codes, found = pandas.factorize(by)  # a missing level has the code -1
@@ -71,10 +71,10 @@ def take(job: Job, split: Callable[..., Any], place: tuple[int, ...], before: An
         if x.dtype == object:
             x = x.astype(np.float64)
         if x.dtype.kind not in "biuf":
-            raise TypeError(f"x: numbers are expected, {x.dtype} came")
+            raise TypeError(f"x must be numbers, got {x.dtype}")
         weights = None if weights is None else _array(weights)
         if weights is not None and len(weights) != len(x):
-            raise ValueError(f"weights: {len(x)} are expected, {len(weights)} came")
+            raise ValueError(f"weights must be {len(x)} numbers, got {len(weights)}")
         for key, (values, w) in split(x, weights, None if by is None else np.asarray(by)).items():
             state = job.begin() if before is None else pickle.loads(before[key][1])
             states[key] = pickle.dumps(state.update(values, w)), weightless(values, w)
@@ -181,18 +181,18 @@ def chunks_like(a: Any, x: Any, name: str) -> Any:
     if not isinstance(a, da.Array):
         a = np.asarray(a)
         if any(np.isnan(c) for axis in x.chunks for c in axis):
-            raise ValueError(f"{name}: of data in chunks of unknown sizes a Dask collection is expected")
+            raise ValueError(f"{name} must be a Dask collection where the chunks of x are of unknown sizes")
         if a.shape not in (x.shape, x.shape[:1]):
             allowed = f"{x.shape}" if x.ndim == 1 else f"{x.shape} or {x.shape[:1]}"
-            raise ValueError(f"{name}: the shape {allowed} is expected, {a.shape} came")
+            raise ValueError(f"{name} must be of shape {allowed}, got {a.shape}")
         a = da.from_array(a, chunks=x.chunks[:a.ndim])
     if a.ndim not in (1, x.ndim):
-        raise ValueError(f"{name}: one dimension or as many as x has are allowed, {a.ndim} came")
+        raise ValueError(f"{name} must be of one dimension or as many as x has, got {a.ndim}")
     known = not any(np.isnan(c) for b in (a, x) for axis in b.chunks for c in axis)
     if known:
         if a.shape != x.shape[:a.ndim]:
-            raise ValueError(f"{name}: the shape {x.shape[:a.ndim]} is expected, {a.shape} came")
+            raise ValueError(f"{name} must be of shape {x.shape[:a.ndim]}, got {a.shape}")
         return a.rechunk(x.chunks[:a.ndim])
     if a.numblocks != x.numblocks[:a.ndim]:
-        raise ValueError(f"{name}: as many chunks as x has are expected where their sizes are not known")
+        raise ValueError(f"{name} must have as many chunks as x where their sizes are not known")
     return a

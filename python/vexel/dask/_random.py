@@ -19,7 +19,7 @@ block_size = 1 << 16  # values drawn from one block of the seed's stream: part o
 def _chunks(n: int, chunks: Any) -> tuple[int, ...]:
     n = operator.index(n)
     if n < 0:
-        raise ValueError(f"n: from 0 is allowed, {n} came")
+        raise ValueError(f"n must be at least 0, got {n}")
     return da.core.normalize_chunks((1 << 22,) if chunks is None else chunks, (n,), dtype=np.float64)[0]
 
 

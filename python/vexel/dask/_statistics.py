@@ -56,15 +56,15 @@ def _columns_of(x: Any) -> Any:
 
 def _source(x: Any, weights: Any, by: Any, axis: int | None, nan_policy: NanPolicy) -> tuple[Source, Any]:
     if nan_policy not in _policies:
-        raise ValueError(f'nan_policy: allowed are "propagate", "omit", "raise"; {short_text(nan_policy)} came')
+        raise ValueError(f'nan_policy must be "propagate", "omit" or "raise", got {short_text(nan_policy)}')
     if axis not in (None, 0):
-        raise ValueError(f"axis: None and 0 are allowed, {axis} came")
+        raise ValueError(f"axis must be None or 0, got {axis}")
     names = None
     if hasattr(x, "to_dask_array"):
         names = list(x.columns) if x.ndim == 2 else None
         x = as_array(x)
     if not isinstance(x, da.Array):
-        raise TypeError(f"x: a Dask array, Series or DataFrame is expected, {type(x).__name__} came")
+        raise TypeError(f"x must be a Dask array, Series or DataFrame, got {type(x).__name__}")
     if x.ndim == 0:
         x = x.reshape(1)
     if by is not None:
@@ -73,7 +73,7 @@ def _source(x: Any, weights: Any, by: Any, axis: int | None, nan_policy: NanPoli
         split, shape = levels, _sorted
     elif names is not None or (axis == 0 and x.ndim > 1):
         if x.ndim != 2:
-            raise ValueError(f"axis: 0 goes with tables of two dimensions, {x.ndim} came")
+            raise ValueError(f"x must be of two dimensions where axis is 0, got {x.ndim}")
         x, split = _columns_of(x), columns
         shape = _stacked if names is None else partial(_named, names)
     else:
@@ -210,7 +210,7 @@ def kde(x: Any, *, bandwidth: Any = "silverman", kernel: str = "gaussian", point
 def _pair(x: Any, y: Any) -> Any:
     x = as_array(x)
     if not isinstance(x, da.Array) or x.ndim != 1:
-        raise TypeError("x: a Dask array or Series of one dimension is expected where there is a y")
+        raise TypeError("x must be a Dask array or Series of one dimension where there is a y")
     return da.stack([x, chunks_like(y, x, "y")], axis=1, allow_unknown_chunksizes=True)
 
 
@@ -222,7 +222,7 @@ def _matrix(pair: bool, results: dict[Any, Any]) -> Any:
 def _covariance(x: Any, y: Any, ddof: float, correlation: bool, weights: Any, nan_policy: NanPolicy) -> Delayed:
     table = as_array(x) if y is None else _pair(x, y)
     if not isinstance(table, da.Array) or table.ndim != 2:
-        raise ValueError("x: a table with a variable in each column is expected, or y")
+        raise ValueError("x must be a table with a variable in each column where there is no y")
     source, _ = _source(table, weights, None, 0, nan_policy)
     job = _passes.covariance_job(table.shape[1], ddof, correlation, nan_policy)
     return run(job, Source(source.x, source.weights, None, whole), partial(_matrix, y is not None))
@@ -253,7 +253,7 @@ def corr(x: Any, y: Any = None, *, method: str = "pearson", weights: Any = None,
         return delayed(_kendall)(both, None if weights is None else chunks_like(weights, both, "weights"), nan_policy,
                                  y is not None)
     if method != "spearman":
-        raise ValueError(f'method: "pearson", "spearman" and "kendall" are allowed, {short_text(method)} came')
+        raise ValueError(f'method must be "pearson", "spearman" or "kendall", got {short_text(method)}')
     if weights is not None or nan_policy == "omit":
         raise ValueError('method: "spearman" goes without weights and with nan_policy "propagate" or "raise"')
     table = as_array(x) if y is None else _pair(x, y)
@@ -304,11 +304,11 @@ def rank(x: Any, *, method: str = "average", nan_policy: NanPolicy = "propagate"
     method "ordinal" counts the values of the chunks before one after the other.
     """
     if method not in ("average", "min", "max", "dense", "ordinal"):
-        raise ValueError('method: "average", "min", "max", "dense" and "ordinal" are allowed, '
-                         f"{short_text(method)} came")
+        raise ValueError('method must be "average", "min", "max", "dense" or "ordinal", got '
+                         f"{short_text(method)}")
     source, shape = _source(x, None, None, None, nan_policy)
     if source.x.ndim != 1:
-        raise ValueError(f"x: one dimension is expected, {source.x.ndim} came")
+        raise ValueError(f"x must be of one dimension, got {source.x.ndim}")
     found = run(_passes.tally_job(nan_policy), source, shape)
     again = source.after(found).x
     name = "vexel-rank-" + tokenize(again.name, found.key, method)
