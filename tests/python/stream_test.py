@@ -175,11 +175,11 @@ def test_text_that_is_not_as_asked(tmp_path):
                                 ("a;b\n1;2\n", {}, "separator: row 1 of .*x.csv has semicolons in its cells; ';' sep"),
                                 ("x\n1\nfour\n", {}, "x.csv: .*four"), ("", {}, "x.csv is empty"),
                                 ("x\n1\n", {"separator": "::"}, "separator must be a character"),
-                                ("x\n1\n", {"separator": ",", "decimal": ","}, "separator: another character")]:
+                                ("x\n1\n", {"separator": ",", "decimal": ","}, "separator must be another character")]:
         path.write_text(text)
         with pytest.raises(ValueError, match=told):
             stream.describe(path, **options)
-    with pytest.raises(TypeError, match="headings: True, False or None"):
+    with pytest.raises(TypeError, match="headings must be True, False or None"):
         stream.describe(path, headings="x")
 
 
