@@ -128,6 +128,7 @@ bool lookAbout(const Sample& sample, double center, int order, bool squares, Pow
     return true;
   }
   result.exponent = sample.xExponent();
+  result.center = center;
   return sums.meansTo(result, sample.wExponent());
 }
 
@@ -205,6 +206,7 @@ PowerMeans powerMeans(Sample& sample, int order) {
     result.mean.assign(static_cast<std::size_t>(order) + 1, DoubleDouble());
     result.mean[0] = 1.0;
     result.exponent = 0;
+    result.center = spread.min;
     return result;
   }
   // Halves only of what would overflow: the least double's half is 0.

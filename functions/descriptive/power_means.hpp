@@ -15,7 +15,10 @@ struct PowerMeans {
   kernels::DoubleDouble weight = {};             // n
   std::vector<kernels::DoubleDouble> mean = {};  // of k = 0, 1, ..., order
   int exponent = 0;
+  double center = 0.0;  // in units of 2^exponent
 
+  // The mean of x, in units of 2^exponent.
+  kernels::DoubleDouble meanOfAll() const { return kernels::DoubleDouble(center) + mean[1]; }
   // The moment about the mean, k <= order, in the same units.
   kernels::DoubleDouble central(int k) const;
   // x * 2^(k exponent), rounded.

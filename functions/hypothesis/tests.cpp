@@ -6,7 +6,10 @@
 #include <limits>
 
 #include "functions/data/elements.hpp"
+#include "functions/data/sample.hpp"
+#include "functions/descriptive/power_means.hpp"
 #include "functions/hypothesis/kolmogorov.hpp"
+#include "kernels/double_double.hpp"
 #include "kernels/running_sum.hpp"
 #include "kernels/watch.hpp"
 #include "vexel/hypothesis.hpp"
@@ -18,6 +21,8 @@ namespace {
 
 constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
 constexpr TestResult kNothing{kNan, kNan};
+
+using kernels::DoubleDouble;
 
 // The present values in ascending order; broken where missing ones make the result NaN.
 struct Ordered {
@@ -33,38 +38,34 @@ struct Ordered {
 
 // Number, mean and variance (ddof 1) in units of 2^exponent.
 struct Summary {
+  bool defined = false;
   double n = 0;
-  double mean = kNan;
-  double variance = kNan;
-};
+  DoubleDouble mean;
+  DoubleDouble variance;
+  int exponent = 0;
 
-Summary summarize(const std::vector<double>& x, int exponent) {
-  Summary s;
-  s.n = static_cast<double>(x.size());
-  kernels::RunningSum sum;
-  kernels::forEach(x.size(), [&](std::size_t i) { sum.add(std::ldexp(x[i], -exponent)); });
-  s.mean = sum.value() / s.n;
-  kernels::RunningSum squares;
-  kernels::RunningSum rest;  // what the mean's rounding leaves
-  kernels::forEach(x.size(), [&](std::size_t i) {
-    const double d = std::ldexp(x[i], -exponent) - s.mean;
-    squares.addProduct(d, d);
-    rest.add(d);
-  });
-  s.variance = (squares.value() - rest.value() * rest.value() / s.n) / (s.n - 1);
-  return s;
-}
-
-int exponentOf(std::initializer_list<const std::vector<double>*> samples, double other) {
-  double size = std::abs(other);
-  for (const auto* x : samples) {
-    for (const double v : *x) {
-      size = std::max(size, std::abs(v));
+  Summary(Data x, Missing missing) {
+    Sample sample("t_test", x, {}, missing);
+    const PowerMeans means = powerMeans(sample, 2);
+    defined = means.defined;
+    if (defined) {
+      n = means.weight.high;
+      mean = means.meanOfAll();
+      variance = means.central(2) * DoubleDouble(n) / DoubleDouble(n - 1);
+      exponent = means.exponent;
     }
   }
-  int exponent = 0;
-  std::frexp(std::isfinite(size) ? size : 1.0, &exponent);
-  return exponent;
+
+  void scale(int to) {
+    mean = mean.timesTwoTo(exponent - to);
+    variance = variance.timesTwoTo(2 * (exponent - to));
+    exponent = to;
+  }
+};
+
+// distance / sqrt(square)
+double ratio(DoubleDouble distance, DoubleDouble square) {
+  return square.high == 0 ? distance.high / 0.0 : (distance / sqrt(square)).high;
 }
 
 TestResult twoSided(double t, double df) {
@@ -175,39 +176,41 @@ TestResult chi_square_test(Data observed, Data expectedCounts,
 }
 
 TestResult t_test(Data x, double mean, const TTestOptions& options) {
-  const Ordered sample(x, options.missing);
-  if (sample.broken || sample.values.size() < 2) {
+  const Summary s(x, options.missing);
+  if (!s.defined || s.n < 2) {
     return kNothing;
   }
-  const int exponent = exponentOf({&sample.values}, mean);
-  const Summary s = summarize(sample.values, exponent);
-  return twoSided((s.mean - std::ldexp(mean, -exponent)) / std::sqrt(s.variance / s.n), s.n - 1);
+  const DoubleDouble distance = s.mean - DoubleDouble(std::ldexp(mean, -s.exponent));
+  return twoSided(ratio(distance, s.variance / DoubleDouble(s.n)), s.n - 1);
 }
 
 // B. L. Welch (1947), The generalization of Student's problem when several different population
 // variances are involved, for unequal variances.
 TestResult t_test(Data x, Data y, const TTestOptions& options) {
-  const Ordered first(x, options.missing);
-  const Ordered second(y, options.missing);
-  if (first.broken || second.broken || first.values.empty() || second.values.empty()) {
+  Summary a(x, options.missing);
+  Summary b(y, options.missing);
+  if (!a.defined || !b.defined) {
     return kNothing;
   }
-  const int exponent = exponentOf({&first.values, &second.values}, 0);
-  const Summary a = summarize(first.values, exponent);
-  const Summary b = summarize(second.values, exponent);
+  const int exponent = std::max(a.exponent, b.exponent);
+  a.scale(exponent);
+  b.scale(exponent);
   if (options.equal_var) {
-    const double df = a.n + b.n - 2;
-    const double squares =
-        (a.n > 1 ? a.variance * (a.n - 1) : 0) + (b.n > 1 ? b.variance * (b.n - 1) : 0);
-    return twoSided((a.mean - b.mean) / std::sqrt(squares / df * (1 / a.n + 1 / b.n)), df);
+    const DoubleDouble none = 0.0;
+    const DoubleDouble squares = (a.n > 1 ? a.variance * DoubleDouble(a.n - 1) : none) +
+                                 (b.n > 1 ? b.variance * DoubleDouble(b.n - 1) : none);
+    const DoubleDouble df = a.n + b.n - 2;
+    const DoubleDouble both = DoubleDouble(a.n + b.n) / (DoubleDouble(a.n) * DoubleDouble(b.n));
+    return twoSided(ratio(a.mean - b.mean, squares / df * both), df.high);
   }
-  const double ofA = a.variance / a.n;
-  const double ofB = b.variance / b.n;
-  const double both = ofA + ofB;
+  const DoubleDouble ofA = a.variance / DoubleDouble(a.n);
+  const DoubleDouble ofB = b.variance / DoubleDouble(b.n);
+  const DoubleDouble both = ofA + ofB;
   // In shares of the sum, since squares of variances may leave the range of doubles.
-  const double df =
-      1 / (ofA / both * (ofA / both) / (a.n - 1) + ofB / both * (ofB / both) / (b.n - 1));
-  return twoSided((a.mean - b.mean) / std::sqrt(both), both == 0 ? a.n + b.n - 2 : df);
+  const double shareA = (ofA / both).high;
+  const double shareB = (ofB / both).high;
+  const double df = 1 / (shareA * shareA / (a.n - 1) + shareB * shareB / (b.n - 1));
+  return twoSided(ratio(a.mean - b.mean, both), both.high == 0 ? a.n + b.n - 2 : df);
 }
 
 }  // namespace vexel

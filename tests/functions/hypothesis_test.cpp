@@ -112,6 +112,11 @@ TEST(Hypothesis, NothingToTestIsNan) {
             vx::t_test({1, 2, 4}).pvalue);
   EXPECT_EQ(vx::t_test({1e300, 1.7e308, -1e308}).pvalue,
             vx::t_test({1e200, 1.7e208, -1e208}).pvalue);
+  // Of data far from 0 compared with their difference.
+  EXPECT_EQ(vx::t_test({1e15 + 1, 1e15 + 2, 1e15 + 6}, 1e15 + 1).statistic,
+            vx::t_test({1, 2, 6}, 1).statistic);
+  EXPECT_EQ(vx::t_test({1e15 + 1, 1e15 + 2, 1e15 + 6}, {1e15 + 4, 1e15 + 5}).statistic,
+            vx::t_test({1, 2, 6}, {4, 5}).statistic);
   EXPECT_THROW(vx::shapiro(Doubles(5001)), std::length_error);
   EXPECT_THROW(vx::chi_square_test({1, 2}, {1, 3}), std::invalid_argument);
   EXPECT_THROW(vx::chi_square_test({1, -2}), std::invalid_argument);
