@@ -43,13 +43,32 @@ Place interpolated(double h, double n) {
   return {{whole + 1.0}, {whole + 2.0}, h - whole};
 }
 
+double rankFrom1(std::int64_t k, double n) {
+  if (k < 1 || static_cast<double>(k) > n) {
+    throw std::domain_error("order_statistic: k must be 1 to " + number(n) + ", got " +
+                            std::to_string(k));
+  }
+  return static_cast<double>(k);
+}
+
+// Between which points a hinge lies, counted from either end.
+struct Depth {
+  double near;
+  double far;
+  explicit Depth(double n) {
+    const double depth = std::floor((n + 3.0) / 2.0) / 2.0;
+    near = std::floor(depth);
+    far = std::ceil(depth);
+  }
+};
+
+}  // namespace
+
 void requireProbability(double q, const char* function) {
   if (q < 0.0 || q > 1.0) {
     throw std::domain_error(std::string(function) + ": q must be in [0, 1], got " + number(q));
   }
 }
-
-}  // namespace
 
 double between(double low, double high, double fraction) {
   if (low == high || fraction == 0.0) {
@@ -177,11 +196,7 @@ std::vector<double> order_statistic(Data x, std::span<const std::int64_t> k,
   const auto values = Selection(sample).values([&](double n) {
     std::vector<Target> targets;
     for (const std::int64_t rank : k) {
-      if (rank < 1 || static_cast<double>(rank) > n) {
-        throw std::domain_error("order_statistic: k must be 1 to " + number(n) + ", got " +
-                                std::to_string(rank));
-      }
-      targets.push_back({static_cast<double>(rank)});
+      targets.push_back({rankFrom1(rank, n)});
     }
     return targets;
   });
@@ -192,25 +207,46 @@ double order_statistic(Data x, std::int64_t k, const WeightedOptions& options) {
   return order_statistic(x, std::span<const std::int64_t>(&k, 1), options)[0];
 }
 
+// Points of weights below 1 may reach neither depth nor median.
+FiveNumber fiveInOrder(const FiveNumber& five) {
+  return {five.min, std::min(five.lower_hinge, five.median), five.median,
+          std::max(five.upper_hinge, five.median), five.max};
+}
+
 FiveNumber five_number(Data x, const WeightedOptions& options) {
   const Sample sample("five_number", x, options.weights, options.missing);
   Place center{};
   const auto values = Selection(sample).values([&](double n) {
-    const double depth = std::floor((n + 3.0) / 2.0) / 2.0;  // of the hinges, from either end
-    const double near = std::floor(depth);
-    const double far = std::ceil(depth);
+    const Depth depth(n);
     center = interpolated((n - 1.0) * 0.5, n);
-    return std::vector<Target>{kFirst,      {near},           {far},           center.low,
-                               center.high, {n + 1.0 - near}, {n + 1.0 - far}, kLast};
+    return std::vector<Target>{
+        kFirst,      {depth.near},           {depth.far},           center.low,
+        center.high, {n + 1.0 - depth.near}, {n + 1.0 - depth.far}, kLast};
   });
   if (!values) {
     return {kNaN, kNaN, kNaN, kNaN, kNaN};
   }
   const std::vector<double>& v = *values;
-  // In this order for any weights: points of weights below 1 may reach neither depth nor median.
-  const double median = between(v[3], v[4], center.fraction);
-  return {v[0], std::min(between(v[1], v[2], 0.5), median), median,
-          std::max(between(v[6], v[5], 0.5), median), v[7]};
+  return fiveInOrder({v[0], between(v[1], v[2], 0.5), between(v[3], v[4], center.fraction),
+                      between(v[6], v[5], 0.5), v[7]});
+}
+
+std::vector<Place> placesOfRanks(std::span<const std::int64_t> k, double n) {
+  std::vector<Place> places;
+  for (const std::int64_t rank : k) {
+    const Target target{rankFrom1(rank, n)};
+    places.push_back({target, target, 0.0});
+  }
+  return places;
+}
+
+std::vector<Place> placesOfFive(double n) {
+  const Depth depth(n);
+  return {{kFirst, kFirst, 0.0},
+          {{depth.near}, {depth.far}, 0.5},
+          interpolated((n - 1.0) * 0.5, n),
+          {{n + 1.0 - depth.far}, {n + 1.0 - depth.near}, 0.5},
+          {kLast, kLast, 0.0}};
 }
 
 }  // namespace vexel

@@ -49,14 +49,6 @@ std::vector<Ordered> inOrder(std::span<const Target> targets) {
   return all;
 }
 
-// The rank from 0 that an unweighted target means among n points.
-std::size_t rankOf(const Target& target, std::size_t n) {
-  const double rank = target.beyond ? std::floor(target.weight) + 1.0 : std::ceil(target.weight);
-  return rank < 1.0                             ? 0
-         : rank >= static_cast<double>(n) + 1.0 ? n - 1
-                                                : static_cast<std::size_t>(rank) - 1;
-}
-
 // Puts the elements of the ascending ranks of x[begin..end-1] at their places.
 void placeRanks(double* x, std::size_t begin, std::size_t end, std::span<const std::size_t> ranks) {
   while (!ranks.empty()) {
@@ -429,6 +421,13 @@ void select(const Points& points, std::size_t n, double total, std::span<const O
 }
 
 }  // namespace
+
+std::size_t rankOf(const Target& target, std::size_t n) {
+  const double rank = target.beyond ? std::floor(target.weight) + 1.0 : std::ceil(target.weight);
+  return rank < 1.0                             ? 0
+         : rank >= static_cast<double>(n) + 1.0 ? n - 1
+                                                : static_cast<std::size_t>(rank) - 1;
+}
 
 bool Selection::look() {
   kernels::ExactSum weight;

@@ -17,6 +17,9 @@ struct Target {
   bool beyond = false;
 };
 
+// The rank from 0 that a target means among n > 0 points without weights.
+std::size_t rankOf(const Target& target, std::size_t n);
+
 class Selection {
  public:
   // With about, of the distances |x - about|.

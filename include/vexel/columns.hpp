@@ -56,5 +56,19 @@ VEXEL_API void var(const Columns& columns, std::span<double> out,
                    const VarianceOptions& options = {});
 VEXEL_API void std(const Columns& columns, std::span<double> out,
                    const VarianceOptions& options = {});
+VEXEL_API void median(const Columns& columns, std::span<double> out,
+                      const WeightedOptions& options = {});
+VEXEL_API void iqr(const Columns& columns, std::span<double> out,
+                   const QuantileOptions& options = {});
+VEXEL_API void median_absolute_deviation(const Columns& columns, std::span<double> out,
+                                         const MedianDeviationOptions& options = {});
+
+// Several numbers of each: number i of variable j is out[i * columns.count() + j].
+VEXEL_API void quantile(const Columns& columns, Data q, std::span<double> out,
+                        const QuantileOptions& options = {});
+VEXEL_API void order_statistic(const Columns& columns, std::span<const std::int64_t> k,
+                               std::span<double> out, const WeightedOptions& options = {});
+VEXEL_API void five_number(const Columns& columns, std::span<FiveNumber> out,
+                           const WeightedOptions& options = {});
 
 }  // namespace vexel

@@ -195,19 +195,30 @@ void reduceLanes(const Lanes& lanes, WeightLanes& weights, const Reduction& redu
   }
 }
 
-// Whether lanes are taken many at a time: those that lie side by side, and short ones.
+// Whether lanes are taken many at a time.
 bool manyAtATime(const Lanes& lanes, const ReductionOfMany& ofMany) {
   const auto width = static_cast<std::ptrdiff_t>(elementSize(lanes.input().element()));
-  return ofMany.reduce && lanes.together() > 1 &&
-         (lanes.neighbour() == width || lanes.length() <= ofMany.longest);
+  const bool beside = lanes.neighbour() == width;
+  return ofMany.reduce && lanes.together() >= ofMany.fewest &&
+         lanes.length() <= (beside ? ofMany.longestBeside : ofMany.longest);
 }
 
 void reduceMany(const Lanes& lanes, const ReductionOfMany& ofMany, std::span<double> results,
                 Work& work) {
   const std::size_t together = lanes.together();
+  const std::size_t each = lanes.count() == 0 ? 0 : results.size() / lanes.count();
+  const bool inPlace = each == 1 || together == lanes.count();
+  std::vector<double> some(inPlace ? 0 : each * together);
   for (std::size_t i = 0; i < lanes.count(); i += together) {
     work.part(i / together, lanes.count() / together);
-    ofMany.reduce(lanes.columns(i), results.subspan(i, together));
+    if (inPlace) {
+      ofMany.reduce(lanes.columns(i), results.subspan(i, each * together));
+      continue;
+    }
+    ofMany.reduce(lanes.columns(i), some);
+    for (std::size_t k = 0; k < each; ++k) {
+      std::copy_n(&some[k * together], together, &results[k * lanes.count() + i]);
+    }
   }
 }
 

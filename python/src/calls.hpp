@@ -63,10 +63,15 @@ void checkProgress(py::handle progress);
 // k numbers from the elements x and their weights w (not given where there are none).
 using Reduction = std::function<void(const Data& x, const Data& w, double* result)>;
 
-// The same of many lanes at once, one number for each.
+// The same of many lanes at once: number i of lane j at results[i * lanes.count() + j].
 struct ReductionOfMany {
   std::function<void(const Columns& lanes, std::span<double> results)> reduce = nullptr;
-  std::size_t longest = 0;  // lanes that do not lie side by side; what serves longer ones better
+  // The longest lanes that it serves best, side by side in memory and otherwise.
+  std::size_t longest = 0;
+  std::size_t longestBeside = unlimited;
+  std::size_t fewest = 2;  // of lanes at one distance from each other
+
+  static constexpr std::size_t unlimited = static_cast<std::size_t>(-1);
 };
 
 struct ReduceArguments {

@@ -33,6 +33,14 @@ py::object reduction(py::handle object, const Common& c, F f, const ReductionOfM
       [&](const Data& lane, const Data& wl, double* result) { *result = f(lane, wl, missing); });
 }
 
+// What sorts short lanes many at a time; nothing for all elements.
+template <typename F>
+ReductionOfMany shortLanes(py::handle axis, F reduce) {
+  constexpr std::size_t longest = 512;
+  constexpr std::size_t fewest = 16;
+  return axis.is_none() ? ReductionOfMany() : ReductionOfMany{reduce, longest, longest, fewest};
+}
+
 py::object meanOf(py::handle x, py::handle kind, py::handle weights, py::handle policy,
                   py::handle axis, Flag<"keepdims"> keepdims, py::handle out, py::handle progress) {
   const Mean which = choose<Mean>(kind, "kind");
@@ -130,11 +138,33 @@ py::object meanDeviationOf(py::handle x, py::handle center, py::handle weights, 
 py::object medianDeviationOf(py::handle x, Number<"scale"> scale, py::handle weights,
                              py::handle policy, py::handle axis, Flag<"keepdims"> keepdims,
                              py::handle out, py::handle progress) {
-  return reduction(x, {weights, policy, axis, keepdims, out, progress},
-                   [=](const Data& d, const Data& w, Missing missing) {
-                     return vexel::median_absolute_deviation(
-                         d, {.weights = w, .scale = scale, .missing = missing});
-                   });
+  return reduction(
+      x, {weights, policy, axis, keepdims, out, progress},
+      [=](const Data& d, const Data& w, Missing missing) {
+        return vexel::median_absolute_deviation(d,
+                                                {.weights = w, .scale = scale, .missing = missing});
+      },
+      shortLanes(axis,
+                 [plain = MedianDeviationOptions{.scale = scale, .missing = missingPolicy(policy)}](
+                     const Columns& lanes, std::span<double> results) {
+                   vexel::median_absolute_deviation(lanes, results, plain);
+                 }));
+}
+
+// Where it is the ends that are asked for, lanes of any length.
+ReductionOfMany quantilesOfMany(py::handle axis, const Data& q, const QuantileOptions& options) {
+  bool ends = true;
+  for (std::size_t i = 0; i < q.size(); ++i) {
+    ends = ends && (q[i] == 0.0 || q[i] == 1.0);
+  }
+  ReductionOfMany many = shortLanes(axis, [=](const Columns& lanes, std::span<double> results) {
+    vexel::quantile(lanes, q, results, options);
+  });
+  if (ends) {
+    many.longest = many.longestBeside = ReductionOfMany::unlimited;
+    many.fewest = 2;
+  }
+  return many;
 }
 
 py::object quantileOf(py::handle object, py::handle probabilities, py::handle method,
@@ -142,19 +172,22 @@ py::object quantileOf(py::handle object, py::handle probabilities, py::handle me
                       Flag<"keepdims"> keepdims, py::handle out, py::handle progress) {
   const auto definition = choose<QuantileMethod>(method, "method");
   Input q(probabilities, "q");
+  const QuantileOptions plain{.method = definition, .missing = missingPolicy(policy)};
   if (q.isNumber()) {
-    return reduction(object, {weights, policy, axis, keepdims, out, progress},
-                     [=, p = q.number()](const Data& d, const Data& w, Missing missing) {
-                       return vexel::quantile(
-                           d, p, {.weights = w, .method = definition, .missing = missing});
-                     });
+    const double p = q.number();
+    return reduction(
+        object, {weights, policy, axis, keepdims, out, progress},
+        [=](const Data& d, const Data& w, Missing missing) {
+          return vexel::quantile(d, p, {.weights = w, .method = definition, .missing = missing});
+        },
+        quantilesOfMany(axis, Data(&p, 1), plain));
   }
   const Data at = q.flat();
   Input x(object, "x");
   Input w(weights, "weights", Input::optional);
   const Missing missing = missingPolicy(policy);
   return reduce(
-      x, w, {axis, keepdims, out, progress}, q.shape(),
+      x, w, {axis, keepdims, out, progress, quantilesOfMany(axis, at, plain)}, q.shape(),
       [&](const Data& d, const Data& wl, double* result) {
         std::ranges::copy(
             vexel::quantile(d, at, {.weights = wl, .method = definition, .missing = missing}),
@@ -164,37 +197,58 @@ py::object quantileOf(py::handle object, py::handle probabilities, py::handle me
 
 py::object medianOf(py::handle x, py::handle weights, py::handle policy, py::handle axis,
                     Flag<"keepdims"> keepdims, py::handle out, py::handle progress) {
-  return reduction(x, {weights, policy, axis, keepdims, out, progress},
-                   [](const Data& d, const Data& w, Missing missing) {
-                     return vexel::median(d, {.weights = w, .missing = missing});
-                   });
+  return reduction(
+      x, {weights, policy, axis, keepdims, out, progress},
+      [](const Data& d, const Data& w, Missing missing) {
+        return vexel::median(d, {.weights = w, .missing = missing});
+      },
+      shortLanes(axis, [plain = WeightedOptions{.missing = missingPolicy(policy)}](
+                           const Columns& lanes, std::span<double> results) {
+        vexel::median(lanes, results, plain);
+      }));
 }
 
 py::object iqrOf(py::handle x, py::handle method, py::handle weights, py::handle policy,
                  py::handle axis, Flag<"keepdims"> keepdims, py::handle out, py::handle progress) {
   const auto definition = choose<QuantileMethod>(method, "method");
-  return reduction(x, {weights, policy, axis, keepdims, out, progress},
-                   [=](const Data& d, const Data& w, Missing missing) {
-                     return vexel::iqr(d, {.weights = w, .method = definition, .missing = missing});
-                   });
+  return reduction(
+      x, {weights, policy, axis, keepdims, out, progress},
+      [=](const Data& d, const Data& w, Missing missing) {
+        return vexel::iqr(d, {.weights = w, .method = definition, .missing = missing});
+      },
+      shortLanes(axis,
+                 [plain = QuantileOptions{.method = definition, .missing = missingPolicy(policy)}](
+                     const Columns& lanes, std::span<double> results) {
+                   vexel::iqr(lanes, results, plain);
+                 }));
+}
+
+ReductionOfMany ranksOfMany(py::handle axis, std::span<const std::int64_t> ranks,
+                            const WeightedOptions& options) {
+  return shortLanes(axis, [=](const Columns& lanes, std::span<double> results) {
+    vexel::order_statistic(lanes, ranks, results, options);
+  });
 }
 
 py::object orderStatisticOf(py::handle object, py::handle k, py::handle weights, py::handle policy,
                             py::handle axis, Flag<"keepdims"> keepdims, py::handle out,
                             py::handle progress) {
+  const WeightedOptions plain{.missing = missingPolicy(policy)};
   if (Input(k, "k").isNumber()) {
     const std::int64_t which = readWhole(k, "k");
-    return reduction(object, {weights, policy, axis, keepdims, out, progress},
-                     [=](const Data& d, const Data& w, Missing missing) {
-                       return vexel::order_statistic(d, which, {.weights = w, .missing = missing});
-                     });
+    return reduction(
+        object, {weights, policy, axis, keepdims, out, progress},
+        [=](const Data& d, const Data& w, Missing missing) {
+          return vexel::order_statistic(d, which, {.weights = w, .missing = missing});
+        },
+        ranksOfMany(axis, {&which, 1}, plain));
   }
   const std::vector<std::int64_t> ranks = readWholes(k, "k");
   Input x(object, "x");
   Input w(weights, "weights", Input::optional);
   const Missing missing = missingPolicy(policy);
   const py::ssize_t leading[] = {static_cast<py::ssize_t>(ranks.size())};
-  return reduce(x, w, {axis, keepdims, out, progress}, leading,
+  return reduce(x, w, {axis, keepdims, out, progress, ranksOfMany(axis, ranks, plain)}, leading,
                 [&](const Data& d, const Data& wl, double* result) {
                   std::ranges::copy(vexel::order_statistic(d, std::span<const std::int64_t>(ranks),
                                                            {.weights = wl, .missing = missing}),
@@ -209,14 +263,24 @@ py::object fiveNumberOf(py::handle object, py::handle weights, py::handle policy
   Input w(weights, "weights", Input::optional);
   const Missing missing = missingPolicy(policy);
   const py::ssize_t leading[] = {5};
-  return reduce(x, w, {axis, false, py::none(), progress}, leading,
+  const auto write = [](const FiveNumber& f, double* to, std::size_t apart) {
+    const double fields[] = {f.min, f.lower_hinge, f.median, f.upper_hinge, f.max};
+    for (const double field : fields) {
+      *to = field;
+      to += apart;
+    }
+  };
+  const ReductionOfMany ofMany =
+      shortLanes(axis, [=](const Columns& lanes, std::span<double> results) {
+        std::vector<FiveNumber> fives(lanes.count());
+        vexel::five_number(lanes, fives, {.missing = missing});
+        for (std::size_t j = 0; j < fives.size(); ++j) {
+          write(fives[j], &results[j], fives.size());
+        }
+      });
+  return reduce(x, w, {axis, false, py::none(), progress, ofMany}, leading,
                 [&](const Data& d, const Data& wl, double* result) {
-                  const FiveNumber f = vexel::five_number(d, {.weights = wl, .missing = missing});
-                  result[0] = f.min;
-                  result[1] = f.lower_hinge;
-                  result[2] = f.median;
-                  result[3] = f.upper_hinge;
-                  result[4] = f.max;
+                  write(vexel::five_number(d, {.weights = wl, .missing = missing}), result, 1);
                 });
 }
 

@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <bit>
 #include <cmath>
 #include <cstdlib>
 #include <fstream>
@@ -15,7 +14,6 @@
 #include <stdexcept>
 #include <string>
 #include <vector>
-#include <vexel/columns.hpp>
 #include <vexel/descriptive.hpp>
 #include <vexel/interruption.hpp>
 
@@ -377,80 +375,5 @@ TEST(Statistics, DeviationsOfSubnormalsAreRounded) {
   EXPECT_EQ(vexel::std(Data({1e-322, 1e-322})), 0.0);
   EXPECT_EQ(vexel::std(Data({1e-310, 0})), std::sqrt(0.5) * 1e-310);
 }
-
-// Columns with sums that cancel, overflow, vanish, meet the middle of two doubles, with what is
-// missing, with one value throughout, and far from 0.
-std::vector<double> hardTable(std::size_t rows, std::size_t width) {
-  std::mt19937_64 random(1);
-  std::normal_distribution<double> normal;
-  std::vector<double> table(rows * width);
-  for (std::size_t i = 0; i < table.size(); ++i) {
-    const std::size_t column = i % width;
-    const std::size_t row = i / width;
-    const double x = normal(random);
-    table[i] = column == 1   ? std::ldexp(x, static_cast<int>(random() % 600) - 300)
-               : column == 2 ? (row % 2 == 0 ? 1.0 : 1.0 + 0x1p-52)
-               : column == 3 ? (row % 2 == 0 ? 1e300 : 1.0 - 1e300) * 1e8
-               : column == 4 ? 5e-324 * std::floor(3.0 * x)
-               : column == 5 ? 0.0 * x
-               : column == 6 ? (random() % 50 == 0 ? std::nan("") : std::floor(3.0 * x))
-               : column == 7 ? 1e9 + x
-               : column == 8 ? 1.25
-               : column == 9 ? (row == 0 ? 1e150 : x)
-                             : x;
-  }
-  return table;
-}
-
-void expectTheSameAlone(const vexel::Columns& columns, const std::string& what) {
-  std::vector<double> found(columns.count());
-  const auto expectSame = [&](auto many, auto alone, const std::string& name) {
-    many(found);
-    for (std::size_t j = 0; j < found.size(); ++j) {
-      const double expected = alone(columns[j]);
-      EXPECT_TRUE(std::bit_cast<std::uint64_t>(found[j]) ==
-                      std::bit_cast<std::uint64_t>(expected) ||
-                  (std::isnan(found[j]) && std::isnan(expected)))
-          << name << what << ", column " << j << ": " << found[j] << " and " << expected;
-    }
-  };
-  for (const Missing missing : {Missing::propagate, Missing::omit}) {
-    const vexel::MeanOptions mean{.missing = missing};
-    expectSame([&](auto& out) { vexel::mean(columns, out, mean); },
-               [&](Data x) { return vexel::mean(x, mean); }, "mean");
-    for (const double ddof : {1.0, 0.25, 3.0}) {
-      const vexel::VarianceOptions options{.ddof = ddof, .missing = missing};
-      expectSame([&](auto& out) { vexel::var(columns, out, options); },
-                 [&](Data x) { return vexel::var(x, options); }, "var");
-      expectSame([&](auto& out) { vexel::std(columns, out, options); },
-                 [&](Data x) { return vexel::std(x, options); }, "std");
-    }
-  }
-}
-
-TEST(Statistics, OfColumnsHaveTheBitsOfColumnsAlone) {
-  for (const std::size_t width : {1, 8, 13, 150}) {
-    for (std::size_t rows = 0; rows < 5000 && rows * width < 100000; rows = 2 * rows + 1) {
-      const std::vector<double> table = hardTable(rows, width);
-      const std::vector<float> narrow(table.begin(), table.end());
-      std::vector<std::int32_t> whole(table.size());
-      std::transform(table.begin(), table.end(), whole.begin(),
-                     [](double x) { return std::fabs(x) < 9 ? static_cast<int>(99 * x) : 0; });
-      const auto stride = static_cast<std::ptrdiff_t>(width);
-      const std::string what = " of " + std::to_string(rows) + " rows";
-      expectTheSameAlone({Data(table.data(), rows, stride), width}, what);
-      expectTheSameAlone({Data(table.data(), rows, stride), width - width / 3}, what + " in part");
-      expectTheSameAlone({Data(narrow.data(), rows, stride), width}, what + " of floats");
-      expectTheSameAlone({Data(whole.data(), rows, stride), width}, what + " of integers");
-      expectTheSameAlone({Data(table.data(), width), rows, stride}, what + ", along them");
-      if (rows > 0) {
-        expectTheSameAlone({Data(table.data() + (rows - 1) * width, rows, -stride), width},
-                           what + " from below");
-      }
-    }
-  }
-}
-
-// ---- quantiles
 
 }  // namespace

@@ -42,7 +42,13 @@ void addDescriptive(std::vector<Job>& all) {
     Vector deviations(rows.count());
     vx::mean(columns, means);
     vx::std(rows, deviations);
-    return Vector{means[0], means[4], deviations[1]};
+    Vector medians(rows.count());
+    Vector ends(2 * count);
+    Vector distances(rows.count());
+    vx::median(rows, medians);
+    vx::median_absolute_deviation(rows, distances);
+    vx::quantile(columns, {0.0, 1.0}, ends);
+    return Vector{means[0], means[4], deviations[1], medians[2], distances[3], ends[0], ends[9]};
   });
   add(all, "moments", [] {
     return Vector{vx::var(kPoints), vx::std(kPoints, {.weights = kWeights}), vx::skewness(kPoints),

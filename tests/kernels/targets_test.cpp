@@ -10,15 +10,19 @@
 #include <random>
 #include <span>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 #include "kernels/filter.hpp"
 #include "kernels/moving_sums.hpp"
 #include "kernels/normal.hpp"
+#include "kernels/vector/column_extremes.hpp"
+#include "kernels/vector/column_order.hpp"
 #include "kernels/vector/columns.hpp"
 #include "kernels/vector/power_columns.hpp"
 #include "kernels/vector/powers.hpp"
 #include "kernels/vector/presence.hpp"
+#include "kernels/vector/row_copies.hpp"
 #include "kernels/vector/selection.hpp"
 #include "kernels/vector/sums.hpp"
 
@@ -54,6 +58,27 @@ std::size_t countAndCollect(const double* x, std::size_t n, double low, double h
                             BracketCounts& counts, double* between);
 void cellsOf(const double* x, std::size_t n, double base, double scale, std::int32_t cells,
              std::int32_t* to);
+struct Exchange {
+  std::uint16_t low, high;
+};
+struct StripFacts {
+  double missing[8], negativeZeros[8];
+};
+enum class End : std::uint8_t { least, greatest };
+void copyRows(const double* x, std::ptrdiff_t stride, std::ptrdiff_t apart, std::size_t n,
+              std::size_t width, std::size_t pitch, double* to);
+void copyRows(const float* x, std::ptrdiff_t stride, std::ptrdiff_t apart, std::size_t n,
+              std::size_t width, std::size_t pitch, double* to);
+void lookAtStrip(double* rows, std::size_t n, StripFacts& facts);
+void exchangeInStrip(double* rows, std::span<const Exchange> exchanges);
+void extremesOfRows(End end, const double* x, std::ptrdiff_t stride, std::size_t n,
+                    std::size_t width, double* extremes, std::uint8_t* missing);
+void extremesOfRows(End end, const float* x, std::ptrdiff_t stride, std::size_t n,
+                    std::size_t width, float* extremes, std::uint8_t* missing);
+void extremesOfLanes(End end, const double* x, std::ptrdiff_t apart, std::size_t n,
+                     std::size_t count, double* extremes, std::uint8_t* missing);
+void extremesOfLanes(End end, const float* x, std::ptrdiff_t apart, std::size_t n,
+                     std::size_t count, float* extremes, std::uint8_t* missing);
 bool normalCdfs(const double* z, std::size_t n, double* out);
 void normalQuantiles(const double* p, std::size_t n, double* out);
 void filterStretch(const double* x, std::size_t n, std::span<const double> taps, double* out);
@@ -74,7 +99,60 @@ Vector probabilities(const double* x, std::size_t n) {
   return p;
 }
 
-// Everything that the kernels say of a block, one number after the other.
+// What the kernels for columns say of a block, cut into columns in several ways.
+#define ORDERS(space)                                                                      \
+  [](const double* x, const double*, std::size_t n) {                                      \
+    Vector all;                                                                            \
+    const std::size_t rows = std::min(n / 8, std::size_t{150});                            \
+    Vector numbers(x, x + n);                                                              \
+    for (std::size_t i = 0; i < n; i += 29) {                                              \
+      numbers[i] = i % 2 == 0 ? -0.0 : std::nan("");                                       \
+    }                                                                                      \
+    const std::vector<float> narrow(numbers.begin(), numbers.end());                       \
+    const auto gap = static_cast<std::ptrdiff_t>(rows);                                    \
+    for (const std::size_t width : {1, 5, 8}) {                                            \
+      Vector strip(8 * rows);                                                              \
+      const auto keep = [&](auto* from, std::ptrdiff_t stride, std::ptrdiff_t apart) {     \
+        space::copyRows(from, stride, apart, rows, width, 8, strip.data());                \
+        all.insert(all.end(), strip.begin(), strip.end());                                 \
+      };                                                                                   \
+      keep(narrow.data(), 1, gap);                                                         \
+      keep(narrow.data(), 8, 1);                                                           \
+      keep(numbers.data(), 8, 1);                                                          \
+      keep(numbers.data(), 1, gap);                                                        \
+      space::StripFacts facts;                                                             \
+      space::lookAtStrip(strip.data(), rows, facts);                                       \
+      all.insert(all.end(), facts.missing, facts.missing + 8);                             \
+      all.insert(all.end(), facts.negativeZeros, facts.negativeZeros + 8);                 \
+      std::vector<space::Exchange> network;                                                \
+      for (const auto& e : vexel::kernels::sortingNetwork(rows)) {                         \
+        network.push_back({e.low, e.high});                                                \
+      }                                                                                    \
+      space::exchangeInStrip(strip.data(), network);                                       \
+      all.insert(all.end(), strip.begin(), strip.end());                                   \
+    }                                                                                      \
+    for (const std::size_t width : {1, 5, 12, 40}) {                                       \
+      for (const space::End end : {space::End::least, space::End::greatest}) {             \
+        const auto keep = [&](auto find, auto* from, std::size_t pace, std::size_t size) { \
+          std::vector<std::remove_cvref_t<decltype(*from)>> ends(width);                   \
+          std::vector<std::uint8_t> missing(width);                                        \
+          find(end, from, static_cast<std::ptrdiff_t>(pace), size, width, ends.data(),     \
+               missing.data());                                                            \
+          all.insert(all.end(), ends.begin(), ends.end());                                 \
+          all.insert(all.end(), missing.begin(), missing.end());                           \
+        };                                                                                 \
+        const auto ofRows = [](auto... a) { space::extremesOfRows(a...); };                \
+        const auto ofLanes = [](auto... a) { space::extremesOfLanes(a...); };              \
+        keep(ofRows, numbers.data(), width, n / width);                                    \
+        keep(ofRows, narrow.data(), width, n / width);                                     \
+        keep(ofLanes, numbers.data(), n / width, n / width);                               \
+        keep(ofLanes, narrow.data(), n / width, n / width);                                \
+      }                                                                                    \
+    }                                                                                      \
+    return all;                                                                            \
+  }
+
+// Everything else that the kernels say of a block, one number after the other.
 #define EVERYTHING(space)                                                                     \
   [](const double* x, const double* w, std::size_t n) {                                       \
     Vector all(13 * 32);                                                                      \
@@ -197,6 +275,13 @@ void onEveryTarget([[maybe_unused]] F f) {
 TEST(VectorKernels, HaveTheSameBitsOnEveryTarget) {
   const Everything chosen = EVERYTHING(vexel::kernels);
   const Everything plain = EVERYTHING(vexel::plain_kernels);
+  compare(chosen, plain, "best and plain");
+  onEveryTarget([&](const std::string& name) { compare(chosen, plain, name + " and plain"); });
+}
+
+TEST(VectorKernels, OrderColumnsAlikeOnEveryTarget) {
+  const Everything chosen = ORDERS(vexel::kernels);
+  const Everything plain = ORDERS(vexel::plain_kernels);
   compare(chosen, plain, "best and plain");
   onEveryTarget([&](const std::string& name) { compare(chosen, plain, name + " and plain"); });
 }

@@ -100,6 +100,31 @@ def test_columns_have_the_bits_of_columns_alone(kind):
         assert vx.var(cube, axis=axis).ravel().tolist() == [vx.var(lane.copy()) for lane in lanes]
 
 
+@pytest.mark.parametrize("kind", ["f8", "f4", "i8", "i4"])
+def test_orders_of_lanes_have_the_bits_of_lanes_alone(kind):
+    generator = np.random.default_rng(3)
+    functions = [vx.median, vx.iqr, partial(vx.quantile, q=0), partial(vx.quantile, q=[1, 0]), partial(vx.median_absolute_deviation, scale=1.5),
+                 partial(vx.quantile, q=[0.1, 0.5, np.nan], method="weibull"), partial(vx.order_statistic, k=2), lambda x, **more: np.array(vx.five_number(x, **more))]
+    for shape in ((30, 5), (5, 30), (600, 17), (17, 600), (6, 20, 40), (90, 3, 5)):
+        x = np.round(3 * generator.normal(size=shape), 1) if kind[0] == "f" else 1e8 * generator.normal(size=shape)
+        if kind[0] == "f":
+            x[generator.random(shape) < 0.02] = np.nan
+            x[generator.random(shape) < 0.3] *= 0.0
+            x[generator.random(shape) < 0.1] = -np.inf
+        x = (x * 1e9 if kind == "i8" else x).astype(kind)
+        for view in (x, x[::-1, ..., ::-1], np.repeat(x, 2, -1)[..., ::2], np.asfortranarray(x)):
+            for axis in range(view.ndim):
+                lanes = np.moveaxis(view, axis, -1).reshape(-1, view.shape[axis])
+                for f in functions:
+                    for policy in ("propagate", "omit"):
+                        found = f(view, axis=axis, nan_policy=policy)
+                        expected = np.array([f(lane.copy(), nan_policy=policy) for lane in lanes]).T
+                        assert found.size == expected.size
+                        found = found.reshape(expected.shape)
+                        np.testing.assert_array_equal(found, expected)
+                        np.testing.assert_array_equal(np.signbit(found[found == 0]), np.signbit(expected[found == 0]))
+
+
 def test_large_unsigned_numbers_are_ordered_exactly():
     x = np.array([2**63 + 1, 2**63, 2**64 - 1, 5], "uint64")
     assert vx.rank(x).tolist() == [3, 2, 4, 1] and vx.argsort(x).tolist() == [3, 1, 0, 2]

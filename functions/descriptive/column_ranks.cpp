@@ -1,0 +1,229 @@
+#include "functions/descriptive/column_ranks.hpp"
+
+#include <algorithm>
+#include <cmath>
+#include <optional>
+#include <stdexcept>
+#include <string>
+
+#include "functions/data/sample.hpp"
+#include "functions/descriptive/column_ends.hpp"
+#include "functions/descriptive/column_strips.hpp"
+#include "kernels/sorting/network.hpp"
+#include "kernels/watch.hpp"
+
+namespace vexel {
+
+namespace {
+
+using kernels::End;
+
+// A place among n points.
+struct Spot {
+  std::size_t low;
+  std::size_t high;
+  double fraction;
+};
+
+class Spots {
+ public:
+  Spots(const RanksOfColumns& wanted, std::size_t most) : wanted_(wanted), known_(most + 1) {}
+
+  // Among n points.
+  const std::vector<Spot>& operator()(std::size_t n) {
+    std::vector<Spot>& spots = known_[n];
+    if (spots.empty()) {
+      for (const Place& place : wanted_.places(static_cast<double>(n))) {
+        spots.push_back({rankOf(place.low, n), rankOf(place.high, n), place.fraction});
+      }
+    }
+    return spots;
+  }
+
+ private:
+  const RanksOfColumns& wanted_;
+  std::vector<std::vector<Spot>> known_;
+};
+
+std::vector<std::size_t> ranksOf(const std::vector<Spot>& spots) {
+  std::vector<std::size_t> ranks;
+  for (const Spot& spot : spots) {
+    ranks.push_back(spot.low);
+    ranks.push_back(spot.high);
+  }
+  return ranks;
+}
+
+double share(std::size_t done, const Columns& columns) {
+  return static_cast<double>(done) / static_cast<double>(columns.count());
+}
+
+// Short columns are sorted, as far as it takes.
+class SortedColumns {
+ public:
+  SortedColumns(const Columns& columns, const RanksOfColumns& wanted)
+      : columns_(columns),
+        wanted_(wanted),
+        n_(columns.first().size()),
+        spots_(wanted, n_),
+        strip_(columns),
+        network_(kernels::sortingNetwork(n_, ranksOf(spots_(n_)))),
+        values_(spots_(n_).size()) {}
+
+  void go() {
+    constexpr std::size_t elements = std::size_t{1} << 18;  // between polls
+    const std::size_t some = std::max(std::size_t{1}, elements / (n_ * ColumnStrip::width));
+    std::size_t strips = 0;
+    for (std::size_t j = 0; j < columns_.count(); j += ColumnStrip::width) {
+      goOn(j);
+      if (++strips % some == 0) {
+        kernels::poll(share(j, columns_));
+      }
+    }
+  }
+
+ private:
+  void goOn(std::size_t begin) {
+    strip_.moveTo(begin);
+    if (wanted_.missing == Missing::omit && strip_.anyMissing()) {
+      if (whole_.empty()) {
+        whole_ = kernels::sortingNetwork(n_);
+      }
+      strip_.exchange(whole_);
+    } else {
+      strip_.exchange(network_);
+    }
+    for (std::size_t j = 0; j < strip_.columns(); ++j) {
+      const std::size_t missing = strip_.missing(j);
+      if (missing == n_ || (missing > 0 && wanted_.missing == Missing::raise)) {
+        wanted_.alone(begin + j);
+      } else if (missing > 0 && wanted_.missing == Missing::propagate) {
+        std::fill(values_.begin(), values_.end(), kNaN);
+        wanted_.take(begin + j, values_);
+      } else {
+        give(begin, j, spots_(n_ - missing));
+      }
+    }
+  }
+  void give(std::size_t begin, std::size_t j, const std::vector<Spot>& spots) {
+    const bool zeros = strip_.hasNegativeZero(j);
+    for (std::size_t k = 0; k < spots.size(); ++k) {
+      const double low = strip_.row(spots[k].low)[j];
+      const double high = strip_.row(spots[k].high)[j];
+      if (zeros && (low == 0.0 || high == 0.0)) {  // of either sign
+        wanted_.alone(begin + j);
+        return;
+      }
+      values_[k] = between(low, high, spots[k].fraction);
+    }
+    wanted_.take(begin + j, values_);
+  }
+
+  const Columns& columns_;
+  const RanksOfColumns& wanted_;
+  std::size_t n_;
+  Spots spots_;
+  ColumnStrip strip_;
+  std::vector<kernels::Exchange> network_;
+  std::vector<kernels::Exchange> whole_;
+  std::vector<double> values_;
+};
+
+// Where nothing but the first and the last of the sorted points is asked for.
+class OuterColumns {
+ public:
+  OuterColumns(const Columns& columns, const RanksOfColumns& wanted, std::vector<Spot> spots)
+      : columns_(columns), wanted_(wanted), spots_(std::move(spots)), values_(spots_.size()) {
+    for (const Spot& spot : spots_) {
+      for (const std::size_t rank : {spot.low, spot.high}) {
+        (rank == 0 ? least_ : greatest_) = true;
+      }
+    }
+  }
+
+  void go() {
+    const std::size_t most = std::min(mostEnds, columns_.count());
+    std::vector<EndFound> low(most);
+    std::vector<EndFound> high(most);
+    for (std::size_t j = 0; j < columns_.count(); j += most) {
+      const std::size_t n = std::min(most, columns_.count() - j);
+      if (least_) {
+        findEnds(columns_, End::least, j, std::span(low).first(n));
+      }
+      if (greatest_) {
+        findEnds(columns_, End::greatest, j, std::span(high).first(n));
+      }
+      for (std::size_t k = 0; k < n; ++k) {
+        give(j + k, least_ ? low[k] : high[k], greatest_ ? high[k] : low[k]);
+      }
+      kernels::poll(share(j + n, columns_));
+    }
+  }
+
+ private:
+  void give(std::size_t j, const EndFound& low, const EndFound& high) {
+    if (low.missing && wanted_.missing == Missing::propagate) {
+      std::fill(values_.begin(), values_.end(), kNaN);
+      wanted_.take(j, values_);
+      return;
+    }
+    const bool served = !low.missing || (wanted_.missing == Missing::omit && wanted_.ends &&
+                                         std::isfinite(low.value) && std::isfinite(high.value));
+    if (!served || low.doubtful || high.doubtful) {
+      wanted_.alone(j);
+      return;
+    }
+    for (std::size_t k = 0; k < spots_.size(); ++k) {
+      values_[k] = between((spots_[k].low == 0 ? low : high).value,
+                           (spots_[k].high == 0 ? low : high).value, spots_[k].fraction);
+    }
+    wanted_.take(j, values_);
+  }
+
+  const Columns& columns_;
+  const RanksOfColumns& wanted_;
+  std::vector<Spot> spots_;
+  std::vector<double> values_;
+  bool least_ = false;
+  bool greatest_ = false;
+};
+
+}  // namespace
+
+void ranksOfColumns(const Columns& columns, const RanksOfColumns& wanted) {
+  const std::size_t n = columns.first().size();
+  if (n > 0) {
+    std::vector<Spot> spots;
+    bool outer = true;
+    for (const Place& place : wanted.places(static_cast<double>(n))) {
+      spots.push_back({rankOf(place.low, n), rankOf(place.high, n), place.fraction});
+      for (const std::size_t rank : {spots.back().low, spots.back().high}) {
+        outer = outer && (rank == 0 || rank == n - 1);
+      }
+    }
+    if (outer && !spots.empty()) {
+      OuterColumns(columns, wanted, std::move(spots)).go();
+      return;
+    }
+    if (n <= ColumnStrip::longest && !spots.empty()) {
+      SortedColumns(columns, wanted).go();
+      return;
+    }
+  }
+  for (std::size_t j = 0; j < columns.count(); ++j) {
+    wanted.alone(j);
+    kernels::poll(share(j, columns));
+  }
+}
+
+void requireRoom(const char* function, const Columns& columns, std::size_t k,
+                 std::span<const double> out) {
+  if (out.size() != k * columns.count()) {
+    throw std::length_error(
+        std::string(function) + ": out must have as many elements as there are " +
+        (k == 1 ? "columns, " : "results, ") + std::to_string(k * columns.count()) + ", got " +
+        std::to_string(out.size()));
+  }
+}
+
+}  // namespace vexel
