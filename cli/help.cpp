@@ -58,7 +58,7 @@ bool printPage(const std::string& name) {
   return false;
 }
 
-// What users of other systems ask for, and the words of these pages.
+// What users of other systems ask for, and the words of these pages; ? for the overview.
 constexpr std::pair<std::string_view, std::string_view> kWords[] = {
     {"sd", "std"},
     {"stdev", "std"},
@@ -141,6 +141,7 @@ constexpr std::pair<std::string_view, std::string_view> kWords[] = {
     {"function", "proc"},
     {"def", "proc"},
     {"lambda", "proc"},
+    {"help", "?"},
     {"exit", "quit"}};
 
 // A topic in words of these pages.
@@ -184,6 +185,11 @@ void printNearest(const std::string& topic) {
 
 }  // namespace
 
+std::string meantName(const std::string& name) {
+  const std::string own(inOwnWords(name));
+  return own != name && own.find(' ') == std::string::npos ? own : similarName(name);
+}
+
 std::string helpTopic(const std::string& line) {
   constexpr std::string_view kOuter = " \t\n;:?";
   std::string topic = line.substr(0, line.find('('));
@@ -194,7 +200,7 @@ std::string helpTopic(const std::string& line) {
 
 bool printHelp(const std::string& topic, const std::vector<std::string>& sessionNames) {
   bool known = true;
-  if (topic.empty()) {
+  if (topic.empty() || inOwnWords(topic) == "?") {
     printOverview();
   } else if (printPage(isKeyword(inOwnWords(topic)) ? "language" : topic)) {
     // done

@@ -11,16 +11,25 @@
 #include <vexel/kernel.hpp>
 #include <vexel/session.hpp>
 
+#include "help.hpp"
+#include "kernels/text_file.hpp"
 #include "library_path.hpp"
 #include "options.hpp"
 #include "prompt.hpp"
 #include "runner.hpp"
 #include "stream/command.hpp"
 #include "tools.hpp"
+#include "usage.hpp"
 
 namespace {
 
 void onInterrupt(int) { vexel::Kernel::interrupt(); }
+
+// -e '?mean', as at the prompt.
+bool isQuestion(const std::string& text) {
+  const std::size_t at = text.find_first_not_of(" \t\n");
+  return at != std::string::npos && text[at] == '?';
+}
 
 // Runs the inputs in order; false when a file cannot be read.
 bool runInputs(Runner& runner, const Options& options) {
@@ -29,15 +38,30 @@ bool runInputs(Runner& runner, const Options& options) {
       break;
     }
     if (input.kind == Input::Kind::text) {
+      if (!options.json && isQuestion(input.value)) {
+        runner.note(printHelp(helpTopic(input.value), {}));
+        continue;
+      }
       runner.run(input.value, "-e");
       continue;
     }
     const std::optional<std::string> contents = readAll(input.value);
     if (!contents) {
-      std::cerr << "vexel: cannot read " << input.value << '\n';
+      const std::string meant = meantByFile(input.value);
+      std::cerr << "vexel: cannot read " << input.value << ": "
+                << vexel::kernels::whyUnreadable(input.value) << (meant.empty() ? "" : "\n")
+                << meant << '\n';
+      return false;
+    }
+    if (const auto fault = vexel::kernels::whyNoText(*contents); !fault.empty()) {
+      std::cerr << "vexel: cannot read " << input.value << ": " << fault << '\n';
       return false;
     }
     runner.run(*contents, input.value == "-" ? "standard input" : input.value);
+    if (runner.failed() && input.value.ends_with(".csv") && !options.quiet) {
+      std::cerr << "vexel: is " << input.value << " a script?  vexel describe " << input.value
+                << " gives the statistics of data\n";
+    }
   }
   return true;
 }

@@ -10,6 +10,8 @@
 #include <iostream>
 #include <string_view>
 
+#include "usage.hpp"
+
 namespace {
 
 // Files and texts back in the order of the command line.
@@ -76,14 +78,16 @@ std::optional<int> readCommandLine(int argc, char** argv, Options& options) {
       app.add_option("--example", example, "show the example NAME; without NAME list them")
           ->type_name("[NAME]")
           ->expected(0, 1);
-  CLI::Option* format =
-      app.add_flag("--format", options.format, "print the files indented and spaced; run nothing");
-  app.add_flag("--write", options.write, "with --format: write the files instead")->needs(format);
+  app.add_flag("--format", options.format, "print the files indented and spaced; run nothing");
+  app.add_flag("--write", options.write, "with --format: write the files instead");
 
   try {
     app.parse(argc, argv);
+    if (options.write && !options.format) {
+      throw CLI::RequiresError("--write", "--format");
+    }
   } catch (const CLI::ParseError& e) {
-    return app.exit(e) == 0 ? kSuccess : kBadUsage;
+    return reportUsage(app, e);
   }
   options.inputs = inOrder(app, filesOption, textsOption);
   if (exampleOption->count() > 0) {

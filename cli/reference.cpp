@@ -79,7 +79,19 @@ std::vector<ReferenceEntry> entriesNamed(Matches matches) {
   });
 }
 
-// Letters to insert, delete or replace, and neighbours to swap, to make one text of the other.
+}  // namespace
+
+const std::vector<ReferencePage>& referencePages() {
+  static const std::vector<ReferencePage> pages = [] {
+    std::vector<ReferencePage> all;
+    for (int i = 0; i < kReferencePageCount; ++i) {
+      all.push_back(readPage(kReferencePages[2 * i], kReferencePages[2 * i + 1]));
+    }
+    return all;
+  }();
+  return pages;
+}
+
 std::size_t editDistance(std::string_view a, std::string_view b) {
   std::vector<std::size_t> above(b.size() + 1);
   std::vector<std::size_t> row(b.size() + 1);
@@ -97,19 +109,6 @@ std::size_t editDistance(std::string_view a, std::string_view b) {
     row.swap(below);
   }
   return row.back();
-}
-
-}  // namespace
-
-const std::vector<ReferencePage>& referencePages() {
-  static const std::vector<ReferencePage> pages = [] {
-    std::vector<ReferencePage> all;
-    for (int i = 0; i < kReferencePageCount; ++i) {
-      all.push_back(readPage(kReferencePages[2 * i], kReferencePages[2 * i + 1]));
-    }
-    return all;
-  }();
-  return pages;
 }
 
 std::vector<ReferenceEntry> findReference(const std::string& name) {

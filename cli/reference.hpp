@@ -1,7 +1,9 @@
 // The reference pages, compiled in: what ?name prints.
 #pragma once
 
+#include <cstddef>
 #include <string>
+#include <string_view>
 #include <vector>
 
 struct ReferenceEntry {
@@ -23,6 +25,9 @@ std::vector<ReferenceEntry> findReference(const std::string& name);
 
 // The entries whose headings or texts contain all the words, letter case aside.
 std::vector<ReferenceEntry> entriesThatMention(const std::string& words);
+
+// Letters to insert, delete or replace, and neighbours to swap, to make one text of the other.
+std::size_t editDistance(std::string_view a, std::string_view b);
 
 // The name of the entry that a user who wrote an unknown name may have meant: the same with
 // STATS_Vexel and _HW added, or a letter or two away; empty for none.

@@ -7,6 +7,7 @@
 #include <utility>
 #include <vexel/session.hpp>
 
+#include "help.hpp"
 #include "progress.hpp"
 #include "reference.hpp"
 
@@ -56,13 +57,14 @@ std::string unknownFunction(vexel::Kernel& kernel, const vexel::Value& value) {
 
 // Says at the prompt what an unknown function may have been meant to be.
 void printHint(vexel::Kernel& kernel, const vexel::Value& value) {
-  if (value == kernel.name("help")) {
-    std::cout << "  ? says what there is, ?name explains one" << std::endl;
-  }
   const std::string function = unknownFunction(kernel, value);
-  const std::string similar = similarName(function);
-  if (!similar.empty() && similar != function) {
-    std::cout << "  " << function << " is not defined; ?" << similar << " explains " << similar
+  if (value == kernel.name("help") || function == "help") {
+    std::cout << "  ? says what there is, ?name explains one" << std::endl;
+    return;
+  }
+  const std::string meant = meantName(function);
+  if (!meant.empty() && meant != function) {
+    std::cout << "  " << function << " is not defined; ?" << meant << " explains " << meant
               << std::endl;
   }
 }
@@ -89,18 +91,21 @@ void printPlaces(const vexel::Outcome& outcome, const std::string& source) {
 
 }  // namespace
 
-// A script that misspells an entry point would go on with the call itself as its value.
+// A script that misspells a function would go on with the call itself as its value.  Of names that
+// are no entry point's, those are told that print: others are symbols as a rule.
 void Runner::warnOfMisspelling(const vexel::Outcome& outcome, const std::string& source) {
   const std::string function = unknownFunction(kernel_, outcome.value);
-  if (!function.starts_with("STATS_") && !function.starts_with("Vexel")) {
+  const bool isEntry = function.starts_with("STATS_") || function.starts_with("Vexel");
+  const std::string meant = function.empty() ? "" : meantName(function);
+  const bool isOfElsewhere = meant != similarName(function);
+  if (meant.empty() || meant == function || !(outcome.printed || isEntry || isOfElsewhere)) {
     return;
   }
-  const std::string similar = similarName(function);
-  if (!similar.empty() && similar != function) {
-    std::cout.flush();
-    std::cerr << "Warning, " << function << " is not defined; " << similar << " is\n";
-    printPlace("at", source, outcome.line, outcome.column);
-  }
+  std::cout.flush();
+  std::cerr << "Warning, " << function << " is not defined; "
+            << (function == "help" ? "vexel --explain name explains a name" : meant + " is")
+            << '\n';
+  printPlace("at", source, outcome.line, outcome.column);
 }
 
 void Runner::reportError(const vexel::Outcome& outcome, const std::string& source) {

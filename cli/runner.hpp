@@ -17,6 +17,9 @@ class Runner {
   // the first error unless JSON or keep-going is on.
   void run(const std::string& text, const std::string& source);
 
+  // That something beside the statements succeeded, or did not.
+  void note(bool success) { failed_ = failed_ || !success; }
+
   bool failed() const { return failed_; }      // some statement raised an error
   bool finished() const { return finished_; }  // nothing more is to be run
   // At the prompt long values are shortened, and what looks like a slip gets a hint.

@@ -10,6 +10,7 @@
 #include <vexel/session.hpp>
 
 #include "help.hpp"
+#include "kernels/text_file.hpp"
 #include "library_path.hpp"
 
 namespace {
@@ -20,7 +21,8 @@ namespace fs = std::filesystem;
 int format(const std::string& path, bool write) {
   const std::optional<std::string> text = readAll(path);
   if (!text) {
-    std::cerr << "vexel: cannot read " << path << '\n';
+    std::cerr << "vexel: cannot read " << path << ": " << vexel::kernels::whyUnreadable(path)
+              << '\n';
     return kBadUsage;
   }
   const std::optional<std::string> formatted = vexel::formatted(*text);

@@ -2,6 +2,8 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <charconv>
+#include <cmath>
 #include <csignal>
 #include <filesystem>
 #include <iostream>
@@ -12,6 +14,7 @@
 
 #include "options.hpp"
 #include "stream/run.hpp"
+#include "usage.hpp"
 
 namespace {
 
@@ -27,53 +30,94 @@ struct Given {
   bool json = false;
 };
 
-template <typename E>
-std::vector<std::string> names() {
-  std::vector<std::string> all;
-  for (const auto& [name, value] : vexel::namesOf<E>) {
-    all.emplace_back(name);
-  }
-  return all;
-}
-
-template <typename E>
-E named(std::string_view wanted) {
-  const auto& all = vexel::namesOf<E>;
-  return std::find_if(all.begin(), all.end(), [&](const auto& n) { return n.name == wanted; })
-      ->value;
-}
-
 std::string purpose(std::string_view command) {
   return command == "describe"   ? "Count, mean, standard deviation, quartiles, extremes and shape"
-         : command == "quantile" ? "Exact quantiles"
+         : command == "quantile" ? "Quantiles"
                                  : "Distinct values and their counts";
 }
 
-// "tab" and "\t" are words for what is hard to type.
-CLI::Option* addCharacter(CLI::App& app, const std::string& name, char& to, const char* help) {
-  const auto take = [&to, name](const std::string& text) {
-    const std::string_view one = text == "tab" || text == "\\t" ? "\t" : std::string_view(text);
-    if (one.size() != 1 || std::string_view("\"\r\n+-0123456789").find(one) != one.npos ||
-        static_cast<unsigned char>(one[0]) >= 0x80) {
-      throw CLI::ValidationError(name,
-                                 "a character like , ; or tab is expected, " + text + " came");
-    }
-    to = one[0];
+// A check of what an option is given: what it must be, and whether a text is it.
+template <typename IsIt>
+auto mustBe(const std::string& what, IsIt isIt) {
+  return [what, isIt](const std::string& text) {
+    return isIt(text) ? "" : "must be " + what + ", got " + text;
   };
-  return app.add_option_function<std::string>(name, take, help)->type_name("CHAR");
+}
+
+template <typename E>
+auto mustBeName() {
+  return mustBe(vexel::namesListed<E>("", " or "),
+                [](const std::string& text) { return vexel::valueNamed<E>(text).has_value(); });
+}
+
+template <typename T>
+bool isBetween(const std::string& text, T low, T high) {
+  T value{};
+  const char* const last = text.data() + text.size();
+  const auto [end, error] = std::from_chars(text.data(), last, value);
+  return error == std::errc() && end == last && value >= low && value <= high;
+}
+
+// "tab" and "\t" are words for what is hard to type.
+char markIn(const std::string& text) {
+  return text == "tab" || text == "\\t" ? '\t' : text.size() == 1 ? text[0] : '\0';
+}
+
+void addMark(CLI::App& app, const std::string& name, char& to, const char* help) {
+  app.add_option_function<std::string>(
+         name, [&to](const std::string& text) { to = markIn(text); }, help)
+      ->type_name("CHAR")
+      ->check(mustBe("a character like , ; or tab", [](const std::string& text) {
+        const char mark = markIn(text);
+        return mark > '\0' &&
+               std::string_view("\"\r\n+-0123456789").find(mark) == std::string::npos;
+      }));
 }
 
 void addCsvOptions(CLI::App& app, stream::Columns& columns) {
-  addCharacter(app, "--separator", columns.separator,
-               "what stands between cells, or tab; a comma otherwise, ; with --decimal ,");
-  addCharacter(app, "--decimal", columns.decimal, "the decimal mark, a point otherwise");
+  addMark(app, "--separator", columns.separator,
+          "what stands between cells, or tab; a comma otherwise, ; with --decimal ,");
+  addMark(app, "--decimal", columns.decimal, "the decimal mark, a point otherwise");
   const auto set = [&columns](bool value) {
-    return [&columns, value] { columns.headings = value; };
+    return [&columns, value] {
+      if (columns.headings.value_or(value) != value) {
+        throw CLI::ExcludesError("--headings", "--no-headings");
+      }
+      columns.headings = value;
+    };
   };
-  CLI::Option* with = app.add_flag_callback("--headings", set(true), "row 1 holds headings");
+  app.add_flag_callback("--headings", set(true), "row 1 holds headings");
   app.add_flag_callback("--no-headings", set(false),
-                        "row 1 holds data; without either it does if it has numbers alone")
-      ->excludes(with);
+                        "row 1 holds data; without either it does if it has numbers alone");
+  app.add_option("--na", columns.missing, "a further text of missing cells; may be repeated")
+      ->type_name("TEXT")
+      ->allow_extra_args(false);
+}
+
+void addQuantileOptions(CLI::App& app, Given& given) {
+  app.add_option("-q", given.q, "probabilities, 0.5 or 0.1,0.9; the quartiles otherwise")
+      ->type_name("Q")
+      ->delimiter(',')
+      ->allow_extra_args(false)
+      ->check(mustBe("a number",
+                     [](const std::string& text) { return isBetween(text, -HUGE_VAL, HUGE_VAL); }));
+  app.add_option("--method", given.method, "definition, as of the function quantile")
+      ->type_name("NAME")
+      ->check(mustBeName<vexel::QuantileMethod>());
+}
+
+void addWorkOptions(CLI::App& app, Request& r) {
+  app.add_option("--rows", r.rows, "rows in a piece, 2^20 otherwise")
+      ->type_name("N")
+      ->check(mustBe("a whole number from 1", [](const std::string& text) {
+        return isBetween(text, std::size_t{1}, std::size_t{1} << 40);
+      }));
+  app.add_option("--state", r.state, "keep the work in this file, and go on from it")
+      ->type_name("FILE");
+  app.add_option("--stop-after", r.seconds, "end after so many seconds with the work in --state")
+      ->type_name("SECONDS")
+      ->check(mustBe("a number from 0",
+                     [](const std::string& text) { return isBetween(text, 0.0, HUGE_VAL); }));
 }
 
 void addOptions(CLI::App& app, std::string_view command, Given& given) {
@@ -83,13 +127,7 @@ void addOptions(CLI::App& app, std::string_view command, Given& given) {
       ->required()
       ->type_name("");
   if (command == "quantile") {
-    app.add_option("-q", given.q, "probabilities, 0.5 or 0.1,0.9; the quartiles otherwise")
-        ->type_name("Q")
-        ->delimiter(',')
-        ->allow_extra_args(false);
-    app.add_option("--method", given.method, "definition, as of the function quantile")
-        ->type_name("NAME")
-        ->check(CLI::IsMember(names<vexel::QuantileMethod>()));
+    addQuantileOptions(app, given);
   }
   app.add_option("-c,--column", r.columns.column,
                  "a heading or a number from 1; needed where there are several")
@@ -97,29 +135,28 @@ void addOptions(CLI::App& app, std::string_view command, Given& given) {
   app.add_option("-w,--weights", r.columns.weights, "the column of weights")->type_name("COLUMN");
   app.add_option("--missing", given.missing, "omit (the default), propagate or raise")
       ->type_name("POLICY")
-      ->check(CLI::IsMember(names<vexel::Missing>()));
-  app.add_option("--na", r.columns.missing, "a further text of missing cells; may be repeated")
-      ->type_name("TEXT")
-      ->allow_extra_args(false);
+      ->check(mustBeName<vexel::Missing>());
   addCsvOptions(app, r.columns);
-  app.add_option("--rows", r.rows, "rows in a piece, 2^20 otherwise")
-      ->type_name("N")
-      ->check(CLI::Range(std::size_t{1}, std::size_t{1} << 40));
-  const CLI::Option* state =
-      app.add_option("--state", r.state, "keep the work in this file, and go on from it")
-          ->type_name("FILE");
-  app.add_option("--stop-after", r.seconds, "end after so many seconds with the work in --state")
-      ->type_name("SECONDS")
-      ->check(CLI::NonNegativeNumber)
-      ->needs(const_cast<CLI::Option*>(state));
+  addWorkOptions(app, r);
   app.add_flag("--json", given.json, "print one line of JSON");
   app.add_flag("--quiet", r.quiet, "no progress, no word on missing values");
 }
 
+// Options that do not go together.
+void requireSense(const Request& request) {
+  if (request.columns.decimal == request.columns.separatorUsed()) {
+    throw CLI::ValidationError("--separator", "must be another character than the decimal mark");
+  }
+  if (request.seconds >= 0 && request.state.empty()) {
+    throw CLI::RequiresError("--stop-after", "--state");
+  }
+}
+
 std::unique_ptr<stream::Job> jobOf(std::string_view command, const Given& given) {
-  const auto missing = named<vexel::Missing>(given.missing);
+  const auto missing = *vexel::valueNamed<vexel::Missing>(given.missing);
   if (command == "quantile") {
-    return stream::quantileJob(given.q, named<vexel::QuantileMethod>(given.method), missing);
+    return stream::quantileJob(given.q, *vexel::valueNamed<vexel::QuantileMethod>(given.method),
+                               missing);
   }
   return command == "tally" ? stream::tallyJob(missing) : stream::describeJob(missing);
 }
@@ -149,13 +186,6 @@ void requireFiles(const stream::Job& job, const Request& request) {
                                  ? "standard input cannot be read " + std::to_string(job.passes()) +
                                        " times; give a file"
                                  : "standard input goes with no other file and no --state");
-  }
-}
-
-void requireMarks(const stream::Columns& columns) {
-  if (columns.decimal == columns.separatorUsed()) {
-    throw CLI::ValidationError("--separator",
-                               "another character than the decimal mark is expected");
   }
 }
 
@@ -191,9 +221,10 @@ std::optional<int> runStreamCommand(int argc, char** argv) {
       std::filesystem::is_regular_file(command, none)) {
     return std::nullopt;
   }
-  CLI::App app(
-      purpose(command) + " of a column of files that need not fit in memory: exact, in pieces.",
-      "vexel " + std::string(command));
+  CLI::App app(purpose(command) +
+                   " of a column of numbers.  Files may be larger than memory: they are read in "
+                   "pieces, and the results are exact.",
+               "vexel " + std::string(command));
   app.footer(
       "Exit status: 0 success, 1 the data are not as they should be or the work was stopped,\n"
       "2 bad command line or unreadable file.");
@@ -201,9 +232,11 @@ std::optional<int> runStreamCommand(int argc, char** argv) {
   addOptions(app, command, given);
   try {
     app.parse(argc - 1, argv + 1);
-    requireMarks(given.request.columns);
+    requireSense(given.request);
   } catch (const CLI::ParseError& e) {
-    return app.exit(e) == 0 ? kSuccess : kBadUsage;
+    return reportUsage(app, e);
   }
   return runJob(command, given);
 }
+
+std::span<const std::string_view> streamCommands() { return kCommands; }

@@ -12,6 +12,7 @@
 
 #include "kernels/cell_number.hpp"
 #include "kernels/first_row.hpp"
+#include "kernels/text_file.hpp"
 #include "stream/table.hpp"
 
 namespace stream {
@@ -57,7 +58,7 @@ class CsvTable : public Table {
         parser_(wanted.separatorUsed()) {
     struct stat status {};
     if (!file_ || fstat(fileno(file_.get()), &status) != 0 || S_ISDIR(status.st_mode)) {
-      throw Unreadable("cannot read " + path_);
+      throw Unreadable("cannot read " + path_ + ": " + vexel::kernels::whyUnreadable(path_));
     }
     size_ = S_ISREG(status.st_mode) ? static_cast<double>(status.st_size) : 0;
     while (row_ == 0 && parseBlock()) {
@@ -95,6 +96,9 @@ class CsvTable : public Table {
       throw Unreadable("cannot read " + path_);
     }
     std::string_view text(block_.data(), n);
+    if (const std::string_view fault = vexel::kernels::whyNoText(text); !fault.empty()) {
+      throw Unreadable("cannot read " + path_ + ": " + std::string(fault));
+    }
     constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
     if (bytes_ == 0 && text.starts_with(kByteOrderMark)) {
       text.remove_prefix(kByteOrderMark.size());

@@ -14,16 +14,6 @@ using vexel::Missing;
 
 constexpr int kPassesOfRanks = 4;
 
-template <typename E>
-std::string nameOf(E value) {
-  for (const auto& [name, candidate] : vexel::namesOf<E>) {
-    if (candidate == value) {
-      return std::string(name);
-    }
-  }
-  throw std::logic_error("an option's value without a name");
-}
-
 // All 64 bits of each number.
 std::string bitsOf(const std::vector<double>& values) {
   std::string text;
@@ -57,7 +47,7 @@ class Describe : public Job {
         extremes_(missing),
         ranks_({0.25, 0.5, 0.75}, vexel::QuantileMethod::linear, missing) {}
 
-  std::string task() const override { return "describe " + nameOf(missing_); }
+  std::string task() const override { return "describe " + std::string(vexel::nameOf(missing_)); }
   int passes() const override { return kPassesOfRanks; }
   void update(Data x, Data weights) override {
     if (ranks_.pass() > 1) {
@@ -114,7 +104,8 @@ class Describe : public Job {
 class Quantile : public Job {
  public:
   Quantile(std::vector<double> q, vexel::QuantileMethod method, Missing missing)
-      : task_("quantile " + nameOf(missing) + ' ' + nameOf(method) + bitsOf(q)),
+      : task_("quantile " + std::string(vexel::nameOf(missing)) + ' ' +
+              std::string(vexel::nameOf(method)) + bitsOf(q)),
         q_(std::move(q)),
         ranks_(q_, method, missing) {}
 
@@ -146,7 +137,7 @@ class Tally : public Job {
  public:
   explicit Tally(Missing missing) : missing_(missing), tally_(missing) {}
 
-  std::string task() const override { return "tally " + nameOf(missing_); }
+  std::string task() const override { return "tally " + std::string(vexel::nameOf(missing_)); }
   void update(Data x, Data weights) override { tally_.update(x, weights); }
   double weight() const override { return 0; }
   bool needsWeight() const override { return false; }

@@ -15,6 +15,7 @@
 #include <string_view>
 #include <utility>
 
+#include "kernels/text_file.hpp"
 #include "stream/table.hpp"
 
 namespace stream {
@@ -54,10 +55,12 @@ class File {
   explicit File(const std::string& path) : path_(path), handle_(open(path.c_str(), O_RDONLY)) {
     struct stat status {};
     if (handle_ < 0 || fstat(handle_, &status) != 0 || !S_ISREG(status.st_mode)) {
+      errno = handle_ < 0 ? errno : 0;  // no ordinary file
+      const std::string why = vexel::kernels::whyUnreadable(path);
       if (handle_ >= 0) {
         close(handle_);
       }
-      throw Unreadable("cannot read " + path);
+      throw Unreadable("cannot read " + path + ": " + why);
     }
     size_ = static_cast<std::uint64_t>(status.st_size);
   }

@@ -40,11 +40,7 @@ struct Asked {
     const auto add = [&](const char* option, const std::string& value) {
       all.insert(all.end(), {option, value});
     };
-    for (const auto& [name, value] : vx::namesOf<vx::Missing>) {
-      if (value == missing) {
-        add("--missing", std::string(name));
-      }
-    }
+    add("--missing", std::string(vx::nameOf(missing)));
     if (!column.empty()) {
       add("-c", column);
     }
@@ -55,11 +51,7 @@ struct Asked {
       add("--na", na);
     }
     if (command == "quantile") {
-      for (const auto& [name, value] : vx::namesOf<vx::QuantileMethod>) {
-        if (value == method) {
-          add("--method", std::string(name));
-        }
-      }
+      add("--method", std::string(vx::nameOf(method)));
       for (const double p : q) {
         char text[40];
         std::snprintf(text, sizeof text, "%.17g", p);

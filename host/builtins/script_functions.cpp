@@ -6,6 +6,7 @@
 #include "builtins/builtins.hpp"
 #include "language/evaluator.hpp"
 #include "language/interpreter.hpp"
+#include "kernels/text_file.hpp"
 #include "language/parser.hpp"
 #include "values/errors.hpp"
 #include "values/objects.hpp"
@@ -25,7 +26,7 @@ std::string contentsOf(State& s, const std::string& path) {
   std::ifstream in(path, std::ios::binary);
   std::error_code failed;
   if (!in || std::filesystem::is_directory(path, failed)) {
-    raise(s, "unable to read the file %1", string(s, path));
+    raise(s, "unable to read the file %1: " + kernels::whyUnreadable(path), string(s, path));
   }
   constexpr std::size_t kLongest = std::size_t{1} << 28;
   constexpr std::size_t kBlock = std::size_t{1} << 20;
@@ -39,6 +40,9 @@ std::string contentsOf(State& s, const std::string& path) {
     if (n > kLongest) {
       raise(s, "the script %1 is too long", string(s, path));
     }
+  }
+  if (const std::string_view fault = kernels::whyNoText(contents); !fault.empty()) {
+    raise(s, "unable to read the file %1: " + std::string(fault), string(s, path));
   }
   constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
   if (contents.starts_with(kByteOrderMark)) {

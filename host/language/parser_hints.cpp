@@ -14,7 +14,7 @@ struct Slip {
 };
 
 // The longer ones first.
-constexpr std::array<Slip, 21> kSlips = {
+constexpr std::array<Slip, 22> kSlips = {
     {{"==", "equality is written ="},
      {"!=", "unequal is written <>"},
      {"=>", "a procedure is written x -> ..., at least >="},
@@ -35,7 +35,8 @@ constexpr std::array<Slip, 21> kSlips = {
      {"'", "texts stand in double quotes: \"x\""},
      {"`", "names are letters, digits and _; texts stand in double quotes"},
      {"|", "write or"},
-     {"&", "write and"}}};
+     {"&", "write and"},
+     {"?", "?name stands alone, at the prompt or behind -e; else vexel --explain name"}}};
 
 bool isOneOf(std::string_view word, std::initializer_list<std::string_view> all) {
   for (const std::string_view one : all) {
@@ -65,6 +66,10 @@ std::string Parser::hint(std::string_view message) const {
   if (at_ > 1 && adjacent && isOneOf(before->text, {"+", "-"}) &&
       tokens_[at_ - 2].text == before->text) {  // x++;
     return before->text == "+" ? "; write x := x + 1" : "; write x := x - 1";
+  }
+  if (before != nullptr && before->position.line < token.position.line &&
+      message.starts_with("expected ';'")) {
+    return "; line " + std::to_string(before->position.line) + " ends without ;";
   }
   const std::string_view word = token.kind == TokenKind::name ? token.text : "";
   const std::string_view last =

@@ -2,6 +2,8 @@
 #pragma once
 
 #include <array>
+#include <optional>
+#include <string>
 #include <string_view>
 #include <vexel/descriptive.hpp>
 #include <vexel/kernel_density.hpp>
@@ -107,5 +109,38 @@ inline constexpr auto namesOf<BootstrapMethod> =
 template <>
 inline constexpr auto namesOf<Scramble> = std::to_array<NameOf<Scramble>>(
     {{"none", Scramble::none}, {"owen", Scramble::owen}, {"shift", Scramble::shift}});
+
+// The value that is so named; nothing for a text that is no name.
+template <typename E>
+constexpr std::optional<E> valueNamed(std::string_view name) {
+  for (const NameOf<E>& one : namesOf<E>) {
+    if (one.name == name) {
+      return one.value;
+    }
+  }
+  return std::nullopt;
+}
+
+// The name of a value; empty for a number that is none of its type's values.
+template <typename E>
+constexpr std::string_view nameOf(E value) {
+  for (const NameOf<E>& one : namesOf<E>) {
+    if (one.value == value) {
+      return one.name;
+    }
+  }
+  return {};
+}
+
+// "propagate, omit, raise", each with a quote round it, and that before the last.
+template <typename E>
+std::string namesListed(std::string_view quote = "", std::string_view last = ", ") {
+  std::string all;
+  for (const NameOf<E>& one : namesOf<E>) {
+    all += all.empty() ? "" : &one == &namesOf<E>.back() ? last : ", ";
+    all.append(quote).append(one.name).append(quote);
+  }
+  return all;
+}
 
 }  // namespace vexel

@@ -126,18 +126,10 @@ std::string_view textOf(py::handle object);  // empty for what is no string
 // `more` names what else the parameter may be.
 template <typename E>
 E choose(py::handle object, const char* parameter, const char* more = "") {
-  const std::string_view text = textOf(object);
-  for (const auto& c : namesOf<E>) {
-    if (c.name == text) {
-      return c.value;
-    }
+  if (const std::optional<E> value = valueNamed<E>(textOf(object))) {
+    return *value;
   }
-  std::string allowed;
-  for (const auto& c : namesOf<E>) {
-    const bool last = *more == 0 && &c == &std::end(namesOf<E>)[-1];
-    allowed += (allowed.empty() ? "\"" : last ? " or \"" : ", \"") + std::string(c.name) + "\"";
-  }
-  refuseChoice(parameter, object, allowed + more);
+  refuseChoice(parameter, object, namesListed<E>("\"", *more == 0 ? " or " : ", ") + more);
 }
 
 Missing missingPolicy(py::handle object);

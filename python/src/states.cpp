@@ -150,12 +150,7 @@ void bindTables(py::module_& m) {
       .def("_next_pass", [](Ranks& s) { s.next_pass(); })
       .def_property_readonly("number", &Ranks::pass)
       .def_property_readonly("q", [](const Ranks& s) { return toArray(s.q()); })
-      .def_property_readonly("method",
-                             [](const Ranks& s) {
-                               return std::ranges::find(namesOf<QuantileMethod>, s.method(),
-                                                        &NameOf<QuantileMethod>::value)
-                                   ->name;
-                             })
+      .def_property_readonly("method", [](const Ranks& s) { return nameOf(s.method()); })
       .def_property_readonly("result",
                              [](const Ranks& s) {
                                if (!s.done()) {

@@ -2,73 +2,23 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <sys/wait.h>
 
-#include <array>
 #include <cstdio>
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <string>
+
+#include "command_fixture.hpp"
 
 namespace {
 
 using testing::AllOf;
 using testing::AnyOf;
+using testing::EndsWith;
 using testing::HasSubstr;
 using testing::Lt;
 using testing::SizeIs;
 using testing::StartsWith;
-
-struct Outcome {
-  int status;
-  std::string out;     // standard output
-  std::string errors;  // standard error
-};
-
-std::string contents(const std::filesystem::path& path) {
-  std::ifstream in(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(in), {}};
-}
-
-class CommandTest : public testing::Test {
- protected:
-  CommandTest() {
-    std::string name = (std::filesystem::temp_directory_path() / "vexel-XXXXXX").string();
-    directory_ = mkdtemp(name.data());
-  }
-  ~CommandTest() override { std::filesystem::remove_all(directory_); }
-
-  // Runs the command with arguments written as for the shell.
-  Outcome run(const std::string& arguments, const std::string& input = "",
-              const std::string& prefix = "") {
-    const auto in = file("stdin", input);
-    const auto errors = (directory_ / "stderr").string();
-    const std::string line =
-        prefix + VEXEL_COMMAND + " " + arguments + " < " + in + " 2> " + errors;
-    Outcome result;
-    FILE* pipe = popen(line.c_str(), "r");
-    std::array<char, 4096> buffer;
-    std::size_t count = 0;
-    while ((count = fread(buffer.data(), 1, buffer.size(), pipe)) > 0) {
-      result.out.append(buffer.data(), count);
-    }
-    result.status = WEXITSTATUS(pclose(pipe));
-    result.errors = contents(errors);
-    return result;
-  }
-
-  const std::filesystem::path& folder() const { return directory_; }
-
-  // The path of a file with this text.
-  std::string file(const std::string& name, const std::string& text) {
-    std::ofstream(directory_ / name, std::ios::binary) << text;
-    return (directory_ / name).string();
-  }
-
- private:
-  std::filesystem::path directory_;
-};
 
 TEST_F(CommandTest, RunsFilesTextsAndStandardInputInOrder) {
   const std::string script = file("a.vx", "x := 1/3:\nx;\n");
@@ -77,115 +27,6 @@ TEST_F(CommandTest, RunsFilesTextsAndStandardInputInOrder) {
   EXPECT_EQ(all.status, 0);
   EXPECT_EQ(run("", "2^70;").out, "1180591620717411303424\n");
   EXPECT_EQ(run("-e '-7;'").out, "-7\n");
-}
-
-// tests/python/stream_test.py compares the numbers and the states.
-TEST_F(CommandTest, LargeFilesAreReadInPieces) {
-  const std::string csv =
-      file("d.csv",
-           "\xEF\xBB\xBFx, \"w, eight\" ,name\r\n2,1,a\n\n+1e0,3,\"b\"\"c\"\nNA,1,d\n 5 ,?,e\n7\n");
-  EXPECT_EQ(run("quantile -q 0.5,1 -q 0 --json -c x " + csv).out,
-            R"({"q": [0.5, 1.0, 0.0], "quantiles": [3.5, 7.0, 1.0], "missing": 1})"
-            "\n");
-  const Outcome tally = run("tally - -c 1 -w 'w, eight' --na '?' --rows 1", contents(csv));
-  EXPECT_EQ(tally.out, "values  counts\n     1       3\n     2       1\n");
-  EXPECT_EQ(tally.errors, "3 missing values were left out\n");
-  EXPECT_EQ(run("quantile --missing propagate --json -q .5 -c 1 " + csv).out,
-            R"({"q": [0.5], "quantiles": [{"float": "undefined"}], "missing": 1})"
-            "\n");
-  EXPECT_THAT(run("describe -c x " + csv).out,
-              AllOf(HasSubstr("count            4\nmissing          1\nmean          3.75\n"),
-                    HasSubstr("max              7\n")));
-  // A script of that name runs, as every file does.
-  EXPECT_EQ(
-      run("tally", "",
-          "cd " + std::filesystem::path(file("tally", "6*7;\n")).parent_path().string() + " && ")
-          .out,
-      "42\n");
-}
-
-TEST_F(CommandTest, NoRowIsLostForHeadingsAndMarksAreAsAsked) {
-  file("n.csv", "1,2\n3,4\n");
-  file("m.csv", "Bern,1.5\nParis,2\n");
-  file("de.csv",
-       "Gr\xf6\xdf"
-       "e;Preis\n1,5;2,25\n2,5;\"-3,5\"\n;1\n");
-  file("tab.csv", "a\tb\n1\t2\n");
-  const struct {
-    const char* arguments;
-    const char* out;
-    const char* errors;  // how they begin
-  } rows[] = {
-      {"n.csv -c 1", "1.0, 3.0",
-       "n.csv: row 1 has numbers alone and is read as data: 1 | 2 (--head"},
-      {"n.csv -c 2 --rows 1", "2.0, 4.0", "n.csv: row 1 has numbers alone"},
-      {"n.csv -c 1 --no-headings", "1.0, 3.0", ""},
-      {"n.csv -c 1 --headings", "3.0", ""},
-      {"m.csv -c 2", "2.0",
-       "m.csv: row 1 is read as headings, though some are numbers: Bern | 1.5"},
-      {"m.csv -c 2 --no-headings", "1.5, 2.0", ""},
-      {"de.csv -c Preis --decimal ,", "-3.5, 1.0, 2.25", ""},
-      {"de.csv -c 1 --decimal , --separator ';'", "1.5, 2.5", ""},
-      {"tab.csv -c b --separator tab", "2.0", ""},
-      {"de.csv", "", "Error, de.csv: row 1 has semicolons in its cells; --separator ';' separates"},
-      {"n.csv -c x", "",
-       "Error, n.csv has no column x, it has columns 1 to 2\nn.csv: row 1 has num"},
-      {"n.csv --separator ab", "", "--separator: a character like , ; or tab is expected, ab came"},
-      {"n.csv --decimal ';' --separator ';'", "",
-       "--separator: another character than the decimal"},
-      {"n.csv --headings --no-headings", "", "--headings excludes"},
-  };
-  for (const auto& row : rows) {
-    const Outcome outcome =
-        run(std::string("tally --json ") + row.arguments, "", "cd " + folder().string() + " && ");
-    EXPECT_THAT(outcome.out,
-                StartsWith(*row.out == '\0' ? "" : std::string("{\"values\": [") + row.out + "]"))
-        << row.arguments;
-    EXPECT_EQ(outcome.errors.substr(0, std::string(row.errors).size()), row.errors)
-        << row.arguments;
-    EXPECT_EQ(outcome.errors.empty(), *row.errors == '\0') << outcome.errors;
-  }
-  EXPECT_EQ(run("tally --quiet - -c 2", "1,2\n1,3\n").out,
-            "values  counts\n     2       1\n     3       1\n");
-}
-
-TEST_F(CommandTest, LargeFilesThatAreNotAsTheyShouldBe) {
-  const std::string csv = file("d.csv", "x,y\n1,2\n3,four\n");
-  const std::string npy = file("d.npy", "\x93NUMPY\x01\x00\x10\x00{'descr': '<f8'}");
-  const struct {
-    std::string arguments;
-    int status;
-    const char* message;
-  } rows[] = {
-      {"describe", 2, "FILE is required"},
-      {"describe " + csv + " --method hazen", 2, "not expected"},
-      {"describe - -c 1", 2, "standard input cannot be read 4 times"},
-      {"tally none.csv", 2, "cannot read none.csv"},
-      {"tally " + file("d.txt", ""), 2, ".csv and .npy are allowed"},
-      {"tally " + npy, 2, "is no .npy file"},
-      {"tally " + file("e.csv", ""), 1, "is empty"},
-      {"tally " + csv, 1, "one has to be chosen"},
-      {"tally -c z " + csv, 1, "has no column z, it has x, y"},
-      {"tally -c 2 " + csv, 1, "row 3, column 2: a number is expected, \"four\" came"},
-      {"tally " + file("f.csv", "x\n1\n2,3\n"), 1,
-       "row 3, column 2: more cells than there are headings"},
-      {"tally " + file("g.csv", "x\n\"1\n"), 1, "never closes"},
-      {"tally -c 1 -w 2 " + file("h.csv", "x,y\n1,-1\n"), 1,
-       "h.csv, row 2, column 2: weights must be finite and not negative, -1 came"},
-      {"describe -c 1 -w 2 --rows 1 " + file("j.csv", "x,y\n1,1\n2,inf\n"), 1,
-       "j.csv, row 3, column 2: weights must be"},
-      {"describe -c 1 --state /tmp " + csv, 2, "--state: /tmp is a folder"},
-      {"describe -c 1 --state /no/such/folder/s " + csv, 2,
-       "--state: cannot write to /no/such/folder/s"},
-      {"describe -c 1 -w 2 " + file("i.csv", "x,y\n1,0\n"), 1, "total must be positive"},
-      {"quantile -q 2 -c 1 " + csv, 1, "probabilities from 0 to 1"},
-  };
-  for (const auto& row : rows) {
-    const Outcome outcome = run(row.arguments);
-    EXPECT_EQ(outcome.status, row.status) << row.arguments;
-    EXPECT_THAT(outcome.errors, HasSubstr(row.message)) << row.arguments;
-    EXPECT_EQ(outcome.out, "") << row.arguments;
-  }
 }
 
 TEST_F(CommandTest, AnErrorNamesFileAndLineAndEndsTheRun) {
@@ -338,7 +179,7 @@ TEST_F(CommandTest, BadUsageIsStatusTwo) {
   EXPECT_EQ(run("--no-such-option").status, 2);
   EXPECT_EQ(run("--seed many").status, 2);
   EXPECT_EQ(run("--seed 18446744073709551616 -e 1").status, 2);
-  EXPECT_EQ(run("/").errors, "vexel: cannot read /\n");
+  EXPECT_EQ(run("/").errors, "vexel: cannot read /: it is a folder\n");
   EXPECT_EQ(run(file("marked.vexel",
                      "\xef\xbb\xbf"
                      "1 + 1;"))
@@ -349,6 +190,47 @@ TEST_F(CommandTest, BadUsageIsStatusTwo) {
   EXPECT_EQ(run("--library /no/such/library.so -e 1").status, 2);
   EXPECT_EQ(run("--help").status, 0);
   EXPECT_THAT(run("--version").out, HasSubstr("vexel "));
+}
+
+TEST_F(CommandTest, SlipsAreToldWhatToWrite) {
+  const struct {
+    std::string arguments;
+    int status;
+    const char* errors;
+  } rows[] = {
+      {"-e 'sd([1, 2, 3])'", 0, "Warning, sd is not defined; std is\n  at -e, line 1, column 1\n"},
+      {"-e 's := sd([1, 2, 3]):'", 0, "Warning, sd is not defined; std is"},
+      {"-e 'maen([1, 2])'", 0, "Warning, maen is not defined; mean is"},
+      {"-e 'help(mean)'", 0, "Warning, help is not defined; vexel --explain name explains a name"},
+      {"--quiet -e 'sd([1, 2, 3])'", 0, ""},
+      {"-e 'f(1), g(x)' -e 'y := maen(x):'", 0, ""},  // symbols
+      {"-e '?mean'", 0, ""},
+      {"-e '?zzzzz'", 1, ""},
+      {"-e '1; ?mean'", 1, "Error, unexpected character '?'; ?name stands alone"},
+      {"-e 'x := 3\ny := 4;'", 1,
+       "Error, expected ';' or ':' after the statement, found 'y'; line 1 ends without ;"},
+      {"mean " + file("x.csv", "x\n1\n"), 2,
+       "vexel: cannot read mean: there is no such file\nmean is a function: vexel -e "
+       "'mean(ReadCSV("},
+      {"desribe x.csv", 2,
+       "vexel: cannot read desribe: there is no such file\nvexel describe FILE ... is a command\n"},
+      {"--quiet describe x.csv", 2,
+       "vexel: cannot read describe: there is no such file\nthe command comes first: vexel "
+       "describe"},
+      {file("b.vexel", std::string("1;\0", 3)), 2, "vexel: cannot read "},
+      {"--sead 3", 2, "vexel: --sead is no option; --seed is\n`vexel --help` lists the options\n"},
+      {"--seed", 2, "vexel: --seed is given without its N\n"},
+      {"--write", 2, "vexel: --write goes only with --format\n"},
+  };
+  for (const auto& row : rows) {
+    const Outcome outcome = run(row.arguments);
+    EXPECT_EQ(outcome.status, row.status) << row.arguments;
+    EXPECT_THAT(outcome.errors, StartsWith(row.errors)) << row.arguments;
+    EXPECT_EQ(outcome.errors.empty(), *row.errors == '\0') << row.arguments << outcome.errors;
+  }
+  EXPECT_THAT(run("-e '?mean' -e 2").out, AllOf(StartsWith("mean(x; weights"), EndsWith("\n2\n")));
+  EXPECT_EQ(run("-e ?").out, run("-e '?help'").out);
+  EXPECT_THAT(run(file("y.csv", "x\n1\n")).errors, HasSubstr("gives the statistics of data\n"));
 }
 
 TEST_F(CommandTest, TheSeedDecidesTheDraws) {

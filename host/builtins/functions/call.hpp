@@ -97,15 +97,10 @@ class Call {
     if (!given(parameter)) {
       return fallback;
     }
-    const std::string wanted = word(parameter);
-    std::string all;
-    for (const NameOf<E>& c : namesOf<E>) {
-      if (c.name == wanted) {
-        return c.value;
-      }
-      all += (all.empty() ? "" : ", ") + std::string(c.name);
+    if (const std::optional<E> value = valueNamed<E>(word(parameter))) {
+      return *value;
     }
-    refuse(parameter, "one of " + all);
+    refuse(parameter, "one of " + namesListed<E>());
   }
   Missing missing(Missing fallback = Missing::propagate);
 
@@ -127,6 +122,9 @@ class Call {
   ALGEB parts(std::initializer_list<Part> fields);  // a table from names
 
  private:
+  [[noreturn]] void refuseTable(std::string_view parameter);
+  Data numbersOf(std::string_view parameter, ALGEB x);
+
   State& state_;
   const Signature& signature_;
   std::vector<ALGEB> values_;    // live in the argument sequence, which the caller holds

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstring>
 
+#include "kernels/text_file.hpp"
 #include "values/errors.hpp"
 #include "values/numbers.hpp"
 #include "values/objects.hpp"
@@ -16,6 +17,10 @@ namespace {
 constexpr std::size_t kBlock = std::size_t{1} << 18;
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
+std::string unreadable(ALGEB name) {
+  return "unable to read the file %1: " + kernels::whyUnreadable(std::string(text(name)));
+}
+
 }  // namespace
 
 TextFile::TextFile(State& state, ALGEB name)
@@ -25,7 +30,7 @@ TextFile::TextFile(State& state, ALGEB name)
   }
   file_.reset(std::fopen(std::string(text(name)).c_str(), "rb"));
   if (!file_) {
-    raise(state, "unable to read the file %1", name);
+    raise(state, unreadable(name), name);
   }
   std::setvbuf(file_.get(), nullptr, _IONBF, 0);  // blocks go straight to the scanner
   struct stat status {};
@@ -43,7 +48,7 @@ std::size_t TextFile::read(char* to, std::size_t room) {
   const std::size_t n = std::fread(to, 1, room, file_.get());
   if (n < room && std::ferror(file_.get()) != 0) {
     lookAtInterrupt();  // which may be what ended the reading
-    raise(state_, "unable to read the file %1", name_);
+    raise(state_, unreadable(name_), name_);
   }
   if (!ordinary_) {
     kept_.append(to, n);
@@ -55,7 +60,7 @@ void TextFile::rewind() {
   again_ = true;
   at_ = 0;
   if (ordinary_ && std::fseek(file_.get(), 0, SEEK_SET) != 0) {
-    raise(state_, "unable to read the file %1", name_);
+    raise(state_, unreadable(name_), name_);
   }
 }
 
@@ -67,7 +72,11 @@ Scanner::Scanner(State& state, TextFile& file, char separator)
   classes_[static_cast<unsigned char>('"')] = Class::quote;
   begin_ = at_ = end_ = buffer_.data();
   refill();
-  if (std::string_view(at_, static_cast<std::size_t>(end_ - at_)).starts_with(kByteOrderMark)) {
+  const std::string_view start(at_, static_cast<std::size_t>(end_ - at_));
+  if (const std::string_view fault = kernels::whyNoText(start); !fault.empty()) {
+    raise(state, "unable to read the file %1: " + std::string(fault), file.name());
+  }
+  if (start.starts_with(kByteOrderMark)) {
     at_ += kByteOrderMark.size();  // which spreadsheets write first
   }
 }

@@ -22,6 +22,7 @@ class TextFile {
   // Up to room bytes from where the last call ended; 0 at the end.
   std::size_t read(char* to, std::size_t room);
   void rewind();
+  ALGEB name() const { return name_; }
 
  private:
   State& state_;
