@@ -165,9 +165,9 @@ class CsvTable : public Table {
   double number(std::string_view cell, std::size_t at) const {
     double value = kNan;
     if (!isNumber(cell, value)) {
-      throw std::invalid_argument(place(at) + ": a number is expected, \"" +
+      throw std::invalid_argument(place(at) + ": cells must be numbers, got \"" +
                                   std::string(cell.substr(0, 40)) +
-                                  (cell.size() > 40 ? "...\" came" : "\" came"));
+                                  (cell.size() > 40 ? "...\"" : "\""));
     }
     return value;
   }

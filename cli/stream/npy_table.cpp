@@ -149,16 +149,16 @@ class NpyTable : public Table {
       return type.size() == 3 && type.substr(1) == t.name;
     });
     if (found == std::end(kTypes)) {
-      throw std::invalid_argument(path +
-                                  ": integers, floats of 4 and 8 bytes and booleans are read, " +
-                                  std::string(type) + " came");
+      throw std::invalid_argument(
+          path + ": elements must be integers, floats of 4 or 8 bytes or booleans, got " +
+          std::string(type));
     }
     type_ = *found;
     swapped_ = type[0] == (std::endian::native == std::endian::little ? '>' : '<');
     const auto shape = head.shape();
     if (shape.size() != 1 && shape.size() != 2) {
-      throw std::invalid_argument(path + ": one or two dimensions are allowed, " +
-                                  std::to_string(shape.size()) + " came");
+      throw std::invalid_argument(path + ": dimensions must be one or two, got " +
+                                  std::to_string(shape.size()));
     }
     rows_ = shape[0];
     columns_ = shape.size() == 2 ? shape[1] : 1;

@@ -168,7 +168,7 @@ class Run {
     row += table.headingRows + static_cast<std::size_t>(bad - w.begin()) + 1;
     std::ostringstream text;
     text << path << ", row " << row << ", column " << table.weights + 1
-         << ": weights must be finite and not negative, " << *bad << " came";
+         << ": weights must be finite and not negative, got " << *bad;
     throw std::invalid_argument(text.str());
   }
 

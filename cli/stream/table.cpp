@@ -67,7 +67,7 @@ std::unique_ptr<Table> openTable(const std::string& path, const Columns& wanted)
   if (ending == ".npy") {
     return openNpy(path, wanted);
   }
-  throw Unreadable("files: .csv and .npy are allowed, " + path + " came");
+  throw Unreadable("files must be .csv or .npy, got " + path);
 }
 
 }  // namespace stream
