@@ -4,9 +4,9 @@
 #include <fstream>
 
 #include "builtins/builtins.hpp"
+#include "kernels/text_file.hpp"
 #include "language/evaluator.hpp"
 #include "language/interpreter.hpp"
-#include "kernels/text_file.hpp"
 #include "language/parser.hpp"
 #include "values/errors.hpp"
 #include "values/objects.hpp"
