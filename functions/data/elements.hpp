@@ -13,6 +13,7 @@
 
 #include "functions/data/refusals.hpp"
 #include "functions/data/text.hpp"
+#include "kernels/watch.hpp"
 #include "vexel/data.hpp"
 
 namespace vexel {
@@ -71,6 +72,17 @@ class Doubles {
   std::vector<double> copy_;
   std::span<const double> view_;
 };
+
+// A copy made under the watch.
+template <typename T>
+std::vector<T> copyOf(std::span<const T> x) {
+  std::vector<T> copy;
+  copy.reserve(x.size());
+  kernels::inStretches(x.size(), [&](std::size_t begin, std::size_t end) {
+    copy.insert(copy.end(), x.data() + begin, x.data() + end);
+  });
+  return copy;
+}
 
 template <typename T>
 constexpr bool isMissing(T x) {

@@ -41,7 +41,7 @@ struct KernelDensity::Sample {
   Sample(Data x, Data w, Missing missing) {
     if (!w.given() && x.dense() &&
         kernels::finiteRange(x.doubles().data(), x.size(), &range.low, &range.high)) {
-      points.assign(x.doubles().begin(), x.doubles().end());
+      points = copyOf(x.doubles());
       total = static_cast<double>(points.size());
       return;
     }

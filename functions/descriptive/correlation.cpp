@@ -24,17 +24,19 @@ using kernels::DoubleDouble;
 struct Pairs {
   std::vector<double> x;
   std::vector<double> y;
-  std::vector<double> w;  // 1 each without weights
+  std::vector<double> w;  // none without weights
 
   bool gather(const Rows& rows, std::size_t i, std::size_t j) {
     const Rows two = rows.only({i, j});
+    x.reserve(rows.size());
+    y.reserve(rows.size());
+    w.reserve(rows.weighted() ? rows.size() : 0);
     const auto found =
         two.present([&](const double* const* c, const double* weight, std::size_t n) {
           x.insert(x.end(), c[0], c[0] + n);
           y.insert(y.end(), c[1], c[1] + n);
-          w.resize(w.size() + n, 1.0);
           if (weight != nullptr) {
-            std::copy_n(weight, n, w.end() - static_cast<std::ptrdiff_t>(n));
+            w.insert(w.end(), weight, weight + n);
           }
         });
     return !two.undefined(found);
@@ -209,6 +211,9 @@ std::uint64_t sortCounting(std::vector<std::uint32_t>& all) {
   const std::size_t n = all.size();
   std::uint64_t changed = 0;
   for (std::size_t begin = 0; begin < n; begin += run) {
+    if (begin % kernels::pollInterval == 0) {
+      kernels::poll(0);
+    }
     for (std::size_t j = begin + 1; j < std::min(begin + run, n); ++j) {
       const std::uint32_t moving = all[j];
       std::size_t i = j;
@@ -296,8 +301,9 @@ PairWeights weighPairs(const Pairs& pairs) {
   PairWeights found;
   std::vector<Ranked> all(pairs.x.size());
   for (std::size_t k = 0; k < all.size(); ++k) {
-    all[k] = {nag2::ascendingKey(pairs.x[k]), nag2::ascendingKey(pairs.y[k]), pairs.w[k]};
-    found.total = found.total + DoubleDouble(pairs.w[k]);
+    const double w = pairs.w.empty() ? 1.0 : pairs.w[k];
+    all[k] = {nag2::ascendingKey(pairs.x[k]), nag2::ascendingKey(pairs.y[k]), w};
+    found.total = found.total + DoubleDouble(w);
   }
   std::vector<Ranked> scratch(all.size());
   nag2::radixSort(all.data(), scratch.data(), all.size(), false,

@@ -1,10 +1,13 @@
 #include "functions/descriptive/selection.hpp"
 
+#include <nag2/nag2.h>
+
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <limits>
 #include <memory>
+#include <new>
 #include <span>
 #include <utility>
 #include <vector>
@@ -19,8 +22,15 @@ namespace {
 
 using kernels::DoubleDouble;
 
-constexpr std::size_t kFewPoints = 20000;  // below, all of them are collected
-constexpr std::size_t kFewBrackets = 3;    // each is read for by itself; more go by cells
+constexpr std::size_t kFewPoints = 4000;  // below, all of them are collected
+// Of what is collected, few points, or few ranks of more points, are put at their places; for the
+// rest a sort by vector instructions takes less time.  It also takes less than brackets for many
+// ranks of not so many points.
+constexpr std::size_t kFewToPlace = 500;
+constexpr std::size_t kManyToPlace = 4000;
+constexpr std::size_t kFewRanks = 8;
+constexpr std::size_t kFewToBracket = 100000;
+constexpr std::size_t kFewBrackets = 3;  // each is read for by itself; more go by cells
 constexpr std::size_t kMostBrackets = 250;
 constexpr double kWidestShare = 0.5;  // of all points between the ends of brackets
 // Standard deviations of a rank in the sample of points, to either side: one call in 10^4 misses.
@@ -67,6 +77,17 @@ void placeRanks(double* x, std::size_t begin, std::size_t end, std::span<const s
   }
 }
 
+std::unique_ptr<double[]> sortedCopy(const std::vector<double>& x) {
+  auto sorted = std::make_unique_for_overwrite<double[]>(x.size());
+  NagError fail;
+  fail.code = NAG2_OK;
+  nag2_sort_typed(x.data(), x.size(), NAG2_FLOAT64, Nag_Ascending, sorted.get(), &fail);
+  if (fail.code != NAG2_OK) {
+    throw std::bad_alloc();
+  }
+  return sorted;
+}
+
 // Values of targets in sorted points, the first of which has before in front of it.  Stops at the
 // first target that lies further on; how many were found.
 std::size_t walk(const std::vector<Point>& points, DoubleDouble before,
@@ -86,15 +107,22 @@ template <typename Points>
 void selectFromAll(const Points& points, std::span<const Ordered> targets, double* values) {
   if (!points.weighted()) {
     std::vector<double> all;
+    all.reserve(points.size());
     points.read(
         [&](const double* x, const double*, std::size_t n) { all.insert(all.end(), x, x + n); });
     std::vector<std::size_t> ranks;
     for (const Ordered& t : targets) {
       ranks.push_back(rankOf(t.target, all.size()));
     }
-    placeRanks(all.data(), 0, all.size(), ranks);
+    const bool sorts =
+        all.size() > kFewToPlace && (ranks.size() > kFewRanks || all.size() > kManyToPlace);
+    const auto sorted = sorts ? sortedCopy(all) : nullptr;
+    if (!sorts) {
+      placeRanks(all.data(), 0, all.size(), ranks);
+    }
+    const double* const found = sorts ? sorted.get() : all.data();
     for (std::size_t i = 0; i < targets.size(); ++i) {
-      values[targets[i].place] = all[ranks[i]];
+      values[targets[i].place] = found[ranks[i]];
     }
     return;
   }
@@ -399,7 +427,8 @@ bool selectByWeight(const Points& points, const CellTable& table, double* values
 template <typename Points>
 void select(const Points& points, std::size_t n, double total, std::span<const Ordered> targets,
             double* values) {
-  if (n > kFewPoints) {
+  const bool sortsFaster = !points.weighted() && targets.size() > kFewRanks && n < kFewToBracket;
+  if (n > kFewPoints && !sortsFaster) {
     const bool few = targets.size() <= 2 * kFewBrackets && !points.weighted();
     const double size = std::pow(static_cast<double>(points.size()), 2.0 / 3.0);
     const std::vector<Point> some =

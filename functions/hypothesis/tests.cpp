@@ -20,6 +20,7 @@ namespace vexel {
 namespace {
 
 constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
+constexpr std::size_t kValuesToPoll = 1U << 14U;  // of a distribution function
 constexpr TestResult kNothing{kNan, kNan};
 
 using kernels::DoubleDouble;
@@ -107,6 +108,9 @@ TestResult ks_test(Data x, double (*cdf)(const void* law, double t), const void*
   const auto n = static_cast<double>(sample.values.size());
   double distance = 0;
   for (std::size_t i = 0; i < sample.values.size(); ++i) {
+    if (i % kValuesToPoll == 0) {
+      kernels::poll(static_cast<double>(i) / n);
+    }
     const double f = cdf(law, sample.values[i]);
     if (std::isnan(f)) {
       return kNothing;

@@ -126,7 +126,7 @@ template <DataElement T>
 std::vector<T> winsorized(Data x, Cut cut, const TrimOptions& options) {
   return onElementsAs<T>(x, [&](std::span<const T> elements) {
     const Cutting cuts = cutting("winsorize", elements, cut, options);
-    std::vector<T> out(elements.begin(), elements.end());
+    std::vector<T> out = copyOf(elements);
     if (!cuts.keepsAny) {
       const auto cutOff = [](Fate fate) { return fate == Fate::below || fate == Fate::above; };
       if (std::any_of(cuts.fates.begin(), cuts.fates.end(), cutOff)) {
