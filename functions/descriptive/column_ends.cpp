@@ -112,8 +112,8 @@ void findEndsOf(const Columns& columns, End end, std::size_t begin, std::span<En
 void findEndsOfCopies(const Columns& columns, End end, std::size_t begin,
                       std::span<EndFound> found) {
   ColumnTile tile(columns);
-  for (std::size_t j = 0; j < found.size(); j += kernels::columnsTogether) {
-    const std::size_t width = std::min(kernels::columnsTogether, found.size() - j);
+  for (std::size_t j = 0; j < found.size(); j += tile.most()) {
+    const std::size_t width = std::min(tile.most(), found.size() - j);
     tile.moveTo(begin + j, width);
     Ends<double> ends(end, width);
     const std::size_t n = columns.first().size();

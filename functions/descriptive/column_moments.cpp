@@ -8,9 +8,11 @@
 #include <cstdint>
 #include <vector>
 
+#include "functions/data/sample.hpp"
 #include "functions/data/totals.hpp"
 #include "functions/descriptive/column_tiles.hpp"
 #include "kernels/double_double.hpp"
+#include "kernels/exact_product.hpp"
 #include "kernels/exact_sum.hpp"
 #include "vexel/columns.hpp"
 
@@ -25,6 +27,37 @@ constexpr std::size_t kBlock = kernels::sumBlock;
 
 std::size_t padded(std::size_t width) { return (width + 7) / 8 * 8; }
 
+// x + y where that has no more digits than a double, or else NaN.
+double exactly(double x, double y) {
+  const DoubleDouble sum = DoubleDouble::sumOf(x, y);
+  return sum.low == 0.0 ? sum.high : kNaN;
+}
+
+// The mean of n elements where it has no more digits than two doubles, as those in the middle of
+// two neighbours have; false where it seems to have more, or is out of range.
+bool exactMean(const double* x, std::ptrdiff_t stride, std::size_t n, double& mean) {
+  double sum = 0.0;
+  double rest = 0.0;
+  for (std::size_t i = 0; i < n; ++i, x += stride) {
+    const DoubleDouble next = DoubleDouble::sumOf(sum, *x);
+    sum = next.high;
+    rest = exactly(rest, next.low);
+  }
+  const DoubleDouble all = DoubleDouble::sumOf(sum, rest);
+  const auto count = static_cast<double>(n);
+  const double first = all.high / count;
+  const double product = first * count;
+  const double error = kernels::exactProductError(first, count, product);
+  const double left = exactly(exactly(exactly(all.high, -product), -error), all.low);
+  const double second = left / count;
+  if (second * count != left || kernels::exactProductError(second, count, left) != 0.0 ||
+      !(std::fabs(first) > 0x1p-800 && std::fabs(first) < 0x1p800)) {
+    return false;
+  }
+  mean = first + second;
+  return true;
+}
+
 class ColumnMeans {
  public:
   explicit ColumnMeans(std::size_t n) : n_(n) {}
@@ -34,6 +67,11 @@ class ColumnMeans {
     if (n_ <= kernels::columnLanes / 2) {  // a row is a lane
       const auto rows = tile.rows(0, n_);
       kernels::meansOfLanes(rows.x, width, rows.stride, n_, out, sure);
+      for (std::size_t j = 0; j < width; ++j) {
+        if (sure[j] == 0) {
+          sure[j] = static_cast<std::uint8_t>(exactMean(rows.x + j, rows.stride, n_, out[j]));
+        }
+      }
       return;
     }
     pitch_ = tile.dense() ? width : padded(width);
@@ -85,9 +123,13 @@ class ColumnSquares {
   void center(ColumnTile& tile) {
     const std::size_t width = tile.width();
     const std::size_t some = std::min(n_, std::size_t{16});
+    const bool atOnce = n_ <= tile.step();
+    const ColumnTile::Rows all = tile.rows(0, atOnce ? n_ : 1);
     std::fill_n(center_, width, 0.0);
     for (std::size_t i = 0; i < some; ++i) {
-      const double* const x = tile.rows(i * (n_ / some), 1).x;
+      const std::size_t row = i * (n_ / some);
+      const double* const x =
+          atOnce ? all.x + static_cast<std::ptrdiff_t>(row) * all.stride : tile.rows(row, 1).x;
       for (std::size_t j = 0; j < width; ++j) {
         center_[j] += x[j];
       }

@@ -20,9 +20,6 @@ namespace vexel {
 
 namespace {
 
-using Alone = std::function<void(std::size_t j)>;
-using Take = std::function<void(std::size_t j, std::span<const double> values)>;
-
 // With weights each variable is done by itself.
 void eachColumn(const Columns& columns, const Data& weights, const RanksOfColumns& wanted) {
   if (!weights.given()) {
@@ -51,6 +48,15 @@ void scatter(std::span<const double> values, double* to, std::size_t apart) {
   }
 }
 
+// Number i of column j to out[i * count + j].
+auto takeAll(std::span<double> out, std::size_t count) {
+  return [=](const ColumnValues& found) {
+    for (std::size_t i = 0; i * count < out.size(); ++i) {
+      std::copy_n(found.values + i * found.apart, found.count, &out[i * count + found.first]);
+    }
+  };
+}
+
 bool areEnds(std::span<const double> q) {
   return std::all_of(q.begin(), q.end(), [](double p) { return p == 0.0 || p == 1.0; });
 }
@@ -69,9 +75,13 @@ void quantile(const Columns& columns, Data q, std::span<double> out,
   const auto alone = [&](std::size_t j) {
     scatter(quantile(columns[j], q, options), &out[j], count);
   };
-  const auto take = [&](std::size_t j, std::span<const double> values) {
-    for (std::size_t i = 0; i < values.size(); ++i) {
-      out[i * count + j] = std::isnan(probabilities[i]) ? kNaN : values[i];
+  const auto all = takeAll(out, count);
+  const auto take = [&](const ColumnValues& found) {
+    all(found);
+    for (std::size_t i = 0; i < probabilities.size(); ++i) {
+      if (std::isnan(probabilities[i])) {
+        std::fill_n(&out[i * count + found.first], found.count, kNaN);
+      }
     }
   };
   const auto places = [&](double n) { return placesOf(probabilities, n, options.method); };
@@ -84,19 +94,21 @@ void median(const Columns& columns, std::span<double> out, const WeightedOptions
   const double half = 0.5;
   const auto places = [&](double n) { return placesOf({&half, 1}, n, QuantileMethod::linear); };
   eachColumn(columns, options.weights,
-             {places, false, options.missing,
-              [&](std::size_t j, std::span<const double> values) { out[j] = values[0]; },
+             {places, false, options.missing, takeAll(out, columns.count()),
               [&](std::size_t j) { out[j] = median(columns[j], options); }});
 }
 
 void iqr(const Columns& columns, std::span<double> out, const QuantileOptions& options) {
   requireRoom("iqr", columns, 1, out);
   const double q[] = {0.25, 0.75};
-  eachColumn(
-      columns, options.weights,
-      {[&](double n) { return placesOf(q, n, options.method); }, false, options.missing,
-       [&](std::size_t j, std::span<const double> values) { out[j] = values[1] - values[0]; },
-       [&](std::size_t j) { out[j] = iqr(columns[j], options); }});
+  eachColumn(columns, options.weights,
+             {[&](double n) { return placesOf(q, n, options.method); }, false, options.missing,
+              [&](const ColumnValues& found) {
+                for (std::size_t j = 0; j < found.count; ++j) {
+                  out[found.first + j] = found.values[found.apart + j] - found.values[j];
+                }
+              },
+              [&](std::size_t j) { out[j] = iqr(columns[j], options); }});
 }
 
 void order_statistic(const Columns& columns, std::span<const std::int64_t> k, std::span<double> out,
@@ -113,12 +125,10 @@ void order_statistic(const Columns& columns, std::span<const std::int64_t> k, st
     }
     return;
   }
-  const auto take = [&](std::size_t j, std::span<const double> values) {
-    scatter(values, &out[j], count);
-  };
   const auto places = [&](double m) { return placesOfRanks(k, m); };
   const bool first = std::all_of(k.begin(), k.end(), [](std::int64_t r) { return r == 1; });
-  eachColumn(columns, options.weights, {places, first, options.missing, take, alone});
+  eachColumn(columns, options.weights,
+             {places, first, options.missing, takeAll(out, count), alone});
 }
 
 void five_number(const Columns& columns, std::span<FiveNumber> out,
@@ -128,8 +138,12 @@ void five_number(const Columns& columns, std::span<FiveNumber> out,
   }
   eachColumn(columns, options.weights,
              {placesOfFive, false, options.missing,
-              [&](std::size_t j, std::span<const double> values) {
-                out[j] = fiveInOrder({values[0], values[1], values[2], values[3], values[4]});
+              [&](const ColumnValues& found) {
+                for (std::size_t j = 0; j < found.count; ++j) {
+                  const double* const v = found.values + j;
+                  out[found.first + j] = fiveInOrder({v[0], v[found.apart], v[2 * found.apart],
+                                                      v[3 * found.apart], v[4 * found.apart]});
+                }
               },
               [&](std::size_t j) { out[j] = five_number(columns[j], options); }});
 }

@@ -68,7 +68,7 @@ class SortedColumns {
         spots_(wanted, n_),
         strip_(columns),
         network_(kernels::sortingNetwork(n_, ranksOf(spots_(n_)))),
-        values_(spots_(n_).size()) {}
+        values_(spots_(n_).size() * ColumnStrip::width) {}
 
   void go() {
     constexpr std::size_t elements = std::size_t{1} << 18;  // between polls
@@ -93,30 +93,39 @@ class SortedColumns {
     } else {
       strip_.exchange(network_);
     }
+    bool left[ColumnStrip::width] = {};
     for (std::size_t j = 0; j < strip_.columns(); ++j) {
       const std::size_t missing = strip_.missing(j);
       if (missing == n_ || (missing > 0 && wanted_.missing == Missing::raise)) {
-        wanted_.alone(begin + j);
+        left[j] = true;
       } else if (missing > 0 && wanted_.missing == Missing::propagate) {
-        std::fill(values_.begin(), values_.end(), kNaN);
-        wanted_.take(begin + j, values_);
+        for (std::size_t at = j; at < values_.size(); at += ColumnStrip::width) {
+          values_[at] = kNaN;
+        }
       } else {
-        give(begin, j, spots_(n_ - missing));
+        left[j] = !find(j, spots_(n_ - missing));
+      }
+    }
+    wanted_.take({begin, strip_.columns(), values_.data(), ColumnStrip::width});
+    for (std::size_t j = 0; j < strip_.columns(); ++j) {
+      if (left[j]) {
+        wanted_.alone(begin + j);
       }
     }
   }
-  void give(std::size_t begin, std::size_t j, const std::vector<Spot>& spots) {
+
+  // False where there may be zeros of both signs.
+  bool find(std::size_t j, const std::vector<Spot>& spots) {
     const bool zeros = strip_.hasNegativeZero(j);
     for (std::size_t k = 0; k < spots.size(); ++k) {
       const double low = strip_.row(spots[k].low)[j];
       const double high = strip_.row(spots[k].high)[j];
-      if (zeros && (low == 0.0 || high == 0.0)) {  // of either sign
-        wanted_.alone(begin + j);
-        return;
+      if (zeros && (low == 0.0 || high == 0.0)) {
+        return false;
       }
-      values_[k] = between(low, high, spots[k].fraction);
+      values_[k * ColumnStrip::width + j] = between(low, high, spots[k].fraction);
     }
-    wanted_.take(begin + j, values_);
+    return true;
   }
 
   const Columns& columns_;
@@ -133,7 +142,7 @@ class SortedColumns {
 class OuterColumns {
  public:
   OuterColumns(const Columns& columns, const RanksOfColumns& wanted, std::vector<Spot> spots)
-      : columns_(columns), wanted_(wanted), spots_(std::move(spots)), values_(spots_.size()) {
+      : columns_(columns), wanted_(wanted), spots_(std::move(spots)) {
     for (const Spot& spot : spots_) {
       for (const std::size_t rank : {spot.low, spot.high}) {
         (rank == 0 ? least_ : greatest_) = true;
@@ -143,47 +152,67 @@ class OuterColumns {
 
   void go() {
     const std::size_t most = std::min(mostEnds, columns_.count());
-    std::vector<EndFound> low(most);
-    std::vector<EndFound> high(most);
+    low_.resize(most);
+    high_.resize(most);
+    values_.resize(most * spots_.size());
     for (std::size_t j = 0; j < columns_.count(); j += most) {
       const std::size_t n = std::min(most, columns_.count() - j);
       if (least_) {
-        findEnds(columns_, End::least, j, std::span(low).first(n));
+        findEnds(columns_, End::least, j, std::span(low_).first(n));
       }
       if (greatest_) {
-        findEnds(columns_, End::greatest, j, std::span(high).first(n));
+        findEnds(columns_, End::greatest, j, std::span(high_).first(n));
       }
-      for (std::size_t k = 0; k < n; ++k) {
-        give(j + k, least_ ? low[k] : high[k], greatest_ ? high[k] : low[k]);
-      }
+      give(j, n);
       kernels::poll(share(j + n, columns_));
     }
   }
 
  private:
-  void give(std::size_t j, const EndFound& low, const EndFound& high) {
+  enum class Known : std::uint8_t { yes, missing, no };
+
+  Known look(const EndFound& low, const EndFound& high) const {
+    if (low.doubtful || high.doubtful || (low.missing && wanted_.missing == Missing::raise)) {
+      return Known::no;
+    }
     if (low.missing && wanted_.missing == Missing::propagate) {
-      std::fill(values_.begin(), values_.end(), kNaN);
-      wanted_.take(j, values_);
-      return;
+      return Known::missing;
     }
-    const bool served = !low.missing || (wanted_.missing == Missing::omit && wanted_.ends &&
-                                         std::isfinite(low.value) && std::isfinite(high.value));
-    if (!served || low.doubtful || high.doubtful) {
+    // An infinity may be what is left of nothing.
+    return !low.missing || (wanted_.ends && std::isfinite(low.value) && std::isfinite(high.value))
+               ? Known::yes
+               : Known::no;
+  }
+  void give(std::size_t begin, std::size_t n) {
+    const std::vector<EndFound>& low = least_ ? low_ : high_;
+    const std::vector<EndFound>& high = greatest_ ? high_ : low_;
+    left_.clear();
+    for (std::size_t j = 0; j < n; ++j) {
+      const Known known = look(low[j], high[j]);
+      for (std::size_t k = 0; k < spots_.size(); ++k) {
+        const Spot& spot = spots_[k];
+        values_[k * n + j] = known == Known::missing
+                                 ? kNaN
+                                 : between((spot.low == 0 ? low : high)[j].value,
+                                           (spot.high == 0 ? low : high)[j].value, spot.fraction);
+      }
+      if (known == Known::no) {
+        left_.push_back(begin + j);
+      }
+    }
+    wanted_.take({begin, n, values_.data(), n});
+    for (const std::size_t j : left_) {
       wanted_.alone(j);
-      return;
     }
-    for (std::size_t k = 0; k < spots_.size(); ++k) {
-      values_[k] = between((spots_[k].low == 0 ? low : high).value,
-                           (spots_[k].high == 0 ? low : high).value, spots_[k].fraction);
-    }
-    wanted_.take(j, values_);
   }
 
   const Columns& columns_;
   const RanksOfColumns& wanted_;
   std::vector<Spot> spots_;
   std::vector<double> values_;
+  std::vector<EndFound> low_;
+  std::vector<EndFound> high_;
+  std::vector<std::size_t> left_;
   bool least_ = false;
   bool greatest_ = false;
 };

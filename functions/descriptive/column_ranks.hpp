@@ -11,15 +11,23 @@
 
 namespace vexel {
 
+// Values of some neighbouring columns: number i of column first + j is at values[i * apart + j].
+struct ColumnValues {
+  std::size_t first;
+  std::size_t count;
+  const double* values;
+  std::size_t apart;
+};
+
 struct RanksOfColumns {
   // Of a sample of n > 0 points without weights.
   std::function<std::vector<Place>(double n)> places;
   // That they are ends of the sorted sample, whatever n is.
   bool ends = false;
   Missing missing = Missing::propagate;
-  // The values of the places of column j; NaN where something missing counts.
-  std::function<void(std::size_t j, std::span<const double> values)> take;
-  // Column j is left to be done by itself.
+  // The values of the places of some columns; NaN where something missing counts.
+  std::function<void(const ColumnValues& found)> take;
+  // Column j is left to be done by itself, after it was taken.
   std::function<void(std::size_t j)> alone;
 };
 void ranksOfColumns(const Columns& columns, const RanksOfColumns& wanted);

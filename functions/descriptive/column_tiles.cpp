@@ -1,5 +1,7 @@
 #include "functions/descriptive/column_tiles.hpp"
 
+#include "kernels/vector/row_copies.hpp"
+
 namespace vexel {
 
 namespace {
@@ -27,19 +29,10 @@ void copyRows(const Data& x, std::ptrdiff_t first, std::ptrdiff_t apart, std::si
               std::size_t width, double* to) {
   const std::ptrdiff_t stride = x.stride();
   switch (x.element()) {
-    case Element::float32: {
-      const float* const from = static_cast<const float*>(x.data()) + first;
-      if (apart != 1) {
-        copyRows(from, stride, apart, n, width, to);
-      } else if (stride == static_cast<std::ptrdiff_t>(width)) {
-        kernels::toDoubles(from, n * width, to);
-      } else {
-        for (std::size_t i = 0; i < n; ++i) {
-          kernels::toDoubles(from + static_cast<std::ptrdiff_t>(i) * stride, width, to + i * width);
-        }
-      }
+    case Element::float32:
+      kernels::copyRows(static_cast<const float*>(x.data()) + first, stride, apart, n, width, width,
+                        to);
       break;
-    }
     case Element::int32:
       copyRows(static_cast<const std::int32_t*>(x.data()) + first, stride, apart, n, width, to);
       break;
@@ -47,7 +40,8 @@ void copyRows(const Data& x, std::ptrdiff_t first, std::ptrdiff_t apart, std::si
       copyRows(static_cast<const std::int64_t*>(x.data()) + first, stride, apart, n, width, to);
       break;
     default:
-      copyRows(static_cast<const double*>(x.data()) + first, stride, apart, n, width, to);
+      kernels::copyRows(static_cast<const double*>(x.data()) + first, stride, apart, n, width,
+                        width, to);
   }
 }
 
@@ -56,10 +50,10 @@ void copyRows(const Data& x, std::ptrdiff_t first, std::ptrdiff_t apart, std::si
 ColumnTile::ColumnTile(const Columns& columns)
     : columns_(columns),
       direct_(columns.first().element() == Element::float64 && columns.apart() == 1),
+      lanes_(columns.apart() != 1 && columns.first().stride() == 1),
       stride_(columns.first().stride()) {
   if (!direct_) {
-    const std::size_t most = std::min(columns.count(), kernels::columnsTogether);
-    copies_ = std::make_unique_for_overwrite<double[]>(most * copied);
+    copies_ = std::make_unique_for_overwrite<double[]>(std::min(columns.count(), most()) * step());
   }
 }
 

@@ -14,13 +14,20 @@
 
 namespace vexel {
 
-// Up to kernels::columnsTogether columns.
+// Up to most() columns.
 class ColumnTile {
  public:
-  // Rows copied at a time; a multiple of the lanes of sums.
+  // Rows copied at a time, of few columns more of them; multiples of the lanes of sums.
   static constexpr std::size_t copied = 32;
+  static constexpr std::size_t copiedLanes = 128;
 
   explicit ColumnTile(const Columns& columns);
+
+  // The most columns to look at at a time: fewer where they are lanes of elements one behind the
+  // other, so that all of a lane that memory delivers is taken.
+  std::size_t most() const {
+    return lanes_ ? kernels::columnsTogether / 4 : kernels::columnsTogether;
+  }
 
   // The width columns from `begin` on are looked at from now on.
   void moveTo(std::size_t begin, std::size_t width);
@@ -33,17 +40,18 @@ class ColumnTile {
     const double* x;
     std::ptrdiff_t stride;
   };
-  // n rows, which the next call may write over; n <= copied unless direct().
+  // n rows, which the next call may write over; n <= step() unless direct().
   Rows rows(std::size_t begin, std::size_t n);
   bool direct() const { return direct_; }
+  std::size_t step() const { return lanes_ ? copiedLanes : copied; }
 
-  // use(Rows, n) for rows begin to end - 1 in their order, a multiple of `copied` at a time but for
+  // use(Rows, n) for rows begin to end - 1 in their order, a multiple of step() at a time but for
   // the last ones.
   template <typename Use>
   void forRows(std::size_t begin, std::size_t end, Use use) {
-    const std::size_t step = direct_ ? end - begin : copied;
-    for (std::size_t i = begin; i < end; i += step) {
-      const std::size_t n = std::min(step, end - i);
+    const std::size_t most = direct_ ? end - begin : step();
+    for (std::size_t i = begin; i < end; i += most) {
+      const std::size_t n = std::min(most, end - i);
       use(rows(i, n), n);
     }
   }
@@ -51,6 +59,7 @@ class ColumnTile {
  private:
   const Columns& columns_;
   bool direct_;
+  bool lanes_;
   std::ptrdiff_t stride_;
   std::size_t begin_ = 0;
   std::size_t width_ = 0;
@@ -66,12 +75,12 @@ void onTiles(const char* function, const Columns& columns, std::span<double> out
         std::string(function) + ": out must have as many elements as there are columns, " +
         std::to_string(columns.count()) + ", got " + std::to_string(out.size()));
   }
-  constexpr std::size_t most = kernels::columnsTogether;
+  ColumnTile tile(columns);
+  const std::size_t most = tile.most();
   const std::size_t tiles = (columns.count() + most - 1) / most;
   const std::size_t even = tiles == 0 ? 0 : (columns.count() + tiles - 1) / tiles;
   const std::size_t width = tiles < 2 ? even : std::min(most, (even + 7) / 8 * 8);
-  ColumnTile tile(columns);
-  std::uint8_t sure[most];
+  std::uint8_t sure[kernels::columnsTogether];
   for (std::size_t begin = 0; begin < columns.count(); begin += width) {
     const std::size_t n = std::min(width, columns.count() - begin);
     tile.moveTo(begin, n);

@@ -247,12 +247,6 @@ void variancesOfSums(const double* sums, std::size_t width, std::size_t pitch, d
   }
 }
 
-void toDoubles(const float* x, std::size_t n, double* to) {
-  for (std::size_t i = 0; i < n; ++i) {
-    to[i] = static_cast<double>(x[i]);
-  }
-}
-
 }  // namespace
 }  // namespace vexel::kernels::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();
@@ -265,7 +259,6 @@ HWY_EXPORT(addColumns);
 HWY_EXPORT(meansOfLanes);
 HWY_EXPORT(addSquaresOfColumns);
 HWY_EXPORT(variancesOfSums);
-HWY_EXPORT(toDoubles);
 
 void addColumns(const double* x, std::ptrdiff_t stride, std::size_t n, std::size_t width,
                 std::size_t pitch, double* sums) {
@@ -282,9 +275,6 @@ void addSquaresOfColumns(const double* x, std::ptrdiff_t stride, std::size_t n, 
 void variancesOfSums(const double* sums, std::size_t width, std::size_t pitch, double n,
                      double divisor, bool root, double* out, std::uint8_t* sure) {
   HWY_DYNAMIC_DISPATCH(variancesOfSums)(sums, width, pitch, n, divisor, root, out, sure);
-}
-void toDoubles(const float* x, std::size_t n, double* to) {
-  HWY_DYNAMIC_DISPATCH(toDoubles)(x, n, to);
 }
 
 }  // namespace vexel::kernels

@@ -42,7 +42,4 @@ void addSquaresOfColumns(const double* x, std::ptrdiff_t stride, std::size_t n, 
 void variancesOfSums(const double* sums, std::size_t width, std::size_t pitch, double n,
                      double divisor, bool root, double* out, std::uint8_t* sure);
 
-// As doubles.
-void toDoubles(const float* x, std::size_t n, double* to);
-
 }  // namespace vexel::kernels

@@ -66,6 +66,10 @@ void copyAcross(const T* x, std::ptrdiff_t stride, std::size_t n, std::size_t wi
 template <typename T>
 void copyAny(const T* x, std::ptrdiff_t stride, std::ptrdiff_t apart, std::size_t n,
              std::size_t width, std::size_t pitch, double* to) {
+  if (apart == 1 && pitch == width && stride == static_cast<std::ptrdiff_t>(width)) {
+    copyAcross(x, 0, 1, n * width, 0, to);  // one long row
+    return;
+  }
   if (apart == 1) {
     copyAcross(x, stride, n, width, pitch, to);
     return;
