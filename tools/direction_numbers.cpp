@@ -1,8 +1,8 @@
-// Writes examples/lds/direction_numbers.csv: what a Sobol stream of up to 1111 dimensions starts
-// from.  Build and run (two minutes):
+// Writes functions/sequences/direction_numbers.csv: what a Sobol stream of up to 1111 dimensions
+// starts from.  Build and run (two minutes):
 //
 //   c++ -std=c++20 -O2 -o direction_numbers tools/direction_numbers.cpp
-//   ./direction_numbers > examples/lds/direction_numbers.csv
+//   ./direction_numbers > functions/sequences/direction_numbers.csv
 //
 // Each row: dimension, degree s and coefficient code a of a primitive polynomial
 // x^s + a_1 x^(s-1) + ... + a_(s-1) x + 1 over GF(2) (a's most significant of s - 1 bits is a_1),

@@ -174,7 +174,7 @@ class Chance {
               [&] { kernel_.call("STATS_QRStreamNext_HW", handle, kPoints, out); });
     };
     stream("Sobol points, 10 dimensions", kernel_.eval(R"(
-      read := name -> ReadCSV(")" SOURCE_DIR R"(/examples/lds/direction_numbers.csv", name):
+      read := name -> ReadCSV(")" SOURCE_DIR R"(/functions/sequences/direction_numbers.csv", name):
       column := proc(name) local k, x, A;
         x := read(name); A := Array(1..10, datatype = integer[4]);
         for k from 1 to 10 do A[k] := round(x[k]) end; A end:

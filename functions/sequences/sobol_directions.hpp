@@ -1,5 +1,5 @@
 // The built-in direction integers of Sobol's sequence, written into the build from
-// examples/lds/direction_numbers.csv, which tools/direction_numbers.cpp made.
+// functions/sequences/direction_numbers.csv, which tools/direction_numbers.cpp made.
 #pragma once
 
 #include <array>

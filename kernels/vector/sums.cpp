@@ -13,9 +13,9 @@ HWY_BEFORE_NAMESPACE();
 namespace vexel::kernels::HWY_NAMESPACE {
 namespace {
 
-void sumInLanes(const double* x, std::size_t n, double* lanes) {
-  EightSums a;
-  EightSums b;
+// The halves of each sixteen go to sums of their own; zeros fill up the last.
+template <typename Sums>
+HWY_INLINE void takeAll(const double* x, std::size_t n, Sums& a, Sums& b) {
   const std::size_t whole = n / 16 * 16;
   for (std::size_t i = 0; i < whole; i += 16) {
     expect(x + i);
@@ -32,6 +32,12 @@ void sumInLanes(const double* x, std::size_t n, double* lanes) {
       b.take(k, read(rest + 8 + k * kLanes));
     }
   }
+}
+
+void sumInLanes(const double* x, std::size_t n, double* lanes) {
+  EightSums a;
+  EightSums b;
+  takeAll(x, n, a, b);
   a.store(lanes);
   b.store(lanes + 16);
 }
@@ -65,22 +71,7 @@ struct CheckedSums {
 bool sumInLanesExactly(const double* x, std::size_t n, double* lanes) {
   CheckedSums a;
   CheckedSums b;
-  const std::size_t whole = n / 16 * 16;
-  for (std::size_t i = 0; i < whole; i += 16) {
-    expect(x + i);
-    for (int k = 0; k < kParts; ++k) {
-      a.take(k, read(x + i + static_cast<std::size_t>(k) * kLanes));
-      b.take(k, read(x + i + 8 + static_cast<std::size_t>(k) * kLanes));
-    }
-  }
-  if (whole < n) {
-    double rest[16] = {};
-    std::copy(x + whole, x + n, rest);
-    for (int k = 0; k < kParts; ++k) {
-      a.take(k, read(rest + k * kLanes));
-      b.take(k, read(rest + 8 + k * kLanes));
-    }
-  }
+  takeAll(x, n, a, b);
   a.sums.store(lanes);
   b.sums.store(lanes + 16);
   return a.exact() && b.exact();

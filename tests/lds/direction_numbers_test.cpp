@@ -20,7 +20,7 @@ struct Row {
 };
 
 std::vector<Row> readRows() {
-  std::ifstream file(std::string(SOURCE_DIR) + "/examples/lds/direction_numbers.csv");
+  std::ifstream file(std::string(SOURCE_DIR) + "/functions/sequences/direction_numbers.csv");
   std::vector<Row> rows;
   std::string line;
   std::getline(file, line);
