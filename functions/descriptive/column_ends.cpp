@@ -82,38 +82,37 @@ bool hasNegativeZero(const T* x, std::ptrdiff_t stride, std::size_t n) {
   return found != 0;
 }
 
+// From place `at` on.
 template <typename T>
-void give(const Ends<T>& ends, std::span<EndFound> found) {
-  for (std::size_t j = 0; j < found.size(); ++j) {
-    found[j] = {static_cast<double>(ends.values[j]), ends.missing[j] != 0, false};
-  }
+void give(const Ends<T>& ends, std::size_t at, EndsFound& found) {
+  std::copy(ends.values.begin(), ends.values.end(), &found.values[at]);
+  std::copy(ends.missing.begin(), ends.missing.end(), &found.missing[at]);
 }
 
 template <typename T>
-void findEndsOf(const Columns& columns, End end, std::size_t begin, std::span<EndFound> found) {
+void findEndsOf(const Columns& columns, End end, std::size_t begin, EndsFound& found) {
   const Data& first = columns.first();
   const std::ptrdiff_t stride = first.stride();
   const std::ptrdiff_t apart = columns.apart();
   const std::size_t n = first.size();
   const T* const x =
       static_cast<const T*>(first.data()) + static_cast<std::ptrdiff_t>(begin) * apart;
-  Ends<T> ends(end, found.size());
-  if (apart == 1 && stride == static_cast<std::ptrdiff_t>(found.size())) {
+  Ends<T> ends(end, found.values.size());
+  if (apart == 1 && stride == static_cast<std::ptrdiff_t>(found.values.size())) {
     takeDenseRows(end, x, n, ends);
   } else if (apart == 1) {
     takeRows(end, x, stride, n, ends);
   } else {
     takeLanes(end, x, apart, n, ends);
   }
-  give(ends, found);
+  give(ends, 0, found);
 }
 
 // Of elements of any type, wherever they are.
-void findEndsOfCopies(const Columns& columns, End end, std::size_t begin,
-                      std::span<EndFound> found) {
+void findEndsOfCopies(const Columns& columns, End end, std::size_t begin, EndsFound& found) {
   ColumnTile tile(columns);
-  for (std::size_t j = 0; j < found.size(); j += tile.most()) {
-    const std::size_t width = std::min(tile.most(), found.size() - j);
+  for (std::size_t j = 0; j < found.values.size(); j += tile.most()) {
+    const std::size_t width = std::min(tile.most(), found.values.size() - j);
     tile.moveTo(begin + j, width);
     Ends<double> ends(end, width);
     const std::size_t n = columns.first().size();
@@ -125,7 +124,7 @@ void findEndsOfCopies(const Columns& columns, End end, std::size_t begin,
                    });
       kernels::poll();
     }
-    give(ends, found.subspan(j, width));
+    give(ends, j, found);
   }
 }
 
@@ -139,7 +138,10 @@ bool hasNegativeZero(const Data& x) {
 
 }  // namespace
 
-void findEnds(const Columns& columns, End end, std::size_t begin, std::span<EndFound> found) {
+void findEnds(const Columns& columns, End end, std::size_t begin, std::size_t n, EndsFound& found) {
+  found.values.resize(n);
+  found.missing.resize(n);
+  found.doubtful.assign(n, 0);
   const Data& first = columns.first();
   const bool inPlace = columns.apart() == 1 || first.stride() == 1;
   if (inPlace && first.element() == Element::float64) {
@@ -149,9 +151,19 @@ void findEnds(const Columns& columns, End end, std::size_t begin, std::span<EndF
   } else {
     findEndsOfCopies(columns, end, begin, found);
   }
-  for (std::size_t j = 0; j < found.size(); ++j) {
-    found[j].doubtful = found[j].value == 0.0 && hasNegativeZero(columns[begin + j]);
+  std::uint8_t any = 0;
+  std::uint8_t zero = 0;
+  for (std::size_t j = 0; j < n; ++j) {
+    any |= found.missing[j];
+    zero |= static_cast<std::uint8_t>(found.values[j] == 0.0);
   }
+  for (std::size_t j = 0; j < n && zero != 0; ++j) {
+    if (found.values[j] == 0.0) {
+      found.doubtful[j] = static_cast<std::uint8_t>(hasNegativeZero(columns[begin + j]));
+      any |= found.doubtful[j];
+    }
+  }
+  found.plain = any == 0;
 }
 
 }  // namespace vexel

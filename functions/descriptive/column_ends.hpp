@@ -3,23 +3,25 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <span>
+#include <vector>
 
 #include "kernels/vector/column_extremes.hpp"
 #include "vexel/columns.hpp"
 
 namespace vexel {
 
-// What is known of a variable whose end was looked for.
-struct EndFound {
-  double value;   // of the elements that are not missing; an infinity where there are none
-  bool missing;   // some are
-  bool doubtful;  // value is a zero, and there are zeros of the other sign, perhaps
+// Ends of some neighbouring variables.
+struct EndsFound {
+  std::vector<double> values;         // of what is not missing; an infinity where nothing is there
+  std::vector<std::uint8_t> missing;  // something is
+  // The value is a zero, and there are zeros of the other sign, perhaps.
+  std::vector<std::uint8_t> doubtful;
+  bool plain = true;  // nothing is missing or doubtful anywhere
 };
 
-// Of columns begin to begin + found.size() - 1, at most mostEnds of them.
+// Of columns begin to begin + n - 1, at most mostEnds of them.
 inline constexpr std::size_t mostEnds = 4096;
-void findEnds(const Columns& columns, kernels::End end, std::size_t begin,
-              std::span<EndFound> found);
+void findEnds(const Columns& columns, kernels::End end, std::size_t begin, std::size_t n,
+              EndsFound& found);
 
 }  // namespace vexel

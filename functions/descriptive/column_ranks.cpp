@@ -152,16 +152,14 @@ class OuterColumns {
 
   void go() {
     const std::size_t most = std::min(mostEnds, columns_.count());
-    low_.resize(most);
-    high_.resize(most);
     values_.resize(most * spots_.size());
     for (std::size_t j = 0; j < columns_.count(); j += most) {
       const std::size_t n = std::min(most, columns_.count() - j);
       if (least_) {
-        findEnds(columns_, End::least, j, std::span(low_).first(n));
+        findEnds(columns_, End::least, j, n, low_);
       }
       if (greatest_) {
-        findEnds(columns_, End::greatest, j, std::span(high_).first(n));
+        findEnds(columns_, End::greatest, j, n, high_);
       }
       give(j, n);
       kernels::poll(share(j + n, columns_));
@@ -171,30 +169,41 @@ class OuterColumns {
  private:
   enum class Known : std::uint8_t { yes, missing, no };
 
-  Known look(const EndFound& low, const EndFound& high) const {
-    if (low.doubtful || high.doubtful || (low.missing && wanted_.missing == Missing::raise)) {
+  Known look(const EndsFound& low, const EndsFound& high, std::size_t j) const {
+    const bool missing = low.missing[j] != 0;
+    if (low.doubtful[j] != 0 || high.doubtful[j] != 0 ||
+        (missing && wanted_.missing == Missing::raise)) {
       return Known::no;
     }
-    if (low.missing && wanted_.missing == Missing::propagate) {
+    if (missing && wanted_.missing == Missing::propagate) {
       return Known::missing;
     }
     // An infinity may be what is left of nothing.
-    return !low.missing || (wanted_.ends && std::isfinite(low.value) && std::isfinite(high.value))
-               ? Known::yes
-               : Known::no;
+    const bool sure =
+        !missing || (wanted_.ends && std::isfinite(low.values[j]) && std::isfinite(high.values[j]));
+    return sure ? Known::yes : Known::no;
   }
+
   void give(std::size_t begin, std::size_t n) {
-    const std::vector<EndFound>& low = least_ ? low_ : high_;
-    const std::vector<EndFound>& high = greatest_ ? high_ : low_;
+    const EndsFound& low = least_ ? low_ : high_;
+    const EndsFound& high = greatest_ ? high_ : low_;
+    for (std::size_t k = 0; k < spots_.size(); ++k) {
+      const Spot& spot = spots_[k];
+      const std::vector<double>& from = (spot.low == 0 ? low : high).values;
+      const std::vector<double>& to = (spot.high == 0 ? low : high).values;
+      if (&from == &to) {
+        std::copy_n(from.data(), n, &values_[k * n]);
+        continue;
+      }
+      for (std::size_t j = 0; j < n; ++j) {
+        values_[k * n + j] = between(from[j], to[j], spot.fraction);
+      }
+    }
     left_.clear();
-    for (std::size_t j = 0; j < n; ++j) {
-      const Known known = look(low[j], high[j]);
-      for (std::size_t k = 0; k < spots_.size(); ++k) {
-        const Spot& spot = spots_[k];
-        values_[k * n + j] = known == Known::missing
-                                 ? kNaN
-                                 : between((spot.low == 0 ? low : high)[j].value,
-                                           (spot.high == 0 ? low : high)[j].value, spot.fraction);
+    for (std::size_t j = 0; j < n && !(low.plain && high.plain); ++j) {
+      const Known known = look(low, high, j);
+      for (std::size_t k = 0; k < spots_.size() && known == Known::missing; ++k) {
+        values_[k * n + j] = kNaN;
       }
       if (known == Known::no) {
         left_.push_back(begin + j);
@@ -210,8 +219,8 @@ class OuterColumns {
   const RanksOfColumns& wanted_;
   std::vector<Spot> spots_;
   std::vector<double> values_;
-  std::vector<EndFound> low_;
-  std::vector<EndFound> high_;
+  EndsFound low_;
+  EndsFound high_;
   std::vector<std::size_t> left_;
   bool least_ = false;
   bool greatest_ = false;

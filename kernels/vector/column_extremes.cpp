@@ -122,6 +122,9 @@ HWY_INLINE Extreme<end, T> ofLane(const T* x, std::size_t n) {
   if (n >= 4 * E::lanes) {
     E more[3];
     for (; i + 4 * E::lanes <= n; i += 4 * E::lanes) {
+      for (std::size_t k = 0; k < 4 * E::lanes; k += 64 / sizeof(T)) {
+        __builtin_prefetch(x + i + 4096 / sizeof(T) + k);  // there may be nothing
+      }
       found.take(hn::LoadU(d, x + i));
       for (std::size_t k = 0; k < 3; ++k) {
         more[k].take(hn::LoadU(d, x + i + (k + 1) * E::lanes));
