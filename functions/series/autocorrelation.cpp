@@ -8,7 +8,9 @@
 #include <numeric>
 
 #include "functions/data/elements.hpp"
+#include "functions/data/totals.hpp"
 #include "kernels/double_double.hpp"
+#include "kernels/exact_sum.hpp"
 #include "kernels/running_sum.hpp"
 #include "kernels/watch.hpp"
 #include "vexel/series.hpp"
@@ -58,45 +60,93 @@ std::vector<double> deviations(Data x, Missing missing, bool& broken) {
 }
 
 double product(std::span<const double> d, std::size_t lag) {
-  kernels::RunningSum sum;
-  kernels::forEach(d.size() - std::min(lag, d.size()),
-                   [&](std::size_t i) { sum.addProduct(d[i], d[i + lag]); });
-  return sum.value();
+  kernels::ExactSum sum;
+  const std::size_t n = d.size() - std::min(lag, d.size());
+  for (std::size_t i = 0; i < n; i += kernels::sumBlock) {
+    if (i % kernels::pollInterval == 0) {
+      kernels::poll();
+    }
+    addProducts(sum, d.data() + i, d.data() + i + lag, std::min(kernels::sumBlock, n - i));
+  }
+  return sum.rounded();
 }
 
-// c[0 .. last] n by the transform of the padded deviations: |z|^2 transformed back.
-std::vector<double> productsByTransform(std::span<const double> d, std::size_t last) {
-  std::size_t length = 1;
-  while (length < d.size() + last + 1) {
-    length *= 2;
+// The real transforms of one length, a power of two: of z, in the order of Hermitian sequences.
+class Transform {
+ public:
+  explicit Transform(std::size_t length) : length_(static_cast<int>(length)), work_(length) {}
+
+  void forward(std::vector<double>& z) { run(q64883, z); }
+  void backward(std::vector<double>& z) { run(q42899, z); }
+
+ private:
+  void run(void (*transform)(double*, const int*, double*, int*), std::vector<double>& z) {
+    int fail = 0;
+    transform(z.data(), &length_, work_.data(), &fail);
+    if (fail != 0) {
+      throw std::bad_alloc();
+    }
   }
+
+  int length_;
+  std::vector<double> work_;
+};
+
+// Adds the spectrum of sum_i a[i] b[i + k]; the backward transform has the sign of the forward one.
+void addSpectrum(const std::vector<double>& a, const std::vector<double>& b,
+                 std::vector<double>& sum) {
+  const std::size_t length = a.size();
+  const std::size_t half = length / 2;
+  sum[0] += a[0] * b[0];
+  sum[half] += a[half] * b[half];
+  for (std::size_t k = 1; k < half; ++k) {
+    sum[k] += a[k] * b[k] + a[length - k] * b[length - k];
+    sum[length - k] += a[length - k] * b[k] - a[k] * b[length - k];
+  }
+}
+
+std::size_t powerOfTwoFrom(std::size_t n) {
+  std::size_t power = 1;
+  while (power < n) {
+    power *= 2;
+  }
+  return power;
+}
+
+// c[0 .. last] n by transforms: each stretch of the series against itself and the next last values,
+// whose spectra are added up; one stretch where last is not small against the length.
+std::vector<double> productsByTransform(std::span<const double> d, std::size_t last) {
+  constexpr std::size_t near = std::size_t{1} << 14;  // what the nearest caches hold
+  const std::size_t whole = powerOfTwoFrom(d.size() + last + 1);
+  const std::size_t length = std::min(whole, std::max(near, powerOfTwoFrom(4 * (last + 1))));
   if (length > static_cast<std::size_t>(std::numeric_limits<int>::max())) {
     throw std::length_error("x: too long for all lags at once");
   }
-  std::vector<double> z(length);
-  std::copy(d.begin(), d.end(), z.begin());
-  std::vector<double> work(length);
-  const auto m = static_cast<int>(length);
-  int fail = 0;
-  q64883(z.data(), &m, work.data(), &fail);
-  const std::size_t half = length / 2;
-  z[0] *= z[0];
-  z[half] *= z[half];
-  for (std::size_t k = 1; k < half; ++k) {
-    z[k] = z[k] * z[k] + z[length - k] * z[length - k];
-    z[length - k] = 0;
+  const std::size_t stretch = length == whole ? d.size() : length - last;
+  Transform transform(length);
+  std::vector<double> own(length);
+  std::vector<double> next(length);
+  std::vector<double> sum(length);
+  for (std::size_t begin = 0; begin < d.size(); begin += stretch) {
+    kernels::poll(static_cast<double>(begin) / static_cast<double>(d.size()));
+    const auto fill = [&](std::vector<double>& z, std::size_t n) {
+      const auto from = d.subspan(begin, std::min(n, d.size() - begin));
+      std::fill(std::copy(from.begin(), from.end(), z.begin()), z.end(), 0.0);
+      transform.forward(z);
+    };
+    fill(own, stretch);
+    const bool alone = begin + stretch >= d.size();
+    if (!alone) {
+      fill(next, length);
+    }
+    addSpectrum(own, alone ? own : next, sum);
   }
-  if (fail == 0) {
-    q42899(z.data(), &m, work.data(), &fail);
-  }
-  if (fail != 0) {
-    throw std::bad_alloc();
-  }
-  z.resize(last + 1);
-  for (double& v : z) {
+  transform.backward(sum);
+  sum.resize(last + 1);
+  for (double& v : sum) {
     v *= std::sqrt(static_cast<double>(length));
   }
-  return z;
+  return sum;
 }
 
 }  // namespace

@@ -24,7 +24,9 @@
 //
 // and NAME.hpp declares vexel::kernels::thing.  The target holds for functions that are written out
 // between the two macros: a lambda needs HWY_ATTR behind its parameters, a struct of registers an
-// explicit constructor.
+// explicit constructor.  An algorithm of the standard library that is given a lambda is compiled
+// for the base target, and GCC 12 leaves the upper halves of the registers in use behind such a
+// call, which makes whatever runs next without AVX ten times as slow: loops are written out.
 //
 // The rule of the folder: every target gives the same bits.  So the number of lanes that a sum runs
 // in is fixed (eight.hpp has eight, whatever the registers hold), elements go to lanes by their

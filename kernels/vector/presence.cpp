@@ -26,7 +26,11 @@ bool pointsPresent(const double* x, std::size_t n) {
     const auto v = read(x + i);
     present = hn::And(present, hn::Eq(v, v));
   }
-  return hn::AllTrue(d, present) && std::all_of(x + i, x + n, [](double v) { return v == v; });
+  bool rest = true;
+  for (; i < n; ++i) {
+    rest &= x[i] == x[i];
+  }
+  return hn::AllTrue(d, present) && rest;
 }
 
 bool pairsUsual(const double* x, const double* w, std::size_t n) {

@@ -64,7 +64,11 @@ struct CheckedSums {
     for (int i = 0; i < kParts; ++i) {
       write(lost[i], all + i * kLanes);
     }
-    return std::all_of(all, all + 8, [](double z) { return z == 0.0; });
+    bool none = true;
+    for (const double z : all) {
+      none &= z == 0.0;
+    }
+    return none;
   }
 };
 
@@ -122,7 +126,11 @@ bool weightedSumsInLanes(const double* x, const double* w, std::size_t n, double
   b.weights.store(weights + 16);
   double all[kLanes];
   write(signs, all);
-  return std::any_of(all, all + kLanes, [](double z) { return std::signbit(z); });
+  bool negative = false;
+  for (const double z : all) {
+    negative |= std::signbit(z);
+  }
+  return negative;
 }
 
 }  // namespace

@@ -307,6 +307,15 @@ TEST(Series, AutocorrelationDividesByN) {
   for (const std::size_t lag : {0, 1, 2, 17, 400}) {
     EXPECT_NEAR(byTransform[lag], vx::autocorrelation(x, {lag})[0], 1e-13);
   }
+  // A series of several stretches of the transform.
+  Doubles longer(40000);
+  for (std::size_t i = 0; i < longer.size(); ++i) {
+    longer[i] = std::sin(0.01 * static_cast<double>(i * i % 1009)) + 1e-4 * static_cast<double>(i);
+  }
+  const Doubles many = vx::autocorrelation(longer, 3000);
+  for (const std::size_t lag : {0, 1, 700, 2999, 3000}) {
+    EXPECT_NEAR(many[lag], vx::autocorrelation(longer, {lag})[0], 1e-14) << lag;
+  }
   EXPECT_TRUE(std::isnan(vx::autocorrelation({1, kNan, 2}, 1)[0]));
   EXPECT_EQ(vx::autocorrelation({1, kNan, 2}, 2, {.missing = vx::Missing::omit})[2], -0.5);
   EXPECT_TRUE(std::isnan(vx::autocorrelation({3, 3}, 1)[0]));
