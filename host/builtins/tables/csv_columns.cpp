@@ -20,41 +20,6 @@ bool isUsualMissing(std::string_view cell) {
   return cell.size() <= 4 && kernels::isMissingCell(cell);
 }
 
-constexpr double kPowersOfTen[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
-                                   1e8,  1e9,  1e10, 1e11, 1e12, 1e13, 1e14, 1e15,
-                                   1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
-
-// Sign, digits and a decimal mark, with a value below 2^53 times a power of ten that is a double:
-// their quotient is the double nearest to the decimal (W. Clinger, How to read floating point
-// numbers accurately, PLDI 1990).
-bool plainNumber(std::string_view cell, char decimal, double& value) {
-  const char* p = cell.data();
-  const char* const end = p + cell.size();
-  const bool negative = p != end && *p == '-';
-  p += negative ? 1 : 0;
-  std::uint64_t digits = 0;
-  const char* const first = p;
-  for (; p != end && static_cast<unsigned char>(*p - '0') < 10; ++p) {
-    digits = 10 * digits + static_cast<unsigned char>(*p - '0');
-  }
-  auto count = p - first;
-  std::size_t decimals = 0;
-  if (p != end && *p == decimal) {
-    const char* const fraction = ++p;
-    for (; p != end && static_cast<unsigned char>(*p - '0') < 10; ++p) {
-      digits = 10 * digits + static_cast<unsigned char>(*p - '0');
-    }
-    decimals = static_cast<std::size_t>(p - fraction);
-    count += p - fraction;
-  }
-  if (p != end || count == 0 || count > 18 || digits >= (std::uint64_t{1} << 53)) {
-    return false;
-  }
-  const double magnitude = static_cast<double>(digits) / kPowersOfTen[decimals];
-  value = negative ? -magnitude : magnitude;
-  return true;
-}
-
 std::uint64_t hashOf(std::string_view text) {
   std::uint64_t hash = 0x9E3779B97F4A7C15U ^ text.size();
   const auto stir = [&hash](std::uint64_t word) {
@@ -98,7 +63,7 @@ bool CellRules::isMissingText(Scanner::Cell cell) const {
 
 bool CellRules::number(std::string_view cell, double& value) const {
   cell = kernels::trimmed(cell);  // within quotes
-  if (!plainNumber(cell, decimal, value)) {
+  if (!kernels::plainNumber(cell, decimal, value)) {
     if (isMissing(cell)) {
       value = kMissing;
       return true;
@@ -210,7 +175,7 @@ bool CsvColumn::add(const Scanner::Cell& cell, std::size_t record, const CellRul
       pool_ = std::make_unique<TextPool>();
     }
     codes_.push_back(rules.isMissingText(cell) ? 0 : pool_->number(cell.text));
-    if (numbers_ > 0 && plainNumber(cell.text, rules.decimal, value)) {
+    if (numbers_ > 0 && kernels::plainNumber(cell.text, rules.decimal, value)) {
       ++numbers_;
     }
   }

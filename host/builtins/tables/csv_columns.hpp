@@ -8,9 +8,12 @@
 #include <string_view>
 #include <vector>
 
-#include "builtins/tables/scanner.hpp"
+#include "kernels/csv_scanner.hpp"
+#include "values/kernel_state.hpp"
 
 namespace vexel {
+
+using kernels::Scanner;
 
 // How cells are understood.
 struct CellRules {

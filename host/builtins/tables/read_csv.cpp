@@ -8,6 +8,7 @@
 
 #include "builtins/tables/csv_options.hpp"
 #include "builtins/tables/tables.hpp"
+#include "builtins/tables/text_file.hpp"
 #include "kernels/cell_number.hpp"
 #include "kernels/first_row.hpp"
 #include "values/errors.hpp"
@@ -286,7 +287,7 @@ void CsvReading::readAgain() {
     return;
   }
   file_.rewind();
-  Scanner scanner(state_, file_, options_.separator);
+  Scanner scanner(file_, options_.separator);
   scanner.skipLines(options_.skip);
   const std::size_t headers = *options_.header ? 1 : 0;
   Scanner::Cell cell;
@@ -342,7 +343,7 @@ void CsvReading::tell(const std::string& line) {
 }
 
 ALGEB CsvReading::table() {
-  Scanner scanner(state_, file_, options_.separator);
+  Scanner scanner(file_, options_.separator);
   readHeadings(scanner);
   chooseKinds();
   std::vector<std::size_t> places;
@@ -370,7 +371,7 @@ ALGEB CsvReading::table() {
 }
 
 ALGEB CsvReading::column(ALGEB wanted) {
-  Scanner scanner(state_, file_, options_.separator);
+  Scanner scanner(file_, options_.separator);
   readHeadings(scanner);
   chooseKinds();
   const std::size_t c = place(wanted);
@@ -405,10 +406,21 @@ std::shared_ptr<Report>& lastReport(Call& call) {
 ALGEB readCsv(Call& call) {
   auto report = std::make_shared<Report>();
   CsvReading reading(call, *report);
-  const ALGEB result =
-      call.given("column") ? reading.column(call.value("column")) : reading.table();
-  lastReport(call) = report;
-  return result;
+  try {
+    const ALGEB result =
+        call.given("column") ? reading.column(call.value("column")) : reading.table();
+    lastReport(call) = report;
+    return result;
+  } catch (const kernels::Malformed& e) {
+    raise(
+        call.state(),
+        e.isUnclosed
+            ? "row %1, column %2 of the CSV file opens a quote that the file never closes"
+            : "row %1, column %2 of the CSV file has a quote inside a cell without quotes or text "
+              "behind the closing quote",
+        newInteger(call.state(), static_cast<std::int64_t>(e.record)),
+        newInteger(call.state(), static_cast<std::int64_t>(e.column)));
+  }
 }
 
 ALGEB csvReport(Call& call) {

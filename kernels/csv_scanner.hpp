@@ -5,43 +5,44 @@
 #pragma once
 
 #include <cstddef>
-#include <cstdio>
-#include <memory>
+#include <exception>
 #include <string>
 #include <string_view>
 #include <vector>
 
-#include "values/kernel_state.hpp"
+namespace vexel::kernels {
 
-namespace vexel {
-
-// A file that can be read a second time: one that is no ordinary file is kept in memory.
-class TextFile {
+class TextSource {
  public:
-  TextFile(State& state, ALGEB name);
-  // Up to room bytes from where the last call ended; 0 at the end.
-  std::size_t read(char* to, std::size_t room);
-  void rewind();
-  ALGEB name() const { return name_; }
+  TextSource() = default;
+  TextSource(const TextSource&) = delete;
+  TextSource& operator=(const TextSource&) = delete;
+  virtual ~TextSource() = default;
+  // Up to room bytes from where the last call ended; 0 at the end.  What it throws goes through.
+  virtual std::size_t read(char* to, std::size_t room) = 0;
+};
 
- private:
-  State& state_;
-  ALGEB name_;
-  std::unique_ptr<std::FILE, int (*)(std::FILE*)> file_;
-  bool ordinary_ = false;
-  bool again_ = false;
-  std::string kept_;
-  std::size_t at_ = 0;  // in what is kept
+// What is wrong with the quotes of a cell: one is never closed, or stands inside a cell without
+// quotes or before more text.
+class Malformed : public std::exception {
+ public:
+  Malformed(bool unclosed, std::size_t inRecord, std::size_t inColumn)
+      : isUnclosed(unclosed), record(inRecord), column(inColumn) {}
+  const char* what() const noexcept override { return "malformed separated values"; }
+  bool isUnclosed;
+  std::size_t record;  // from 1, as the column
+  std::size_t column;
 };
 
 class Scanner {
  public:
-  Scanner(State& state, TextFile& file, char separator);
+  Scanner(TextSource& file, char separator);
 
   // Leaves out lines at the start.
   void skipLines(std::size_t n);
 
-  // The next cell.  False at the end of the file.  The text is valid until the next call.
+  // The next cell.  False at the end of the file.  The text is valid until the next call.  Throws
+  // Malformed.
   struct Cell {
     std::string_view text;
     bool quoted = false;
@@ -63,10 +64,8 @@ class Scanner {
   void quotedCell(Cell& cell);
   void plainCell(Cell& cell);
   void finish(Cell& cell);
-  [[noreturn]] void malformed(const char* what);
 
-  State& state_;
-  TextFile& file_;
+  TextSource& file_;
   char separator_;
   Class classes_[256] = {};
   std::vector<char> buffer_;
@@ -79,4 +78,4 @@ class Scanner {
   bool inRecord_ = false;
 };
 
-}  // namespace vexel
+}  // namespace vexel::kernels

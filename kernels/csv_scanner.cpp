@@ -1,82 +1,25 @@
-#include "builtins/tables/scanner.hpp"
+#include "kernels/csv_scanner.hpp"
 
-#include <sys/stat.h>
-
-#include <algorithm>
 #include <cstring>
 
-#include "kernels/text_file.hpp"
-#include "values/errors.hpp"
-#include "values/numbers.hpp"
-#include "values/objects.hpp"
-
-namespace vexel {
+namespace vexel::kernels {
 
 namespace {
 
 constexpr std::size_t kBlock = std::size_t{1} << 18;
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
-std::string unreadable(ALGEB name) {
-  return "unable to read the file %1: " + kernels::whyUnreadable(std::string(text(name)));
-}
-
 }  // namespace
 
-TextFile::TextFile(State& state, ALGEB name)
-    : state_(state), name_(name), file_(nullptr, std::fclose) {
-  if (!is(name, Tag::string)) {
-    raise(state, "expected the name of a file, received: %1", name);
-  }
-  file_.reset(std::fopen(std::string(text(name)).c_str(), "rb"));
-  if (!file_) {
-    raise(state, unreadable(name), name);
-  }
-  std::setvbuf(file_.get(), nullptr, _IONBF, 0);  // blocks go straight to the scanner
-  struct stat status {};
-  ordinary_ = fstat(fileno(file_.get()), &status) == 0 && S_ISREG(status.st_mode);
-}
-
-std::size_t TextFile::read(char* to, std::size_t room) {
-  lookAtInterrupt();
-  if (again_ && !ordinary_) {
-    const std::size_t n = std::min(room, kept_.size() - at_);
-    std::memcpy(to, kept_.data() + at_, n);
-    at_ += n;
-    return n;
-  }
-  const std::size_t n = std::fread(to, 1, room, file_.get());
-  if (n < room && std::ferror(file_.get()) != 0) {
-    lookAtInterrupt();  // which may be what ended the reading
-    raise(state_, unreadable(name_), name_);
-  }
-  if (!ordinary_) {
-    kept_.append(to, n);
-  }
-  return n;
-}
-
-void TextFile::rewind() {
-  again_ = true;
-  at_ = 0;
-  if (ordinary_ && std::fseek(file_.get(), 0, SEEK_SET) != 0) {
-    raise(state_, unreadable(name_), name_);
-  }
-}
-
-Scanner::Scanner(State& state, TextFile& file, char separator)
-    : state_(state), file_(file), separator_(separator), buffer_(kBlock) {
+Scanner::Scanner(TextSource& file, char separator)
+    : file_(file), separator_(separator), buffer_(kBlock) {
   for (const char c : {separator, '\n', '\r'}) {
     classes_[static_cast<unsigned char>(c)] = Class::ends;
   }
   classes_[static_cast<unsigned char>('"')] = Class::quote;
   begin_ = at_ = end_ = buffer_.data();
   refill();
-  const std::string_view start(at_, static_cast<std::size_t>(end_ - at_));
-  if (const std::string_view fault = kernels::whyNoText(start); !fault.empty()) {
-    raise(state, "unable to read the file %1: " + std::string(fault), file.name());
-  }
-  if (start.starts_with(kByteOrderMark)) {
+  if (std::string_view(at_, static_cast<std::size_t>(end_ - at_)).starts_with(kByteOrderMark)) {
     at_ += kByteOrderMark.size();  // which spreadsheets write first
   }
 }
@@ -116,11 +59,6 @@ void Scanner::skipLines(std::size_t n) {
   }
 }
 
-void Scanner::malformed(const char* what) {
-  raise(state_, what, newInteger(state_, static_cast<std::int64_t>(record_)),
-        newInteger(state_, static_cast<std::int64_t>(column_ + 1)));
-}
-
 // Past blanks, and past line ends between records; false at the end of the file.
 bool Scanner::skipToCell() {
   for (;;) {
@@ -149,7 +87,7 @@ void Scanner::quotedCell(Cell& cell) {
   bool whole = true;  // no quote was doubled: the text lies as it is in the buffer
   for (;;) {
     if (atEnd()) {
-      malformed("row %1, column %2 of the CSV file opens a quote that the file never closes");
+      throw Malformed(true, record_, column_ + 1);
     }
     const void* const found = std::memchr(at_, '"', static_cast<std::size_t>(end_ - at_));
     if (found == nullptr) {
@@ -177,9 +115,7 @@ void Scanner::quotedCell(Cell& cell) {
     ++at_;
   }
   if (at_ != end_ && classes_[static_cast<unsigned char>(*at_)] != Class::ends) {
-    malformed(
-        "row %1, column %2 of the CSV file has a quote inside a cell without quotes or text behind "
-        "the closing quote");
+    throw Malformed(false, record_, column_ + 1);
   }
   cell.text = whole ? std::string_view(begin_, length) : std::string_view(unquoted_);
   cell.quoted = true;
@@ -195,9 +131,7 @@ void Scanner::plainCell(Cell& cell) {
     }
   }
   if (at_ != end_ && *at_ == '"') {
-    malformed(
-        "row %1, column %2 of the CSV file has a quote inside a cell without quotes or text behind "
-        "the closing quote");
+    throw Malformed(false, record_, column_ + 1);
   }
   const char* last = at_;
   while (last != begin_ && isBlank(last[-1])) {
@@ -224,4 +158,4 @@ bool Scanner::next(Cell& cell) {
   return true;
 }
 
-}  // namespace vexel
+}  // namespace vexel::kernels
