@@ -73,6 +73,7 @@ class _Csv:
         import pandas
 
         self.path, self.pandas, self.text = path, pandas, text
+        self._require_text()
         # The parsers of numbers that round correctly: from 3.1 on that of default, before it the one so named.
         version = tuple(map(int, re.findall(r"\d+", pandas.__version__)[:2]))
         self.exact = {} if version >= (3, 1) else {"float_precision": "round_trip"}
@@ -98,6 +99,14 @@ class _Csv:
             return (f"row 1 is read as headings, though some are numbers: {shown} "
                     "(headings=False reads them as data)")
         return ""
+
+    def _require_text(self) -> None:
+        with open(self.path, "rb") as file:
+            start = file.read(1 << 16)
+        if start[:2] in (b"\xff\xfe", b"\xfe\xff"):
+            raise ValueError(f"{self.path} is text in UTF-16; save it in UTF-8")
+        if b"\0" in start:
+            raise ValueError(f"{self.path} is no text")
 
     def _form(self, header: int | None) -> dict[str, Any]:
         return {"header": header, "sep": self.text.between, "index_col": False, "skipinitialspace": True,

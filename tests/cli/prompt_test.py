@@ -80,6 +80,9 @@ with tempfile.TemporaryDirectory() as state:
     first.send("maen([1]); myown(1);\n")
     if "is not defined" in first.expect("maen is not defined; ?mean explains"):
         sys.exit("a hint before its time")
+    first.send("sd([1, 2]); help(mean);\n")
+    first.expect("sd is not defined; ?std explains std")
+    first.expect("?name explains one")
     first.send("1 + 1;\n")
     if "is not defined" in first.expect("\n2"):
         sys.exit("a hint for a name like no other")

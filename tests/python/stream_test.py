@@ -170,7 +170,7 @@ def test_no_row_is_lost_for_headings_and_marks_are_as_asked(tmp_path, text, opti
 def test_text_that_is_not_as_asked(tmp_path):
     pytest.importorskip("pandas")
     path = tmp_path / "x.csv"
-    for text, options, told in [("1,2\n", {"column": "y"}, "has no 'y', it has columns 0 to 1; " + DATA),
+    for text, options, told in [("a\0b", {}, "x.csv is no text"), ("1,2\n", {"column": "y"}, "has no 'y', it has columns 0 to 1; " + DATA),
                                 ("x,x\n1,2\n", {"column": "x"}, "several 'x'"),
                                 ("a;b\n1;2\n", {}, "separator: row 1 of .*x.csv has semicolons in its cells; ';' sep"),
                                 ("x\n1\nfour\n", {}, "x.csv: .*four"), ("", {}, "x.csv is empty"),

@@ -100,7 +100,10 @@ Call::Call(State& state, const Signature& signature, ALGEB args, void* context)
       ++next;
     }
     if (at >= values_.size() || (given == x && !signature.parameters[at].byPosition)) {
-      raise(state, signature.function + " takes fewer arguments by position; it is called as " +
+      const auto& all = signature.parameters;
+      const bool isOfData = isNumber(x) && !all.empty() && all.front().name == "x";
+      raise(state, signature.function + " takes fewer arguments by position" +
+                       (isOfData ? ", numbers as one list [1, 2]" : "") + "; it is called as " +
                        signature.text);
     }
     if (values_[at] != nullptr) {
