@@ -61,6 +61,11 @@ def axes():
                         "std": (lambda: vx.std(x, axis=axis), lambda: np.std(x, axis=axis, ddof=1), bn and (lambda: bn.nanstd(x, axis, ddof=1))),
                         "median": (lambda: vx.median(x, axis=axis), lambda: np.median(x, axis=axis), bn and (lambda: bn.median(x, axis))),
                         "minimum": (lambda: vx.quantile(x, 0, axis=axis), lambda: np.min(x, axis=axis), bn and (lambda: bn.nanmin(x, axis))),
+                        "maximum": (lambda: vx.quantile(x, 1, axis=axis), lambda: np.max(x, axis=axis), bn and (lambda: bn.nanmax(x, axis))),
+                        "iqr": (lambda: vx.iqr(x, axis=axis), lambda: np.subtract(*np.quantile(x, [0.75, 0.25], axis=axis)), None),
+                        "sort": (lambda: vx.sort(x, axis=axis), lambda: np.sort(x, axis=axis), None),
+                        "argsort": (lambda: vx.argsort(x, axis=axis), lambda: np.argsort(x, axis=axis, kind="stable"), None),
+                        "rank": (lambda: vx.rank(x, axis=axis), None, bn and (lambda: bn.rankdata(x, axis))),
                         "quartiles": (lambda: vx.quantile(x, [0.25, 0.5, 0.75], axis=axis), lambda: np.quantile(x, [0.25, 0.5, 0.75], axis=axis), None)}
                 for what, (ours, numpys, bns) in jobs.items():
                     yield name(what), ours, {"numpy": numpys, "bottleneck": bns}

@@ -31,6 +31,10 @@ class ColumnStrip {
   void exchange(std::span<const kernels::Exchange> network) {
     kernels::exchangeInStrip(rows_, network);
   }
+  // As above, with places of the rows, in memory of the caller.
+  void exchange(std::span<const kernels::Exchange> network, double* places) {
+    kernels::exchangeWithPlaces(rows_, places, network);
+  }
   double* row(std::size_t i) { return rows_ + width * i; }
 
  private:

@@ -11,6 +11,7 @@
 #include <vexel/data.hpp>
 #include <vexel/descriptive.hpp>
 #include <vexel/export.hpp>
+#include <vexel/ordering.hpp>
 
 namespace vexel {
 
@@ -70,5 +71,24 @@ VEXEL_API void order_statistic(const Columns& columns, std::span<const std::int6
                                std::span<double> out, const WeightedOptions& options = {});
 VEXEL_API void five_number(const Columns& columns, std::span<FiveNumber> out,
                            const WeightedOptions& options = {});
+
+// Where as many results go as there are elements: of element i of variable j to
+// first[i * stride + j * apart], outside the data.
+template <typename T>
+struct ColumnsOut {
+  T* first;
+  std::ptrdiff_t stride = 1;
+  std::ptrdiff_t apart = 1;
+};
+
+// T is the element type.  What omit leaves out is NaN, at the end.
+template <DataElement T>
+VEXEL_API void sort(const Columns& columns, const ColumnsOut<T>& out,
+                    const SortOptions& options = {});
+// Missing elements come last, whatever the options say.
+VEXEL_API void argsort(const Columns& columns, const ColumnsOut<std::int64_t>& out,
+                       const SortOptions& options = {});
+VEXEL_API void rank(const Columns& columns, const ColumnsOut<double>& out,
+                    const RankOptions& options = {});
 
 }  // namespace vexel

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <utility>
 
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "kernels/vector/column_order.cpp"
@@ -17,6 +18,29 @@ namespace {
 
 HWY_INLINE Register smaller(Register a, Register b) { return hn::Min(a, b); }
 HWY_INLINE Register larger(Register a, Register b) { return hn::Max(a, b); }
+
+struct Two {
+  Register low;
+  Register high;
+
+  HWY_INLINE Two(const double* a, const double* b) : low(read(a)), high(read(b)) {}
+  HWY_INLINE void store(double* a, double* b) const {
+    write(low, a);
+    write(high, b);
+  }
+};
+
+HWY_INLINE void order(Two& x, Two& places) {
+  const auto swap = hn::Or(hn::Gt(x.low, x.high),
+                           hn::And(hn::Eq(x.low, x.high), hn::Gt(places.low, places.high)));
+  const auto exchange = [&](Two& two) HWY_ATTR {
+    const Register low = two.low;
+    two.low = hn::IfThenElse(swap, two.high, low);
+    two.high = hn::IfThenElse(swap, low, two.high);
+  };
+  exchange(x);
+  exchange(places);
+}
 
 // Counts in ones, and returns x without NaN.
 HWY_INLINE Register take(Register x, Register& missing, Register& negativeZeros) {
@@ -34,6 +58,24 @@ HWY_INLINE Register take(Register x, Register& missing, Register& negativeZeros)
 
 inline double smaller(double a, double b) { return std::min(a, b); }
 inline double larger(double a, double b) { return std::max(a, b); }
+
+struct Two {
+  double low;
+  double high;
+
+  Two(const double* a, const double* b) : low(*a), high(*b) {}
+  void store(double* a, double* b) const {
+    *a = low;
+    *b = high;
+  }
+};
+
+inline void order(Two& x, Two& places) {
+  if (x.low > x.high || (x.low == x.high && places.low > places.high)) {
+    std::swap(x.low, x.high);
+    std::swap(places.low, places.high);
+  }
+}
 
 inline double take(double x, double& missing, double& negativeZeros) {
   missing += std::isnan(x) ? 1.0 : 0.0;
@@ -69,6 +111,20 @@ void exchangeInStrip(double* rows, std::span<const Exchange> exchanges) {
   }
 }
 
+void exchangeWithPlaces(double* rows, double* places, std::span<const Exchange> exchanges) {
+  for (const Exchange& e : exchanges) {
+    const std::size_t low = stripWidth * e.low;
+    const std::size_t high = stripWidth * e.high;
+    for (std::size_t part = 0; part < stripWidth; part += kLanes) {
+      Two x(rows + low + part, rows + high + part);
+      Two place(places + low + part, places + high + part);
+      order(x, place);
+      x.store(rows + low + part, rows + high + part);
+      place.store(places + low + part, places + high + part);
+    }
+  }
+}
+
 }  // namespace
 }  // namespace vexel::kernels::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();
@@ -79,12 +135,16 @@ namespace vexel::kernels {
 
 HWY_EXPORT(lookAtStrip);
 HWY_EXPORT(exchangeInStrip);
+HWY_EXPORT(exchangeWithPlaces);
 
 void lookAtStrip(double* rows, std::size_t n, StripFacts& facts) {
   HWY_DYNAMIC_DISPATCH(lookAtStrip)(rows, n, facts);
 }
 void exchangeInStrip(double* rows, std::span<const Exchange> exchanges) {
   HWY_DYNAMIC_DISPATCH(exchangeInStrip)(rows, exchanges);
+}
+void exchangeWithPlaces(double* rows, double* places, std::span<const Exchange> exchanges) {
+  HWY_DYNAMIC_DISPATCH(exchangeWithPlaces)(rows, places, exchanges);
 }
 
 }  // namespace vexel::kernels

@@ -23,4 +23,8 @@ void lookAtStrip(double* rows, std::size_t n, StripFacts& facts);
 // All exchanges in each column.  Of zeros of both signs one may come out twice.
 void exchangeInStrip(double* rows, std::span<const Exchange> exchanges);
 
+// Moves rows of places, whole numbers, along with the elements; equal elements, zeros of either
+// sign too, get into the order of their places.
+void exchangeWithPlaces(double* rows, double* places, std::span<const Exchange> exchanges);
+
 }  // namespace vexel::kernels

@@ -212,10 +212,10 @@ void reduceMany(const Lanes& lanes, const ReductionOfMany& ofMany, std::span<dou
   for (std::size_t i = 0; i < lanes.count(); i += together) {
     work.part(i / together, lanes.count() / together);
     if (inPlace) {
-      ofMany.reduce(lanes.columns(i), results.subspan(i, each * together));
+      ofMany.reduce(lanes.columns(i, together), results.subspan(i, each * together));
       continue;
     }
-    ofMany.reduce(lanes.columns(i), some);
+    ofMany.reduce(lanes.columns(i, together), some);
     for (std::size_t k = 0; k < each; ++k) {
       std::copy_n(&some[k * together], together, &results[k * lanes.count() + i]);
     }
@@ -298,6 +298,60 @@ void fillMissing(char* lane, Element element, std::size_t from, std::size_t to) 
 
 }  // namespace
 
+namespace {
+
+// The results of lanes, in an array of the shape of theirs.
+struct MappedLanes {
+  char* first;
+  std::ptrdiff_t step;               // from an element of a lane to the next one, in bytes
+  std::vector<py::ssize_t> strides;  // of the other axes
+  Element element;
+
+  MappedLanes(py::array& result, int along, Element e)
+      : first(static_cast<char*>(result.mutable_data())),
+        step(result.strides(along)),
+        strides(result.strides(), result.strides() + result.ndim()),
+        element(e) {
+    strides.erase(strides.begin() + along);
+  }
+};
+
+void mapLanes(const Lanes& lanes, WeightLanes& weights, const Mapping& mapping,
+              const MappedLanes& to, Work& work) {
+  LaneReader reader(lanes);
+  const std::size_t width = elementSize(to.element);
+  const std::size_t n = lanes.length();
+  std::vector<char> one(n * width);
+  for (std::size_t i = 0; i < lanes.count(); ++i) {
+    work.part(i, lanes.count());
+    fillMissing(one.data(), to.element, mapping(reader[i], weights[i], one.data()), n);
+    char* place = to.first + lanes.offset(i, to.strides);
+    for (const char* from = one.data(); from < one.data() + one.size(); from += width) {
+      std::memcpy(place, from, width);
+      place += to.step;
+    }
+  }
+}
+
+// False where the lanes are too long, or lie too irregularly.
+bool mapMany(const Lanes& lanes, const MappingOfMany& ofMany, const MappedLanes& to, Work& work) {
+  const auto width = static_cast<std::ptrdiff_t>(elementSize(to.element));
+  const std::size_t together = std::min(lanes.together(), lanes.together(to.strides));
+  const bool whole = std::ranges::all_of(to.strides, [&](auto s) { return s % width == 0; });
+  if (!ofMany.map || together < ofMany.fewest || lanes.length() > ofMany.longest || !whole ||
+      to.step % width != 0) {
+    return false;
+  }
+  for (std::size_t i = 0; i < lanes.count(); i += together) {
+    work.part(i / together, lanes.count() / together);
+    ofMany.map(lanes.columns(i, together), to.first + lanes.offset(i, to.strides), to.step / width,
+               to.strides.back() / width);
+  }
+  return true;
+}
+
+}  // namespace
+
 py::array map(Input& x, Input& weights, const MapArguments& a, const Mapping& mapping) {
   if (a.axis.is_none() || x.dimensions() == 1) {
     if (!a.axis.is_none()) {
@@ -310,31 +364,18 @@ py::array map(Input& x, Input& weights, const MapArguments& a, const Mapping& ma
   }
   const int along = readAxis(a.axis, x.dimensions());
   const Lanes lanes(x, along);
-  LaneReader reader(lanes);
   WeightLanes weightLanes(weights, x, along);
   py::array result = outputArray(a.out, x.shape(), a.element);
   if (overlap(x, weights, result)) {
     const py::object out = result;
-    result = map(x, weights, {a.axis, py::none(), a.progress, a.element}, mapping);
+    result = map(x, weights, {a.axis, py::none(), a.progress, a.element, a.ofMany}, mapping);
     out[py::ellipsis()] = result;
     return out;
   }
-  std::vector<py::ssize_t> strides(result.strides(), result.strides() + result.ndim());
-  const std::ptrdiff_t step = strides[static_cast<std::size_t>(along)];
-  strides.erase(strides.begin() + along);
-  char* const first = static_cast<char*>(result.mutable_data());
-  const std::size_t width = elementSize(a.element);
-  const auto n = static_cast<std::size_t>(x.shape()[static_cast<std::size_t>(along)]);
-  std::vector<char> one(n * width);
+  const MappedLanes to(result, along, a.element);
   Work work(x.size(), a.progress);
-  for (std::size_t i = 0; i < lanes.count(); ++i) {
-    work.part(i, lanes.count());
-    fillMissing(one.data(), a.element, mapping(reader[i], weightLanes[i], one.data()), n);
-    char* to = first + lanes.offset(i, strides);
-    for (const char* from = one.data(); from < one.data() + one.size(); from += width) {
-      std::memcpy(to, from, width);
-      to += step;
-    }
+  if (weights.given() || !mapMany(lanes, a.ofMany, to, work)) {
+    mapLanes(lanes, weightLanes, mapping, to, work);
   }
   return result;
 }

@@ -90,11 +90,22 @@ py::object reduce(Input& x, Input& weights, const ReduceArguments& arguments,
 // n elements from n; returns how many it wrote, which is fewer only where missing ones go.
 using Mapping = std::function<std::size_t(const Data& x, const Data& w, void* result)>;
 
+// The same of many lanes at once: element i of lane j to element i * stride + j * apart behind
+// first.
+struct MappingOfMany {
+  std::function<void(const Columns& lanes, void* first, std::ptrdiff_t stride,
+                     std::ptrdiff_t apart)>
+      map = nullptr;
+  std::size_t longest = 0;
+  std::size_t fewest = 16;
+};
+
 struct MapArguments {
   py::handle axis;  // None: of all elements, as one dimension
   py::handle out = py::none();
   py::handle progress = py::none();
   Element element = Element::float64;  // of the result
+  MappingOfMany ofMany = {};           // used without weights
 };
 
 // The mapping of every lane along the axis, in an array of the same shape.

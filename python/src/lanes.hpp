@@ -42,20 +42,22 @@ class Lanes {
   std::ptrdiff_t neighbour() const { return strides_.empty() ? 0 : strides_.back(); }
   // How many lanes, counted from the first and from every multiple of that number, lie at one
   // distance from each other.
-  std::size_t together() const {
+  std::size_t together() const { return together(strides_); }
+  // In an array of the same shape and these strides of the other axes.
+  std::size_t together(const std::vector<py::ssize_t>& strides) const {
     std::size_t n = rest_.empty() ? 1 : static_cast<std::size_t>(rest_.back());
     for (std::size_t i = rest_.size(); i-- > 1;) {
-      if (strides_[i - 1] != neighbour() * static_cast<std::ptrdiff_t>(n)) {
+      if (strides[i - 1] != strides.back() * static_cast<std::ptrdiff_t>(n)) {
         break;
       }
       n *= static_cast<std::size_t>(rest_[i - 1]);
     }
     return n;
   }
-  // Those from this one on.
-  Columns columns(std::size_t lane) const {
+  // Some lanes from this one on.
+  Columns columns(std::size_t lane, std::size_t count) const {
     const auto width = static_cast<std::ptrdiff_t>(elementSize(x_.element()));
-    return {(*this)[lane], together(), neighbour() / width};
+    return {(*this)[lane], count, neighbour() / width};
   }
   // How many lanes from this one on lie so.
   std::size_t run(std::size_t lane) const {

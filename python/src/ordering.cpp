@@ -1,4 +1,5 @@
 // Sorting, ranks, tallies, histograms, cumulative sums, trimming.
+#include <vexel/columns.hpp>
 #include <vexel/ordering.hpp>
 
 #include "bindings.hpp"
@@ -23,13 +24,24 @@ auto byElement(Element element, F&& f) {
   }
 }
 
+// What orders short lanes many at a time; large integers go one by one.
+template <typename F>
+MappingOfMany ofShort(const Input& x, F map, std::size_t longest) {
+  return x.dimensions() < 2 || x.element() == Element::int64 ? MappingOfMany()
+                                                             : MappingOfMany{map, longest};
+}
+
 py::array sortOf(py::handle object, py::handle axis, py::handle policy, py::handle out,
                  py::handle progress) {
   Input x(object, "x");
   Input none(py::none(), "weights", Input::optional);
   const SortOptions options{.missing = missingPolicy(policy)};
   return byElement(x.element(), [&]<typename T>() {
-    return map(x, none, {axis, out, progress, x.element()},
+    const auto many = [&](const Columns& lanes, void* to, std::ptrdiff_t stride,
+                          std::ptrdiff_t apart) {
+      vexel::sort(lanes, ColumnsOut<T>{static_cast<T*>(to), stride, apart}, options);
+    };
+    return map(x, none, {axis, out, progress, x.element(), ofShort(x, many, 512)},
                [&](const Data& lane, const Data&, void* to) {
                  return vexel::sort(lane, std::span(static_cast<T*>(to), lane.size()), options);
                });
@@ -41,7 +53,12 @@ py::array argsortOf(py::handle object, py::handle axis, py::handle policy, py::h
   Input x(object, "x");
   Input none(py::none(), "weights", Input::optional);
   const SortOptions options{.missing = missingPolicy(policy)};
-  return map(x, none, {axis, out, progress, Element::int64},
+  const auto many = [&](const Columns& lanes, void* to, std::ptrdiff_t stride,
+                        std::ptrdiff_t apart) {
+    vexel::argsort(lanes, ColumnsOut<std::int64_t>{static_cast<std::int64_t*>(to), stride, apart},
+                   options);
+  };
+  return map(x, none, {axis, out, progress, Element::int64, ofShort(x, many, 256)},
              [&](const Data& lane, const Data&, void* to) {
                const std::span place(static_cast<std::int64_t*>(to), lane.size());
                const std::size_t n = vexel::argsort(lane, place, options);
@@ -55,10 +72,15 @@ py::array rankOf(py::handle object, py::handle method, py::handle axis, py::hand
   Input none(py::none(), "weights", Input::optional);
   const RankOptions options{.method = choose<RankMethod>(method, "method"),
                             .missing = missingPolicy(policy)};
-  return map(x, none, {axis, out, progress}, [&](const Data& lane, const Data&, void* to) {
-    vexel::rank(lane, std::span(static_cast<double*>(to), lane.size()), options);
-    return lane.size();
-  });
+  const auto many = [&](const Columns& lanes, void* to, std::ptrdiff_t stride,
+                        std::ptrdiff_t apart) {
+    vexel::rank(lanes, ColumnsOut<double>{static_cast<double*>(to), stride, apart}, options);
+  };
+  return map(x, none, {axis, out, progress, Element::float64, ofShort(x, many, 256)},
+             [&](const Data& lane, const Data&, void* to) {
+               vexel::rank(lane, std::span(static_cast<double*>(to), lane.size()), options);
+               return lane.size();
+             });
 }
 
 py::tuple tallyOf(py::handle object, py::handle weights, py::handle policy, py::handle progress) {

@@ -19,6 +19,7 @@
 namespace {
 
 using vexel::Columns;
+using vexel::ColumnsOut;
 using vexel::Data;
 using vexel::Missing;
 using vexel::QuantileMethod;
@@ -197,6 +198,66 @@ TEST(Columns, OrderStatisticsHaveTheBitsOfColumnsAlone) {
   }
 }
 
+// As numbers 0 to n - 1 of each column: the results of its elements, along columns and across.
+template <typename T, typename Many, typename Alone>
+void expectSameElements(const Columns& columns, Many many, Alone alone, const std::string& what) {
+  const std::size_t n = columns.first().size();
+  const std::size_t count = columns.count();
+  std::vector<T> down(n * count), across(n * count), one(n);
+  many(ColumnsOut<T>{down.data(), 1, static_cast<std::ptrdiff_t>(n)});
+  many(ColumnsOut<T>{across.data(), static_cast<std::ptrdiff_t>(count), 1});
+  for (std::size_t j = 0; j < count; ++j) {
+    alone(columns[j], one);
+    for (std::size_t i = 0; i < n; ++i) {
+      const double expected = static_cast<double>(one[i]);
+      ASSERT_TRUE(same(static_cast<double>(down[j * n + i]), expected) &&
+                  same(static_cast<double>(across[i * count + j]), expected))
+          << what << " of " << n << ", column " << j << ", element " << i << ": " << expected;
+    }
+  }
+}
+
+template <typename T>
+void expectSameOrders(const Columns& columns) {
+  const auto sorting = [&](const ColumnsOut<T>& out) { vexel::sort<T>(columns, out); };
+  expectSameElements<T>(
+      columns, sorting, [](Data x, auto& out) { vexel::sort<T>(x, std::span<T>(out)); }, "sort");
+  expectSameElements<std::int64_t>(
+      columns, [&](const ColumnsOut<std::int64_t>& out) { vexel::argsort(columns, out); },
+      [](Data x, auto& out) { vexel::argsort(x, std::span<std::int64_t>(out)); }, "argsort");
+  for (const vexel::RankMethod method :
+       {vexel::RankMethod::average, vexel::RankMethod::min, vexel::RankMethod::max,
+        vexel::RankMethod::dense, vexel::RankMethod::ordinal}) {
+    expectSameElements<double>(
+        columns, [&](const ColumnsOut<double>& out) { vexel::rank(columns, out, {method}); },
+        [&](Data x, auto& out) { vexel::rank(x, std::span<double>(out), {method}); }, "rank");
+  }
+}
+
+TEST(Columns, OrdersAreThoseOfColumnsAlone) {
+  for (const std::size_t width : {1, 8, 13, 50}) {
+    for (std::size_t rows = 0; rows < 600; rows = 3 * rows + 2) {
+      Vector table = hardTable(rows, width);
+      for (std::size_t i = 0; i < table.size(); i += 3) {
+        table[i] = std::round(table[i]);
+      }
+      const auto stride = static_cast<std::ptrdiff_t>(width);
+      const std::vector<float> narrow(table.begin(), table.end());
+      std::vector<std::int64_t> large(table.size());
+      std::transform(table.begin(), table.end(), large.begin(), [](double x) {
+        return std::fabs(x) < 9 ? (std::int64_t{1} << 53) + static_cast<std::int64_t>(x) : 1;
+      });
+      const std::vector<std::int32_t> whole(large.begin(), large.end());
+      expectSameOrders<double>({Data(table.data(), rows, stride), width});
+      expectSameOrders<double>({Data(table.data(), width), rows, stride});
+      expectSameOrders<float>({Data(narrow.data(), rows, stride), width});
+      expectSameOrders<float>({Data(narrow.data(), width), rows, stride});
+      expectSameOrders<std::int32_t>({Data(whole.data(), rows, stride), width});
+      expectSameOrders<std::int64_t>({Data(large.data(), width), rows, stride});
+    }
+  }
+}
+
 TEST(Columns, RefuseWhatOneOfThemWouldRefuse) {
   const Vector table = {1.0, std::nan(""), 3.0, std::nan(""), 5.0, std::nan("")};
   const Columns columns(Data(table.data(), 3, 2), 2);
@@ -210,6 +271,12 @@ TEST(Columns, RefuseWhatOneOfThemWouldRefuse) {
   EXPECT_THROW(vexel::quantile(columns, {0.0}, out, {.missing = Missing::raise}),
                std::invalid_argument);
   EXPECT_THROW(vexel::quantile(columns, {0.0, 0.5}, out), std::length_error);
+  Vector places(6);
+  EXPECT_THROW(vexel::rank(columns, {places.data(), 1, 3}, {.missing = Missing::raise}),
+               std::invalid_argument);
+  vexel::sort<double>(columns, {places.data(), 1, 3}, {.missing = Missing::omit});
+  EXPECT_THAT(places,
+              testing::Pointwise(testing::NanSensitiveDoubleEq(), Vector{1, 3, 5, NAN, NAN, NAN}));
   EXPECT_THROW(vexel::mean(columns, std::span(out).first(1)), std::length_error);
   const Vector weights = {1.0, 2.0, 0.0};
   vexel::median(columns, out, {.weights = weights});

@@ -48,7 +48,12 @@ void addDescriptive(std::vector<Job>& all) {
     vx::median(rows, medians);
     vx::median_absolute_deviation(rows, distances);
     vx::quantile(columns, {0.0, 1.0}, ends);
-    return Vector{means[0], means[4], deviations[1], medians[2], distances[3], ends[0], ends[9]};
+    Vector ranks(many.size());
+    Vector sorted(many.size());
+    vx::rank(rows, {ranks.data(), 1, count});
+    vx::sort<double>(rows, {sorted.data(), 1, count});
+    return Vector{means[0], means[4], deviations[1], medians[2], distances[3],
+                  ends[0],  ends[9],  ranks[7],      sorted[9]};
   });
   add(all, "moments", [] {
     return Vector{vx::var(kPoints), vx::std(kPoints, {.weights = kWeights}), vx::skewness(kPoints),

@@ -123,6 +123,11 @@ def test_orders_of_lanes_have_the_bits_of_lanes_alone(kind):
                         found = found.reshape(expected.shape)
                         np.testing.assert_array_equal(found, expected)
                         np.testing.assert_array_equal(np.signbit(found[found == 0]), np.signbit(expected[found == 0]))
+                for f in (vx.sort, vx.argsort, vx.rank, partial(vx.rank, method="dense")):
+                    expected = np.array([f(lane.copy()) for lane in lanes])
+                    for out in (None, np.asfortranarray(f(view, axis=axis)), np.repeat(f(view, axis=axis), 2, 0)[::2]):
+                        found = f(view, axis=axis, out=out)
+                        np.testing.assert_array_equal(np.moveaxis(found, axis, -1).reshape(expected.shape), expected)
 
 
 def test_large_unsigned_numbers_are_ordered_exactly():
