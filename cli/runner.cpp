@@ -96,9 +96,16 @@ void printPlaces(const vexel::Outcome& outcome, const std::string& source) {
 void Runner::warnOfMisspelling(const vexel::Outcome& outcome, const std::string& source) {
   const std::string function = unknownFunction(kernel_, outcome.value);
   const bool isEntry = function.starts_with("STATS_") || function.starts_with("Vexel");
-  const std::string meant = function.empty() ? "" : meantName(function);
-  const bool isOfElsewhere = meant != similarName(function);
-  if (meant.empty() || meant == function || !(outcome.printed || isEntry || isOfElsewhere)) {
+  if (function.empty() || (!isEntry && symbols_.contains(function))) {
+    return;
+  }
+  const std::string meant = meantName(function);
+  const bool isNone = meant.empty() || meant == function;
+  if (!isNone && !outcome.printed && !isEntry && meant == similarName(function)) {
+    return;
+  }
+  symbols_.insert(function);
+  if (isNone) {
     return;
   }
   std::cout.flush();

@@ -1,6 +1,7 @@
 // Running texts statement by statement and reporting values and errors.
 #pragma once
 
+#include <set>
 #include <string>
 #include <vexel/kernel.hpp>
 #include <vexel/session.hpp>
@@ -39,6 +40,7 @@ class Runner {
 
   vexel::Kernel& kernel_;
   const Options& options_;
+  std::set<std::string> symbols_;  // functions that were told of, or need not be
   bool failed_ = false;
   bool finished_ = false;
   bool shorten_ = false;

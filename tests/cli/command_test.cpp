@@ -229,6 +229,8 @@ TEST_F(CommandTest, SlipsAreToldWhatToWrite) {
     EXPECT_EQ(outcome.errors.empty(), *row.errors == '\0') << row.arguments << outcome.errors;
   }
   EXPECT_THAT(run("-e '?mean' -e 2").out, AllOf(StartsWith("mean(x; weights"), EndsWith("\n2\n")));
+  EXPECT_EQ(run("-e 'maen([1]); maen([2]);'").errors,  // told once
+            "Warning, maen is not defined; mean is\n  at -e, line 1, column 1\n");
   EXPECT_EQ(run("-e ?").out, run("-e '?help'").out);
   EXPECT_THAT(run(file("y.csv", "x\n1\n")).errors, HasSubstr("gives the statistics of data\n"));
 }
