@@ -93,9 +93,8 @@ void median_absolute_deviation(const Columns& columns, std::span<double> out,
   const auto alone = [&](std::size_t j) {
     out[j] = median_absolute_deviation(columns[j], options);
   };
-  const std::size_t n = columns.first().size();
   const std::size_t count = columns.count();
-  if (options.weights.given() || n == 0 || n > ColumnStrip::longest) {
+  if (options.weights.given() || !ColumnStrip::serves(columns)) {
     for (std::size_t j = 0; j < count; ++j) {
       alone(j);
       kernels::poll(static_cast<double>(j + 1) / static_cast<double>(count));

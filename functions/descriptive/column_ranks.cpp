@@ -243,7 +243,7 @@ void ranksOfColumns(const Columns& columns, const RanksOfColumns& wanted) {
       OuterColumns(columns, wanted, std::move(spots)).go();
       return;
     }
-    if (n <= ColumnStrip::longest && !spots.empty()) {
+    if (ColumnStrip::serves(columns) && !spots.empty()) {
       SortedColumns(columns, wanted).go();
       return;
     }

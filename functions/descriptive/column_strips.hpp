@@ -14,8 +14,13 @@ namespace vexel {
 class ColumnStrip {
  public:
   static constexpr std::size_t width = kernels::stripWidth;
-  // Longer columns are better served one by one.
-  static constexpr std::size_t longest = 512;
+  // Whether columns are better sorted so than one by one: not long ones, nor so few that making the
+  // network takes longer.
+  static bool serves(const Columns& columns) {
+    const std::size_t n = columns.first().size();
+    return n > 0 && n <= longest && n <= 8 * columns.count() + 64;
+  }
+  static constexpr std::size_t longest = 1024;
 
   explicit ColumnStrip(const Columns& columns);
 

@@ -21,7 +21,9 @@ namespace vexel {
 namespace {
 
 constexpr std::size_t kWidth = ColumnStrip::width;
-constexpr std::size_t kLongestWithPlaces = 256;  // places take twice the work
+// Longer ones are better sorted one by one; places take twice the work.
+constexpr std::size_t kLongest = 512;
+constexpr std::size_t kLongestWithPlaces = 256;
 
 template <typename T>
 void scatter(std::span<const T> from, const ColumnsOut<T>& out, std::size_t j) {
@@ -98,7 +100,7 @@ void onStrips(const Columns& columns, std::size_t longest, Strip strip, Alone al
   const std::size_t n = columns.first().size();
   const auto count = static_cast<double>(columns.count());
   const bool served =
-      n > 0 && n <= longest && columns.first().element() != Element::int64 && columns.count() > 1;
+      ColumnStrip::serves(columns) && n <= longest && columns.first().element() != Element::int64;
   const std::size_t step = served ? kWidth : 1;
   const std::size_t some = (std::size_t{1} << 18) / (step * std::max(n, std::size_t{1})) + 1;
   std::size_t steps = 0;
@@ -202,7 +204,7 @@ void sort(const Columns& columns, const ColumnsOut<T>& out, const SortOptions& o
   };
   std::optional<Sorter<T>> sorter;
   onStrips(
-      columns, ColumnStrip::longest,
+      columns, kLongest,
       [&](std::size_t begin) {
         if (!sorter) {
           sorter.emplace(columns, out);

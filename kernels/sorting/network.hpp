@@ -1,8 +1,8 @@
 // Sorting networks: comparisons that sort any n elements, or put some ranks at their places.
 //
 // K. E. Batcher, Sorting networks and their applications, 1968, for any n as in D. E. Knuth, The
-// Art of Computer Programming 3, section 5.2.2, algorithm M.  Of 10 elements 32 comparisons, of 100
-// 1,400.
+// Art of Computer Programming 3, section 5.2.2, algorithm M.  Of 10 elements 31 comparisons, of 100
+// 1,077, of 1000 23,499.
 #pragma once
 
 #include <cstddef>

@@ -200,6 +200,7 @@ bool manyAtATime(const Lanes& lanes, const ReductionOfMany& ofMany) {
   const auto width = static_cast<std::ptrdiff_t>(elementSize(lanes.input().element()));
   const bool beside = lanes.neighbour() == width;
   return ofMany.reduce && lanes.together() >= ofMany.fewest &&
+         lanes.length() / ofMany.lengthPerLane <= lanes.together() &&
          lanes.length() <= (beside ? ofMany.longestBeside : ofMany.longest);
 }
 
@@ -338,8 +339,8 @@ bool mapMany(const Lanes& lanes, const MappingOfMany& ofMany, const MappedLanes&
   const auto width = static_cast<std::ptrdiff_t>(elementSize(to.element));
   const std::size_t together = std::min(lanes.together(), lanes.together(to.strides));
   const bool whole = std::ranges::all_of(to.strides, [&](auto s) { return s % width == 0; });
-  if (!ofMany.map || together < ofMany.fewest || lanes.length() > ofMany.longest || !whole ||
-      to.step % width != 0) {
+  if (!ofMany.map || together < ofMany.fewest || lanes.length() > ofMany.longest ||
+      lanes.length() > ofMany.lengthPerLane * together || !whole || to.step % width != 0) {
     return false;
   }
   for (std::size_t i = 0; i < lanes.count(); i += together) {

@@ -69,7 +69,8 @@ struct ReductionOfMany {
   // The longest lanes that it serves best, side by side in memory and otherwise.
   std::size_t longest = 0;
   std::size_t longestBeside = unlimited;
-  std::size_t fewest = 2;  // of lanes at one distance from each other
+  std::size_t fewest = 2;                 // of lanes at one distance from each other
+  std::size_t lengthPerLane = unlimited;  // so many times as long as there are lanes of that kind
 
   static constexpr std::size_t unlimited = static_cast<std::size_t>(-1);
 };
@@ -98,6 +99,7 @@ struct MappingOfMany {
       map = nullptr;
   std::size_t longest = 0;
   std::size_t fewest = 16;
+  std::size_t lengthPerLane = 8;
 };
 
 struct MapArguments {

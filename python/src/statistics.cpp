@@ -36,9 +36,9 @@ py::object reduction(py::handle object, const Common& c, F f, const ReductionOfM
 // What sorts short lanes many at a time; nothing for all elements.
 template <typename F>
 ReductionOfMany shortLanes(py::handle axis, F reduce) {
-  constexpr std::size_t longest = 512;
+  constexpr std::size_t longest = 1024;
   constexpr std::size_t fewest = 16;
-  return axis.is_none() ? ReductionOfMany() : ReductionOfMany{reduce, longest, longest, fewest};
+  return axis.is_none() ? ReductionOfMany() : ReductionOfMany{reduce, longest, longest, fewest, 8};
 }
 
 py::object meanOf(py::handle x, py::handle kind, py::handle weights, py::handle policy,
@@ -163,6 +163,7 @@ ReductionOfMany quantilesOfMany(py::handle axis, const Data& q, const QuantileOp
   if (ends) {
     many.longest = many.longestBeside = ReductionOfMany::unlimited;
     many.fewest = 2;
+    many.lengthPerLane = ReductionOfMany::unlimited;
   }
   return many;
 }
