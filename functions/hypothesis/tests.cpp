@@ -2,8 +2,10 @@
 #include <nag2/nag2.h>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <limits>
+#include <span>
 
 #include "functions/data/elements.hpp"
 #include "functions/data/sample.hpp"
@@ -20,7 +22,7 @@ namespace vexel {
 namespace {
 
 constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
-constexpr std::size_t kValuesToPoll = 1U << 14U;  // of a distribution function
+constexpr std::size_t kValuesAtATime = 2048;  // of a distribution function
 constexpr TestResult kNothing{kNan, kNan};
 
 using kernels::DoubleDouble;
@@ -99,27 +101,30 @@ TestResult shapiro(Data x, const TestOptions& options) {
   return fail.code == NAG2_OK ? result : kNothing;
 }
 
-TestResult ks_test(Data x, double (*cdf)(const void* law, double t), const void* law,
-                   const TestOptions& options) {
+TestResult ks_test(Data x, CdfOfMany cdf, const void* law, const TestOptions& options) {
   const Ordered sample(x, options.missing);
   if (sample.broken || sample.values.empty()) {
     return kNothing;
   }
   const auto n = static_cast<double>(sample.values.size());
   double distance = 0;
-  for (std::size_t i = 0; i < sample.values.size(); ++i) {
-    if (i % kValuesToPoll == 0) {
-      kernels::poll(static_cast<double>(i) / n);
+  std::array<double, kValuesAtATime> found;
+  for (std::size_t begin = 0; begin < sample.values.size(); begin += kValuesAtATime) {
+    kernels::poll(static_cast<double>(begin) / n);
+    const auto values = std::span(sample.values).subspan(begin);
+    const auto at = values.first(std::min(kValuesAtATime, values.size()));
+    cdf(law, at, std::span(found).first(at.size()));
+    for (std::size_t i = 0; i < at.size(); ++i) {
+      const double f = found[i];
+      if (std::isnan(f)) {
+        return kNothing;
+      }
+      if (f < 0 || f > 1) {
+        throw std::domain_error(mustBe("distribution", "probabilities", number(f)));
+      }
+      const auto k = static_cast<double>(begin + i);
+      distance = std::max({distance, (k + 1) / n - f, f - k / n});
     }
-    const double f = cdf(law, sample.values[i]);
-    if (std::isnan(f)) {
-      return kNothing;
-    }
-    if (f < 0 || f > 1) {
-      throw std::domain_error(mustBe("distribution", "probabilities", number(f)));
-    }
-    const auto k = static_cast<double>(i);
-    distance = std::max({distance, (k + 1) / n - f, f - k / n});
   }
   return {distance, kolmogorovTail(sample.values.size(), distance)};
 }

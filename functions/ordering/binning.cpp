@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <string>
 #include <vexel/errors.hpp>
 
@@ -73,13 +74,43 @@ const double* asDoubles(const T* x, std::size_t n, double* room) {
 
 }  // namespace
 
+Binning::BinsOfCells Binning::binsOfCells(std::size_t elements) const {
+  constexpr std::size_t kMostCells = std::size_t{1} << 14;  // what the nearest cache holds
+  constexpr std::size_t kCellsOfABin = 32;
+  const std::size_t count = std::min(kMostCells, std::bit_ceil(kCellsOfABin * bins_));
+  const double low = edges_[0];
+  const double scale = static_cast<double>(count) / (edges_[bins_] - low);
+  if (elements < 4 * count || !std::isfinite(scale) || scale <= 0 || !std::isfinite(low)) {
+    return {};
+  }
+  // The cell of an edge by the operations that find the cell of an element: since they do not fall,
+  // an element of a cell without edges lies between the same two edges as all of that cell.
+  std::vector<std::size_t> edgesIn(count + 1);
+  for (const double edge : edges_) {
+    ++edgesIn[static_cast<std::size_t>(std::min((edge - low) * scale, static_cast<double>(count)))];
+  }
+  BinsOfCells result{{low, scale, 0.0, static_cast<std::int32_t>(count)}, {}};
+  const auto none = static_cast<std::int32_t>(bins_);
+  std::size_t below = 0;
+  std::size_t settled = 0;
+  for (std::size_t cell = 0; cell <= count; ++cell) {
+    const bool sure = edgesIn[cell] == 0 && cell < count;
+    result.bin.push_back(sure ? static_cast<std::int32_t>(below) - 1 : none);
+    below += edgesIn[cell];
+    settled += static_cast<std::size_t>(sure);
+  }
+  // Edges crowded in a few cells leave most elements to the search.
+  return 2 * settled < count ? BinsOfCells{} : result;
+}
+
 // Four tables, since an increment waits for the one before it in its place.
 template <typename T>
 std::size_t Binning::count(std::span<const T> x, std::span<std::uint64_t> counts) const {
   constexpr std::size_t kMostGuessed = std::size_t{1} << 20;
   std::size_t missing = 0;
   const bool guessed = equal_ && bins_ < kMostGuessed && doubt_ < 0.25 && x.size() >= bins_;
-  if (!guessed) {
+  const BinsOfCells uneven = guessed ? BinsOfCells() : binsOfCells(x.size());
+  if (!guessed && uneven.bin.empty()) {
     for (std::size_t i = 0; i < x.size(); ++i) {
       if (i % kernels::pollInterval == 0) {
         kernels::poll(static_cast<double>(i) / static_cast<double>(x.size()));
@@ -103,15 +134,20 @@ std::size_t Binning::count(std::span<const T> x, std::span<std::uint64_t> counts
   std::array<std::int32_t, kBlock> bin;
   const auto none = static_cast<std::int32_t>(bins_);
   std::array<double, kBlock> converted;
-  const kernels::BinGuess guess{low_, scale_, doubt_, none};
+  const kernels::BinGuess guess =
+      guessed ? kernels::BinGuess{low_, scale_, doubt_, none} : uneven.cells;
   for (std::size_t start = 0; start < x.size(); start += kBlock) {
     if (start % kernels::pollInterval == 0) {
       kernels::poll(static_cast<double>(start) / static_cast<double>(x.size()));
     }
     const std::size_t n = std::min(kBlock, x.size() - start);
     const T* const block = x.data() + start;
-    const std::int32_t doubtful =
+    std::int32_t doubtful =
         kernels::guessBins(asDoubles(block, n, converted.data()), n, guess, bin.data());
+    for (std::size_t j = 0; !guessed && j < n; ++j) {
+      bin[j] = uneven.bin[static_cast<std::size_t>(bin[j])];
+      doubtful += static_cast<std::int32_t>(bin[j] == none);
+    }
     std::fill(bin.begin() + static_cast<std::ptrdiff_t>(n), bin.end(), none);
     for (std::size_t j = 0; j < kBlock; j += 4) {
       for (std::size_t t = 0; t < 4; ++t) {

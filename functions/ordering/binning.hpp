@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "functions/data/elements.hpp"
+#include "kernels/binning.hpp"
 #include "kernels/exact_totals.hpp"
 #include "kernels/watch.hpp"
 #include "vexel/ordering.hpp"
@@ -59,6 +60,14 @@ class Binning {
   std::size_t count(std::span<const T> x, std::span<std::uint64_t> counts) const;
 
  private:
+  // Equal cells finer than the bins: the bin that a cell lies in, the number of bins where an edge
+  // does.  None where that does not pay.
+  struct BinsOfCells {
+    kernels::BinGuess cells{};
+    std::vector<std::int32_t> bin;
+  };
+  BinsOfCells binsOfCells(std::size_t elements) const;
+
   // A large integer may be rounded to an edge that it is not on.
   template <typename T>
   static bool isBelow(T x, double edge) {

@@ -6,7 +6,9 @@
 // Nothing to test (too few values, no spread) gives NaN.
 #pragma once
 
+#include <algorithm>
 #include <concepts>
+#include <span>
 #include <type_traits>
 #include <vexel/data.hpp>
 #include <vexel/export.hpp>
@@ -26,8 +28,10 @@ struct TestOptions {
 VEXEL_API TestResult shapiro(Data x, const TestOptions& options = {});
 
 // Kolmogorov-Smirnov: the largest distance between the empirical and a given distribution function,
-// two-sided.  The distribution is any object with cdf(double), or a function.
-VEXEL_API TestResult ks_test(Data x, double (*cdf)(const void* law, double t), const void* law,
+// two-sided.  The distribution is any object with cdf(double) - one with cdf(Data, span) is asked
+// for many at a time - or a function.
+using CdfOfMany = void (*)(const void* law, std::span<const double> t, std::span<double> out);
+VEXEL_API TestResult ks_test(Data x, CdfOfMany cdf, const void* law,
                              const TestOptions& options = {});
 template <typename Law>
 concept HasCdf = requires(const Law& law, double t) {
@@ -35,16 +39,21 @@ concept HasCdf = requires(const Law& law, double t) {
 };
 template <HasCdf Law>
 TestResult ks_test(Data x, const Law& law, const TestOptions& options = {}) {
-  const auto cdf = [](const void* d, double t) -> double {
-    return static_cast<const Law*>(d)->cdf(t);
+  const auto cdf = [](const void* d, std::span<const double> t, std::span<double> out) {
+    const Law& given = *static_cast<const Law*>(d);
+    if constexpr (requires { given.cdf(Data(t), out); }) {
+      given.cdf(Data(t), out);
+    } else {
+      std::transform(t.begin(), t.end(), out.begin(), [&](double v) { return given.cdf(v); });
+    }
   };
   return ks_test(x, cdf, &law, options);
 }
 template <typename Function>
 requires(!HasCdf<Function> && std::is_invocable_r_v<double, const Function&, double>) TestResult
     ks_test(Data x, Function function, const TestOptions& options = {}) {
-  const auto cdf = [](const void* f, double t) -> double {
-    return (*static_cast<const Function*>(f))(t);
+  const auto cdf = [](const void* f, std::span<const double> t, std::span<double> out) {
+    std::transform(t.begin(), t.end(), out.begin(), *static_cast<const Function*>(f));
   };
   return ks_test(x, cdf, &function, options);
 }

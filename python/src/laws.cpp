@@ -190,6 +190,12 @@ py::tuple intervalOf(const AnyLaw& law, py::handle object, py::handle progress) 
   return py::make_tuple(lower, adopt(std::move(upper)).attr("reshape")(lower.attr("shape")));
 }
 
+struct CdfOf {
+  const AnyLaw& law;
+  double cdf(double t) const { return law.at(LawFunction::cdf, t); }
+  void cdf(const Data& t, std::span<double> out) const { law.at(LawFunction::cdf, t, out); }
+};
+
 py::tuple ksTestOf(py::handle object, const AnyLaw& law, py::handle policy, py::handle progress) {
   Input x(object, "x");
   const Data data = x.flat();
@@ -197,8 +203,7 @@ py::tuple ksTestOf(py::handle object, const AnyLaw& law, py::handle policy, py::
   TestResult result{};
   {
     const Work work(data.size(), progress);
-    const auto cdf = [&](double t) { return law.at(LawFunction::cdf, t); };
-    result = vexel::ks_test(data, cdf, {.missing = missing});
+    result = vexel::ks_test(data, CdfOf{law}, {.missing = missing});
   }
   return py::make_tuple(result.statistic, result.pvalue);
 }
