@@ -3,10 +3,12 @@
 #include <cmath>
 #include <stdexcept>
 #include <string>
+#include <type_traits>
 
 #include "functions/data/refusals.hpp"
 #include "functions/data/totals.hpp"
 #include "kernels/exact_sum.hpp"
+#include "kernels/vector/row_copies.hpp"
 
 namespace vexel {
 
@@ -16,6 +18,12 @@ template <typename T>
 void convert(const void* data, std::ptrdiff_t begin, std::ptrdiff_t stride, std::size_t n,
              double* to) {
   const T* const from = static_cast<const T*>(data) + begin * stride;
+  if constexpr (std::is_same_v<T, float>) {
+    if (stride == 1) {
+      kernels::copyRows(from, 0, 1, 1, n, n, to);  // one row
+      return;
+    }
+  }
   if (stride == 1) {
     for (std::size_t i = 0; i < n; ++i) {
       to[i] = static_cast<double>(from[i]);
@@ -101,12 +109,17 @@ double Sample::roughMean() const {
   if (!weighted() && size() >= kernels::sumLanes) {
     // All at once, unless something is not finite.
     double some[2 * points];
+    const double* from = some;
     std::size_t n = 0;
-    for (std::size_t i = 0; i < size(); i += step) {
+    if (step == 1) {
+      n = size();
+      from = this->points(0, n, some);
+    }
+    for (std::size_t i = 0; i < size() && step > 1; i += step) {
       some[n++] = point(i);
     }
     double lanes[kernels::sumLanes];
-    kernels::sumInLanes(some, n, lanes);
+    kernels::sumInLanes(from, n, lanes);
     if (addLanes(sum, lanes)) {
       return rounded(sum, static_cast<double>(n));
     }

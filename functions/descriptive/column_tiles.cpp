@@ -60,6 +60,7 @@ ColumnTile::ColumnTile(const Columns& columns)
 void ColumnTile::moveTo(std::size_t begin, std::size_t width) {
   begin_ = begin;
   width_ = width;
+  held_ = 0;
 }
 
 ColumnTile::Rows ColumnTile::rows(std::size_t begin, std::size_t n) {
@@ -68,7 +69,10 @@ ColumnTile::Rows ColumnTile::rows(std::size_t begin, std::size_t n) {
   if (direct_) {
     return {static_cast<const double*>(columns_.first().data()) + first, stride_};
   }
-  copyRows(columns_.first(), first, columns_.apart(), n, width_, copies_.get());
+  if (begin > 0 || n != held_) {
+    copyRows(columns_.first(), first, columns_.apart(), n, width_, copies_.get());
+    held_ = begin == 0 ? n : 0;
+  }
   return {copies_.get(), static_cast<std::ptrdiff_t>(width_)};
 }
 

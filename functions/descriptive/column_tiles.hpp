@@ -63,6 +63,7 @@ class ColumnTile {
   std::ptrdiff_t stride_;
   std::size_t begin_ = 0;
   std::size_t width_ = 0;
+  std::size_t held_ = 0;  // rows, from the first on, that the copies are of; 0: others
   std::unique_ptr<double[]> copies_;
 };
 

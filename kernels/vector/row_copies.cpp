@@ -29,6 +29,7 @@ void turnBlock(const T* x, std::ptrdiff_t apart, std::size_t pitch, double* to) 
   Eight v[kSide];
   for (std::size_t lane = 0; lane < kSide; ++lane) {
     readEight(x + static_cast<std::ptrdiff_t>(lane) * apart, v[lane]);
+    __builtin_prefetch(x + static_cast<std::ptrdiff_t>(lane + kSide) * apart);  // what comes later
   }
   transpose(v);
   for (std::size_t row = 0; row < kSide; ++row) {

@@ -111,7 +111,7 @@ py::object varianceOf(py::handle x, Number<"ddof"> ddof, py::handle weights, py:
         return f(d, {.weights = w, .ddof = ddof, .missing = missing});
       },
       {[=](const Columns& lanes, std::span<double> results) { ofMany(lanes, results, plain); },
-       512});
+       8192});
 }
 
 template <auto f>
