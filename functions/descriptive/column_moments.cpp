@@ -103,6 +103,29 @@ class ColumnMeans {
  private:
   void addBlock(ColumnTile& tile, std::size_t begin, std::size_t end) {
     std::fill_n(lanes_, kernels::columnLanes * pitch_, 0.0);
+    if (tile.floats(0) != nullptr && tile.width() >= 32) {
+      addFloats(tile, begin, end);
+      return;
+    }
+    addRows(tile, begin, end);
+  }
+
+  // Some rows of floats have exact sums most often, and count as one.
+  void addFloats(ColumnTile& tile, std::size_t begin, std::size_t end) {
+    const std::size_t width = tile.width();
+    folded_.resize(width);
+    for (std::size_t i = begin; i < end; i += kernels::foldedRows) {
+      const std::size_t n = std::min(kernels::foldedRows, end - i);
+      if (kernels::foldFloats(tile.floats(i), tile.stride(), n, width, folded_.data())) {
+        kernels::addColumns(folded_.data(), static_cast<std::ptrdiff_t>(width), 1, width, pitch_,
+                            lanes_);
+      } else {
+        addRows(tile, i, i + n);
+      }
+    }
+  }
+
+  void addRows(ColumnTile& tile, std::size_t begin, std::size_t end) {
     tile.forRows(begin, end, [&](ColumnTile::Rows rows, std::size_t n) {
       kernels::addColumns(rows.x, rows.stride, n, tile.width(), pitch_, lanes_);
     });
@@ -111,6 +134,7 @@ class ColumnMeans {
   std::size_t n_;
   std::size_t pitch_ = 0;
   double lanes_[kernels::columnLanes * kMost];
+  std::vector<double> folded_;
   std::vector<kernels::ExactSum> totals_;
 };
 

@@ -43,6 +43,15 @@ class ColumnTile {
   // n rows, which the next call may write over; n <= step() unless direct().
   Rows rows(std::size_t begin, std::size_t n);
   bool direct() const { return direct_; }
+  // Row `begin` of floats side by side; null of others.
+  const float* floats(std::size_t begin) const {
+    const Data& first = columns_.first();
+    return first.element() != Element::float32 || columns_.apart() != 1
+               ? nullptr
+               : static_cast<const float*>(first.data()) + begin_ +
+                     static_cast<std::ptrdiff_t>(begin) * stride_;
+  }
+  std::ptrdiff_t stride() const { return stride_; }
   std::size_t step() const { return lanes_ ? copiedLanes : copied; }
 
   // use(Rows, n) for rows begin to end - 1 in their order, a multiple of step() at a time but for

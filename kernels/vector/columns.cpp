@@ -1,6 +1,7 @@
 #include "kernels/vector/columns.hpp"
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
 
 #undef HWY_TARGET_INCLUDE
@@ -69,6 +70,90 @@ void addColumns(const double* x, std::ptrdiff_t stride, std::size_t n, std::size
     }
     addRow(x, width, sums + row, errors + row);
   }
+}
+
+// The least and the largest exponent field of floats; zeros have none.
+struct FieldRange {
+  std::uint32_t least = 255;
+  std::uint32_t largest = 0;
+};
+
+// Of the bits of |x|, less 1 so that zero has the most.
+HWY_INLINE void widen(FieldRange& range, std::uint32_t leastLessOne, std::uint32_t largest) {
+  range.least =
+      std::min(range.least, (leastLessOne < 0x7F800000U ? leastLessOne + 1 : 0x7F800000U) >> 23);
+  range.largest = std::max(range.largest, largest >> 23);
+}
+
+#ifdef VEXEL_HAVE_HIGHWAY
+
+HWY_INLINE void addFloats(const float* x, std::ptrdiff_t stride, std::size_t n, std::size_t width,
+                          double* sums, FieldRange& range) {
+  const hn::ScalableTag<std::uint32_t> d;
+  const hn::Repartition<float, decltype(d)> floats;
+  const hn::Rebind<float, Tag> some;
+  constexpr std::size_t lanes = hn::MaxLanes(d);
+  const auto allButSign = hn::Set(d, 0x7FFFFFFFU);
+  const auto one = hn::Set(d, 1U);
+  auto least = hn::Set(d, 0xFFFFFFFFU);
+  auto largest = hn::Zero(d);
+  std::size_t k = 0;
+  for (; k + lanes <= width; k += lanes) {
+    Register sum[lanes / kStep];
+    for (std::size_t part = 0; part < lanes / kStep; ++part) {
+      sum[part] = read(sums + k + part * kStep);
+    }
+    const float* at = x + k;
+    for (std::size_t i = 0; i < n; ++i, at += stride) {
+      __builtin_prefetch(at + width);  // what comes next most often
+      const auto size = hn::And(hn::BitCast(d, hn::LoadU(floats, at)), allButSign);
+      least = hn::Min(least, hn::Sub(size, one));
+      largest = hn::Max(largest, size);
+      for (std::size_t part = 0; part < lanes / kStep; ++part) {
+        sum[part] = add(sum[part], hn::PromoteTo(Tag(), hn::LoadU(some, at + part * kStep)));
+      }
+    }
+    for (std::size_t part = 0; part < lanes / kStep; ++part) {
+      write(sum[part], sums + k + part * kStep);
+    }
+  }
+  for (; k < width; ++k) {
+    for (std::size_t i = 0; i < n; ++i) {
+      const float v = x[static_cast<std::ptrdiff_t>(i) * stride + static_cast<std::ptrdiff_t>(k)];
+      const std::uint32_t size = std::bit_cast<std::uint32_t>(v) & 0x7FFFFFFFU;
+      widen(range, size - 1, size);
+      sums[k] += static_cast<double>(v);
+    }
+  }
+  widen(range, hn::GetLane(hn::MinOfLanes(d, least)), hn::GetLane(hn::MaxOfLanes(d, largest)));
+}
+
+#else
+
+void addFloats(const float* x, std::ptrdiff_t stride, std::size_t n, std::size_t width,
+               double* sums, FieldRange& range) {
+  for (std::size_t i = 0; i < n; ++i, x += stride) {
+    for (std::size_t k = 0; k < width; ++k) {
+      const std::uint32_t size = std::bit_cast<std::uint32_t>(x[k]) & 0x7FFFFFFFU;
+      widen(range, size - 1, size);
+      sums[k] += static_cast<double>(x[k]);
+    }
+  }
+}
+
+#endif
+
+bool foldFloats(const float* x, std::ptrdiff_t stride, std::size_t n, std::size_t width,
+                double* sums) {
+  constexpr std::size_t together = 8;
+  FieldRange range;
+  std::fill_n(sums, width, 0.0);
+  for (std::size_t i = 0; i < n; i += together) {
+    addFloats(x + static_cast<std::ptrdiff_t>(i) * stride, stride, std::min(together, n - i), width,
+              sums, range);
+  }
+  // All are multiples of 2^(least - 150), sums below 2^(largest + 1 - 127 + 6).
+  return range.largest < 255 && range.largest <= range.least + 23;
 }
 
 // What is known of some results: first + left, exactly but for what `error` bounds.
@@ -256,6 +341,7 @@ HWY_AFTER_NAMESPACE();
 namespace vexel::kernels {
 
 HWY_EXPORT(addColumns);
+HWY_EXPORT(foldFloats);
 HWY_EXPORT(meansOfLanes);
 HWY_EXPORT(addSquaresOfColumns);
 HWY_EXPORT(variancesOfSums);
@@ -263,6 +349,10 @@ HWY_EXPORT(variancesOfSums);
 void addColumns(const double* x, std::ptrdiff_t stride, std::size_t n, std::size_t width,
                 std::size_t pitch, double* sums) {
   HWY_DYNAMIC_DISPATCH(addColumns)(x, stride, n, width, pitch, sums);
+}
+bool foldFloats(const float* x, std::ptrdiff_t stride, std::size_t n, std::size_t width,
+                double* sums) {
+  return HWY_DYNAMIC_DISPATCH(foldFloats)(x, stride, n, width, sums);
 }
 void meansOfLanes(const double* sums, std::size_t width, std::ptrdiff_t pitch, std::size_t n,
                   double* mean, std::uint8_t* sure) {

@@ -22,6 +22,12 @@ inline constexpr std::size_t columnLanes = 32;
 void addColumns(const double* x, std::ptrdiff_t stride, std::size_t n, std::size_t width,
                 std::size_t pitch, double* sums);
 
+// The sums of n <= foldedRows rows of floats to `sums`, one for each column; false where one of
+// them is not exact, perhaps: the sizes of the elements differ too much, or are not finite.
+inline constexpr std::size_t foldedRows = 64;
+bool foldFloats(const float* x, std::ptrdiff_t stride, std::size_t n, std::size_t width,
+                double* sums);
+
 // The means of n elements each from their lanes, where the rows of up to 16 elements are lanes
 // themselves.  sure[j] is set where mean[j] is the quotient
 // rounded, whatever comes of rounding errors; otherwise (something is not finite, or too near the

@@ -45,6 +45,8 @@ void addColumns(const double* x, std::ptrdiff_t stride, std::size_t n, std::size
                 std::size_t pitch, double* sums);
 void meansOfLanes(const double* sums, std::size_t width, std::ptrdiff_t pitch, std::size_t n,
                   double* mean, std::uint8_t* sure);
+bool foldFloats(const float* x, std::ptrdiff_t stride, std::size_t n, std::size_t width,
+                double* sums);
 void addSquaresOfColumns(const double* x, std::ptrdiff_t stride, std::size_t n, std::size_t width,
                          std::size_t pitch, const double* center, double* sums);
 void variancesOfSums(const double* sums, std::size_t width, std::size_t pitch, double n,
@@ -139,6 +141,15 @@ Vector probabilities(const double* x, std::size_t n) {
       all.insert(all.end(), places.begin(), places.end());                                 \
       space::exchangeInStrip(strip.data(), network);                                       \
       all.insert(all.end(), strip.begin(), strip.end());                                   \
+    }                                                                                      \
+    const std::vector<float> finite(x, x + n);                                             \
+    for (const std::size_t width : {3, 20, 37}) {                                          \
+      Vector sums(width);                                                                  \
+      const std::size_t some = std::min(n / width, std::size_t{64});                       \
+      const auto pace = static_cast<std::ptrdiff_t>(width);                                \
+      const bool exact = space::foldFloats(finite.data(), pace, some, width, sums.data()); \
+      all.push_back(exact);                                                                \
+      all.insert(all.end(), sums.begin(), exact ? sums.end() : sums.begin());              \
     }                                                                                      \
     for (const std::size_t width : {1, 5, 12, 40}) {                                       \
       for (const space::End end : {space::End::least, space::End::greatest}) {             \
