@@ -45,6 +45,11 @@ class Sample {
   std::size_t size() const { return x_.size(); }
   bool weighted() const { return weights_.given(); }
   const char* function() const { return function_; }
+  // The points where they are floats one after the other, as they are given; else null.
+  const float* floats() const {
+    const bool dense = x_.element() == Element::float32 && x_.stride() == 1 && xExponent_ == 0;
+    return dense ? static_cast<const float*>(x_.data()) : nullptr;
+  }
 
   // Element i and its weight, 1 without weights; NaN or not.
   double point(std::size_t i) const { return x_[i] * xFactor_; }

@@ -12,6 +12,9 @@
 
 #include "functions/data/sample.hpp"
 #include "functions/data/totals.hpp"
+#include "kernels/vector/columns.hpp"
+#include "kernels/vector/sums.hpp"
+#include "kernels/watch.hpp"
 #include "vexel/descriptive.hpp"
 
 namespace vexel {
@@ -22,8 +25,38 @@ using kernels::DoubleDouble;
 using kernels::ExactSum;
 using kernels::Scaled;
 
+// Of floats: rows of them have exact sums in doubles, most often.
+bool floatTotals(const float* x, std::size_t n, Totals& totals) {
+  constexpr std::size_t width = 64;
+  constexpr std::size_t most = kernels::sumBlock;
+  static_assert(most / width <= kernels::foldedRows && kernels::pollInterval % most == 0);
+  double numbers[most];
+  double lanes[kernels::sumLanes];
+  bool good = true;
+  for (std::size_t begin = 0; begin < n && good; begin += most) {
+    const std::size_t some = std::min(most, n - begin);
+    const std::size_t folded = some / width * width;
+    if (folded > 0 && kernels::foldFloats(x + begin, width, some / width, width, numbers)) {
+      const double* const rest =
+          asDoubles(Data(x, n), begin + folded, some - folded, numbers + width);
+      kernels::sumInLanes(numbers, static_cast<std::size_t>(rest - numbers) + some - folded, lanes);
+    } else {
+      kernels::sumInLanes(asDoubles(Data(x, n), begin, some, numbers), some, lanes);
+    }
+    good = addLanes(totals.sum, lanes);
+    if (begin % static_cast<std::size_t>(kernels::pollInterval) == 0 && begin > 0) {
+      kernels::poll(static_cast<double>(begin) / static_cast<double>(n));
+    }
+  }
+  totals.weight.add(static_cast<double>(n));
+  return good;
+}
+
 // All that is there; false when it has to be looked at with care.
 bool plainTotals(const Sample& sample, Totals& totals) {
+  if (sample.floats() != nullptr && !sample.weighted() && sample.size() > 0) {
+    return floatTotals(sample.floats(), sample.size(), totals);
+  }
   bool good = sample.size() > 0;
   sample.raw([&](const double* x, const double* w, std::size_t n) {
     double lanes[kernels::sumLanes];

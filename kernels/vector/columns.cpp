@@ -97,6 +97,8 @@ HWY_INLINE void addFloats(const float* x, std::ptrdiff_t stride, std::size_t n, 
   const auto one = hn::Set(d, 1U);
   auto least = hn::Set(d, 0xFFFFFFFFU);
   auto largest = hn::Zero(d);
+  const auto gapless = static_cast<std::ptrdiff_t>(width);
+  const std::ptrdiff_t ahead = stride == gapless ? 16 * stride : gapless;
   std::size_t k = 0;
   for (; k + lanes <= width; k += lanes) {
     Register sum[lanes / kStep];
@@ -105,7 +107,7 @@ HWY_INLINE void addFloats(const float* x, std::ptrdiff_t stride, std::size_t n, 
     }
     const float* at = x + k;
     for (std::size_t i = 0; i < n; ++i, at += stride) {
-      __builtin_prefetch(at + width);  // what comes next most often
+      __builtin_prefetch(at + ahead);  // what comes next most often
       const auto size = hn::And(hn::BitCast(d, hn::LoadU(floats, at)), allButSign);
       least = hn::Min(least, hn::Sub(size, one));
       largest = hn::Max(largest, size);
