@@ -32,8 +32,7 @@ struct Middle {
 class Deviations {
  public:
   Deviations(const Columns& columns, double scale)
-      : columns_(columns),
-        n_(columns.first().size()),
+      : n_(columns.first().size()),
         scale_(scale),
         middle_(n_),
         strip_(columns),
@@ -77,7 +76,6 @@ class Deviations {
     return strip_.row(middle_.low)[j] == 0.0 || strip_.row(middle_.high)[j] == 0.0;
   }
 
-  const Columns& columns_;
   std::size_t n_;
   double scale_;
   Middle middle_;

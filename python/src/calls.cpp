@@ -327,9 +327,12 @@ void mapLanes(const Lanes& lanes, WeightLanes& weights, const Mapping& mapping,
     work.part(i, lanes.count());
     fillMissing(one.data(), to.element, mapping(reader[i], weights[i], one.data()), n);
     char* place = to.first + lanes.offset(i, to.strides);
-    for (const char* from = one.data(); from < one.data() + one.size(); from += width) {
-      std::memcpy(place, from, width);
-      place += to.step;
+    constexpr std::size_t some = std::size_t{1} << 18;  // between looks at the signals
+    for (std::size_t k = 0; k < n; ++k, place += to.step) {
+      std::memcpy(place, one.data() + k * width, width);
+      if (k % some == some - 1) {
+        work.step(0);  // what is done stays
+      }
     }
   }
 }
