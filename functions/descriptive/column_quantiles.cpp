@@ -52,7 +52,8 @@ void scatter(std::span<const double> values, double* to, std::size_t apart) {
 auto takeAll(std::span<double> out, std::size_t count) {
   return [=](const ColumnValues& found) {
     for (std::size_t i = 0; i * count < out.size(); ++i) {
-      std::copy_n(found.values + i * found.apart, found.count, &out[i * count + found.first]);
+      std::copy_n(found.values + i * found.apart, found.count,
+                  out.data() + i * count + found.first);
     }
   };
 }
@@ -73,14 +74,14 @@ void quantile(const Columns& columns, Data q, std::span<double> out,
   requireRoom("quantile", columns, q.size(), out);
   const std::size_t count = columns.count();
   const auto alone = [&](std::size_t j) {
-    scatter(quantile(columns[j], q, options), &out[j], count);
+    scatter(quantile(columns[j], q, options), out.data() + j, count);
   };
   const auto all = takeAll(out, count);
   const auto take = [&](const ColumnValues& found) {
     all(found);
     for (std::size_t i = 0; i < probabilities.size(); ++i) {
       if (std::isnan(probabilities[i])) {
-        std::fill_n(&out[i * count + found.first], found.count, kNaN);
+        std::fill_n(out.data() + i * count + found.first, found.count, kNaN);
       }
     }
   };
@@ -116,7 +117,7 @@ void order_statistic(const Columns& columns, std::span<const std::int64_t> k, st
   requireRoom("order_statistic", columns, k.size(), out);
   const std::size_t count = columns.count();
   const auto alone = [&](std::size_t j) {
-    scatter(order_statistic(columns[j], k, options), &out[j], count);
+    scatter(order_statistic(columns[j], k, options), out.data() + j, count);
   };
   const std::int64_t n = static_cast<std::int64_t>(columns.first().size());
   if (std::any_of(k.begin(), k.end(), [n](std::int64_t r) { return r < 1 || r > n; })) {

@@ -113,6 +113,9 @@ HWY_INLINE Extreme<end, T> ofLane(const T* x, std::size_t n) {
   using E = Extreme<end, T>;
   const typename E::Tag d;
   E found;
+  if (n == 0) {
+    return found;
+  }
   if (n < E::lanes) {
     const auto there = hn::FirstN(d, n);
     found.take(hn::IfThenElse(there, hn::MaskedLoad(there, d, x), hn::Set(d, E::none)));
