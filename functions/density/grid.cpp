@@ -57,7 +57,9 @@ std::vector<double> transformed(std::span<const double> shares, const std::vecto
   int failA = 0;
   int failB = 0;
   q64883(a.data(), &m, work.data(), &failA);
+  kernels::poll();
   q64883(b.data(), &m, work.data(), &failB);
+  kernels::poll();
   // The kernel is even, so its transform is real.
   for (std::size_t k = 1; k < length / 2; ++k) {
     a[k] *= b[k];

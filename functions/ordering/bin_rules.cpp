@@ -57,7 +57,9 @@ std::size_t ruleBins(Data x, BinRule rule, Interval range, const HistogramOption
             std(p.points, {.weights = weights, .ddof = 0});
   } else if (rule != BinRule::sturges) {
     const double fd = 2 * iqr(p.points, {.weights = weights}) / std::cbrt(p.total());
-    width = rule == BinRule::fd ? fd : fd > 0 ? std::min(fd, sturges) : sturges;
+    // At most twice as many bins as the root of the number, whatever lies far out.
+    const double least = (*largest - *smallest) / std::sqrt(p.total()) / 2;
+    width = rule == BinRule::fd ? fd : std::min(std::max(fd, least), sturges);
   }
   if (!(width > 0)) {
     return 1;

@@ -1,12 +1,27 @@
 #include "vexel/states/tally.hpp"
 
-#include <algorithm>
 #include <unordered_map>
 
 #include "functions/states/totals_bytes.hpp"
+#include "kernels/watch.hpp"
+#include "numerics/sorting/radix_sort.hpp"
+#include "numerics/sorting/sort_keys.hpp"
 #include "vexel/ordering.hpp"
 
 namespace vexel {
+
+namespace {
+
+// Of levels, between two looks at the watch; an update of fewer has none and needs no copy.
+constexpr std::size_t kStep = std::size_t{1} << 14;
+
+void lookEvery(std::size_t i) {
+  if (i % kStep == kStep - 1) {
+    kernels::poll();
+  }
+}
+
+}  // namespace
 
 struct Tally::Levels {
   Missing policy = Missing::propagate;
@@ -22,10 +37,27 @@ struct Tally::Levels {
     return found->second;
   }
 
-  // (value, cell), ascending.
-  std::vector<std::pair<double, std::size_t>> ascending() const {
-    std::vector<std::pair<double, std::size_t>> all(cells.begin(), cells.end());
-    std::sort(all.begin(), all.end());
+  // So many levels, new ones perhaps: the table grows at once where it would grow in steps.
+  void expect(std::size_t levels) {
+    if (levels > kStep && levels > cells.size()) {
+      cells.reserve(cells.size() + levels);
+    }
+  }
+
+  struct Entry {
+    double value;
+    std::size_t cell;
+  };
+  std::vector<Entry> ascending() const {
+    std::vector<Entry> all;
+    all.reserve(cells.size());
+    for (const auto& [value, cell] : cells) {
+      lookEvery(all.size());
+      all.push_back({value, cell});
+    }
+    std::vector<Entry> scratch(all.size());
+    nag2::radixSort(all.data(), scratch.data(), all.size(), false,
+                    [](const Entry& e) { return nag2::ascendingKey(e.value); });
     return all;
   }
 };
@@ -39,12 +71,20 @@ Tally& Tally::operator=(const Tally& other) {
 
 Tally& Tally::update(Data x, Data weights) {
   if (!weights.given()) {
-    Levels& l = *levels_;
-    const TallyResult<double> piece = tally(x, {.missing = l.policy});
-    for (std::size_t i = 0; i < piece.values.size(); ++i) {
-      l.totals.add(l.cell(piece.values[i]), piece.counts[i]);
+    const TallyResult<double> piece = tally(x, {.missing = levels_->policy});
+    const auto take = [&](Levels& l) {
+      l.expect(piece.values.size());
+      for (std::size_t i = 0; i < piece.values.size(); ++i) {
+        lookEvery(i);
+        l.totals.add(l.cell(piece.values[i]), piece.counts[i]);
+      }
+      l.missing += static_cast<std::int64_t>(piece.missing);
+    };
+    if (piece.values.size() <= kStep) {
+      take(*levels_);
+    } else {
+      changeAll(levels_, take);
     }
-    l.missing += static_cast<std::int64_t>(piece.missing);
     return *this;
   }
   changeAll(levels_, [&](Levels& l) {
@@ -56,10 +96,20 @@ Tally& Tally::update(Data x, Data weights) {
 
 Tally& Tally::merge(const Tally& other) {
   const auto theirs = other.levels_;  // which may be this one's
-  for (const auto& [value, cell] : theirs->ascending()) {
-    levels_->totals.merge(levels_->cell(value), theirs->totals, cell);
+  const auto take = [&](Levels& l) {
+    l.expect(theirs->cells.size());
+    std::size_t i = 0;
+    for (const auto& [value, cell] : theirs->ascending()) {
+      lookEvery(i++);
+      l.totals.merge(l.cell(value), theirs->totals, cell);
+    }
+    l.missing += theirs->missing;
+  };
+  if (theirs->cells.size() <= kStep) {
+    take(*levels_);
+  } else {
+    changeAll(levels_, take);
   }
-  levels_->missing += theirs->missing;
   return *this;
 }
 
@@ -85,6 +135,7 @@ std::vector<std::uint8_t> Tally::to_bytes() const {
   kernels::ExactTotals ordered;
   std::vector<double> values;
   for (const auto& [value, cell] : levels_->ascending()) {
+    lookEvery(values.size());
     values.push_back(value);
     ordered.resize(values.size());
     ordered.merge(values.size() - 1, levels_->totals, cell);

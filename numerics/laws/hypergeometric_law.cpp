@@ -7,6 +7,8 @@
 #include <array>
 #include <limits>
 
+#include "kernels/watch.hpp"
+
 namespace nag2 {
 
 namespace {
@@ -52,6 +54,9 @@ double fallingSum(double k, double bare, double plain, double rest) {
   double sum = 1.0;
   double term = 1.0;
   for (int i = 0; i < most; ++i) {
+    if (i % 65536 == 65535) {
+      vexel::kernels::poll();
+    }
     term *= (k * rest) / ((bare + 1.0) * (plain + 1.0));
     if (!(term > 1e-17 * sum)) {
       return sum;

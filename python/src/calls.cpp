@@ -12,7 +12,6 @@ namespace vexel::python {
 
 namespace {
 
-constexpr std::size_t lockedElements = 10000;
 constexpr auto patience = std::chrono::milliseconds(50);
 
 // Looks at Python's signals and tells the progress; what they raise leaves the library's function.
@@ -411,8 +410,9 @@ std::span<const py::ssize_t> shapeOf(const py::array& array) {
 
 }  // namespace
 
-py::object pointwise(Input& x, py::handle out, py::handle progress, const Pointwise& f) {
-  if (x.isNumber() && out.is_none()) {
+py::object pointwise(Input& x, py::handle out, py::handle progress, const Pointwise& f,
+                     std::size_t each) {
+  if (x.isNumber() && out.is_none() && each == 1) {
     checkProgress(progress);
     double result = 0;
     f(x.flat(), {&result, 1});
@@ -423,9 +423,15 @@ py::object pointwise(Input& x, py::handle out, py::handle progress, const Pointw
   const bool direct = (result.flags() & py::array::c_style) != 0 && !x.overlaps(result);
   py::array place = direct ? result : py::array(makeArray(Element::float64, shapeOf(result)));
   auto* const to = static_cast<double*>(place.mutable_data());
-  inPieces(data.size(), progress, [&](std::size_t begin, std::size_t end) {
-    f(part(data, begin, end), {to + begin, end - begin});
-  });
+  inPieces(
+      data.size(), progress,
+      [&](std::size_t begin, std::size_t end) {
+        f(part(data, begin, end), {to + begin, end - begin});
+      },
+      each);
+  if (x.isNumber() && out.is_none()) {
+    return py::float_(*to);
+  }
   if (!direct) {
     result[py::ellipsis()] = place;
   }

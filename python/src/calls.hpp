@@ -23,6 +23,7 @@ class Work {
   explicit Work(std::size_t elements, py::handle progress = py::none());
   // Work that calls back into Python keeps the lock, but answers Ctrl-C.
   static constexpr std::size_t keepLock = static_cast<std::size_t>(-1);
+  static constexpr std::size_t lockedElements = 10000;  // so few keep it as well
   Work(const Work&) = delete;
   Work& operator=(const Work&) = delete;
 
@@ -115,17 +116,22 @@ py::array map(Input& x, Input& weights, const MapArguments& arguments, const Map
 
 // One number for each element; a float for one number.
 using Pointwise = std::function<void(const Data& x, std::span<double> result)>;
-py::object pointwise(Input& x, py::handle out, py::handle progress, const Pointwise& f);
+// each: how many elements' worth of work one argument is.
+py::object pointwise(Input& x, py::handle out, py::handle progress, const Pointwise& f,
+                     std::size_t each = 1);
 
 // f(begin, end) over the numbers 0 to n in pieces, with a look at Python's signals between them.
 // Elementwise work gives the same whatever the pieces, so they are as large as a few milliseconds
 // allow: a quantile may take a nanosecond or a tenth of a millisecond.
 template <typename F>
-void inPieces(std::size_t n, py::handle progress, F f) {
+void inPieces(std::size_t n, py::handle progress, F f, std::size_t each = 1) {
   using Clock = std::chrono::steady_clock;
   constexpr std::size_t least = 64;
   constexpr std::size_t most = 1U << 14;
-  const Work work(n, progress);
+  // A value may take long where a few are asked for: there is a look at signals for few, too.
+  constexpr std::size_t few = 8;
+  const Work work(n * each < few || n * each > Work::lockedElements ? n * each : Work::keepLock,
+                  progress);
   std::size_t piece = 4 * least;
   auto before = Clock::now();
   for (std::size_t begin = 0; begin < n;) {

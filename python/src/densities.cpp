@@ -147,17 +147,20 @@ KernelDensity kdeOf(py::handle object, py::handle bandwidth, py::handle kernel,
 template <typename F>
 py::object atPoints(py::handle object, py::handle out, py::handle progress, F f) {
   Input t(object, "t");
-  return pointwise(t, out, progress, [&](const Data& data, std::span<double> to) {
-    if (data.dense()) {
-      f(data.doubles(), to);
-      return;
-    }
-    std::vector<double> points(data.size());
-    for (std::size_t i = 0; i < points.size(); ++i) {
-      points[i] = data[i];
-    }
-    f(std::span<const double>(points), to);
-  });
+  return pointwise(
+      t, out, progress,
+      [&](const Data& data, std::span<double> to) {
+        if (data.dense()) {
+          f(data.doubles(), to);
+          return;
+        }
+        std::vector<double> points(data.size());
+        for (std::size_t i = 0; i < points.size(); ++i) {
+          points[i] = data[i];
+        }
+        f(std::span<const double>(points), to);
+      },
+      Work::lockedElements + 1);  // each of them reads the data
 }
 
 }  // namespace

@@ -33,6 +33,7 @@ Generator::Generator(py::handle rng) {
   } else if (py::isinstance<Random>(rng)) {
     owner_ = py::reinterpret_borrow<py::object>(rng);
     random_ = owner_.cast<Random*>();
+    inUse_.emplace(random_);
   } else if (py::hasattr(rng, "bit_generator")) {
     random_ = &own_.emplace(readSeed(
         rng.attr("integers")(0, py::int_(-1).attr("__and__")(py::int_(0x7FFFFFFFFFFFFFFF))),
@@ -150,6 +151,7 @@ py::object integersToLast(Random& rng, std::int64_t low, py::handle size, py::ha
 
 py::object integersOf(Random& rng, py::handle low, py::handle high, py::handle size, py::handle out,
                       py::handle progress) {
+  const InUse use(size.is_none() && out.is_none() ? nullptr : &rng);
   const char* const upper = high.is_none() ? "low" : "high";
   const py::handle end = high.is_none() ? low : high;
   const std::int64_t from = high.is_none() ? 0 : readWhole(low, "low");
@@ -172,6 +174,7 @@ py::object integersOf(Random& rng, py::handle low, py::handle high, py::handle s
 // Doubles by one of the methods that give one, or fill a span.
 template <auto draw>
 py::object drawsOf(Random& rng, py::handle n, py::handle out, py::handle progress) {
+  const InUse use(n.is_none() && out.is_none() ? nullptr : &rng);
   return fillDoubles(
       "n", n, out, progress, [&] { return draw(rng); },
       [&](std::span<double> to) { draw(rng, to); });

@@ -6,6 +6,10 @@
 #include <optional>
 #include <vexel/random.hpp>
 
+#include "in_use.hpp"
+
+VEXEL_USED_ALONE(vexel::Random);
+
 namespace vexel::python {
 
 // What rng= came as: a Random (it moves on), a whole number (a new one of that seed) or None (a new
@@ -18,6 +22,7 @@ class Generator {
  private:
   pybind11::object owner_;
   std::optional<Random> own_;
+  std::optional<InUse> inUse_;  // of one that somebody else may have, too
   Random* random_ = nullptr;
 };
 

@@ -5,7 +5,10 @@
 
 #include "bindings.hpp"
 #include "calls.hpp"
+#include "in_use.hpp"
 #include "random.hpp"
+
+VEXEL_USED_ALONE(vexel::PointSequence);
 
 namespace vexel::python {
 
@@ -76,6 +79,7 @@ py::array pointsOf(PointSequence& sequence, Count<"n"> count, py::handle out, py
   auto* const to = static_cast<double*>(result.mutable_data());
   const py::ssize_t point = result.strides(0) / width;
   const py::ssize_t coordinate = result.strides(1) / width;
+  const InUse use(&sequence);
   const Work work(n * sequence.dimension(), progress);
   sequence.write(sequence.index(), n, to, point, coordinate);
   sequence.skip(n);

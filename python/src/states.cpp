@@ -4,6 +4,16 @@
 
 #include "bindings.hpp"
 #include "calls.hpp"
+#include "in_use.hpp"
+
+VEXEL_USED_ALONE(vexel::Sums);
+VEXEL_USED_ALONE(vexel::Moments);
+VEXEL_USED_ALONE(vexel::Covariance);
+VEXEL_USED_ALONE(vexel::Extremes);
+VEXEL_USED_ALONE(vexel::Tally);
+VEXEL_USED_ALONE(vexel::Histogram);
+VEXEL_USED_ALONE(vexel::DensityGrid);
+VEXEL_USED_ALONE(vexel::Ranks);
 
 namespace vexel::python {
 
@@ -11,7 +21,11 @@ namespace {
 
 template <typename State>
 py::bytes toBytes(const State& state) {
-  const auto bytes = state.to_bytes();
+  std::vector<std::uint8_t> bytes;
+  {
+    const Work work(Work::keepLock);
+    bytes = state.to_bytes();
+  }
   return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
 }
 
@@ -28,6 +42,7 @@ void update(State& state, py::handle object, py::handle weights, py::handle prog
   Input w(weights, "weights", Input::optional);
   const Data data = x.flat();
   const Data wd = w.flat();
+  const InUse use(&state);
   const Work work(data.size(), progress);
   state.update(data, wd);
 }
@@ -46,6 +61,7 @@ void updateColumns(Covariance& state, py::handle object, py::handle weights, py:
     columns.push_back(x.lane(0, i * x.byteStride(1)));
   }
   const Data wd = w.vector();
+  const InUse use(&state);
   const Work work(x.size(), progress);
   state.update(columns, wd);
 }
@@ -55,7 +71,11 @@ template <typename State>
 py::class_<State> bindState(py::module_& m, const char* name) {
   return py::class_<State>(m, name)
       .def("_merge",
-           [name](State& s, py::handle other) { s.merge(readObject<State>(other, "other", name)); })
+           [name](State& s, py::handle other) {
+             const State& theirs = readObject<State>(other, "other", name);
+             const Work work(Work::keepLock);
+             s.merge(theirs);
+           })
       .def("to_bytes", &toBytes<State>)
       .def("_assign", [](State& s, py::handle bytes) { s = fromBytes<State>(bytes); });
 }
@@ -115,8 +135,16 @@ void bindTables(py::module_& m) {
   bindState<Tally>(m, "Tally")
       .def(py::init([](py::handle policy) { return Tally(missingPolicy(policy)); }))
       .def("_update", &update<Tally>)
-      .def_property_readonly("values", [](const Tally& s) { return adopt(s.values()); })
-      .def_property_readonly("counts", [](const Tally& s) { return adopt(s.counts()); })
+      .def_property_readonly("values",
+                             [](const Tally& s) {
+                               const Work work(Work::keepLock);
+                               return adopt(s.values());
+                             })
+      .def_property_readonly("counts",
+                             [](const Tally& s) {
+                               const Work work(Work::keepLock);
+                               return adopt(s.counts());
+                             })
       .def_property_readonly("missing", &Tally::missing);
   bindState<Histogram>(m, "Histogram")
       .def(py::init([](py::handle edges, py::handle policy) {
@@ -135,7 +163,9 @@ void bindTables(py::module_& m) {
       .def_property_readonly("x", [](const DensityGrid& s) { return adopt(s.x()); })
       .def("_density",
            [](const DensityGrid& s, Number<"bandwidth"> bandwidth, py::handle kernel) {
-             return adopt(s.density(bandwidth, choose<DensityKernel>(kernel, "kernel")));
+             const auto shape = choose<DensityKernel>(kernel, "kernel");
+             const Work work(Work::keepLock);
+             return adopt(s.density(bandwidth, shape));
            })
       .def_property_readonly("weight", &DensityGrid::weight)
       .def_property_readonly("missing", &DensityGrid::missing);

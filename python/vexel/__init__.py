@@ -50,8 +50,9 @@ __all__ = [
     "winsorized_mean",
 ]
 if TYPE_CHECKING:
-    from ._kernel import Kernel, KernelError
-_lazy = {"Kernel": "_kernel", "KernelError": "_kernel"}
+    from ._host_values import KernelError
+    from ._kernel import Kernel
+_lazy = {"Kernel": "_kernel", "KernelError": "_host_values"}
 
 
 def __getattr__(name: str) -> object:

@@ -313,7 +313,7 @@ class HistogramJob(Job):
             width = np.cbrt(24 * math.sqrt(math.pi) / n) * math.sqrt(m.moment(2))
         elif self.rule in ("fd", "auto"):
             fd = 2 * iqr / np.cbrt(n)
-            width = fd if self.rule == "fd" else min(fd, sturges) if fd > 0 else sturges
+            width = fd if self.rule == "fd" else min(max(fd, (high - low) / math.sqrt(n) / 2), sturges)
         if not width > 0:
             return 1
         count = (high - low) / (max(width, 1.0) if self.whole else width)

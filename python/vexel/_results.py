@@ -4,19 +4,25 @@ from __future__ import annotations
 
 from collections.abc import Callable
 from html import escape
-from typing import TYPE_CHECKING, Any, Generic, NamedTuple, TypeVar
+from typing import TYPE_CHECKING, Any, Generic, NamedTuple
 
 import numpy as np
 
 if TYPE_CHECKING:
+    from typing_extensions import TypeVar
+
     from ._types import Doubles
+
+    V = TypeVar("V", default=float)  # what a part is: a float, or an array of a number for each lane
+else:
+    from typing import TypeVar
+
+    V = TypeVar("V")
 
 # With more values than these a repr is a summary in angle brackets.
 MOST_IN_REPR = 100
 _MOST_LANES = 12  # side by side in a table
 
-# What a part is: a float, or an array where there is a number for each lane.
-V = TypeVar("V")
 Result = TypeVar("Result")
 
 

@@ -2,6 +2,8 @@
 
 from __future__ import annotations
 
+import csv
+import io
 import itertools
 import os
 import re
@@ -40,7 +42,7 @@ def text_of(headings: Any, separator: Any, decimal: Any, na: Iterable[str]) -> T
             raise ValueError(f"{name} must be a character like ',', ';' or '\\t', got {short_text(mark)}")
     if not (headings is None or isinstance(headings, (bool, np.bool_))):
         raise TypeError(f"headings must be True, False or None, got {short_text(headings)}")
-    text = Text(headings, separator, decimal, tuple(sorted(na)))
+    text = Text(None if headings is None else bool(headings), separator, decimal, tuple(sorted(na)))
     if text.between == decimal:
         raise ValueError(f"separator must be another character than the decimal mark, got {separator!r}")
     return text
@@ -83,6 +85,7 @@ class _Csv:
             raise ValueError(f"{path} is empty") from None
         cells = [str(cell).strip() for cell in first.iloc[0]]
         self._require_separator(cells)
+        self._require_width(len(cells))
         known = [self._known(cell) for cell in cells]
         self.has_headings = "text" in known if text.headings is None else bool(text.headings)
         self.names: list[str] | int = cells if self.has_headings else len(cells)
@@ -107,6 +110,8 @@ class _Csv:
             raise ValueError(f"{self.path} is text in UTF-16; save it in UTF-8")
         if b"\0" in start:
             raise ValueError(f"{self.path} is no text")
+        whole = start[:start.rfind(b"\n") + 1] or start if len(start) == 1 << 16 else start
+        self.start = whole.decode(errors="replace")
 
     def _form(self, header: int | None) -> dict[str, Any]:
         return {"header": header, "sep": self.text.between, "index_col": False, "skipinitialspace": True,
@@ -127,6 +132,13 @@ class _Csv:
                     len(cells) == 1 or any(not set(c) - set("0123456789.,;\t+-eE ") for c in among)):
                 raise ValueError(f"separator: row 1 of {self.path} has {name} in its cells; "
                                  f"{mark!r} separates at them, {own!r} leaves them")
+
+    def _require_width(self, width: int) -> None:
+        """Cells beyond those of row 1 would be lost: most often a mark in them separates that should not."""
+        rows = csv.reader(io.StringIO(self.start, newline=""), delimiter=self.text.between, skipinitialspace=True)
+        for number, row in enumerate(rows, 1):
+            if any(cell.strip() for cell in row[width:]):
+                raise ValueError(f"{self.path}: row {number} has {len(row)} cells, row 1 has {width}")
 
     def pieces(self, use: list[int], rows: int) -> Iterator[tuple[list[Any], float]]:
         size = max(os.path.getsize(self.path), 1)

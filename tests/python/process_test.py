@@ -185,3 +185,30 @@ def test_types():
     code = pathlib.Path(__file__).with_name("typed_example.py")
     done = subprocess.run([mypy, "--strict", "--python-executable", sys.executable, str(code)], capture_output=True, text=True)
     assert done.returncode == 0, done.stdout
+
+
+@pytest.mark.parametrize("make, call", [
+    (lambda: vx.Random(1), lambda rng: (rng.normal(30000), rng.uniform(), rng.jump())),
+    (lambda: vx.Random(1), lambda rng: vx.Gamma(2.5).sample(20000, rng)),
+    (lambda: vx.Tally(), lambda state: (state.update(np.arange(20000.0)), state.counts)),
+    (lambda: vx.Sobol(3), lambda points: points.points(20000)),
+])
+def test_an_object_with_a_state_refuses_two_threads_at_a_time(make, call):
+    shared, unexpected = make(), []
+
+    def work():
+        for _ in range(30):
+            try:
+                call(shared)
+            except RuntimeError as e:
+                assert "one thread at a time" in str(e)
+            except BaseException as e:
+                unexpected.append(e)
+
+    threads = [threading.Thread(target=work) for _ in range(4)]
+    for t in threads:
+        t.start()
+    for t in threads:
+        t.join()
+    assert not unexpected
+    call(shared)  # free again

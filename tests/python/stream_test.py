@@ -174,6 +174,7 @@ def test_text_that_is_not_as_asked(tmp_path):
                                 ("x,x\n1,2\n", {"column": "x"}, "several 'x'"),
                                 ("a;b\n1;2\n", {}, "separator: row 1 of .*x.csv has semicolons in its cells; ';' sep"),
                                 ("x\n1\nfour\n", {}, "x.csv: .*four"), ("", {}, "x.csv is empty"),
+                                ("x,y\n1,5\n1,5,2,5\n", {"column": "y"}, "row 3 has 4 cells, row 1 has 2"),
                                 ("x\n1\n", {"separator": "::"}, "separator must be a character"),
                                 ("x\n1\n", {"separator": ",", "decimal": ","}, "separator must be another character")]:
         path.write_text(text)
