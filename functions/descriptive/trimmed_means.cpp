@@ -83,9 +83,9 @@ void addProduct(ExactSum& sum, double x, DoubleDouble w) {
 double meanOfMiddle(const char* function, Data x, Cut cut, const WeightedOptions& options,
                     bool winsorized) {
   if (!(cut.lower >= 0.0 && cut.upper >= 0.0 && cut.lower + cut.upper <= 1.0)) {
-    throw std::domain_error(
-        std::string(function) + ": the parts cut off must not be negative nor " +
-        "more than 1 together, they are " + number(cut.lower) + " and " + number(cut.upper));
+    throw std::domain_error(std::string(function) +
+                            ": cut must be fractions of at least 0, together at most 1, got " +
+                            number(cut.lower) + " and " + number(cut.upper));
   }
   Sample sample(function, x, options.weights, options.missing);
   double n = 0.0;

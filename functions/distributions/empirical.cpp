@@ -94,8 +94,8 @@ bool Empirical::Parameters::operator==(const Parameters& other) const {
 }
 
 Empirical::Empirical(const Parameters& parameters) {
-  detail::Observations data = detail::observe(name, parameters.x, {.weights = parameters.weights},
-                                              {-detail::infinity, detail::infinity});
+  detail::Observations data =
+      detail::observeAny(name, parameters.x, {.weights = parameters.weights});
   data.sortByValue();
   total_ = data.total;
   // Sums of the weights up to each distinct value, and of those behind it.

@@ -67,19 +67,17 @@ double Observations::median() const {
   return x.back();
 }
 
-Observations observe(const char* law, const Data& x, const FitOptions& options, Interval allowed,
-                     bool whole) {
+namespace {
+
+// require(value) throws where a value is none of the law's.
+template <typename Require>
+Observations observed(const std::string& function, const Data& x, const FitOptions& options,
+                      Require require) {
   Observations result;
-  const std::string function = std::string(law) + ".fit";
   const Missing missing = options.missing == Missing::omit ? Missing::omit : Missing::raise;
   Sum total;
   forEachPair(function.c_str(), x, options.weights, missing, [&](double value, double w) {
-    if (!(value >= allowed.low && value <= allowed.high) || std::isinf(value)) {
-      refuseFit(law, "x must be finite and in the law's support, got " + number(value));
-    }
-    if (whole && value != std::floor(value)) {
-      refuseFit(law, "x must be whole numbers, got " + number(value));
-    }
+    require(value);
     result.x.push_back(value);
     result.w.push_back(w);
     total.add(w);
@@ -92,6 +90,28 @@ Observations observe(const char* law, const Data& x, const FitOptions& options, 
     throw std::invalid_argument(function + ": the sum of the weights must be finite");
   }
   return result;
+}
+
+}  // namespace
+
+Observations observe(const char* law, const Data& x, const FitOptions& options, Interval allowed,
+                     bool whole) {
+  return observed(std::string(law) + ".fit", x, options, [&](double value) {
+    if (!(value >= allowed.low && value <= allowed.high) || std::isinf(value)) {
+      refuseFit(law, "x must be finite and in the law's support, got " + number(value));
+    }
+    if (whole && value != std::floor(value)) {
+      refuseFit(law, "x must be whole numbers, got " + number(value));
+    }
+  });
+}
+
+Observations observeAny(const std::string& function, const Data& x, const FitOptions& options) {
+  return observed(function, x, options, [&](double value) {
+    if (std::isinf(value)) {
+      throw std::domain_error(function + ": x must be finite, got " + number(value));
+    }
+  });
 }
 
 }  // namespace vexel::detail

@@ -120,6 +120,8 @@ bool forEachPair(const char* function, const Data& x, const Data& weights, Missi
 // of a discrete law, not whole.
 Observations observe(const char* law, const Data& x, const FitOptions& options, Interval allowed,
                      bool whole = false);
+// The same for what is called `function`, any numbers.
+Observations observeAny(const std::string& function, const Data& x, const FitOptions& options);
 
 // Sum of the weights times log(x); 0 of nothing.
 template <typename Log>

@@ -55,7 +55,7 @@ class _Sequence:
         """
         return self._sequence.points(n, out, progress)
 
-    def skip(self, n: int) -> None:
+    def skip(self, n: int) -> Self:
         """Moves on by n points, in constant time.
 
         Parameters
@@ -63,14 +63,18 @@ class _Sequence:
         n : int
             How many points to leave out; a negative number is refused.
 
+        Returns
+        -------
+        Sobol, Halton or Faure
+            The sequence itself.
+
         Examples
         --------
-        >>> s = vx.Sobol(2)
-        >>> s.skip(2)
-        >>> s.points(1)
+        >>> vx.Sobol(2).skip(2).points(1)
         array([[0.75, 0.25]])
         """
         self._sequence.skip(n)
+        return self
 
     @property
     def index(self) -> int:

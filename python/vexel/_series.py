@@ -76,7 +76,8 @@ def moving(x: ArrayLike, window: int,
     q : float
         The probability of "quantile".
     min_count : int, optional
-        A window with fewer present values gives NaN; 1 where it is left out.
+        A window with fewer present values gives NaN; 1 where it is left out.  Under "propagate" a
+        window with a missing value does, too.
     edges : {"shrink", "nan", "reflect", "nearest"}
         What windows see beyond the ends: nothing, nothing (their result is NaN), the series
         mirrored (d c b a | a b c d), or the end element all the way.
@@ -248,7 +249,8 @@ def chi_square_test(observed: ArrayLike, expected: ArrayLike | None = None, *, d
     Parameters
     ----------
     observed : array_like
-        Counts.
+        Counts, in an array of any shape: a list of cells, not a table whose rows and columns are
+        to be independent.
     expected : array_like, optional
         All cells equally likely where it is left out.
     ddof : float

@@ -38,7 +38,7 @@ def text_of(headings: Any, separator: Any, decimal: Any, na: Iterable[str]) -> T
     for name, mark in (("separator", separator), ("decimal", decimal)):
         if name == "separator" and mark is None:
             continue
-        if not (isinstance(mark, str) and len(mark) == 1 and mark.isascii() and mark not in '"\r\n+-0123456789'):
+        if not (isinstance(mark, str) and len(mark) == 1 and mark.isascii() and not mark.isalnum() and mark not in '"\r\n+-'):
             raise ValueError(f"{name} must be a character like ',', ';' or '\\t', got {short_text(mark)}")
     if not (headings is None or isinstance(headings, (bool, np.bool_))):
         raise TypeError(f"headings must be True, False or None, got {short_text(headings)}")
@@ -202,6 +202,8 @@ def _reader(path: str) -> Any:
 
 def paths_of(files: Any) -> list[str]:
     paths = [os.fspath(f) for f in ([files] if isinstance(files, (str, os.PathLike)) else files)]
+    if not paths:
+        raise ValueError("files must be at least one, got none")
     for path in paths:
         _reader(path)
         os.stat(path)  # the system's error names the file

@@ -47,6 +47,8 @@ _every = 5.0  # seconds between two saved states
 
 
 def _require_rows(rows: int) -> None:
+    if not isinstance(rows, (int, np.integer)) or isinstance(rows, bool):
+        raise TypeError(f"rows must be a whole number, got {rows!r}")
     if rows < 1:
         raise ValueError(f"rows must be at least 1, got {rows}")
 
