@@ -146,7 +146,8 @@ def _of_arrow(x: Any, name: str) -> np.ndarray:
     try:
         return from_arrow(x)
     except TypeError as e:
-        raise TypeError(f"{name}: {e}") from None
+        text = str(e)
+        raise TypeError(f"{name}{' ' if text.startswith('must') else ': '}{text}") from None
 
 
 def _whole_type(x: Any) -> Any:
