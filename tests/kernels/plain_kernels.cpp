@@ -14,6 +14,7 @@
 #include "kernels/vector/column_extremes.cpp"
 #include "kernels/vector/column_order.cpp"
 #include "kernels/vector/columns.cpp"
+#include "kernels/vector/convolution.cpp"
 #include "kernels/vector/filter.cpp"
 #include "kernels/vector/moving_sums.cpp"
 #include "kernels/vector/normal.cpp"

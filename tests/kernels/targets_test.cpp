@@ -19,6 +19,7 @@
 #include "kernels/vector/column_extremes.hpp"
 #include "kernels/vector/column_order.hpp"
 #include "kernels/vector/columns.hpp"
+#include "kernels/vector/convolution.hpp"
 #include "kernels/vector/power_columns.hpp"
 #include "kernels/vector/powers.hpp"
 #include "kernels/vector/presence.hpp"
@@ -85,6 +86,7 @@ void extremesOfLanes(End end, const float* x, std::ptrdiff_t apart, std::size_t 
 bool normalCdfs(const double* z, std::size_t n, double* out);
 void normalQuantiles(const double* p, std::size_t n, double* out);
 void filterStretch(const double* x, std::size_t n, std::span<const double> taps, double* out);
+void convolve(const double* x, std::size_t n, const double* weights, std::size_t m, double* out);
 bool movingSums(const double* x, std::size_t results, std::size_t window, bool means, double* out);
 }  // namespace vexel::plain_kernels
 
@@ -238,6 +240,10 @@ Vector probabilities(const double* x, std::size_t n) {
       if (n >= taps) {                                                                        \
         Vector out(n - taps + 1);                                                             \
         space::filterStretch(x + taps - 1, out.size(), {w, taps}, out.data());                \
+        all.insert(all.end(), out.begin(), out.end());                                        \
+        out.resize(out.size() / vexel::kernels::convolutionBlock *                            \
+                   vexel::kernels::convolutionBlock);                                         \
+        space::convolve(x + taps - 1, out.size(), w, taps, out.data());                       \
         all.insert(all.end(), out.begin(), out.end());                                        \
       }                                                                                       \
     }                                                                                         \
