@@ -92,3 +92,130 @@ def test_tables():
         np.testing.assert_allclose(a, b, rtol=1e-10)
     with pytest.raises(TypeError):
         ours.gamma.cdf(1.0)
+
+
+def pieces(found):
+    """The parts that a result unpacks to, or the statistic and the p-value of one that does not."""
+    parts = found if isinstance(found, (tuple, list)) else [found.statistic, found.pvalue] if hasattr(found, "pvalue") else [found]
+    flat = [p for part in parts for p in (part if isinstance(part, tuple) else (part,))]
+    return [np.asarray(p, dtype=float) for p in flat]
+
+
+def compare(name, *arguments, rtol=1e-9, **options):
+    expected, found = getattr(theirs, name)(*arguments, **options), getattr(ours, name)(*arguments, **options)
+    a, b = pieces(found), pieces(expected)
+    assert len(a) == len(b), name
+    for x, y in zip(a, b):
+        assert x.shape == y.shape, (name, options)
+        np.testing.assert_allclose(x, y, rtol=rtol, atol=1e-13, err_msg=f"{name} {options}")
+    for attribute in ("df", "intercept_stderr", "zstatistic"):
+        if hasattr(expected, attribute) and hasattr(found, attribute):
+            np.testing.assert_allclose(getattr(found, attribute), getattr(expected, attribute), rtol=1e-9)
+    if hasattr(expected, "confidence_interval") and options.get("nan_policy") != "propagate":
+        np.testing.assert_allclose(found.confidence_interval(0.9), expected.confidence_interval(0.9), rtol=1e-9)
+
+
+SUMMARIES = [
+    ("mode", (), {}), ("variation", (), {}), ("variation", (), {"ddof": 1}), ("tmean", (), {}), ("tmean", ((-2, 1), (False, True)), {}),
+    ("tvar", ((None, 2),), {"ddof": 0}), ("tstd", (), {}), ("tsem", (), {}), ("tmin", (-1,), {"inclusive": False}), ("tmax", (1,), {}),
+    ("skewtest", (), {}), ("kurtosistest", (), {"alternative": "less"}), ("normaltest", (), {}), ("jarque_bera", (), {}),
+    ("ttest_1samp", (0.2,), {}), ("ttest_1samp", (0.2,), {"alternative": "greater"})]
+
+
+@pytest.mark.filterwarnings("ignore")
+@pytest.mark.parametrize("seed", range(4))
+def test_summaries(seed):
+    rng = np.random.default_rng(seed)
+    x = rng.normal(size=(rng.integers(20, 40), 3))
+    holes = x.copy()
+    holes[3, 1] = np.nan
+    for a in (x, holes, x[:, 0], rng.integers(1, 6, size=(25, 2))):
+        for axis in (0, None):
+            for nan_policy in ("propagate", "omit"):
+                for name, arguments, options in SUMMARIES:
+                    if axis == 0 or name != "ttest_1samp":
+                        compare(name, a, *arguments, axis=axis, nan_policy=nan_policy, keepdims=bool(seed % 2), **options)
+                compare("zscore", a, axis=axis, nan_policy=nan_policy)
+                compare("zmap", a, a[::2], axis=axis, nan_policy=nan_policy, ddof=1)
+                compare("gstd", np.abs(a) + 0.1, axis=axis, nan_policy=nan_policy)
+    sample, whole = x[:, 0], rng.integers(0, 6, size=30)
+    for kind in ("rank", "strict", "weak", "mean"):
+        compare("percentileofscore", whole, [1, 2.5, np.nan], kind)
+    for method in ("fraction", "lower", "higher"):
+        compare("scoreatpercentile", x, [5, 50, 97], axis=0, interpolation_method=method)
+        compare("scoreatpercentile", sample, 30, (-1, 1), method)
+    compare("sigmaclip", sample, 1.5, 1.5)
+    compare("cumfreq", sample, 5, weights=np.abs(x[:, 1]))
+    compare("relfreq", sample, 4, (-1, 1))
+    compare("probplot", sample)
+    compare("probplot", sample, sparams=(3,), dist="t", fit=False)
+    for statistic in ("mean", "std", "median", "count", "sum", "min", "max", np.ptp):
+        compare("binned_statistic", sample, x[:, 1], statistic, 5)
+        compare("binned_statistic", sample, [x[:, 1], x[:, 2]], statistic, [-1, 0, 0.5, 3])
+    a, b = ours.ecdf(whole), theirs.ecdf(whole)
+    for side in ("cdf", "sf"):
+        for method in ("linear", "log-log"):
+            (low, high), (lowest, highest) = (getattr(e, side).confidence_interval(method=method) for e in (a, b))
+            np.testing.assert_allclose([low.probabilities, high.probabilities], [lowest.probabilities, highest.probabilities], rtol=1e-9)
+        np.testing.assert_allclose(getattr(a, side).evaluate([-1, 0, 2.5, 9]), getattr(b, side).evaluate([-1, 0, 2.5, 9]), atol=1e-15)
+
+
+@pytest.mark.filterwarnings("ignore")
+@pytest.mark.parametrize("side", ["two-sided", "less", "greater"])
+@pytest.mark.parametrize("seed", range(3))
+def test_tests(seed, side):
+    rng = np.random.default_rng(seed)
+    n, m = rng.integers(9, 40), rng.integers(9, 30)
+    x, y, z = rng.normal(size=n), rng.normal(size=n), rng.normal(0.4, 1.3, size=m)
+    ties, others = rng.integers(-2, 4, size=n).astype(float), rng.integers(-2, 4, size=m).astype(float)
+    table, second = rng.normal(size=(2, n, 3))
+    table[2, 1] = np.nan
+    for pair in ((x, z), (ties, others), (x[:6], z), (table, second)):
+        for name, methods in (("mannwhitneyu", ("auto", "asymptotic")), ("ks_2samp", ("auto", "asymp"))):
+            for method in methods:
+                compare(name, *pair, alternative=side, method=method, nan_policy="omit", rtol=1e-7)
+        for equal in (True, False):
+            compare("ttest_ind", *pair, equal_var=equal, alternative=side, nan_policy="omit")
+            compare("f_oneway", *pair, pair[0] + 1, equal_var=equal, nan_policy="omit")
+        for name in ("kruskal", "bartlett", "levene"):
+            compare(name, *pair, nan_policy="omit")
+        compare("levene", *pair, center="trimmed", proportiontocut=0.1, nan_policy="omit")
+    for d in (x, x[:8], ties, ties[:9]):
+        for zero_method in ("wilcox", "pratt", "zsplit"):
+            for method in ("auto", "asymptotic"):
+                compare("wilcoxon", d, zero_method=zero_method, correction=True, alternative=side, method=method)
+    for name in ("linregress", "ttest_rel", "wilcoxon"):
+        compare(name, table, second, alternative=side, nan_policy="omit")
+    for name in ("pearsonr", "spearmanr", "kendalltau", "linregress"):
+        compare(name, x, y, alternative=side)
+    compare("kendalltau", ties, y, alternative=side)
+    compare("spearmanr", second, alternative=side)
+    compare("friedmanchisquare", ties, y, x, ties[::-1])
+    compare("ttest_ind_from_stats", np.array([1.0, 2]), 0.5, 10, 1.5, 1.1, np.array([15, 9]), equal_var=bool(seed % 2), alternative=side)
+    for law, arguments in (("norm", ()), ("norm", (0.3, 2)), ("gamma", (2,)), (z, ())):
+        compare("kstest", x, law, arguments, alternative=side, rtol=3e-6)
+    counts = rng.integers(1, 15, size=(2, 2))
+    compare("fisher_exact", counts, side)
+    for k in (0, int(rng.integers(1, 30)), 30):
+        compare("binomtest", k, 30, rng.uniform(), alternative=side)
+        for method in ("exact", "wilson", "wilsoncc"):
+            ends = [library.binomtest(k, 30, alternative=side).proportion_ci(0.9, method) for library in (ours, theirs)]
+            np.testing.assert_allclose(*ends, rtol=1e-9, atol=1e-15)
+    for power in (None, "log-likelihood", "cressie-read", "freeman-tukey", "neyman", "mod-log-likelihood", 0.5):
+        compare("chi2_contingency", counts, lambda_=power)
+        compare("chi2_contingency", rng.integers(1, 9, size=(2, 3, 2)), lambda_=power)
+        compare("power_divergence", counts, lambda_=power)
+
+
+def test_fits():
+    cases = {"norm": (), "uniform": (), "laplace": (), "logistic": (), "cauchy": (), "gumbel_r": (), "moyal": (), "gennorm": (1.5,), "expon": ()}
+    for name, shapes in cases.items():
+        law = getattr(theirs, name)
+        x = law.rvs(*shapes, 1, 2, size=200, random_state=1)
+        for fixed in ({}, {"floc": 0.5 if name in ("uniform", "expon") else 1}):
+            found, expected = getattr(ours, name).fit(x, **fixed), law.fit(x, **fixed)
+            assert found == pytest.approx(expected, rel=1e-3) and law.nnlf(found, x) <= law.nnlf(expected, x) + 1e-9
+    for name, shapes in (("beta", (2, 3)), ("t", (4,)), ("chi2", (3,)), ("f", (5, 9))):
+        law = getattr(theirs, name)
+        x = law.rvs(*shapes, size=300, random_state=2)
+        assert getattr(ours, name).fit(x, floc=0, fscale=1) == pytest.approx(law.fit(x, floc=0, fscale=1), rel=1e-3)

@@ -9,6 +9,7 @@ import numpy as np
 
 import vexel as vx
 from vexel._kinds import Discrete
+from vexel.compat._fits import fit
 
 _LINEAR = frozenset(("pdf", "logpdf", "pmf", "logpmf", "cdf", "sf", "logcdf", "logsf"))
 _INVERSE = frozenset(("ppf", "isf", "quantile"))
@@ -213,14 +214,14 @@ class Family:
     __module__ = "vexel.compat.scipy"  # which knows it by its name
 
     def __init__(self, name: str, shapes: str, law: Callable[..., Any], *, scaled: bool = False,
-                 located: bool = False, shift: float = 0, fit: Callable[..., Any] | None = None) -> None:
+                 located: bool = False, shift: float = 0) -> None:
         self.name = name
         self.shapes = shapes
         self._names = shapes.split()
         # Laws of whole numbers have no scale.
         self.discrete = isinstance(law, type) and issubclass(law, Discrete) or name == "randint"
         self._law, self._scaled, self._located = law, scaled, located
-        self._shift, self._fit = shift, fit
+        self._shift = shift
 
     def make(self, shapes: tuple[Any, ...], loc: Any, scale: Any) -> tuple[Any, Any, Any]:
         if self._located:
@@ -319,22 +320,15 @@ class Family:
             return float("inf")
         return -float(np.sum((law.logpmf if self.discrete else law.logpdf)(x)))
 
-    def fit(self, data: Any, *, floc: float | None = None, **fixed: Any) -> Any:
-        """Maximum likelihood; for laws without a location of their own that is given by floc."""
-        if self.name == "norm" and {"fscale"}.issuperset(fixed) and (fixed or floc is not None):
-            return _normal_fit(np.asarray(data, dtype=np.float64), floc, **fixed)
-        if self._fit is None or fixed:
-            raise NotImplementedError(f"{self.name}.fit: the fit method of vexel's class is what there is")
-        if self._located and floc is None:
-            return self._fit(np.asarray(data))
-        if floc is None:
-            raise NotImplementedError(f"{self.name}.fit: give floc, as floc=0; the location is not fitted")
-        if self._located:
-            raise NotImplementedError(f"{self.name}.fit: floc cannot be given")
-        *shapes, _, scale = self._fit(np.asarray(data) - floc)
-        return (*shapes, floc, scale)
-
-
-def _normal_fit(x: Any, floc: float | None, fscale: float | None = None) -> tuple[float, float]:
-    loc = float(vx.mean(x)) if floc is None else float(floc)
-    return loc, float(np.sqrt(vx.mean((x - loc) ** 2)) if fscale is None else fscale)
+    def fit(self, data: Any, *start: Any, floc: float | None = None, fscale: float | None = None, method: str = "MLE",
+            **others: Any) -> Any:
+        """Maximum likelihood; what a search would start from is not needed."""
+        if method.upper() != "MLE":
+            raise NotImplementedError(f'{self.name}.fit: method must be "MLE", got {method!r}')
+        fixed = {*(f"f{i}" for i in range(len(self._names))), *(p + n for n in self._names for p in ("f", "fix_"))}
+        for key in others:
+            if key in fixed:
+                raise NotImplementedError(f"{self.name}.fit: {key} cannot be given: shapes are fitted")
+            if key not in (*self._names, "loc", "scale", "optimizer"):
+                raise TypeError(f"{self.name}.fit: unknown argument {key}")
+        return fit(self.name, data, floc, fscale)
