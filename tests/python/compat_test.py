@@ -7,6 +7,7 @@ import pickle
 from fractions import Fraction
 
 import numpy as np
+import pandas as pd
 import pytest
 
 import vexel as vx
@@ -225,6 +226,27 @@ def test_lanes():
         stats.levene(["a"], ["b"])
     with pytest.raises(ValueError, match="linregress: samples must be of one length, got 2, 3"):
         stats.linregress([1, 2], [1, 2, 3])
+
+
+def test_what_is_taken():
+    expected = stats.ttest_1samp([1, 2, 4], 0)
+    for data in ([1, None, 2, 4], pd.Series([1, None, 2, 4], dtype="Int64"), np.ma.masked_greater([1, 2, 99, 4], 50)):
+        assert stats.ttest_1samp(data, 0, nan_policy="omit") == expected and math.isnan(stats.ttest_1samp(data, 0).pvalue)
+        assert stats.zscore(data, nan_policy="omit")[-1] == stats.zscore([1, 2, 4])[-1] and stats.tmean(data, nan_policy="omit") == 7 / 3
+    x, y = X.astype(np.float32)[:9], np.arange(9, dtype=np.int8)
+    assert stats.linregress(x, y) == stats.linregress(x.astype(float), y.tolist())
+    assert stats.levene(x, y) == stats.levene(x.astype(float), y.astype(float))
+    table = pd.crosstab([1, 1, 2, 2, 2], [1, 2, 1, 2, 2])
+    assert stats.chi2_contingency(table)[1] == stats.chi2_contingency([[1, 1], [1, 2]])[1]
+    for cdf in (lambda v: 0.0 if v < 0 else min(v, 1.0), lambda v: min(max(float(v), 0), 1), stats.uniform, vx.Uniform(), "uniform", stats.uniform.cdf):
+        assert stats.kstest([0.2, 0.6, 0.7], cdf) == pytest.approx(vx.ks_test([0.2, 0.6, 0.7], vx.Uniform()))
+    assert stats.kstest("norm", stats.norm, N=40).pvalue > 1e-6 and stats.kstest(X, Y) == stats.ks_2samp(X, Y)
+    with pytest.raises(ValueError, match="kstest: cdf must be the name of a distribution .* got 'foo'"):
+        stats.kstest(X, "foo")
+    assert stats.t.interval(confidence=0.9, df=4, loc=1, scale=2) == stats.t.interval(0.9, 4, 1, 2)
+    assert stats.norm.ppf(q=0.9, loc=1) == stats.norm(1).ppf(q=0.9) and stats.binom.pmf(k=1, n=2, p=0.5) == 0.5
+    with pytest.raises(TypeError, match="norm.moment: order must be given"):
+        stats.norm.moment()
 
 
 class Axes:

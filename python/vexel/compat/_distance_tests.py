@@ -31,7 +31,7 @@ def kstest(rvs: Any, cdf: Any, args: tuple[Any, ...] = (), N: int = 20, alternat
            method: str = "auto", *, axis: Any = 0, nan_policy: Any = "propagate", keepdims: bool = False) -> Any:
     """`ks_1samp`, or `ks_2samp` where `cdf` is a sample; `rvs` may be a law or a function that draws N values."""
     if isinstance(rvs, str):
-        rvs = _laws.named(rvs)
+        rvs = _laws.named("kstest: rvs", rvs)
     if isinstance(rvs, Family):
         rvs = rvs.rvs(*args, size=N)
     elif callable(rvs):
@@ -48,7 +48,7 @@ def ks_1samp(x: Any, cdf: Any, args: tuple[Any, ...] = (), alternative: str = "t
     alternative_of("ks_1samp", alternative)
     one_of("ks_1samp", "method", method, ("auto", "exact", "approx", "asymp"))
     if isinstance(cdf, str):
-        cdf = _laws.named(cdf)
+        cdf = _laws.named("kstest: cdf", cdf)
     if isinstance(cdf, Family):
         cdf = cdf(*args)
         args = ()
@@ -75,7 +75,7 @@ def _probabilities(cdf: Any, x: Any, args: tuple[Any, ...]) -> Any:
     function = getattr(cdf, "cdf", cdf)
     try:
         values = np.asarray(function(x, *args), dtype=np.float64)
-    except TypeError:
+    except (TypeError, ValueError):  # a function of one number
         values = np.empty(0)
     if values.shape == x.shape:
         return values

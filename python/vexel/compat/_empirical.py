@@ -9,7 +9,7 @@ import numpy as np
 import vexel as vx
 from vexel.compat import _laws
 from vexel.compat._families import Family, stream
-from vexel.compat._lanes import NORMAL, ConfidenceInterval, one_of
+from vexel.compat._lanes import NORMAL, ConfidenceInterval, numbers, one_of
 from vexel.compat._relations import linregress
 
 
@@ -62,7 +62,7 @@ class ECDFResult(NamedTuple):
 
 def ecdf(sample: Any) -> Any:
     """The shares of the sample that are at most x, and that are greater."""
-    x = np.asarray(sample, dtype=np.float64)
+    x = np.asarray(numbers("ecdf", sample), dtype=np.float64)
     if x.ndim != 1 or np.isnan(x).any():
         raise ValueError(f"ecdf: sample must have one dimension and no NaN, got {'NaN' if x.ndim == 1 else f'{x.ndim} dimensions'}")
     values, counts = np.unique(x, return_counts=True)
@@ -74,9 +74,9 @@ def ecdf(sample: Any) -> Any:
 
 def probplot(x: Any, sparams: Any = (), dist: Any = "norm", fit: bool = True, plot: Any = None, rvalue: bool = False) -> Any:
     """The ascending values against the law's quantiles at Filliben's medians of the order statistics (1975)."""
-    ordered = np.sort(np.asarray(x, dtype=np.float64), axis=None)
+    ordered = np.sort(np.asarray(numbers("probplot", x), dtype=np.float64), axis=None)
     n = len(ordered)
-    law = _laws.named(dist) if isinstance(dist, str) else dist
+    law = _laws.named("probplot: dist", dist) if isinstance(dist, str) else dist
     shapes = tuple(sparams) if np.ndim(sparams) else (sparams,)
     medians = (np.arange(1, n + 1) - 0.3175) / (n + 0.365)
     if n:

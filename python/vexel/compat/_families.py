@@ -3,6 +3,7 @@
 from __future__ import annotations
 
 from collections.abc import Callable
+from functools import partial
 from typing import Any
 
 import numpy as np
@@ -13,6 +14,8 @@ from vexel.compat._fits import fit
 
 _LINEAR = frozenset(("pdf", "logpdf", "pmf", "logpmf", "cdf", "sf", "logcdf", "logsf"))
 _INVERSE = frozenset(("ppf", "isf", "quantile"))
+# What the first argument is called.
+_FIRST = {**dict.fromkeys(_LINEAR, ("x", "k")), **dict.fromkeys(_INVERSE, ("q",)), "interval": ("confidence",), "moment": ("order",)}
 
 
 def stream(random_state: Any) -> Any:
@@ -59,7 +62,7 @@ class Frozen:
                 return lambda x: method(self._standard(x)) - np.log(scale)
             return lambda x: method(self._standard(x))
         if name in _INVERSE:
-            return lambda p: loc + scale * method(_probability(p)) if (loc, scale) != (0, 1) else method(_probability(p))
+            return lambda q: loc + scale * method(_probability(q)) if (loc, scale) != (0, 1) else method(_probability(q))
         return method
 
     def _standard(self, x: Any) -> Any:
@@ -278,13 +281,20 @@ class Family:
         return np.array(found, dtype=np.float64).reshape(all_of[0].shape)
 
     def __getattr__(self, name: str) -> Any:
-        if name in _LINEAR or name in _INVERSE:
-            return lambda x, *args, **kwds: self._apply(name, (x,), args, kwds)
+        if name in _FIRST:
+            return partial(self._of_first, name)
         if name in ("mean", "median", "var", "std", "stats", "support", "entropy"):
             return lambda *args, **kwds: self._apply(name, (), args, kwds)
-        if name in ("interval", "moment"):
-            return lambda which, *args, **kwds: self._apply(name, (which,), args, kwds)
         raise AttributeError(f"{self.name} has no {name}")
+
+    def _of_first(self, method: str, *args: Any, **kwds: Any) -> Any:
+        """A method whose first argument is not a parameter of the law, by its place or by name."""
+        for key in _FIRST[method]:
+            if key in kwds:
+                args = (kwds.pop(key), *args)
+        if not args:
+            raise TypeError(f"{self.name}.{method}: {_FIRST[method][0]} must be given")
+        return self._apply(method, args[:1], args[1:], kwds)
 
     def rvs(self, *args: Any, size: Any = None, random_state: Any = None, **kwds: Any) -> Any:
         last = len(self._names) + (1 if self.discrete else 2)

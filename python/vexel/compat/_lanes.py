@@ -8,6 +8,7 @@ from typing import Any, NamedTuple
 import numpy as np
 
 import vexel as vx
+from vexel._arrays import convert
 from vexel._results import TestResult
 
 NORMAL = vx.Normal()
@@ -29,17 +30,25 @@ def axes_of(axis: Any, ndim: int) -> tuple[int, ...]:
     return axis if isinstance(axis, tuple) else (axis,)
 
 
+def numbers(name: str, x: Any, what: str = "samples") -> Any:
+    """An array of numbers; missing values become NaN."""
+    return x if type(x) is np.ndarray and x.dtype.kind in "biuf" else convert(x, f"{name}: {what}")
+
+
 def flat(name: str, sample: Any, axis: Any) -> Any:
     """The sample with the axes to reduce as its last one."""
-    a = np.asarray(sample)
-    if a.dtype.kind not in "biuf":
-        try:
-            a = np.asarray(a, dtype=np.float64)
-        except (TypeError, ValueError):
-            raise TypeError(f"{name}: samples must be numbers, got an array of {a.dtype}") from None
+    a = numbers(name, sample)
     axes = axes_of(axis, a.ndim)
     a = np.moveaxis(np.atleast_1d(a), axes, range(-len(axes), 0))
     return a.reshape(*a.shape[:a.ndim - len(axes)], -1) if axes else a
+
+
+def differences(name: str, x: Any, y: Any, axis: Any) -> Any:
+    """Of pairs, whose lanes are of one length."""
+    x, y = (np.asarray(numbers(name, v), dtype=np.float64) for v in (x, y))
+    if isinstance(axis, int) and x.ndim and y.ndim and x.shape[axis] != y.shape[axis]:
+        raise ValueError(f"{name}: samples must be of one length, got {x.shape[axis]}, {y.shape[axis]}")
+    return x - y
 
 
 def present(name: str, lanes: list[Any], nan_policy: str, paired: bool) -> list[Any] | None:
@@ -66,6 +75,7 @@ def over_lanes(name: str, function: Callable[..., tuple[Any, ...]], samples: tup
     """
     one_of(name, "nan_policy", nan_policy, ("propagate", "omit", "raise"))
     given = [flat(name, s, axis) for s in samples]
+    given = [a.astype(np.float64) if a.dtype.kind == "f" else a for a in given]
     shape = np.broadcast_shapes(*(a.shape[:-1] for a in given))
     arrays = [np.broadcast_to(a, (*shape, a.shape[-1])) for a in given]
     if paired and len({a.shape[-1] for a in arrays}) > 1:

@@ -45,10 +45,10 @@ randint = Family("randint", "low high", lambda low, high: vx.DiscreteUniform(low
 NAMES = tuple(name for name, value in globals().items() if isinstance(value, Family))
 
 
-def named(name: str) -> Family:
-    """The distribution of that name."""
+def named(what: str, name: str) -> Family:
+    """The distribution of that name; `what` is the parameter that has it."""
     if name not in NAMES:
-        raise ValueError(f"the distribution must be one of {', '.join(NAMES)}, got {name!r}")
+        raise ValueError(f"{what} must be the name of a distribution of vexel.compat.scipy, or one of scipy.stats itself, got {name!r}")
     found = globals()[name]
     assert isinstance(found, Family)
     return found

@@ -8,7 +8,7 @@ from typing import Any
 import numpy as np
 
 import vexel as vx
-from vexel.compat._lanes import NORMAL, ConfidenceInterval, Found, alternative_of, one_of, over_lanes, sides, symmetric_tail
+from vexel.compat._lanes import NORMAL, ConfidenceInterval, Found, alternative_of, differences, one_of, over_lanes, sides, symmetric_tail
 from vexel.compat._relations import SignificanceResult
 
 # ---- Student's test
@@ -62,7 +62,7 @@ def ttest_1samp(a: Any, popmean: Any, axis: Any = 0, nan_policy: Any = "propagat
 
 def ttest_rel(a: Any, b: Any, axis: Any = 0, nan_policy: Any = "propagate", alternative: str = "two-sided", *,
               keepdims: bool = False) -> Any:
-    return ttest_1samp(np.asarray(a, dtype=float) - np.asarray(b, dtype=float), 0, axis, nan_policy, alternative, keepdims=keepdims)
+    return ttest_1samp(differences("ttest_rel", a, b, axis), 0, axis, nan_policy, alternative, keepdims=keepdims)
 
 
 def ttest_ind(a: Any, b: Any, axis: Any = 0, equal_var: bool = True, nan_policy: Any = "propagate", *,

@@ -10,7 +10,7 @@ from typing import Any
 import numpy as np
 
 import vexel as vx
-from vexel.compat._lanes import NORMAL, Found, alternative_of, one_of, over_lanes, symmetric_tail
+from vexel.compat._lanes import NORMAL, Found, alternative_of, differences, one_of, over_lanes, symmetric_tail
 
 
 def _ties(ranked: Any) -> float:
@@ -90,7 +90,7 @@ def wilcoxon(x: Any, y: Any = None, zero_method: str = "wilcox", correction: boo
     alternative_of("wilcoxon", alternative)
     one_of("wilcoxon", "method", method, ("auto", "asymptotic", "exact"))
     one_of("wilcoxon", "zero_method", zero_method, ("wilcox", "pratt", "zsplit"))
-    d = np.asarray(x, dtype=np.float64) - (0 if y is None else np.asarray(y, dtype=np.float64))
+    d = x if y is None else differences("wilcoxon", x, y, axis)
     statistic, p, z = over_lanes("wilcoxon", lambda d: _signed_ranks(d, zero_method, correction, alternative, method), (d,),
                                  axis, nan_policy, keepdims, parts=3)
     return WilcoxonResult(statistic, p, **({"zstatistic": z} if method == "asymptotic" else {}))

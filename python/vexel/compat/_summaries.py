@@ -7,7 +7,7 @@ from typing import Any, NamedTuple
 import numpy as np
 
 import vexel as vx
-from vexel.compat._lanes import axes_of, flat, one_of, over_lanes, present
+from vexel.compat._lanes import axes_of, flat, numbers, one_of, over_lanes, present
 
 
 def gmean(a: Any, axis: Any = 0, dtype: Any = None, weights: Any = None, nan_policy: Any = "propagate", *, keepdims: bool = False) -> Any:
@@ -50,7 +50,7 @@ def median_abs_deviation(x: Any, axis: Any = 0, *, scale: Any = 1.0, nan_policy:
 
 
 def sem(a: Any, axis: Any = 0, ddof: int = 1, nan_policy: Any = "propagate", *, keepdims: bool = False) -> Any:
-    a = np.asarray(a, dtype=np.float64)
+    a = np.asarray(numbers("sem", a), dtype=np.float64)
     n = np.sum(~np.isnan(a), axis=axis, keepdims=keepdims)
     return vx.std(a, ddof=ddof, axis=axis, nan_policy=nan_policy, keepdims=keepdims) / np.sqrt(n)
 
@@ -64,11 +64,11 @@ def variation(a: Any, axis: Any = 0, nan_policy: Any = "propagate", ddof: int = 
 
 def gstd(a: Any, axis: Any = 0, ddof: int = 1, *, keepdims: bool = False, nan_policy: Any = "propagate") -> Any:
     """The geometric standard deviation: exp of the standard deviation of the logarithms; NaN with a value below 0."""
-    return np.exp(vx.std(_logarithms(a), ddof=ddof, axis=axis, nan_policy=nan_policy, keepdims=keepdims))
+    return np.exp(vx.std(_logarithms("gstd", a), ddof=ddof, axis=axis, nan_policy=nan_policy, keepdims=keepdims))
 
 
-def _logarithms(a: Any) -> Any:
-    a = np.asarray(a, dtype=np.float64)
+def _logarithms(name: str, a: Any) -> Any:
+    a = np.asarray(numbers(name, a), dtype=np.float64)
     with np.errstate(invalid="ignore", divide="ignore"):
         return np.log(a)
 
@@ -77,10 +77,10 @@ def _logarithms(a: Any) -> Any:
 
 def zmap(scores: Any, compare: Any, axis: Any = 0, ddof: int = 0, nan_policy: Any = "propagate") -> Any:
     """How many standard deviations of `compare` the scores lie above its mean."""
-    compare = np.asarray(compare, dtype=np.float64)
+    scores, compare = (np.asarray(numbers("zmap", a), dtype=np.float64) for a in (scores, compare))
     options = {"axis": axis, "nan_policy": nan_policy, "keepdims": True}
     with np.errstate(invalid="ignore", divide="ignore"):
-        return (np.asarray(scores, dtype=np.float64) - vx.mean(compare, **options)) / vx.std(compare, ddof=ddof, **options)
+        return (scores - vx.mean(compare, **options)) / vx.std(compare, ddof=ddof, **options)
 
 
 def zscore(a: Any, axis: Any = 0, ddof: int = 0, nan_policy: Any = "propagate") -> Any:
@@ -88,12 +88,12 @@ def zscore(a: Any, axis: Any = 0, ddof: int = 0, nan_policy: Any = "propagate") 
 
 
 def gzscore(a: Any, *, axis: Any = 0, ddof: int = 0, nan_policy: Any = "propagate") -> Any:
-    return zscore(_logarithms(a), axis, ddof, nan_policy)
+    return zscore(_logarithms("gzscore", a), axis, ddof, nan_policy)
 
 
 def percentileofscore(a: Any, score: Any, kind: str = "rank", nan_policy: Any = "propagate") -> Any:
     one_of("percentileofscore", "kind", kind, ("rank", "strict", "weak", "mean"))
-    sample = np.asarray(a)
+    sample = numbers("percentileofscore", a)
     if sample.ndim != 1:
         raise ValueError(f"percentileofscore: a must have one dimension, got {sample.ndim}")
     score = np.asarray(score, dtype=np.float64)
@@ -108,7 +108,7 @@ def percentileofscore(a: Any, score: Any, kind: str = "rank", nan_policy: Any = 
 
 def scoreatpercentile(a: Any, per: Any, limit: Any = (), interpolation_method: str = "fraction", axis: Any = None) -> Any:
     method = one_of("scoreatpercentile", "interpolation_method", interpolation_method, ("fraction", "lower", "higher"))
-    a = np.asarray(a)
+    a = numbers("scoreatpercentile", a)
     q = np.asarray(per, dtype=np.float64) / 100
     if not ((q >= 0) & (q <= 1)).all():
         raise ValueError(f"scoreatpercentile: per must be in [0, 100], got {per!r}")
@@ -166,6 +166,7 @@ def trim_mean(a: Any, proportiontocut: float, axis: Any = 0) -> Any:
 def _within(name: str, a: Any, limits: Any, inclusive: Any, axis: Any, nan_policy: str, keepdims: bool, function: Any) -> Any:
     """The function of the values of each lane within the limits; one that is None is none."""
     low, high = (None, None) if limits is None else limits
+    a = numbers(name, a)
 
     def inside(x: Any) -> Any:
         there = np.ones(np.shape(x), dtype=bool)
@@ -223,7 +224,7 @@ class SigmaclipResult(NamedTuple):
 
 def sigmaclip(a: Any, low: float = 4.0, high: float = 4.0) -> Any:
     """Leaves out what lies so many standard deviations from the mean, until nothing does."""
-    clipped = np.asarray(a).reshape(-1)
+    clipped = numbers("sigmaclip", a).reshape(-1)
     while True:
         mean, sd = vx.mean(clipped), vx.std(clipped, ddof=0)
         lower, upper = mean - sd * low, mean + sd * high
