@@ -21,7 +21,7 @@ class KstestResult(Found):
 
 def _result(parts: list[Any]) -> Any:
     statistic, pvalue, location, sign = parts
-    whole = sign if np.isnan(sign).any() else np.asarray(sign, dtype=np.int8)[()]
+    whole = sign if np.isnan(sign).any() else np.asarray(sign, dtype=np.int8) if np.ndim(sign) else int(sign)
     return KstestResult(statistic, pvalue, statistic_location=location, statistic_sign=whole)
 
 

@@ -128,7 +128,7 @@ def _frequencies(a: Any, bins: int, limits: Any, weights: Any) -> tuple[Any, ...
         limits = low - margin, high + margin
     counts, edges = np.histogram(x, bins, limits, weights=weights)
     inside = np.count_nonzero((x >= limits[0]) & (x <= limits[1]))
-    return counts.astype(np.float64), limits[0], edges[1] - edges[0], len(x) - inside
+    return counts.astype(np.float64), float(limits[0]), float(edges[1] - edges[0]), int(len(x) - inside)
 
 
 def cumfreq(a: Any, numbins: int = 10, defaultreallimits: Any = None, weights: Any = None) -> Any:

@@ -88,7 +88,7 @@ def over_lanes(name: str, function: Callable[..., tuple[Any, ...]], samples: tup
         return function(*lanes)
 
     if not shape:
-        result = list(found(()))
+        result = [float(part) for part in found(())]
     else:
         table = np.empty((parts, *shape))
         for at in np.ndindex(shape):
@@ -126,6 +126,11 @@ def sides(alternative: str, confidence_level: float) -> tuple[float, float]:
 class ConfidenceInterval(NamedTuple):
     low: Any
     high: Any
+
+
+def plain(x: Any) -> Any:
+    """A float of one number, an array of several."""
+    return x if np.ndim(x) else float(x)
 
 
 class Found(TestResult):

@@ -8,7 +8,8 @@ from typing import Any
 import numpy as np
 
 import vexel as vx
-from vexel.compat._lanes import NORMAL, ConfidenceInterval, Found, alternative_of, differences, one_of, over_lanes, sides, symmetric_tail
+from vexel.compat._lanes import (
+    NORMAL, ConfidenceInterval, Found, alternative_of, differences, one_of, over_lanes, plain, sides, symmetric_tail)
 from vexel.compat._relations import SignificanceResult
 
 # ---- Student's test
@@ -22,7 +23,7 @@ class TtestResult(Found):
     def confidence_interval(self, confidence_level: float = 0.95) -> Any:
         """Of the mean, or of the difference of means."""
         below, above = sides(self._alternative, confidence_level)
-        return ConfidenceInterval(*(self._estimate + sign * _deviates(p, self.df) * self._error for sign, p in ((-1, below), (1, above))))
+        return ConfidenceInterval(*(plain(self._estimate + sign * _deviates(p, self.df) * self._error) for sign, p in ((-1, below), (1, above))))
 
 
 def _deviates(p: float, df: Any) -> Any:
@@ -98,7 +99,7 @@ def ttest_ind_from_stats(mean1: Any, std1: Any, nobs1: Any, mean2: Any, std2: An
         return t, _tail(float(t), df, alternative), df, m1 - m2, error
 
     found = np.vectorize(test, otypes=[np.float64] * 5)(mean1, std1, nobs1, mean2, std2, nobs2)
-    return _ttest_result([part[()] for part in found], alternative)
+    return _ttest_result([plain(part) for part in found], alternative)
 
 
 # ---- several samples

@@ -9,7 +9,7 @@ from typing import Any, NamedTuple
 import numpy as np
 
 import vexel as vx
-from vexel.compat._lanes import NORMAL, ConfidenceInterval, Found, alternative_of, one_of, over_lanes, sides, symmetric_tail
+from vexel.compat._lanes import NORMAL, ConfidenceInterval, Found, alternative_of, one_of, over_lanes, plain, sides, symmetric_tail
 
 
 class SignificanceResult(Found):
@@ -29,13 +29,13 @@ class PearsonRResult(SignificanceResult):
         below, above = sides(self._alternative, confidence_level)
         r = np.asarray(self.statistic, dtype=np.float64)
         if self._n <= 3:
-            return ConfidenceInterval(np.full(r.shape, -1.0)[()], np.full(r.shape, 1.0)[()])
+            return ConfidenceInterval(plain(np.full(r.shape, -1.0)), plain(np.full(r.shape, 1.0)))
         with np.errstate(divide="ignore"):
             z = np.arctanh(r)
         sd = 1 / np.sqrt(self._n - 3)
         low = np.tanh(z - sd * NORMAL.isf(below)) if below else np.where(np.isnan(r), r, -1.0)
         high = np.tanh(z + sd * NORMAL.isf(above)) if above else np.where(np.isnan(r), r, 1.0)
-        return ConfidenceInterval(low[()], high[()])
+        return ConfidenceInterval(plain(low), plain(high))
 
 
 def pearsonr(x: Any, y: Any, *, alternative: str = "two-sided", method: Any = None, axis: Any = 0) -> Any:

@@ -7,7 +7,7 @@ from typing import Any, NamedTuple
 import numpy as np
 
 import vexel as vx
-from vexel.compat._lanes import axes_of, flat, numbers, one_of, over_lanes, present
+from vexel.compat._lanes import axes_of, flat, numbers, one_of, over_lanes, plain, present
 
 
 def gmean(a: Any, axis: Any = 0, dtype: Any = None, weights: Any = None, nan_policy: Any = "propagate", *, keepdims: bool = False) -> Any:
@@ -52,19 +52,19 @@ def median_abs_deviation(x: Any, axis: Any = 0, *, scale: Any = 1.0, nan_policy:
 def sem(a: Any, axis: Any = 0, ddof: int = 1, nan_policy: Any = "propagate", *, keepdims: bool = False) -> Any:
     a = np.asarray(numbers("sem", a), dtype=np.float64)
     n = np.sum(~np.isnan(a), axis=axis, keepdims=keepdims)
-    return vx.std(a, ddof=ddof, axis=axis, nan_policy=nan_policy, keepdims=keepdims) / np.sqrt(n)
+    return plain(vx.std(a, ddof=ddof, axis=axis, nan_policy=nan_policy, keepdims=keepdims) / np.sqrt(n))
 
 
 def variation(a: Any, axis: Any = 0, nan_policy: Any = "propagate", ddof: int = 0, *, keepdims: bool = False) -> Any:
     """The standard deviation over the mean."""
     options = {"axis": axis, "nan_policy": nan_policy, "keepdims": keepdims}
     with np.errstate(invalid="ignore", divide="ignore"):
-        return np.divide(vx.std(a, ddof=ddof, **options), vx.mean(a, **options))[()]
+        return plain(np.divide(vx.std(a, ddof=ddof, **options), vx.mean(a, **options)))
 
 
 def gstd(a: Any, axis: Any = 0, ddof: int = 1, *, keepdims: bool = False, nan_policy: Any = "propagate") -> Any:
     """The geometric standard deviation: exp of the standard deviation of the logarithms; NaN with a value below 0."""
-    return np.exp(vx.std(_logarithms("gstd", a), ddof=ddof, axis=axis, nan_policy=nan_policy, keepdims=keepdims))
+    return plain(np.exp(vx.std(_logarithms("gstd", a), ddof=ddof, axis=axis, nan_policy=nan_policy, keepdims=keepdims)))
 
 
 def _logarithms(name: str, a: Any) -> Any:
@@ -99,11 +99,11 @@ def percentileofscore(a: Any, score: Any, kind: str = "rank", nan_policy: Any = 
     score = np.asarray(score, dtype=np.float64)
     lanes = present("percentileofscore", [sample], nan_policy, False)
     if lanes is None or not len(lanes[0]):
-        return np.full(score.shape, np.nan)[()]
+        return plain(np.full(score.shape, np.nan))
     ascending = np.sort(lanes[0])
     below, most = (np.searchsorted(ascending, score, side) for side in ("left", "right"))
     percent = {"rank": below + most + (below < most), "strict": 2 * below, "weak": 2 * most, "mean": below + most}[kind]
-    return np.where(np.isnan(score), np.nan, percent * (50.0 / len(ascending)))[()]
+    return plain(np.where(np.isnan(score), np.nan, percent * (50.0 / len(ascending))))
 
 
 def scoreatpercentile(a: Any, per: Any, limit: Any = (), interpolation_method: str = "fraction", axis: Any = None) -> Any:
@@ -115,7 +115,7 @@ def scoreatpercentile(a: Any, per: Any, limit: Any = (), interpolation_method: s
     if len(limit):
         a, axis = a[(limit[0] <= a) & (a <= limit[1])], None
     if a.size == 0:
-        return np.full(q.shape, np.nan)[()]
+        return plain(np.full(q.shape, np.nan))
     if method == "fraction":
         return vx.quantile(a, q if q.ndim else float(q), axis=axis)
     rows = np.sort(flat("scoreatpercentile", a, axis), axis=-1)

@@ -20,7 +20,6 @@ from types import SimpleNamespace
 from typing import Any
 
 import vexel as vx
-from vexel.compat import _laws
 from vexel.compat._distance_tests import ks_1samp, ks_2samp, kstest
 from vexel.compat._empirical import binned_statistic, cumfreq, ecdf, gaussian_kde, probplot, relfreq
 from vexel.compat._families import stream
@@ -38,13 +37,15 @@ from vexel.compat._summaries import (
 from vexel.compat._table_tests import binomtest, chi2_contingency, chisquare, fisher_exact, power_divergence
 
 __all__ = [
-    *_laws.NAMES,
-    "bartlett", "binned_statistic", "binomtest", "bootstrap", "chi2_contingency", "chisquare", "cumfreq", "describe", "ecdf", "f_oneway",
-    "fisher_exact", "friedmanchisquare", "gaussian_kde", "gmean", "gstd", "gzscore", "hmean", "iqr", "jarque_bera", "kendalltau",
-    "kruskal", "ks_1samp", "ks_2samp", "kstest", "kurtosis", "kurtosistest", "levene", "linregress", "mannwhitneyu",
-    "median_abs_deviation", "mode", "moment", "normaltest", "pearsonr", "percentileofscore", "power_divergence", "probplot", "qmc",
-    "rankdata", "relfreq", "scoreatpercentile", "sem", "shapiro", "sigmaclip", "skew", "skewtest", "spearmanr", "tmax", "tmean", "tmin",
-    "trim_mean", "tsem", "tstd", "ttest_1samp", "ttest_ind", "ttest_ind_from_stats", "ttest_rel", "tvar", "variation", "wilcoxon",
+    "bartlett", "bernoulli", "beta", "binned_statistic", "binom", "binomtest", "bootstrap", "cauchy", "chi2", "chi2_contingency",
+    "chisquare", "cumfreq", "describe", "ecdf", "expon", "f", "f_oneway", "fisher_exact", "friedmanchisquare", "gamma",
+    "gaussian_kde", "gennorm", "geom", "gmean", "gstd", "gumbel_r", "gzscore", "hmean", "hypergeom", "invgauss", "iqr",
+    "jarque_bera", "kendalltau", "kruskal", "ks_1samp", "ks_2samp", "kstest", "kurtosis", "kurtosistest", "laplace", "levene",
+    "linregress", "logistic", "lognorm", "mannwhitneyu", "maxwell", "median_abs_deviation", "mode", "moment", "moyal", "nbinom",
+    "ncf", "nct", "ncx2", "norm", "normaltest", "pareto", "pearsonr", "percentileofscore", "poisson", "power_divergence",
+    "powerlaw", "probplot", "qmc", "randint", "rankdata", "rayleigh", "relfreq", "scoreatpercentile", "sem", "shapiro",
+    "sigmaclip", "skew", "skewtest", "spearmanr", "t", "tmax", "tmean", "tmin", "triang", "trim_mean", "tsem", "tstd",
+    "ttest_1samp", "ttest_ind", "ttest_ind_from_stats", "ttest_rel", "tvar", "uniform", "variation", "weibull_min", "wilcoxon",
     "zmap", "zscore",
 ]
 
