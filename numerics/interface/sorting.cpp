@@ -1,9 +1,9 @@
-// Sorting of machine numbers: as signed integers with vector instructions where there are any, else
-// by radix on unsigned keys.
+// Sorting of machine numbers: with vector instructions where there are any, very many of them as
+// signed integers; else by radix on unsigned keys.
 //
-// Neither keeps apart -0.0 from 0.0 or one NaN from another as they came, so the zeros and NaNs,
-// which are contiguous in the result, are written over last with the input's own in their input
-// order.
+// None of these keeps apart -0.0 from 0.0 or one NaN from another as they came, so the zeros and
+// NaNs, which are contiguous in the result, are written over last with the input's own in their
+// input order.
 
 #include <nag2/nag2.h>
 
@@ -14,6 +14,7 @@
 #include <cstdint>
 #include <cstring>
 #include <functional>
+#include <limits>
 #include <memory>
 #include <new>
 #include <type_traits>
@@ -181,27 +182,58 @@ Indistinct<T> sortInTwoThreads(const T* x, std::size_t n, nag2::Parting<nag2::Si
   return std::move(first.equals);
 }
 
+// Sorts floats as they are, with infinities for the NaNs until these are put back.
+template <typename T>
+Indistinct<T> sortFloats(const T* x, std::size_t n, bool descending, T* out) {
+  Indistinct<T> equals;
+  for (std::size_t start = 0; start < n; start += kBlock) {
+    const std::size_t size = std::min(n - start, kBlock);
+    const auto* const bits = reinterpret_cast<const nag2::SignedOf<T>*>(x + start);
+    const bool special = nag2::lookThrough(bits, size, {true, false, 0}).hasZeroOrNan;
+    if (special) {
+      equals.collect(x + start, size);
+    }
+    if (special && !equals.nans.empty()) {
+      std::transform(x + start, x + start + size, out + start,
+                     [](T v) { return std::isnan(v) ? std::numeric_limits<T>::infinity() : v; });
+    } else if (out != x) {
+      std::copy(x + start, x + start + size, out + start);
+    }
+  }
+  nag2::vectorSort(out, n, descending);
+  return equals;
+}
+
+// Sorts integers, or floats by way of integers.
+template <typename T>
+Indistinct<T> sortAsIntegers(const T* x, std::size_t n, bool descending, nag2::SignedOf<T>* out) {
+  nag2::Parting<nag2::SignedOf<T>> by{std::is_floating_point_v<T>, descending, 0};
+  if (reinterpret_cast<const T*>(out) != x && n >= kWorthAThread && nag2::haveTwoProcessors()) {
+    by.pivot = pivotOf(x, n);
+    return sortInTwoThreads(x, n, by, out);
+  }
+  Stretch<T> whole{x, n};
+  whole.look(by, [] { vexel::kernels::poll(); });
+  vexel::kernels::inStretches(n, [&](std::size_t begin, std::size_t end) {
+    std::transform(x + begin, x + end, out + begin, toInteger<T>);
+  });
+  nag2::SortProgress progress(n);
+  sortIntegers<T>(out, n, descending, whole.someNegative, vexel::kernels::currentWatcher != nullptr,
+                  progress);
+  return std::move(whole.equals);
+}
+
 // Sorts n integers or floats of 4 or 8 bytes from x into out, which may be x.
 template <typename T>
 void sortByVectors(const T* x, std::size_t n, bool descending, T* out) {
+  if constexpr (std::is_floating_point_v<T>) {
+    if (n < kWorthAThread) {
+      return sortFloats(x, n, descending, out).putBack(out, n, descending);
+    }
+  }
   // The integers take the place of the result (the build has no strict aliasing).
   auto* const integers = reinterpret_cast<nag2::SignedOf<T>*>(out);
-  Indistinct<T> equals;
-  nag2::Parting<nag2::SignedOf<T>> by{std::is_floating_point_v<T>, descending, 0};
-  if (out != x && n >= kWorthAThread && nag2::haveTwoProcessors()) {
-    by.pivot = pivotOf(x, n);
-    equals = sortInTwoThreads(x, n, by, integers);
-  } else {
-    Stretch<T> whole{x, n};
-    whole.look(by, [] { vexel::kernels::poll(); });
-    vexel::kernels::inStretches(n, [&](std::size_t begin, std::size_t end) {
-      std::transform(x + begin, x + end, integers + begin, toInteger<T>);
-    });
-    nag2::SortProgress progress(n);
-    sortIntegers<T>(integers, n, descending, whole.someNegative,
-                    vexel::kernels::currentWatcher != nullptr, progress);
-    equals = std::move(whole.equals);
-  }
+  const Indistinct<T> equals = sortAsIntegers(x, n, descending, integers);
   if constexpr (std::is_floating_point_v<T>) {
     // NaNs are at both ends, by their signs.
     const std::vector<T>& nans = equals.nans;

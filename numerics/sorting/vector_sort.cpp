@@ -1,5 +1,4 @@
-// Sorting and parting of integers with vector instructions: what the Highway library offers, or
-// nothing.
+// Parting of integers with vector instructions: what the Highway library offers, or nothing.
 //
 // The first half of this file is compiled once for each set of instructions, in a namespace each;
 // the second half, once, picks among them at run time.
@@ -12,7 +11,6 @@
 #define HWY_DISABLED_TARGETS \
   (HWY_SSSE3 | HWY_SSE4)  // vectorSortServes leaves them to the radix sorts
 #endif
-#include <hwy/contrib/sort/vqsort.h>
 #include <hwy/targets.h>
 
 #include <limits>
@@ -147,16 +145,6 @@ bool haveWideVectors() {
   return have;
 }
 
-template <typename T>
-void sortWith(T* x, std::size_t n, bool descending) {
-  const hwy::Sorter sorter;
-  if (descending) {
-    sorter(x, n, hwy::SortDescending());
-  } else {
-    sorter(x, n, hwy::SortAscending());
-  }
-}
-
 HWY_EXPORT(lookThrough32);
 HWY_EXPORT(lookThrough64);
 HWY_EXPORT(part32);
@@ -165,13 +153,9 @@ HWY_EXPORT(part64);
 }  // namespace
 
 bool vectorSortServes(std::size_t n) {
-  constexpr std::size_t kFew = 256;  // done in a few microseconds by any sort
+  constexpr std::size_t kFew = 16;  // done at once by any sort
   return n >= kFew && haveWideVectors();
 }
-
-void vectorSort(std::int32_t* x, std::size_t n, bool down) { sortWith(x, n, down); }
-void vectorSort(std::int64_t* x, std::size_t n, bool down) { sortWith(x, n, down); }
-void vectorSort(std::uint64_t* x, std::size_t n, bool down) { sortWith(x, n, down); }
 
 BlockFacts<std::int32_t> lookThrough(const std::int32_t* x, std::size_t n,
                                      Parting<std::int32_t> by) {
@@ -199,9 +183,6 @@ std::size_t part(const std::int64_t* x, std::size_t n, Parting<std::int64_t> by,
 namespace nag2 {
 
 bool vectorSortServes(std::size_t) { return false; }
-void vectorSort(std::int32_t*, std::size_t, bool) {}
-void vectorSort(std::int64_t*, std::size_t, bool) {}
-void vectorSort(std::uint64_t*, std::size_t, bool) {}
 BlockFacts<std::int32_t> lookThrough(const std::int32_t*, std::size_t, Parting<std::int32_t>) {
   return {};
 }

@@ -1,13 +1,11 @@
-// Sorting and parting of integers with vector instructions, where this build and this machine have
+// Sorting and parting of numbers with vector instructions, where this build and this machine have
 // them.
 //
-// The Highway library's quicksort (M. Blacher, J. Giesen, P. Sanders and J. Wassenberg, Vectorized
-// and performance-portable quicksort, 2022) picks the widest instructions at run time.  Only
-// integers go through it: its floats take the largest finite number for the end of the order, and
-// infinities get lost among its padding.  Without the library, or with narrow vectors, the radix
-// sorts do the same work.
+// The widest instructions of the machine are picked at run time.  Without the Highway library, or
+// with narrow vectors, the radix sorts do the same work.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 
@@ -17,10 +15,21 @@ namespace nag2 {
 // beat a radix sort.
 bool vectorSortServes(std::size_t n);
 
-// Sorts x[0..n-1] in place and takes no memory.
-void vectorSort(std::int32_t* x, std::size_t n, bool descending);
-void vectorSort(std::int64_t* x, std::size_t n, bool descending);
-void vectorSort(std::uint64_t* x, std::size_t n, bool descending);
+// Sorts x[0..n-1] in place, ascending, and takes no memory.  No float may be NaN, and -0.0 and 0.0
+// come in any order.
+void vectorSort(float* x, std::size_t n);
+void vectorSort(double* x, std::size_t n);
+void vectorSort(std::int32_t* x, std::size_t n);
+void vectorSort(std::int64_t* x, std::size_t n);
+void vectorSort(std::uint64_t* x, std::size_t n);
+
+template <typename T>
+void vectorSort(T* x, std::size_t n, bool descending) {
+  vectorSort(x, n);
+  if (descending) {
+    std::reverse(x, x + n);
+  }
+}
 
 // Integers, or the bits of floats, to be parted by a pivot.  A float counts as mirrorNegative of
 // its bits (sort_keys.hpp).

@@ -8,12 +8,34 @@
 #include <cmath>
 #include <cstdint>
 #include <cstring>
+#include <functional>
 #include <limits>
 #include <numeric>
 #include <random>
 #include <vector>
 
+#ifdef NAG2_HAVE_HIGHWAY
+#include <hwy/targets.h>
+#endif
+
 namespace {
+
+// With each set of wide vectors that the machine has.
+void onEveryTarget(const std::function<void()>& check) {
+#ifdef NAG2_HAVE_HIGHWAY
+  for (const std::int64_t target : {HWY_AVX2, HWY_AVX3}) {
+    if ((hwy::SupportedTargets() & target) != 0) {
+      SCOPED_TRACE(hwy::TargetName(target));
+      hwy::SetSupportedTargetsForTest(target);
+      hwy::GetChosenTarget().Update(target);
+      check();
+      hwy::SetSupportedTargetsForTest(0);
+      hwy::GetChosenTarget().Update(hwy::SupportedTargets());
+    }
+  }
+#endif
+  check();
+}
 
 template <typename T>
 constexpr int kKind = 0;
@@ -64,10 +86,12 @@ class SortingTest : public testing::Test {};
 using Kinds = testing::Types<std::int8_t, std::int16_t, std::int32_t, std::int64_t, float, double>;
 TYPED_TEST_SUITE(SortingTest, Kinds);
 
-TYPED_TEST(SortingTest, RanksAndSortedValuesAreThoseOfAStableSort) {
-  using T = TypeParam;
+template <typename T>
+void compareWithAStableSort() {
   std::mt19937_64 random(7);
-  for (std::size_t n : {0U, 1U, 2U, 3U, 17U, 40U, 255U, 1023U, 1024U, 1025U, 5000U, 300000U}) {
+  for (std::size_t n :
+       {0U,   1U,   2U,   3U,   16U,  17U,  33U,   40U,   64U,   65U,   100U,   128U,
+        129U, 200U, 256U, 257U, 400U, 700U, 1023U, 1024U, 1025U, 5000U, 300000U}) {
     for (int flavour = 0; flavour < 4; ++flavour) {
       for (int order : {Nag_Ascending, Nag_Descending}) {
         SCOPED_TRACE(testing::Message() << n << " of flavour " << flavour << ", order " << order);
@@ -102,11 +126,14 @@ TYPED_TEST(SortingTest, RanksAndSortedValuesAreThoseOfAStableSort) {
   }
 }
 
+TYPED_TEST(SortingTest, RanksAndSortedValuesAreThoseOfAStableSort) {
+  onEveryTarget(compareWithAStableSort<TypeParam>);
+}
+
 // Crowded exponents and constant digits, where radix digits are useless or all in one place, and
 // numbers that differ in their last bits only.
-TEST(SortingDoubles, AreSortedAndRankedWhateverTheirDistribution) {
+void sortDoublesOfMany(std::size_t n) {
   std::mt19937_64 random(11);
-  const std::size_t n = 200000;
   const auto check = [&](auto draw) {
     std::vector<double> x(n);
     std::generate(x.begin(), x.end(), draw);
@@ -127,6 +154,7 @@ TEST(SortingDoubles, AreSortedAndRankedWhateverTheirDistribution) {
   check([&] { return 5.0; });
   check([&] { return running += 1.0; });
   check([&] { return running -= 0.5; });
+  check([&] { return std::fabs(running += 1.0); });
   check([&] { return 1.0 + 1e-12 * static_cast<double>(random() % 1000); });
   check([&] { return std::exp(1e-17 * static_cast<double>(random() >> 1)); });
   check([&] {
@@ -135,6 +163,13 @@ TEST(SortingDoubles, AreSortedAndRankedWhateverTheirDistribution) {
   check([&] { return random() % 1000 == 0 ? 1e300 : static_cast<double>(random() % 7); });
   check([&] {
     return std::bit_cast<double>((random() & 0x7fffffffffffffffULL) % 0x7ff0000000000000ULL);
+  });
+}
+
+TEST(SortingDoubles, AreSortedAndRankedWhateverTheirDistribution) {
+  onEveryTarget([] {
+    sortDoublesOfMany(200000);
+    sortDoublesOfMany(30000);
   });
 }
 
