@@ -17,10 +17,10 @@ class ColumnStrip {
   // Whether columns are better sorted so than one by one: not long ones, nor so few that making the
   // network takes longer.
   static bool serves(const Columns& columns) {
+    constexpr std::size_t longest = 1024;
     const std::size_t n = columns.first().size();
     return n > 0 && n <= longest && n <= 8 * columns.count() + 64;
   }
-  static constexpr std::size_t longest = 1024;
 
   explicit ColumnStrip(const Columns& columns);
 

@@ -14,6 +14,7 @@
 #include "kernels/sorting/network.hpp"
 #include "kernels/vector/row_copies.hpp"
 #include "kernels/watch.hpp"
+#include "numerics/sorting/vector_sort.hpp"
 #include "vexel/columns.hpp"
 
 namespace vexel {
@@ -21,9 +22,12 @@ namespace vexel {
 namespace {
 
 constexpr std::size_t kWidth = ColumnStrip::width;
-// Longer ones are better sorted one by one; places take twice the work.
-constexpr std::size_t kLongest = 512;
-constexpr std::size_t kLongestWithPlaces = 256;
+// Longer ones are better sorted where they are.
+constexpr std::size_t kLongest = std::size_t{1} << 17;
+constexpr std::size_t kLongestByNetwork = 512;
+constexpr std::size_t kLongestWithPlaces = 256;  // which take twice the work
+// Where vectors sort: longer ones are sorted by a network each in place of one of all.
+constexpr std::size_t kLongestTogether = 24;
 
 template <typename T>
 void scatter(std::span<const T> from, const ColumnsOut<T>& out, std::size_t j) {
@@ -34,52 +38,75 @@ void scatter(std::span<const T> from, const ColumnsOut<T>& out, std::size_t j) {
   }
 }
 
-// Rows of eight doubles as elements of eight columns.
+// Whether eight columns are sorted by a network of their rows, or else one after the other.
+bool sortedTogether(std::size_t n) { return n <= kLongestTogether || !nag2::vectorSortServes(n); }
+
+// The most elements of columns that are sorted eight at a time.
+std::size_t longestInStrips(const Columns& columns, std::size_t byNetwork) {
+  return ColumnStrip::serves(columns) ? byNetwork : 0;
+}
+
+// Eight columns, from rows of eight doubles or one after the other.
 template <typename T>
 class Writer {
  public:
-  Writer(const ColumnsOut<T>& out, std::size_t n) : out_(out), n_(n), lanes_(kWidth * n) {}
+  Writer(const ColumnsOut<T>& out, std::size_t n) : out_(out), n_(n) {}
 
-  void write(const double* rows, std::size_t begin, std::size_t columns) {
-    T* const to = out_.first + static_cast<std::ptrdiff_t>(begin) * out_.apart;
-    if (out_.stride != 1) {
-      for (std::size_t i = 0; i < n_; ++i) {
-        for (std::size_t j = 0; j < columns; ++j) {
-          to[static_cast<std::ptrdiff_t>(i) * out_.stride +
-             static_cast<std::ptrdiff_t>(j) * out_.apart] = static_cast<T>(rows[i * kWidth + j]);
-        }
-      }
-      return;
-    }
-    kernels::copyRows(rows, 1, static_cast<std::ptrdiff_t>(kWidth), kWidth, n_, n_, lanes_.data());
-    for (std::size_t j = 0; j < columns; ++j) {
-      T* const lane = to + static_cast<std::ptrdiff_t>(j) * out_.apart;
-      for (std::size_t i = 0; i < n_; ++i) {
-        lane[i] = static_cast<T>(lanes_[j * n_ + i]);
+  void writeRows(const double* rows, std::size_t begin, std::size_t columns) const {
+    T* const to = lane(begin);
+    for (std::size_t i = 0; i < n_; ++i) {
+      for (std::size_t j = 0; j < columns; ++j) {
+        to[static_cast<std::ptrdiff_t>(i) * out_.stride +
+           static_cast<std::ptrdiff_t>(j) * out_.apart] = static_cast<T>(rows[i * kWidth + j]);
       }
     }
   }
 
+  void writeLanes(const double* lanes, std::size_t begin, std::size_t columns) const {
+    for (std::size_t j = 0; j < columns; ++j, lanes += n_) {
+      std::transform(lanes, lanes + n_, lane(begin + j),
+                     [](double x) { return static_cast<T>(x); });
+    }
+  }
+
  private:
+  T* lane(std::size_t j) const { return out_.first + static_cast<std::ptrdiff_t>(j) * out_.apart; }
+
   const ColumnsOut<T>& out_;
   std::size_t n_;
-  std::vector<double> lanes_;
 };
 
 template <typename T>
 class Sorter {
  public:
   Sorter(const Columns& columns, const ColumnsOut<T>& out)
-      : strip_(columns),
-        writer_(out, columns.first().size()),
-        network_(kernels::sortingNetwork(columns.first().size())) {}
+      : n_(columns.first().size()),
+        together_(sortedTogether(n_)),
+        inLanes_(out.stride == 1),
+        strip_(columns),
+        writer_(out, n_),
+        lanes_(kWidth * n_) {
+    if (together_) {
+      network_ = kernels::sortingNetwork(n_);
+    }
+  }
 
   // The strip from column `begin` on.
   template <typename Alone>
   void sort(std::size_t begin, Alone alone) {
     strip_.moveTo(begin);
-    strip_.exchange(network_);
-    writer_.write(strip_.row(0), begin, strip_.columns());
+    if (together_) {
+      strip_.exchange(network_);
+    }
+    if (!together_ || inLanes_) {
+      kernels::copyRows(strip_.row(0), 1, kStride, kWidth, n_, n_, lanes_.data());
+    }
+    if (!together_) {
+      for (std::size_t j = 0; j < strip_.columns(); ++j) {
+        nag2::vectorSort(&lanes_[j * n_], n_);
+      }
+    }
+    write(begin);
     for (std::size_t j = 0; j < strip_.columns(); ++j) {
       if (strip_.missing(j) > 0 || strip_.hasNegativeZero(j)) {
         alone(begin + j);
@@ -88,8 +115,25 @@ class Sorter {
   }
 
  private:
+  static constexpr auto kStride = static_cast<std::ptrdiff_t>(kWidth);
+
+  void write(std::size_t begin) {
+    if (inLanes_) {
+      return writer_.writeLanes(lanes_.data(), begin, strip_.columns());
+    }
+    if (!together_) {
+      kernels::copyRows(lanes_.data(), 1, static_cast<std::ptrdiff_t>(n_), n_, kWidth, kWidth,
+                        strip_.row(0));
+    }
+    writer_.writeRows(strip_.row(0), begin, strip_.columns());
+  }
+
+  std::size_t n_;
+  bool together_;
+  bool inLanes_;
   ColumnStrip strip_;
   Writer<T> writer_;
+  std::vector<double> lanes_;
   std::vector<kernels::Exchange> network_;
 };
 
@@ -99,8 +143,7 @@ template <typename Strip, typename Alone>
 void onStrips(const Columns& columns, std::size_t longest, Strip strip, Alone alone) {
   const std::size_t n = columns.first().size();
   const auto count = static_cast<double>(columns.count());
-  const bool served =
-      ColumnStrip::serves(columns) && n <= longest && columns.first().element() != Element::int64;
+  const bool served = n > 0 && n <= longest && columns.first().element() != Element::int64;
   const std::size_t step = served ? kWidth : 1;
   const std::size_t some = (std::size_t{1} << 18) / (step * std::max(n, std::size_t{1})) + 1;
   std::size_t steps = 0;
@@ -193,18 +236,25 @@ template <DataElement T>
 void sort(const Columns& columns, const ColumnsOut<T>& out, const SortOptions& options) {
   requireElement<T>(columns.first());
   const std::size_t n = columns.first().size();
-  std::vector<T> one(n);
+  std::vector<T> one(out.stride == 1 ? 0 : n);
   const auto alone = [&](std::size_t j) {
-    const std::size_t kept = sort<T>(columns[j], one, options);
+    T* const lane = out.first + static_cast<std::ptrdiff_t>(j) * out.apart;
+    const std::span<T> sorted = out.stride == 1 ? std::span(lane, n) : std::span(one);
+    const std::size_t kept = sort<T>(columns[j], sorted, options);
     if constexpr (std::is_floating_point_v<T>) {
-      std::fill(one.begin() + static_cast<std::ptrdiff_t>(kept), one.end(),
+      std::fill(sorted.begin() + static_cast<std::ptrdiff_t>(kept), sorted.end(),
                 std::numeric_limits<T>::quiet_NaN());
     }
-    scatter<T>(one, out, j);
+    if (out.stride != 1) {
+      scatter<T>(one, out, j);
+    }
   };
+  const bool together = sortedTogether(n);
+  const bool inPlace = !together && out.stride == 1 && columns.first().stride() == 1;
+  const std::size_t longest = together ? longestInStrips(columns, kLongestByNetwork) : kLongest;
   std::optional<Sorter<T>> sorter;
   onStrips(
-      columns, kLongest,
+      columns, inPlace ? 0 : longest,
       [&](std::size_t begin) {
         if (!sorter) {
           sorter.emplace(columns, out);
@@ -227,7 +277,7 @@ void argsort(const Columns& columns, const ColumnsOut<std::int64_t>& out,
   };
   std::optional<Ordered> ordered;
   onStrips(
-      columns, kLongestWithPlaces,
+      columns, longestInStrips(columns, kLongestWithPlaces),
       [&](std::size_t begin) {
         if (!ordered) {
           ordered.emplace(columns);
@@ -253,7 +303,7 @@ void rank(const Columns& columns, const ColumnsOut<double>& out, const RankOptio
   };
   std::optional<Ordered> ordered;
   onStrips(
-      columns, kLongestWithPlaces,
+      columns, longestInStrips(columns, kLongestWithPlaces),
       [&](std::size_t begin) {
         if (!ordered) {
           ordered.emplace(columns);

@@ -31,7 +31,8 @@
 
 namespace {
 
-// The zeros and NaNs of the input in their order.
+// The zeros and NaNs of the input in their order; nothing where no zero is negative and no NaN is
+// there.
 template <typename T>
 struct Indistinct {
   std::vector<T> zeros;
@@ -102,6 +103,7 @@ struct Stretch {
   std::size_t n;
   std::size_t before = 0;  // how many elements sort before the pivot
   bool someNegative = false;
+  bool hasIndistinct = false;
   Indistinct<T> equals{};
 
   const Integer* bits() const { return reinterpret_cast<const Integer*>(x); }
@@ -117,11 +119,11 @@ struct Stretch {
       const auto facts = nag2::lookThrough(bits() + start, size, by);
       before += facts.before;
       someNegative |= facts.bits < 0;
-      if (by.floats && facts.hasZeroOrNan) {
-        equals.collect(x + start, size);
-      }
+      hasIndistinct |= by.floats && facts.hasNegativeZeroOrNan;
     }
   }
+
+  void collect() { equals.collect(x, n); }
 
   template <typename Done>
   void part(Parting by, Integer* front, Integer* back, Done done) const {
@@ -167,6 +169,9 @@ Indistinct<T> sortInTwoThreads(const T* x, std::size_t n, nag2::Parting<nag2::Si
   nag2::SortProgress passes(n);
   const auto done = [&] { passes.done(0); };
   inTwoThreads([&] { first.look(by, done); }, [&] { second.look(by, done); });
+  if (first.hasIndistinct || second.hasIndistinct) {
+    inTwoThreads([&] { first.collect(); }, [&] { second.collect(); });
+  }
   nag2::SignedOf<T>* const middle = out + first.before + second.before;
   inTwoThreads(
       [&] { first.part(by, out, middle, done); },
@@ -186,19 +191,10 @@ Indistinct<T> sortInTwoThreads(const T* x, std::size_t n, nag2::Parting<nag2::Si
 template <typename T>
 Indistinct<T> sortFloats(const T* x, std::size_t n, bool descending, T* out) {
   Indistinct<T> equals;
-  for (std::size_t start = 0; start < n; start += kBlock) {
-    const std::size_t size = std::min(n - start, kBlock);
-    const auto* const bits = reinterpret_cast<const nag2::SignedOf<T>*>(x + start);
-    const bool special = nag2::lookThrough(bits, size, {true, false, 0}).hasZeroOrNan;
-    if (special) {
-      equals.collect(x + start, size);
-    }
-    if (special && !equals.nans.empty()) {
-      std::transform(x + start, x + start + size, out + start,
-                     [](T v) { return std::isnan(v) ? std::numeric_limits<T>::infinity() : v; });
-    } else if (out != x) {
-      std::copy(x + start, x + start + size, out + start);
-    }
+  if (nag2::copyLooking(x, n, out)) {
+    equals.collect(x, n);
+    std::transform(x, x + n, out,
+                   [](T v) { return std::isnan(v) ? std::numeric_limits<T>::infinity() : v; });
   }
   nag2::vectorSort(out, n, descending);
   return equals;
@@ -214,6 +210,9 @@ Indistinct<T> sortAsIntegers(const T* x, std::size_t n, bool descending, nag2::S
   }
   Stretch<T> whole{x, n};
   whole.look(by, [] { vexel::kernels::poll(); });
+  if (whole.hasIndistinct) {
+    whole.collect();
+  }
   vexel::kernels::inStretches(n, [&](std::size_t begin, std::size_t end) {
     std::transform(x + begin, x + end, out + begin, toInteger<T>);
   });

@@ -13,6 +13,7 @@
 #endif
 #include <hwy/targets.h>
 
+#include <cmath>
 #include <limits>
 
 #include "numerics/sorting/sort_keys.hpp"
@@ -69,6 +70,7 @@ BlockFacts<Integer> lookThroughAll(const Integer* x, std::size_t n, Parting<Inte
   BlockFacts<Integer> facts{0, 0, false};
   const auto zero = hn::Zero(d);
   const auto allButSign = hn::Set(d, std::numeric_limits<Integer>::max());
+  const auto negativeZero = hn::Set(d, std::numeric_limits<Integer>::min());
   const auto largest = hn::Set(d, infinity);
   auto before = zero;
   auto bits = zero;
@@ -78,19 +80,41 @@ BlockFacts<Integer> lookThroughAll(const Integer* x, std::size_t n, Parting<Inte
     const auto v = hn::LoadU(d, x + i);
     const auto size = hn::And(v, allButSign);
     bits = hn::Or(bits, v);
-    special = hn::Or(special, hn::Or(hn::Eq(size, zero), hn::Lt(largest, size)));
+    special = hn::Or(special, hn::Or(hn::Eq(v, negativeZero), hn::Lt(largest, size)));
     before = hn::Sub(before, hn::VecFromMask(d, sides.areBefore(sides.integers(v))));
   }
   for (; i < n; ++i) {
     const Integer size = x[i] & std::numeric_limits<Integer>::max();
     facts.bits |= x[i];
-    facts.hasZeroOrNan |= size == 0 || infinity < size;
+    facts.hasNegativeZeroOrNan |= x[i] == std::numeric_limits<Integer>::min() || infinity < size;
     facts.before += sides.isBefore(sides.integer(x[i]));
   }
   facts.before += static_cast<std::size_t>(hn::GetLane(hn::SumOfLanes(d, before)));
   facts.bits |= hn::AllFalse(d, hn::Lt(bits, zero)) ? 0 : std::numeric_limits<Integer>::min();
-  facts.hasZeroOrNan |= !hn::AllFalse(d, special);
+  facts.hasNegativeZeroOrNan |= !hn::AllFalse(d, special);
   return facts;
+}
+
+template <typename T>
+bool copyLookingAtAll(const T* x, std::size_t n, T* out) {
+  const hn::ScalableTag<T> d;
+  const hn::RebindToSigned<decltype(d)> bits;
+  using Integer = hn::TFromD<decltype(bits)>;
+  const auto negativeZero = hn::Set(bits, std::numeric_limits<Integer>::min());
+  auto special = hn::FirstN(d, 0);
+  std::size_t i = 0;
+  for (; i + hn::Lanes(d) <= n; i += hn::Lanes(d)) {
+    const auto v = hn::LoadU(d, x + i);
+    const auto isNegativeZero = hn::RebindMask(d, hn::Eq(hn::BitCast(bits, v), negativeZero));
+    special = hn::Or(special, hn::Or(isNegativeZero, hn::IsNaN(v)));
+    hn::StoreU(v, d, out + i);
+  }
+  bool found = !hn::AllFalse(d, special);
+  for (; i < n; ++i) {
+    found |= std::isnan(x[i]) || (x[i] == T{0} && std::signbit(x[i]));
+    out[i] = x[i];
+  }
+  return found;
 }
 
 template <typename Integer>
@@ -121,6 +145,12 @@ BlockFacts<std::int64_t> lookThrough64(const std::int64_t* x, std::size_t n,
                                        Parting<std::int64_t> by) {
   return lookThroughAll(x, n, by);
 }
+bool copyLooking32(const float* x, std::size_t n, float* out) {
+  return copyLookingAtAll(x, n, out);
+}
+bool copyLooking64(const double* x, std::size_t n, double* out) {
+  return copyLookingAtAll(x, n, out);
+}
 std::size_t part32(const std::int32_t* x, std::size_t n, Parting<std::int32_t> by,
                    std::int32_t* front, std::int32_t* back) {
   return partAll(x, n, by, front, back);
@@ -147,6 +177,8 @@ bool haveWideVectors() {
 
 HWY_EXPORT(lookThrough32);
 HWY_EXPORT(lookThrough64);
+HWY_EXPORT(copyLooking32);
+HWY_EXPORT(copyLooking64);
 HWY_EXPORT(part32);
 HWY_EXPORT(part64);
 
@@ -164,6 +196,12 @@ BlockFacts<std::int32_t> lookThrough(const std::int32_t* x, std::size_t n,
 BlockFacts<std::int64_t> lookThrough(const std::int64_t* x, std::size_t n,
                                      Parting<std::int64_t> by) {
   return HWY_DYNAMIC_DISPATCH(lookThrough64)(x, n, by);
+}
+bool copyLooking(const float* x, std::size_t n, float* out) {
+  return HWY_DYNAMIC_DISPATCH(copyLooking32)(x, n, out);
+}
+bool copyLooking(const double* x, std::size_t n, double* out) {
+  return HWY_DYNAMIC_DISPATCH(copyLooking64)(x, n, out);
 }
 std::size_t part(const std::int32_t* x, std::size_t n, Parting<std::int32_t> by,
                  std::int32_t* front, std::int32_t* back) {
@@ -189,6 +227,8 @@ BlockFacts<std::int32_t> lookThrough(const std::int32_t*, std::size_t, Parting<s
 BlockFacts<std::int64_t> lookThrough(const std::int64_t*, std::size_t, Parting<std::int64_t>) {
   return {};
 }
+bool copyLooking(const float*, std::size_t, float*) { return false; }
+bool copyLooking(const double*, std::size_t, double*) { return false; }
 std::size_t part(const std::int32_t*, std::size_t, Parting<std::int32_t>, std::int32_t*,
                  std::int32_t*) {
   return 0;

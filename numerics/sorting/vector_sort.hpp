@@ -41,17 +41,21 @@ struct Parting {
 };
 
 // What a block holds: how many elements sort before the pivot, the bits of all together (negative
-// when some sign is), and whether there is a zero or a NaN among floats.
+// when some sign is), and whether there is a -0.0 or a NaN among floats.
 template <typename Integer>
 struct BlockFacts {
   std::size_t before;
   Integer bits;
-  bool hasZeroOrNan;
+  bool hasNegativeZeroOrNan;
 };
 BlockFacts<std::int32_t> lookThrough(const std::int32_t* x, std::size_t n,
                                      Parting<std::int32_t> by);
 BlockFacts<std::int64_t> lookThrough(const std::int64_t* x, std::size_t n,
                                      Parting<std::int64_t> by);
+
+// Copies floats to out, which may be x; whether there is a -0.0 or a NaN among them.
+bool copyLooking(const float* x, std::size_t n, float* out);
+bool copyLooking(const double* x, std::size_t n, double* out);
 
 // Puts the elements that sort before the pivot to front, the others to back; memory of its own
 // each.  The number of those before it.
