@@ -10,6 +10,7 @@
 
 #include "functions/data/refusals.hpp"
 #include "kernels/vector/presence.hpp"
+#include "kernels/vector/row_copies.hpp"
 
 namespace vexel {
 
@@ -23,28 +24,27 @@ void requireSize(const char* function, const char* what, std::size_t size, std::
   }
 }
 
-// Blocks for columns and the weights, made when they are needed.
-class Blocks {
+// A block of doubles, made when it is needed.
+class Block {
  public:
-  explicit Blocks(std::size_t width) : columns_(width + 1) {}
-  double* operator[](std::size_t j) {
-    if (columns_[j] == nullptr) {
-      columns_[j] = std::make_unique_for_overwrite<double[]>(Rows::block);
+  double* get() {
+    if (memory_ == nullptr) {
+      memory_ = std::make_unique_for_overwrite<double[]>(Rows::block);
     }
-    return columns_[j].get();
+    return memory_.get();
   }
 
  private:
-  std::vector<std::unique_ptr<double[]>> columns_;
+  std::unique_ptr<double[]> memory_;
 };
 
-// As doubles in units of 2^exponent: where they lie, or in the block that buffer() gives.
-template <typename Buffer>
-const double* read(Data from, std::size_t begin, std::size_t n, int exponent, Buffer buffer) {
+// As doubles in units of 2^exponent: where they lie, or in the block.
+const double* read(Data from, std::size_t begin, std::size_t n, int exponent, Block& block) {
   if (exponent == 0) {
-    return from.dense() ? asDoubles(from, begin, n, nullptr) : asDoubles(from, begin, n, buffer());
+    return from.dense() ? asDoubles(from, begin, n, nullptr)
+                        : asDoubles(from, begin, n, block.get());
   }
-  double* const to = buffer();
+  double* const to = block.get();
   const double* const x = asDoubles(from, begin, n, to);
   const double factor = std::ldexp(1.0, -exponent);
   for (std::size_t i = 0; i < n; ++i) {
@@ -52,6 +52,65 @@ const double* read(Data from, std::size_t begin, std::size_t n, int exponent, Bu
   }
   return to;
 }
+
+// Columns a block at a time; those of a matrix whose rows lie one after the other together.
+class ColumnReader {
+ public:
+  ColumnReader(std::span<const Data> columns, std::span<const int> exponents)
+      : columns_(columns), exponents_(exponents), blocks_(columns.size()), read_(columns.size()) {
+    if (isMatrixOf<double>(Element::float64) || isMatrixOf<float>(Element::float32)) {
+      together_ = std::make_unique_for_overwrite<double[]>(columns.size() * Rows::block);
+    }
+  }
+
+  const double* const* read(std::size_t begin, std::size_t n) {
+    if (together_ != nullptr) {
+      const Data& first = columns_[0];
+      if (first.element() == Element::float64) {
+        turnOver(static_cast<const double*>(first.data()), begin, n);
+      } else {
+        turnOver(static_cast<const float*>(first.data()), begin, n);
+      }
+    } else {
+      for (std::size_t j = 0; j < columns_.size(); ++j) {
+        read_[j] = vexel::read(columns_[j], begin, n, exponents_[j], blocks_[j]);
+      }
+    }
+    return read_.data();
+  }
+
+ private:
+  template <typename T>
+  bool isMatrixOf(Element element) const {
+    constexpr std::size_t few = 8;  // which go together in registers
+    if (columns_.size() < few || columns_[0].element() != element || columns_[0].stride() == 1) {
+      return false;
+    }
+    const T* at = static_cast<const T*>(columns_[0].data());
+    return std::all_of(columns_.begin(), columns_.end(),
+                       [&](const Data& column) {
+                         return column.data() == at++ && column.element() == element &&
+                                column.stride() == columns_[0].stride();
+                       }) &&
+           std::all_of(exponents_.begin(), exponents_.end(), [](int e) { return e == 0; });
+  }
+
+  template <typename T>
+  void turnOver(const T* rows, std::size_t begin, std::size_t n) {
+    const std::ptrdiff_t apart = columns_[0].stride();
+    kernels::copyRows(rows + static_cast<std::ptrdiff_t>(begin) * apart, 1, apart, columns_.size(),
+                      n, Rows::block, together_.get());
+    for (std::size_t j = 0; j < read_.size(); ++j) {
+      read_[j] = &together_[j * Rows::block];
+    }
+  }
+
+  std::span<const Data> columns_;
+  std::span<const int> exponents_;
+  std::vector<Block> blocks_;
+  std::unique_ptr<double[]> together_;
+  std::vector<const double*> read_;
+};
 
 }  // namespace
 
@@ -79,16 +138,16 @@ void Rows::scale(std::vector<int> exponents, int wExponent) {
 
 Sample::Presence Rows::present(const Use& use) const {
   const std::size_t k = width();
-  Blocks buffers(k);
-  std::vector<const double*> columns(k + 1);  // the last one: weights
+  ColumnReader reader(columns_, exponents_);
+  Block weightBlock;
   std::vector<const double*> kept(k);
-  Blocks keep(k);
+  std::vector<Block> keep(k + 1);  // the last one: weights
   std::size_t filled = 0;
   const auto useKept = [&](std::size_t n) {
     for (std::size_t j = 0; j < k; ++j) {
-      kept[j] = keep[j];
+      kept[j] = keep[j].get();
     }
-    use(kept.data(), weighted() ? keep[k] : nullptr, n);
+    use(kept.data(), weighted() ? keep[k].get() : nullptr, n);
   };
   Sample::Presence found;
   for (std::size_t begin = 0; begin < size(); begin += block) {
@@ -96,22 +155,20 @@ Sample::Presence Rows::present(const Use& use) const {
       kernels::poll(static_cast<double>(begin) / static_cast<double>(size()));
     }
     const std::size_t n = std::min(block, size() - begin);
-    bool all = true;
-    for (std::size_t j = 0; j < k; ++j) {
-      columns[j] = read(columns_[j], begin, n, exponents_[j], [&] { return buffers[j]; });
-      all = all && kernels::allPresent(columns[j], n);
-    }
-    columns[k] =
-        weighted() ? read(weights_, begin, n, wExponent_, [&] { return buffers[k]; }) : nullptr;
-    all = all && (!weighted() || kernels::allPresent(columns[k], columns[k], n));
+    const double* const* const columns = reader.read(begin, n);
+    const double* const weights =
+        weighted() ? read(weights_, begin, n, wExponent_, weightBlock) : nullptr;
+    const bool all = std::all_of(columns, columns + k,
+                                 [&](const double* x) { return kernels::allPresent(x, n); }) &&
+                     (!weighted() || kernels::allPresent(weights, weights, n));
     if (all && filled == 0) {
       found.points += n;
       found.pairs += n;
-      use(columns.data(), columns[k], n);
+      use(columns, weights, n);
       continue;
     }
     for (std::size_t i = 0; i < n; ++i) {
-      const double weight = weighted() ? columns[k][i] : 1.0;
+      const double weight = weighted() ? weights[i] : 1.0;
       if (weight < 0.0 || std::isinf(weight)) {
         refuseWeight(function_, begin + i, weight);
       }
@@ -130,9 +187,9 @@ Sample::Presence Rows::present(const Use& use) const {
       found.pairs += complete;
       if (weight > 0.0) {
         for (std::size_t j = 0; j < k; ++j) {
-          keep[j][filled] = columns[j][i];
+          keep[j].get()[filled] = columns[j][i];
         }
-        keep[k][filled] = weight;
+        keep[k].get()[filled] = weight;
         ++found.points;
         if (++filled == block) {
           useKept(block);
@@ -160,6 +217,20 @@ bool Rows::undefined(const Sample::Presence& found) const {
 
 std::vector<bool> Rows::columnsMissing() const {
   std::vector<bool> missing(width());
+  if (!weighted()) {
+    ColumnReader reader(columns_, exponents_);
+    for (std::size_t begin = 0; begin < size(); begin += block) {
+      if (begin % kernels::pollInterval == 0 && begin > 0) {
+        kernels::poll();
+      }
+      const std::size_t n = std::min(block, size() - begin);
+      const double* const* const columns = reader.read(begin, n);
+      for (std::size_t j = 0; j < width(); ++j) {
+        missing[j] = missing[j] || !kernels::allPresent(columns[j], n);
+      }
+    }
+    return missing;
+  }
   for (std::size_t j = 0; j < width(); ++j) {
     const Sample column(function_, columns_[j], weights_, missing_);
     missing[j] = column.look().missing > 0;
