@@ -77,7 +77,12 @@ double between(double low, double high, double fraction) {
   if (std::isinf(low) || std::isinf(high)) {
     return low + high;
   }
-  const double half = std::max(std::fabs(low), std::fabs(high)) > 0x1p1000 ? 0.5 : 1.0;
+  const bool large = std::max(std::fabs(low), std::fabs(high)) > 0x1p1000;
+  const double sum = low + high;
+  if (fraction == 0.5 && !large && std::fabs(sum) > 0x1p-1000) {
+    return 0.5 * sum;  // which is rounded once, too
+  }
+  const double half = large ? 0.5 : 1.0;
   const DoubleDouble width = DoubleDouble::sumOf(high * half, -low * half);
   return (DoubleDouble(low * half) + width * DoubleDouble(fraction)).high / half;
 }

@@ -1,8 +1,8 @@
 // Moving extremes and quantiles.
 //
-// Extremes: blocks as for the sums.  Quantiles: the elements of a stretch are ranked once; a window
-// is a set of bits, one for each rank, and a mark in it goes from one set bit to the next as the
-// window moves on.
+// Extremes: blocks as for the sums.  Quantiles of few elements: a network sorts eight windows at
+// once.  Of many: the elements of a stretch are ranked once; a window is a set of bits, one for
+// each rank, and a mark in it goes from one set bit to the next as the window moves on.
 #include <algorithm>
 #include <bit>
 #include <cmath>
@@ -10,6 +10,8 @@
 
 #include "functions/descriptive/quantiles.hpp"
 #include "functions/series/windows.hpp"
+#include "kernels/sorting/network.hpp"
+#include "kernels/vector/column_order.hpp"
 #include "numerics/sorting/rank_words.hpp"
 
 namespace vexel {
@@ -129,6 +131,56 @@ struct Neighbours {
   }
 };
 
+// The longest windows that networks sort in less time than a mark takes.
+constexpr std::size_t kFew = 20;
+
+// Whether every window holds all of its elements, few of them, and no -0.0, which networks take for
+// 0.0.
+bool networksServe(const Stretch& s, std::size_t minCount) {
+  return s.plain() && s.window() <= kFew && s.window() >= minCount &&
+         s.results() >= kernels::stripWidth &&
+         std::none_of(s.values().begin(), s.values().end(),
+                      [](double x) { return x == 0 && std::signbit(x); });
+}
+
+// A strip of results between two finite ones each.
+void betweenEach(const double* low, const double* high, double fraction, double* out) {
+  bool usual = fraction == 0.5;
+  for (std::size_t lane = 0; lane < kernels::stripWidth; ++lane) {
+    const double sum = low[lane] + high[lane];
+    out[lane] = 0.5 * sum;  // what between() gives where nothing overflows or vanishes
+    usual &= (std::fabs(sum) > 0x1p-1000) & (std::fabs(sum) < 0x1p1000);
+  }
+  for (std::size_t lane = 0; !usual && lane < kernels::stripWidth; ++lane) {
+    out[lane] = between(low[lane], high[lane], fraction);
+  }
+}
+
+// Eight windows at a time, a lane each.
+void quantilesByNetwork(const Stretch& s, double q, double* out) {
+  constexpr std::size_t width = kernels::stripWidth;
+  const std::size_t w = s.window();
+  const Neighbours place(q, static_cast<std::int64_t>(w));
+  const auto low = static_cast<std::size_t>(place.low);
+  const bool two = place.fraction > 0;
+  const std::size_t ranks[] = {low, low + 1};
+  const auto network = kernels::sortingNetwork(w, std::span(ranks).first(two ? 2 : 1));
+  alignas(64) double rows[kFew * width];
+  for (std::size_t begin = 0; begin < s.results(); begin += width) {
+    const std::size_t at = std::min(begin, s.results() - width);
+    for (std::size_t i = 0; i < w; ++i) {
+      std::copy_n(&s.values()[at + i], width, rows + width * i);
+    }
+    kernels::exchangeInStrip(rows, network);
+    const double* const lower = rows + width * low;
+    if (two) {
+      betweenEach(lower, lower + width, place.fraction, out + at);
+    } else {
+      std::copy_n(lower, width, out + at);
+    }
+  }
+}
+
 // With weights: the members of the window in their order, until the weight is reached.
 double weightedQuantile(const Stretch& s, std::size_t j, double q,
                         std::vector<std::pair<double, double>>& members) {
@@ -164,6 +216,9 @@ void movingExtremes(const Stretch& s, bool largest, std::size_t minCount, double
 }
 
 void movingQuantiles(const Stretch& s, double q, std::size_t minCount, double* out) {
+  if (networksServe(s, minCount)) {
+    return quantilesByNetwork(s, q, out);
+  }
   WindowCounts counts(s);
   const bool weighted = !s.weights().empty();
   const Ranked ranked(s.values());
