@@ -11,6 +11,7 @@
 #include "functions/data/elements.hpp"
 #include "functions/ordering/levels.hpp"
 #include "kernels/exact_totals.hpp"
+#include "kernels/large_pages.hpp"
 #include "kernels/watch.hpp"
 #include "numerics/sorting/rank_words.hpp"
 #include "vexel/ordering.hpp"
@@ -34,6 +35,7 @@ template <typename T>
 TallyResult<T> tallyBySorting(std::span<const T> x) {
   const auto place = std::make_unique_for_overwrite<T[]>(x.size());
   const std::span<T> sorted(place.get(), x.size());
+  kernels::useLargePages(place.get(), sorted.size_bytes());
   TallyResult<T> result;
   result.missing = x.size() - sort(Data(x), sorted, {.missing = Missing::omit});
   const std::size_t n = x.size() - result.missing;
@@ -44,6 +46,8 @@ TallyResult<T> tallyBySorting(std::span<const T> x) {
   kernels::forEach(n, [&](std::size_t i) { runs += isLast(i); });
   result.values.reserve(runs);
   result.counts.reserve(runs);
+  kernels::useLargePages(result.values.data(), runs * sizeof(T));
+  kernels::useLargePages(result.counts.data(), runs * sizeof(double));
   // The last element of a run stays, and how many there are up to it.
   std::size_t run = 0;
   kernels::inStretches(n, [&](std::size_t begin, std::size_t end) {

@@ -9,12 +9,12 @@
 
 #include "memory/heap.hpp"
 
-#include <sys/mman.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cstdlib>
 
+#include "kernels/large_pages.hpp"
 #include "memory/guards.hpp"
 #include "memory/heap_chunk.hpp"
 #include "memory/memory.hpp"
@@ -29,20 +29,6 @@ std::size_t physicalMemory() {
   static const std::size_t bytes = static_cast<std::size_t>(sysconf(_SC_PHYS_PAGES)) *
                                    static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
   return bytes;
-}
-
-// Large blocks in pages of 2 MiB where the system has them to give: most of the time that a block's
-// first writing takes is page faults.  A hint: nothing depends on it.
-void adviseHugePages([[maybe_unused]] void* p, [[maybe_unused]] std::size_t bytes) {
-#ifdef MADV_HUGEPAGE
-  constexpr std::uintptr_t kHugePage = std::uintptr_t{1} << 21;
-  const auto begin = reinterpret_cast<std::uintptr_t>(p);
-  const std::uintptr_t first = (begin + kHugePage - 1) & ~(kHugePage - 1);
-  const std::uintptr_t last = (begin + bytes) & ~(kHugePage - 1);
-  if (bytes >= 4 * kHugePage && last > first) {
-    madvise(reinterpret_cast<void*>(first), last - first, MADV_HUGEPAGE);
-  }
-#endif
 }
 
 }  // namespace
@@ -254,7 +240,7 @@ void* Heap::allocateBytes(std::size_t bytes) {
   }
   sinceCollection_ += bytes;
   bytesOutside_ += bytes;
-  adviseHugePages(p, total);
+  kernels::useLargePages(p, total);
   setGuard(p);
   setGuard(p + kGuardBytes + bytes);
   return p + kGuardBytes;

@@ -9,6 +9,7 @@
 #include <limits>
 #include <memory>
 
+#include "kernels/large_pages.hpp"
 #include "kernels/watch.hpp"
 #include "numerics/sorting/radix_sort.hpp"
 #include "numerics/sorting/sort_in_steps.hpp"
@@ -72,6 +73,7 @@ class RankWords {
         n_(n),
         two_(n >= kWorthAThread && vectorSortServes(n) && haveTwoProcessors()),
         words_(std::make_unique_for_overwrite<std::uint64_t[]>(n)) {
+    vexel::kernels::useLargePages(words_.get(), n * sizeof(std::uint64_t));
     if (!vectorSortServes(n)) {
       scratch_ = std::make_unique_for_overwrite<std::uint64_t[]>(n);
     }
