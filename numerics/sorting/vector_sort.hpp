@@ -15,8 +15,8 @@ namespace nag2 {
 // beat a radix sort.
 bool vectorSortServes(std::size_t n);
 
-// Sorts x[0..n-1] in place, ascending, and takes no memory.  No float may be NaN, and -0.0 and 0.0
-// come in any order.
+// Sorts x[0..n-1] in place, ascending, and takes no memory.  No float may be NaN, and zeros may
+// change their signs: comparisons keep either of -0.0 and 0.0 for both.
 void vectorSort(float* x, std::size_t n);
 void vectorSort(double* x, std::size_t n);
 void vectorSort(std::int32_t* x, std::size_t n);

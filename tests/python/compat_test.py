@@ -249,6 +249,68 @@ def test_what_is_taken():
         stats.norm.moment()
 
 
+def test_axes_that_a_sample_lacks_are_its_first():
+    means = Z.mean(axis=0)
+    found = stats.ttest_1samp(Z, means)
+    assert found.statistic == pytest.approx([0] * 15, abs=1e-12) and found.confidence_interval().low.shape == (15,)
+    assert stats.ttest_1samp(Z, [0.5], axis=1, keepdims=True).pvalue.shape == (3, 1)
+    observed, expected = [16, 18, 16, 14, 12, 12], [[16, 16, 16, 16, 16, 8], [8, 20, 20, 16, 12, 12]]
+    both = stats.chisquare(observed, expected, axis=1)
+    assert both.pvalue.tolist() == [stats.chisquare(observed, e).pvalue for e in expected]
+    assert stats.mannwhitneyu(Z, X, axis=-1).statistic.tolist() == [stats.mannwhitneyu(z, X).statistic for z in Z]
+    none = np.empty((0, 3))
+    assert stats.tmean(none, axis=1).shape == stats.mode(none, axis=1).count.shape == (0,)
+
+
+def test_forms_of_arguments_and_results():
+    assert stats.chisquare([4, 5], [5, 5], sum_check=False) == pytest.approx((0.2, math.erfc(math.sqrt(0.1))), rel=1e-13)
+    values = np.array([30.0, 10, 20, 10])
+    for method, ranks in (("ordinal", [4, 1, 3, 2]), ("min", [4, 1, 3, 1]), ("dense", [3, 1, 2, 1])):
+        found = stats.rankdata(values, method)
+        assert found.tolist() == ranks and np.arange(5)[found].tolist() == ranks
+    assert stats.rankdata(values).dtype == float and np.isnan(stats.rankdata([1, nan], "min")).all()
+    assert (stats.norm.shapes, stats.beta.shapes, stats.beta.numargs) == (None, "a, b", 2)
+    assert stats.wilcoxon(X, method="approx") == stats.wilcoxon(X, method="asymptotic")
+    assert stats.describe([[1, 2], [3, 4]], nan_policy="omit").nobs == 2
+    for empty in ([], np.empty((0, 3))):
+        with pytest.raises(ValueError, match="describe: a must not be empty"):
+            stats.describe(empty, axis=None)
+    with pytest.raises(ValueError, match="pearsonr: there must be at least 2 pairs, got 1"):
+        stats.pearsonr([1], [2])
+    x, v, edges = [1, 2, 2, 7], [1.0, 2, 4, 8], [0, 3, 5, 9]
+    assert stats.binned_statistic(x, v, np.sum, edges).statistic.tolist() == [7, 0, 8]
+    assert np.isnan(stats.binned_statistic(x, v, max, edges).statistic).tolist() == [False, True, False]
+    assert stats.binned_statistic(x, v, "count", bins=2, range=[(0, 8)]).statistic.tolist() == [3, 1]
+
+
+def test_bandwidths_of_a_density():
+    kde = stats.gaussian_kde([1, 2, 4])
+    t = np.linspace(-3, 8, 7)
+    assert kde.logpdf(t) == pytest.approx(np.log(kde(t)), rel=1e-12)
+    h = math.sqrt(kde.covariance[0, 0])
+    assert kde.logpdf(1000) == pytest.approx([vx.Normal(4, h).logpdf(1000) - math.log(3)], rel=1e-12)
+    assert kde.factor == kde.scotts_factor() == kde.covariance_factor() == 3**-0.2 and kde.inv_cov * kde.covariance == 1
+    for method in ("silverman", 0.7, lambda k: k.n / 10):
+        kde.set_bandwidth(method)
+        assert kde(t).tolist() == stats.gaussian_kde([1, 2, 4], method)(t).tolist()
+    kde.set_bandwidth()
+    assert kde.factor == 0.3 and stats.gaussian_kde(np.arange(49)).resample().shape == (1, 49)
+    with pytest.raises(ValueError, match='bw_method must be "scott" or "silverman", got \'foo\''):
+        stats.gaussian_kde([1, 2], "foo")
+
+
+def test_bootstrap_takes_functions_of_lanes():
+    plain = stats.bootstrap((X,), np.mean, n_resamples=400, rng=3, confidence_level=0.9)
+    for statistic, vectorized in ((lambda x, axis: np.mean(x, axis=axis), None), (lambda x, axis=0: np.mean(x, axis=axis), True), (lambda x: np.mean(x), False)):
+        assert stats.bootstrap((X,), statistic, vectorized=vectorized, n_resamples=400, rng=3, batch=10).standard_error == plain.standard_error
+    low, high = plain.confidence_interval
+    for side, ends in (("less", (-math.inf, high)), ("greater", (low, math.inf))):
+        found = stats.bootstrap((X,), np.mean, n_resamples=400, rng=3, confidence_level=0.95, alternative=side)
+        assert found.confidence_interval == pytest.approx(ends, rel=1e-9)
+    with pytest.raises(NotImplementedError, match="bootstrap: axis must be 0 or -1, got 1"):
+        stats.bootstrap((Z,), np.mean, axis=1)
+
+
 class Axes:
     """What probplot draws on."""
 

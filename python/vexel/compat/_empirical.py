@@ -2,6 +2,7 @@
 
 from __future__ import annotations
 
+from math import log, pi
 from typing import Any, NamedTuple
 
 import numpy as np
@@ -156,6 +157,7 @@ def binned_statistic(x: Any, values: Any, statistic: Any = "mean", bins: Any = 1
         one_of("binned_statistic", "statistic", statistic, ("mean", "std", "median", "count", "sum", "min", "max"))
     x = np.asarray(x, dtype=np.float64)
     sets = np.atleast_2d(np.asarray(values, dtype=np.float64))
+    range = range[0] if np.ndim(range) == 2 else range  # [(low, high)], as of several dimensions
     if sets.shape[1] != len(x):
         raise ValueError(f"binned_statistic: values must be of {len(x)} elements, got {sets.shape[1]}")
     edges = np.histogram_bin_edges(x, bins, range) if np.ndim(bins) == 0 else np.asarray(bins, dtype=np.float64)
@@ -167,11 +169,16 @@ def binned_statistic(x: Any, values: Any, statistic: Any = "mean", bins: Any = 1
 
 def _of_bin(statistic: Any, v: Any) -> float:
     if statistic == "count":
-        return len(v)
+        return float(len(v))
     if statistic == "sum":
         return float(vx.mean(v)) * len(v) if len(v) else 0.0
     if callable(statistic):
-        return float(statistic(v)) if len(v) else np.nan
+        try:
+            return float(statistic(v))
+        except Exception:
+            if len(v):
+                raise
+            return np.nan  # the function has no value of nothing
     return float(_OF_BINS[statistic](v)) if len(v) else np.nan
 
 
@@ -185,19 +192,49 @@ class gaussian_kde:  # noqa: N801
         self.d, self.n = self.dataset.shape
         if self.d > 1:
             raise NotImplementedError(f"gaussian_kde: dataset must be of one dimension, got {self.d}")
-        x = self.dataset[0]
-        self.weights = np.full(self.n, 1 / self.n) if weights is None else np.asarray(weights) / np.sum(weights)
+        if self.n < 2:
+            raise ValueError(f"gaussian_kde: dataset must be of at least 2 elements, got {self.n}")
         # Shares that say how far to trust each point: not frequencies.
-        squares = float(np.sum(self.weights**2))
-        self.neff = 1 / squares
-        if bw_method is None or bw_method == "scott":
-            self.factor = self.neff ** -0.2
-        elif bw_method == "silverman":
-            self.factor = (self.neff * 0.75) ** -0.2
-        else:
+        self.weights = np.full(self.n, 1 / self.n) if weights is None else np.asarray(weights) / np.sum(weights)
+        self.neff = float(self.n) if weights is None else 1 / float(np.sum(self.weights**2))
+        self._weighted = weights is not None
+        self.set_bandwidth("scott" if bw_method is None else bw_method)
+
+    def scotts_factor(self) -> float:
+        return float(self.neff**-0.2)
+
+    def silverman_factor(self) -> float:
+        return float((self.neff * 0.75) ** -0.2)
+
+    def covariance_factor(self) -> float:
+        return self.factor
+
+    def set_bandwidth(self, bw_method: Any = None) -> None:
+        """None leaves the factor as it is."""
+        if isinstance(bw_method, str):
+            rule = one_of("gaussian_kde", "bw_method", bw_method, ("scott", "silverman"))
+            self.factor = self.scotts_factor() if rule == "scott" else self.silverman_factor()
+        elif bw_method is not None:
             self.factor = float(bw_method(self) if callable(bw_method) else bw_method)
-        sd = vx.std(x, weights=self.weights, ddof=squares)
-        self._density = vx.kde(x, bandwidth=self.factor * sd, weights=None if weights is None else self.weights)
+        x = self.dataset[0]
+        bandwidth = self.factor * vx.std(x, weights=self.weights, ddof=1 / self.neff)
+        self.covariance = np.array([[bandwidth**2]])
+        self._density = vx.kde(x, bandwidth=bandwidth, weights=self.weights if self._weighted else None)
+
+    @property
+    def inv_cov(self) -> Any:
+        return 1 / self.covariance
+
+    def logpdf(self, x: Any) -> Any:
+        """The logarithm of the density, also where that is 0 as a number."""
+        variance = float(self.covariance[0, 0])
+
+        def at(point: float) -> float:
+            exponents = -0.5 * (point - self.dataset[0]) ** 2 / variance
+            most = float(exponents.max())
+            return most + log(float(np.dot(self.weights, np.exp(exponents - most))))
+
+        return np.array([at(p) for p in np.reshape(x, -1).tolist()]) - 0.5 * log(2 * pi * variance)
 
     def __call__(self, points: Any) -> Any:
         return self._density(np.reshape(points, -1))

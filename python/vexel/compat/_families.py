@@ -219,8 +219,9 @@ class Family:
     def __init__(self, name: str, shapes: str, law: Callable[..., Any], *, scaled: bool = False,
                  located: bool = False, shift: float = 0) -> None:
         self.name = name
-        self.shapes = shapes
         self._names = shapes.split()
+        self.shapes = ", ".join(self._names) or None
+        self.numargs = len(self._names)
         # Laws of whole numbers have no scale.
         self.discrete = isinstance(law, type) and issubclass(law, Discrete) or name == "randint"
         self._law, self._scaled, self._located = law, scaled, located

@@ -3,6 +3,7 @@
 from __future__ import annotations
 
 from collections.abc import Callable
+from math import prod
 from typing import Any, NamedTuple
 
 import numpy as np
@@ -40,7 +41,8 @@ def flat(name: str, sample: Any, axis: Any) -> Any:
     a = numbers(name, sample)
     axes = axes_of(axis, a.ndim)
     a = np.moveaxis(np.atleast_1d(a), axes, range(-len(axes), 0))
-    return a.reshape(*a.shape[:a.ndim - len(axes)], -1) if axes else a
+    kept = a.shape[:a.ndim - len(axes)]
+    return a.reshape(*kept, prod(a.shape[len(kept):])) if axes else a
 
 
 def differences(name: str, x: Any, y: Any, axis: Any) -> Any:
@@ -74,7 +76,11 @@ def over_lanes(name: str, function: Callable[..., tuple[Any, ...]], samples: tup
     They are NaN where a lane has a missing value that is not left out, or fewer than `least` values.
     """
     one_of(name, "nan_policy", nan_policy, ("propagate", "omit", "raise"))
-    given = [flat(name, s, axis) for s in samples]
+    given = [numbers(name, s) for s in samples]
+    most = max(a.ndim for a in given)
+    if axis is not None:  # a sample of fewer axes lacks the first ones
+        given = [a.reshape((1,) * (most - a.ndim) + a.shape) for a in given]
+    given = [flat(name, a, axis) for a in given]
     given = [a.astype(np.float64) if a.dtype.kind == "f" else a for a in given]
     shape = np.broadcast_shapes(*(a.shape[:-1] for a in given))
     arrays = [np.broadcast_to(a, (*shape, a.shape[-1])) for a in given]
@@ -94,7 +100,7 @@ def over_lanes(name: str, function: Callable[..., tuple[Any, ...]], samples: tup
         for at in np.ndindex(shape):
             table[(slice(None), *at)] = found(at)
         result = list(table)
-    return [np.expand_dims(part, axes_of(axis, np.ndim(samples[0]))) for part in result] if keepdims else result
+    return [np.expand_dims(part, axes_of(axis, most)) for part in result] if keepdims else result
 
 
 # ---- alternatives

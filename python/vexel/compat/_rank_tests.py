@@ -88,6 +88,7 @@ def wilcoxon(x: Any, y: Any = None, zero_method: str = "wilcox", correction: boo
              method: str = "auto", *, axis: Any = 0, nan_policy: Any = "propagate", keepdims: bool = False) -> Any:
     """Signed ranks; exact up to 50 pairs, with ties or differences of 0 up to 13, where the signs of the ranks that there are are counted."""
     alternative_of("wilcoxon", alternative)
+    method = "asymptotic" if method == "approx" else method  # its older name
     one_of("wilcoxon", "method", method, ("auto", "asymptotic", "exact"))
     one_of("wilcoxon", "zero_method", zero_method, ("wilcox", "pratt", "zsplit"))
     d = x if y is None else differences("wilcoxon", x, y, axis)

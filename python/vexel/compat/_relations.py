@@ -42,8 +42,10 @@ def pearsonr(x: Any, y: Any, *, alternative: str = "two-sided", method: Any = No
     alternative_of("pearsonr", alternative)
     if method is not None:
         raise NotImplementedError("pearsonr: method must be None; resampling is scipy.stats' own")
-    r, p = over_lanes("pearsonr", lambda x, y: _correlation(x, y, "pearson", alternative), (x, y), axis, paired=True)
     n = np.size(x) if axis is None else np.shape(x)[axis]
+    if n < 2:
+        raise ValueError(f"pearsonr: there must be at least 2 pairs, got {n}")
+    r, p = over_lanes("pearsonr", lambda x, y: _correlation(x, y, "pearson", alternative), (x, y), axis, paired=True)
     return PearsonRResult(r, p, _alternative=alternative, _n=n)
 
 

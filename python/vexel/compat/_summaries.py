@@ -128,7 +128,7 @@ def rankdata(a: Any, method: Any = "average", *, axis: Any = None, nan_policy: A
     ranks = vx.rank(np.reshape(a, -1) if axis is None else a, method=method, axis=-1 if axis is None else axis, nan_policy=nan_policy)
     if nan_policy == "propagate" and np.isnan(ranks).any():  # one missing value, and none of its lane has a rank
         ranks[np.broadcast_to(np.isnan(ranks).any(axis=axis, keepdims=True), ranks.shape)] = np.nan
-    return ranks
+    return ranks if method == "average" or np.isnan(ranks).any() else ranks.astype(np.int64)  # which index arrays
 
 
 class ModeResult(NamedTuple):
@@ -244,8 +244,10 @@ class DescribeResult(NamedTuple):
 
 
 def describe(a: Any, axis: Any = 0, ddof: int = 1, bias: bool = True, nan_policy: Any = "propagate") -> Any:
+    if not np.size(a):
+        raise ValueError("describe: a must not be empty")
     d = vx.describe(a, axis=axis, nan_policy=nan_policy)
     options = {"axis": axis, "nan_policy": nan_policy}
     nobs = np.asarray(d.count if nan_policy == "omit" else np.add(d.count, d.missing)).astype(int)
-    return DescribeResult(nobs[()] if nan_policy == "omit" else int(nobs.flat[0]), (d.min, d.max), d.mean,
+    return DescribeResult(nobs[()] if nan_policy == "omit" and np.any(d.missing) else int(nobs.flat[0]), (d.min, d.max), d.mean,
                           vx.var(a, ddof=ddof, **options), vx.skewness(a, bias=bias, **options), vx.kurtosis(a, bias=bias, **options))

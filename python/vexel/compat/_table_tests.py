@@ -21,7 +21,9 @@ class Power_divergenceResult(Found):  # noqa: N801
 def chisquare(f_obs: Any, f_exp: Any = None, ddof: int = 0, axis: Any = 0, *, sum_check: bool = True, nan_policy: Any = "propagate",
               keepdims: bool = False) -> Any:
     def test(observed: Any, expected: Any = None) -> tuple[float, float]:
-        if sum_check and expected is not None:
+        if expected is not None and not sum_check:
+            return _tested(_divergence(observed, expected, 1.0), len(observed) - 1 - ddof)
+        if expected is not None:
             _same_total("chisquare", observed, expected)
         return tuple(vx.chi_square_test(observed, expected, ddof=ddof))  # type: ignore[return-value]
 
@@ -41,12 +43,14 @@ def power_divergence(f_obs: Any, f_exp: Any = None, ddof: int = 0, axis: Any = 0
         if expected is None:
             expected = np.full(len(observed), vx.mean(observed))
         _same_total("power_divergence", observed, expected)
-        statistic = _divergence(observed, expected, power)
-        df = len(observed) - 1 - ddof
-        return statistic, vx.ChiSquare(df).sf(statistic) if df > 0 else np.nan
+        return _tested(_divergence(observed, expected, power), len(observed) - 1 - ddof)
 
     samples = (f_obs,) if f_exp is None else (f_obs, f_exp)
     return Power_divergenceResult(*over_lanes("power_divergence", test, samples, axis, nan_policy, keepdims, paired=True))
+
+
+def _tested(statistic: float, df: int) -> tuple[float, float]:
+    return statistic, vx.ChiSquare(df).sf(statistic) if df > 0 else np.nan
 
 
 def _same_total(name: str, observed: Any, expected: Any) -> None:

@@ -16,13 +16,17 @@ array([0.15865525, 0.5       ])
 
 from __future__ import annotations
 
+from functools import partial
+from inspect import signature
+from math import inf
 from types import SimpleNamespace
-from typing import Any
+from typing import Any, NamedTuple
 
 import vexel as vx
 from vexel.compat._distance_tests import ks_1samp, ks_2samp, kstest
 from vexel.compat._empirical import binned_statistic, cumfreq, ecdf, gaussian_kde, probplot, relfreq
 from vexel.compat._families import stream
+from vexel.compat._lanes import ConfidenceInterval, alternative_of
 from vexel.compat._laws import (
     bernoulli, beta, binom, cauchy, chi2, expon, f, gamma, gennorm, geom, gumbel_r, hypergeom, invgauss, laplace, logistic, lognorm,
     maxwell, moyal, nbinom, ncf, nct, ncx2, norm, pareto, poisson, powerlaw, randint, rayleigh, t, triang, uniform, weibull_min)
@@ -50,15 +54,39 @@ __all__ = [
 ]
 
 
-def bootstrap(data: Any, statistic: Any, *, n_resamples: int = 9999, confidence_level: float = 0.95,
-              method: Any = "BCa", random_state: Any = None, rng: Any = None) -> Any:
+class BootstrapResult(NamedTuple):
+    confidence_interval: Any
+    bootstrap_distribution: Any
+    standard_error: Any
+
+
+def bootstrap(data: Any, statistic: Any, *, n_resamples: int = 9999, batch: int | None = None, vectorized: bool | None = None,
+              axis: int = 0, confidence_level: float = 0.95, alternative: str = "two-sided", method: Any = "BCa", random_state: Any = None,
+              rng: Any = None) -> Any:
+    """Of one sample of one dimension, whose `axis` is 0 or -1; `batch` makes no difference: resamples are drawn and looked at one by one."""
+    alternative_of("bootstrap", alternative)
     if len(data) != 1:
         raise NotImplementedError(f"bootstrap: data must be of one sample, as (x,), got {len(data)}")
+    if axis not in (0, -1):
+        raise NotImplementedError(f"bootstrap: axis must be 0 or -1, got {axis!r}")
     (sample,) = data
-    b = vx.bootstrap(sample, statistic, replicates=n_resamples, confidence=confidence_level,
-                     method=method, rng=stream(random_state) if rng is None else rng)
-    return SimpleNamespace(confidence_interval=b.interval, standard_error=b.standard_error,
-                           bootstrap_distribution=b.replicates)
+    # An interval of one side leaves out there what one of two sides leaves out on both.
+    two_sided = confidence_level if alternative == "two-sided" else 2 * confidence_level - 1
+    of_lanes = _needs_axis(statistic) if vectorized is None else vectorized
+    b = vx.bootstrap(sample, partial(statistic, axis=-1) if of_lanes else statistic, replicates=n_resamples, confidence=two_sided,
+                     method="BCa" if method == "bca" else method, rng=stream(random_state) if rng is None else rng)
+    low, high = b.interval
+    interval = ConfidenceInterval(-inf if alternative == "less" else low, inf if alternative == "greater" else high)
+    return BootstrapResult(interval, b.replicates, b.standard_error)
+
+
+def _needs_axis(statistic: Any) -> bool:
+    """Whether a function of lanes has to be told which."""
+    try:
+        axis = signature(statistic).parameters.get("axis")
+    except (TypeError, ValueError):  # a text, or a function that does not show its parameters
+        return False
+    return axis is not None and axis.default is axis.empty
 
 
 def _engine(kind: Any) -> Any:
