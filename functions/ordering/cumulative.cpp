@@ -79,6 +79,7 @@ void run(std::span<double> out, Missing missing, Value value, Add add) {
 void sums(std::span<const double> x, std::span<double> out, Missing missing) {
   constexpr std::size_t chunk = kernels::RunningSum::chunk;
   constexpr std::size_t tooManyForCaches = std::size_t{1} << 20;
+  constexpr std::size_t worthAChunk = 128;  // of what is left, with zeros behind it
   const bool far = out.size() >= tooManyForCaches;
   alignas(64) double near[chunk];
   kernels::RunningSum sum;
@@ -95,6 +96,13 @@ void sums(std::span<const double> x, std::span<double> out, Missing missing) {
     }
     if (far) {
       kernels::finishCopies();
+    }
+    if (x.size() - i >= worthAChunk) {
+      double last[chunk] = {};
+      std::copy(x.begin() + static_cast<std::ptrdiff_t>(i), x.end(), last);
+      sum.addChunk(last, near);
+      std::copy_n(near, x.size() - i, &out[i]);
+      i = x.size();
     }
   }
   run(
