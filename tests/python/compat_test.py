@@ -258,6 +258,10 @@ def test_axes_that_a_sample_lacks_are_its_first():
     both = stats.chisquare(observed, expected, axis=1)
     assert both.pvalue.tolist() == [stats.chisquare(observed, e).pvalue for e in expected]
     assert stats.mannwhitneyu(Z, X, axis=-1).statistic.tolist() == [stats.mannwhitneyu(z, X).statistic for z in Z]
+    for test in (stats.ttest_rel, stats.wilcoxon, stats.pearsonr, stats.linregress):
+        assert test(Z[0], Z, axis=1).pvalue[1:].tolist() == pytest.approx([test(Z[0], z).pvalue for z in Z[1:]], rel=1e-12)
+        with pytest.raises(ValueError):
+            test(Z[0, 1:], Z, axis=1)
     none = np.empty((0, 3))
     assert stats.tmean(none, axis=1).shape == stats.mode(none, axis=1).count.shape == (0,)
 

@@ -45,10 +45,17 @@ def flat(name: str, sample: Any, axis: Any) -> Any:
     return a.reshape(*kept, prod(a.shape[len(kept):])) if axes else a
 
 
+def of_as_many_axes(name: str, samples: tuple[Any, ...], axis: Any) -> list[Any]:
+    """The samples; those of fewer axes lack the first ones, unless all are to be reduced."""
+    arrays = [numbers(name, s) for s in samples]
+    most = max(a.ndim for a in arrays)
+    return arrays if axis is None else [a.reshape((1,) * (most - a.ndim) + a.shape) for a in arrays]
+
+
 def differences(name: str, x: Any, y: Any, axis: Any) -> Any:
     """Of pairs, whose lanes are of one length."""
-    x, y = (np.asarray(numbers(name, v), dtype=np.float64) for v in (x, y))
-    if isinstance(axis, int) and x.ndim and y.ndim and x.shape[axis] != y.shape[axis]:
+    x, y = (np.asarray(v, dtype=np.float64) for v in of_as_many_axes(name, (x, y), axis))
+    if isinstance(axis, int) and x.ndim and x.shape[axis] != y.shape[axis]:
         raise ValueError(f"{name}: samples must be of one length, got {x.shape[axis]}, {y.shape[axis]}")
     return x - y
 
@@ -76,11 +83,8 @@ def over_lanes(name: str, function: Callable[..., tuple[Any, ...]], samples: tup
     They are NaN where a lane has a missing value that is not left out, or fewer than `least` values.
     """
     one_of(name, "nan_policy", nan_policy, ("propagate", "omit", "raise"))
-    given = [numbers(name, s) for s in samples]
-    most = max(a.ndim for a in given)
-    if axis is not None:  # a sample of fewer axes lacks the first ones
-        given = [a.reshape((1,) * (most - a.ndim) + a.shape) for a in given]
-    given = [flat(name, a, axis) for a in given]
+    aligned = of_as_many_axes(name, samples, axis)
+    given = [flat(name, a, axis) for a in aligned]
     given = [a.astype(np.float64) if a.dtype.kind == "f" else a for a in given]
     shape = np.broadcast_shapes(*(a.shape[:-1] for a in given))
     arrays = [np.broadcast_to(a, (*shape, a.shape[-1])) for a in given]
@@ -100,7 +104,7 @@ def over_lanes(name: str, function: Callable[..., tuple[Any, ...]], samples: tup
         for at in np.ndindex(shape):
             table[(slice(None), *at)] = found(at)
         result = list(table)
-    return [np.expand_dims(part, axes_of(axis, most)) for part in result] if keepdims else result
+    return [np.expand_dims(part, axes_of(axis, max(a.ndim for a in aligned))) for part in result] if keepdims else result
 
 
 # ---- alternatives

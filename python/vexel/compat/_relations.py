@@ -9,7 +9,8 @@ from typing import Any, NamedTuple
 import numpy as np
 
 import vexel as vx
-from vexel.compat._lanes import NORMAL, ConfidenceInterval, Found, alternative_of, one_of, over_lanes, plain, sides, symmetric_tail
+from vexel.compat._lanes import (
+    NORMAL, ConfidenceInterval, Found, alternative_of, of_as_many_axes, one_of, over_lanes, plain, sides, symmetric_tail)
 
 
 class SignificanceResult(Found):
@@ -42,7 +43,7 @@ def pearsonr(x: Any, y: Any, *, alternative: str = "two-sided", method: Any = No
     alternative_of("pearsonr", alternative)
     if method is not None:
         raise NotImplementedError("pearsonr: method must be None; resampling is scipy.stats' own")
-    n = np.size(x) if axis is None else np.shape(x)[axis]
+    n = np.size(x) if axis is None else of_as_many_axes("pearsonr", (x, y), axis)[0].shape[axis]
     if n < 2:
         raise ValueError(f"pearsonr: there must be at least 2 pairs, got {n}")
     r, p = over_lanes("pearsonr", lambda x, y: _correlation(x, y, "pearson", alternative), (x, y), axis, paired=True)
