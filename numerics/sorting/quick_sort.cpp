@@ -50,7 +50,7 @@ constexpr std::array<std::uint64_t, 256> kLaneOrders = [] {
 #include <hwy/highway.h>
 
 #undef NAG2_WIDE_VECTORS
-#if HWY_TARGET == HWY_AVX2 || HWY_TARGET == HWY_AVX3
+#if HWY_ARCH_X86 && HWY_TARGET <= HWY_AVX2  // or better
 #define NAG2_WIDE_VECTORS
 #include "numerics/sorting/sort_networks.hpp"
 #endif
@@ -171,37 +171,37 @@ class QuickSort {
     std::copy(x + n - kStep, x + n, ends + kStep);
     const T* left = x + kStep;
     const T* right = x + n - kStep;
-    Sides<OrEqual> sides(x, x + n, pivot);
+    Parted<OrEqual> parted(x, x + n, pivot);
     while (static_cast<std::size_t>(right - left) >= kStep) {
-      const bool fromLeft = left - sides.front <= sides.back - right;
+      const bool fromLeft = left - parted.front <= parted.back - right;
       const T* const from = fromLeft ? left : right - kStep;
       left += fromLeft ? kStep : 0;
       right -= fromLeft ? 0 : kStep;
-      sides.takeStep(from);
+      parted.takeStep(from);
     }
     const auto size = static_cast<std::size_t>(right - left);
     std::copy(left, right, rest);
     std::size_t i = 0;
     for (; i + kLanes <= size; i += kLanes) {
-      sides.take(hn::LoadU(D(), rest + i));
+      parted.take(hn::LoadU(D(), rest + i));
     }
     for (; i < size; ++i) {
-      sides.takeOne(rest[i]);
+      parted.takeOne(rest[i]);
     }
-    sides.takeStep(ends);
-    sides.takeStep(ends + kStep);
-    return static_cast<std::size_t>(sides.front - x);
+    parted.takeStep(ends);
+    parted.takeStep(ends + kStep);
+    return static_cast<std::size_t>(parted.front - x);
   }
 
   // The places before front and from back on are filled.
   template <bool OrEqual>
-  struct Sides {
+  struct Parted {
     T* front;
     T* back;
     T pivot;
     V pivots;
 
-    HWY_INLINE Sides(T* first, T* last, T p)
+    HWY_INLINE Parted(T* first, T* last, T p)
         : front(first), back(last), pivot(p), pivots(hn::Set(D(), p)) {}
 
     HWY_INLINE void takeStep(const T* from) {
@@ -221,9 +221,9 @@ class QuickSort {
       const std::size_t count = hn::CountTrue(D(), low);
       if constexpr (kLanes <= 8) {
         // Whole to both sides: what is too much there lies in the room between.
-        const V parted = inOrder(v, low);
-        hn::StoreU(parted, D(), front);
-        hn::StoreU(parted, D(), back - kLanes);
+        const V ordered = inOrder(v, low);
+        hn::StoreU(ordered, D(), front);
+        hn::StoreU(ordered, D(), back - kLanes);
       } else {
         hn::StoreU(hn::Compress(v, low), D(), front);
         hn::CompressBlendedStore(v, hn::Not(low), D(), back - (kLanes - count));
@@ -244,16 +244,12 @@ class QuickSort {
     static HWY_INLINE V inOrder(V v, hn::Mask<D> first) {
       const hn::RebindToUnsigned<D> d;
       using Index = hn::TFromD<decltype(d)>;
-      std::uint8_t bits = 0;
-      hn::StoreMaskBits(D(), first, &bits);
-      const auto nibbles = hn::Set(d, static_cast<Index>(kLaneOrders[bits]));
+      std::uint8_t bits[8] = {};  // the first of them
+      hn::StoreMaskBits(D(), first, bits);
+      const auto nibbles = hn::Set(d, static_cast<Index>(kLaneOrders[bits[0]]));
       const auto lane = nibbles >> hn::ShiftLeft<2>(hn::Iota(d, 0));
-#if HWY_TARGET == HWY_AVX3
-      return hn::TableLookupLanes(v, hn::Indices512<T>{lane.raw});  // looks at the last bits alone
-#else
       return hn::TableLookupLanes(v,
                                   hn::IndicesFromVec(D(), hn::And(lane, hn::Set(d, kLanes - 1))));
-#endif
     }
   };
 };
