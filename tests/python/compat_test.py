@@ -397,3 +397,13 @@ def test_names_that_are_elsewhere():
         importlib.import_module("vexel.compat.scipy.special")
     for found in (stats.ttest_1samp(X, 0), stats.pearsonr(X, -X), stats.ks_2samp(X, Y), stats.linregress(X, X), stats.binomtest(3, 5), stats.mode([1, 1])):
         assert pickle.loads(pickle.dumps(found)) == found and type(found).__name__ in repr(found)
+
+
+@pytest.mark.parametrize("family, shapes", [(stats.norm, ()), (stats.gamma, (2.5,)), (stats.lognorm, (0.7,)), (stats.beta, (2, 3)), (stats.expon, ())])
+def test_arrays_of_places_and_scales_are_laws_each(family, shapes):
+    x, p = np.array([0.3, 1.0, -2.0, 0.7]), np.array([0.1, 0.5, 1.5, 0.9])
+    places, scales = np.array([0.0, -1.0, -3.0, np.nan]), np.array([1.0, 2.0, 0.5, 1.0])
+    for method, first in (("pdf", x), ("logpdf", x), ("cdf", x), ("logsf", x), ("ppf", p), ("isf", p)):
+        each = [getattr(family(*shapes, loc=a, scale=b), method)(v) for v, a, b in zip(first, places, scales)]
+        np.testing.assert_allclose(getattr(family, method)(first, *shapes, loc=places, scale=scales), each, rtol=1e-13)
+    assert np.isnan(family.cdf(1.0, *shapes, loc=0, scale=[-1, 0, np.inf])).all()

@@ -270,7 +270,9 @@ class Family:
         parameters = self.arguments(args, kwds)
         if all(np.ndim(p) == 0 for p in parameters):
             return getattr(self._at(parameters), method)(*x, **kwds)
-        # Arrays of parameters: a law for each element.
+        if (method in _LINEAR or method in _INVERSE) and all(np.ndim(p) == 0 for p in parameters[:-2]):
+            return self._of_standard(method, *x, *parameters)
+        # Arrays of shapes: a law for each element.
         all_of = np.broadcast_arrays(*x, *parameters)
         n = len(x)
         found = []
@@ -280,6 +282,20 @@ class Family:
         if found and isinstance(found[0], tuple):  # the ends of an interval, several moments
             return tuple(np.array(part).reshape(all_of[0].shape) for part in zip(*found))
         return np.array(found, dtype=np.float64).reshape(all_of[0].shape)
+
+    def _of_standard(self, method: str, x: Any, *parameters: Any) -> Any:
+        """Arrays of loc or scale: the law with neither, at what is standardized by them."""
+        *shapes, loc, scale = parameters
+        standard = getattr(self(*shapes), method)
+        loc, scale = np.asarray(loc, dtype=np.float64), np.asarray(scale, dtype=np.float64)
+        possible = np.isfinite(loc) & (scale > 0) & np.isfinite(scale)
+        loc, scale = np.where(possible, loc, np.nan), np.where(possible, scale, np.nan)
+        if method in _INVERSE:
+            return loc + scale * standard(x)
+        found = standard((np.asarray(x, dtype=np.float64) - loc) / scale)
+        if method == "pdf":
+            return found / scale
+        return found - np.log(scale) if method == "logpdf" else found
 
     def __getattr__(self, name: str) -> Any:
         if name in _FIRST:
