@@ -133,10 +133,12 @@ def _few_signs(ranks: list[int], most: int) -> float:
     """The share of the choices of signs in which the positive ranks add up to at most so much."""
     if most < 0:
         return 0.0
-    counts = [1] + [0] * most
-    for r in ranks:
-        counts[r:] = [a + b for a, b in zip(counts[r:], counts)]
-    return sum(counts) / (1 << len(ranks))
+    shares = np.zeros(most + 1)
+    shares[0] = 1
+    for r in ranks:  # only sums of what is positive, so that small shares keep their digits
+        shares[r:] += shares[:max(0, most + 1 - r)].copy()
+        shares /= 2
+    return float(vx.Sums().update(shares).sum)
 
 
 # ---- several samples

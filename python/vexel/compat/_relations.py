@@ -124,11 +124,19 @@ def _few_inversions(n: int, most: int) -> float:
     """The share of the orders of n values that have at most so many inversions."""
     if most < 0:
         return 0.0
-    counts = [1] + [0] * most
+    if n <= 33:
+        counts = [1] + [0] * most
+        for k in range(2, n + 1):
+            sums = [0, *accumulate(counts)]
+            counts = [sums[i + 1] - sums[max(0, i + 1 - k)] for i in range(most + 1)]
+        return sum(counts) / factorial(n)
+    shares = np.zeros(most + 1, dtype=np.longdouble)
+    shares[0] = 1
     for k in range(2, n + 1):
-        sums = [0, *accumulate(counts)]
-        counts = [sums[i + 1] - sums[max(0, i + 1 - k)] for i in range(most + 1)]
-    return sum(counts) / factorial(n)
+        added = np.cumsum(shares)
+        added[k:] -= added[:-k].copy()
+        shares = added / k
+    return float(np.sum(shares))
 
 
 # ---- regression
