@@ -407,3 +407,24 @@ def test_arrays_of_places_and_scales_are_laws_each(family, shapes):
         each = [getattr(family(*shapes, loc=a, scale=b), method)(v) for v, a, b in zip(first, places, scales)]
         np.testing.assert_allclose(getattr(family, method)(first, *shapes, loc=places, scale=scales), each, rtol=1e-13)
     assert np.isnan(family.cdf(1.0, *shapes, loc=0, scale=[-1, 0, np.inf])).all()
+
+
+def test_several_p_values():
+    p = [0.01, 0.02, 0.3, 0.5]
+    # Fisher's for four: the chi-square tail of eight degrees is a finite sum.
+    half = -math.log(math.prod(p))
+    assert stats.combine_pvalues(p) == pytest.approx((2 * half, math.prod(p) * sum(half**k / math.factorial(k) for k in range(4))), rel=1e-13)
+    assert stats.combine_pvalues([1e-200] * 2, method="stouffer").pvalue == pytest.approx(vx.Normal().sf(math.sqrt(2) * vx.Normal().isf(1e-200)))
+    assert stats.combine_pvalues([1e-30, 0.5], method="tippett").pvalue == pytest.approx(2e-30, rel=1e-14)
+    assert stats.false_discovery_control([0.04, 0.01, 0.03, 0.5]).tolist() == pytest.approx([4 / 75, 0.04, 4 / 75, 0.5])
+    assert stats.false_discovery_control(np.reshape([0.04, 0.01, 0.03, 0.5], (2, 2)), axis=None).shape == (4,)
+    for refused in (lambda: stats.combine_pvalues([0.5, 1.5]), lambda: stats.false_discovery_control([-0.1])):
+        with pytest.raises(ValueError, match=r"must be in \[0, 1\], got"):
+            refused()
+
+
+def test_distances_of_laws():
+    assert stats.entropy([1, 1, 2], base=2) == 1.5 and stats.entropy([1, 0], [1, 1], base=2) == 1 and stats.entropy([1, 1], [1, 0]) == math.inf
+    assert stats.wasserstein_distance([0, 1, 3], [5, 6, 8]) == 5 and stats.wasserstein_distance([0, 2], [1], [1, 3]) == 1
+    with pytest.raises(ValueError, match="wasserstein_distance: v_values must not be empty"):
+        stats.wasserstein_distance([1], [])

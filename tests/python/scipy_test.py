@@ -180,6 +180,17 @@ def test_tests(seed, side):
         for name in ("kruskal", "bartlett", "levene"):
             compare(name, *pair, nan_policy="omit")
         compare("levene", *pair, center="trimmed", proportiontocut=0.1, nan_policy="omit")
+        compare("fligner", *pair, nan_policy="omit")
+        for name in ("ranksums", "brunnermunzel"):
+            compare(name, *pair, alternative=side, nan_policy="omit")
+    p, q = rng.random((2, n))
+    for method in ("fisher", "pearson", "tippett", "stouffer", "mudholkar_george"):
+        compare("combine_pvalues", p, method=method, weights=q)
+    for method in ("bh", "by"):
+        compare("false_discovery_control", p, method=method)
+    compare("entropy", p, q, base=3)
+    compare("wasserstein_distance", x, z, p)
+    compare("pointbiserialr", x > 0, y)
     for d in (x, x[:8], ties, ties[:9]):
         for zero_method in ("wilcox", "pratt", "zsplit"):
             for method in ("auto", "asymptotic"):

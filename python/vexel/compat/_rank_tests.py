@@ -1,8 +1,9 @@
-"""Tests by ranks, by SciPy's names; exact laws are counted in whole numbers, the smaller tail first."""
+"""Tests by ranks, by SciPy's names; exact laws are counted, the smaller tail first."""
 
 from __future__ import annotations
 
 from collections.abc import Callable
+from functools import partial
 from itertools import accumulate
 from math import comb, floor, sqrt
 from typing import Any
@@ -141,7 +142,80 @@ def _few_signs(ranks: list[int], most: int) -> float:
     return float(vx.Sums().update(shares).sum)
 
 
+class RanksumsResult(Found):
+    pass
+
+
+def ranksums(x: Any, y: Any, alternative: str = "two-sided", *, axis: Any = 0, nan_policy: Any = "propagate",
+             keepdims: bool = False) -> Any:
+    """By the normal law without corrections; `mannwhitneyu` has them, and the exact law."""
+    alternative_of("ranksums", alternative)
+
+    def test(x: Any, y: Any) -> tuple[float, float]:
+        m, n = len(x), len(y)
+        ranks = float(np.sum(vx.rank(np.concatenate((x, y)))[:m]))
+        z = (ranks - m * (m + n + 1) / 2) / sqrt(m * n * (m + n + 1) / 12)
+        return z, symmetric_tail(NORMAL, z, alternative)
+
+    return RanksumsResult(*over_lanes("ranksums", test, (x, y), axis, nan_policy, keepdims))
+
+
+class BrunnerMunzelResult(Found):
+    pass
+
+
+def brunnermunzel(x: Any, y: Any, alternative: str = "two-sided", distribution: str = "t", nan_policy: Any = "propagate", *,
+                  axis: Any = 0, keepdims: bool = False) -> Any:
+    """E. Brunner and U. Munzel (2000), The nonparametric Behrens-Fisher problem."""
+    alternative_of("brunnermunzel", alternative)
+    one_of("brunnermunzel", "distribution", distribution, ("t", "normal"))
+
+    def test(x: Any, y: Any) -> tuple[float, float]:
+        m, n = len(x), len(y)
+        ranks = np.split(vx.rank(np.concatenate((x, y))), [m])
+        difference = float(np.mean(ranks[1]) - np.mean(ranks[0]))
+        # Of the ranks among all less those in the sample of their own.
+        spreads = [vx.var(r - vx.rank(v)) * k for r, v, k in zip(ranks, (x, y), (m, n))]
+        total = sum(spreads)
+        if not total > 0:
+            return (np.nan if difference == 0 else float(np.copysign(np.inf, difference))), (np.nan if difference == 0 else 0.0)
+        statistic = m * n * difference / ((m + n) * sqrt(total))
+        df = total**2 / sum(s * s / (k - 1) for s, k in zip(spreads, (m, n)))
+        law = NORMAL if distribution == "normal" else vx.StudentT(df)
+        # SciPy's alternatives are those of the first sample.
+        return statistic, symmetric_tail(law, -statistic, alternative)
+
+    return BrunnerMunzelResult(*over_lanes("brunnermunzel", test, (x, y), axis, nan_policy, keepdims, least=2))
+
+
 # ---- several samples
+
+class FlignerResult(Found):
+    pass
+
+
+def fligner(*samples: Any, center: str = "median", proportiontocut: float = 0.05, axis: Any = 0, nan_policy: Any = "propagate",
+            keepdims: bool = False) -> Any:
+    """M. A. Fligner and T. J. Killeen (1976), with normal scores of the distances from the centers."""
+    one_of("fligner", "center", center, ("median", "mean", "trimmed"))
+    if len(samples) < 2:
+        raise ValueError(f"fligner: there must be at least 2 samples, got {len(samples)}")
+    middle: Any = {"median": vx.median, "mean": vx.mean, "trimmed": partial(vx.trimmed_mean, cut=proportiontocut)}[center]
+
+    def test(*lanes: Any) -> tuple[float, float]:
+        distances = np.concatenate([abs(lane - middle(lane)) for lane in lanes])
+        n = len(distances)
+        scores = NORMAL.ppf(vx.rank(distances) / (2 * (n + 1)) + 0.5)
+        spread = vx.var(scores)
+        if not spread > 0:
+            return np.nan, np.nan
+        mean = vx.mean(scores)
+        parts = np.split(scores, np.cumsum([len(lane) for lane in lanes])[:-1])
+        statistic = float(sum(len(part) * (vx.mean(part) - mean) ** 2 for part in parts) / spread)
+        return statistic, vx.ChiSquare(len(lanes) - 1).sf(statistic)
+
+    return FlignerResult(*over_lanes("fligner", test, samples, axis, nan_policy, keepdims))
+
 
 class KruskalResult(Found):
     pass

@@ -50,6 +50,12 @@ def pearsonr(x: Any, y: Any, *, alternative: str = "two-sided", method: Any = No
     return PearsonRResult(r, p, _alternative=alternative, _n=n)
 
 
+def pointbiserialr(x: Any, y: Any, *, axis: Any = 0, nan_policy: Any = "propagate", keepdims: bool = False) -> Any:
+    """Pearson's correlation of a variable with two values and another one."""
+    return SignificanceResult(*over_lanes("pointbiserialr", lambda x, y: _correlation(x, y, "pearson", "two-sided"), (x, y), axis, nan_policy,
+                                          keepdims, paired=True))
+
+
 def spearmanr(a: Any, b: Any = None, axis: Any = 0, nan_policy: Any = "propagate", alternative: str = "two-sided") -> Any:
     alternative_of("spearmanr", alternative)
 

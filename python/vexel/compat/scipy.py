@@ -33,24 +33,26 @@ from vexel.compat._laws import (
 from vexel.compat._parametric_tests import (
     bartlett, f_oneway, jarque_bera, kurtosistest, levene, normaltest, shapiro, skewtest, ttest_1samp, ttest_ind,
     ttest_ind_from_stats, ttest_rel)
-from vexel.compat._rank_tests import friedmanchisquare, kruskal, mannwhitneyu, wilcoxon
-from vexel.compat._relations import kendalltau, linregress, pearsonr, spearmanr
+from vexel.compat._p_values import combine_pvalues, entropy, false_discovery_control, wasserstein_distance
+from vexel.compat._rank_tests import brunnermunzel, fligner, friedmanchisquare, kruskal, mannwhitneyu, ranksums, wilcoxon
+from vexel.compat._relations import kendalltau, linregress, pearsonr, pointbiserialr, spearmanr
 from vexel.compat._summaries import (
     describe, gmean, gstd, gzscore, hmean, iqr, kurtosis, median_abs_deviation, mode, moment, percentileofscore, rankdata,
     scoreatpercentile, sem, sigmaclip, skew, tmax, tmean, tmin, trim_mean, tsem, tstd, tvar, variation, zmap, zscore)
 from vexel.compat._table_tests import binomtest, chi2_contingency, chisquare, fisher_exact, power_divergence
 
 __all__ = [
-    "bartlett", "bernoulli", "beta", "binned_statistic", "binom", "binomtest", "bootstrap", "cauchy", "chi2", "chi2_contingency",
-    "chisquare", "cumfreq", "describe", "ecdf", "expon", "f", "f_oneway", "fisher_exact", "friedmanchisquare", "gamma",
-    "gaussian_kde", "gennorm", "geom", "gmean", "gstd", "gumbel_r", "gzscore", "hmean", "hypergeom", "invgauss", "iqr",
-    "jarque_bera", "kendalltau", "kruskal", "ks_1samp", "ks_2samp", "kstest", "kurtosis", "kurtosistest", "laplace", "levene",
-    "linregress", "logistic", "lognorm", "mannwhitneyu", "maxwell", "median_abs_deviation", "mode", "moment", "moyal", "nbinom",
-    "ncf", "nct", "ncx2", "norm", "normaltest", "pareto", "pearsonr", "percentileofscore", "poisson", "power_divergence",
-    "powerlaw", "probplot", "qmc", "randint", "rankdata", "rayleigh", "relfreq", "scoreatpercentile", "sem", "shapiro",
+    "bartlett", "bernoulli", "beta", "binned_statistic", "binom", "binomtest", "bootstrap", "brunnermunzel", "cauchy", "chi2",
+    "chi2_contingency", "chisquare", "combine_pvalues", "cumfreq", "describe", "ecdf", "entropy", "expon", "f", "f_oneway",
+    "false_discovery_control", "fisher_exact", "fligner", "friedmanchisquare", "gamma", "gaussian_kde", "gennorm", "geom",
+    "gmean", "gstd", "gumbel_r", "gzscore", "hmean", "hypergeom", "invgauss", "iqr", "jarque_bera", "kendalltau", "kruskal",
+    "ks_1samp", "ks_2samp", "kstest", "kurtosis", "kurtosistest", "laplace", "levene", "linregress", "logistic", "lognorm",
+    "mannwhitneyu", "maxwell", "median_abs_deviation", "mode", "moment", "moyal", "nbinom", "ncf", "nct", "ncx2", "norm",
+    "normaltest", "pareto", "pearsonr", "percentileofscore", "pointbiserialr", "poisson", "power_divergence", "powerlaw",
+    "probplot", "qmc", "randint", "rankdata", "ranksums", "rayleigh", "relfreq", "scoreatpercentile", "sem", "shapiro",
     "sigmaclip", "skew", "skewtest", "spearmanr", "t", "tmax", "tmean", "tmin", "triang", "trim_mean", "tsem", "tstd",
-    "ttest_1samp", "ttest_ind", "ttest_ind_from_stats", "ttest_rel", "tvar", "uniform", "variation", "weibull_min", "wilcoxon",
-    "zmap", "zscore",
+    "ttest_1samp", "ttest_ind", "ttest_ind_from_stats", "ttest_rel", "tvar", "uniform", "variation", "wasserstein_distance",
+    "weibull_min", "wilcoxon", "zmap", "zscore",
 ]
 
 
