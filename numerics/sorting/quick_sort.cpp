@@ -98,9 +98,7 @@ class QuickSort {
   static void sortPart(T* x, std::size_t n, int divisions) {
     while (n > kFew) {
       if (--divisions < 0) {
-        std::make_heap(x, x + n);
-        std::sort_heap(x, x + n);
-        return;
+        return sortByHeap(x, n);
       }
       const Sample sample(x, n);
       std::size_t front = 0;
@@ -148,7 +146,7 @@ class QuickSort {
     }
   }
 
-  static bool allAre(T value, const T* x, std::size_t n) {
+  static HWY_NOINLINE bool allAre(T value, const T* x, std::size_t n) {
     const V all = hn::Set(D(), value);
     std::size_t i = 0;
     for (; i + kLanes <= n; i += kLanes) {
@@ -156,7 +154,38 @@ class QuickSort {
         return false;
       }
     }
-    return std::all_of(x + i, x + n, [&](T v) { return v == value; });
+    for (; i < n; ++i) {
+      if (x[i] != value) {
+        return false;
+      }
+    }
+    return true;
+  }
+
+  // J. W. J. Williams, Heapsort, 1964.
+  static void sortByHeap(T* x, std::size_t n) {
+    for (std::size_t root = n / 2; root-- > 0;) {
+      sift(x, root, n);
+    }
+    while (n > 1) {
+      --n;
+      const T largest = x[0];
+      x[0] = x[n];
+      x[n] = largest;
+      sift(x, 0, n);
+    }
+  }
+  static void sift(T* x, std::size_t root, std::size_t n) {
+    const T value = x[root];
+    for (std::size_t child = 2 * root + 1; child < n; child = 2 * root + 1) {
+      child += child + 1 < n && x[child] < x[child + 1] ? 1 : 0;
+      if (!(value < x[child])) {
+        break;
+      }
+      x[root] = x[child];
+      root = child;
+    }
+    x[root] = value;
   }
 
   // Brings what is below the pivot, or equal if that counts, to the front; the number of it.
